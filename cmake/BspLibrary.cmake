@@ -1,0 +1,58 @@
+# libbsp.so, libbsp.a, and what an installed tree needs to be used.
+
+add_library(bsp_objects OBJECT
+  facade/io.cpp
+  identity/board_catalogue.cpp
+  identity/crc32.cpp
+  identity/device_id.cpp
+  identity/device_info.cpp
+  identity/eeprom.cpp
+  identity/fixed_answers.cpp
+  identity/mac_address.cpp
+  identity/product_record.cpp
+  identity/reported_steps.cpp
+  identity/serial_number.cpp
+  identity/versions.cpp
+  kernel/cpld.cpp
+  kernel/gpio.cpp
+  kernel/i2c.cpp
+  kernel/request.cpp)
+target_include_directories(bsp_objects PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
+target_link_libraries(bsp_objects PRIVATE bsp_warnings bsp_sanitizers bsp_bare)
+
+# The exported names are listed in one file; the linker exports these and nothing else.
+set(BSP_EXPORTS ${PROJECT_SOURCE_DIR}/cmake/exports.txt)
+set(version_script ${PROJECT_BINARY_DIR}/libbsp.map)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${BSP_EXPORTS})
+file(STRINGS ${BSP_EXPORTS} exports)
+list(JOIN exports ";\n    " export_lines)
+file(CONFIGURE OUTPUT ${version_script} @ONLY
+     CONTENT "BSP_1 {\n  global:\n    @export_lines@;\n  local: *;\n};\n")
+
+add_library(bsp SHARED $<TARGET_OBJECTS:bsp_objects>)
+set_target_properties(bsp PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1
+                                     LINK_DEPENDS "${version_script}")
+target_link_options(bsp PRIVATE -Wl,--version-script=${version_script})
+target_link_libraries(bsp PRIVATE $<BUILD_INTERFACE:bsp_sanitizers>)
+bsp_link_bare(bsp)
+
+add_library(bsp_static STATIC $<TARGET_OBJECTS:bsp_objects>)
+set_target_properties(bsp_static PROPERTIES OUTPUT_NAME bsp LINKER_LANGUAGE C)
+
+foreach(library bsp bsp_static)
+  target_include_directories(${library} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+                                               $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+endforeach()
+
+install(TARGETS bsp bsp_static EXPORT bsp-targets)
+install(FILES include/bsp.h TYPE INCLUDE)
+
+include(CMakePackageConfigHelpers)
+set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/bsp)
+install(EXPORT bsp-targets NAMESPACE bsp:: DESTINATION ${package_folder} FILE bsp-config.cmake)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/bsp-config-version.cmake
+                                 COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/bsp-config-version.cmake DESTINATION ${package_folder})
+
+configure_file(cmake/bsp.pc.in bsp.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/bsp.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,32 @@
+# Three flavours of code, as interface targets:
+#   bsp_warnings    what all of the project's own code is held to
+#   bsp_sanitizers  empty unless BSP_SANITIZE is on
+#   bsp_bare        code that runs without a C++ run-time library: the library itself, and the part of
+#                   the virtual board that is loaded into other programs
+
+add_library(bsp_warnings INTERFACE)
+target_compile_options(bsp_warnings INTERFACE
+  -Wall -Wextra -Wconversion -Wshadow -Wpedantic
+  -Wcast-align -Wcast-qual -Wdouble-promotion -Wformat=2 -Wimplicit-fallthrough
+  -Wmissing-declarations -Wsign-conversion -Wundef -Wvla
+  $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor;-Wold-style-cast;-Woverloaded-virtual>
+  $<$<BOOL:${BSP_WARNINGS_AS_ERRORS}>:-Werror>)
+
+add_library(bsp_sanitizers INTERFACE)
+if(BSP_SANITIZE)
+  set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_compile_options(bsp_sanitizers INTERFACE ${sanitizers})
+  target_link_options(bsp_sanitizers INTERFACE ${sanitizers})
+endif()
+
+add_library(bsp_bare INTERFACE)
+target_compile_options(bsp_bare INTERFACE
+  $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions;-fno-rtti;-fno-threadsafe-statics>
+  -fvisibility=hidden -ffunction-sections -fdata-sections)
+
+# Links a shared object of bare code with the C compiler, which brings no C++ run-time library along;
+# a use of one is then an error of the link.
+function(bsp_link_bare target)
+  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE C)
+  target_link_options(${target} PRIVATE -Wl,-z,defs -Wl,-z,text -Wl,--gc-sections -Wl,--as-needed)
+endfunction()

@@ -1,0 +1,49 @@
+// The device id, asked of the CPLD once per boot and then kept in a file for every process.
+
+#include "bsp.h"
+#include "identity/identity_registers.h"
+#include "support/owned.h"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+constexpr char kCacheFolder[] = "/tmp/bsp/";
+constexpr char kCacheName[] = "devId";
+} // namespace
+
+int32_t bspDevIdGet(uint32_t *devId) {
+    char path[64];
+    std::snprintf(path, sizeof(path), "%s%s", kCacheFolder, kCacheName);
+    const bsp::Descriptor cache(open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0644));
+    if (!cache.isOpen())
+        return BSP_E_OPEN;
+
+    uint32_t cachedId = 0;
+    const bool isCached = read(cache.get(), &cachedId, sizeof(cachedId)) == sizeof(cachedId);
+    if (isCached && cachedId != 0) {
+        *devId = cachedId;
+        return BSP_OK;
+    }
+
+    uint16_t registerId = 0;
+    if (const int32_t status = bspCpldGet(bsp::kDeviceIdRegister, &registerId); status != BSP_OK)
+        return status;
+    const uint32_t id = registerId;
+    lseek(cache.get(), 0, SEEK_SET);
+    // A cache that could not be written costs the next caller a CPLD read, nothing more.
+    [[maybe_unused]] const ssize_t written = write(cache.get(), &id, sizeof(id));
+    *devId = id;
+    return BSP_OK;
+}
+
+int32_t bspDevSerialVerGet(uint32_t *ver) {
+    if (ver == nullptr)
+        return BSP_E_NULL;
+    uint16_t id = 0;
+    if (const int32_t status = bspCpldGet(bsp::kDeviceIdRegister, &id); status != BSP_OK)
+        return status;
+    *ver = id & 0xFFu;
+    return BSP_OK;
+}

@@ -1,0 +1,60 @@
+// Versions of the hardware, the CPLD, the FPGA that the board does not have, and the boot loader.
+
+#include "bsp.h"
+#include "identity/identity_registers.h"
+#include "support/owned.h"
+
+#include <cstdio>
+#include <cstring>
+
+int32_t bspHwVersionGet(char *text) {
+    if (text == nullptr)
+        return BSP_E_NULL;
+    uint16_t version = 0;
+    if (const int32_t status = bspCpldGet(bsp::kVersionRegister, &version); status != BSP_OK)
+        return status;
+    std::sprintf(text, "%c.%d", 0x40 + bsp::versionField(version, bsp::kHardwareLetterShift),
+                 bsp::versionField(version, bsp::kHardwareNumberShift));
+    return BSP_OK;
+}
+
+int32_t bspCpldVersionGet(char *text) {
+    if (text == nullptr)
+        return BSP_E_NULL;
+    uint16_t version = 0;
+    if (const int32_t status = bspCpldGet(bsp::kVersionRegister, &version); status != BSP_OK)
+        return status;
+    std::sprintf(text, "V%d.%d", bsp::versionField(version, bsp::kCpldMajorShift),
+                 bsp::versionField(version, bsp::kCpldMinorShift));
+    return BSP_OK;
+}
+
+int32_t bspFpgaVersionGet(char *text) {
+    if (text == nullptr)
+        return BSP_E_NULL;
+    std::strcpy(text, "---");
+    return BSP_OK;
+}
+
+int32_t bspUbootVersionGet(char *version) {
+    constexpr char kKey[] = "bootver=";
+    constexpr size_t kVersionLength = 6;
+    constexpr size_t kLineSize = 256;
+
+    // Callers of this function test for -1 alone, so a null buffer answers it too.
+    if (version == nullptr)
+        return BSP_E_FAILED;
+    const bsp::File commandLine(std::fopen("/proc/cmdline", "re"));
+    if (commandLine == nullptr) {
+        std::printf("open /proc/cmdline fail\n");
+        return BSP_E_FAILED;
+    }
+
+    // The zeros behind the line stand for what a version at its very end lacks.
+    char line[kLineSize + kVersionLength] = {};
+    if (std::fgets(line, kLineSize, commandLine.get()) == nullptr)
+        return BSP_OK;
+    if (const char *key = std::strstr(line, kKey); key != nullptr)
+        std::memcpy(version, key + std::strlen(kKey), kVersionLength);
+    return BSP_OK;
+}

@@ -1,0 +1,591 @@
+/**
+ * @file bsp.h
+ * Board-support library of the managed Ethernet switch family.
+ *
+ * Everything on the board except the switching chip is read and changed through the functions of
+ * this header. Management software calls the io* functions; each forwards to the bsp* function of
+ * the same stem, and both layers are exported.
+ *
+ * Conventions that hold for every function:
+ *  - The result is a status: BSP_OK (0) or one of the codes of ::BspStatus. A negative value that
+ * is not in that list comes from the operating system (the kernel module's node could not be
+ * opened, or its ioctl failed); a value that a function documents as "driver's own code" is the
+ * result word that the kernel module wrote.
+ *  - Data goes through buffers that the caller owns and sizes. Unless a function says otherwise its
+ *    outputs are untouched when it fails.
+ *  - Every call opens what it needs and closes it again. Nothing is kept between calls, nothing is
+ *    locked unless a function says so.
+ *  - Diagnostics are printed on standard output and never replace the status.
+ */
+#ifndef BSP_H
+#define BSP_H
+
+#include <stdint.h>
+
+#if defined(__GNUC__)
+#define BSP_API __attribute__((visibility("default")))
+#else
+#define BSP_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ------------------------------------------------------------------------------------------------
+ * Status codes
+ * --------------------------------------------------------------------------------------------- */
+
+/** What a function answers. Positive codes belong to the board core, codes from -1100 down to PoE.
+ */
+enum BspStatus {
+    BSP_OK = 0,                 /**< success */
+    BSP_E_NOT_SUPPORTED = 1000, /**< the board has no such thing, or the index has no mapping */
+    BSP_E_NULL = 1001,          /**< a required buffer or output pointer is null */
+    BSP_E_INVALID = 1002,       /**< an argument is out of range, or a record fails its CRC */
+    BSP_E_TIMEOUT = 1003,       /**< the MDIO interface stayed busy for the whole poll */
+    BSP_E_NO_MEMORY = 1004,     /**< a working buffer could not be allocated */
+    BSP_E_LOCK = 1009,          /**< the flash lock could not be taken */
+    BSP_E_OPEN = 1010,          /**< a device node or file could not be opened */
+    BSP_E_SHORT_READ = 1011,    /**< fewer bytes than required were read */
+    BSP_E_ERASE = 1013,         /**< the flash geometry query or the erase failed */
+    BSP_E_WRITE = 1014,         /**< a seek or a write to flash failed */
+    BSP_E_MAP = 1015,           /**< the MDIO register page could not be mapped */
+    BSP_E_NO_RECORD = 1017,     /**< the EEPROM holds no product information record */
+    BSP_E_FAILED = -1,          /**< generic failure */
+    BSP_E_EEPROM_SPAN = -1002,  /**< an EEPROM transfer would end beyond byte 1023 */
+    BSP_E_POE_UNAVAILABLE =
+        -1100,                 /**< no PoE controller, or its state does not allow the request */
+    BSP_E_POE_NULL = -1101,    /**< a required PoE pointer is null */
+    BSP_E_POE_INVALID = -1102, /**< a PoE argument is out of range */
+    BSP_E_POE_WRITE = -1103,   /**< a request frame could not be written to the controller */
+    BSP_E_POE_READ = -1104,    /**< a reply frame could not be read from the controller */
+    BSP_E_POE_FRAME = -1105,   /**< the reply does not echo the request, or its checksum is wrong */
+    BSP_E_POE_STATUS = -1106,  /**< the controller reports failure for the request or a port */
+    BSP_E_POE_CONTENT = -1107, /**< the reply names another port or carries an unknown value */
+    BSP_E_POE_LOCK = -1108,    /**< the PoE lock file could not be locked */
+    BSP_E_POE_NO_MEMORY = -1110, /**< the controller's firmware image could not be buffered */
+    BSP_E_POE_OPEN = -1111,      /**< the application status file or a firmware file did not open */
+    BSP_E_POE_SHORT_READ = -1112 /**< a firmware file gave fewer bytes than its size */
+};
+
+/* ------------------------------------------------------------------------------------------------
+ * Requests to the kernel module (/dev/bspHandle)
+ * --------------------------------------------------------------------------------------------- */
+
+/** Request codes of the kernel module: the ioctl command numbers, passed as they are. */
+enum BspRequest {
+    BSP_REQ_CPLD_READ = 0x1001,
+    BSP_REQ_CPLD_WRITE = 0x1002,
+    BSP_REQ_I2C_READ = 0x1003,
+    BSP_REQ_I2C_WRITE = 0x1004,
+    BSP_REQ_SPI_XFER = 0x1004, /**< shares the code of an I2C write */
+    BSP_REQ_GPIO_INPUT = 0x1006,
+    BSP_REQ_GPIO_OUTPUT = 0x1007,
+    BSP_REQ_GPIO_READ = 0x1008,
+    BSP_REQ_CPLD_UPGRADE = 0x1009
+};
+
+#define BSP_REQ_SLOTS 8 /**< argument slots of a request record; the last two are always 0 */
+
+/**
+ * The record that travels to the kernel module with each request: 72 bytes in the machine's own
+ * byte order, zero-filled before the arguments are placed. Each argument is a 32-bit value widened
+ * to its 64-bit slot by sign or by zero extension, as its builder documents. On a 64-bit host a
+ * slot that carries an address holds the whole address; one that fits in 32 bits is widened like
+ * any 32-bit word.
+ */
+typedef struct BspIoctlRecord {
+    uint64_t slot[BSP_REQ_SLOTS]; /**< arguments, first argument in slot 0 */
+    int32_t result;    /**< written by the driver: the request's own status, 0 = success */
+    uint32_t reserved; /**< always 0 */
+} BspIoctlRecord;
+
+/**
+ * Sends one request to the kernel module: opens /dev/bspHandle read-only, issues the ioctl, closes.
+ *
+ * @param request  a code of ::BspRequest
+ * @param record   the request record; the driver reads its slots and writes its result word
+ * @return BSP_OK when the driver took the request (its own answer is record->result);
+ *         BSP_E_NULL for a null record, before anything is done;
+ *         the negative result of open ("open file %s fail\n" is printed) or of ioctl
+ *         ("ioctl fail, cmd=%#x\n" is printed)
+ */
+BSP_API int32_t bspFuncIoctl_handle(uint32_t request, BspIoctlRecord *record);
+
+/**
+ * Reads one CPLD register into a 32-bit word (request 0x1001; slot 0 register, zero-extended;
+ * slot 1 address of the word, sign-extended).
+ *
+ * @param reg    register number
+ * @param value  the driver stores the register's content here as a 32-bit word
+ * @return BSP_OK; BSP_E_NULL; the negative status of bspFuncIoctl_handle(); or the driver's own
+ * code
+ */
+BSP_API int32_t bspFpgaGet_handle(uint32_t reg, uint32_t *value);
+
+/**
+ * Writes one CPLD register (request 0x1002; slot 0 register, slot 1 value, both zero-extended).
+ * The whole 32-bit value travels; bspCpldSet() is the 16-bit form.
+ *
+ * @return BSP_OK; the negative status of bspFuncIoctl_handle(); or the driver's own code
+ */
+BSP_API int32_t bspFpgaSet_handle(uint32_t reg, uint32_t value);
+
+/**
+ * Reads from an I2C device (request 0x1003; slot 0 busChan, slot 3 offsetLen, slot 4 buffer and
+ * slot 5 length sign-extended, slot 1 device address and slot 2 offset zero-extended).
+ *
+ * @param busChan    bus in bits 0-7, channel in bits 8-15
+ * @param devAddr    7-bit device address
+ * @param offset     register or memory offset inside the device
+ * @param offsetLen  number of offset bytes sent before the data
+ * @param buf        receives len bytes; not checked here, the driver judges all arguments
+ * @param len        byte count
+ * @return BSP_OK; the negative status of bspFuncIoctl_handle(); or the driver's own code
+ */
+BSP_API int32_t bspI2cRead_handle(uint32_t busChan, uint32_t devAddr, uint32_t offset,
+                                  uint32_t offsetLen, void *buf, int32_t len);
+
+/** Writes to an I2C device: request 0x1004, arguments, slots and results as bspI2cRead_handle(). */
+BSP_API int32_t bspI2cWrite_handle(uint32_t busChan, uint32_t devAddr, uint32_t offset,
+                                   uint32_t offsetLen, const void *buf, int32_t len);
+
+/**
+ * Sends an SPI transfer (request 0x1004, which the kernel module shares with the I2C write; slots
+ * 0, 1, 2 and 4 sign-extended, slots 3 and 5 zero-extended). The meaning of the six words is the
+ * driver's; nothing in this library sends one.
+ *
+ * @return BSP_OK; the negative status of bspFuncIoctl_handle(); or the driver's own code
+ */
+BSP_API int32_t bspSpiXfer_handle(uint32_t a1, uint32_t a2, uint32_t a3, uint32_t a4, uint32_t a5,
+                                  uint32_t a6);
+
+/**
+ * Makes a GPIO line an input (request 0x1006; slot 0 line, zero-extended).
+ *
+ * @return BSP_OK; the negative status of bspFuncIoctl_handle(); or the driver's own code
+ */
+BSP_API int32_t bspGpioDirectionInput_handle(uint32_t pin);
+
+/**
+ * Makes a GPIO line an output and drives it (request 0x1007; slot 0 line, zero-extended; slot 1
+ * level, sign-extended).
+ *
+ * @return BSP_OK; the negative status of bspFuncIoctl_handle(); or the driver's own code
+ */
+BSP_API int32_t bspGpioDirectionOutput_handle(uint32_t pin, int32_t level);
+
+/**
+ * Reads a GPIO line (request 0x1008; slot 0 line, zero-extended; slot 1 address of the output word,
+ * sign-extended).
+ *
+ * @param value  the driver stores the level here as a 32-bit word
+ * @return BSP_OK; BSP_E_NULL; the negative status of bspFuncIoctl_handle(); or the driver's own
+ * code
+ */
+BSP_API int32_t bspGpioGetValue_handle(uint32_t pin, uint32_t *value);
+
+/**
+ * Programs the CPLD from an image file (request 0x1009; slot 0 address of the parameter block and
+ * slot 1 address of the path sign-extended, slot 2 length of the path zero-extended).
+ *
+ * @param params  the driver's programming parameter block
+ * @param path    zero-terminated path of the image file
+ * @return BSP_OK; BSP_E_NULL for a null argument; the negative status of bspFuncIoctl_handle(); or
+ *         the driver's own code
+ */
+BSP_API int32_t bspCpldUpgrade_handle(const void *params, const char *path);
+
+/**
+ * Reads a 16-bit CPLD register.
+ *
+ * @param reg    register number
+ * @param value  receives the register's content (the low 16 bits of the driver's word)
+ * @return BSP_OK; BSP_E_NULL; a negative status of the request channel; or the driver's own code
+ */
+BSP_API int32_t bspCpldGet(uint32_t reg, uint16_t *value);
+
+/**
+ * Writes a 16-bit CPLD register. Only the low 16 bits of value reach the driver.
+ *
+ * @return BSP_OK; a negative status of the request channel; or the driver's own code
+ */
+BSP_API int32_t bspCpldSet(uint32_t reg, uint32_t value);
+
+/** The board has no FPGA. @return BSP_E_NOT_SUPPORTED whatever the arguments; nothing is touched.
+ */
+BSP_API int32_t bspFpgaGet(uint32_t reg, uint16_t *value);
+
+/** The board has no FPGA. @return BSP_E_NOT_SUPPORTED whatever the arguments. */
+BSP_API int32_t bspFpgaSet(uint32_t reg, uint32_t value);
+
+/**
+ * Reads from an I2C device behind a bus and channel. The arguments are not checked: the driver
+ * judges them, a null buffer included.
+ *
+ * @param bus        bus number (its low 8 bits)
+ * @param channel    branch behind the bus (its low 8 bits)
+ * @param devAddr    7-bit device address
+ * @param offset     register or memory offset inside the device
+ * @param offsetLen  number of offset bytes sent before the data (0 for a raw transfer)
+ * @param buf        receives len bytes
+ * @param len        byte count
+ * @return BSP_OK; a negative status of the request channel; or the driver's own code
+ */
+BSP_API int32_t bspI2cRead(uint32_t bus, uint32_t channel, uint32_t devAddr, uint32_t offset,
+                           uint32_t offsetLen, uint8_t *buf, int32_t len);
+
+/** Writes to an I2C device; arguments and results as bspI2cRead(), buf is sent. */
+BSP_API int32_t bspI2cWrite(uint32_t bus, uint32_t channel, uint32_t devAddr, uint32_t offset,
+                            uint32_t offsetLen, const uint8_t *buf, int32_t len);
+
+/** Makes a GPIO line an input; as bspGpioDirectionInput_handle(). */
+BSP_API int32_t bspGpioDirectionInput(uint32_t pin);
+
+/** Makes a GPIO line an output and drives it to level; as bspGpioDirectionOutput_handle(). */
+BSP_API int32_t bspGpioDirectionOutput(uint32_t pin, int32_t level);
+
+/** Reads the level of a GPIO line into *value; as bspGpioGetValue_handle(). */
+BSP_API int32_t bspGpioGetValue(uint32_t pin, uint32_t *value);
+
+/* ------------------------------------------------------------------------------------------------
+ * Device identity and versions
+ * --------------------------------------------------------------------------------------------- */
+
+/**
+ * Reads the device id, the model code of the board (0x0709, for example).
+ *
+ * The id is the content of CPLD register 1. It is asked once per boot: the first answer is kept in
+ * /tmp/bsp/devId (4 bytes, native byte order) and a non-zero content of that file is returned
+ * without touching the CPLD and without any check. The directory /tmp/bsp must exist.
+ *
+ * @param devId  receives the id; must not be null (not checked)
+ * @return BSP_OK; BSP_E_OPEN when the cache file can be neither opened nor created; or the status
+ * of bspCpldGet()
+ */
+BSP_API int32_t bspDevIdGet(uint32_t *devId);
+
+/**
+ * Reads the device serial version: bits 7-0 of CPLD register 1, read afresh on every call.
+ *
+ * @return BSP_OK; BSP_E_NULL; or the status of bspCpldGet()
+ */
+BSP_API int32_t bspDevSerialVerGet(uint32_t *ver);
+
+/**
+ * Reads the hardware revision as text, for example "A.3", from CPLD register 2: a letter ('@' +
+ * bits 15-12) and a number (bits 11-8).
+ *
+ * @param text  receives the zero-terminated text; at least 5 bytes
+ * @return BSP_OK; BSP_E_NULL; or the status of bspCpldGet()
+ */
+BSP_API int32_t bspHwVersionGet(char *text);
+
+/**
+ * Reads the CPLD version as text, for example "V1.2", from CPLD register 2 (major bits 7-4, minor
+ * bits 3-0).
+ *
+ * @param text  receives the zero-terminated text; at least 7 bytes
+ * @return BSP_OK; BSP_E_NULL; or the status of bspCpldGet()
+ */
+BSP_API int32_t bspCpldVersionGet(char *text);
+
+/**
+ * The board has no FPGA: stores "---".
+ *
+ * @param text  receives 4 bytes, the terminating zero included
+ * @return BSP_OK or BSP_E_NULL
+ */
+BSP_API int32_t bspFpgaVersionGet(char *text);
+
+/**
+ * Reads the boot loader's version: the 6 bytes that follow "bootver=" in the first line of
+ * /proc/cmdline (at most 255 characters are looked at), whatever they are. A shorter value brings
+ * the space, newline or zero bytes behind it along.
+ *
+ * @param version  receives exactly 6 bytes and no terminating zero, so zero-fill a buffer of 7
+ *                 beforehand; untouched when the command line has no "bootver="
+ * @return BSP_OK, also when the key is absent; BSP_E_FAILED (-1, not BSP_E_NULL) for a null buffer
+ * or when /proc/cmdline cannot be opened ("open /proc/cmdline fail" is printed as a line)
+ */
+BSP_API int32_t bspUbootVersionGet(char *version);
+
+/** Slot number of this single-slot box as the board sees it: always 0. @return BSP_OK, BSP_E_NULL
+ */
+BSP_API int32_t bspBoardSlotIdGet(uint32_t *slotId);
+
+/** The board keeps no description. @return BSP_E_NOT_SUPPORTED; nothing is touched. */
+BSP_API int32_t bspBoardDescGet(char *desc);
+
+/** The board keeps no description. @return BSP_E_NOT_SUPPORTED; nothing is touched. */
+BSP_API int32_t bspBoardDescSet(const char *desc);
+
+/** The board reports no power budget. @return BSP_E_NOT_SUPPORTED; nothing is touched. */
+BSP_API int32_t bspBoardPowerInfoGet(uint32_t index, void *info);
+
+/* ------------------------------------------------------------------------------------------------
+ * EEPROM and product information records
+ * --------------------------------------------------------------------------------------------- */
+
+#define BSP_DEVINFO_MAGIC "DEVINFO"  /**< first 8 bytes of the board's record, with the zero */
+#define BSP_EEPROM_SIZE 1024         /**< largest addressable EEPROM span in bytes */
+#define BSP_DEVINFO_OFFSET 256       /**< where the board's record lies in the board's EEPROM */
+#define BSP_SUPPLY_RECORD_OFFSET 176 /**< where a supply's record lies in the supply's EEPROM */
+
+/** The board's product information record: 128 bytes at offset 256 of the board's EEPROM. */
+typedef struct BspDevinfo {
+    char magic[8];            /**< "DEVINFO" and a zero byte */
+    uint8_t reserved1[2];     /**< carried unchanged */
+    uint8_t mac[6];           /**< base MAC address, first octet first */
+    uint8_t productData1[16]; /**< carried unchanged */
+    uint8_t productData2[32]; /**< carried unchanged */
+    char serial[32];          /**< serial number, ASCII, zero-padded */
+    uint8_t supplyCount; /**< number of power supplies, at most 6 (models without fixed supplies) */
+    uint8_t supplyType[6];   /**< type of supplies 1-6 (models without fixed supplies) */
+    uint8_t productData3[4]; /**< carried unchanged */
+    uint8_t reserved2[17];   /**< carried unchanged */
+    uint8_t crc[4];          /**< CRC-32 of the 124 bytes before it, most significant byte first */
+} BspDevinfo;
+
+/** A power supply's record: 80 bytes at offset 176 of the supply's EEPROM, no magic and no CRC. */
+typedef struct BspSupplyRecord {
+    uint8_t productData2[32]; /**< carried unchanged */
+    uint8_t productData3[4];  /**< carried unchanged */
+    uint8_t unused[4]; /**< not shown in the ::BspDevinfo view, written as zeros through it */
+    char serial[24];   /**< serial number, ASCII, zero-padded */
+    uint8_t productData1[16]; /**< carried unchanged */
+} BspSupplyRecord;
+
+/**
+ * Reads an EEPROM in chunks of at most 16 bytes that never cross a 256-byte block, with a pause of
+ * 1 ms after each. Block n of 256 bytes answers at device address devAddr + n.
+ *
+ * @param bus      I2C bus
+ * @param channel  branch behind the bus
+ * @param devAddr  7-bit device address of the first block
+ * @param offset   first byte, 0-1023
+ * @param buf      receives len bytes; on failure the chunks before the failed one have arrived
+ * @param len      byte count; 0 answers BSP_OK at once
+ * @return BSP_OK; BSP_E_NULL ("ERROR: %s(%d): ptr buff is NULL.\n" is printed); BSP_E_EEPROM_SPAN
+ *         when offset + len is 1025 or more; BSP_E_FAILED when a transfer fails
+ */
+BSP_API int32_t bspI2cEepromRead(uint32_t bus, uint32_t channel, uint32_t devAddr, uint32_t offset,
+                                 uint8_t *buf, uint32_t len);
+
+/**
+ * Writes an EEPROM in chunks that never cross a 16-byte write page; otherwise as
+ * bspI2cEepromRead(). On failure the chunks before the failed one stay written.
+ */
+BSP_API int32_t bspI2cEepromWrite(uint32_t bus, uint32_t channel, uint32_t devAddr, uint32_t offset,
+                                  const uint8_t *buf, uint32_t len);
+
+/** Reads the board's EEPROM (bus 0, channel 0, device 0x50); results as bspI2cEepromRead(). */
+BSP_API int32_t bspLocalEepromRead(uint32_t offset, uint8_t *buf, uint32_t len);
+
+/** Writes the board's EEPROM (bus 0, channel 0, device 0x50); results as bspI2cEepromWrite(). */
+BSP_API int32_t bspLocalEepromWrite(uint32_t offset, const uint8_t *buf, uint32_t len);
+
+/**
+ * Reads the EEPROM of a power supply (bus 0, channel supply + 1, device 0x50), on any model.
+ *
+ * @param supply  1 or 2
+ * @return as bspI2cEepromRead(); a null buffer is answered before the supply number is looked at;
+ *         BSP_E_INVALID for any other supply
+ */
+BSP_API int32_t bspPowerEepromRead(uint32_t supply, uint32_t offset, uint8_t *buf, uint32_t len);
+
+/** Writes the EEPROM of a power supply; arguments and results as bspPowerEepromRead(). */
+BSP_API int32_t bspPowerEepromWrite(uint32_t supply, uint32_t offset, const uint8_t *buf,
+                                    uint32_t len);
+
+/**
+ * Reads and checks the board's product information record.
+ *
+ * @param record  receives 128 bytes, on success only
+ * @return BSP_OK; BSP_E_NULL; BSP_E_NO_MEMORY; the status of bspLocalEepromRead(); BSP_E_NO_RECORD
+ *         when the magic is missing; BSP_E_INVALID when the CRC does not match
+ */
+BSP_API int32_t bspLocalPieGet(BspDevinfo *record);
+
+/**
+ * Writes the board's product information record.
+ *
+ * @param record  128 bytes that begin with the magic; its CRC field is computed here, so the
+ * caller's copy changes even when the write then fails
+ * @return BSP_OK; BSP_E_NULL; BSP_E_NO_RECORD when the magic is missing (nothing is written); the
+ *         status of bspLocalEepromWrite()
+ */
+BSP_API int32_t bspLocalPieSet(BspDevinfo *record);
+
+/**
+ * Reads the record of a power supply, on any model. Its content is not checked.
+ *
+ * @param supply  1 or 2
+ * @param record  receives 80 bytes, on success only
+ * @return BSP_OK; BSP_E_NULL; BSP_E_NO_MEMORY; the status of bspPowerEepromRead()
+ */
+BSP_API int32_t bspPowerPieGet(uint32_t supply, BspSupplyRecord *record);
+
+/**
+ * Writes the record of a power supply, on any model.
+ *
+ * @param supply  1 or 2
+ * @param record  80 bytes
+ * @return BSP_OK; BSP_E_NULL; the status of bspPowerEepromWrite()
+ */
+BSP_API int32_t bspPowerPieSet(uint32_t supply, const BspSupplyRecord *record);
+
+/**
+ * Continues a CRC-32 (IEEE 802.3, reflected, polynomial 0xEDB88320).
+ *
+ * @param crc  result of the call for the bytes before these, 0 to start
+ * @param buf  len bytes
+ * @return the CRC of all bytes so far; 0 for a null buffer
+ */
+BSP_API uint32_t bsp_crc32_cal(uint32_t crc, const uint8_t *buf, uint32_t len);
+
+/* ------------------------------------------------------------------------------------------------
+ * Device information, MAC address and serial number
+ * --------------------------------------------------------------------------------------------- */
+
+#define BSP_DEVINFO_BOARD 0u       /**< device information index of the board's own record */
+#define BSP_DEVINFO_SUPPLY_1 0x50u /**< index of power supply 1; supply n is 0x50 + n - 1 */
+
+/**
+ * Reads a device information record.
+ *
+ * Index 0 is the board's record, magic and CRC checked. An index whose bits 7-4 are 5 is power
+ * supply index - 0x4F, on two-fan models only: its record is shown in the board's layout, that is
+ * productData1, productData2, productData3 and the first 24 bytes of serial are stored and all
+ * other bytes of the caller's buffer keep their values.
+ *
+ * @param index   0, 0x50 or 0x51
+ * @param record  128 bytes
+ * @return BSP_OK; BSP_E_NULL; BSP_E_NOT_SUPPORTED for any other index or a supply on a model
+ * without supply records; BSP_E_INVALID for a supply above 2; the status of bspDevIdGet()
+ *         ("%s-%d: get devId failed\n" is printed), of bspLocalPieGet() or of bspPowerPieGet()
+ */
+BSP_API int32_t bspDevinfoGet(uint32_t index, BspDevinfo *record);
+
+/**
+ * Stores a device information record, the reverse of bspDevinfoGet().
+ *
+ * Index 0 needs the magic and gets its CRC computed into the caller's buffer. For a supply the four
+ * ranges are taken from the buffer and bytes 36-39 of the supply's record become zeros.
+ *
+ * @return as bspDevinfoGet(), with the statuses of bspLocalPieSet() and bspPowerPieSet()
+ */
+BSP_API int32_t bspDevinfoSet(uint32_t index, BspDevinfo *record);
+
+/**
+ * Reads a MAC address from the board's record.
+ *
+ * @param index  0 gives the stored base address with 1 added to its last byte (0xFF becomes 0x00,
+ *               nothing is carried); any other index gives the stored base address
+ * @param mac    receives 6 bytes, first octet first
+ * @return BSP_OK; BSP_E_NULL; the status of bspDevinfoGet() ("%s-%d: devinfo get failed\n" is
+ * printed)
+ */
+BSP_API int32_t bspMacAddrGet(uint32_t index, uint8_t *mac);
+
+/**
+ * Stores the base MAC address in the board's record, the same for every index: a set with index 0
+ * followed by a get with index 0 answers the address plus one.
+ *
+ * @param mac  6 bytes, first octet first
+ * @return BSP_OK; BSP_E_NULL; the status of bspDevinfoGet() ("%s-%d: devinfo get failed\n" is
+ * printed) or of bspDevinfoSet() ("%s-%d: devinfo set failed\n" is printed)
+ */
+BSP_API int32_t bspMacAddrSet(uint32_t index, const uint8_t *mac);
+
+/**
+ * Reads the serial number from the board's record.
+ *
+ * @param serial  receives the characters and no terminating zero, so zero-fill it beforehand; 32
+ *                bytes suffice for every number that bspSerialNumSet() writes, 64 for any record
+ * @param len     receives the number of characters, up to the first zero byte of the field (a field
+ *                without one runs on into the bytes behind it, to the record's end at the latest)
+ * @return BSP_OK; BSP_E_NULL; the status of bspDevinfoGet() ("%s-%d: devinfo get failed\n" is
+ * printed)
+ */
+BSP_API int32_t bspSerialNumGet(char *serial, uint32_t *len);
+
+/**
+ * Stores the serial number in the board's record, padded with zeros to 32 bytes.
+ *
+ * @param serial  len bytes
+ * @param len     1 to 31
+ * @return BSP_OK; BSP_E_NULL; BSP_E_INVALID for a length out of range; the status of
+ * bspDevinfoGet()
+ *         ("%s-%d: devinfo get failed\n" is printed) or of bspDevinfoSet()
+ *         ("%s-%d: devinfo set failed\n" is printed)
+ */
+BSP_API int32_t bspSerialNumSet(const char *serial, int32_t len);
+
+/** The board keeps no manufacturing date. @return BSP_OK; the output is not touched. */
+BSP_API int32_t bspMfgDateGet(char *date);
+
+/** The board keeps no manufacturing date. @return BSP_OK; nothing is stored. */
+BSP_API int32_t bspMfgDateSet(const char *date);
+
+/* ------------------------------------------------------------------------------------------------
+ * Facade: what management software calls. Unless said otherwise a function is the bsp* function of
+ * the same stem: same arguments, same status.
+ * --------------------------------------------------------------------------------------------- */
+
+/** Product of this fixed unit: stores 1. @param unit ignored @return BSP_OK, BSP_E_NULL */
+BSP_API int32_t ioProductIdGet(uint32_t unit, uint32_t *productId);
+/** Slot of this fixed unit: stores 1 (bspBoardSlotIdGet() answers 0). @return BSP_OK, BSP_E_NULL */
+BSP_API int32_t ioSlotIdGet(uint32_t unit, uint32_t *slotId);
+/** Card of this fixed unit: stores 0. @param unit ignored @return BSP_OK, BSP_E_NULL */
+BSP_API int32_t ioCardIdGet(uint32_t unit, uint32_t *cardId);
+/** Frame type of this fixed unit: stores 1. @param unit ignored @return BSP_OK, BSP_E_NULL */
+BSP_API int32_t ioFrameTypeGet(uint32_t unit, uint32_t *type);
+/** Slot type of this fixed unit: stores 1. @param unit ignored @return BSP_OK, BSP_E_NULL */
+BSP_API int32_t ioSlotTypeGet(uint32_t unit, uint32_t *type);
+/** Card type of this fixed unit: stores 1. @param unit ignored @return BSP_OK, BSP_E_NULL */
+BSP_API int32_t ioCardTypeGet(uint32_t unit, uint32_t *type);
+
+/** As bspDevIdGet(). */
+BSP_API int32_t ioDevIdGet(uint32_t *devId);
+/** As bspDevSerialVerGet(). */
+BSP_API int32_t ioDevSerialVerGet(uint32_t *ver);
+/** As bspHwVersionGet(). */
+BSP_API int32_t ioHwVersionGet(char *text);
+/** As bspCpldVersionGet(). */
+BSP_API int32_t ioCpldVersionGet(char *text);
+/** As bspFpgaVersionGet(). */
+BSP_API int32_t ioFpgaVersionGet(char *text);
+/** As bspUbootVersionGet(). */
+BSP_API int32_t ioBiosVersionGet(char *version);
+/** As bspBoardSlotIdGet(). */
+BSP_API int32_t ioBoardSlotIdGet(uint32_t *slotId);
+/** As bspBoardDescGet(). */
+BSP_API int32_t ioBoardDescGet(char *desc);
+/** As bspBoardDescSet(). */
+BSP_API int32_t ioBoardDescSet(const char *desc);
+/** As bspBoardPowerInfoGet(). */
+BSP_API int32_t ioBoardPowerInfoGet(uint32_t index, void *info);
+/** As bspDevinfoGet(). */
+BSP_API int32_t ioDevinfoGet(uint32_t index, BspDevinfo *record);
+/** As bspDevinfoSet(). */
+BSP_API int32_t ioDevinfoSet(uint32_t index, BspDevinfo *record);
+/** As bspMacAddrGet(). */
+BSP_API int32_t ioMacAddrGet(uint32_t index, uint8_t *mac);
+/** As bspMacAddrSet(). */
+BSP_API int32_t ioMacAddrSet(uint32_t index, const uint8_t *mac);
+/** As bspSerialNumGet(). */
+BSP_API int32_t ioSerialNumGet(char *serial, uint32_t *len);
+/** As bspSerialNumSet(). */
+BSP_API int32_t ioSerialNumSet(const char *serial, int32_t len);
+/** As bspMfgDateGet(). */
+BSP_API int32_t ioMfgDateGet(char *date);
+/** As bspMfgDateSet(). */
+BSP_API int32_t ioMfgDateSet(const char *date);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* BSP_H */

@@ -1,0 +1,145 @@
+#include "tests/support/virtual_board_test.h"
+
+#include "virtual_board/os/seam.h"
+#include "virtual_board/words/trace_text.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace {
+
+int countOpenDescriptors() {
+    int count = 0;
+    for ([[maybe_unused]] const auto &entry : std::filesystem::directory_iterator("/proc/self/fd"))
+        ++count;
+    return count;
+}
+
+} // namespace
+
+std::string printedBy(const std::function<void()> &function) {
+    std::fflush(stdout);
+    std::FILE *captured = std::tmpfile();
+    if (captured == nullptr)
+        throw std::runtime_error("no temporary file for captured output");
+    const int savedStdout = dup(STDOUT_FILENO);
+    dup2(fileno(captured), STDOUT_FILENO);
+    function();
+    std::fflush(stdout);
+    dup2(savedStdout, STDOUT_FILENO);
+    close(savedStdout);
+
+    std::string text;
+    std::rewind(captured);
+    for (int character = std::fgetc(captured); character != EOF; character = std::fgetc(captured))
+        text += static_cast<char>(character);
+    std::fclose(captured);
+    return text;
+}
+
+TemporaryFolder::TemporaryFolder()
+    : path_((std::filesystem::temp_directory_path() / "bsp-test-XXXXXX").string()) {
+    if (mkdtemp(path_.data()) == nullptr)
+        throw std::runtime_error("no temporary folder: " + std::string(std::strerror(errno)));
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+VirtualBoardTest::VirtualBoardTest(uint32_t devId) : devId_(devId) {}
+
+VirtualBoardTest::~VirtualBoardTest() {
+    vb::detachBoard();
+}
+
+void VirtualBoardTest::SetUp() {
+    useModel(devId_);
+    openDescriptors_ = countOpenDescriptors();
+}
+
+void VirtualBoardTest::TearDown() {
+    EXPECT_EQ(countOpenDescriptors(), openDescriptors_) << "descriptors were left open or closed";
+}
+
+void VirtualBoardTest::useModel(uint32_t devId) {
+    vb::detachBoard();
+    std::filesystem::remove_all(boardFolder());
+    vb::BoardOptions options;
+    options.devId = devId;
+    options.time = vb::TimeMode::Virtual;
+    vb::FolderError error = {};
+    ASSERT_TRUE(vb::createBoard(boardFolder(), options, error)) << error.text;
+    ASSERT_TRUE(vb::attachBoard(boardFolder().c_str(), error)) << error.text;
+    traced_ = 0;
+}
+
+vb::Board &VirtualBoardTest::board() const {
+    return *vb::attachedFolder()->board();
+}
+
+std::string VirtualBoardTest::boardFile(const std::string &pathOnBoard) const {
+    return vb::attachedFolder()->hostPath(pathOnBoard.c_str()).text;
+}
+
+std::vector<std::string> VirtualBoardTest::trace() {
+    std::vector<std::string> lines;
+    for (; traced_ < board().trace.total; ++traced_)
+        lines.push_back(vb::traceText(vb::traceAt(board().trace, traced_)));
+    return lines;
+}
+
+std::vector<std::string> VirtualBoardTest::requests() {
+    std::vector<std::string> lines;
+    for (; traced_ < board().trace.total; ++traced_) {
+        const vb::TraceRecord &record = vb::traceAt(board().trace, traced_);
+        if (record.kind != vb::TraceKind::Open && record.kind != vb::TraceKind::Sleep)
+            lines.push_back(vb::traceText(record));
+    }
+    return lines;
+}
+
+void VirtualBoardTest::addFault(const vb::FaultRule &rule) {
+    ASSERT_NE(vb::addFault(board().faults, rule), 0u);
+}
+
+void VirtualBoardTest::clearFaults() {
+    board().faults = vb::FaultTable{};
+}
+
+vb::FaultRule VirtualBoardTest::refuse(vb::FaultDevice device, vb::FaultOp op, int32_t result,
+                                       uint32_t nth) const {
+    vb::FaultRule rule{};
+    rule.device = device;
+    rule.op = op;
+    rule.when = vb::FaultWhen::FromOn;
+    rule.nth = nth;
+    rule.effect = vb::FaultEffect::Refuse;
+    rule.argument = result;
+    return rule;
+}
+
+vb::FaultRule VirtualBoardTest::openFails(const char *path, int errnoValue) const {
+    vb::FaultRule rule{};
+    rule.device = vb::FaultDevice::File;
+    rule.op = vb::FaultOp::Open;
+    rule.when = vb::FaultWhen::FromOn;
+    rule.nth = 1;
+    rule.effect = vb::FaultEffect::OpenFails;
+    rule.argument = errnoValue;
+    std::strncpy(rule.path, path, sizeof(rule.path) - 1);
+    return rule;
+}
+
+vb::FaultRule VirtualBoardTest::shortTransfer(const char *path, vb::FaultOp op,
+                                              int32_t bytes) const {
+    vb::FaultRule rule = openFails(path, bytes);
+    rule.op = op;
+    rule.effect = vb::FaultEffect::Short;
+    return rule;
+}

@@ -1,0 +1,72 @@
+#pragma once
+// A test on a virtual board of its own, with virtual time.
+
+#include "virtual_board/board/create.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+/** What a function prints on standard output. */
+std::string printedBy(const std::function<void()> &function);
+
+/** A folder that disappears with this object. */
+class TemporaryFolder {
+  public:
+    TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder &) = delete;
+    TemporaryFolder &operator=(const TemporaryFolder &) = delete;
+    ~TemporaryFolder();
+
+    const std::string &path() const { return path_; }
+
+  private:
+    std::string path_;
+};
+
+/**
+ * Attaches the test to a new board. When the test ends, every descriptor that was opened during it
+ * must be closed again.
+ */
+class VirtualBoardTest : public ::testing::Test {
+  protected:
+    explicit VirtualBoardTest(uint32_t devId = 0x0709);
+    ~VirtualBoardTest() override;
+    void SetUp() override;
+    void TearDown() override;
+
+    /** Replaces the board by a new one of another model. */
+    void useModel(uint32_t devId);
+
+    vb::Board &board() const;
+    vb::Devices &devices() const { return board().devices; }
+    std::string boardFolder() const { return folder_.path() + "/board"; }
+
+    /** Where a file of the board lies: boardFile("/tmp/bsp/devId"). */
+    std::string boardFile(const std::string &pathOnBoard) const;
+
+    /** The requests since the last call, each in the board's words. */
+    std::vector<std::string> trace();
+    /** The same without opens and sleeps: what reached the driver. */
+    std::vector<std::string> requests();
+
+    /** Nanoseconds on the board's clock, which only sleeps advance. */
+    uint64_t now() const { return board().clock.sleptNs; }
+
+    void addFault(const vb::FaultRule &rule);
+    void clearFaults();
+
+    // The usual faults: the n-th request of a kind fails, and all after it.
+    vb::FaultRule refuse(vb::FaultDevice device, vb::FaultOp op, int32_t result,
+                         uint32_t nth = 1) const;
+    vb::FaultRule openFails(const char *path, int errnoValue) const;
+    vb::FaultRule shortTransfer(const char *path, vb::FaultOp op, int32_t bytes) const;
+
+  private:
+    TemporaryFolder folder_;
+    uint32_t devId_;
+    uint64_t traced_ = 0;
+    int openDescriptors_ = 0;
+};

@@ -1,0 +1,67 @@
+#pragma once
+// One whole board: its devices, clock, faults and trace as one block of plain memory, which every
+// process of the board maps.
+
+#include "virtual_board/board/clock.h"
+#include "virtual_board/board/faults.h"
+#include "virtual_board/board/models.h"
+#include "virtual_board/board/trace.h"
+#include "virtual_board/devices/cpld.h"
+#include "virtual_board/devices/eeprom.h"
+#include "virtual_board/devices/gpio.h"
+
+#include <cstdint>
+
+namespace vb {
+
+constexpr uint32_t kSupplies = 2;
+
+/** A plug-in power supply. Unplugged, nothing of it answers. */
+struct Supply {
+    uint32_t isPresent;
+    Eeprom eeprom;
+};
+
+/** What a test compares when it asks whether the board has changed. */
+struct Devices {
+    Cpld cpld;
+    Gpio gpio;
+    Eeprom eeprom;
+    Supply supply[kSupplies];
+};
+
+constexpr char kBoardMagic[8] = {'V', 'B', 'O', 'A', 'R', 'D', '\n', '\0'};
+constexpr uint32_t kBoardByteOrder = 0x01020304;
+constexpr uint32_t kBoardVersion = 1;
+
+struct BoardHeader {
+    char magic[8];
+    uint32_t byteOrder; // kBoardByteOrder as the creating machine stores it
+    uint32_t version;
+    uint32_t size; // of the whole block
+    uint32_t devId;
+    uint32_t check; // over the fields before it
+    uint32_t padding;
+};
+
+struct Board {
+    BoardHeader header;
+    Clock clock;
+    Devices devices;
+    FaultTable faults;
+    TraceRing trace;
+};
+
+/** Check value of a header's fields. */
+uint32_t headerCheck(const BoardHeader &header);
+
+/** What the identity of a new unit is set to in the factory. */
+struct FactoryData {
+    const char *serial; // up to 31 characters
+    uint8_t mac[6];
+};
+
+/** Builds a board of a model as it leaves the factory. The block must be zero-filled. */
+void buildBoard(Board &board, const Model &model, const FactoryData &factory);
+
+} // namespace vb

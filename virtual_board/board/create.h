@@ -1,0 +1,27 @@
+#pragma once
+// Making a board's folder.
+
+#include "virtual_board/board/folder.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace vb {
+
+/** What a new board is made with. */
+struct BoardOptions {
+    uint32_t devId = 0;
+    TimeMode time = TimeMode::Real;
+    std::string serial = "VB00000001";
+    std::array<uint8_t, 6> mac = {0x02, 0x00, 0x5E, 0x10, 0x00, 0x00};
+    std::string commandLine = "console=ttyS0,115200 bootver=1.2.3 root=/dev/mtdblock12";
+};
+
+/**
+ * Makes a board in a folder that does not exist yet, or is empty. The folder appears with the whole
+ * board in it or not at all. False, with the reason, when it cannot be made.
+ */
+bool createBoard(const std::string &path, const BoardOptions &options, FolderError &error);
+
+} // namespace vb

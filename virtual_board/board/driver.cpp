@@ -1,0 +1,252 @@
+#include "virtual_board/board/driver.h"
+
+#include "virtual_board/board/i2c_bus.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+namespace vb {
+
+namespace {
+
+constexpr uint32_t kFloating = 0xFFFF; // what an undriven 16-bit bus reads
+constexpr uint64_t kLowestUserAddress = 4096;
+constexpr uint32_t kMaxTransfer = 4096;
+constexpr uint32_t kHighestDevAddr = 0x7F;
+
+/** A request on its way through the driver. */
+struct Request {
+    Board &board;
+    BspIoctlRecord &record;
+    TraceRecord &trace;
+    const FaultRule *fault; // what goes wrong with it, or null
+
+    bool has(FaultEffect effect) const { return fault != nullptr && fault->effect == effect; }
+};
+
+constexpr uint32_t word(const BspIoctlRecord &record, unsigned slot) {
+    return static_cast<uint32_t>(record.slot[slot]);
+}
+
+/** User memory at the address in a slot; null when the process can have nothing there. */
+void *userMemory(uint64_t slot) {
+    constexpr uint64_t kExtension = 0xFFFFFFFF00000000;
+    // No process lives in the top 4 GiB of 64 bits: such an address is a sign-extended 32-bit one.
+    const uint64_t address = (slot & kExtension) == kExtension ? slot & ~kExtension : slot;
+    if (address < kLowestUserAddress)
+        return nullptr;
+    return reinterpret_cast<void *>(static_cast<uintptr_t>(address));
+}
+
+void storeWord(void *memory, uint32_t value) {
+    std::memcpy(memory, &value, sizeof(value));
+}
+
+/** Single-byte corruption of data on its way; bytes outside the data stay what they are. */
+void corrupt(const FaultRule &fault, uint8_t *data, uint32_t length) {
+    const auto index = static_cast<uint32_t>(fault.argument);
+    if (index < length)
+        data[index] = static_cast<uint8_t>(data[index] ^ fault.mask);
+}
+
+uint32_t corruptRegister(const FaultRule &fault, uint32_t value) {
+    uint8_t bytes[2] = {static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value)};
+    corrupt(fault, bytes, sizeof(bytes));
+    return uint32_t{bytes[0]} << 8 | bytes[1];
+}
+
+// Each server answers the request's result word.
+
+int32_t serveCpldRead(Request &request) {
+    void *output = userMemory(request.record.slot[1]);
+    if (output == nullptr)
+        return -EFAULT;
+    uint16_t content = 0;
+    if (!cpldRead(request.board.devices.cpld, word(request.record, 0), &content))
+        return -EINVAL;
+    uint32_t value = request.has(FaultEffect::NoAnswer) ? kFloating : content;
+    if (request.has(FaultEffect::Corrupt))
+        value = corruptRegister(*request.fault, value);
+    request.trace.value = value;
+    storeWord(output, value);
+    return 0;
+}
+
+int32_t serveCpldWrite(Request &request) {
+    const uint32_t reg = word(request.record, 0);
+    uint32_t value = word(request.record, 1);
+    request.trace.value = value;
+    if (reg >= kCpldRegisters || value > 0xFFFF)
+        return -EINVAL;
+    if (request.has(FaultEffect::Corrupt))
+        value = corruptRegister(*request.fault, value);
+    if (!request.has(FaultEffect::NoAnswer))
+        cpldWrite(request.board.devices.cpld, reg, static_cast<uint16_t>(value));
+    return 0;
+}
+
+int32_t serveI2c(Request &request, bool isRead) {
+    const BspIoctlRecord &record = request.record;
+    const auto length = static_cast<int32_t>(word(record, 5));
+    auto *memory = static_cast<uint8_t *>(userMemory(record.slot[4]));
+    if (memory == nullptr)
+        return -EFAULT;
+    if (length < 1 || static_cast<uint32_t>(length) > kMaxTransfer ||
+        word(record, 1) > kHighestDevAddr)
+        return -EINVAL;
+    if (request.has(FaultEffect::NoAnswer))
+        return -ENXIO;
+
+    // The data crosses the driver's own buffer, where a fault can spoil it without touching the
+    // caller's bytes of a write.
+    uint8_t data[kMaxTransfer];
+    auto count = static_cast<uint32_t>(length);
+    if (request.has(FaultEffect::Short))
+        count = std::min(count, static_cast<uint32_t>(request.fault->argument));
+    if (!isRead)
+        std::memcpy(data, memory, count);
+    if (!isRead && request.has(FaultEffect::Corrupt))
+        corrupt(*request.fault, data, count);
+    const I2cTransfer transfer = {word(record, 0) & 0xFF,
+                                  word(record, 0) >> 8 & 0xFF,
+                                  word(record, 1),
+                                  word(record, 2),
+                                  word(record, 3),
+                                  isRead,
+                                  data,
+                                  count};
+    if (!i2cTransfer(request.board, transfer))
+        return -ENXIO;
+    if (isRead && request.has(FaultEffect::Corrupt))
+        corrupt(*request.fault, data, count);
+    if (isRead)
+        std::memcpy(memory, data, count);
+    request.trace.stored = std::min(count, kTraceDataSize);
+    std::memcpy(request.trace.data, data, request.trace.stored);
+    return 0;
+}
+
+int32_t serveGpioInput(Request &request) {
+    if (request.has(FaultEffect::NoAnswer))
+        return 0;
+    return gpioSetInput(request.board.devices.gpio, word(request.record, 0)) ? 0 : -EINVAL;
+}
+
+int32_t serveGpioOutput(Request &request) {
+    const uint32_t level = word(request.record, 1) != 0 ? 1 : 0;
+    request.trace.value = level;
+    if (request.has(FaultEffect::NoAnswer))
+        return 0;
+    const uint32_t line = word(request.record, 0);
+    return gpioSetOutput(request.board.devices.gpio, line, level != 0) ? 0 : -EINVAL;
+}
+
+int32_t serveGpioRead(Request &request) {
+    void *output = userMemory(request.record.slot[1]);
+    if (output == nullptr)
+        return -EFAULT;
+    uint32_t level = 0;
+    if (!gpioRead(request.board.devices.gpio, word(request.record, 0), &level))
+        return -EINVAL;
+    if (request.has(FaultEffect::NoAnswer))
+        level = 1; // the pull-up
+    request.trace.value = level;
+    storeWord(output, level);
+    return 0;
+}
+
+int32_t serve(Request &request) {
+    switch (request.trace.kind) {
+    case TraceKind::CpldRead:
+        return serveCpldRead(request);
+    case TraceKind::CpldWrite:
+        return serveCpldWrite(request);
+    case TraceKind::I2cRead:
+        return serveI2c(request, true);
+    case TraceKind::I2cWrite:
+        return serveI2c(request, false);
+    case TraceKind::GpioInput:
+        return serveGpioInput(request);
+    case TraceKind::GpioOutput:
+        return serveGpioOutput(request);
+    case TraceKind::GpioRead:
+        return serveGpioRead(request);
+    default:
+        return -ENOTTY;
+    }
+}
+
+struct RequestType {
+    TraceKind kind;
+    FaultDevice device;
+    FaultOp op;
+};
+
+/** What kind of request a code is; OtherRequest for codes that the module does not serve. */
+RequestType typeOf(uint32_t code) {
+    switch (code) {
+    case BSP_REQ_CPLD_READ:
+        return {TraceKind::CpldRead, FaultDevice::Cpld, FaultOp::Read};
+    case BSP_REQ_CPLD_WRITE:
+        return {TraceKind::CpldWrite, FaultDevice::Cpld, FaultOp::Write};
+    case BSP_REQ_I2C_READ:
+        return {TraceKind::I2cRead, FaultDevice::I2c, FaultOp::Read};
+    case BSP_REQ_I2C_WRITE:
+        return {TraceKind::I2cWrite, FaultDevice::I2c, FaultOp::Write};
+    case BSP_REQ_GPIO_INPUT:
+        return {TraceKind::GpioInput, FaultDevice::Gpio, FaultOp::Write};
+    case BSP_REQ_GPIO_OUTPUT:
+        return {TraceKind::GpioOutput, FaultDevice::Gpio, FaultOp::Write};
+    case BSP_REQ_GPIO_READ:
+        return {TraceKind::GpioRead, FaultDevice::Gpio, FaultOp::Read};
+    default:
+        return {TraceKind::OtherRequest, FaultDevice::Cpld, FaultOp::Any};
+    }
+}
+
+FaultSubject subjectOf(const RequestType &type, const BspIoctlRecord &record) {
+    if (type.device != FaultDevice::I2c)
+        return {type.device, type.op, 0, 0, 0, word(record, 0)};
+    return {type.device,     type.op,        word(record, 0) & 0xFF, word(record, 0) >> 8 & 0xFF,
+            word(record, 1), word(record, 2)};
+}
+
+void describe(TraceRecord &trace, const Sender &sender, TraceKind kind, const FaultSubject &subject,
+              const BspIoctlRecord &record) {
+    trace = TraceRecord{};
+    trace.timeNs = sender.nowNs;
+    trace.pid = sender.pid;
+    trace.kind = kind;
+    trace.bus = static_cast<uint8_t>(subject.bus);
+    trace.channel = static_cast<uint8_t>(subject.channel);
+    trace.devAddr = static_cast<uint8_t>(subject.devAddr);
+    trace.offset = subject.offset;
+    if (subject.device == FaultDevice::I2c)
+        trace.length = word(record, 5);
+}
+
+} // namespace
+
+int serveRequest(Board &board, const Sender &sender, uint32_t code, BspIoctlRecord &record) {
+    const RequestType type = typeOf(code);
+    const FaultSubject subject = subjectOf(type, record);
+    TraceRecord &trace = traceNext(board.trace);
+    describe(trace, sender, type.kind, subject, record);
+    if (type.kind == TraceKind::OtherRequest) {
+        trace.offset = code;
+        trace.error = ENOTTY;
+        return trace.error;
+    }
+
+    Request request = {board, record, trace, faultFor(board.faults, subject)};
+    if (request.has(FaultEffect::IoctlFails)) {
+        trace.error = request.fault->argument;
+        return trace.error;
+    }
+    record.result = request.has(FaultEffect::Refuse) ? request.fault->argument : serve(request);
+    trace.result = record.result;
+    return 0;
+}
+
+} // namespace vb

@@ -1,0 +1,71 @@
+#pragma once
+// Faults as rules: which request, when, and what goes wrong then.
+
+#include <cstdint>
+
+namespace vb {
+
+enum class FaultDevice : uint8_t { Cpld, Gpio, I2c, File };
+enum class FaultOp : uint8_t { Any, Open, Read, Write };
+enum class FaultWhen : uint8_t {
+    Once,   // the n-th matching request
+    Every,  // each n-th matching request
+    FromOn, // the n-th matching request and all after it
+};
+enum class FaultEffect : uint8_t {
+    Refuse,     // the driver answers with result word `argument`; nothing is done
+    OpenFails,  // the open fails with errno `argument`
+    IoctlFails, // the ioctl fails with errno `argument`
+    Short,      // only the first `argument` bytes are transferred
+    Corrupt,    // byte `argument` of the data arrives XORed with `mask`
+    NoAnswer,   // the device stays silent: its bus reports it, or floats
+};
+
+/** One request as rules see it. */
+struct FaultSubject {
+    FaultDevice device;
+    FaultOp op;
+    uint32_t bus = 0, channel = 0, devAddr = 0; // I2C only
+    uint32_t offset = 0;                        // register, GPIO line, or I2C offset
+    const char *path = nullptr;                 // files only
+};
+
+constexpr uint32_t kFaultPathSize = 64;
+
+/** A rule. The fields that it does not look at are zero. */
+struct FaultRule {
+    uint32_t id; // 0: unused
+    FaultDevice device;
+    FaultOp op;
+    FaultWhen when;
+    FaultEffect effect;
+    uint32_t hasAddress; // I2C: look at bus, channel and device address
+    uint32_t bus, channel, devAddr;
+    uint32_t hasOffset; // look at the offset
+    uint32_t offset;
+    char path[kFaultPathSize]; // files: the path on the board
+    uint32_t nth;              // counted from 1
+    int32_t argument;
+    uint32_t mask;
+    uint32_t matched; // matching requests so far
+    uint32_t fired;   // of these, how many failed
+};
+
+constexpr uint32_t kMaxFaults = 32;
+
+struct FaultTable {
+    uint32_t lastId;
+    uint32_t fileRules; // how many rules concern files
+    FaultRule rule[kMaxFaults];
+};
+
+/** Adds a rule and gives it an id; 0 when the table is full. */
+uint32_t addFault(FaultTable &table, const FaultRule &rule);
+
+/** Removes a rule; false when there is none of that id. */
+bool removeFault(FaultTable &table, uint32_t id);
+
+/** Counts a request against every rule; the first one that it trips, or null. */
+const FaultRule *faultFor(FaultTable &table, const FaultSubject &subject);
+
+} // namespace vb

@@ -1,0 +1,167 @@
+#include "virtual_board/board/folder.h"
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <initializer_list>
+#include <sys/file.h>
+#include <sys/mman.h>
+#include <time.h>
+#include <unistd.h>
+
+namespace vb {
+
+namespace {
+
+__attribute__((format(printf, 2, 3))) bool fail(FolderError &error, const char *format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(error.text, sizeof(error.text), format, arguments);
+    va_end(arguments);
+    return false;
+}
+
+constexpr uint32_t swapped(uint32_t value) {
+    return value >> 24 | (value >> 8 & 0xFF00) | (value << 8 & 0xFF0000) | value << 24;
+}
+
+/** Whether a header is that of a board which this build can map. */
+bool checkHeader(const BoardHeader &header, uint64_t fileSize, const char *path,
+                 FolderError &error) {
+    if (std::memcmp(header.magic, kBoardMagic, sizeof(kBoardMagic)) != 0)
+        return fail(error, "%s is damaged: %s is not a board's state; create the board again", path,
+                    kStateFile);
+    if (header.byteOrder == swapped(kBoardByteOrder))
+        return fail(error,
+                    "%s was made on a machine of the other byte order; create a board with the "
+                    "vboard of this build",
+                    path);
+    if (header.byteOrder != kBoardByteOrder || header.check != headerCheck(header))
+        return fail(error,
+                    "%s is damaged: the header of %s is inconsistent; create the board again", path,
+                    kStateFile);
+    if (header.version != kBoardVersion || header.size != sizeof(Board))
+        return fail(
+            error,
+            "%s is a board of another version (%u, this build uses %u); create a board with "
+            "the vboard of this build",
+            path, header.version, kBoardVersion);
+    if (fileSize != header.size)
+        return fail(error, "%s is damaged: %s has %llu of %u bytes; create the board again", path,
+                    kStateFile, static_cast<unsigned long long>(fileSize), header.size);
+    return true;
+}
+
+/** Whether the values that index or divide are within their ranges. */
+bool isConsistent(const Board &board) {
+    if (board.clock.mode != TimeMode::Real && board.clock.mode != TimeMode::Virtual)
+        return false;
+    if (board.devices.eeprom.blocks != kEepromMaxBlocks)
+        return false;
+    for (const Supply &supply : board.devices.supply) {
+        if (supply.isPresent > 1 || supply.eeprom.blocks > 1 ||
+            (supply.isPresent != 0 && supply.eeprom.blocks == 0))
+            return false;
+    }
+    for (const FaultRule &rule : board.faults.rule) {
+        if (rule.id != 0 && rule.nth == 0)
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+bool BoardFolder::open(const char *path, FolderError &error) {
+    close();
+    if (realpath(path, path_) == nullptr)
+        return fail(error, "%s: %s; create a board with: vboard create --model 0x0709 %s", path,
+                    std::strerror(errno), path);
+    if (!map(path, error))
+        return false;
+    if (!isConsistent(*board_)) {
+        close();
+        return fail(error, "%s is damaged: %s holds impossible values; create the board again",
+                    path, kStateFile);
+    }
+    for (const char *needed : {kNodePath, kCommandLinePath}) {
+        if (access(hostPath(needed).text, R_OK) != 0) {
+            close();
+            return fail(error,
+                        "%s is damaged: %s%s is missing or unreadable; create the board again",
+                        path, kRootFolder, needed);
+        }
+    }
+    return true;
+}
+
+bool BoardFolder::map(const char *path, FolderError &error) {
+    const int fd = ::open(ownFile(kStateFile).text, O_RDWR | O_CLOEXEC);
+    if (fd < 0 && errno == ENOENT)
+        return fail(error, "%s is not a board: it has no %s; create one with: vboard create", path,
+                    kStateFile);
+    if (fd < 0)
+        return fail(error, "%s: cannot open %s for reading and writing: %s", path, kStateFile,
+                    std::strerror(errno));
+
+    BoardHeader header = {};
+    const ssize_t headerSize = pread(fd, &header, sizeof(header), 0);
+    const off_t fileSize = lseek(fd, 0, SEEK_END);
+    bool isUsable = false;
+    if (headerSize != static_cast<ssize_t>(sizeof(header)))
+        fail(error, "%s is damaged: %s is too short; create the board again", path, kStateFile);
+    else
+        isUsable = checkHeader(header, static_cast<uint64_t>(fileSize), path, error);
+    if (isUsable) {
+        void *memory = mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+        if (memory != MAP_FAILED)
+            board_ = static_cast<Board *>(memory);
+        else
+            fail(error, "%s: cannot map %s: %s", path, kStateFile, std::strerror(errno));
+    }
+    ::close(fd);
+    return board_ != nullptr;
+}
+
+void BoardFolder::close() {
+    if (board_ != nullptr)
+        munmap(board_, sizeof(Board));
+    board_ = nullptr;
+}
+
+HostPathBuffer BoardFolder::hostPath(const char *boardPath) const {
+    HostPathBuffer path;
+    std::snprintf(path.text, sizeof(path.text), "%s/%s%s", path_, kRootFolder, boardPath);
+    return path;
+}
+
+HostPathBuffer BoardFolder::ownFile(const char *name) const {
+    HostPathBuffer path;
+    std::snprintf(path.text, sizeof(path.text), "%s/%s", path_, name);
+    return path;
+}
+
+BoardLock::BoardLock(const BoardFolder &folder)
+    : fd_(::open(folder.ownFile(kLockFile).text, O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
+    while (fd_ >= 0 && flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
+    }
+}
+
+BoardLock::~BoardLock() {
+    if (fd_ < 0)
+        return;
+    // Explicitly, because a child forked meanwhile by another thread shares the lock.
+    flock(fd_, LOCK_UN);
+    ::close(fd_);
+}
+
+uint64_t hostNow() {
+    timespec now = {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    return static_cast<uint64_t>(now.tv_sec) * 1000000000u + static_cast<uint64_t>(now.tv_nsec);
+}
+
+} // namespace vb

@@ -1,0 +1,83 @@
+#pragma once
+// A board's folder:
+//
+//   board.state   the whole board, mapped by every process of it
+//   lock          locked around each request
+//   root/         the board's own files under their paths: /dev/bspHandle (a placeholder that makes
+//                 the node's descriptors recognisable), /proc/cmdline, /tmp/bsp...
+
+#include "virtual_board/board/board.h"
+
+namespace vb {
+
+constexpr char kStateFile[] = "board.state";
+constexpr char kLockFile[] = "lock";
+constexpr char kRootFolder[] = "root";
+constexpr char kNodePath[] = "/dev/bspHandle";
+constexpr char kCommandLinePath[] = "/proc/cmdline";
+constexpr char kSharedFolderPath[] = "/tmp/bsp";
+
+/** Why a board cannot be used: one line that says what to do. */
+struct FolderError {
+    char text[512];
+};
+
+constexpr unsigned kMaxFolderPath = 4096;
+constexpr unsigned kMaxBoardPath = 256;
+
+/** A path on the host; long enough for every path of a board in every folder. */
+struct HostPathBuffer {
+    char text[kMaxFolderPath + kMaxBoardPath + 16];
+};
+
+/** A mapped board folder. */
+class BoardFolder {
+  public:
+    BoardFolder() = default;
+    BoardFolder(const BoardFolder &) = delete;
+    BoardFolder &operator=(const BoardFolder &) = delete;
+    ~BoardFolder() { close(); }
+
+    /** Maps the board in a folder; false, with the reason, when it is not a whole, fitting board.
+     */
+    bool open(const char *path, FolderError &error);
+    void close();
+
+    Board *board() const { return board_; }
+
+    /** The folder's absolute path. */
+    const char *path() const { return path_; }
+
+    /** Where a file of the board lies on the host: the folder's root and the path on the board. */
+    HostPathBuffer hostPath(const char *boardPath) const;
+
+    /** One of the folder's own files. */
+    HostPathBuffer ownFile(const char *name) const;
+
+  private:
+    bool map(const char *statePath, FolderError &error);
+
+    Board *board_ = nullptr;
+    char path_[kMaxFolderPath] = {};
+};
+
+/**
+ * Keeps every other process and thread away from a board for the lifetime of this object. Each lock
+ * opens the lock file anew, so it survives whatever a program does with its descriptors and is
+ * released by the kernel when its holder dies.
+ */
+class BoardLock {
+  public:
+    explicit BoardLock(const BoardFolder &folder);
+    BoardLock(const BoardLock &) = delete;
+    BoardLock &operator=(const BoardLock &) = delete;
+    ~BoardLock();
+
+  private:
+    int fd_;
+};
+
+/** The host's time in nanoseconds. */
+uint64_t hostNow();
+
+} // namespace vb

@@ -1,0 +1,22 @@
+#pragma once
+// The hardware of each model, from its circuit diagrams: what the virtual board is built of. It is
+// kept apart from the library's own board table on purpose, so that a mistake in one shows.
+
+#include <cstdint>
+
+namespace vb {
+
+struct Model {
+    uint16_t devId;
+    const char *description;
+    bool hasSupplyEeproms; // two plug-in supplies, each with an EEPROM
+    uint8_t poePorts;      // 0: no PoE controller
+};
+
+constexpr unsigned kModelCount = 14;
+extern const Model kModels[kModelCount];
+
+/** The model of a device id, or null. */
+const Model *findModel(uint32_t devId);
+
+} // namespace vb

@@ -1,0 +1,60 @@
+#pragma once
+// The last requests that reached the board, oldest overwritten first.
+
+#include <cstdint>
+
+namespace vb {
+
+enum class TraceKind : uint8_t {
+    CpldRead,
+    CpldWrite,
+    I2cRead,
+    I2cWrite,
+    GpioInput,
+    GpioOutput,
+    GpioRead,
+    OtherRequest, // a request code that the driver does not serve
+    Open,         // a file of the board; the driver's node only when its open fails
+    Sleep,
+};
+
+constexpr uint32_t kTraceDataSize = 64;
+
+/** One request and its answer. Fields that a kind has no use for are zero. */
+struct TraceRecord {
+    alignas(8) uint64_t timeNs; // on the board's clock
+    alignas(8) uint64_t sleepNs;
+    int32_t pid;
+    TraceKind kind;
+    uint8_t bus, channel, devAddr;
+    uint32_t offset;              // register, GPIO line, I2C offset, or the code of another request
+    uint32_t length;              // I2C: bytes asked for
+    uint32_t value;               // register content or level
+    int32_t result;               // the driver's result word
+    int32_t error;                // errno with which the open or the ioctl failed, else 0
+    uint32_t stored;              // how much of the data the record keeps
+    uint8_t data[kTraceDataSize]; // I2C: the data; opens: the path, zero-terminated
+};
+
+constexpr uint32_t kTraceCapacity = 16384;
+
+struct TraceRing {
+    alignas(8) uint64_t total; // records ever made
+    TraceRecord record[kTraceCapacity];
+};
+
+constexpr TraceRecord &traceNext(TraceRing &ring) {
+    return ring.record[ring.total++ % kTraceCapacity];
+}
+
+/** The record with a running number, which must be one of the last kTraceCapacity. */
+constexpr const TraceRecord &traceAt(const TraceRing &ring, uint64_t number) {
+    return ring.record[number % kTraceCapacity];
+}
+
+/** Number of the oldest record that is still there. */
+constexpr uint64_t traceOldest(const TraceRing &ring) {
+    return ring.total > kTraceCapacity ? ring.total - kTraceCapacity : 0;
+}
+
+} // namespace vb

@@ -1,0 +1,28 @@
+#pragma once
+// The board's CPLD: 16-bit registers behind the kernel module.
+
+#include <cstdint>
+
+namespace vb {
+
+constexpr uint32_t kCpldRegisters = 64;
+
+constexpr uint32_t kCpldDeviceId = 1;
+constexpr uint32_t kCpldVersion = 2;
+constexpr uint32_t kCpldControl = 6;
+
+/** The world's face: what each register holds. */
+struct Cpld {
+    uint16_t reg[kCpldRegisters];
+};
+
+/** The bus reads a register; false where there is none. */
+bool cpldRead(const Cpld &cpld, uint32_t reg, uint16_t *value);
+
+/** The bus writes a register; false where there is none. Identity registers keep their content. */
+bool cpldWrite(Cpld &cpld, uint32_t reg, uint16_t value);
+
+/** What a register is for, in a word or two; null when nothing is known of it. */
+const char *cpldRegisterName(uint32_t reg);
+
+} // namespace vb

@@ -1,0 +1,98 @@
+#include "virtual_board/os/seam.h"
+
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <sys/stat.h>
+
+namespace vb {
+
+namespace {
+
+// Never destroyed: programs reach the seam before and after main.
+alignas(BoardFolder) unsigned char folderMemory[sizeof(BoardFolder)];
+BoardFolder *attached = nullptr;
+dev_t nodeDevice;
+ino_t nodeInode;
+
+/** Whether a path is that of a file or folder which each board has of its own. */
+bool isBoardPath(const char *path) {
+    constexpr const char *kOwnFiles[] = {kNodePath, kCommandLinePath, kSharedFolderPath,
+                                         "/tmp/bspFlashLockFile", "/tmp/bspPoeLockFile"};
+    for (const char *own : kOwnFiles) {
+        if (std::strcmp(path, own) == 0)
+            return true;
+    }
+    const size_t folderLength = std::strlen(kSharedFolderPath);
+    return std::strncmp(path, kSharedFolderPath, folderLength) == 0 && path[folderLength] == '/';
+}
+
+/** Copies a path without doubled slashes, "." parts and a trailing slash; false if it is too long.
+ */
+bool tidyPath(const char *path, char *buffer, size_t size) {
+    size_t length = 0;
+    for (const char *part = path; *part != '\0';) {
+        while (*part == '/')
+            ++part;
+        const size_t partLength = std::strcspn(part, "/");
+        if (partLength == 0 || (partLength == 1 && *part == '.')) {
+            part += partLength;
+            continue;
+        }
+        if (length + 1 + partLength >= size)
+            return false;
+        buffer[length++] = '/';
+        std::memcpy(buffer + length, part, partLength);
+        length += partLength;
+        part += partLength;
+    }
+    buffer[length] = '\0';
+    return true;
+}
+
+} // namespace
+
+bool attachBoard(const char *path, FolderError &error) {
+    detachBoard();
+    auto *folder = new (folderMemory) BoardFolder;
+    struct stat info = {};
+    if (!folder->open(path, error))
+        return false;
+    if (stat(folder->hostPath(kNodePath).text, &info) != 0) {
+        std::strcpy(error.text, "the board's driver node cannot be examined");
+        return false;
+    }
+    nodeDevice = info.st_dev;
+    nodeInode = info.st_ino;
+    attached = folder;
+    return true;
+}
+
+void detachBoard() {
+    if (attached != nullptr)
+        attached->close();
+    attached = nullptr;
+}
+
+const BoardFolder *attachedFolder() {
+    return attached;
+}
+
+bool isDriverNode(int fd) {
+    const int savedErrno = errno;
+    struct stat info = {};
+    const bool isNode = attached != nullptr && fstat(fd, &info) == 0 && info.st_dev == nodeDevice &&
+                        info.st_ino == nodeInode;
+    errno = savedErrno;
+    return isNode;
+}
+
+HostPath::HostPath(const char *path) : path_(path) {
+    if (attached == nullptr || path == nullptr || path[0] != '/')
+        return;
+    isOfBoard_ = tidyPath(path, boardPath_, sizeof(boardPath_)) && isBoardPath(boardPath_);
+    if (isOfBoard_)
+        buffer_ = attached->hostPath(boardPath_);
+}
+
+} // namespace vb

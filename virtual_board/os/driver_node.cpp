@@ -1,0 +1,48 @@
+// ioctl on the driver's node.
+
+#include "virtual_board/board/driver.h"
+#include "virtual_board/os/seam.h"
+
+#include <cerrno>
+#include <cstdarg>
+#include <unistd.h>
+
+namespace {
+
+int driverIoctl(unsigned long request, void *argument) {
+    const vb::BoardFolder &folder = *vb::attachedFolder();
+    if (argument == nullptr) {
+        errno = EFAULT;
+        return -1;
+    }
+    int failure = 0;
+    {
+        const vb::BoardLock lock(folder);
+        vb::Board &board = *folder.board();
+        const vb::Sender sender = {getpid(), vb::clockNow(board.clock, vb::hostNow())};
+        failure = vb::serveRequest(board, sender, static_cast<uint32_t>(request),
+                                   *static_cast<BspIoctlRecord *>(argument));
+    }
+    if (failure != 0)
+        errno = failure;
+    return failure == 0 ? 0 : -1;
+}
+
+void *nextArgument(va_list arguments) {
+    return va_arg(arguments, void *);
+}
+
+} // namespace
+
+#define VB_SEAM_IOCTL(symbol)                                                                      \
+    VB_SEAM(int, symbol, int fd, unsigned long request, ...) {                                     \
+        va_list arguments;                                                                         \
+        va_start(arguments, request);                                                              \
+        void *argument = nextArgument(arguments);                                                  \
+        va_end(arguments);                                                                         \
+        return vb::isDriverNode(fd) ? driverIoctl(request, argument)                               \
+                                    : VB_NEXT(symbol)(fd, request, argument);                      \
+    }
+
+VB_SEAM_IOCTL(ioctl)
+VB_SEAM_IOCTL(__ioctl_time64) // the name of ioctl on 32-bit systems with 64-bit time

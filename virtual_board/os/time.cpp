@@ -1,0 +1,93 @@
+// Sleeps. On a board with virtual time they advance the board's clock and return at once.
+
+#include "virtual_board/os/seam.h"
+
+#include <cerrno>
+#include <sched.h>
+#include <time.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr uint64_t kNsPerSecond = 1000000000;
+
+/** Records a sleep; true when it is over already. */
+bool sleepOnBoard(uint64_t ns) {
+    const vb::BoardFolder *folder = vb::attachedFolder();
+    if (folder == nullptr)
+        return false;
+    const int savedErrno = errno;
+    bool isVirtual = false;
+    {
+        const vb::BoardLock lock(*folder);
+        vb::Board &board = *folder->board();
+        vb::TraceRecord &trace = vb::traceNext(board.trace);
+        trace = vb::TraceRecord{};
+        trace.timeNs = vb::clockNow(board.clock, vb::hostNow());
+        trace.pid = getpid();
+        trace.kind = vb::TraceKind::Sleep;
+        trace.sleepNs = ns;
+        isVirtual = board.clock.mode == vb::TimeMode::Virtual;
+        if (isVirtual)
+            board.clock.sleptNs += ns;
+    }
+    if (isVirtual)
+        sched_yield();
+    errno = savedErrno;
+    return isVirtual;
+}
+
+/** What 32-bit systems with 64-bit time pass instead of a timespec. */
+struct Timespec64 {
+    int64_t tv_sec;
+#if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+    int32_t padding;
+    int32_t tv_nsec;
+#else
+    int32_t tv_nsec;
+    int32_t padding;
+#endif
+};
+
+template <typename Time>
+bool isDuration(const Time *time) {
+    return time != nullptr && time->tv_sec >= 0 && time->tv_nsec >= 0 &&
+           static_cast<uint64_t>(time->tv_nsec) < kNsPerSecond;
+}
+
+/** Sleeps for a valid duration; an invalid one is left to the C library to refuse. */
+template <typename Time>
+bool sleepFor(const Time *time) {
+    return isDuration(time) && sleepOnBoard(static_cast<uint64_t>(time->tv_sec) * kNsPerSecond +
+                                            static_cast<uint64_t>(time->tv_nsec));
+}
+
+} // namespace
+
+VB_SEAM(int, usleep, useconds_t us) {
+    return sleepOnBoard(uint64_t{us} * 1000) ? 0 : VB_NEXT(usleep)(us);
+}
+
+VB_SEAM(unsigned, sleep, unsigned seconds) {
+    return sleepOnBoard(seconds * kNsPerSecond) ? 0 : VB_NEXT(sleep)(seconds);
+}
+
+VB_SEAM(int, nanosleep, const timespec *time, timespec *rest) {
+    return sleepFor(time) ? 0 : VB_NEXT(nanosleep)(time, rest);
+}
+
+VB_SEAM(int, __nanosleep64, const Timespec64 *time, Timespec64 *rest) {
+    return sleepFor(time) ? 0 : VB_NEXT(__nanosleep64)(time, rest);
+}
+
+// A sleep until a point of time refers to the host's clocks, which go on as they are.
+VB_SEAM(int, clock_nanosleep, clockid_t clock, int flags, const timespec *time, timespec *rest) {
+    const bool isOver = (flags & TIMER_ABSTIME) == 0 && sleepFor(time);
+    return isOver ? 0 : VB_NEXT(clock_nanosleep)(clock, flags, time, rest);
+}
+
+VB_SEAM(int, __clock_nanosleep_time64, clockid_t clock, int flags, const Timespec64 *time,
+        Timespec64 *rest) {
+    const bool isOver = (flags & TIMER_ABSTIME) == 0 && sleepFor(time);
+    return isOver ? 0 : VB_NEXT(__clock_nanosleep_time64)(clock, flags, time, rest);
+}

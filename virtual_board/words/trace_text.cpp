@@ -1,0 +1,88 @@
+#include "virtual_board/words/trace_text.h"
+
+#include "virtual_board/devices/cpld.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+namespace vb {
+
+namespace {
+
+__attribute__((format(printf, 1, 2))) std::string text(const char *format, ...) {
+    char line[160];
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(line, sizeof(line), format, arguments);
+    va_end(arguments);
+    return line;
+}
+
+std::string registerText(const TraceRecord &record) {
+    const char *name = cpldRegisterName(record.offset);
+    return text("reg %u", record.offset) + (name != nullptr ? text(" (%s)", name) : "");
+}
+
+std::string dataText(const TraceRecord &record) {
+    std::string bytes = record.stored > 0 ? ":" : "";
+    for (uint32_t i = 0; i < record.stored; ++i)
+        bytes += text(" %02X", record.data[i]);
+    return bytes + (record.stored > 0 && record.stored < record.length ? " ..." : "");
+}
+
+std::string i2cText(const TraceRecord &record) {
+    return text("bus %u ch %u dev 0x%02X off 0x%02X len %d", record.bus, record.channel,
+                record.devAddr, record.offset, static_cast<int32_t>(record.length)) +
+           dataText(record);
+}
+
+std::string sleepText(const TraceRecord &record) {
+    constexpr uint64_t kNsPerUs = 1000;
+    return record.sleepNs % kNsPerUs == 0
+               ? text("sleep %llu us", static_cast<unsigned long long>(record.sleepNs / kNsPerUs))
+               : text("sleep %llu ns", static_cast<unsigned long long>(record.sleepNs));
+}
+
+std::string requestText(const TraceRecord &record) {
+    switch (record.kind) {
+    case TraceKind::CpldRead:
+        return "CPLD read  " + registerText(record) + text(" = 0x%04X", record.value);
+    case TraceKind::CpldWrite:
+        return "CPLD write " + registerText(record) + text(" = 0x%04X", record.value);
+    case TraceKind::I2cRead:
+        return "I2C read  " + i2cText(record);
+    case TraceKind::I2cWrite:
+        return "I2C write " + i2cText(record);
+    case TraceKind::GpioInput:
+        return text("GPIO input  line %u", record.offset);
+    case TraceKind::GpioOutput:
+        return text("GPIO output line %u = %u", record.offset, record.value);
+    case TraceKind::GpioRead:
+        return text("GPIO read   line %u = %u", record.offset, record.value);
+    case TraceKind::OtherRequest:
+        return text("request 0x%X", record.offset);
+    case TraceKind::Open:
+        return text("open %s", reinterpret_cast<const char *>(record.data));
+    case TraceKind::Sleep:
+        return sleepText(record);
+    }
+    return "?";
+}
+
+/** How a request went when it did not go well. */
+std::string failureText(const TraceRecord &record) {
+    if (record.error != 0 && record.kind == TraceKind::Open)
+        return text(" -> fails, errno %d (%s)", record.error, std::strerror(record.error));
+    if (record.error != 0)
+        return text(" -> ioctl fails, errno %d (%s)", record.error, std::strerror(record.error));
+    return record.result != 0 ? text(" -> refused, result %d", record.result) : "";
+}
+
+} // namespace
+
+std::string traceText(const TraceRecord &record) {
+    return requestText(record) + failureText(record);
+}
+
+} // namespace vb
