@@ -54,5 +54,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/bsp-config-version.cmake
                                  COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/bsp-config-version.cmake DESTINATION ${package_folder})
 
+set(pkgconfig_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH prefix_from_pkgconfig /prefix/${pkgconfig_folder} /prefix)
 configure_file(cmake/bsp.pc.in bsp.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/bsp.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_BINARY_DIR}/bsp.pc DESTINATION ${pkgconfig_folder})

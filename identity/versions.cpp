@@ -32,7 +32,8 @@ int32_t bspCpldVersionGet(char *text) {
 int32_t bspFpgaVersionGet(char *text) {
     if (text == nullptr)
         return BSP_E_NULL;
-    std::strcpy(text, "---");
+    constexpr char kNoVersion[] = "---";
+    std::memcpy(text, kNoVersion, sizeof(kNoVersion));
     return BSP_OK;
 }
 

@@ -19,7 +19,7 @@ constexpr uint64_t signExtend(uint32_t word) {
 /** The slot value of a user-space address: sign-extended when it fits in 32 bits, whole otherwise.
  */
 inline uint64_t addressSlot(const void *address) {
-    const uint64_t whole = reinterpret_cast<uintptr_t>(address);
+    const auto whole = uint64_t{reinterpret_cast<uintptr_t>(address)};
     return whole > UINT32_MAX ? whole : signExtend(static_cast<uint32_t>(whole));
 }
 

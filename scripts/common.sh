@@ -1,0 +1,32 @@
+# shellcheck shell=bash
+# What the scripts share: messages, and stopping at the first error. Sourced, not run.
+
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+say() {
+    printf '\n== %s\n' "$*"
+}
+
+fail() {
+    printf '\n%s: %s\n' "$(basename "$0")" "$*" >&2
+    exit 1
+}
+
+trap 'fail "stopped at: $BASH_COMMAND (line $LINENO)"' ERR
+
+# configure_and_build PRESET [TARGET...]: quiet unless something goes wrong.
+configure_and_build() {
+    local preset=$1 targets=()
+    shift
+    (($# == 0)) || targets=(--target "$@")
+    mkdir -p build
+    say "$preset: configuring (build/$preset)"
+    cmake --preset "$preset" >"build/$preset.configure.log" 2>&1 || {
+        cat "build/$preset.configure.log" >&2
+        fail "the configuration '$preset' does not configure; see above"
+    }
+    say "$preset: building"
+    cmake --build --preset "$preset" ${targets[@]+"${targets[@]}"} ||
+        fail "the configuration '$preset' does not build; see above"
+}

@@ -1,0 +1,47 @@
+#!/bin/bash
+# Installs into a folder of its own and builds a small program against the result both ways that an
+# installed tree offers, then runs it.
+# usage: check-install.sh CMAKE SOURCE-FOLDER BUILD-FOLDER WORK-FOLDER C-COMPILER C-FLAGS TOOLCHAIN-FILE EMULATOR
+
+set -euo pipefail
+readonly cmake=$1 source=$2 build=$3 work=$4 compiler=$5 toolchain=$7
+read -r -a flags <<<"$6"
+read -r -a emulator <<<"$8"
+readonly consumer=$source/tests/package/consumer prefix=$work/prefix
+readonly expected="CRC-32 of 123456789: CBF43926, status of a null record: 1001"
+
+rm -rf "$work"
+mkdir -p "$work"
+"$cmake" --install "$build" --prefix "$prefix" >"$work/install.log"
+libraries=$(dirname "$(find "$prefix" -name libbsp.so)")
+
+check_output() {
+    local actual
+    actual=$(LD_LIBRARY_PATH=$libraries "${emulator[@]}" "$2")
+    [ "$actual" = "$expected" ] || {
+        echo "built with $1 it says: $actual"
+        exit 1
+    }
+    echo "ok    a program built with $1"
+}
+
+if [ -n "$toolchain" ]; then
+    toolchain_option=(-DCMAKE_TOOLCHAIN_FILE="$toolchain" -DCMAKE_FIND_ROOT_PATH="$prefix")
+else
+    toolchain_option=(-DCMAKE_C_COMPILER="$compiler")
+fi
+"$cmake" -S "$consumer" -B "$work/consumer" "${toolchain_option[@]}" -DCMAKE_PREFIX_PATH="$prefix" \
+    >"$work/consumer.log"
+"$cmake" --build "$work/consumer" >>"$work/consumer.log"
+check_output "find_package(bsp)" "$work/consumer/consumer"
+
+PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --print-errors --cflags --libs bsp >"$work/pkg-config"
+read -r -a bsp_flags <"$work/pkg-config"
+"$compiler" "${flags[@]}" -std=c99 -Wall -Werror "$consumer/consumer.c" "${bsp_flags[@]}" \
+    -Wl,-rpath,"$libraries" -o "$work/consumer-pc"
+check_output "pkg-config" "$work/consumer-pc"
+
+for program in iodbg vboard; do
+    "${emulator[@]}" "$prefix/bin/$program" --version >/dev/null
+    echo "ok    installed $program starts"
+done

@@ -1,0 +1,42 @@
+#!/bin/bash
+# Judges the built library as a product ships it: what it needs, what it exports, what it runs when
+# it is loaded.
+# usage: check-library.sh SOURCE-FOLDER BUILD-FOLDER NM READELF
+
+set -euo pipefail
+readonly source=$1 build=$2 nm=$3 readelf=$4
+readonly shared=$build/libbsp.so archive=$build/libbsp.a
+failures=0
+
+# expect_same TITLE EXPECTED ACTUAL
+expect_same() {
+    if [ "$2" = "$3" ]; then
+        echo "ok    $1"
+    else
+        echo "WRONG $1"
+        diff <(printf '%s\n' "$2") <(printf '%s\n' "$3") || true
+        failures=$((failures + 1))
+    fi
+}
+
+export LC_ALL=C
+dynamic=$("$readelf" -d "$shared")
+archive_sections=$("$readelf" -S -W "$archive")
+declared=$(sed -n 's/^BSP_API.*[ *]\([A-Za-z0-9_]*\)(.*/\1/p' "$source/include/bsp.h" | sort)
+exported=$("$nm" -D --defined-only "$shared" | awk '$2 != "A" { print $3 }' | sed 's/@.*//' | sort)
+
+expect_same "the shared library needs the C library alone" "libc.so.6" \
+    "$(sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' <<<"$dynamic")"
+expect_same "its name is libbsp.so.1" "libbsp.so.1" \
+    "$(sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p' <<<"$dynamic")"
+expect_same "it exports what the list of exports names" "$(cat "$source/cmake/exports.txt")" "$exported"
+expect_same "the header declares what it exports" "$exported" "$declared"
+expect_same "it has no text relocations" "" "$(grep TEXTREL <<<"$dynamic" || true)"
+expect_same "no object of it has static constructors or destructors" "" \
+    "$(grep -E '\.(init_array|ctors|fini_array|dtors|preinit_array)' <<<"$archive_sections" || true)"
+expect_same "no object of it has exception tables" "" \
+    "$(grep -F .gcc_except_table <<<"$archive_sections" || true)"
+expect_same "the archive has sections at all" "yes" \
+    "$(grep -qF .text.bspDevIdGet <<<"$archive_sections" && echo yes)"
+
+exit "$((failures > 0))"

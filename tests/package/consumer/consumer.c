@@ -1,0 +1,13 @@
+/* A C program that uses the installed library. */
+
+#include <bsp.h>
+
+#include <stdio.h>
+
+int main(void) {
+    static const uint8_t digits[] = {'1', '2', '3', '4', '5', '6', '7', '8', '9'};
+    printf("CRC-32 of 123456789: %08X, status of a null record: %d\n",
+           (unsigned)bsp_crc32_cal(0, digits, sizeof(digits)),
+           (int)ioDevinfoGet(BSP_DEVINFO_BOARD, NULL));
+    return 0;
+}
