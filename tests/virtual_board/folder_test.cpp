@@ -1,6 +1,5 @@
 // Board folders: made whole or not at all, and refused when they are not what they should be.
 
-#include "tests/support/process.h"
 #include "tests/support/virtual_board_test.h"
 #include "virtual_board/board/paths.h"
 
@@ -10,6 +9,8 @@
 #include <fstream>
 #include <functional>
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -173,6 +174,25 @@ TEST_F(FolderTest, AMissingFileIsRefused) {
         fs::rename(path() + "/moved", path() + "/" + file);
     }
     EXPECT_EQ(open(), "");
+}
+
+TEST_F(FolderTest, WhatOneMayNotUseIsRefused) {
+    fs::permissions(path("."), fs::perms(0555));
+    fs::permissions(path() + "/board.state", fs::perms(0));
+    // Root may do everything; the child gives that up.
+    constexpr uid_t kNobody = 65534;
+    const pid_t child = fork();
+    if (child == 0) {
+        const bool isUser = geteuid() != 0 || setuid(kNobody) == 0;
+        const bool isOpenRefused = open().find("Permission denied") != std::string::npos;
+        const bool isMakeRefused = make("other").find("Permission denied") != std::string::npos;
+        _exit((isUser ? 0 : 1) + (isOpenRefused ? 0 : 2) + (isMakeRefused ? 0 : 4));
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    fs::permissions(path("."), fs::perms(0755));
+    EXPECT_EQ(entries(), 1);
 }
 
 TEST_F(FolderTest, ALockThatCannotBeTakenIsTold) {
