@@ -8,7 +8,6 @@
 namespace {
 
 using DeviceIdTest = VirtualBoardTest;
-using Lines = std::vector<std::string>;
 
 TEST_F(DeviceIdTest, IsReadFromTheCpldOnceAndThenFromTheCache) {
     uint32_t devId = 0;
