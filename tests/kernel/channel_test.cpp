@@ -77,13 +77,4 @@ TEST_F(ChannelTest, ANullRecordIsRefusedBeforeAnythingIsDone) {
     EXPECT_EQ(recorder.calls, Lines{});
 }
 
-// The id's cache is opened the same way: without truncation, since its content is wanted.
-TEST_F(ChannelTest, TheDeviceIdCacheIsOpenedForReadingAndWritingAndCreated) {
-    recorder.openResult = -1;
-    uint32_t devId = 0xA5A5A5A5;
-    EXPECT_EQ(answerOf([&] { return bspDevIdGet(&devId); }), Answer{BSP_E_OPEN});
-    EXPECT_EQ(recorder.calls, (Lines{"open /tmp/bsp/devId read-write create 0644"}));
-    EXPECT_EQ(devId, 0xA5A5A5A5);
-}
-
 } // namespace
