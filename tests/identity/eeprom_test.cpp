@@ -96,7 +96,7 @@ TEST_F(EepromTest, WritesInChunksThatEndWithThePage) {
         Bytes content = bytesAt(devices().eeprom, 0, kSize);
         std::vector<uint8_t> buf(expected.len);
         std::iota(buf.begin(), buf.end(), static_cast<uint8_t>(expected.offset + 100));
-        std::copy(buf.begin(), buf.end(), content.begin() + expected.offset);
+        std::copy(buf.begin(), buf.end(), content.data() + expected.offset);
         const uint64_t start = now();
         EXPECT_EQ(answerOf([&] {
                       return bspLocalEepromWrite(expected.offset, buf.data(), expected.len);
