@@ -37,6 +37,13 @@ std::string recognisedCommand(const CLI::App &app) {
     return words;
 }
 
+/** What is wrong. A word that nobody knows says more than the one that is missing for it. */
+std::string reasonOf(const CLI::ParseError &error, const CLI::App &app) {
+    const std::vector<std::string> unknown = app.remaining(true);
+    const bool isMissing = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+    return isMissing && !unknown.empty() ? "'" + unknown[0] + "' is not known here" : error.what();
+}
+
 Action printing(const std::string &text) {
     return [text](Console &console) {
         console.printText(text);
@@ -70,9 +77,7 @@ const Command &Command::optionalArgument(const std::string &name, const std::str
 
 const Command &Command::optionalArguments(const std::string &name, const std::string &help,
                                           const Parser &parser) const {
-    addOption(app_, name, help, parser)
-        ->type_name("")
-        ->expected(1, CLI::detail::expected_max_vector_size);
+    addOption(app_, name, help, parser)->type_name("")->expected(-1)->take_all();
     return *this;
 }
 
@@ -116,7 +121,7 @@ Action CommandLine::parse(int argc, const char *const *argv) {
     } catch (const CLI::CallForVersion &version) {
         return printing(std::string(version.what()) + "\n");
     } catch (const CLI::ParseError &error) {
-        throw Failure::usage(std::string(error.what()) + "; see '" + recognisedCommand(*app_) +
+        throw Failure::usage(reasonOf(error, *app_) + "; see '" + recognisedCommand(*app_) +
                              " --help'");
     }
     return chosen_;
