@@ -6,7 +6,7 @@
 #include "iodbg/failure.h"
 
 #include <cstdio>
-#include <new>
+#include <exception>
 
 namespace {
 

@@ -84,14 +84,16 @@ Parser number(uint32_t &target, uint32_t highest) {
     };
 }
 
-Parser signedNumber(int32_t &target) {
-    return [&target](const std::string &word) {
-        target = static_cast<int32_t>(parseNumber(word, INT32_MIN, INT32_MAX));
-    };
-}
-
 Parser text(std::string &target) {
     return [&target](const std::string &word) { target = word; };
+}
+
+Parser fileName(std::string &target) {
+    return [&target](const std::string &word) {
+        if (word.empty())
+            refuse(word, "is not the name of a file");
+        target = word;
+    };
 }
 
 Parser hex(Bytes &target) {

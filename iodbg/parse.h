@@ -25,8 +25,9 @@ Mac parseMac(const std::string &word);
 
 /** Stores a number from 0 to highest. */
 Parser number(uint32_t &target, uint32_t highest = UINT32_MAX);
-Parser signedNumber(int32_t &target);
 Parser text(std::string &target);
+/** Stores the name of a file. */
+Parser fileName(std::string &target);
 Parser hex(Bytes &target);
 
 } // namespace iodbg

@@ -127,7 +127,7 @@ void addDump(const Command &eeprom) {
     command.option(
         "--length", "N", "How many bytes (default: up to the end)",
         [arguments](const std::string &word) { number(arguments->length.emplace())(word); });
-    command.option("--output", "FILE", "Save the bytes in a file", text(arguments->output));
+    command.option("--output", "FILE", "Save the bytes in a file", fileName(arguments->output));
     command.does([arguments](Console &console) { return dump(console, *arguments); });
 }
 
@@ -137,7 +137,7 @@ void addWrite(const Command &eeprom) {
     addDevice(command, arguments->carrier);
     command.argument("OFFSET", "First byte", number(arguments->offset));
     command.optionalArgument("HEX", "The bytes, two hexadecimal digits each", hex(arguments->data));
-    command.option("--file", "FILE", "Take the bytes from a file", text(arguments->file));
+    command.option("--file", "FILE", "Take the bytes from a file", fileName(arguments->file));
     command.flag("--dry-run", "Show what would change, change nothing", arguments->isDryRun);
     command.does([arguments](Console &console) { return write(console, *arguments); });
 }

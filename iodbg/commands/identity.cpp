@@ -97,7 +97,7 @@ void addIdentityCommands(const Command &root) {
     command.optionalArgument("ITEM", "serial|mac|record (default: all)", itemName(arguments->item));
     command.option("--index", kCarrierWords, "Whose (default board)", carrier(arguments->carrier));
     command.option("--output", "FILE", "Save the record's 128 bytes in a file",
-                   text(arguments->output));
+                   fileName(arguments->output));
     command.does([arguments](Console &console) { return get(console, *arguments); });
 
     addIdentitySetCommands(identity);

@@ -196,7 +196,7 @@ void addSetRecord(const Command &group) {
     const Command command = group.command("record", "Store a whole record from a file");
     command.option("--index", kCarrierWords, "Whose (default board)", carrier(arguments->carrier));
     command.requiredOption("--file", "FILE", "128 bytes, as 'identity get record --output' saves",
-                           text(arguments->file));
+                           fileName(arguments->file));
     command.flag("--renew-crc", "Accept a file whose CRC does not match, and store the right one",
                  arguments->isCrcRenewed);
     addDryRun(command, arguments->isDryRun);

@@ -121,6 +121,8 @@ TEST_F(EepromCommandsTest, RefusesWrongWords) {
     expectRefusal({"eeprom", "dump", "--offset", "-1"}, 2, "is not a number");
     expectRefusal({"eeprom", "dump", "--length", "ten"}, 2, "is not a number");
     expectRefusal({"eeprom", "dump", "--device", "flash"}, 2, "none of board|supply1|supply2");
+    expectRefusal({"eeprom", "dump", "--output", ""}, 2, "is not the name of a file");
+    expectRefusal({"eeprom", "write", "0", "--file", ""}, 2, "is not the name of a file");
     expectRefusal({"eeprom", "write", "0x", "10"}, 2, "is not a number");
     expectRefusal({"eeprom", "write", "0", "101"}, 2, "two hexadecimal digits for each");
     expectRefusal({"eeprom", "write", "0", "1g"}, 2, "other characters");

@@ -49,7 +49,9 @@ std::string readFile(const std::string &path) {
 ProcessResult IodbgTest::iodbg(const Words &arguments) const {
     Words argv = {builtProgram("iodbg")};
     argv.insert(argv.end(), arguments.begin(), arguments.end());
-    return runOnBoard(boardFolder(), argv);
+    if (environment_.empty())
+        environment_ = boardEnvironment(boardFolder());
+    return run(argv, environment_);
 }
 
 std::string IodbgTest::json(const Words &arguments, int exitCode) const {
@@ -61,22 +63,24 @@ std::string IodbgTest::json(const Words &arguments, int exitCode) const {
     return result.out;
 }
 
-void IodbgTest::expectFailure(const Words &arguments, int exitCode, const Words &texts) const {
+ProcessResult IodbgTest::expectFailure(const Words &arguments, int exitCode,
+                                       const Words &texts) const {
+    const std::string command = ::testing::PrintToString(arguments);
     const ProcessResult result = iodbg(arguments);
-    EXPECT_EQ(result.exitCode, exitCode) << ::testing::PrintToString(arguments) << result.err;
-    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.exitCode, exitCode) << command << result.err;
+    EXPECT_EQ(result.out, "") << command;
     const Words lines = linesOf(result.err);
-    ASSERT_FALSE(lines.empty()) << ::testing::PrintToString(arguments);
-    EXPECT_EQ(lines.back().substr(0, 7), "iodbg: ");
+    const std::string last = lines.empty() ? "" : lines.back();
+    EXPECT_EQ(last.substr(0, 7), "iodbg: ") << command;
     for (const std::string &text : texts)
-        EXPECT_NE(lines.back().find(text), std::string::npos)
-            << "'" << text << "' is not in: " << lines.back();
+        EXPECT_NE(last.find(text), std::string::npos) << "'" << text << "' is not in: " << last;
+    return result;
 }
 
-void IodbgTest::expectRefusal(const Words &arguments, int exitCode, const std::string &text) {
+void IodbgTest::expectRefusal(const Words &arguments, int exitCode, const std::string &text) const {
     const BoardContent before = content();
-    expectFailure(arguments, exitCode, {text});
-    EXPECT_EQ(linesOf(iodbg(arguments).err).size(), 1u) << ::testing::PrintToString(arguments);
+    const ProcessResult result = expectFailure(arguments, exitCode, {text});
+    EXPECT_EQ(linesOf(result.err).size(), 1u) << result.err;
     EXPECT_TRUE(content() == before) << ::testing::PrintToString(arguments);
 }
 

@@ -29,9 +29,9 @@ class IodbgTest : public VirtualBoardTest {
 
     /** Expects a command to end with this exit code, no output, and a last line with these texts.
      */
-    void expectFailure(const Words &arguments, int exitCode, const Words &texts) const;
+    ProcessResult expectFailure(const Words &arguments, int exitCode, const Words &texts) const;
     /** The same for wrong usage and host problems: a single line, and the board untouched. */
-    void expectRefusal(const Words &arguments, int exitCode, const std::string &text);
+    void expectRefusal(const Words &arguments, int exitCode, const std::string &text) const;
 
     BoardContent content() const;
 
@@ -54,6 +54,7 @@ class IodbgTest : public VirtualBoardTest {
 
   private:
     TemporaryFolder files_;
+    mutable Environment environment_; // asked for once
 };
 
 /** Lets no file of this process and of the programs that it runs grow beyond a size. */
