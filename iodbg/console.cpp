@@ -26,7 +26,7 @@ int takeStandardOutput() {
 
 Console::Console() : out_(takeStandardOutput()) {}
 
-ExitCode Console::print(const Report &report, const std::string &text) {
+ExitCode Console::print(const Report &report, const std::string &text) const {
     printText(isJson_ ? report.toJson() : text);
     return report.failures.empty() ? ExitCode::Ok : ExitCode::Board;
 }

@@ -21,9 +21,9 @@ class Console {
     bool &isJson() { return isJson_; }
 
     /** Prints an answer; its exit code. */
-    ExitCode print(const Report &report) { return print(report, report.toText()); }
+    ExitCode print(const Report &report) const { return print(report, report.toText()); }
     /** The same with another form of it for people. */
-    ExitCode print(const Report &report, const std::string &text);
+    ExitCode print(const Report &report, const std::string &text) const;
 
     void printText(const std::string &text) const;
 
