@@ -66,7 +66,7 @@ std::string IodbgTest::json(const Words &arguments, int exitCode) const {
 ProcessResult IodbgTest::expectFailure(const Words &arguments, int exitCode,
                                        const Words &texts) const {
     const std::string command = ::testing::PrintToString(arguments);
-    const ProcessResult result = iodbg(arguments);
+    ProcessResult result = iodbg(arguments);
     EXPECT_EQ(result.exitCode, exitCode) << command << result.err;
     EXPECT_EQ(result.out, "") << command;
     const Words lines = linesOf(result.err);
