@@ -67,7 +67,7 @@ int32_t readMac(Cell &cell) {
 }
 
 constexpr Item kVersions[] = {
-    {"device_id", "Device id", readDeviceId},
+    {"device_id", "Model (device id)", readDeviceId},
     {"device_serial_version", "Device serial version", readSerialVersion},
     {"hardware_version", "Hardware version", readText<ioHwVersionGet>},
     {"cpld_version", "CPLD version", readText<ioCpldVersionGet>},

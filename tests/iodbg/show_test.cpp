@@ -15,7 +15,7 @@ TEST_F(ShowTest, PrintsTheBoardForPeople) {
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(result.out, "Board\n"
-                          "  Device id                        0x0709\n"
+                          "  Model (device id)                0x0709\n"
                           "  Device serial version            0x09\n"
                           "  Hardware version                 A.3\n"
                           "  CPLD version                     V1.2\n"
@@ -97,7 +97,7 @@ TEST_F(ShowTest, ShowsTheRestWhenTheCpldRefuses) {
     addFault(refuse(FaultDevice::Cpld, FaultOp::Read, -EIO));
     const ProcessResult result = iodbg({"show"});
     EXPECT_EQ(result.exitCode, 1);
-    for (const char *line : {"  Device id                        failed: status -5\n",
+    for (const char *line : {"  Model (device id)                failed: status -5\n",
                              "  Hardware version                 failed: status -5\n",
                              "  Serial number                    VB00000001\n",
                              "\nFailures\n  board.device_id: status -5, an answer of the kernel "
