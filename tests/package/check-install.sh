@@ -30,7 +30,7 @@ if [ -n "$toolchain" ]; then
 else
     toolchain_option=(-DCMAKE_C_COMPILER="$compiler")
 fi
-"$cmake" -S "$consumer" -B "$work/consumer" "${toolchain_option[@]}" -DCMAKE_PREFIX_PATH="$prefix" \
+"$cmake" -G Ninja -S "$consumer" -B "$work/consumer" "${toolchain_option[@]}" -DCMAKE_PREFIX_PATH="$prefix" \
     >"$work/consumer.log"
 "$cmake" --build "$work/consumer" >>"$work/consumer.log"
 check_output "find_package(bsp)" "$work/consumer/consumer"
