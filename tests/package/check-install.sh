@@ -42,6 +42,6 @@ read -r -a bsp_flags <"$work/pkg-config"
 check_output "pkg-config" "$work/consumer-pc"
 
 for program in iodbg vboard; do
-    "${emulator[@]}" "$prefix/bin/$program" --version >/dev/null
+    "${emulator[@]}" "$prefix/bin/$program" --help >/dev/null
     echo "ok    installed $program starts"
 done

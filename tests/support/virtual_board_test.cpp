@@ -1,12 +1,16 @@
 #include "tests/support/virtual_board_test.h"
 
+#include "tests/support/files.h"
 #include "virtual_board/os/seam.h"
 #include "virtual_board/words/trace_text.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <unistd.h>
 
@@ -21,26 +25,6 @@ int countOpenDescriptors() {
 
 } // namespace
 
-std::string printedBy(const std::function<void()> &function) {
-    std::fflush(stdout);
-    std::FILE *captured = std::tmpfile();
-    if (captured == nullptr)
-        throw std::runtime_error("no temporary file for captured output");
-    const int savedStdout = dup(STDOUT_FILENO);
-    dup2(fileno(captured), STDOUT_FILENO);
-    function();
-    std::fflush(stdout);
-    dup2(savedStdout, STDOUT_FILENO);
-    close(savedStdout);
-
-    std::string text;
-    std::rewind(captured);
-    for (int character = std::fgetc(captured); character != EOF; character = std::fgetc(captured))
-        text += static_cast<char>(character);
-    std::fclose(captured);
-    return text;
-}
-
 TemporaryFolder::TemporaryFolder()
     : path_((std::filesystem::temp_directory_path() / "bsp-test-XXXXXX").string()) {
     if (mkdtemp(path_.data()) == nullptr)
@@ -48,8 +32,7 @@ TemporaryFolder::TemporaryFolder()
 }
 
 TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
+    removeFolder(path_);
 }
 
 VirtualBoardTest::VirtualBoardTest(uint32_t devId) : devId_(devId) {}
@@ -69,7 +52,7 @@ void VirtualBoardTest::TearDown() {
 
 void VirtualBoardTest::useModel(uint32_t devId) {
     vb::detachBoard();
-    std::filesystem::remove_all(boardFolder());
+    removeFolder(boardFolder());
     vb::BoardOptions options;
     options.devId = devId;
     options.time = vb::TimeMode::Virtual;
@@ -94,6 +77,12 @@ std::vector<std::string> VirtualBoardTest::trace() {
     return lines;
 }
 
+std::vector<std::string> withoutData(std::vector<std::string> lines) {
+    for (std::string &line : lines)
+        line.resize(std::min(line.size(), line.find(':')));
+    return lines;
+}
+
 std::vector<std::string> VirtualBoardTest::requests() {
     std::vector<std::string> lines;
     for (; traced_ < board().trace.total; ++traced_) {
@@ -102,6 +91,19 @@ std::vector<std::string> VirtualBoardTest::requests() {
             lines.push_back(vb::traceText(record));
     }
     return lines;
+}
+
+std::string VirtualBoardTest::readBoardFile(const std::string &pathOnBoard) const {
+    std::ifstream file(boardFile(pathOnBoard), std::ios::binary);
+    EXPECT_TRUE(file.is_open()) << pathOnBoard;
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void VirtualBoardTest::writeBoardFile(const std::string &pathOnBoard,
+                                      const std::string &content) const {
+    std::ofstream file(boardFile(pathOnBoard), std::ios::binary);
+    file << content;
+    ASSERT_TRUE(file.flush().good()) << pathOnBoard;
 }
 
 void VirtualBoardTest::addFault(const vb::FaultRule &rule) {
@@ -121,6 +123,13 @@ vb::FaultRule VirtualBoardTest::refuse(vb::FaultDevice device, vb::FaultOp op, i
     rule.nth = nth;
     rule.effect = vb::FaultEffect::Refuse;
     rule.argument = result;
+    return rule;
+}
+
+vb::FaultRule VirtualBoardTest::ioctlFails(vb::FaultDevice device, vb::FaultOp op, int errnoValue,
+                                           uint32_t nth) const {
+    vb::FaultRule rule = refuse(device, op, errnoValue, nth);
+    rule.effect = vb::FaultEffect::IoctlFails;
     return rule;
 }
 

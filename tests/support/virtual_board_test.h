@@ -1,16 +1,13 @@
 #pragma once
 // A test on a virtual board of its own, with virtual time.
 
+#include "tests/support/answer.h"
 #include "virtual_board/board/create.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 #include <vector>
-
-/** What a function prints on standard output. */
-std::string printedBy(const std::function<void()> &function);
 
 /** A folder that disappears with this object. */
 class TemporaryFolder {
@@ -25,6 +22,12 @@ class TemporaryFolder {
   private:
     std::string path_;
 };
+
+/** Requests as lists of lines. */
+using Lines = std::vector<std::string>;
+
+/** I2C requests in the board's words, without the bytes that travelled. */
+Lines withoutData(Lines lines);
 
 /**
  * Attaches the test to a new board. When the test ends, every descriptor that was opened during it
@@ -47,6 +50,9 @@ class VirtualBoardTest : public ::testing::Test {
     /** Where a file of the board lies: boardFile("/tmp/bsp/devId"). */
     std::string boardFile(const std::string &pathOnBoard) const;
 
+    std::string readBoardFile(const std::string &pathOnBoard) const;
+    void writeBoardFile(const std::string &pathOnBoard, const std::string &content) const;
+
     /** The requests since the last call, each in the board's words. */
     std::vector<std::string> trace();
     /** The same without opens and sleeps: what reached the driver. */
@@ -61,6 +67,8 @@ class VirtualBoardTest : public ::testing::Test {
     // The usual faults: the n-th request of a kind fails, and all after it.
     vb::FaultRule refuse(vb::FaultDevice device, vb::FaultOp op, int32_t result,
                          uint32_t nth = 1) const;
+    vb::FaultRule ioctlFails(vb::FaultDevice device, vb::FaultOp op, int errnoValue,
+                             uint32_t nth = 1) const;
     vb::FaultRule openFails(const char *path, int errnoValue) const;
     vb::FaultRule shortTransfer(const char *path, vb::FaultOp op, int32_t bytes) const;
 

@@ -1,0 +1,26 @@
+#pragma once
+// The groups of commands, one file for each.
+
+#include "iodbg/command_line.h"
+
+namespace iodbg {
+
+void addShowCommand(const Command &root);
+void addIdentityCommands(const Command &root);
+void addEepromCommands(const Command &root);
+void addCpldCommands(const Command &root);
+void addI2cCommands(const Command &root);
+void addGpioCommands(const Command &root);
+void addStatusCommand(const Command &root);
+
+inline void addCommands(const Command &root) {
+    addShowCommand(root);
+    addIdentityCommands(root);
+    addEepromCommands(root);
+    addCpldCommands(root);
+    addI2cCommands(root);
+    addGpioCommands(root);
+    addStatusCommand(root);
+}
+
+} // namespace iodbg

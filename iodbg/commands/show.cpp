@@ -1,0 +1,58 @@
+// iodbg show: the board at a glance. What cannot be read does not hide the rest.
+
+#include "iodbg/commands/commands.h"
+#include "iodbg/console.h"
+#include "iodbg/identity_items.h"
+#include "iodbg/record.h"
+
+namespace iodbg {
+
+namespace {
+
+void addBoard(Report &report) {
+    Section section = {"board", "Board", {}};
+    for (const auto &items : {kVersionItems, kSerialItems, kMacItems})
+        addItems(report, section, items);
+    report.parts.emplace_back(section);
+}
+
+void addRecord(Report &report) {
+    Section section = {"record", "Product record", {}};
+    BspDevinfo record;
+    if (const int32_t status = readRecord(Carrier{}, record); status == BSP_OK)
+        addVerdict(section, judge(record));
+    else
+        section.add("magic_ok", "Record", report.tried(section.key, status, {}));
+    report.parts.emplace_back(section);
+}
+
+void addSupply(Report &report, const Carrier &supply) {
+    Section section = {supply.word(), "Supply " + std::to_string(supply.supply), {}};
+    BspDevinfo record;
+    const int32_t status = readRecord(supply, record);
+    const bool hasNone = status == BSP_E_NOT_SUPPORTED;
+    if (hasNone)
+        section.add("has_record", "Record", flagCell(false, "", "none: not with this model"));
+    else
+        section.add("has_record", "Record",
+                    report.tried(section.key, status, flagCell(true, "readable", "")));
+    if (status == BSP_OK)
+        addFields(section, supply, record);
+    report.parts.emplace_back(section);
+}
+
+} // namespace
+
+void addShowCommand(const Command &root) {
+    root.command("show", "Show the board: versions, identity, product records")
+        .does([](Console &console) {
+            Report report;
+            addBoard(report);
+            addRecord(report);
+            for (const uint32_t supply : {1u, 2u})
+                addSupply(report, Carrier{supply});
+            return console.print(report);
+        });
+}
+
+} // namespace iodbg

@@ -1,0 +1,46 @@
+#include "iodbg/console.h"
+
+#include "iodbg/failure.h"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace iodbg {
+
+namespace {
+
+constexpr int kFirstOwnDescriptor = 3;
+
+/** A descriptor of this program's own for standard output, which then leads to standard error. */
+int takeStandardOutput() {
+    const int own = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, kFirstOwnDescriptor);
+    if (dup2(STDERR_FILENO, STDOUT_FILENO) < 0)
+        close(STDOUT_FILENO); // without standard error the diagnostics have nowhere to go
+    // Messages of the library and of this program come out in the order in which they were made.
+    std::setvbuf(stdout, nullptr, _IONBF, 0);
+    return own;
+}
+
+} // namespace
+
+Console::Console() : out_(takeStandardOutput()) {}
+
+ExitCode Console::print(const Report &report, const std::string &text) const {
+    printText(isJson_ ? report.toJson() : text);
+    return report.failures.empty() ? ExitCode::Ok : ExitCode::Board;
+}
+
+void Console::printText(const std::string &text) const {
+    if (!out_.writeAll({reinterpret_cast<const uint8_t *>(text.data()), text.size()}))
+        throw Failure::file("write to standard output", "lead it where there is space");
+}
+
+ExitCode Console::print(const Failure &failure) const {
+    std::fprintf(stderr, "iodbg: %s\n", failure.what());
+    if (isJson_)
+        printText(failureToJson(failure));
+    return failure.code();
+}
+
+} // namespace iodbg

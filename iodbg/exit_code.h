@@ -1,0 +1,23 @@
+#pragma once
+// What iodbg tells the program that started it. All codes are below 126, where shells begin with
+// codes of their own.
+
+namespace iodbg {
+
+enum class ExitCode {
+    Ok = 0,       // done
+    Board = 1,    // the board or the library answered a failure
+    Usage = 2,    // wrong usage; nothing was sent to the board
+    ReadBack = 3, // written, but what reads back differs
+    Host = 4,     // a problem on this host: a file, standard output, memory
+};
+
+/** The same for people, one line for each code. */
+constexpr char kExitCodeHelp[] = "Exit codes:\n"
+                                 "  0  done\n"
+                                 "  1  the board or the library answered a failure\n"
+                                 "  2  wrong usage; nothing was sent to the board\n"
+                                 "  3  written, but what reads back differs\n"
+                                 "  4  a problem on this host: a file, standard output, memory\n";
+
+} // namespace iodbg

@@ -1,0 +1,35 @@
+#pragma once
+// What ends a command before its time.
+
+#include "iodbg/exit_code.h"
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace iodbg {
+
+/** One line that says what failed and what to do, and the exit code. */
+class Failure : public std::runtime_error {
+  public:
+    Failure(ExitCode code, const std::string &message) : std::runtime_error(message), code_(code) {}
+
+    /** The library answered a status that is not BSP_OK. hint replaces the status's own advice. */
+    static Failure board(const std::string &what, int32_t status, const std::string &hint = "");
+    static Failure usage(const std::string &message) { return {ExitCode::Usage, message}; }
+    /** A system call on a file of this host failed; the reason is in errno. */
+    static Failure file(const std::string &what, const std::string &hint);
+
+    ExitCode code() const { return code_; }
+    std::optional<int32_t> status() const { return status_; }
+
+  private:
+    ExitCode code_;
+    std::optional<int32_t> status_;
+};
+
+/** Throws unless a call of the library succeeded. what: "read CPLD register 6". */
+void require(int32_t status, const std::string &what);
+
+} // namespace iodbg

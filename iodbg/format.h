@@ -1,0 +1,27 @@
+#pragma once
+// Bytes and numbers as text.
+
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace iodbg {
+
+using ByteView = std::span<const uint8_t>;
+
+/** "0x0709" */
+std::string hexNumber(uint32_t value, int digits);
+
+/** "444556", in the form that commands accept. */
+std::string hexBytes(ByteView bytes);
+
+/** "02:00:5E:10:00:00" */
+std::string macText(ByteView mac);
+
+/** The text in a zero-padded field. Bytes that are not printable ASCII appear as \xNN. */
+std::string fieldText(ByteView field);
+
+/** Lines of 16 bytes with offset, hexadecimal and ASCII columns. */
+std::string hexDump(uint32_t offset, ByteView bytes);
+
+} // namespace iodbg

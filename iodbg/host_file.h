@@ -1,0 +1,17 @@
+#pragma once
+// Files on the host: read whole, written whole or not at all.
+
+#include "iodbg/format.h"
+#include "iodbg/parse.h"
+
+#include <string>
+
+namespace iodbg {
+
+/** The content of a file of at most maxSize bytes. */
+Bytes readHostFile(const std::string &path, size_t maxSize);
+
+/** Replaces a file at once, or leaves what was there. */
+void writeHostFile(const std::string &path, ByteView content);
+
+} // namespace iodbg

@@ -1,0 +1,98 @@
+#include "iodbg/identity_items.h"
+
+#include "bsp.h"
+#include "iodbg/format.h"
+
+#include <array>
+#include <cstring>
+
+namespace iodbg {
+
+namespace {
+
+constexpr uint32_t kBoardMacIndex = 0; // the address above the base, the unit's own
+constexpr uint32_t kBaseMacIndex = 1;
+
+template <size_t Size>
+ByteView viewOf(const std::array<char, Size> &text) {
+    return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
+}
+
+int32_t readDeviceId(Cell &cell) {
+    uint32_t id = 0;
+    const int32_t status = ioDevIdGet(&id);
+    cell = hexCell(id, 4);
+    return status;
+}
+
+int32_t readSerialVersion(Cell &cell) {
+    uint32_t version = 0;
+    const int32_t status = ioDevSerialVerGet(&version);
+    cell = hexCell(version, 2);
+    return status;
+}
+
+template <int32_t (*Get)(char *)>
+int32_t readText(Cell &cell) {
+    std::array<char, 32> text{};
+    const int32_t status = Get(text.data());
+    cell = textCell(fieldText(viewOf(text)));
+    return status;
+}
+
+int32_t readBootLoaderVersion(Cell &cell) {
+    std::array<char, 7> version{};
+    const int32_t status = ioBiosVersionGet(version.data());
+    // Six bytes always come; a shorter version ends where the next word of the command line begins.
+    version[std::strcspn(version.data(), " \t\n")] = '\0';
+    const std::string text = fieldText(viewOf(version));
+    cell = {text.empty() ? "not on the kernel's command line" : text, text};
+    return status;
+}
+
+int32_t readSerialNumber(Cell &cell) {
+    std::array<char, sizeof(BspDevinfo)> serial{};
+    uint32_t length = 0;
+    const int32_t status = ioSerialNumGet(serial.data(), &length);
+    cell = textCell(fieldText(viewOf(serial)));
+    return status;
+}
+
+template <uint32_t Index>
+int32_t readMac(Cell &cell) {
+    std::array<uint8_t, 6> mac{};
+    const int32_t status = ioMacAddrGet(Index, mac.data());
+    cell = textCell(macText(mac));
+    return status;
+}
+
+constexpr Item kVersions[] = {
+    {"device_id", "Model (device id)", readDeviceId},
+    {"device_serial_version", "Device serial version", readSerialVersion},
+    {"hardware_version", "Hardware version", readText<ioHwVersionGet>},
+    {"cpld_version", "CPLD version", readText<ioCpldVersionGet>},
+    {"fpga_version", "FPGA version", readText<ioFpgaVersionGet>},
+    {"boot_loader_version", "Boot-loader version", readBootLoaderVersion},
+};
+constexpr Item kSerial[] = {{"serial_number", "Serial number", readSerialNumber}};
+constexpr Item kMacs[] = {
+    {"base_mac", "Base MAC (stored)", readMac<kBaseMacIndex>},
+    {"board_mac", "Board MAC (base, last byte + 1)", readMac<kBoardMacIndex>},
+};
+
+} // namespace
+
+const std::span<const Item> kVersionItems = kVersions;
+const std::span<const Item> kSerialItems = kSerial;
+const std::span<const Item> kMacItems = kMacs;
+
+void addItems(Report &report, Section &section, std::span<const Item> items) {
+    const std::string prefix = section.key.empty() ? "" : section.key + ".";
+    for (const Item &item : items) {
+        Cell cell;
+        const int32_t status = item.read(cell);
+        section.add(item.key, item.label, report.tried(prefix + item.key, status, cell));
+    }
+}
+
+} // namespace iodbg

@@ -1,0 +1,45 @@
+// iodbg: the board's diagnostic command line.
+
+#include "iodbg/command_line.h"
+#include "iodbg/commands/commands.h"
+#include "iodbg/console.h"
+#include "iodbg/failure.h"
+
+#include <cstdio>
+#include <exception>
+
+namespace {
+
+using namespace iodbg;
+
+ExitCode runCommand(Console &console, int argc, const char *const *argv) {
+    CommandLine line("Reads and changes what is on the board: identity, EEPROMs, CPLD registers, "
+                     "I2C devices, GPIO lines.",
+                     kExitCodeHelp, "iodbg " IODBG_VERSION);
+    line.root().flag("--json", "Answer in JSON", console.isJson());
+    addCommands(line.root());
+    return line.parse(argc, argv)(console);
+}
+
+/** Runs a command; what it throws becomes a message and an exit code. */
+ExitCode runReported(Console &console, int argc, const char *const *argv) {
+    try {
+        return runCommand(console, argc, argv);
+    } catch (const Failure &failure) {
+        return console.print(failure);
+    } catch (const std::exception &exception) {
+        return console.print(Failure(ExitCode::Host, exception.what()));
+    }
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    Console console;
+    try {
+        return static_cast<int>(runReported(console, argc, argv));
+    } catch (const std::exception &exception) { // standard output takes nothing at all
+        std::fprintf(stderr, "iodbg: %s\n", exception.what());
+        return static_cast<int>(ExitCode::Host);
+    }
+}

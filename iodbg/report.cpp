@@ -1,0 +1,104 @@
+#include "iodbg/report.h"
+
+#include "bsp.h"
+#include "iodbg/format.h"
+#include "iodbg/status_table.h"
+
+#include <algorithm>
+
+namespace iodbg {
+
+namespace {
+
+std::string padded(const std::string &text, size_t width) {
+    return text + std::string(width - std::min(width, text.size()), ' ');
+}
+
+std::string withoutTrailingSpaces(const std::string &line) {
+    return line.substr(0, line.find_last_not_of(' ') + 1);
+}
+
+std::string toText(const Section &section) {
+    size_t width = 0;
+    for (const Field &field : section.fields)
+        width = std::max(width, field.label.size());
+
+    std::string text = section.title.empty() ? "" : section.title + "\n";
+    const std::string indent = section.title.empty() ? "" : "  ";
+    for (const Field &field : section.fields)
+        text += indent + padded(field.label, width) + "  " + field.cell.text + "\n";
+    return text;
+}
+
+std::string toText(const Table &table) {
+    std::vector<std::vector<std::string>> lines(1);
+    for (const Column &column : table.columns)
+        lines[0].push_back(column.label);
+    for (const std::vector<Cell> &row : table.rows) {
+        lines.emplace_back();
+        for (const Cell &cell : row)
+            lines.back().push_back(cell.text);
+    }
+
+    std::vector<size_t> widths(table.columns.size());
+    for (const auto &line : lines) {
+        for (size_t i = 0; i < line.size(); ++i)
+            widths[i] = std::max(widths[i], line[i].size());
+    }
+
+    std::string text;
+    for (const auto &words : lines) {
+        std::string line;
+        for (size_t i = 0; i < words.size(); ++i)
+            line += padded(words[i], widths[i] + 2);
+        text += withoutTrailingSpaces(line) + "\n";
+    }
+    return text;
+}
+
+std::string toText(const FailedItem &failed) {
+    const StatusText status = explain(failed.status);
+    return "  " + failed.item + ": " + nameAndNumber(failed.status) + ", " + status.meaning + "\n" +
+           "    next: " + status.next + "\n";
+}
+
+} // namespace
+
+Cell textCell(const std::string &text) {
+    return {text, text};
+}
+
+Cell numberCell(int64_t value) {
+    return {std::to_string(value), value};
+}
+
+Cell hexCell(uint32_t value, int digits) {
+    return {hexNumber(value, digits), int64_t{value}};
+}
+
+Cell flagCell(bool value, const std::string &ifTrue, const std::string &ifFalse) {
+    return {value ? ifTrue : ifFalse, value};
+}
+
+Cell Report::tried(const std::string &item, int32_t status, const Cell &cell) {
+    if (status == BSP_OK)
+        return cell;
+    failures.push_back({item, status});
+    return {"failed: " + nameAndNumber(status), nullptr};
+}
+
+std::string Report::toText() const {
+    std::string text;
+    for (const auto &part : parts) {
+        if (!text.empty())
+            text += "\n";
+        text += std::visit([](const auto &content) { return iodbg::toText(content); }, part);
+    }
+    if (!failures.empty())
+        text += "\nFailures\n";
+    for (const FailedItem &failed : failures)
+        text += iodbg::toText(failed);
+    return text;
+}
+
+} // namespace iodbg

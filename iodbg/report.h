@@ -1,0 +1,78 @@
+#pragma once
+// What a command answers, once for people and once for programs.
+
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace iodbg {
+
+/** A value as programs get it; null when there is none. */
+using Value = std::variant<std::nullptr_t, bool, int64_t, std::string>;
+
+/** A value as people read it, and as programs get it. */
+struct Cell {
+    std::string text;
+    Value value;
+};
+
+Cell textCell(const std::string &text);
+Cell numberCell(int64_t value);
+/** A number that people read as hexadecimal digits. */
+Cell hexCell(uint32_t value, int digits);
+/** A yes or no, with the words for it. */
+Cell flagCell(bool value, const std::string &ifTrue, const std::string &ifFalse);
+
+struct Field {
+    std::string key;
+    std::string label;
+    Cell cell;
+};
+
+/** Values side by side with their labels; one object of the JSON. */
+struct Section {
+    std::string key; // empty: the fields belong to the whole answer
+    std::string title;
+    std::vector<Field> fields;
+
+    void add(const std::string &fieldKey, const std::string &label, const Cell &cell) {
+        fields.push_back({fieldKey, label, cell});
+    }
+};
+
+struct Column {
+    std::string key;
+    std::string label;
+};
+
+/** Rows of the same shape; one array of the JSON. */
+struct Table {
+    std::string key;
+    std::vector<Column> columns;
+    std::vector<std::vector<Cell>> rows;
+};
+
+/** Something that could not be read, while the rest of the answer could. */
+struct FailedItem {
+    std::string item; // the path of its key: "board.device_id"
+    int32_t status;
+};
+
+struct Report {
+    std::vector<std::variant<Section, Table>> parts;
+    std::vector<FailedItem> failures;
+
+    /** The cell of an item that was tried to read: its value, or the failure, which is noted. */
+    Cell tried(const std::string &item, int32_t status, const Cell &cell);
+
+    std::string toText() const;
+    std::string toJson() const;
+};
+
+class Failure;
+
+/** What programs get instead of an answer. */
+std::string failureToJson(const Failure &failure);
+
+} // namespace iodbg

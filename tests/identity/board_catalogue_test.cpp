@@ -1,0 +1,96 @@
+// The board catalogue, against the list of the family's models.
+
+#include "identity/board_catalogue.h"
+#include "virtual_board/board/models.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+
+namespace {
+
+// For the hardware reviewer: every row of the catalogue, and what an id without a row gets.
+constexpr char kCatalogue[] = "0x0109   other\n"
+                              "0x0309   four fans\n"
+                              "0x0409   four fans\n"
+                              "0x0509   four fans\n"
+                              "0x0609   four fans\n"
+                              "0x0709   two fans\n"
+                              "0x0809   two fans\n"
+                              "0x8209   other\n"
+                              "0x8309   four fans\n"
+                              "0x8409   four fans\n"
+                              "0x8509   four fans\n"
+                              "0x8609   four fans\n"
+                              "0x8709   two fans\n"
+                              "0x8809   two fans\n"
+                              "unknown  other\n";
+
+const char *chassisText(bsp::ChassisClass chassis) {
+    switch (chassis) {
+    case bsp::ChassisClass::FourFan:
+        return "four fans";
+    case bsp::ChassisClass::TwoFan:
+        return "two fans";
+    case bsp::ChassisClass::Other:
+        return "other";
+    }
+    return "?";
+}
+
+std::string catalogueText() {
+    constexpr uint32_t kUnknown = 0xFFFFFFFF;
+    std::string text;
+    for (uint32_t devId = 1; devId <= 0xFFFF; ++devId) {
+        const bsp::BoardModel &model = bsp::boardModel(devId);
+        char id[16];
+        std::snprintf(id, sizeof(id), "0x%04X", devId);
+        if (model.devId == devId)
+            text += std::string(id) + "   " + chassisText(model.chassis) + "\n";
+    }
+    return text + "unknown  " + chassisText(bsp::boardModel(kUnknown).chassis) + "\n";
+}
+
+TEST(BoardCatalogueTest, HoldsTheFamily) {
+    const std::string text = catalogueText();
+    std::fputs(text.c_str(), stdout);
+    EXPECT_EQ(text, kCatalogue);
+}
+
+TEST(BoardCatalogueTest, PredicatesAnswerExactIds) {
+    struct {
+        uint32_t devId;
+        int32_t isFourFan, isTwoFan;
+    } cases[] = {
+        {0x0109, 0, 0},     {0x0309, 1, 0},     {0x0409, 1, 0}, {0x0509, 1, 0}, {0x0609, 1, 0},
+        {0x0709, 0, 1},     {0x0809, 0, 1},     {0x8209, 0, 0}, {0x8309, 1, 0}, {0x8409, 1, 0},
+        {0x8509, 1, 0},     {0x8609, 1, 0},     {0x8709, 0, 1}, {0x8809, 0, 1}, {0, 0, 0},
+        {0x0209, 0, 0},     {0x0909, 0, 0},     {0x8109, 0, 0}, {0xABCD, 0, 0}, {0x10309, 0, 0},
+        {0x10709, 0, 0},    {0x80000309, 0, 0}, {0x0308, 0, 0}, {0x070A, 0, 0}, {0x80000709, 0, 0},
+        {0xFFFFFFFF, 0, 0},
+    };
+    for (const auto &expected : cases) {
+        EXPECT_EQ(bspDevIsFourFanModel(expected.devId), expected.isFourFan) << expected.devId;
+        EXPECT_EQ(bspDevIsTwoFanModel(expected.devId), expected.isTwoFan) << expected.devId;
+    }
+}
+
+TEST(BoardCatalogueTest, ExactlyTheClassesModelsAreInThem) {
+    int fourFan = 0;
+    int twoFan = 0;
+    for (uint32_t devId = 0; devId <= 0x1FFFF; ++devId) {
+        fourFan += bspDevIsFourFanModel(devId);
+        twoFan += bspDevIsTwoFanModel(devId);
+    }
+    EXPECT_EQ(fourFan, 8);
+    EXPECT_EQ(twoFan, 4);
+}
+
+// The virtual board's models come from circuit diagrams of their own.
+TEST(BoardCatalogueTest, AgreesWithTheHardwareOnSupplyRecords) {
+    for (const vb::Model &model : vb::kModels)
+        EXPECT_EQ(bspDevIsTwoFanModel(model.devId) != 0, model.hasSupplyEeproms) << model.devId;
+}
+
+} // namespace

@@ -1,0 +1,117 @@
+#include "tests/iodbg/iodbg_test.h"
+
+#include <nlohmann/json.hpp>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json parsed(const std::string &text, const std::string &pointer) {
+    return Json::parse(text).at(Json::json_pointer(pointer));
+}
+
+} // namespace
+
+FileSizeLimit::FileSizeLimit(rlim_t bytes) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limit = {bytes, before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    handler_ = std::signal(SIGXFSZ, SIG_IGN); // the write fails instead
+}
+
+FileSizeLimit::~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_);
+}
+
+std::string jsonAt(const std::string &text, const std::string &pointer) {
+    return parsed(text, pointer).dump();
+}
+
+Words jsonKeys(const std::string &text, const std::string &pointer) {
+    Words keys;
+    const Json value = parsed(text, pointer);
+    for (const auto &entry : value.items())
+        keys.push_back(entry.key());
+    return keys;
+}
+
+std::string readFile(const std::string &path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+ProcessResult IodbgTest::iodbg(const Words &arguments) const {
+    Words argv = {builtProgram("iodbg")};
+    argv.insert(argv.end(), arguments.begin(), arguments.end());
+    if (environment_.empty())
+        environment_ = boardEnvironment(boardFolder());
+    return run(argv, environment_);
+}
+
+std::string IodbgTest::json(const Words &arguments, int exitCode) const {
+    Words words = arguments;
+    words.emplace_back("--json");
+    const ProcessResult result = iodbg(words);
+    EXPECT_EQ(result.exitCode, exitCode) << result.err;
+    EXPECT_TRUE(Json::accept(result.out)) << result.out;
+    return result.out;
+}
+
+ProcessResult IodbgTest::expectFailure(const Words &arguments, int exitCode,
+                                       const Words &texts) const {
+    const std::string command = ::testing::PrintToString(arguments);
+    ProcessResult result = iodbg(arguments);
+    EXPECT_EQ(result.exitCode, exitCode) << command << result.err;
+    EXPECT_EQ(result.out, "") << command;
+    const Words lines = linesOf(result.err);
+    const std::string last = lines.empty() ? "" : lines.back();
+    EXPECT_EQ(last.substr(0, 7), "iodbg: ") << command;
+    for (const std::string &text : texts)
+        EXPECT_NE(last.find(text), std::string::npos) << "'" << text << "' is not in: " << last;
+    return result;
+}
+
+void IodbgTest::expectRefusal(const Words &arguments, int exitCode, const std::string &text) const {
+    const BoardContent before = content();
+    const ProcessResult result = expectFailure(arguments, exitCode, {text});
+    EXPECT_EQ(linesOf(result.err).size(), 1u) << result.err;
+    EXPECT_TRUE(content() == before) << ::testing::PrintToString(arguments);
+}
+
+BoardContent IodbgTest::content() const {
+    BoardContent content;
+    content.devices.assign(reinterpret_cast<const char *>(&devices()), sizeof(devices()));
+    namespace fs = std::filesystem;
+    for (const auto &entry : fs::recursive_directory_iterator(boardFolder() + "/root")) {
+        // The library keeps the device id in this file, whoever asks for it first.
+        if (entry.is_regular_file() && entry.path() != boardFile("/tmp/bsp/devId"))
+            content.files[entry.path()] = readFile(entry.path());
+    }
+    return content;
+}
+
+std::string IodbgTest::makeFile(const std::string &name, const std::string &bytes) const {
+    std::ofstream(hostFile(name), std::ios::binary) << bytes;
+    return hostFile(name);
+}
+
+vb::FaultRule IodbgTest::corrupt(vb::FaultDevice device, vb::FaultOp op, int32_t byte,
+                                 uint32_t nth) const {
+    vb::FaultRule rule = refuse(device, op, byte, nth);
+    rule.when = vb::FaultWhen::Once;
+    rule.effect = vb::FaultEffect::Corrupt;
+    rule.mask = 0x01;
+    return rule;
+}
+
+vb::FaultRule IodbgTest::silence(vb::FaultDevice device, vb::FaultOp op) const {
+    vb::FaultRule rule = refuse(device, op, 0);
+    rule.effect = vb::FaultEffect::NoAnswer;
+    return rule;
+}

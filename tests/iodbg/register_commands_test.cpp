@@ -1,0 +1,169 @@
+// iodbg cpld, i2c and gpio.
+
+#include "tests/iodbg/iodbg_test.h"
+
+#include <cerrno>
+
+namespace {
+
+using vb::FaultDevice;
+using vb::FaultOp;
+using CpldCommandsTest = IodbgTest;
+using I2cCommandsTest = IodbgTest;
+using GpioCommandsTest = IodbgTest;
+
+TEST_F(CpldCommandsTest, GetsRegisters) {
+    EXPECT_EQ(iodbg({"cpld", "get", "1", "0x2"}).out, "REGISTER  VALUE\n"
+                                                      "1         0x0709\n"
+                                                      "2         0x1312\n");
+    EXPECT_EQ(jsonAt(json({"cpld", "get", "2"}), ""),
+              "{\"registers\":[{\"register\":2,\"value\":4882}],\"failures\":[]}");
+}
+
+TEST_F(CpldCommandsTest, AFailedRegisterDoesNotHideTheOthers) {
+    const std::string answer = json({"cpld", "get", "99", "1"}, 1);
+    EXPECT_EQ(jsonAt(answer, "/registers/0/value"), "null");
+    EXPECT_EQ(jsonAt(answer, "/registers/1/value"), "1801");
+    EXPECT_EQ(jsonAt(answer, "/failures/0/status"), std::to_string(-EINVAL));
+    EXPECT_EQ(jsonAt(answer, "/failures/0/status_name"), "null");
+}
+
+TEST_F(CpldCommandsTest, ScansTheRegistersThatAnswer) {
+    vb::FaultRule rule = refuse(FaultDevice::Cpld, FaultOp::Read, -EINVAL);
+    rule.hasOffset = 1;
+    rule.offset = 7;
+    addFault(rule);
+    const std::string answer = json({"cpld", "get"});
+    EXPECT_EQ(jsonAt(answer, "/registers/6/register"), "6");
+    EXPECT_EQ(jsonAt(answer, "/registers/7/register"), "8");
+    EXPECT_EQ(jsonAt(answer, "/registers/62/register"), "63");
+}
+
+TEST_F(CpldCommandsTest, AScanFailsWhenNothingAnswers) {
+    addFault(refuse(FaultDevice::Cpld, FaultOp::Read, -EIO));
+    expectFailure({"cpld", "get"}, 1, {"cannot read any CPLD register: status -5"});
+    clearFaults();
+    addFault(openFails("/dev/bspHandle", ENOENT));
+    expectFailure({"cpld", "get"}, 1, {"BSP_E_FAILED (-1)", "/dev/bspHandle"});
+}
+
+TEST_F(CpldCommandsTest, SetsARegister) {
+    devices().cpld.reg[30] = 0x00FF;
+    EXPECT_EQ(iodbg({"cpld", "set", "30", "0xA5A5"}).out, "Register  30\n"
+                                                          "Before    0x00FF\n"
+                                                          "Written   0xA5A5\n"
+                                                          "After     0xA5A5\n");
+    EXPECT_EQ(devices().cpld.reg[30], 0xA5A5);
+    EXPECT_EQ(jsonAt(json({"cpld", "set", "30", "65535"}), ""),
+              "{\"register\":30,\"before\":42405,\"written\":65535,\"after\":65535,"
+              "\"failures\":[]}");
+}
+
+TEST_F(CpldCommandsTest, DetectsARegisterThatReadsBackDifferently) {
+    expectFailure({"cpld", "set", "1", "5"}, 3, {"CPLD register 1 was 0x0709", "reads 0x0709"});
+    addFault(corrupt(FaultDevice::Cpld, FaultOp::Write, 1));
+    expectFailure({"cpld", "set", "30", "0x10"}, 3, {"0x0010 was written, and it reads 0x0011"});
+}
+
+TEST_F(CpldCommandsTest, ReportsFailures) {
+    addFault(refuse(FaultDevice::Cpld, FaultOp::Write, 77));
+    expectFailure({"cpld", "set", "30", "1"}, 1,
+                  {"cannot write CPLD register 30: status 77, an answer of the kernel module's "
+                   "own; check"});
+    vb::FaultRule rule = refuse(FaultDevice::Cpld, FaultOp::Read, EIO);
+    rule.effect = vb::FaultEffect::IoctlFails;
+    addFault(rule);
+    expectFailure({"cpld", "set", "30", "1"}, 1, {"cannot read CPLD register 30: BSP_E_FAILED"});
+}
+
+TEST_F(CpldCommandsTest, RefusesWrongWords) {
+    expectRefusal({"cpld", "set", "30", "0x10000"}, 2, "VALUE: '0x10000' is not a number from 0");
+    expectRefusal({"cpld", "set", "30", "-1"}, 2, "is not a number");
+    expectRefusal({"cpld", "set", "30"}, 2, "VALUE is required");
+    expectRefusal({"cpld", "set", "30", "1", "2"}, 2, "not expected");
+    expectRefusal({"cpld", "get", "1", "x"}, 2, "REG: 'x' is not a number");
+    expectRefusal({"cpld", "get", "0x100000000"}, 2, "REG: ");
+    expectRefusal({"cpld"}, 2, "see 'iodbg cpld --help'");
+}
+
+TEST_F(I2cCommandsTest, Reads) {
+    EXPECT_EQ(iodbg({"i2c", "read", "0", "2", "0x50", "0xB0", "3"}).out,
+              "0x00B0  41 43 20                                         |AC |\n");
+    EXPECT_EQ(jsonAt(json({"i2c", "read", "0", "0", "0x51", "0", "7"}), ""),
+              "{\"bus\":0,\"channel\":0,\"device\":81,\"offset\":0,\"length_bytes\":7,"
+              "\"data_hex\":\"444556494E464F\",\"failures\":[]}");
+}
+
+TEST_F(I2cCommandsTest, SendsItsArguments) {
+    trace();
+    iodbg({"i2c", "read", "0", "3", "0x50", "0x10", "4"});
+    EXPECT_EQ(requests(), Words{"I2C read  bus 0 ch 3 dev 0x50 off 0x10 len 4: FF FF FF FF"});
+    EXPECT_EQ(iodbg({"i2c", "read", "0", "0", "0x51", "0", "1", "--offset-length", "0"}).exitCode,
+              0);
+}
+
+TEST_F(I2cCommandsTest, Writes) {
+    const std::string answer = json({"i2c", "write", "0", "0", "0x50", "4", "0AFF10"});
+    EXPECT_EQ(jsonAt(answer, "/data_hex"), "\"0AFF10\"");
+    EXPECT_EQ(jsonAt(answer, "/length_bytes"), "3");
+    const uint8_t *bytes = devices().eeprom.bytes + 4;
+    EXPECT_EQ(std::vector<uint8_t>(bytes, bytes + 3), (std::vector<uint8_t>{0x0A, 0xFF, 0x10}));
+}
+
+TEST_F(I2cCommandsTest, ReportsFailures) {
+    expectFailure({"i2c", "read", "9", "0", "0x50", "0", "1"}, 1,
+                  {"cannot read bus 9 channel 0 device 0x50 offset 0x00: status -6"});
+    addFault(refuse(FaultDevice::I2c, FaultOp::Write, -EIO));
+    expectFailure({"i2c", "write", "0", "0", "0x50", "0", "00"}, 1, {"cannot write bus 0"});
+}
+
+TEST_F(I2cCommandsTest, RefusesWrongWords) {
+    expectRefusal({"i2c", "read", "256", "0", "0x50", "0", "1"}, 2, "BUS: ");
+    expectRefusal({"i2c", "read", "0", "256", "0x50", "0", "1"}, 2, "CHANNEL: ");
+    expectRefusal({"i2c", "read", "0", "0", "0x80", "0", "1"}, 2, "DEVICE: ");
+    expectRefusal({"i2c", "read", "0", "0", "0x50", "256", "1"}, 2, "does not fit in 1 bytes");
+    expectRefusal({"i2c", "read", "0", "0", "0x50", "1", "1", "--offset-length", "0"}, 2,
+                  "does not fit in 0 bytes");
+    expectRefusal({"i2c", "read", "0", "0", "0x50", "0", "1", "--offset-length", "5"}, 2,
+                  "--offset-length: ");
+    expectRefusal({"i2c", "read", "0", "0", "0x50", "0", "0"}, 2, "LENGTH: ");
+    expectRefusal({"i2c", "read", "0", "0", "0x50", "0", "65536"}, 2, "LENGTH: ");
+    expectRefusal({"i2c", "write", "0", "0", "0x50", "0", "ABC"}, 2, "HEX: ");
+    expectRefusal({"i2c", "write", "0", "0", "0x50", "0"}, 2, "HEX is required");
+    expectRefusal({"i2c", "write", "0", "300", "0x50", "0", "AA"}, 2, "CHANNEL: ");
+}
+
+TEST_F(GpioCommandsTest, Gets) {
+    devices().gpio.external[5] = 1;
+    EXPECT_EQ(iodbg({"gpio", "get", "5"}).out, "Line   5\nLevel  1\n");
+    EXPECT_EQ(jsonAt(json({"gpio", "get", "5"}), ""), "{\"line\":5,\"level\":1,\"failures\":[]}");
+}
+
+TEST_F(GpioCommandsTest, Sets) {
+    EXPECT_EQ(iodbg({"gpio", "set", "5", "1"}).exitCode, 0);
+    EXPECT_EQ(devices().gpio.isOutput[5], 1);
+    EXPECT_EQ(devices().gpio.driven[5], 1);
+    EXPECT_EQ(jsonAt(json({"gpio", "set", "5", "0"}), "/level"), "0");
+    EXPECT_EQ(devices().gpio.driven[5], 0);
+}
+
+TEST_F(GpioCommandsTest, DetectsALineThatDoesNotFollow) {
+    devices().gpio.external[5] = 1;
+    addFault(silence(FaultDevice::Gpio, FaultOp::Write));
+    expectFailure({"gpio", "set", "5", "0"}, 3, {"was driven to 0 but reads 1"});
+}
+
+TEST_F(GpioCommandsTest, ReportsFailures) {
+    expectFailure({"gpio", "get", "32"}, 1, {"cannot read GPIO line 32: status -22"});
+    expectFailure({"gpio", "set", "32", "1"}, 1, {"cannot drive GPIO line 32: status -22"});
+}
+
+TEST_F(GpioCommandsTest, RefusesWrongWords) {
+    expectRefusal({"gpio", "set", "5", "2"}, 2, "LEVEL: '2' is not a number from 0 to 1");
+    expectRefusal({"gpio", "set", "five", "1"}, 2, "LINE: ");
+    expectRefusal({"gpio", "get", "-5"}, 2, "LINE: ");
+    expectRefusal({"gpio", "get", "4294967296"}, 2, "LINE: ");
+    expectRefusal({"gpio", "get"}, 2, "LINE is required");
+}
+
+} // namespace

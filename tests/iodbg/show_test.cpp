@@ -1,0 +1,162 @@
+// iodbg show.
+
+#include "tests/iodbg/iodbg_test.h"
+
+#include <cerrno>
+
+namespace {
+
+using vb::FaultDevice;
+using vb::FaultOp;
+using ShowTest = IodbgTest;
+
+TEST_F(ShowTest, PrintsTheBoardForPeople) {
+    const ProcessResult result = iodbg({"show"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out, "Board\n"
+                          "  Model (device id)                0x0709\n"
+                          "  Device serial version            0x09\n"
+                          "  Hardware version                 A.3\n"
+                          "  CPLD version                     V1.2\n"
+                          "  FPGA version                     ---\n"
+                          "  Boot-loader version              1.2.3\n"
+                          "  Serial number                    VB00000001\n"
+                          "  Base MAC (stored)                02:00:5E:10:00:00\n"
+                          "  Board MAC (base, last byte + 1)  02:00:5E:10:00:01\n"
+                          "\n"
+                          "Product record\n"
+                          "  Magic check   ok\n"
+                          "  CRC check     ok\n"
+                          "  CRC stored    0x2F346F7C\n"
+                          "  CRC computed  0x2F346F7C\n"
+                          "\n"
+                          "Supply 1\n"
+                          "  Record          readable\n"
+                          "  Product name    AC SUPPLY 54V\n"
+                          "  Serial number   PSU0000001\n"
+                          "  Product data 1  5649525455414C000000000000000000\n"
+                          "  Product data 2  414320535550504C5920353456" +
+                              std::string(38, '0') +
+                              "\n"
+                              "  Product data 3  00000000\n"
+                              "\n"
+                              "Supply 2\n"
+                              "  Record          readable\n"
+                              "  Product name    AC SUPPLY 54V\n"
+                              "  Serial number   PSU0000002\n"
+                              "  Product data 1  5649525455414C000000000000000000\n"
+                              "  Product data 2  414320535550504C5920353456" +
+                              std::string(38, '0') +
+                              "\n"
+                              "  Product data 3  00000000\n");
+}
+
+TEST_F(ShowTest, AnswersProgramsWithStableKeys) {
+    const std::string answer = json({"show"});
+    EXPECT_EQ(jsonKeys(answer, ""), (Words{"board", "record", "supply1", "supply2", "failures"}));
+    EXPECT_EQ(
+        jsonKeys(answer, "/board"),
+        (Words{"device_id", "device_serial_version", "hardware_version", "cpld_version",
+               "fpga_version", "boot_loader_version", "serial_number", "base_mac", "board_mac"}));
+    EXPECT_EQ(jsonAt(answer, "/board/device_id"), "1801");
+    EXPECT_EQ(jsonAt(answer, "/board/device_serial_version"), "9");
+    EXPECT_EQ(jsonAt(answer, "/board/hardware_version"), "\"A.3\"");
+    EXPECT_EQ(jsonAt(answer, "/board/cpld_version"), "\"V1.2\"");
+    EXPECT_EQ(jsonAt(answer, "/board/boot_loader_version"), "\"1.2.3\"");
+    EXPECT_EQ(jsonAt(answer, "/board/board_mac"), "\"02:00:5E:10:00:01\"");
+    EXPECT_EQ(jsonAt(answer, "/record"), "{\"magic_ok\":true,\"crc_ok\":true,\"crc_stored\":"
+                                         "791965564,\"crc_computed\":791965564}");
+    EXPECT_EQ(jsonAt(answer, "/supply2/has_record"), "true");
+    EXPECT_EQ(jsonAt(answer, "/supply2/serial_number"), "\"PSU0000002\"");
+    EXPECT_EQ(jsonAt(answer, "/failures"), "[]");
+}
+
+TEST_F(ShowTest, SaysThatAModelHasNoSupplyRecords) {
+    useModel(0x0309);
+    const ProcessResult result = iodbg({"show"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_NE(result.out.find("Supply 1\n  Record  none: not with this model\n"),
+              std::string::npos);
+    EXPECT_EQ(jsonAt(json({"show"}), "/supply1"), "{\"has_record\":false}");
+}
+
+TEST_F(ShowTest, ShowsTheRestWhenTheSupplyIsUnplugged) {
+    devices().supply[1].isPresent = 0;
+    const std::string answer = json({"show"}, 1);
+    EXPECT_EQ(jsonAt(answer, "/supply1/serial_number"), "\"PSU0000001\"");
+    EXPECT_EQ(jsonAt(answer, "/supply2"), "{\"has_record\":null}");
+    EXPECT_EQ(jsonKeys(answer, "/failures/0"),
+              (Words{"item", "status", "status_name", "meaning", "next"}));
+    EXPECT_EQ(jsonAt(answer, "/failures/0/item"), "\"supply2\"");
+    EXPECT_EQ(jsonAt(answer, "/failures/0/status"), "-1");
+    EXPECT_EQ(jsonAt(answer, "/failures/0/status_name"), "\"BSP_E_FAILED\"");
+}
+
+TEST_F(ShowTest, ShowsTheRestWhenTheCpldRefuses) {
+    addFault(refuse(FaultDevice::Cpld, FaultOp::Read, -EIO));
+    const ProcessResult result = iodbg({"show"});
+    EXPECT_EQ(result.exitCode, 1);
+    for (const char *line : {"  Model (device id)                failed: status -5\n",
+                             "  Hardware version                 failed: status -5\n",
+                             "  Serial number                    VB00000001\n",
+                             "\nFailures\n  board.device_id: status -5, an answer of the kernel "
+                             "module; as an error number 'Input/output error'\n    next: "})
+        EXPECT_NE(result.out.find(line), std::string::npos) << line << "\n" << result.out;
+}
+
+TEST_F(ShowTest, ShowsTheRestWhenFilesCannotBeOpened) {
+    addFault(openFails("/tmp/bsp/devId", EACCES));
+    addFault(openFails("/proc/cmdline", ENOENT));
+    const std::string answer = json({"show"}, 1);
+    EXPECT_EQ(jsonAt(answer, "/board/device_id"), "null");
+    EXPECT_EQ(jsonAt(answer, "/board/boot_loader_version"), "null");
+    EXPECT_EQ(jsonAt(answer, "/board/cpld_version"), "\"V1.2\"");
+    EXPECT_EQ(jsonAt(answer, "/failures/0/status_name"), "\"BSP_E_OPEN\"");
+    EXPECT_EQ(jsonAt(answer, "/failures/1/item"), "\"board.boot_loader_version\"");
+}
+
+TEST_F(ShowTest, JudgesADamagedRecord) {
+    record()[64] ^= 0x01;
+    const std::string wrongCrc = json({"show"}, 1);
+    EXPECT_EQ(jsonAt(wrongCrc, "/record/magic_ok"), "true");
+    EXPECT_EQ(jsonAt(wrongCrc, "/record/crc_ok"), "false");
+    EXPECT_EQ(jsonAt(wrongCrc, "/record/crc_stored"), "791965564");
+    EXPECT_NE(jsonAt(wrongCrc, "/record/crc_computed"), "791965564");
+    EXPECT_EQ(jsonAt(wrongCrc, "/board/serial_number"), "null");
+    EXPECT_EQ(jsonAt(wrongCrc, "/failures/0/status_name"), "\"BSP_E_INVALID\"");
+
+    record()[0] = 'X';
+    const std::string noMagic = json({"show"}, 1);
+    EXPECT_EQ(jsonAt(noMagic, "/record/magic_ok"), "false");
+    EXPECT_EQ(jsonAt(noMagic, "/failures/0/status_name"), "\"BSP_E_NO_RECORD\"");
+}
+
+TEST_F(ShowTest, KeepsTheLibrarysMessagesOffStandardOutput) {
+    addFault(openFails("/dev/bspHandle", ENOENT));
+    const ProcessResult result = iodbg({"show"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.err.find("open file /dev/bspHandle fail\n"), std::string::npos);
+    EXPECT_EQ(result.out.find("open file"), std::string::npos);
+}
+
+TEST_F(ShowTest, PrintsUnreadableTextEscaped) {
+    std::fill_n(supplyRecord(1), 80, uint8_t{0xFF});
+    const std::string answer = json({"show"});
+    EXPECT_EQ(jsonAt(answer, "/supply1/product_data_3_hex"), "\"FFFFFFFF\"");
+    EXPECT_EQ(jsonAt(answer, "/supply1/product_name").substr(0, 7), "\"\\\\xFF\\");
+}
+
+TEST_F(ShowTest, EndsAShortBootLoaderVersionAtItsSpace) {
+    for (const auto &[line, version] :
+         {std::pair{"bootver=1.2 root=/dev/x\n", "\"1.2\""}, std::pair{"bootver=7.8\n", "\"7.8\""},
+          std::pair{"console=ttyS0\n", "\"\""}}) {
+        std::FILE *file = std::fopen(boardFile("/proc/cmdline").c_str(), "w");
+        ASSERT_NE(file, nullptr);
+        std::fputs(line, file);
+        std::fclose(file);
+        EXPECT_EQ(jsonAt(json({"show"}), "/board/boot_loader_version"), version) << line;
+    }
+}
+
+} // namespace
