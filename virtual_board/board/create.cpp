@@ -45,8 +45,10 @@ class TemporaryFolder {
     TemporaryFolder(const TemporaryFolder &) = delete;
     TemporaryFolder &operator=(const TemporaryFolder &) = delete;
     ~TemporaryFolder() {
-        for (auto path = made_.rbegin(); path != made_.rend(); ++path)
-            std::remove(path->c_str());
+        while (!made_.empty()) {
+            std::remove(made_.back().c_str());
+            made_.pop_back();
+        }
     }
 
     bool isMade() const { return !made_.empty(); }

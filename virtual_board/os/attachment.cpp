@@ -2,6 +2,7 @@
 #include "virtual_board/os/seam.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <new>
 #include <sys/stat.h>
@@ -25,7 +26,7 @@ bool attachBoard(const char *path, FolderError &error) {
     if (!folder->open(path, error))
         return false;
     if (stat(folder->hostPath(kNodePath).text, &info) != 0) {
-        std::strcpy(error.text, "the board's driver node cannot be examined");
+        std::snprintf(error.text, sizeof(error.text), "%s: %s cannot be examined", path, kNodePath);
         return false;
     }
     nodeDevice = info.st_dev;

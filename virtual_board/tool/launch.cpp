@@ -62,6 +62,7 @@ void runProgram(const std::string &folder, const std::vector<std::string> &progr
     for (const Variable &variable : boardVariables(folder))
         setenv(variable.name, variable.value.c_str(), 1);
     std::vector<char *> words;
+    words.reserve(program.size() + 1);
     for (const std::string &word : program)
         words.push_back(const_cast<char *>(word.c_str()));
     words.push_back(nullptr);

@@ -239,9 +239,7 @@ int carryOut(const Command &todo) {
     return kDone;
 }
 
-} // namespace
-
-int main(int argc, char **argv) {
+int runCommandLine(int argc, char **argv) {
     CLI::App app("A whole switch in software: makes virtual boards, runs programs on them, and "
                  "shows and changes what they hold.",
                  "vboard");
@@ -266,4 +264,15 @@ int main(int argc, char **argv) {
         return fail(kUsage, std::string(mistake.what()) + "; 'vboard --help' tells more");
     }
     return carryOut(todo);
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    try {
+        return runCommandLine(argc, argv);
+    } catch (...) {
+        std::fputs("vboard: out of memory\n", stderr);
+        return kRefused;
+    }
 }

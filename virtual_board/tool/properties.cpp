@@ -20,6 +20,7 @@ std::vector<vb::Property> selected(const std::string &folder,
     if (names.empty())
         return vb::properties(board.folder());
     std::vector<vb::Property> found;
+    found.reserve(names.size());
     for (const std::string &name : names)
         found.push_back({name, vb::property(board.folder(), name), false});
     return found;

@@ -84,10 +84,11 @@ void parsePath(FaultRule &rule, const std::string &path) {
     if (!tidyPath(path.c_str(), tidy) || !isBoardPath(tidy))
         throw Refused(path + " is not one of the board's own files: /dev/bspHandle, /proc/cmdline, "
                              "/tmp/bsp..., /tmp/bspFlashLockFile, /tmp/bspPoeLockFile");
-    if (std::strlen(tidy) >= kFaultPathSize)
+    const size_t length = std::strlen(tidy);
+    if (length >= kFaultPathSize)
         throw Refused("the path is longer than " + std::to_string(kFaultPathSize - 1) +
                       " characters");
-    std::strcpy(rule.path, tidy);
+    std::memcpy(rule.path, tidy, length + 1);
 }
 
 void parseDevice(FaultRule &rule, const std::string &text) {
@@ -187,7 +188,7 @@ void parseEffect(FaultRule &rule, const std::string &text) {
 }
 
 std::string effectText(const FaultRule &rule) {
-    const std::string name = wordOf(kEffects, rule.effect);
+    std::string name = wordOf(kEffects, rule.effect);
     switch (rule.effect) {
     case FaultEffect::OpenFails:
     case FaultEffect::IoctlFails:
