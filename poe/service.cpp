@@ -48,6 +48,8 @@ int32_t withNothing(const Call &call) {
 }
 template <auto Slot>
 int32_t withValue(const Call &call) {
+    if (call.argument == nullptr)
+        return BSP_E_POE_NULL;
     return callSlot<Slot>(call, valueOf(call.argument));
 }
 template <auto Slot>
@@ -64,6 +66,8 @@ int32_t withPort(const Call &call) {
 }
 template <auto Slot>
 int32_t withPortAndValue(const Call &call) {
+    if (call.argument == nullptr)
+        return BSP_E_POE_NULL;
     return callSlot<Slot>(call, call.port(), valueOf(call.argument));
 }
 template <auto Slot>
