@@ -22,13 +22,13 @@ struct Asked {
 template <typename Record>
 Asked ask(int32_t (*query)(Record *), std::string (*show)(const Record &)) {
     constexpr uint8_t kMark = 0xA5;
-    alignas(Record) unsigned char memory[sizeof(Record)];
-    std::memset(memory, kMark, sizeof(memory));
-    auto &record = *reinterpret_cast<Record *>(memory);
+    Record record;
+    std::memset(static_cast<void *>(&record), kMark, sizeof(record));
     Asked asked{};
     asked.status = query(&record);
-    asked.isUntouched =
-        std::all_of(memory, memory + sizeof(memory), [](uint8_t byte) { return byte == kMark; });
+    const auto *bytes = reinterpret_cast<const unsigned char *>(&record);
+    asked.isUntouched = std::all_of(bytes, bytes + sizeof(record),
+                                    [](unsigned char byte) { return byte == kMark; });
     if (asked.status == BSP_OK)
         asked.fields = show(record);
     return asked;

@@ -13,9 +13,9 @@ enum class Spoil { Nothing, Write, Read, CommandEcho, SecondByteEcho, Checksum }
 
 /** How an exchange goes. */
 struct Answer {
-    std::string payload;          // the reply's bytes from 2 on, in hexadecimal; then zeros
-    Spoil spoil = Spoil::Nothing; //
-    int spoiledPolls = INT_MAX;   // how many reads the trouble lasts
+    std::string payload; // the reply's bytes from 2 on, in hexadecimal; then those of a good reply
+    Spoil spoil = Spoil::Nothing;
+    int spoiledPolls = INT_MAX; // how many reads the trouble lasts
 };
 
 /** One request that arrived. */
