@@ -22,12 +22,13 @@ constexpr uint32_t kSupplyRegister = 30;       // models with fixed supplies
 constexpr uint32_t kOtherPresenceRegister = 6; // other models, active low
 constexpr int32_t kOtherPresenceBit = 8;       // plus the supply's number
 
-// Lines of a fixed supply in its register, to be added to the supply's number (counted from 1).
-constexpr int32_t kPresenceLine = -1;
-constexpr int32_t kTypeLine = 1;
-constexpr int32_t kStatusLineA = 3;
-constexpr int32_t kStatusLineB = 5;
-constexpr int32_t kStatusLineC = 7;
+// Lines of a fixed supply in its register, to be added to the supply's number (counted from 1). The
+// number comes from the caller, unchecked for the type: the sums are wider than it.
+constexpr int64_t kPresenceLine = -1;
+constexpr int64_t kTypeLine = 1;
+constexpr int64_t kStatusLineA = 3;
+constexpr int64_t kStatusLineB = 5;
+constexpr int64_t kStatusLineC = 7;
 
 constexpr int32_t kTypeLineSet = 1;
 constexpr int32_t kTypeLineClear = 2;

@@ -788,7 +788,7 @@ BSP_API const BspPoeDriver *bspPoeDriverGet(void);
  * @param arg      points to the value of a setting, or is the output or argument of the operation
  * @return the operation's status; BSP_E_POE_UNAVAILABLE without a driver, for an unknown number and
  *         for an operation that the driver does not have; BSP_E_POE_NULL for a debug operation
- *         without a word
+ *         without a word and for a setting without a value
  */
 BSP_API int32_t bspPoeOptDriver(const uint32_t *portRef, uint32_t op, void *arg);
 

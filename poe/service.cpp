@@ -48,6 +48,8 @@ int32_t withNothing(const Call &call) {
 }
 template <auto Slot>
 int32_t withValue(const Call &call) {
+    if (call.argument == nullptr)
+        return BSP_E_POE_NULL;
     return callSlot<Slot>(call, valueOf(call.argument));
 }
 template <auto Slot>
@@ -64,6 +66,8 @@ int32_t withPort(const Call &call) {
 }
 template <auto Slot>
 int32_t withPortAndValue(const Call &call) {
+    if (call.argument == nullptr)
+        return BSP_E_POE_NULL;
     return callSlot<Slot>(call, call.port(), valueOf(call.argument));
 }
 template <auto Slot>
@@ -265,12 +269,12 @@ int32_t bspPoeDebugChipDispatchHelp(int32_t index) {
 }
 
 int32_t bspPoePortVoltageGet(uint32_t port, uint32_t *out) {
+    if (out == nullptr)
+        return BSP_E_POE_NULL;
     uint32_t millivolts = 0;
     if (const int32_t status = readPort(BSP_POE_PORT_VOLTAGE_GET, port, &millivolts);
         status != BSP_OK)
         return status;
-    if (out == nullptr)
-        return BSP_E_POE_NULL;
     *out = static_cast<uint32_t>(static_cast<int32_t>(millivolts) / 1000);
     return BSP_OK;
 }

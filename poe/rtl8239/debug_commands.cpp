@@ -56,12 +56,12 @@ int32_t bspPoeRtl8239DbgUdfCmd(const uint8_t *data, int32_t count) {
 }
 
 int32_t bspPoeRtl8239DbgPoeCommand(int32_t row, int32_t argc, char **argv) {
+    if (argv == nullptr)
+        return BSP_E_POE_NULL;
     if (argc <= kFirstArgument) {
         bspPoeRtl8239DebugDispatchHelp(row);
         return BSP_E_FAILED;
     }
-    if (argv == nullptr)
-        return BSP_E_POE_NULL;
     Frame bytes = blankFrame();
     const int32_t count = std::min(argc - kFirstArgument, int32_t{kFrameSize});
     for (int32_t i = 0; i < count; ++i)
