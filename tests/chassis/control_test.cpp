@@ -1,7 +1,7 @@
 // LEDs, watchdog, reset, PTP trigger, slots.
 
 #include "bsp.h"
-#include "tests/support/outcome.h"
+#include "tests/support/answer.h"
 #include "tests/support/virtual_board_test.h"
 
 namespace {
@@ -249,7 +249,7 @@ TEST_F(ControlTest, PtpTriggerStopsAtTheFirstFailure) {
     for (const Case &row : cases) {
         clearFaults();
         addFault(refuse(vb::FaultDevice::Cpld, row.op, 5, row.nth));
-        EXPECT_EQ(outcomeOf([] { return bspPtpTriggerSet(1); }), (Outcome{5, row.text}));
+        EXPECT_EQ(answerOf([] { return bspPtpTriggerSet(1); }), (Answer{5, row.text}));
         EXPECT_EQ(traffic().size(), row.steps);
     }
 }

@@ -3,8 +3,8 @@
 #include "bsp.h"
 #include "chassis/linear.h"
 #include "chassis/pmbus.h"
+#include "tests/support/answer.h"
 #include "tests/support/i2c_device.h"
-#include "tests/support/outcome.h"
 #include "tests/support/virtual_board_test.h"
 
 #include <algorithm>
@@ -96,8 +96,8 @@ TEST_F(PowerSupplyTest, WithoutADeviceIdNothingIsKnown) {
     addFault(openFails("/tmp/bsp/devId", EACCES));
     for (const Question &question : kQuestions) {
         int32_t out = kMark;
-        EXPECT_EQ(outcomeOf([&] { return question.get(1, &out); }),
-                  (Outcome{BSP_E_OPEN, question.name + std::string("-#: get devId failed\n")}));
+        EXPECT_EQ(answerOf([&] { return question.get(1, &out); }),
+                  (Answer{BSP_E_OPEN, question.name + std::string("-#: get devId failed\n")}));
         EXPECT_EQ(out, kMark);
     }
 }
@@ -123,25 +123,25 @@ TEST_F(PowerSupplyTest, OtherModelsCountInTheBoardsRecord) {
         for (const uint8_t count : Bytes{0, 1, 6}) {
             storeSupplies(count, {});
             int32_t out = kMark;
-            EXPECT_EQ(outcomeOf([&] { return bspPowerNumGet(&out); }), kSilentSuccess);
+            EXPECT_EQ(answerOf([&] { return bspPowerNumGet(&out); }), kSilentSuccess);
             EXPECT_EQ(out, count);
         }
         for (const uint8_t count : Bytes{7, 255}) {
             storeSupplies(count, {});
             int32_t out = kMark;
-            EXPECT_EQ(outcomeOf([&] { return bspPowerNumGet(&out); }),
-                      (Outcome{BSP_E_INVALID, "bspPowerNumGet-#: power num " +
-                                                  std::to_string(count) + " > max 6\n"}));
+            EXPECT_EQ(answerOf([&] { return bspPowerNumGet(&out); }),
+                      (Answer{BSP_E_INVALID, "bspPowerNumGet-#: power num " +
+                                                 std::to_string(count) + " > max 6\n"}));
             EXPECT_EQ(out, count) << "the bad count is shown beside the error";
         }
         devices().eeprom.bytes[256] = 'X';
         int32_t out = kMark;
-        EXPECT_EQ(outcomeOf([&] { return bspPowerNumGet(&out); }),
-                  (Outcome{BSP_E_NO_RECORD, "bspPowerNumGet-#: devinfo get failed\n"}));
-        EXPECT_EQ(outcomeOf([&] { return bspPowerTypeGet(1, &out); }),
-                  (Outcome{BSP_E_NO_RECORD, "bspPowerTypeGet-#: devinfo get failed\n"}));
-        EXPECT_EQ(outcomeOf([&] { return bspPowerStatusGet(1, &out); }),
-                  (Outcome{BSP_E_NO_RECORD, "bspPowerNumGet-#: devinfo get failed\n"}));
+        EXPECT_EQ(answerOf([&] { return bspPowerNumGet(&out); }),
+                  (Answer{BSP_E_NO_RECORD, "bspPowerNumGet-#: devinfo get failed\n"}));
+        EXPECT_EQ(answerOf([&] { return bspPowerTypeGet(1, &out); }),
+                  (Answer{BSP_E_NO_RECORD, "bspPowerTypeGet-#: devinfo get failed\n"}));
+        EXPECT_EQ(answerOf([&] { return bspPowerStatusGet(1, &out); }),
+                  (Answer{BSP_E_NO_RECORD, "bspPowerNumGet-#: devinfo get failed\n"}));
         EXPECT_EQ(out, kMark);
     }
 }
@@ -201,8 +201,8 @@ TEST_F(PowerSupplyTest, TypeOfAFixedSupplyIsALine) {
         for (const LinesCase &row : kCases) {
             setLines(row.lines);
             int32_t type = kMark;
-            EXPECT_EQ(outcomeOf([&] { return bspPowerTypeGet(row.index, &type); }),
-                      (Outcome{row.status, ""}))
+            EXPECT_EQ(answerOf([&] { return bspPowerTypeGet(row.index, &type); }),
+                      (Answer{row.status, ""}))
                 << row.index;
             EXPECT_EQ(type, row.value) << row.index;
         }
@@ -223,10 +223,10 @@ TEST_F(PowerSupplyTest, TypeOnOtherModelsIsInTheBoardsRecord) {
     for (const Case &row : kCases) {
         storeSupplies(row.count, {11, 12, 13, 14, 15, 16});
         int32_t type = kMark;
-        const Outcome refused = {BSP_E_INVALID, "bspPowerTypeGet-#: power index " +
-                                                    std::to_string(row.index) + " > powerNum " +
-                                                    std::to_string(row.count) + "\n"};
-        EXPECT_EQ(outcomeOf([&] { return bspPowerTypeGet(row.index, &type); }),
+        const Answer refused = {BSP_E_INVALID, "bspPowerTypeGet-#: power index " +
+                                                   std::to_string(row.index) + " > powerNum " +
+                                                   std::to_string(row.count) + "\n"};
+        EXPECT_EQ(answerOf([&] { return bspPowerTypeGet(row.index, &type); }),
                   row.type != 0 ? kSilentSuccess : refused);
         EXPECT_EQ(type, row.type != 0 ? row.type : kMark);
     }
@@ -362,8 +362,8 @@ TEST_F(PowerSupplyTest, PmbusReadRefusesABlockOfAnotherLength) {
     ScriptedSupply supply(1);
     supply.answers[0x99] = {{18, 1, 2, 3}};
     Bytes buffer(4, 0xEE);
-    EXPECT_EQ(outcomeOf([&] { return bsp_power_info_read(1, 0x99, 4, buffer.data()); }),
-              (Outcome{BSP_E_FAILED, "bsp_power_info_read-#: get data len error,4(0x12) \n"}));
+    EXPECT_EQ(answerOf([&] { return bsp_power_info_read(1, 0x99, 4, buffer.data()); }),
+              (Answer{BSP_E_FAILED, "bsp_power_info_read-#: get data len error,4(0x12) \n"}));
     EXPECT_EQ(buffer, Bytes(4, 0xEE));
     EXPECT_EQ(elapsed(), 0u);
 }
@@ -401,9 +401,9 @@ class LiveReadingsTest : public PowerSupplyTest {
         elapsed();
     }
 
-    Outcome read() {
+    Answer read() {
         std::memset(static_cast<void *>(&info), 0xA5, sizeof(info));
-        return outcomeOf([&] { return bspPowerInfoGet(2, &info); });
+        return answerOf([&] { return bspPowerInfoGet(2, &info); });
     }
     std::string fields() const {
         return listed({info.type, info.inputVoltage, info.inputCurrent, info.inputPower,
@@ -451,7 +451,7 @@ TEST_F(LiveReadingsTest, TryABusySupplyThreeTimes) {
         supply.answers[0x89] = row.answers;
         supply.commands.clear();
         elapsed();
-        EXPECT_EQ(read(), (Outcome{row.status, ""}));
+        EXPECT_EQ(read(), (Answer{row.status, ""}));
         EXPECT_EQ(info.inputVoltage, 230000) << "what was read before stays";
         EXPECT_EQ(info.inputCurrent, row.value);
         EXPECT_EQ(info.inputPower, row.status == BSP_OK ? 172000 : 0);
@@ -462,14 +462,12 @@ TEST_F(LiveReadingsTest, TryABusySupplyThreeTimes) {
 
 TEST_F(LiveReadingsTest, NeedTheType) {
     setLines(0x0002);
-    EXPECT_EQ(read(),
-              (Outcome{BSP_E_FAILED, "bspPowerInfoGet-#: get power type failed, ret=-1\n"}));
+    EXPECT_EQ(read(), (Answer{BSP_E_FAILED, "bspPowerInfoGet-#: get power type failed, ret=-1\n"}));
     EXPECT_EQ(fields(), "0 0 0 0 0 0 0 0 0 0 0");
     EXPECT_TRUE(supply.commands.empty());
     addFault(openFails("/tmp/bsp/devId", EACCES));
-    EXPECT_EQ(read(),
-              (Outcome{BSP_E_OPEN, "bspPowerTypeGet-#: get devId failed\n"
-                                   "bspPowerInfoGet-#: get power type failed, ret=1010\n"}));
+    EXPECT_EQ(read(), (Answer{BSP_E_OPEN, "bspPowerTypeGet-#: get devId failed\n"
+                                          "bspPowerInfoGet-#: get power type failed, ret=1010\n"}));
 }
 
 TEST_F(LiveReadingsTest, AreOfTwoFanModelsOnly) {
@@ -484,7 +482,7 @@ TEST_F(LiveReadingsTest, AreOfTwoFanModelsOnly) {
 }
 
 TEST_F(LiveReadingsTest, OfASupplyThatDoesNotExistFail) {
-    EXPECT_EQ(outcomeOf([&] { return bspPowerInfoGet(3, &info); }), (Outcome{BSP_E_FAILED, ""}));
+    EXPECT_EQ(answerOf([&] { return bspPowerInfoGet(3, &info); }), (Answer{BSP_E_FAILED, ""}));
     EXPECT_EQ(info.type, 2);
     EXPECT_EQ(elapsed(), 10000u);
 }

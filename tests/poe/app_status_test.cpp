@@ -1,7 +1,7 @@
 // The file that tells whether the controller's application is usable.
 
 #include "bsp.h"
-#include "tests/support/outcome.h"
+#include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 
 #include <sys/stat.h>
@@ -19,7 +19,7 @@ TEST_F(AppStatusTest, IsTheFirstByteOfItsFile) {
          {std::pair<std::string, uint32_t>{"", 0}, {"\x01", 1}, {"\x02\x01", 2}, {"\xFF", 255}}) {
         writeFile(kStatusFile, content);
         uint32_t status = kMark;
-        EXPECT_EQ(outcomeOf([&] { return bspPoeRtl8239AppStatusGet(&status); }), kSilentSuccess);
+        EXPECT_EQ(answerOf([&] { return bspPoeRtl8239AppStatusGet(&status); }), kSilentSuccess);
         EXPECT_EQ(status, expected);
         EXPECT_EQ(readFile(kStatusFile), content);
     }
@@ -51,11 +51,11 @@ TEST_F(AppStatusTest, OfAFileThatDoesNotOpenIsReportedByTheFunctionThatOpensIt) 
         return function + "-#: open /tmp/bsp/poeApp file filed, " + std::to_string(EROFS) + " \n";
     };
     uint32_t status = kMark;
-    EXPECT_EQ(outcomeOf([&] { return bspPoeRtl8239AppStatusGet(&status); }),
-              (Outcome{BSP_E_POE_OPEN, text("bspPoeRtl8239AppStatusGet")}));
+    EXPECT_EQ(answerOf([&] { return bspPoeRtl8239AppStatusGet(&status); }),
+              (Answer{BSP_E_POE_OPEN, text("bspPoeRtl8239AppStatusGet")}));
     EXPECT_EQ(status, kMark);
-    EXPECT_EQ(outcomeOf([] { return bspPoeRtl8239AppStatusSet(1); }),
-              (Outcome{BSP_E_POE_OPEN, text("bspPoeRtl8239AppStatusSet")}));
+    EXPECT_EQ(answerOf([] { return bspPoeRtl8239AppStatusSet(1); }),
+              (Answer{BSP_E_POE_OPEN, text("bspPoeRtl8239AppStatusSet")}));
 }
 
 TEST_F(AppStatusTest, NeedsAnOutputBeforeTheFileIsOpened) {

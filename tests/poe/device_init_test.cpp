@@ -2,7 +2,7 @@
 
 #include "bsp.h"
 #include "poe/rtl8239/transport.h"
-#include "tests/support/outcome.h"
+#include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 
 #include <cstdarg>
@@ -63,7 +63,7 @@ Lines initialisation(int ports) {
 
 class DeviceInitTest : public PoeTest {
   protected:
-    Outcome initialise() { return outcomeOf(bspPoeRtl8239DeviceInit); }
+    Answer initialise() { return answerOf(bspPoeRtl8239DeviceInit); }
 };
 
 TEST_F(DeviceInitTest, PortMapDescribesEveryPort) {
@@ -93,8 +93,8 @@ TEST_F(DeviceInitTest, PortMapNeedsAControllerThatIsThere) {
     }
     usePoeModel(0x0709);
     addFault(refuse(vb::FaultDevice::Cpld, vb::FaultOp::Read, 5));
-    EXPECT_EQ(outcomeOf([] { return bspPoeRtl8239PortMapGet() == nullptr ? 0 : 1; }),
-              (Outcome{0, "bspPoeOnlineGet-#: bspCpldGet error. ret=5 \n"}));
+    EXPECT_EQ(answerOf([] { return bspPoeRtl8239PortMapGet() == nullptr ? 0 : 1; }),
+              (Answer{0, "bspPoeOnlineGet-#: bspCpldGet error. ret=5 \n"}));
 }
 
 TEST_F(DeviceInitTest, SendsTheWholeSequence) {
@@ -139,7 +139,7 @@ TEST_F(DeviceInitTest, StopsWhenTheResetLineFails) {
         clearFaults();
         elapsed();
         addFault(refuse(vb::FaultDevice::Gpio, vb::FaultOp::Write, 9, nth));
-        EXPECT_EQ(initialise(), (Outcome{9, ""}));
+        EXPECT_EQ(initialise(), (Answer{9, ""}));
         EXPECT_TRUE(controller.exchanges().empty());
         EXPECT_EQ(elapsed(), 1000000u * (nth - 1));
     }
@@ -148,14 +148,14 @@ TEST_F(DeviceInitTest, StopsWhenTheResetLineFails) {
 TEST_F(DeviceInitTest, RefusesABoardWithoutAController) {
     unplugController();
     writeFile(kStatusFile, "\x01");
-    EXPECT_EQ(initialise(), (Outcome{BSP_E_POE_UNAVAILABLE, ""}));
+    EXPECT_EQ(initialise(), (Answer{BSP_E_POE_UNAVAILABLE, ""}));
     EXPECT_EQ(readFile(kStatusFile), "\x01") << "the map is asked for first";
     EXPECT_EQ(elapsed(), 0u);
 }
 
 TEST_F(DeviceInitTest, RefusesAControllerWhoseUpgradeFailed) {
     writeFile(kStatusFile, "\x02");
-    EXPECT_EQ(initialise(), (Outcome{BSP_E_POE_UNAVAILABLE, ""}));
+    EXPECT_EQ(initialise(), (Answer{BSP_E_POE_UNAVAILABLE, ""}));
     EXPECT_EQ(readFile(kStatusFile), "\x02");
     for (const std::string &line : trace())
         EXPECT_FALSE(line.starts_with("GPIO")) << line;
@@ -180,9 +180,9 @@ TEST_F(DeviceInitTest, ForgetsAnUpgradeThatWasInterrupted) {
 TEST_F(DeviceInitTest, StopsWhenTheApplicationStatusCannotBeRead) {
     addFault(openFails(kStatusFile, EACCES));
     EXPECT_EQ(initialise(),
-              (Outcome{BSP_E_POE_OPEN, "bspPoeRtl8239AppStatusGet-#: open /tmp/bsp/poeApp file "
-                                       "filed, " +
-                                           std::to_string(EACCES) + " \n"}));
+              (Answer{BSP_E_POE_OPEN, "bspPoeRtl8239AppStatusGet-#: open /tmp/bsp/poeApp file "
+                                      "filed, " +
+                                          std::to_string(EACCES) + " \n"}));
     EXPECT_EQ(elapsed(), 0u);
 }
 

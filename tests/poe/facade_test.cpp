@@ -1,7 +1,7 @@
 // The names that management software calls: each does what the function of its stem does.
 
 #include "bsp.h"
-#include "tests/support/outcome.h"
+#include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 
 #include <cstring>
@@ -10,7 +10,7 @@ namespace {
 
 /** Everything that a call can show: its status, what it prints, sends and stores. */
 struct Effect {
-    Outcome outcome;
+    Answer outcome;
     std::vector<std::string> requests;
     std::vector<std::string> trace;
     std::vector<uint8_t> output;
@@ -110,7 +110,7 @@ class FacadeTest : public PoeTest {
         Output out;
         std::memset(&out, 0xA5, sizeof(out));
         Effect effect;
-        effect.outcome = outcomeOf([&] { return call(out); });
+        effect.outcome = answerOf([&] { return call(out); });
         effect.requests = controller.requests();
         effect.trace = trace();
         effect.output.assign(out.bytes, out.bytes + sizeof(out));

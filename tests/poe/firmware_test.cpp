@@ -3,8 +3,8 @@
 #include "poe/rtl8239/firmware.h"
 
 #include "bsp.h"
+#include "tests/support/answer.h"
 #include "tests/support/library_faults.h"
-#include "tests/support/outcome.h"
 #include "tests/support/scripted_controller.h"
 
 #include <algorithm>
@@ -35,8 +35,8 @@ Bytes blockOf(const std::string &image, size_t position) {
     return block;
 }
 
-Outcome download(const std::string &image) {
-    return outcomeOf([&] {
+Answer download(const std::string &image) {
+    return answerOf([&] {
         return rtl8239CmdFirmwareDownload(reinterpret_cast<const uint8_t *>(image.data()),
                                           static_cast<int32_t>(image.size()));
     });
@@ -44,10 +44,10 @@ Outcome download(const std::string &image) {
 
 class FirmwareTest : public PoeTest {
   protected:
-    Outcome upgrade(size_t size) {
+    Answer upgrade(size_t size) {
         image = imageOf(size);
         writeFile(kImageFile, image);
-        return outcomeOf([] { return bspPoeRtl8239McuUpgrade(kImageFile); });
+        return answerOf([] { return bspPoeRtl8239McuUpgrade(kImageFile); });
     }
 
     /** Nothing reached the controller, no time went by, and no status was left. */
@@ -114,7 +114,7 @@ TEST_F(FirmwareTest, HoldsTheLockFromTheJumpToTheEnd) {
 
 TEST_F(FirmwareTest, TakesASilentControllerToBeInItsLoader) {
     controller.answer({"", Spoil::Read});
-    EXPECT_EQ(upgrade(51200), (Outcome{BSP_OK, silenceText("41")}));
+    EXPECT_EQ(upgrade(51200), (Answer{BSP_OK, silenceText("41")}));
     const std::vector<Exchange> seen = controller.exchanges();
     EXPECT_EQ(seen.size(), 1u + 1600 + 1);
     EXPECT_EQ(seen.at(1).request, blockOf(image, 0));
@@ -125,8 +125,8 @@ TEST_F(FirmwareTest, IgnoresTheResultsOfTheJumps) {
     controller.answer({"07"}, 1);
     controller.answer({"", Spoil::Read}, 2 + 1600);
     EXPECT_EQ(upgrade(51200),
-              (Outcome{BSP_OK, "ERROR: rtl8239CmdJumpToLoader(#): response status check failed."
-                               "\n"}));
+              (Answer{BSP_OK, "ERROR: rtl8239CmdJumpToLoader(#): response status check failed."
+                              "\n"}));
     EXPECT_EQ(controller.exchanges().size(), 1603u);
     EXPECT_EQ(readFile(kStatusFile), "\x01");
 }
@@ -136,7 +136,7 @@ TEST_F(FirmwareTest, MarksTheStartBeforeTheFirstBlock) {
     controller.answer({"", Spoil::Read}, 1); // the jump to the loader
     controller.answer({"", Spoil::Read}, 2); // the first block
     EXPECT_EQ(upgrade(51200),
-              (Outcome{BSP_E_POE_READ, "firmware download failed, bank 0, image offset 0.\n"}));
+              (Answer{BSP_E_POE_READ, "firmware download failed, bank 0, image offset 0.\n"}));
     Lines steps;
     for (const std::string &line : trace()) {
         if (line.find("poeApp") != std::string::npos || line.ends_with("000000 us"))
@@ -162,8 +162,8 @@ TEST_F(FirmwareTest, StopsAtABlockThatIsNotAnswered) {
         controller.answer({"", row.spoil}, 2 + 65536 / 32 + 1);
         EXPECT_EQ(
             upgrade(131072),
-            (Outcome{row.status, row.before + std::string("firmware download failed, bank 1, image "
-                                                          "offset 65568.\n")}));
+            (Answer{row.status, row.before + std::string("firmware download failed, bank 1, image "
+                                                         "offset 65568.\n")}));
         EXPECT_EQ(controller.exchanges().size(), 2u + 2048 + 2) << "no jump to the application";
         EXPECT_EQ(readFile(kStatusFile), "\x02");
     }
@@ -173,12 +173,12 @@ TEST_F(FirmwareTest, StopsAtABlockThatIsNotAnswered) {
 
 TEST_F(FirmwareTest, StopsAtABlockThatIsEchoedWrongly) {
     // Position 32 is echoed with each of its four bytes wrong in turn.
-    const Answer answers[] = {
+    const ScriptedReply answers[] = {
         {"", Spoil::CommandEcho}, {"", Spoil::SecondByteEcho}, {"01 20"}, {"00 21"}};
-    for (const Answer &answer : answers) {
+    for (const ScriptedReply &answer : answers) {
         controller.answer(answer, 3);
-        EXPECT_EQ(upgrade(51200), (Outcome{BSP_E_POE_STATUS, "response status check failed, bank "
-                                                             "0, image offset 32.\n"}));
+        EXPECT_EQ(upgrade(51200), (Answer{BSP_E_POE_STATUS, "response status check failed, bank "
+                                                            "0, image offset 32.\n"}));
         EXPECT_EQ(controller.exchanges().size(), 4u);
         EXPECT_EQ(readFile(kStatusFile), "\x02");
     }
@@ -193,51 +193,51 @@ TEST_F(FirmwareTest, RepeatsTheReadOfABlockNotTheBlock) {
 TEST_F(FirmwareTest, RefusesOtherSizes) {
     for (const size_t size : {0u, 51196u, 51199u, 51201u, 51202u, 196609u, 196612u, 262144u}) {
         EXPECT_EQ(upgrade(size),
-                  (Outcome{BSP_E_POE_INVALID, "The firmware file's size is error...\r\n"}))
+                  (Answer{BSP_E_POE_INVALID, "The firmware file's size is error...\r\n"}))
             << size;
     }
     expectNothingDone();
 }
 
 TEST_F(FirmwareTest, NeedsAFile) {
-    EXPECT_EQ(outcomeOf([] { return bspPoeRtl8239McuUpgrade(nullptr); }),
-              (Outcome{BSP_E_POE_NULL, ""}));
-    EXPECT_EQ(outcomeOf([] { return bspPoeRtl8239McuUpgrade(kImageFile); }),
-              (Outcome{BSP_E_POE_INVALID, ""}));
+    EXPECT_EQ(answerOf([] { return bspPoeRtl8239McuUpgrade(nullptr); }),
+              (Answer{BSP_E_POE_NULL, ""}));
+    EXPECT_EQ(answerOf([] { return bspPoeRtl8239McuUpgrade(kImageFile); }),
+              (Answer{BSP_E_POE_INVALID, ""}));
     expectNothingDone();
 }
 
 TEST_F(FirmwareTest, NeedsMemoryForTheWholeImage) {
     addFault(openFails(kImageFile, EACCES)); // the memory comes first
     libraryFaults.refusedAllocation = 0x40000;
-    EXPECT_EQ(upgrade(51200), (Outcome{BSP_E_POE_NO_MEMORY, ""}));
+    EXPECT_EQ(upgrade(51200), (Answer{BSP_E_POE_NO_MEMORY, ""}));
     expectNothingDone();
 }
 
 TEST_F(FirmwareTest, NeedsAFileThatOpens) {
     addFault(openFails(kImageFile, EACCES));
-    EXPECT_EQ(upgrade(51200), (Outcome{BSP_E_POE_OPEN, ""}));
+    EXPECT_EQ(upgrade(51200), (Answer{BSP_E_POE_OPEN, ""}));
     expectNothingDone();
 }
 
 TEST_F(FirmwareTest, NeedsAFileThatReadsWhole) {
     libraryFaults.lostBytes = 3;
     EXPECT_EQ(upgrade(51200),
-              (Outcome{BSP_E_POE_SHORT_READ, "Reading firmware filesize 51197 failed...\r\n"}));
+              (Answer{BSP_E_POE_SHORT_READ, "Reading firmware filesize 51197 failed...\r\n"}));
     expectNothingDone();
 }
 
 TEST_F(FirmwareTest, NeedsTheLockAfterTheProbe) {
     libraryFaults.flockFails = true;
     EXPECT_EQ(upgrade(51200),
-              (Outcome{BSP_E_POE_LOCK, "rtl8239CmdMessageSafe-# \r\n"
-                                       "bspPoeRtl8239McuUpgrade-#: Get lock error \r\n"}));
+              (Answer{BSP_E_POE_LOCK, "rtl8239CmdMessageSafe-# \r\n"
+                                      "bspPoeRtl8239McuUpgrade-#: Get lock error \r\n"}));
     expectNothingDone();
 }
 
 TEST_F(FirmwareTest, GoesOnWithoutALockFile) {
     addFault(openFails(kLockFile, EACCES));
-    Outcome outcome;
+    Answer outcome;
     complainedBy([&] { outcome = upgrade(51200); });
     EXPECT_EQ(outcome, kSilentSuccess);
     EXPECT_EQ(controller.exchanges().size(), 1603u);
@@ -252,12 +252,12 @@ TEST_F(FirmwareTest, DoesNotLookAtTheResultOfWritingTheStatus) {
 TEST_F(FirmwareTest, JumpsCheckTheAnswer) {
     struct Case {
         int32_t (*jump)();
-        Answer answer;
-        Outcome outcome;
+        ScriptedReply answer;
+        Answer outcome;
     };
     const auto bad = [](const std::string &function) {
-        return Outcome{BSP_E_POE_STATUS,
-                       "ERROR: " + function + "(#): response status check failed.\n"};
+        return Answer{BSP_E_POE_STATUS,
+                      "ERROR: " + function + "(#): response status check failed.\n"};
     };
     const Case cases[] = {
         {rtl8239CmdJumpToLoader, {"00 09 09"}, kSilentSuccess},
@@ -274,7 +274,7 @@ TEST_F(FirmwareTest, JumpsCheckTheAnswer) {
     };
     for (const Case &row : cases) {
         controller.answer(row.answer);
-        EXPECT_EQ(outcomeOf(row.jump), row.outcome) << &row - cases;
+        EXPECT_EQ(answerOf(row.jump), row.outcome) << &row - cases;
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include "bsp.h"
 #include "poe/rtl8239/commands.h"
-#include "tests/support/outcome.h"
+#include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 
 namespace {
@@ -166,14 +166,14 @@ using GlobalSettingsTest = PoeTest;
 
 TEST_F(GlobalSettingsTest, SendOneFrame) {
     for (const Sent &row : kSent) {
-        EXPECT_EQ(outcomeOf(row.call), kSilentSuccess) << row.request;
+        EXPECT_EQ(answerOf(row.call), kSilentSuccess) << row.request;
         EXPECT_EQ(controller.requests(), (Lines{withoutUnused(row.request)}));
     }
 }
 
 TEST_F(GlobalSettingsTest, RefuseWhatIsOutOfRangeBeforeAnythingIsSent) {
     for (const Call &call : kInvalid)
-        EXPECT_EQ(outcomeOf(call), (Outcome{BSP_E_POE_INVALID, ""})) << &call - kInvalid;
+        EXPECT_EQ(answerOf(call), (Answer{BSP_E_POE_INVALID, ""})) << &call - kInvalid;
     EXPECT_EQ(rtl8239CmdDebugChipRegSet(nullptr), BSP_E_POE_NULL);
     EXPECT_TRUE(controller.exchanges().empty());
 }
@@ -182,9 +182,9 @@ TEST_F(GlobalSettingsTest, ReportARefusalOfTheController) {
     for (const Checked &row : kChecked) {
         for (const char *refusal : row.refusals) {
             controller.answer({refusal});
-            EXPECT_EQ(outcomeOf(row.call),
-                      (Outcome{BSP_E_POE_STATUS, std::string("ERROR: ") + row.function +
-                                                     "(#): response status check failed.\n"}))
+            EXPECT_EQ(answerOf(row.call),
+                      (Answer{BSP_E_POE_STATUS, std::string("ERROR: ") + row.function +
+                                                    "(#): response status check failed.\n"}))
                 << refusal;
         }
     }
@@ -193,7 +193,7 @@ TEST_F(GlobalSettingsTest, ReportARefusalOfTheController) {
 TEST_F(GlobalSettingsTest, LookAtTheirStatusBytesOnly) {
     for (const Checked &row : kChecked) {
         controller.answer({row.accepted});
-        EXPECT_EQ(outcomeOf(row.call), kSilentSuccess) << row.function;
+        EXPECT_EQ(answerOf(row.call), kSilentSuccess) << row.function;
     }
 }
 
@@ -201,12 +201,12 @@ TEST_F(GlobalSettingsTest, PassOnAFailedExchange) {
     controller.answerAlways({"", Spoil::Read});
     for (const Checked &row : kChecked) {
         const std::string code = row.code;
-        EXPECT_EQ(outcomeOf(row.call),
-                  (Outcome{BSP_E_POE_READ, code.empty() ? "" : silenceText(code)}))
+        EXPECT_EQ(answerOf(row.call),
+                  (Answer{BSP_E_POE_READ, code.empty() ? "" : silenceText(code)}))
             << row.function;
     }
     const auto map = [] { return rtl8239CmdPortPairMappingSet(0, 1, 0, 0, 1, 0x20); };
-    EXPECT_EQ(outcomeOf(map), (Outcome{BSP_E_POE_READ, silenceText("6")}));
+    EXPECT_EQ(answerOf(map), (Answer{BSP_E_POE_READ, silenceText("6")}));
 }
 
 TEST_F(GlobalSettingsTest, MappingChecksEachFieldThatWasSent) {
@@ -231,13 +231,13 @@ TEST_F(GlobalSettingsTest, MappingChecksEachFieldThatWasSent) {
     };
     for (const Case &row : kCases) {
         controller.answer({row.reply});
-        const Outcome expected =
+        const Answer expected =
             row.text == nullptr
                 ? kSilentSuccess
-                : Outcome{BSP_E_POE_STATUS, "ERROR: rtl8239CmdPortPairMappingSet(#): response "
-                                            "status check failed, " +
-                                                std::string(row.text) + ".\n"};
-        EXPECT_EQ(outcomeOf([&] {
+                : Answer{BSP_E_POE_STATUS, "ERROR: rtl8239CmdPortPairMappingSet(#): response "
+                                           "status check failed, " +
+                                               std::string(row.text) + ".\n"};
+        EXPECT_EQ(answerOf([&] {
                       return rtl8239CmdPortPairMappingSet(5, 1, 0, 0, row.secondaryChannel,
                                                           row.chipAddress);
                   }),

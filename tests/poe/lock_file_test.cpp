@@ -2,8 +2,8 @@
 
 #include "bsp.h"
 #include "poe/rtl8239/transport.h"
+#include "tests/support/answer.h"
 #include "tests/support/library_faults.h"
-#include "tests/support/outcome.h"
 #include "tests/support/scripted_controller.h"
 
 #include <fcntl.h>

@@ -2,7 +2,7 @@
 
 #include "bsp.h"
 #include "poe/rtl8239/transport.h"
-#include "tests/support/outcome.h"
+#include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 
 namespace {
@@ -59,8 +59,8 @@ using OperationsTest = PoeTest;
 TEST_F(OperationsTest, PortSettingsTranslateTheirValue) {
     for (const PortSetting &row : kPortSettings) {
         SCOPED_TRACE(row.name + std::string(" ") + std::to_string(row.value));
-        EXPECT_EQ(outcomeOf([&] { return row.set(5, row.value); }),
-                  (Outcome{row.requests.empty() ? BSP_E_POE_INVALID : BSP_OK, ""}));
+        EXPECT_EQ(answerOf([&] { return row.set(5, row.value); }),
+                  (Answer{row.requests.empty() ? BSP_E_POE_INVALID : BSP_OK, ""}));
         EXPECT_EQ(controller.requests(), row.requests);
     }
 }
@@ -77,7 +77,7 @@ TEST_F(OperationsTest, PortSettingsStopAtTheFirstFailure) {
     for (const PortSetting &row : kPortSettings) {
         for (size_t step = 0; step < row.requests.size(); ++step) {
             controller.answer({"05 01"}, step);
-            EXPECT_EQ(outcomeOf([&] { return row.set(5, row.value); }).status, BSP_E_POE_STATUS);
+            EXPECT_EQ(answerOf([&] { return row.set(5, row.value); }).status, BSP_E_POE_STATUS);
             EXPECT_EQ(controller.exchanges().size(), step + 1) << row.name;
         }
     }
@@ -113,8 +113,8 @@ TEST_F(OperationsTest, PowerIsSwitchedByTheMethodOfThePortsMode) {
     for (const Case &row : cases) {
         SCOPED_TRACE(std::to_string(row.on) + " with " + row.config);
         controller.answer({row.config});
-        EXPECT_EQ(outcomeOf([&] { return bspPoeRtl8239PortPowerOnSet(row.port, row.on); }),
-                  (Outcome{row.status, ""}));
+        EXPECT_EQ(answerOf([&] { return bspPoeRtl8239PortPowerOnSet(row.port, row.on); }),
+                  (Answer{row.status, ""}));
         Lines expected = row.requests;
         expected.insert(expected.begin(), "48: 05");
         EXPECT_EQ(controller.requests(), expected);
@@ -126,9 +126,9 @@ TEST_F(OperationsTest, PowerIsSwitchedByTheMethodOfThePortsMode) {
 TEST_F(OperationsTest, PowerOffStopsWhenThePortStaysEnabled) {
     controller.answer({"05 01 01"});
     controller.answer({"05 07"}, 1);
-    EXPECT_EQ(outcomeOf([] { return bspPoeRtl8239PortPowerOnSet(5, 2); }),
-              (Outcome{BSP_E_POE_STATUS, "ERROR: rtl8239CmdPortEnableSet(#): port 5 response "
-                                         "status check failed.\n"}));
+    EXPECT_EQ(answerOf([] { return bspPoeRtl8239PortPowerOnSet(5, 2); }),
+              (Answer{BSP_E_POE_STATUS, "ERROR: rtl8239CmdPortEnableSet(#): port 5 response "
+                                        "status check failed.\n"}));
     EXPECT_EQ(controller.requests(), (Lines{"48: 05", "01: 05 00"}));
 }
 
@@ -182,7 +182,7 @@ TEST_F(OperationsTest, PortReadingsTranslateTheAnswer) {
         SCOPED_TRACE(row.name + std::string(" from ") + row.reply);
         uint32_t value = kMark;
         controller.answer({row.reply});
-        EXPECT_EQ(outcomeOf([&] { return row.get(5, &value); }), kSilentSuccess);
+        EXPECT_EQ(answerOf([&] { return row.get(5, &value); }), kSilentSuccess);
         EXPECT_EQ(value, row.value);
         EXPECT_EQ(controller.requests(), (Lines{row.request}));
     }
@@ -208,8 +208,8 @@ TEST_F(OperationsTest, AModeThatIsNoneIsRefused) {
     for (const char *reply : {"05 01 03", "05 01 05", "05 01 FF"}) {
         uint32_t mode = kMark;
         controller.answer({reply});
-        EXPECT_EQ(outcomeOf([&] { return bspPoeRtl8239PortModeGet(5, &mode); }),
-                  (Outcome{BSP_E_POE_CONTENT, ""}));
+        EXPECT_EQ(answerOf([&] { return bspPoeRtl8239PortModeGet(5, &mode); }),
+                  (Answer{BSP_E_POE_CONTENT, ""}));
         EXPECT_EQ(mode, kMark);
     }
 }
@@ -246,7 +246,7 @@ TEST_F(OperationsTest, GlobalReadingsThatFailLeaveTheOutputAlone) {
     for (const Output get : {bspPoeRtl8239GlobalMaxPowerGet, bspPoeRtl8239GlobalPowerGet}) {
         uint32_t power = kMark;
         controller.answer({"", Spoil::Read});
-        EXPECT_EQ(outcomeOf([&] { return get(&power); }).status, BSP_E_POE_READ);
+        EXPECT_EQ(answerOf([&] { return get(&power); }).status, BSP_E_POE_READ);
         EXPECT_EQ(power, kMark);
         controller.exchanges();
         EXPECT_EQ(get(nullptr), BSP_E_POE_NULL);
@@ -270,8 +270,8 @@ TEST_F(OperationsTest, InitialisationShowsInBytes4And5) {
 TEST_F(OperationsTest, AControllerThatDoesNotAnswerLeavesTheInitialisationOpen) {
     uint32_t isInitialised = kMark;
     controller.answer({"", Spoil::Read});
-    EXPECT_EQ(outcomeOf([&] { return bspPoeRtl8239InitStatusGet(&isInitialised); }),
-              (Outcome{BSP_OK, silenceText("41")}));
+    EXPECT_EQ(answerOf([&] { return bspPoeRtl8239InitStatusGet(&isInitialised); }),
+              (Answer{BSP_OK, silenceText("41")}));
     EXPECT_EQ(isInitialised, kMark);
 }
 
@@ -292,7 +292,7 @@ TEST_F(OperationsTest, VersionIsFourNibbles) {
     }
     char text[16] = "before";
     controller.answer({"", Spoil::Read});
-    EXPECT_EQ(outcomeOf([&] { return bspPoeRtl8239AppVersionGet(text); }).status, BSP_E_POE_READ);
+    EXPECT_EQ(answerOf([&] { return bspPoeRtl8239AppVersionGet(text); }).status, BSP_E_POE_READ);
     EXPECT_STREQ(text, "before");
     controller.exchanges();
     EXPECT_EQ(bspPoeRtl8239AppVersionGet(nullptr), BSP_E_POE_NULL);

@@ -2,7 +2,7 @@
 
 #include "bsp.h"
 #include "poe/rtl8239/commands.h"
-#include "tests/support/outcome.h"
+#include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 
 namespace {
@@ -137,7 +137,7 @@ TEST_F(PortSettingsTest, SendEachAcceptedValue) {
         for (const Accepted &row : setting.accepted) {
             SCOPED_TRACE(setting.function + std::string(" ") + std::to_string(row.value));
             EXPECT_EQ(
-                outcomeOf([&] { return setting.set(45, 46, static_cast<int32_t>(row.value)); }),
+                answerOf([&] { return setting.set(45, 46, static_cast<int32_t>(row.value)); }),
                 kSilentSuccess);
             EXPECT_EQ(controller.requests(),
                       (Lines{withoutUnused(std::string(setting.command) + ": 2D " + row.sent +
@@ -149,8 +149,8 @@ TEST_F(PortSettingsTest, SendEachAcceptedValue) {
 TEST_F(PortSettingsTest, RefuseEveryOtherValueBeforeAnythingIsSent) {
     for (const Setting &setting : kSettings) {
         for (const int64_t value : setting.refused)
-            EXPECT_EQ(outcomeOf([&] { return setting.set(0, 0, static_cast<int32_t>(value)); }),
-                      (Outcome{BSP_E_POE_INVALID, ""}))
+            EXPECT_EQ(answerOf([&] { return setting.set(0, 0, static_cast<int32_t>(value)); }),
+                      (Answer{BSP_E_POE_INVALID, ""}))
                 << setting.function << " " << value;
     }
     EXPECT_TRUE(controller.exchanges().empty());
@@ -199,17 +199,17 @@ TEST_F(PortSettingsTest, StopAtTheFirstFrameThatIsNotAnswered) {
         char code[8];
         std::snprintf(code, sizeof(code), "%x", bytesOf(setting.command)[0]);
         controller.answer({"", Spoil::Read}, 1);
-        EXPECT_EQ(outcomeOf([&] { return set(setting, 2, 11); }),
-                  (Outcome{BSP_E_POE_READ,
-                           silenceText(code) + line(setting, std::string("set port 6-9 ") +
-                                                                 setting.text + " failed.")}));
+        EXPECT_EQ(answerOf([&] { return set(setting, 2, 11); }),
+                  (Answer{BSP_E_POE_READ,
+                          silenceText(code) + line(setting, std::string("set port 6-9 ") +
+                                                                setting.text + " failed.")}));
         EXPECT_EQ(controller.exchanges().size(), 2u);
 
         controller.answer({"", Spoil::Read}, 2);
-        EXPECT_EQ(outcomeOf([&] { return set(setting, 2, 11); }),
-                  (Outcome{BSP_E_POE_READ,
-                           silenceText(code) + line(setting, std::string("set port 10-11 ") +
-                                                                 setting.text + " failed.")}));
+        EXPECT_EQ(answerOf([&] { return set(setting, 2, 11); }),
+                  (Answer{BSP_E_POE_READ,
+                          silenceText(code) + line(setting, std::string("set port 10-11 ") +
+                                                                setting.text + " failed.")}));
         EXPECT_EQ(controller.exchanges().size(), 3u);
     }
 }
@@ -229,9 +229,9 @@ TEST_F(PortSettingsTest, StopAtTheFirstPairThatIsNotAccepted) {
             SCOPED_TRACE(setting.function + std::string(" ") + refusal.reply);
             controller.answer({refusal.reply}, 1);
             EXPECT_EQ(
-                outcomeOf([&] { return set(setting, 0, 11); }),
-                (Outcome{BSP_E_POE_STATUS, line(setting, "port " + std::to_string(refusal.port) +
-                                                             " response status check failed.")}));
+                answerOf([&] { return set(setting, 0, 11); }),
+                (Answer{BSP_E_POE_STATUS, line(setting, "port " + std::to_string(refusal.port) +
+                                                            " response status check failed.")}));
             EXPECT_EQ(controller.exchanges().size(), 2u);
         }
     }
@@ -240,8 +240,7 @@ TEST_F(PortSettingsTest, StopAtTheFirstPairThatIsNotAccepted) {
 TEST_F(PortSettingsTest, LookAtThePairsTheySentOnly) {
     for (const Setting &setting : kSettings) {
         controller.answer({"04 00 09 09 09 09 09 09 09"});
-        EXPECT_EQ(outcomeOf([&] { return set(setting, 4, 4); }), kSilentSuccess)
-            << setting.function;
+        EXPECT_EQ(answerOf([&] { return set(setting, 4, 4); }), kSilentSuccess) << setting.function;
     }
 }
 

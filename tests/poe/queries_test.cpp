@@ -2,7 +2,7 @@
 
 #include "bsp.h"
 #include "poe/rtl8239/commands.h"
-#include "tests/support/outcome.h"
+#include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 
 #include <algorithm>
@@ -210,11 +210,11 @@ TEST_F(QueriesTest, LeaveTheOutputAloneWhenTheExchangeFails) {
         SCOPED_TRACE(row.request);
         controller.answer({row.reply, Spoil::Read});
         Asked asked{};
-        EXPECT_EQ(outcomeOf([&] {
+        EXPECT_EQ(answerOf([&] {
                       asked = row.ask();
                       return asked.status;
                   }),
-                  (Outcome{BSP_E_POE_READ, silenceText(row.code)}));
+                  (Answer{BSP_E_POE_READ, silenceText(row.code)}));
         EXPECT_TRUE(asked.isUntouched);
     }
 }
@@ -227,11 +227,11 @@ TEST_F(QueriesTest, AboutAPortRefuseTheAnswerOfAnother) {
         SCOPED_TRACE(row.request);
         controller.answer({"04"});
         Asked asked{};
-        EXPECT_EQ(outcomeOf([&] {
+        EXPECT_EQ(answerOf([&] {
                       asked = row.ask();
                       return asked.status;
                   }),
-                  (Outcome{BSP_E_POE_CONTENT, ""}));
+                  (Answer{BSP_E_POE_CONTENT, ""}));
         EXPECT_TRUE(asked.isUntouched);
     }
 }
@@ -295,7 +295,7 @@ TEST_F(QueriesTest, TwelveBytesComeInTwoExchanges) {
 
 TEST_F(QueriesTest, TwelveBytesComeWholeOrNotAtAll) {
     struct Case {
-        Answer answer;
+        ScriptedReply answer;
         size_t later;
         int32_t status;
     };
@@ -330,9 +330,9 @@ constexpr PortsQuery kPortsQueries[] = {
 
 class PortsQueriesTest : public PoeTest {
   protected:
-    Outcome get(const PortsQuery &query, int32_t firstPort, int32_t lastPort) {
+    Answer get(const PortsQuery &query, int32_t firstPort, int32_t lastPort) {
         values.assign(50, 0xA5);
-        return outcomeOf([&] { return query.get(firstPort, lastPort, values.data()); });
+        return answerOf([&] { return query.get(firstPort, lastPort, values.data()); });
     }
     bool isUntouched() const { return values == std::vector<uint8_t>(50, 0xA5); }
 
@@ -364,7 +364,7 @@ TEST_F(PortsQueriesTest, OfAllPortsTakeTwelveFrames) {
 
 TEST_F(PortsQueriesTest, CheckPortsAndOutput) {
     for (const PortsQuery &query : kPortsQueries) {
-        const Outcome invalid = {BSP_E_POE_INVALID, ""};
+        const Answer invalid = {BSP_E_POE_INVALID, ""};
         EXPECT_EQ(get(query, -1, 0), invalid);
         EXPECT_EQ(get(query, 1, 0), invalid);
         EXPECT_EQ(get(query, 0, 48), invalid);
@@ -377,8 +377,8 @@ TEST_F(PortsQueriesTest, StopAtTheFirstFrameThatIsNotAnswered) {
     for (const PortsQuery &query : kPortsQueries) {
         controller.answer({"", Spoil::Read}, 1);
         EXPECT_EQ(get(query, 0, 11),
-                  (Outcome{BSP_E_POE_READ, silenceText(query.code) + "ERROR: " + query.function +
-                                               "(#): get port 4-7 " + query.text + " failed.\n"}));
+                  (Answer{BSP_E_POE_READ, silenceText(query.code) + "ERROR: " + query.function +
+                                              "(#): get port 4-7 " + query.text + " failed.\n"}));
         EXPECT_TRUE(isUntouched());
         EXPECT_EQ(controller.exchanges().size(), 2u);
     }
@@ -388,8 +388,8 @@ TEST_F(PortsQueriesTest, StopAtTheFirstPortThatIsNotAnswered) {
     for (const PortsQuery &query : kPortsQueries) {
         controller.answer({"04 00 05 00 05 00 07 00"}, 1);
         EXPECT_EQ(get(query, 0, 11),
-                  (Outcome{BSP_E_POE_CONTENT, std::string("ERROR: ") + query.function +
-                                                  "(#): port 6 response status check failed.\n"}));
+                  (Answer{BSP_E_POE_CONTENT, std::string("ERROR: ") + query.function +
+                                                 "(#): port 6 response status check failed.\n"}));
         EXPECT_TRUE(isUntouched());
         EXPECT_EQ(controller.exchanges().size(), 2u);
 

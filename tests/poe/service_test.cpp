@@ -1,7 +1,7 @@
 // The chip-independent face of PoE: choice of the driver, operations, conversions.
 
 #include "bsp.h"
-#include "tests/support/outcome.h"
+#include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 
 #include <cstring>
@@ -15,8 +15,8 @@ constexpr uint32_t kPort = 6; // the driver's 5
 
 class ServiceTest : public PoeTest {
   protected:
-    Outcome operate(const uint32_t *port, uint32_t operation, void *argument) {
-        return outcomeOf([&] { return bspPoeOptDriver(port, operation, argument); });
+    Answer operate(const uint32_t *port, uint32_t operation, void *argument) {
+        return answerOf([&] { return bspPoeOptDriver(port, operation, argument); });
     }
 };
 
@@ -41,8 +41,8 @@ TEST_F(ServiceTest, DriverIsChosenAnewAtEveryCall) {
 
 TEST_F(ServiceTest, WithoutAReadableIdOrPresenceThereIsNoDriver) {
     addFault(refuse(vb::FaultDevice::Cpld, vb::FaultOp::Read, 5));
-    EXPECT_EQ(outcomeOf([] { return bspPoeDriverGet() == nullptr ? 0 : 1; }),
-              (Outcome{0, "bspPoeOnlineGet-#: bspCpldGet error. ret=5 \n"}));
+    EXPECT_EQ(answerOf([] { return bspPoeDriverGet() == nullptr ? 0 : 1; }),
+              (Answer{0, "bspPoeOnlineGet-#: bspCpldGet error. ret=5 \n"}));
     clearFaults();
     addFault(openFails("/tmp/bsp/devId", EACCES));
     EXPECT_EQ(bspPoeDriverGet(), nullptr);
@@ -127,7 +127,7 @@ TEST_F(ServiceTest, SettingsReachTheirSlotByNumber) {
         SCOPED_TRACE(row.operation);
         uint32_t value = row.value;
         EXPECT_EQ(operate(row.hasPort ? &kPort : nullptr, row.operation, &value),
-                  (Outcome{row.status, ""}));
+                  (Answer{row.status, ""}));
         EXPECT_EQ(controller.requests(), row.requests);
         EXPECT_EQ(value, row.value);
     }
@@ -135,7 +135,7 @@ TEST_F(ServiceTest, SettingsReachTheirSlotByNumber) {
 
 TEST_F(ServiceTest, SettingsNeedAValue) {
     for (const uint32_t operation : {1u, 2u, 4u, 5u, 8u, 9u, 10u, 11u, 12u, 13u})
-        EXPECT_EQ(operate(&kPort, operation, nullptr), (Outcome{BSP_E_POE_NULL, ""})) << operation;
+        EXPECT_EQ(operate(&kPort, operation, nullptr), (Answer{BSP_E_POE_NULL, ""})) << operation;
     EXPECT_TRUE(controller.exchanges().empty());
 }
 
@@ -180,7 +180,7 @@ TEST_F(ServiceTest, ReadingsReachTheirSlotByNumber) {
         EXPECT_EQ(operate(port, row.operation, &value), kSilentSuccess);
         EXPECT_EQ(value, row.value);
         EXPECT_EQ(controller.requests(), (Lines{row.request}));
-        EXPECT_EQ(operate(port, row.operation, nullptr), (Outcome{BSP_E_POE_NULL, ""}));
+        EXPECT_EQ(operate(port, row.operation, nullptr), (Answer{BSP_E_POE_NULL, ""}));
     }
 }
 
@@ -189,7 +189,7 @@ TEST_F(ServiceTest, ReadingsAreServed) {
         SCOPED_TRACE(row.operation);
         uint32_t value = kMark;
         controller.answer({row.reply});
-        EXPECT_EQ(outcomeOf([&] { return row.get(kPort, &value); }), kSilentSuccess);
+        EXPECT_EQ(answerOf([&] { return row.get(kPort, &value); }), kSilentSuccess);
         EXPECT_EQ(value, row.served);
         EXPECT_EQ(controller.requests(), (Lines{row.request}));
         EXPECT_EQ(row.get(kPort, nullptr), BSP_E_POE_NULL);
@@ -204,11 +204,11 @@ TEST_F(ServiceTest, FirmwareOperationsReachTheirSlotByNumber) {
     EXPECT_EQ(status, 2u);
 
     char missing[] = "/tmp/bsp/no-such-image";
-    EXPECT_EQ(operate(nullptr, 27, nullptr), (Outcome{BSP_E_POE_NULL, ""}));
-    EXPECT_EQ(operate(nullptr, 27, missing), (Outcome{BSP_E_POE_INVALID, ""}));
+    EXPECT_EQ(operate(nullptr, 27, nullptr), (Answer{BSP_E_POE_NULL, ""}));
+    EXPECT_EQ(operate(nullptr, 27, missing), (Answer{BSP_E_POE_INVALID, ""}));
     writeFile(missing, "short");
     EXPECT_EQ(operate(nullptr, 27, missing),
-              (Outcome{BSP_E_POE_INVALID, "The firmware file's size is error...\r\n"}));
+              (Answer{BSP_E_POE_INVALID, "The firmware file's size is error...\r\n"}));
 
     char text[16] = "";
     controller.answer({"00 00 00 00 00 12 00 00 34"});
@@ -231,19 +231,19 @@ TEST_F(ServiceTest, DebugOperationsGetTheWordAsItIs) {
     EXPECT_EQ(operate(&four, 32, words).status, BSP_OK);
     EXPECT_EQ(controller.requests(), (Lines{"50:"}));
     EXPECT_EQ(operate(&three, 32, words).status, BSP_E_FAILED);
-    EXPECT_EQ(operate(nullptr, 32, words), (Outcome{BSP_E_POE_NULL, ""}));
+    EXPECT_EQ(operate(nullptr, 32, words), (Answer{BSP_E_POE_NULL, ""}));
 
-    EXPECT_TRUE(operate(&none, 33, nullptr).text.starts_with("Caution"));
-    EXPECT_TRUE(operate(&minusOne, 33, nullptr).text.starts_with("\nSupported"));
+    EXPECT_TRUE(operate(&none, 33, nullptr).printed.starts_with("Caution"));
+    EXPECT_TRUE(operate(&minusOne, 33, nullptr).printed.starts_with("\nSupported"));
     EXPECT_EQ(operate(&four, 33, nullptr), kSilentSuccess);
-    EXPECT_EQ(operate(nullptr, 33, nullptr), (Outcome{BSP_E_POE_NULL, ""}));
+    EXPECT_EQ(operate(nullptr, 33, nullptr), (Answer{BSP_E_POE_NULL, ""}));
 
-    EXPECT_EQ(outcomeOf([&] { return bspPoeDebugChipDispatch(7, 4, words); }).status, BSP_OK);
+    EXPECT_EQ(answerOf([&] { return bspPoeDebugChipDispatch(7, 4, words); }).status, BSP_OK);
     EXPECT_EQ(controller.requests(), (Lines{"50:"}));
     EXPECT_TRUE(
-        outcomeOf([] { return bspPoeDebugChipDispatchHelp(-1); }).text.starts_with("\nSupported"));
+        answerOf([] { return bspPoeDebugChipDispatchHelp(-1); }).printed.starts_with("\nSupported"));
     EXPECT_TRUE(
-        outcomeOf([] { return bspPoeDebugChipDispatchHelp(0); }).text.starts_with("Caution"));
+        answerOf([] { return bspPoeDebugChipDispatchHelp(0); }).printed.starts_with("Caution"));
 }
 
 TEST_F(ServiceTest, EmptySlotsAreUnavailable) {
@@ -255,7 +255,7 @@ TEST_F(ServiceTest, EmptySlotsAreUnavailable) {
 TEST_F(ServiceTest, WithoutADriverEveryOperationIsUnavailable) {
     unplugController();
     for (uint32_t operation = 0; operation < 34; ++operation)
-        EXPECT_EQ(operate(nullptr, operation, nullptr), (Outcome{BSP_E_POE_UNAVAILABLE, ""}));
+        EXPECT_EQ(operate(nullptr, operation, nullptr), (Answer{BSP_E_POE_UNAVAILABLE, ""}));
     uint32_t volts = kMark;
     EXPECT_EQ(bspPoePortVoltageGet(1, &volts), BSP_E_POE_UNAVAILABLE);
     EXPECT_EQ(volts, kMark);

@@ -3,8 +3,8 @@
 #include "poe/rtl8239/transport.h"
 
 #include "bsp.h"
+#include "tests/support/answer.h"
 #include "tests/support/library_faults.h"
-#include "tests/support/outcome.h"
 #include "tests/support/scripted_controller.h"
 
 #include <numeric>
@@ -32,13 +32,13 @@ Bytes completeRequest(const std::string &start) {
 
 class TransportTest : public PoeTest {
   protected:
-    Outcome exchange(const std::string &start) {
+    Answer exchange(const std::string &start) {
         request = requestOf(start);
-        return outcomeOf([&] { return rtl8239CmdMessageSafe(request.data(), reply.data()); });
+        return answerOf([&] { return rtl8239CmdMessageSafe(request.data(), reply.data()); });
     }
 
-    Outcome exchangeRaw(const Bytes &frame) {
-        return outcomeOf([&] {
+    Answer exchangeRaw(const Bytes &frame) {
+        return answerOf([&] {
             return rtl8239CmdMessage(frame.data(), reply.data(),
                                      static_cast<int32_t>(frame.size()));
         });
@@ -61,14 +61,14 @@ TEST_F(TransportTest, ChecksumIsTheSumModulo256) {
 
 TEST_F(TransportTest, RawTransfersCheckTheirArguments) {
     uint8_t byte = 0;
-    const Outcome badRequest = {BSP_E_POE_INVALID, "ERROR: rtl8239CmdRequest(#): errno is 1102.\n"};
-    const Outcome badResponse = {BSP_E_POE_INVALID,
-                                 "ERROR: rtl8239CmdResponse(#): errno is 1102.\n"};
-    EXPECT_EQ(outcomeOf([&] { return rtl8239CmdRequest(nullptr, 12); }), badRequest);
-    EXPECT_EQ(outcomeOf([&] { return rtl8239CmdRequest(&byte, 0); }), badRequest);
-    EXPECT_EQ(outcomeOf([&] { return rtl8239CmdRequest(&byte, -1); }), badRequest);
-    EXPECT_EQ(outcomeOf([&] { return rtl8239CmdResponse(nullptr, 12); }), badResponse);
-    EXPECT_EQ(outcomeOf([&] { return rtl8239CmdResponse(&byte, 0); }), badResponse);
+    const Answer badRequest = {BSP_E_POE_INVALID, "ERROR: rtl8239CmdRequest(#): errno is 1102.\n"};
+    const Answer badResponse = {BSP_E_POE_INVALID,
+                                "ERROR: rtl8239CmdResponse(#): errno is 1102.\n"};
+    EXPECT_EQ(answerOf([&] { return rtl8239CmdRequest(nullptr, 12); }), badRequest);
+    EXPECT_EQ(answerOf([&] { return rtl8239CmdRequest(&byte, 0); }), badRequest);
+    EXPECT_EQ(answerOf([&] { return rtl8239CmdRequest(&byte, -1); }), badRequest);
+    EXPECT_EQ(answerOf([&] { return rtl8239CmdResponse(nullptr, 12); }), badResponse);
+    EXPECT_EQ(answerOf([&] { return rtl8239CmdResponse(&byte, 0); }), badResponse);
     EXPECT_TRUE(controller.exchanges().empty());
     EXPECT_EQ(elapsed(), 0u);
 }
@@ -117,8 +117,8 @@ TEST_F(TransportTest, ADeviceIdThatCannotBeReadIsNoController) {
 TEST_F(TransportTest, WithoutAControllerAnExchangeEndsAfterItsFirstWait) {
     usePoeModel(0x0309);
     EXPECT_EQ(exchange("41"),
-              (Outcome{BSP_E_POE_UNAVAILABLE, "ERROR: rtl8239CmdMessage(#): rtl8239CmdRequest "
-                                              "failed, cmd=0x41.\n"}));
+              (Answer{BSP_E_POE_UNAVAILABLE, "ERROR: rtl8239CmdMessage(#): rtl8239CmdRequest "
+                                             "failed, cmd=0x41.\n"}));
     EXPECT_EQ(elapsed(), 100000u);
     EXPECT_TRUE(controller.exchanges().empty());
 }
@@ -142,12 +142,12 @@ TEST_F(TransportTest, ResponseCheckComparesBothEchoesAndTheChecksum) {
 
 TEST_F(TransportTest, NullBuffersAreReportedByName) {
     uint8_t frame[12] = {};
-    const Outcome raw = {BSP_E_POE_NULL, "ERROR: rtl8239CmdMessage(#): ptr buff is NULL.\n"};
-    const Outcome safe = {BSP_E_POE_NULL, "ERROR: rtl8239CmdMessageSafe(#): ptr buff is NULL.\n"};
-    EXPECT_EQ(outcomeOf([&] { return rtl8239CmdMessage(nullptr, frame, 12); }), raw);
-    EXPECT_EQ(outcomeOf([&] { return rtl8239CmdMessage(frame, nullptr, 12); }), raw);
-    EXPECT_EQ(outcomeOf([&] { return rtl8239CmdMessageSafe(nullptr, frame); }), safe);
-    EXPECT_EQ(outcomeOf([&] { return rtl8239CmdMessageSafe(frame, nullptr); }), safe);
+    const Answer raw = {BSP_E_POE_NULL, "ERROR: rtl8239CmdMessage(#): ptr buff is NULL.\n"};
+    const Answer safe = {BSP_E_POE_NULL, "ERROR: rtl8239CmdMessageSafe(#): ptr buff is NULL.\n"};
+    EXPECT_EQ(answerOf([&] { return rtl8239CmdMessage(nullptr, frame, 12); }), raw);
+    EXPECT_EQ(answerOf([&] { return rtl8239CmdMessage(frame, nullptr, 12); }), raw);
+    EXPECT_EQ(answerOf([&] { return rtl8239CmdMessageSafe(nullptr, frame); }), safe);
+    EXPECT_EQ(answerOf([&] { return rtl8239CmdMessageSafe(frame, nullptr); }), safe);
     EXPECT_TRUE(trace().empty());
 }
 
@@ -197,7 +197,7 @@ TEST_F(TransportTest, SomeCommandsOwnTheirSecondByte) {
 TEST_F(TransportTest, TheLoadersCommandsAreRefusedAndStayAsBuilt) {
     for (const char *start :
          {"CA", "CA 01", "C0 00", "C0 40", "C0 80", "C0 81", "C0 82", "C0 83"}) {
-        EXPECT_EQ(exchange(start), (Outcome{BSP_E_POE_UNAVAILABLE, ""})) << start;
+        EXPECT_EQ(exchange(start), (Answer{BSP_E_POE_UNAVAILABLE, ""})) << start;
         EXPECT_EQ(request, requestOf(start));
     }
     EXPECT_TRUE(trace().empty()) << "nothing is opened, nothing is waited for";
@@ -207,7 +207,7 @@ TEST_F(TransportTest, TheLoadersCommandsAreRefusedAndStayAsBuilt) {
 TEST_F(TransportTest, WithoutALockFileTheExchangeGoesOnWithNumberZero) {
     addFault(openFails(kLockFile, EACCES));
     std::string complaint;
-    Outcome outcome;
+    Answer outcome;
     complaint = complainedBy([&] { outcome = exchange("41"); });
     EXPECT_EQ(outcome, kSilentSuccess);
     EXPECT_EQ(complaint, "open /tmp/bspPoeLockFile error \n: Permission denied\n");
@@ -219,7 +219,7 @@ TEST_F(TransportTest, WithoutALockFileTheExchangeGoesOnWithNumberZero) {
 
 TEST_F(TransportTest, ALockThatCannotBeTakenEndsTheExchange) {
     libraryFaults.flockFails = true;
-    EXPECT_EQ(exchange("41"), (Outcome{BSP_E_POE_LOCK, "rtl8239CmdMessageSafe-# \r\n"}));
+    EXPECT_EQ(exchange("41"), (Answer{BSP_E_POE_LOCK, "rtl8239CmdMessageSafe-# \r\n"}));
     EXPECT_TRUE(controller.exchanges().empty());
     EXPECT_EQ(readFile(kLockFile), "\x0F");
     EXPECT_EQ(elapsed(), 0u);
@@ -227,15 +227,15 @@ TEST_F(TransportTest, ALockThatCannotBeTakenEndsTheExchange) {
 
 TEST_F(TransportTest, AFailedWriteIsReportedAndNotRepeated) {
     controller.answer({"", Spoil::Write});
-    EXPECT_EQ(exchange("15"), (Outcome{BSP_E_POE_WRITE, "ERROR: rtl8239CmdMessage(#): "
-                                                        "rtl8239CmdRequest failed, cmd=0x15.\n"}));
+    EXPECT_EQ(exchange("15"), (Answer{BSP_E_POE_WRITE, "ERROR: rtl8239CmdMessage(#): "
+                                                       "rtl8239CmdRequest failed, cmd=0x15.\n"}));
     const std::vector<Exchange> seen = controller.exchanges();
     ASSERT_EQ(seen.size(), 1u);
     EXPECT_TRUE(seen[0].readLengths.empty());
     EXPECT_EQ(elapsed(), 100000u);
     controller.answer({"", Spoil::Write});
-    EXPECT_EQ(exchange("C0 05"), (Outcome{BSP_E_POE_WRITE, "ERROR: rtl8239CmdMessage(#): rtl8239Cmd"
-                                                           "Request failed, cmd=0xc0.\n"}));
+    EXPECT_EQ(exchange("C0 05"), (Answer{BSP_E_POE_WRITE, "ERROR: rtl8239CmdMessage(#): rtl8239Cmd"
+                                                          "Request failed, cmd=0xc0.\n"}));
 }
 
 TEST_F(TransportTest, TheReplyIsPolledForUpToFiveTimes) {
@@ -252,9 +252,9 @@ TEST_F(TransportTest, TheReplyIsPolledForUpToFiveTimes) {
         const int32_t status = spoil == Spoil::Read ? BSP_E_POE_READ : BSP_E_POE_FRAME;
         controller.answer({"", spoil, 5});
         EXPECT_EQ(exchange("41"),
-                  (Outcome{status, "ERROR: rtl8239CmdMessage(#): rtl8239CmdResponse failed, "
-                                   "cmd=0x41, errno is " +
-                                       std::to_string(status) + ".\n"}));
+                  (Answer{status, "ERROR: rtl8239CmdMessage(#): rtl8239CmdResponse failed, "
+                                  "cmd=0x41, errno is " +
+                                      std::to_string(status) + ".\n"}));
         EXPECT_EQ(controller.exchanges().at(0).readLengths.size(), 5u);
         EXPECT_EQ(elapsed(), 600000u);
     }
@@ -314,8 +314,8 @@ TEST_F(TransportTest, EachCommandHasItsWaits) {
 TEST_F(TransportTest, OnlyTheLoadersSilenceIsNotReported) {
     controller.answerAlways({"", Spoil::Read});
     for (const char *start : {"C0 00", "C0 40", "C0 80", "C0 05"})
-        EXPECT_EQ(exchangeRaw(completeRequest(start)), (Outcome{BSP_E_POE_READ, ""})) << start;
-    EXPECT_EQ(exchangeRaw(completeRequest("4B")), (Outcome{BSP_E_POE_READ, silenceText("4b")}));
+        EXPECT_EQ(exchangeRaw(completeRequest(start)), (Answer{BSP_E_POE_READ, ""})) << start;
+    EXPECT_EQ(exchangeRaw(completeRequest("4B")), (Answer{BSP_E_POE_READ, silenceText("4b")}));
 }
 
 TEST_F(TransportTest, TheRawExchangeSendsAsManyBytesAsItIsTold) {
@@ -341,8 +341,8 @@ TEST_F(TransportTest, PresenceIsBit14OfRegister6ActiveLow) {
 TEST_F(TransportTest, PresenceThatCannotBeReadIsReported) {
     addFault(refuse(vb::FaultDevice::Cpld, vb::FaultOp::Read, 5));
     uint32_t isMissing = 7;
-    EXPECT_EQ(outcomeOf([&] { return bspPoeOnlineGet(&isMissing); }),
-              (Outcome{5, "bspPoeOnlineGet-#: bspCpldGet error. ret=5 \n"}));
+    EXPECT_EQ(answerOf([&] { return bspPoeOnlineGet(&isMissing); }),
+              (Answer{5, "bspPoeOnlineGet-#: bspCpldGet error. ret=5 \n"}));
     EXPECT_EQ(isMissing, 7u);
 }
 

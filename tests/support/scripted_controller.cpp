@@ -51,7 +51,7 @@ Bytes goodReply(const Bytes &request) {
     return reply;
 }
 
-Bytes replyTo(const Bytes &request, const Answer &answer, Spoil spoil) {
+Bytes replyTo(const Bytes &request, const ScriptedReply &answer, Spoil spoil) {
     Bytes reply = goodReply(request);
     const Bytes payload = bytesOf(answer.payload);
     std::copy_n(payload.begin(), std::min(payload.size(), reply.size() - 2), reply.begin() + 2);
@@ -109,7 +109,7 @@ std::string silenceText(const std::string &code) {
 
 ScriptedController::ScriptedController() : I2cDevice(16, 0, 0x20) {}
 
-const Answer &ScriptedController::currentAnswer() const {
+const ScriptedReply &ScriptedController::currentAnswer() const {
     const auto scripted = script_.find(exchanges_.size() - 1);
     return scripted != script_.end() ? scripted->second : usual_;
 }
@@ -136,7 +136,7 @@ int32_t ScriptedController::read(const I2cRequest &request) {
         return kIoError;
     Exchange &exchange = exchanges_.back();
     exchange.readLengths.push_back(request.length);
-    const Answer &answer = currentAnswer();
+    const ScriptedReply &answer = currentAnswer();
     const auto polls = static_cast<int>(exchange.readLengths.size());
     const Spoil spoil = polls <= answer.spoiledPolls ? answer.spoil : Spoil::Nothing;
     // A request with a wrong checksum is none.

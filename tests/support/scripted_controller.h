@@ -12,7 +12,7 @@
 enum class Spoil { Nothing, Write, Read, CommandEcho, SecondByteEcho, Checksum };
 
 /** How an exchange goes. */
-struct Answer {
+struct ScriptedReply {
     std::string payload; // the reply's bytes from 2 on, in hexadecimal; then those of a good reply
     Spoil spoil = Spoil::Nothing;
     int spoiledPolls = INT_MAX; // how many reads the trouble lasts
@@ -46,11 +46,11 @@ class ScriptedController : public I2cDevice {
     int32_t read(const I2cRequest &request) override;
 
     /** The next exchange, or one that comes a number of exchanges later. */
-    void answer(const Answer &answer, size_t later = 0) {
+    void answer(const ScriptedReply &answer, size_t later = 0) {
         script_[exchanges_.size() + later] = answer;
     }
     /** From the next exchange on. */
-    void answerAlways(const Answer &answer) { usual_ = answer; }
+    void answerAlways(const ScriptedReply &answer) { usual_ = answer; }
 
     /** What arrived since the last call. */
     std::vector<Exchange> exchanges();
@@ -61,14 +61,14 @@ class ScriptedController : public I2cDevice {
     void watchLock(const std::string &path) { lockPath_ = path; }
 
   private:
-    const Answer &currentAnswer() const;
+    const ScriptedReply &currentAnswer() const;
     bool isLocked() const;
 
     std::string lockPath_;
     std::vector<Exchange> exchanges_;
     size_t reported_ = 0;
-    Answer usual_;
-    std::map<size_t, Answer> script_;
+    ScriptedReply usual_;
+    std::map<size_t, ScriptedReply> script_;
 };
 
 /**
