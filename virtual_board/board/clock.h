@@ -17,7 +17,18 @@ struct Clock {
 
 /** Nanoseconds since the board was made; hostNs is the host's time. */
 constexpr uint64_t clockNow(const Clock &clock, uint64_t hostNs) {
-    return clock.mode == TimeMode::Virtual ? clock.sleptNs : hostNs - clock.startedNs;
+    if (clock.mode == TimeMode::Virtual)
+        return clock.sleptNs;
+    return hostNs > clock.startedNs ? hostNs - clock.startedNs
+                                    : 0; // the host's clock can be set back
+}
+
+/** Changes the kind of time; the board's clock goes on from where it is. */
+constexpr void setTimeMode(Clock &clock, TimeMode mode, uint64_t hostNs) {
+    const uint64_t now = clockNow(clock, hostNs);
+    clock.mode = mode;
+    clock.sleptNs = now;
+    clock.startedNs = hostNs - now;
 }
 
 } // namespace vb

@@ -1,6 +1,9 @@
 #include "virtual_board/board/create.h"
 
+#include "virtual_board/board/factory.h"
+
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -13,8 +16,12 @@ namespace vb {
 
 namespace {
 
-constexpr size_t kMaxSerial = 31;
+constexpr size_t kMaxSerial = kFactorySerialSize - 1;
 constexpr size_t kMaxCommandLine = 1024;
+
+bool isPrintable(const std::string &text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
 
 bool refuse(FolderError &error, const std::string &reason) {
     const size_t length = std::min(reason.size(), sizeof(error.text) - 1);
@@ -76,14 +83,25 @@ class TemporaryFolder {
 
 } // namespace
 
+std::string serialProblem(const std::string &serial) {
+    const bool isGood = !serial.empty() && serial.size() <= kMaxSerial && isPrintable(serial);
+    return isGood ? "" : "a serial number is 1 to 31 printable ASCII characters";
+}
+
+std::string commandLineProblem(const std::string &commandLine) {
+    const bool isGood = commandLine.size() <= kMaxCommandLine && isPrintable(commandLine);
+    return isGood ? "" : "a kernel command line is up to 1024 printable ASCII characters";
+}
+
 bool createBoard(const std::string &path, const BoardOptions &options, FolderError &error) {
     const Model *model = findModel(options.devId);
     if (model == nullptr)
         return refuse(error, "no such model; 'vboard list-models' lists them");
-    if (options.serial.size() > kMaxSerial)
-        return refuse(error, "the serial number is longer than 31 characters");
-    if (options.commandLine.size() > kMaxCommandLine)
-        return refuse(error, "the kernel command line is longer than 1024 characters");
+    for (const std::string &problem :
+         {serialProblem(options.serial), commandLineProblem(options.commandLine)}) {
+        if (!problem.empty())
+            return refuse(error, problem);
+    }
 
     std::error_code failure;
     const fs::path final = fs::absolute(path, failure).lexically_normal();

@@ -18,6 +18,10 @@ struct BoardOptions {
     std::string commandLine = "console=ttyS0,115200 bootver=1.2.3 root=/dev/mtdblock12";
 };
 
+// What is wrong with a text that a board shall keep; empty when nothing is.
+std::string serialProblem(const std::string &serial);
+std::string commandLineProblem(const std::string &commandLine);
+
 /**
  * Makes a board in a folder that does not exist yet, or is empty. The folder appears with the whole
  * board in it or not at all. False, with the reason, when it cannot be made.

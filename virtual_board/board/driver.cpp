@@ -76,7 +76,6 @@ int32_t serveCpldRead(Request &request) {
 int32_t serveCpldWrite(Request &request) {
     const uint32_t reg = word(request.record, 0);
     uint32_t value = word(request.record, 1);
-    request.trace.value = value;
     if (reg >= kCpldRegisters || value > 0xFFFF)
         return -EINVAL;
     if (request.has(FaultEffect::Corrupt))
@@ -134,12 +133,11 @@ int32_t serveGpioInput(Request &request) {
 }
 
 int32_t serveGpioOutput(Request &request) {
-    const uint32_t level = word(request.record, 1) != 0 ? 1 : 0;
-    request.trace.value = level;
     if (request.has(FaultEffect::NoAnswer))
         return 0;
     const uint32_t line = word(request.record, 0);
-    return gpioSetOutput(request.board.devices.gpio, line, level != 0) ? 0 : -EINVAL;
+    const bool level = word(request.record, 1) != 0;
+    return gpioSetOutput(request.board.devices.gpio, line, level) ? 0 : -EINVAL;
 }
 
 int32_t serveGpioRead(Request &request) {
@@ -224,6 +222,10 @@ void describe(TraceRecord &trace, const Sender &sender, TraceKind kind, const Fa
     trace.offset = subject.offset;
     if (subject.device == FaultDevice::I2c)
         trace.length = word(record, 5);
+    if (kind == TraceKind::CpldWrite)
+        trace.value = word(record, 1);
+    if (kind == TraceKind::GpioOutput)
+        trace.value = word(record, 1) != 0 ? 1 : 0;
 }
 
 } // namespace

@@ -15,7 +15,6 @@ constexpr uint32_t kRecordMac = 10;
 constexpr uint32_t kRecordProductCode = 16;
 constexpr uint32_t kRecordProductName = 32;
 constexpr uint32_t kRecordSerial = 64;
-constexpr uint32_t kRecordSerialSize = 32;
 constexpr uint32_t kRecordSupplyCount = 96;
 constexpr uint32_t kRecordSupplyTypes = 97;
 constexpr uint32_t kRecordCrc = 124;
@@ -36,6 +35,13 @@ void erase(Eeprom &eeprom, uint32_t blocks) {
     std::memset(eeprom.bytes, kErased, sizeof(eeprom.bytes));
 }
 
+void renewCrc(Eeprom &eeprom) {
+    uint8_t *record = eeprom.bytes + kRecordStart;
+    const uint32_t crc = crc32(record, kRecordCrc);
+    for (uint32_t i = 0; i < 4; ++i)
+        record[kRecordCrc + i] = static_cast<uint8_t>(crc >> (24 - 8 * i));
+}
+
 } // namespace
 
 uint32_t crc32(const uint8_t *data, size_t length) {
@@ -48,22 +54,39 @@ uint32_t crc32(const uint8_t *data, size_t length) {
     return ~value;
 }
 
+const uint8_t *factorySerial(const Eeprom &eeprom) {
+    return eeprom.bytes + kRecordStart + kRecordSerial;
+}
+
+void setFactorySerial(Eeprom &eeprom, const char *serial) {
+    uint8_t *field = eeprom.bytes + kRecordStart + kRecordSerial;
+    std::memset(field, 0, kFactorySerialSize);
+    storeText(field, serial, kFactorySerialSize - 1);
+    renewCrc(eeprom);
+}
+
+const uint8_t *factoryMac(const Eeprom &eeprom) {
+    return eeprom.bytes + kRecordStart + kRecordMac;
+}
+
+void setFactoryMac(Eeprom &eeprom, const uint8_t (&mac)[kFactoryMacSize]) {
+    std::memcpy(eeprom.bytes + kRecordStart + kRecordMac, mac, sizeof(mac));
+    renewCrc(eeprom);
+}
+
 void writeBoardEeprom(Eeprom &eeprom, const Model &model, const FactoryData &factory) {
     erase(eeprom, kEepromMaxBlocks);
     uint8_t *record = eeprom.bytes + kRecordStart;
     std::memset(record, 0, kRecordCrc);
     storeText(record, "DEVINFO", 7);
-    std::memcpy(record + kRecordMac, factory.mac, sizeof(factory.mac));
     char name[32];
     std::snprintf(name, sizeof(name), "SWITCH-%04X", model.devId);
     storeText(record + kRecordProductName, name, sizeof(name));
     storeText(record + kRecordProductCode, "VIRTUAL", 16);
-    storeText(record + kRecordSerial, factory.serial, kRecordSerialSize - 1);
     record[kRecordSupplyCount] = kSupplies;
     std::memset(record + kRecordSupplyTypes, 1, kSupplies);
-    const uint32_t crc = crc32(record, kRecordCrc);
-    for (uint32_t i = 0; i < 4; ++i)
-        record[kRecordCrc + i] = static_cast<uint8_t>(crc >> (24 - 8 * i));
+    setFactorySerial(eeprom, factory.serial);
+    setFactoryMac(eeprom, factory.mac);
 }
 
 void writeSupplyEeprom(Eeprom &eeprom, uint32_t index) {

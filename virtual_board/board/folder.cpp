@@ -67,7 +67,7 @@ bool isConsistent(const Board &board) {
             return false;
     }
     for (const FaultRule &rule : board.faults.rule) {
-        if (rule.id != 0 && rule.nth == 0)
+        if (rule.id != 0 && (rule.nth == 0 || rule.path[kFaultPathSize - 1] != '\0'))
             return false;
     }
     return true;

@@ -7,15 +7,13 @@
 //                 the node's descriptors recognisable), /proc/cmdline, /tmp/bsp...
 
 #include "virtual_board/board/board.h"
+#include "virtual_board/board/paths.h"
 
 namespace vb {
 
 constexpr char kStateFile[] = "board.state";
 constexpr char kLockFile[] = "lock";
 constexpr char kRootFolder[] = "root";
-constexpr char kNodePath[] = "/dev/bspHandle";
-constexpr char kCommandLinePath[] = "/proc/cmdline";
-constexpr char kSharedFolderPath[] = "/tmp/bsp";
 
 /** Why a board cannot be used: one line that says what to do. */
 struct FolderError {
@@ -23,7 +21,6 @@ struct FolderError {
 };
 
 constexpr unsigned kMaxFolderPath = 4096;
-constexpr unsigned kMaxBoardPath = 256;
 
 /** A path on the host; long enough for every path of a board in every folder. */
 struct HostPathBuffer {
@@ -72,6 +69,9 @@ class BoardLock {
     BoardLock(const BoardLock &) = delete;
     BoardLock &operator=(const BoardLock &) = delete;
     ~BoardLock();
+
+    /** Whether the lock could be taken: its file may be gone, or out of reach. */
+    bool isHeld() const { return fd_ >= 0; }
 
   private:
     int fd_;

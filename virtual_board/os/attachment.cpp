@@ -1,3 +1,4 @@
+#include "virtual_board/board/paths.h"
 #include "virtual_board/os/seam.h"
 
 #include <cerrno>
@@ -14,41 +15,6 @@ alignas(BoardFolder) unsigned char folderMemory[sizeof(BoardFolder)];
 BoardFolder *attached = nullptr;
 dev_t nodeDevice;
 ino_t nodeInode;
-
-/** Whether a path is that of a file or folder which each board has of its own. */
-bool isBoardPath(const char *path) {
-    constexpr const char *kOwnFiles[] = {kNodePath, kCommandLinePath, kSharedFolderPath,
-                                         "/tmp/bspFlashLockFile", "/tmp/bspPoeLockFile"};
-    for (const char *own : kOwnFiles) {
-        if (std::strcmp(path, own) == 0)
-            return true;
-    }
-    const size_t folderLength = std::strlen(kSharedFolderPath);
-    return std::strncmp(path, kSharedFolderPath, folderLength) == 0 && path[folderLength] == '/';
-}
-
-/** Copies a path without doubled slashes, "." parts and a trailing slash; false if it is too long.
- */
-bool tidyPath(const char *path, char *buffer, size_t size) {
-    size_t length = 0;
-    for (const char *part = path; *part != '\0';) {
-        while (*part == '/')
-            ++part;
-        const size_t partLength = std::strcspn(part, "/");
-        if (partLength == 0 || (partLength == 1 && *part == '.')) {
-            part += partLength;
-            continue;
-        }
-        if (length + 1 + partLength >= size)
-            return false;
-        buffer[length++] = '/';
-        std::memcpy(buffer + length, part, partLength);
-        length += partLength;
-        part += partLength;
-    }
-    buffer[length] = '\0';
-    return true;
-}
 
 } // namespace
 
@@ -90,7 +56,7 @@ bool isDriverNode(int fd) {
 HostPath::HostPath(const char *path) : path_(path) {
     if (attached == nullptr || path == nullptr || path[0] != '/')
         return;
-    isOfBoard_ = tidyPath(path, boardPath_, sizeof(boardPath_)) && isBoardPath(boardPath_);
+    isOfBoard_ = tidyPath(path, boardPath_) && isBoardPath(boardPath_);
     if (isOfBoard_)
         buffer_ = attached->hostPath(boardPath_);
 }

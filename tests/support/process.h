@@ -1,0 +1,71 @@
+#pragma once
+// Running programs of the build and seeing what they answer. Where the build's programs need an
+// emulator, they are run under it.
+
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+/** Variables that a program gets in addition to the test's own: "NAME=VALUE". */
+using Environment = std::vector<std::string>;
+
+struct ProcessResult {
+    int exitCode; // 128 + the signal's number when a signal ended the program
+    std::string out;
+    std::string err;
+};
+
+/** A program that has been started. One that still runs when this object goes is killed. */
+class Process {
+  public:
+    explicit Process(const std::vector<std::string> &argv, const Environment &environment = {},
+                     const std::string &input = "");
+    Process(const Process &) = delete;
+    Process &operator=(const Process &) = delete;
+    ~Process();
+
+    /** What it has printed on standard output so far. */
+    std::string output() const;
+    void signal(int number) const;
+    /** Waits for its end. */
+    ProcessResult wait();
+
+  private:
+    /** An unnamed file that a standard stream of the program is connected to. */
+    class Stream {
+      public:
+        explicit Stream(const std::string &content = "");
+        Stream(const Stream &) = delete;
+        Stream &operator=(const Stream &) = delete;
+        ~Stream();
+
+        int descriptor() const { return fd_; }
+        std::string content() const;
+
+      private:
+        int fd_;
+    };
+
+    Stream in_, out_, err_;
+    pid_t pid_ = -1; // -1 once its end has been seen
+};
+
+/** Runs a program of the build to its end. */
+ProcessResult run(const std::vector<std::string> &argv, const Environment &environment = {},
+                  const std::string &input = "");
+
+/** The same, with the program's requests answered by the board in a folder. */
+ProcessResult runOnBoard(const std::string &boardFolder, const std::vector<std::string> &argv,
+                         const std::string &input = "");
+
+/** What a program needs to be started on a board other than through `vboard run`. */
+Environment boardEnvironment(const std::string &boardFolder);
+
+/** The path of a program of the build by its name. */
+std::string builtProgram(const std::string &name);
+
+/** Whether the build's programs run under an emulator, and so cannot execute each other. */
+bool isEmulated();
+
+/** The lines of a text, without their newlines. */
+std::vector<std::string> linesOf(const std::string &text);

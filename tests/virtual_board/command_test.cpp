@@ -1,0 +1,236 @@
+// The `vboard` program as its users run it.
+
+#include "tests/virtual_board/command_test.h"
+
+#include <csignal>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+namespace {
+
+using nlohmann::json;
+namespace fs = std::filesystem;
+
+TEST_F(CommandTest, EveryCommandHasHelpWithExamples) {
+    EXPECT_NE(vboard({"--help"}).find("Exit codes:"), std::string::npos);
+    const Words commands[] = {
+        {"create"},
+        {"list-models"},
+        {"run"},
+        {"env"},
+        {"get"},
+        {"set"},
+        {"fault"},
+        {"fault", board(), "add"},
+        {"trace"},
+        {"fault", board(), "list"},
+        {"fault", board(), "clear"},
+    };
+    for (Words command : commands) {
+        command.emplace_back("--help");
+        const std::string help = vboard(command);
+        const size_t examples = help.find("Examples:\n");
+        ASSERT_NE(examples, std::string::npos) << help;
+        EXPECT_NE(help.find("vboard " + command[0], examples), std::string::npos) << help;
+    }
+}
+
+TEST_F(CommandTest, AWrongCommandLineIsCode2) {
+    expectFailure(2, "subcommand is required", {});
+    expectFailure(2, "--help", {"dance"});
+    expectFailure(2, "--model is required", {"create", path("other")});
+    expectFailure(2, "--time", {"create", "--model", "0x0709", "--time", "slow", path("other")});
+    expectFailure(2, "PROGRAM", {"run", board()});
+    expectFailure(2, "PROGRAM", {"run", board(), "--"});
+    expectFailure(2, "DIR is required", {"run", "--", "true"});
+    expectFailure(2, "VALUE is required", {"set", board(), "cpld.1"});
+    expectFailure(2, "subcommand is required", {"fault", board()});
+    expectFailure(2, "--effect is required", {"fault", board(), "add", "--device", "cpld"});
+    expectFailure(2, "--last", {"trace", board(), "--last", "many"});
+    expectFailure(2, "excludes", {"trace", board(), "--follow", "--clear"});
+}
+
+TEST_F(CommandTest, CreateTakesTheIdentityFromItsOptions) {
+    vboard({"create", "--model", "265", "--serial", "SN42", "--mac", "02:00:00:00:00:09",
+            "--cmdline", "quiet bootver=7.7.7", path("other")});
+    const json all = json::parse(vboard({"get", path("other"), "--json"}));
+    EXPECT_EQ(all["model"], "0x0109");
+    EXPECT_EQ(all["time"], "real");
+    EXPECT_EQ(all["identity.serial"], "SN42");
+    EXPECT_EQ(all["identity.mac"], "02:00:00:00:00:09");
+    EXPECT_EQ(all["cmdline"], "quiet bootver=7.7.7");
+}
+
+TEST_F(CommandTest, CreateRefusesWhatWouldMakeNoBoard) {
+    const auto before = contentOf(path(""));
+    expectFailure(1, "exists already", {"create", "--model", "0x0709", board()});
+    expectFailure(1, "'vboard list-models'", {"create", "--model", "0x0001", path("other")});
+    expectFailure(1, "'vboard list-models'", {"create", "--model", "switch", path("other")});
+    expectFailure(1, "02:00:5e:10:00:00",
+                  {"create", "--model", "0x0709", "--mac", "1:2:3", path("other")});
+    expectFailure(1, "1 to 31", {"create", "--model", "0x0709", "--serial", "", path("other")});
+    expectFailure(1, "create it first", {"create", "--model", "0x0709", path("none/board")});
+    EXPECT_EQ(contentOf(path("")), before);
+}
+
+TEST_F(CommandTest, ListModels) {
+    const std::string text = vboard({"list-models"});
+    EXPECT_EQ(linesOf(text).size(), 14u);
+    EXPECT_NE(text.find("0x0709  48 PoE ports"), std::string::npos);
+    const json list = json::parse(vboard({"list-models", "--json"}));
+    ASSERT_EQ(list.size(), 14u);
+    EXPECT_EQ(list[5], json::parse(R"({"model": "0x0709", "poe_ports": 48, "supply_eeproms": true,
+                                       "description": "48 PoE ports, 6 SFP uplinks, 2 fans"})"));
+}
+
+TEST_F(CommandTest, GetShowsTheNamedPropertiesOrAll) {
+    EXPECT_EQ(vboard({"get", board(), "cpld.2", "gpio.0"}), "0x1312\n0\n");
+    EXPECT_EQ(json::parse(vboard({"get", board(), "cpld.2", "--json"})),
+              json::parse(R"({"cpld.2": "0x1312"})"));
+    const std::string table = vboard({"get", board()});
+    EXPECT_NE(table.find("model              0x0709\n"), std::string::npos);
+    EXPECT_EQ(table.find("cpld.3"), std::string::npos);
+    const json all = json::parse(vboard({"get", board(), "--json"}));
+    EXPECT_EQ(all["cpld.3"], "0x0000");
+    EXPECT_EQ(all["eeprom.board"].get<std::string>().size(), 2048u);
+    expectFailure(1, "there is no property 'colour'", {"get", board(), "cpld.2", "colour"});
+}
+
+TEST_F(CommandTest, SetChangesWhatProgramsSee) {
+    EXPECT_EQ(vboard({"set", board(), "cpld.1", "0x0809"}), "");
+    EXPECT_EQ(showDeviceId(), "0x0809\n");
+    const auto before = contentOf(board());
+    expectFailure(1, "pairs of hexadecimal digits", {"set", board(), "eeprom.board", "abc"});
+    expectFailure(1, "can only be read", {"set", board(), "model", "0x0809"});
+    EXPECT_EQ(contentOf(board()), before);
+}
+
+TEST_F(CommandTest, ReadingCommandsDoNotChangeTheBoard) {
+    const auto before = contentOf(board());
+    vboard({"get", board()});
+    vboard({"get", board(), "--json"});
+    vboard({"trace", board()});
+    vboard({"fault", board(), "list"});
+    vboard({"env", board()});
+    EXPECT_EQ(contentOf(board()), before);
+}
+
+TEST_F(CommandTest, FaultsAreAddedListedAndCleared) {
+    EXPECT_EQ(vboard({"fault", board(), "add", "--device", "cpld", "--op", "read", "--offset", "1",
+                      "--when", "from", "--effect", "refuse=-5"}),
+              "1\n");
+    EXPECT_EQ(vboard({"fault", board(), "add", "--device", "/tmp/bsp/devId", "--op", "open",
+                      "--nth", "2", "--effect", "open-fails=EACCES"}),
+              "2\n");
+    const ProcessResult shown = runOnBoard(board(), {builtProgram("show_device_id")});
+    EXPECT_EQ(shown.exitCode, 1);
+    EXPECT_EQ(shown.err, "status -5\n");
+    EXPECT_EQ(vboard({"fault", board(), "list"}),
+              "1: --device cpld --op read --offset 1 --nth 1 --when from --effect refuse=-5 "
+              "(matched 1, fired 1)\n"
+              "2: --device /tmp/bsp/devId --op open --nth 2 --when once --effect "
+              "open-fails=EACCES (matched 1, fired 0)\n");
+    const json list = json::parse(vboard({"fault", board(), "list", "--json"}));
+    EXPECT_EQ(list[0], json::parse(R"({"id": 1, "device": "cpld", "op": "read", "offset": 1,
+                                       "nth": 1, "when": "from", "effect": "refuse=-5",
+                                       "matched": 1, "fired": 1})"));
+    EXPECT_EQ(list[1]["offset"], nullptr);
+
+    expectFailure(1, "none was cleared", {"fault", board(), "clear", "1", "7"});
+    EXPECT_EQ(linesOf(vboard({"fault", board(), "list"})).size(), 2u);
+    vboard({"fault", board(), "clear", "1"});
+    EXPECT_EQ(linesOf(vboard({"fault", board(), "list"})).size(), 1u);
+    vboard({"fault", board(), "clear"});
+    EXPECT_EQ(vboard({"fault", board(), "list"}), "");
+    EXPECT_EQ(vboard({"fault", board(), "list", "--json"}), "[]\n");
+    EXPECT_EQ(showDeviceId(), "0x0709\n");
+}
+
+TEST_F(CommandTest, ABadFaultRuleChangesNothing) {
+    expectFailure(1, "choose from: cpld, gpio, i2c",
+                  {"fault", board(), "add", "--device", "spi", "--effect", "no-answer"});
+    EXPECT_EQ(vboard({"fault", board(), "list"}), "");
+    for (int i = 0; i < 32; ++i)
+        vboard({"fault", board(), "add", "--device", "cpld", "--effect", "no-answer"});
+    expectFailure(1, "32 fault rules already",
+                  {"fault", board(), "add", "--device", "cpld", "--effect", "no-answer"});
+}
+
+TEST_F(CommandTest, TraceShowsRequests) {
+    EXPECT_EQ(vboard({"trace", board()}), "");
+    showDeviceId();
+    const Words lines = linesOf(vboard({"trace", board()}));
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0].substr(0, 12), "0.000000000 ");
+    EXPECT_NE(lines[0].find(" open /tmp/bsp/devId"), std::string::npos);
+    EXPECT_NE(lines[1].find(" CPLD read  reg 1 (device id) = 0x0709"), std::string::npos);
+    EXPECT_EQ(linesOf(vboard({"trace", board(), "--last", "1"})), Words{lines[1]});
+    EXPECT_EQ(vboard({"trace", board(), "--last", "0"}), "");
+
+    const Words objects = linesOf(vboard({"trace", board(), "--json", "--clear"}));
+    ASSERT_EQ(objects.size(), 2u);
+    EXPECT_EQ(json::parse(objects[0])["path"], "/tmp/bsp/devId");
+    EXPECT_EQ(json::parse(objects[1])["value"], 0x0709);
+    EXPECT_EQ(vboard({"trace", board()}), "");
+}
+
+TEST_F(CommandTest, TraceTellsWhatWasOverwritten) {
+    {
+        vb::BoardFolder folder;
+        vb::FolderError error = {};
+        ASSERT_TRUE(folder.open(board().c_str(), error)) << error.text;
+        for (uint32_t i = 0; i < vb::kTraceCapacity + 5; ++i)
+            vb::traceNext(folder.board()->trace) = vb::TraceRecord{};
+    }
+    const ProcessResult all = answer({"trace", board()});
+    EXPECT_EQ(all.err, "vboard: 5 older requests were overwritten\n");
+    EXPECT_EQ(linesOf(all.out).size(), vb::kTraceCapacity);
+    EXPECT_EQ(answer({"trace", board(), "--last", "3"}).err, "");
+}
+
+TEST_F(CommandTest, TraceFollowsNewRequests) {
+    Process follower({builtProgram("vboard"), "trace", board(), "--follow"});
+    const auto waitForLines = [&](size_t count) {
+        for (int i = 0; i < 300 && linesOf(follower.output()).size() < count; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        return linesOf(follower.output()).size();
+    };
+    showDeviceId();
+    EXPECT_EQ(waitForLines(2), 2u);
+    showDeviceId();
+    EXPECT_EQ(waitForLines(3), 3u);
+    follower.signal(SIGTERM);
+    EXPECT_EQ(follower.wait().exitCode, 128 + SIGTERM);
+}
+
+TEST_F(CommandTest, EnvPrintsWhatALauncherNeeds) {
+    const Words lines = linesOf(vboard({"env", board()}));
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0], "VBOARD_DIR=" + fs::canonical(board()).string());
+    EXPECT_EQ(lines[1].substr(0, 11), "LD_PRELOAD=");
+    EXPECT_EQ(fs::path(lines[1].substr(11)).filename(), "libvboard.so");
+    EXPECT_TRUE(fs::exists(lines[1].substr(11)));
+    EXPECT_EQ(vboard({"env", "--qemu", board()}), "-E " + lines[0] + " -E " + lines[1] + "\n");
+
+    vboard({"create", "--model", "0x0709", path("a,b")});
+    expectFailure(1, "a comma or a blank", {"env", "--qemu", path("a,b")});
+}
+
+TEST_F(CommandTest, RefusesFoldersThatAreNoBoard) {
+    const Words commands[] = {{"get"}, {"env"}, {"trace"}, {"set", "cpld.1", "0"}};
+    for (const Words &command : commands) {
+        Words words = command;
+        words.insert(words.begin() + 1, path("none"));
+        expectFailure(1, "No such file or directory", words);
+        words[1] = path("");
+        expectFailure(1, "is not a board", words);
+    }
+    expectFailure(1, "No such file", {"run", path("none"), "--", "true"});
+    expectFailure(1, "No such file", {"fault", path("none"), "list"});
+    fs::resize_file(board() + "/board.state", 1000);
+    expectFailure(1, "is damaged", {"get", board()});
+    expectFailure(1, "is damaged", {"run", board(), "--", "true"});
+}
+
+} // namespace

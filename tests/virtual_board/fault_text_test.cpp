@@ -1,0 +1,109 @@
+// Fault rules in words.
+
+#include "virtual_board/words/fault_text.h"
+#include "virtual_board/words/values.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+namespace {
+
+using vb::FaultWords;
+
+std::string refusalOf(const FaultWords &words) {
+    try {
+        vb::parseFault(words);
+    } catch (const vb::Refused &refusal) {
+        return refusal.what();
+    }
+    return "accepted";
+}
+
+TEST(FaultText, EveryRuleComesBackInTheSameWords) {
+    const FaultWords cases[] = {
+        {"cpld", "any", "", "1", "once", "refuse=-5"},
+        {"cpld", "read", "63", "2", "every", "corrupt=1:0x80"},
+        {"gpio", "write", "31", "4294967295", "from", "ioctl-fails=EIO"},
+        {"i2c", "any", "4294967295", "1", "once", "short=0"},
+        {"i2c:255.255.0x7F", "read", "", "1", "from", "corrupt=4095:0xFF"},
+        {"i2c:0.2.0x50", "write", "", "1", "once", "no-answer"},
+        {"/dev/bspHandle", "open", "", "1", "once", "open-fails=ENODEV"},
+        {"/tmp/bsp/devId", "read", "", "1", "once", "short=2"},
+        {"/tmp/bsp/devId", "write", "", "1", "once", "short=2"},
+        {"/proc/cmdline", "read", "", "1", "once", "corrupt=0:0x01"},
+    };
+    for (const FaultWords &words : cases) {
+        const FaultWords back = vb::faultWords(vb::parseFault(words));
+        EXPECT_EQ(back.device, words.device);
+        EXPECT_EQ(back.op, words.op);
+        EXPECT_EQ(back.offset, words.offset);
+        EXPECT_EQ(back.nth, words.nth);
+        EXPECT_EQ(back.when, words.when);
+        EXPECT_EQ(back.effect, words.effect);
+    }
+}
+
+TEST(FaultText, ARuleBecomesArgumentsOfTheCommand) {
+    EXPECT_EQ(vb::faultText(vb::parseFault({"cpld", "read", "0x2", "1", "once", "refuse=-5"})),
+              "--device cpld --op read --offset 2 --nth 1 --when once --effect refuse=-5");
+}
+
+TEST(FaultText, ErrorsHaveNamesOrNumbers) {
+    const FaultWords byName = {"i2c", "any", "", "1", "once", "ioctl-fails=ENOENT"};
+    EXPECT_EQ(vb::parseFault(byName).argument, ENOENT);
+    const FaultWords byNumber = {"i2c", "any", "", "1", "once", "ioctl-fails=2"};
+    EXPECT_EQ(vb::faultWords(vb::parseFault(byNumber)).effect, "ioctl-fails=ENOENT");
+}
+
+TEST(FaultText, PathsAreTidied) {
+    const FaultWords words = {"//tmp/./bsp//devId", "read", "", "1", "once", "short=2"};
+    EXPECT_EQ(vb::faultWords(vb::parseFault(words)).device, "/tmp/bsp/devId");
+}
+
+TEST(FaultText, WordsThatMakeNoRuleAreRefusedWithWhatWouldBeRight) {
+    const struct {
+        FaultWords words;
+        const char *reason; // a part of it
+    } cases[] = {
+        {{"spi", "any", "", "1", "once", "refuse=-5"}, "choose from: cpld, gpio, i2c"},
+        {{"i2c:0.1", "any", "", "1", "once", "no-answer"}, "i2c:0.0.0x51"},
+        {{"i2c:0.1.0x80", "any", "", "1", "once", "no-answer"}, "0 to 127"},
+        {{"/etc/passwd", "read", "", "1", "once", "short=2"}, "not one of the board's own files"},
+        {{"/tmp/bsp/../x", "read", "", "1", "once", "short=2"}, "not one of the board's own files"},
+        {{"cpld", "peek", "", "1", "once", "refuse=-5"}, "choose from: any, open, read, write"},
+        {{"cpld", "any", "64", "1", "once", "refuse=-5"}, "0 to 63"},
+        {{"gpio", "any", "32", "1", "once", "refuse=-5"}, "0 to 31"},
+        {{"/proc/cmdline", "read", "3", "1", "once", "short=2"}, "leave out --offset"},
+        {{"cpld", "any", "", "0", "once", "refuse=-5"}, "from 1"},
+        {{"cpld", "any", "", "-1", "once", "refuse=-5"}, "from 1"},
+        {{"cpld", "any", "", "1", "often", "refuse=-5"}, "choose from: once, every, from"},
+        {{"cpld", "any", "", "1", "once", "explode"}, "choose from: refuse, open-fails"},
+        {{"cpld", "any", "", "1", "once", "refuse"}, "refuse=-5"},
+        {{"cpld", "any", "", "1", "once", "refuse=0"}, "other than 0"},
+        {{"cpld", "any", "", "1", "once", "refuse=5x"}, "refuse=-5"},
+        {{"cpld", "any", "", "1", "once", "refuse=4294967296"}, "refuse=-5"},
+        {{"cpld", "any", "", "1", "once", "ioctl-fails=EWHAT"}, "ENOENT or 2"},
+        {{"cpld", "any", "", "1", "once", "ioctl-fails=0"}, "ENOENT or 2"},
+        {{"cpld", "any", "", "1", "once", "no-answer=1"}, "takes no value"},
+        {{"cpld", "any", "", "1", "once", "corrupt=1"}, "corrupt=0:0x80"},
+        {{"cpld", "any", "", "1", "once", "corrupt=2:1"}, "0 to 1"},
+        {{"i2c", "any", "", "1", "once", "corrupt=0:0"}, "1 to 255"},
+        {{"cpld", "any", "", "1", "once", "short=1"}, "short is for i2c and files"},
+        {{"gpio", "any", "", "1", "once", "corrupt=0:1"}, "corrupt is for cpld, i2c and files"},
+        {{"cpld", "open", "", "1", "once", "refuse=-5"}, "--device /dev/bspHandle"},
+        {{"cpld", "any", "", "1", "once", "open-fails=EIO"}, "/dev/bspHandle --op open"},
+        {{"/proc/cmdline", "any", "", "1", "once", "open-fails=EIO"}, "--op open"},
+        {{"/proc/cmdline", "any", "", "1", "once", "short=1"}, "--op read or --op write"},
+        {{"/dev/bspHandle", "read", "", "1", "once", "short=1"}, "other than the driver's node"},
+        {{"/proc/cmdline", "write", "", "1", "once", "corrupt=0:1"}, "--op read"},
+        {{"/proc/cmdline", "read", "", "1", "once", "refuse=-5"}, "cannot have the effect refuse"},
+        {{"/dev/bspHandle", "any", "", "1", "once", "ioctl-fails=EIO"}, "cannot have the effect"},
+        {{"/proc/cmdline", "read", "", "1", "once", "no-answer"}, "cannot have the effect"},
+    };
+    for (const auto &[words, reason] : cases)
+        EXPECT_NE(refusalOf(words).find(reason), std::string::npos)
+            << words.device << ' ' << words.effect << ": " << refusalOf(words);
+}
+
+} // namespace

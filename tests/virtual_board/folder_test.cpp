@@ -1,0 +1,236 @@
+// Board folders: made whole or not at all, and refused when they are not what they should be.
+
+#include "tests/support/virtual_board_test.h"
+#include "virtual_board/board/paths.h"
+
+#include <csignal>
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class FolderTest : public ::testing::Test {
+  protected:
+    void SetUp() override { ASSERT_EQ(make(), ""); }
+
+    /** Makes a board; the reason why not, or nothing. */
+    std::string make(const std::string &name = "board", uint32_t devId = 0x0709) const {
+        vb::BoardOptions options;
+        options.devId = devId;
+        vb::FolderError error = {};
+        return vb::createBoard(path(name), options, error) ? "" : error.text;
+    }
+
+    std::string path(const std::string &name = "board") const {
+        return folder_.path() + "/" + name;
+    }
+
+    /** Opens a board; the reason why not, or nothing. */
+    std::string open(const std::string &name = "board") const {
+        vb::BoardFolder folder;
+        vb::FolderError error = {};
+        return folder.open(path(name).c_str(), error) ? "" : error.text;
+    }
+
+    /** Changes bytes of the state file. */
+    void patch(size_t offset, const void *data, size_t size) const {
+        std::fstream file(path() + "/board.state", std::ios::in | std::ios::out);
+        file.seekp(static_cast<std::streamoff>(offset));
+        file.write(static_cast<const char *>(data), static_cast<std::streamsize>(size));
+        file.close();
+        ASSERT_FALSE(file.fail());
+    }
+
+    /** Changes the header and makes its check value fit. */
+    void patchHeader(const std::function<void(vb::BoardHeader &)> &change) const {
+        vb::BoardHeader header = {};
+        std::ifstream(path() + "/board.state")
+            .read(reinterpret_cast<char *>(&header), sizeof(header));
+        change(header);
+        header.check = vb::headerCheck(header);
+        patch(0, &header, sizeof(header));
+    }
+
+    /** How many entries the folder above has: one per board, and nothing left over. */
+    long entries() const {
+        return std::distance(fs::directory_iterator(folder_.path()), fs::directory_iterator());
+    }
+
+  private:
+    TemporaryFolder folder_;
+};
+
+#define EXPECT_SAYS(text, part) EXPECT_NE((text).find(part), std::string::npos) << (text)
+
+TEST_F(FolderTest, ANewBoardIsWholeAndUsable) {
+    EXPECT_EQ(open(), "");
+    for (const char *file : {"board.state", "lock", "root/dev/bspHandle", "root/proc/cmdline"})
+        EXPECT_TRUE(fs::is_regular_file(path() + "/" + file)) << file;
+    EXPECT_TRUE(fs::is_directory(path() + "/root/tmp/bsp"));
+    EXPECT_EQ(fs::file_size(path() + "/board.state"), sizeof(vb::Board));
+    EXPECT_EQ(entries(), 1);
+}
+
+TEST_F(FolderTest, AnEmptyFolderIsFilledAndAFullOneRefused) {
+    fs::create_directory(path("empty"));
+    EXPECT_EQ(make("empty"), "");
+    EXPECT_EQ(open("empty"), "");
+    EXPECT_SAYS(make("empty"), "exists already; choose another name");
+    std::ofstream(path("file")) << "mine";
+    EXPECT_SAYS(make("file"), "exists already");
+    EXPECT_EQ(fs::file_size(path("file")), 4u);
+    EXPECT_EQ(entries(), 3);
+}
+
+TEST_F(FolderTest, WhatCannotBeMadeLeavesNothing) {
+    EXPECT_SAYS(make("none/board"), "is not a folder; create it first");
+    EXPECT_SAYS(make("other", 0x1234), "'vboard list-models'");
+    EXPECT_EQ(entries(), 1);
+}
+
+TEST_F(FolderTest, ABoardThatDoesNotFitOnTheDiskLeavesNothing) {
+    rlimit before = {};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small = {100000, before.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    const std::string reason = make("other");
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_SAYS(reason, "cannot write the board's files: File too large");
+    EXPECT_EQ(entries(), 1);
+}
+
+TEST_F(FolderTest, TextsThatDoNotFitAreRefused) {
+    vb::FolderError error = {};
+    for (const std::string &serial : {std::string(), std::string(32, 'S'), std::string("a\nb")}) {
+        vb::BoardOptions options;
+        options.devId = 0x0709;
+        options.serial = serial;
+        EXPECT_FALSE(vb::createBoard(path("other"), options, error));
+        EXPECT_SAYS(std::string(error.text), "1 to 31 printable");
+    }
+    vb::BoardOptions options;
+    options.devId = 0x0709;
+    options.commandLine = "two\nlines";
+    EXPECT_FALSE(vb::createBoard(path("other"), options, error));
+    EXPECT_SAYS(std::string(error.text), "1024 printable");
+    EXPECT_EQ(entries(), 1);
+}
+
+TEST_F(FolderTest, AFolderWithoutABoardIsRefused) {
+    EXPECT_SAYS(open("none"), "No such file or directory; create a board with");
+    fs::create_directory(path("empty"));
+    EXPECT_SAYS(open("empty"), "is not a board");
+}
+
+TEST_F(FolderTest, ATruncatedStateIsRefused) {
+    fs::resize_file(path() + "/board.state", sizeof(vb::Board) - 1);
+    EXPECT_SAYS(open(), "is damaged: board.state has " + std::to_string(sizeof(vb::Board) - 1));
+    fs::resize_file(path() + "/board.state", 10);
+    EXPECT_SAYS(open(), "is damaged: board.state is too short");
+    fs::resize_file(path() + "/board.state", 0);
+    EXPECT_SAYS(open(), "is damaged: board.state is too short");
+}
+
+TEST_F(FolderTest, AForeignFileIsRefused) {
+    patch(0, "ELF", 3);
+    EXPECT_SAYS(open(), "is not a board's state");
+}
+
+TEST_F(FolderTest, TheOtherByteOrderIsRefused) {
+    patchHeader([](vb::BoardHeader &header) { header.byteOrder = 0x04030201; });
+    EXPECT_SAYS(open(), "a machine of the other byte order");
+}
+
+TEST_F(FolderTest, AnotherVersionIsRefused) {
+    patchHeader([](vb::BoardHeader &header) { ++header.version; });
+    EXPECT_SAYS(open(), "a board of another version (2, this build uses 1)");
+}
+
+TEST_F(FolderTest, ADamagedHeaderIsRefused) {
+    const uint32_t devId = 0x0109;
+    patch(offsetof(vb::BoardHeader, devId), &devId, sizeof(devId));
+    EXPECT_SAYS(open(), "is damaged: the header");
+}
+
+TEST_F(FolderTest, ImpossibleValuesAreRefused) {
+    const uint32_t many = 5;
+    patch(offsetof(vb::Board, devices.eeprom.blocks), &many, sizeof(many));
+    EXPECT_SAYS(open(), "impossible values");
+}
+
+TEST_F(FolderTest, AMissingFileIsRefused) {
+    for (const char *file : {"root/dev/bspHandle", "root/proc/cmdline"}) {
+        fs::rename(path() + "/" + file, path() + "/moved");
+        EXPECT_SAYS(open(), std::string(file) + " is missing");
+        fs::rename(path() + "/moved", path() + "/" + file);
+    }
+    EXPECT_EQ(open(), "");
+}
+
+TEST_F(FolderTest, WhatOneMayNotUseIsRefused) {
+    fs::permissions(path("."), fs::perms(0555));
+    fs::permissions(path() + "/board.state", fs::perms(0));
+    // Root may do everything; the child gives that up.
+    constexpr uid_t kNobody = 65534;
+    const pid_t child = fork();
+    if (child == 0) {
+        const bool isUser = geteuid() != 0 || setuid(kNobody) == 0;
+        const bool isOpenRefused = open().find("Permission denied") != std::string::npos;
+        const bool isMakeRefused = make("other").find("Permission denied") != std::string::npos;
+        _exit((isUser ? 0 : 1) + (isOpenRefused ? 0 : 2) + (isMakeRefused ? 0 : 4));
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    fs::permissions(path("."), fs::perms(0755));
+    EXPECT_EQ(entries(), 1);
+}
+
+TEST_F(FolderTest, ALockThatCannotBeTakenIsTold) {
+    vb::BoardFolder folder;
+    vb::FolderError error = {};
+    ASSERT_TRUE(folder.open(path().c_str(), error));
+    EXPECT_TRUE(vb::BoardLock(folder).isHeld());
+    fs::remove(path() + "/lock");
+    fs::create_directory(path() + "/lock");
+    EXPECT_FALSE(vb::BoardLock(folder).isHeld());
+}
+
+TEST(BoardPath, IsTidiedAndRecognised) {
+    const struct {
+        const char *path, *tidy;
+        bool isOfBoard;
+    } cases[] = {
+        {"/dev/bspHandle", "/dev/bspHandle", true},
+        {"//dev/./bspHandle", "/dev/bspHandle", true},
+        {"/tmp/bsp/", "/tmp/bsp", true},
+        {"/tmp/bsp/a/b", "/tmp/bsp/a/b", true},
+        {"/tmp/x/../bsp/a", "/tmp/bsp/a", true},
+        {"/tmp/bsp/../x", "/tmp/x", false},
+        {"/../tmp/bsp", "/tmp/bsp", true},
+        {"/tmp/bspFlashLockFile", "/tmp/bspFlashLockFile", true},
+        {"/tmp/bspOther", "/tmp/bspOther", false},
+        {"/tmp", "/tmp", false},
+        {"/", "", false},
+        {"/proc/cmdline2", "/proc/cmdline2", false},
+    };
+    for (const auto &[path, tidy, isOfBoard] : cases) {
+        char buffer[vb::kMaxBoardPath];
+        ASSERT_TRUE(vb::tidyPath(path, buffer)) << path;
+        EXPECT_STREQ(buffer, tidy);
+        EXPECT_EQ(vb::isBoardPath(buffer), isOfBoard) << path;
+    }
+    char buffer[vb::kMaxBoardPath];
+    EXPECT_FALSE(vb::tidyPath(("/" + std::string(vb::kMaxBoardPath, 'a')).c_str(), buffer));
+}
+
+} // namespace

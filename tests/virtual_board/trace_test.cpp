@@ -1,0 +1,112 @@
+// The trace: what it keeps, in words and as JSON.
+
+#include "bsp.h"
+#include "tests/support/virtual_board_test.h"
+#include "virtual_board/words/trace_json.h"
+
+#include <cerrno>
+#include <nlohmann/json.hpp>
+#include <unistd.h>
+
+namespace {
+
+using nlohmann::json;
+
+class TraceTest : public VirtualBoardTest {
+  protected:
+    /** The last request as JSON, without what differs from run to run. */
+    json last() const {
+        json object = vb::traceJson(vb::traceAt(board().trace, board().trace.total - 1));
+        EXPECT_EQ(object["pid"], getpid());
+        EXPECT_EQ(object["time_ns"], now());
+        object.erase("pid");
+        object.erase("time_ns");
+        return object;
+    }
+};
+
+TEST_F(TraceTest, TheOldestRequestsAreOverwritten) {
+    vb::TraceRing &ring = board().trace;
+    EXPECT_EQ(vb::traceOldest(ring), 0u);
+    for (uint32_t i = 0; i < vb::kTraceCapacity + 3; ++i)
+        vb::traceNext(ring).offset = i;
+    EXPECT_EQ(ring.total, vb::kTraceCapacity + 3u);
+    EXPECT_EQ(vb::traceOldest(ring), 3u);
+    EXPECT_EQ(vb::traceAt(ring, 3).offset, 3u);
+    EXPECT_EQ(vb::traceAt(ring, ring.total - 1).offset, vb::kTraceCapacity + 2);
+}
+
+TEST_F(TraceTest, CpldRequestsAsJson) {
+    uint16_t value = 0;
+    bspCpldGet(2, &value);
+    EXPECT_EQ(last(), json::parse(R"({"kind": "cpld-read", "register": 2, "name": "version",
+                                      "value": 4882, "result": 0, "errno": 0})"));
+    bspCpldSet(9, 0x1234);
+    EXPECT_EQ(last(), json::parse(R"({"kind": "cpld-write", "register": 9, "name": null,
+                                      "value": 4660, "result": 0, "errno": 0})"));
+    bspCpldGet(64, &value);
+    EXPECT_EQ(last(), json({{"kind", "cpld-read"},
+                            {"register", 64},
+                            {"name", nullptr},
+                            {"value", nullptr},
+                            {"result", -EINVAL},
+                            {"errno", 0}}));
+}
+
+TEST_F(TraceTest, I2cRequestsAsJson) {
+    const uint8_t data[3] = {0x44, 0x00, 0xFF};
+    bspI2cWrite(0, 0, 0x51, 0x10, 1, data, 3);
+    EXPECT_EQ(last(), json::parse(R"({"kind": "i2c-write", "bus": 0, "channel": 0, "device": 81,
+                                      "offset": 16, "length": 3, "data": "4400ff", "result": 0,
+                                      "errno": 0})"));
+    uint8_t byte = 0;
+    bspI2cRead(0, 5, 0x51, 0x10, 1, &byte, 1);
+    EXPECT_EQ(last()["kind"], "i2c-read");
+    EXPECT_EQ(last()["channel"], 5);
+    EXPECT_EQ(last()["data"], nullptr);
+    EXPECT_EQ(last()["result"], -ENXIO);
+}
+
+TEST_F(TraceTest, GpioRequestsAsJson) {
+    bspGpioDirectionOutput(3, 1);
+    EXPECT_EQ(last(), json::parse(R"({"kind": "gpio-output", "line": 3, "level": 1, "result": 0,
+                                      "errno": 0})"));
+    uint32_t level = 0;
+    bspGpioGetValue(3, &level);
+    EXPECT_EQ(last(), json::parse(R"({"kind": "gpio-read", "line": 3, "level": 1, "result": 0,
+                                      "errno": 0})"));
+    bspGpioDirectionInput(3);
+    EXPECT_EQ(last(), json::parse(R"({"kind": "gpio-input", "line": 3, "result": 0, "errno": 0})"));
+}
+
+TEST_F(TraceTest, OtherRequestsOpensAndSleepsAsJson) {
+    BspIoctlRecord record = {};
+    bspFuncIoctl_handle(0x1777, &record);
+    EXPECT_EQ(
+        last(),
+        json({{"kind", "request"}, {"code", 0x1777}, {"result", nullptr}, {"errno", ENOTTY}}));
+    EXPECT_NE(access("/tmp/bsp/none", F_OK), 0);
+    EXPECT_EQ(fopen("/tmp/bsp/none", "r"), nullptr);
+    EXPECT_EQ(last(), json({{"kind", "open"}, {"path", "/tmp/bsp/none"}, {"errno", ENOENT}}));
+    usleep(1500);
+    EXPECT_EQ(vb::traceJson(vb::traceAt(board().trace, board().trace.total - 1))["duration_ns"],
+              1500000);
+}
+
+TEST_F(TraceTest, InWords) {
+    const uint8_t data[2] = {0x44, 0x45};
+    bspI2cWrite(0, 0, 0x51, 0, 1, data, 2);
+    bspGpioDirectionOutput(3, 1);
+    uint32_t level = 0;
+    bspGpioGetValue(3, &level);
+    bspGpioDirectionInput(3);
+    usleep(1000);
+    const timespec time = {0, 1};
+    nanosleep(&time, nullptr);
+    EXPECT_EQ(trace(),
+              (std::vector<std::string>{"I2C write bus 0 ch 0 dev 0x51 off 0x00 len 2: 44 45",
+                                        "GPIO output line 3 = 1", "GPIO read   line 3 = 1",
+                                        "GPIO input  line 3", "sleep 1000 us", "sleep 1 ns"}));
+}
+
+} // namespace

@@ -1,0 +1,216 @@
+// The world's side of a board by name.
+
+#include "virtual_board/words/world.h"
+
+#include "bsp.h"
+#include "tests/support/virtual_board_test.h"
+#include "virtual_board/os/seam.h"
+#include "virtual_board/words/values.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <unistd.h>
+
+namespace {
+
+class WorldTest : public VirtualBoardTest {
+  protected:
+    static std::string get(const std::string &name) {
+        return vb::property(*vb::attachedFolder(), name);
+    }
+    static void set(const std::string &name, const std::string &value) {
+        vb::setProperty(*vb::attachedFolder(), name, value);
+    }
+    /** Why a change is refused. */
+    static std::string refusal(const std::string &name, const std::string &value) {
+        try {
+            set(name, value);
+        } catch (const vb::Refused &refused) {
+            return refused.what();
+        }
+        return "accepted";
+    }
+    static std::string refusal(const std::string &name) {
+        try {
+            return "accepted: " + get(name);
+        } catch (const vb::Refused &refused) {
+            return refused.what();
+        }
+    }
+};
+
+TEST_F(WorldTest, ANewBoard) {
+    EXPECT_EQ(get("model"), "0x0709");
+    EXPECT_EQ(get("time"), "virtual");
+    EXPECT_EQ(get("clock"), "0.000000000");
+    EXPECT_EQ(get("cmdline"), "console=ttyS0,115200 bootver=1.2.3 root=/dev/mtdblock12");
+    EXPECT_EQ(get("identity.serial"), "VB00000001");
+    EXPECT_EQ(get("identity.mac"), "02:00:5e:10:00:00");
+    EXPECT_EQ(get("supply.1.present"), "yes");
+    EXPECT_EQ(get("cpld.2"), "0x1312");
+    EXPECT_EQ(get("gpio.31"), "0");
+    EXPECT_EQ(get("gpio.0.direction"), "input");
+    EXPECT_EQ(get("eeprom.board@256+8"), "444556494e464f00");
+    EXPECT_EQ(get("eeprom.board").size(), 2048u);
+    EXPECT_EQ(get("eeprom.supply2").size(), 512u);
+}
+
+TEST_F(WorldTest, TheListHasEveryPropertyWithItsValue) {
+    const std::vector<vb::Property> all = vb::properties(*vb::attachedFolder());
+    EXPECT_EQ(all.size(), 6u + 2 + 64 + 32 + 32 + 3);
+    for (const vb::Property &property : all)
+        EXPECT_EQ(property.value, get(property.name)) << property.name;
+    const auto shown = std::count_if(all.begin(), all.end(),
+                                     [](const vb::Property &property) { return !property.isIdle; });
+    EXPECT_EQ(shown, 6 + 2 + 3 + 3);
+}
+
+TEST_F(WorldTest, WhatIsSetIsWhatProgramsSee) {
+    set("cpld.1", "0x0109");
+    uint16_t value = 0;
+    EXPECT_EQ(bspCpldGet(1, &value), BSP_OK);
+    EXPECT_EQ(value, 0x0109);
+
+    set("gpio.7", "1");
+    uint32_t level = 0;
+    EXPECT_EQ(bspGpioGetValue(7, &level), BSP_OK);
+    EXPECT_EQ(level, 1u);
+
+    set("eeprom.board@0x1f", "a1B2");
+    uint8_t bytes[2] = {};
+    EXPECT_EQ(bspI2cRead(0, 0, 0x50, 0x1F, 1, bytes, 2), BSP_OK);
+    EXPECT_EQ(bytes[0], 0xA1);
+    EXPECT_EQ(bytes[1], 0xB2);
+    EXPECT_EQ(get("eeprom.board@31+2"), "a1b2");
+
+    set("supply.2.present", "no");
+    EXPECT_NE(bspI2cRead(0, 3, 0x50, 0, 1, bytes, 1), BSP_OK);
+    EXPECT_EQ(get("supply.1.present"), "yes");
+    EXPECT_EQ(get("supply.2.present"), "no");
+    set("eeprom.supply2@255", "5a"); // in the workshop, a chip can be written while unplugged
+    set("supply.2.present", "yes");
+    EXPECT_EQ(bspI2cRead(0, 3, 0x50, 255, 1, bytes, 1), BSP_OK);
+    EXPECT_EQ(bytes[0], 0x5A);
+}
+
+TEST_F(WorldTest, ALineShowsWhatTheProcessorDrives) {
+    EXPECT_EQ(bspGpioDirectionOutput(7, 1), BSP_OK);
+    EXPECT_EQ(get("gpio.7"), "1");
+    EXPECT_EQ(get("gpio.7.direction"), "output");
+    set("gpio.7", "0");
+    EXPECT_EQ(get("gpio.7"), "1");
+    EXPECT_EQ(bspGpioDirectionInput(7), BSP_OK);
+    EXPECT_EQ(get("gpio.7"), "0");
+}
+
+TEST_F(WorldTest, TheIdentityIsSetWithItsChecksum) {
+    set("identity.serial", "SN 42");
+    set("identity.mac", "02:aB:00:00:00:ff");
+    EXPECT_EQ(get("identity.serial"), "SN 42");
+    EXPECT_EQ(get("identity.mac"), "02:ab:00:00:00:ff");
+    BspDevinfo record = {};
+    EXPECT_EQ(bspLocalPieGet(&record), BSP_OK); // judges the checksum
+    uint8_t mac[6] = {};
+    EXPECT_EQ(bspMacAddrGet(0, mac), BSP_OK);
+    EXPECT_EQ(mac[1], 0xAB);
+    char serial[40] = {};
+    uint32_t length = 0;
+    EXPECT_EQ(bspSerialNumGet(serial, &length), BSP_OK);
+    EXPECT_EQ(std::string(serial, length), "SN 42");
+}
+
+TEST_F(WorldTest, ASerialNumberThatIsNotTextIsShownEscaped) {
+    set("eeprom.board@320", "41ff0a5c");
+    EXPECT_EQ(get("identity.serial").substr(0, 13), "A\\xff\\x0a\\x5c");
+}
+
+TEST_F(WorldTest, TheCommandLineIsOneLine) {
+    set("cmdline", "bootver=9.8.7");
+    std::string content;
+    std::getline(std::ifstream(boardFile("/proc/cmdline")), content, '\0');
+    EXPECT_EQ(content, "bootver=9.8.7\n");
+    EXPECT_EQ(get("cmdline"), "bootver=9.8.7");
+    EXPECT_NE(refusal("cmdline", "a\nb").find("printable"), std::string::npos);
+    EXPECT_EQ(get("cmdline"), "bootver=9.8.7");
+    EXPECT_FALSE(std::filesystem::exists(boardFolder() + "/cmdline.new"));
+}
+
+TEST_F(WorldTest, TheClockGoesOnWhenItsKindChanges) {
+    usleep(2500000);
+    EXPECT_EQ(get("clock"), "2.500000000");
+    set("time", "real");
+    const std::string later = get("clock");
+    EXPECT_GE(later, "2.500000000");
+    EXPECT_LT(later, "9");
+    set("time", "virtual");
+    const std::string still = get("clock");
+    EXPECT_GE(still, later);
+    EXPECT_EQ(get("clock"), still);
+}
+
+TEST_F(WorldTest, ARealClockDoesNotRunBehindItsStart) {
+    vb::Clock clock = {0, 1000, vb::TimeMode::Real, 0};
+    EXPECT_EQ(vb::clockNow(clock, 999), 0u);
+    EXPECT_EQ(vb::clockNow(clock, 1007), 7u);
+}
+
+TEST_F(WorldTest, BadNamesAndValuesAreRefusedWithWhatWouldBeRight) {
+    const struct {
+        const char *name, *value, *reason;
+    } cases[] = {
+        {"model", "0x0109", "can only be read"},
+        {"clock", "1", "can only be read"},
+        {"gpio.1.direction", "input", "can only be read"},
+        {"time", "fast", "'real' or 'virtual'"},
+        {"cpld.64", "0", "the numbers are 0 to 63"},
+        {"cpld.-1", "0", "there is no property"},
+        {"cpld.", "0", "there is no property"},
+        {"cpld.1x", "0", "there is no property"},
+        {"cpld.1@2", "0", "has no parts"},
+        {"cpld.1", "0x10000", "0 to 0xFFFF"},
+        {"cpld.1", "", "0 to 0xFFFF"},
+        {"cpld.1", "0x", "0 to 0xFFFF"},
+        {"gpio.32", "0", "the numbers are 0 to 31"},
+        {"gpio.1", "2", "0 or 1"},
+        {"supply.0.present", "no", "the numbers are 1 to 2"},
+        {"supply.3.present", "no", "the numbers are 1 to 2"},
+        {"supply.1.present", "maybe", "'yes' or 'no'"},
+        {"eeprom.board", "abc", "pairs of hexadecimal digits"},
+        {"eeprom.board", "0g", "pairs of hexadecimal digits"},
+        {"eeprom.board", "+1", "pairs of hexadecimal digits"},
+        {"eeprom.board", "", "pairs of hexadecimal digits"},
+        {"eeprom.board@1023", "0000", "would end behind"},
+        {"eeprom.board@4294967295", "00", "would end behind"},
+        {"eeprom.board@0+1", "00", "leave out '+LENGTH'"},
+        {"eeprom.board@x", "00", "'x' is not a number"},
+        {"eeprom.supply1@256", "00", "would end behind"},
+        {"eeprom.supply3", "00", "the numbers are 1 to 2"},
+        {"identity.serial", "", "1 to 31 printable"},
+        {"identity.serial", "12345678901234567890123456789012", "1 to 31 printable"},
+        {"identity.mac", "02:00:5e:10:00", "02:00:5e:10:00:00"},
+        {"identity.mac", "02:00:5e:10:00:0g", "02:00:5e:10:00:00"},
+        {"identity.mac", "02-00-5e-10-00-00", "02:00:5e:10:00:00"},
+        {"nothing", "0", "'vboard get DIR' lists them"},
+    };
+    const vb::Devices before = devices();
+    for (const auto &[name, value, reason] : cases)
+        EXPECT_NE(refusal(name, value).find(reason), std::string::npos)
+            << name << "=" << value << ": " << refusal(name, value);
+    EXPECT_EQ(std::memcmp(&before, &devices(), sizeof(before)), 0);
+    for (const char *name : {"eeprom.board@0+0", "eeprom.board@1024", "eeprom.board@1000+25",
+                             "eeprom.board@1+4294967295"})
+        EXPECT_NE(refusal(name).find("@OFFSET+LENGTH"), std::string::npos) << refusal(name);
+}
+
+TEST_F(WorldTest, ModelsWithBuiltInSuppliesHaveNoSupplyProperties) {
+    useModel(0x0109);
+    EXPECT_NE(refusal("supply.1.present").find("no supply.1.present on model 0x0109"),
+              std::string::npos);
+    EXPECT_NE(refusal("eeprom.supply1").find("built in"), std::string::npos);
+    for (const vb::Property &property : vb::properties(*vb::attachedFolder()))
+        EXPECT_EQ(property.name.find("supply"), std::string::npos) << property.name;
+}
+
+} // namespace

@@ -1,0 +1,21 @@
+#pragma once
+// The files that each board has of its own, under their paths on the board.
+
+namespace vb {
+
+constexpr char kNodePath[] = "/dev/bspHandle";
+constexpr char kCommandLinePath[] = "/proc/cmdline";
+constexpr char kSharedFolderPath[] = "/tmp/bsp";
+
+constexpr unsigned kMaxBoardPath = 256;
+
+/** Whether a tidy path is that of a file or folder which each board has of its own. */
+bool isBoardPath(const char *path);
+
+/**
+ * Copies an absolute path without doubled slashes, "." and ".." parts and a trailing slash; false
+ * when it is too long for a board's path.
+ */
+bool tidyPath(const char *path, char (&buffer)[kMaxBoardPath]);
+
+} // namespace vb

@@ -1,0 +1,50 @@
+#pragma once
+// The commands of `vboard`. Each prints its data on standard output and throws vb::Refused when it
+// cannot do what it is asked.
+
+#include "virtual_board/words/fault_text.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vboard {
+
+struct CreateArguments {
+    std::string folder, model, time, serial, mac, commandLine;
+};
+
+struct TraceArguments {
+    std::string folder;
+    bool asJson = false;
+    bool isFollowing = false;
+    bool isClearing = false;
+    uint32_t last = UINT32_MAX; // how many requests at most, counted from the newest
+};
+
+/** The program of `vboard run` cannot be started. */
+class CannotStart : public std::exception {
+  public:
+    explicit CannotStart(std::string reason) : reason_(std::move(reason)) {}
+    const char *what() const noexcept override { return reason_.c_str(); }
+
+  private:
+    std::string reason_;
+};
+
+void create(const CreateArguments &arguments);
+void listModels(bool asJson);
+
+[[noreturn]] void runProgram(const std::string &folder, const std::vector<std::string> &program);
+void printEnvironment(const std::string &folder, bool forQemu);
+
+void getProperties(const std::string &folder, const std::vector<std::string> &names, bool asJson);
+void setProperty(const std::string &folder, const std::string &name, const std::string &value);
+
+void addFault(const std::string &folder, const vb::FaultWords &words);
+void listFaults(const std::string &folder, bool asJson);
+void clearFaults(const std::string &folder, const std::vector<std::string> &ids);
+
+void printTrace(const TraceArguments &arguments);
+
+} // namespace vboard

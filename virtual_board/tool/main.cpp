@@ -1,0 +1,269 @@
+// The command line of `vboard`.
+
+#include "virtual_board/board/create.h"
+#include "virtual_board/tool/commands.h"
+#include "virtual_board/words/values.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+
+namespace {
+
+enum ExitCode { kDone = 0, kRefused = 1, kUsage = 2, kCannotStart = 3 };
+
+constexpr char kExitCodes[] =
+    "Exit codes:\n"
+    "  0  done\n"
+    "  1  refused: the board or a value is not usable; nothing changed\n"
+    "  2  the command line is wrong\n"
+    "  3  the program of 'vboard run' cannot be started\n"
+    "'vboard run' otherwise ends with the program's own exit code; 125 is "
+    "a program\nthat could not be connected to its board.\n";
+
+/** What the command line asks for; filled by the parser, carried out afterwards. */
+using Command = std::function<void()>;
+
+/** Everything that options are bound to. */
+struct Arguments {
+    vboard::CreateArguments create;
+    vboard::TraceArguments trace;
+    vb::FaultWords fault;
+    std::string folder, name, value;
+    std::vector<std::string> names, ids, program;
+    bool asJson = false;
+    bool forQemu = false;
+};
+
+CLI::App &addCommand(CLI::App &parent, const std::string &name, const std::string &description,
+                     const std::string &examples) {
+    CLI::App &command = *parent.add_subcommand(name, description);
+    command.footer("Examples:\n" + examples);
+    return command;
+}
+
+void addFolder(CLI::App &command, std::string &folder) {
+    command.add_option("DIR", folder, "The board's folder")->required();
+}
+
+void addJson(CLI::App &command, bool &asJson) {
+    command.add_flag("--json", asJson, "Print JSON");
+}
+
+void addCreate(CLI::App &app, Arguments &arguments, Command &todo) {
+    vboard::CreateArguments &create = arguments.create;
+    const vb::BoardOptions usual;
+    create.time = "real";
+    create.serial = usual.serial;
+    create.commandLine = usual.commandLine;
+    create.mac = vb::macText(usual.mac.data());
+
+    CLI::App &command =
+        addCommand(app, "create", "Make a new board in a folder that is not there yet, or is empty",
+                   "  vboard create --model 0x0709 board\n"
+                   "  vboard create --model 0x0109 --time virtual --serial SN42 board\n");
+    addFolder(command, create.folder);
+    command.add_option("--model", create.model, "Device id; 'vboard list-models' lists them")
+        ->required();
+    command
+        .add_option("--time", create.time,
+                    "real, or virtual: sleeps advance the board's clock and return at once")
+        ->check(CLI::IsMember({"real", "virtual"}))
+        ->capture_default_str();
+    command.add_option("--serial", create.serial, "Serial number")->capture_default_str();
+    command.add_option("--mac", create.mac, "MAC address")->capture_default_str();
+    command.add_option("--cmdline", create.commandLine, "Kernel command line")
+        ->capture_default_str();
+    command.callback([&] { todo = [&] { vboard::create(arguments.create); }; });
+}
+
+void addListModels(CLI::App &app, Arguments &arguments, Command &todo) {
+    CLI::App &command = addCommand(app, "list-models", "List the models that boards can be made of",
+                                   "  vboard list-models\n");
+    addJson(command, arguments.asJson);
+    command.callback([&] { todo = [&] { vboard::listModels(arguments.asJson); }; });
+}
+
+void addRun(CLI::App &app, Arguments &arguments, Command &todo) {
+    CLI::App &command = addCommand(
+        app, "run",
+        "Run a program, and all that it starts, on a board: run DIR -- PROGRAM [ARGUMENTS...]",
+        "  vboard run board -- iodbg show\n"
+        "  vboard run board -- sh -c 'cat /proc/cmdline'\n");
+    addFolder(command, arguments.folder);
+    command.callback([&] {
+        if (arguments.program.empty())
+            throw CLI::RequiredError("PROGRAM behind '--'");
+        todo = [&] { vboard::runProgram(arguments.folder, arguments.program); };
+    });
+}
+
+void addEnv(CLI::App &app, Arguments &arguments, Command &todo) {
+    CLI::App &command =
+        addCommand(app, "env",
+                   "Print the environment of a program on a board, for launchers that 'vboard run' "
+                   "cannot start",
+                   "  env $(vboard env board) iodbg show\n"
+                   "  qemu-mips -L /usr/mips-linux-gnu $(vboard env --qemu board) ./iodbg show\n");
+    addFolder(command, arguments.folder);
+    command.add_flag("--qemu", arguments.forQemu, "Print arguments for qemu's user emulation");
+    command.callback(
+        [&] { todo = [&] { vboard::printEnvironment(arguments.folder, arguments.forQemu); }; });
+}
+
+void addGet(CLI::App &app, Arguments &arguments, Command &todo) {
+    CLI::App &command =
+        addCommand(app, "get", "Show what the board holds; without a name, everything",
+                   "  vboard get board\n"
+                   "  vboard get board cpld.2 supply.1.present\n"
+                   "  vboard get board eeprom.board@0x100+16\n");
+    addFolder(command, arguments.folder);
+    command.add_option("NAME", arguments.names, "Properties");
+    addJson(command, arguments.asJson);
+    command.callback([&] {
+        todo = [&] { vboard::getProperties(arguments.folder, arguments.names, arguments.asJson); };
+    });
+}
+
+void addSet(CLI::App &app, Arguments &arguments, Command &todo) {
+    CLI::App &command = addCommand(app, "set", "Change what the board holds",
+                                   "  vboard set board supply.2.present no\n"
+                                   "  vboard set board cpld.2 0x2413\n"
+                                   "  vboard set board eeprom.board@0x100 00ff\n"
+                                   "  vboard set board identity.mac 02:00:5e:10:00:01\n");
+    addFolder(command, arguments.folder);
+    command.add_option("NAME", arguments.name, "Property")->required();
+    command.add_option("VALUE", arguments.value, "Its new value")->required();
+    command.callback([&] {
+        todo = [&] { vboard::setProperty(arguments.folder, arguments.name, arguments.value); };
+    });
+}
+
+void addFaultAdd(CLI::App &fault, Arguments &arguments, Command &todo) {
+    vb::FaultWords &words = arguments.fault;
+    CLI::App &command = addCommand(
+        fault, "add", "Add a rule and print its number",
+        "  vboard fault board add --device cpld --op read --offset 1 --effect refuse=-5\n"
+        "  vboard fault board add --device i2c:0.0.0x51 --nth 3 --when from --effect no-answer\n"
+        "  vboard fault board add --device /dev/bspHandle --op open --effect open-fails=ENODEV\n"
+        "  vboard fault board add --device /tmp/bsp/devId --op read --effect short=2\n");
+    command
+        .add_option("--device", words.device,
+                    "cpld, gpio, i2c, i2c:BUS.CHANNEL.DEVICE, or the path of a file of the board")
+        ->required();
+    command.add_option("--op", words.op, "any, open, read or write")->capture_default_str();
+    command.add_option("--offset", words.offset,
+                       "Only this register, line, or offset inside an I2C device");
+    command.add_option("--nth", words.nth, "Which matching request, counted from 1")
+        ->capture_default_str();
+    command.add_option("--when", words.when, "once, every (n-th), or from (the n-th on)")
+        ->capture_default_str();
+    command
+        .add_option("--effect", words.effect,
+                    "refuse=RESULT, open-fails=ERRNO, ioctl-fails=ERRNO, short=BYTES, "
+                    "corrupt=INDEX:MASK, no-answer")
+        ->required();
+    command.callback([&] { todo = [&] { vboard::addFault(arguments.folder, arguments.fault); }; });
+}
+
+void addFault(CLI::App &app, Arguments &arguments, Command &todo) {
+    CLI::App &fault = addCommand(app, "fault", "Let requests go wrong by rules",
+                                 "  vboard fault board add --help\n"
+                                 "  vboard fault board list\n"
+                                 "  vboard fault board clear 2\n");
+    addFolder(fault, arguments.folder);
+    fault.require_subcommand(1);
+    addFaultAdd(fault, arguments, todo);
+
+    CLI::App &list = addCommand(fault, "list", "List the rules and how often they fired",
+                                "  vboard fault board list --json\n");
+    addJson(list, arguments.asJson);
+    list.callback([&] { todo = [&] { vboard::listFaults(arguments.folder, arguments.asJson); }; });
+
+    CLI::App &clear = addCommand(fault, "clear", "Remove rules; without a number, all",
+                                 "  vboard fault board clear\n"
+                                 "  vboard fault board clear 1 3\n");
+    clear.add_option("ID", arguments.ids, "Numbers of rules");
+    clear.callback([&] { todo = [&] { vboard::clearFaults(arguments.folder, arguments.ids); }; });
+}
+
+void addTrace(CLI::App &app, Arguments &arguments, Command &todo) {
+    vboard::TraceArguments &trace = arguments.trace;
+    CLI::App &command = addCommand(app, "trace",
+                                   "Show the requests that reached the board: board time in "
+                                   "seconds, process id, request",
+                                   "  vboard trace board --last 10\n"
+                                   "  vboard trace board --follow\n"
+                                   "  vboard trace board --json --clear\n");
+    addFolder(command, trace.folder);
+    command.add_flag("--json", trace.asJson, "Print one JSON object per line");
+    command.add_option("--last", trace.last, "Only the last N requests");
+    CLI::Option *follow =
+        command.add_flag("--follow", trace.isFollowing, "Go on with new requests until stopped");
+    command.add_flag("--clear", trace.isClearing, "Forget the requests after showing them")
+        ->excludes(follow);
+    command.callback([&] { todo = [&] { vboard::printTrace(arguments.trace); }; });
+}
+
+void addCommands(CLI::App &app, Arguments &arguments, Command &todo) {
+    app.require_subcommand(1);
+    app.footer(std::string("'vboard COMMAND --help' shows a command's options and examples.\n\n") +
+               kExitCodes);
+    addCreate(app, arguments, todo);
+    addListModels(app, arguments, todo);
+    addRun(app, arguments, todo);
+    addEnv(app, arguments, todo);
+    addGet(app, arguments, todo);
+    addSet(app, arguments, todo);
+    addFault(app, arguments, todo);
+    addTrace(app, arguments, todo);
+}
+
+int fail(ExitCode code, const std::string &reason) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "vboard: %s\n", reason.c_str());
+    return code;
+}
+
+int carryOut(const Command &todo) {
+    try {
+        todo();
+    } catch (const vboard::CannotStart &failure) {
+        return fail(kCannotStart, failure.what());
+    } catch (const std::exception &refusal) {
+        return fail(kRefused, refusal.what());
+    }
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0)
+        return fail(kRefused, "cannot write the output");
+    return kDone;
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    CLI::App app("A whole switch in software: makes virtual boards, runs programs on them, and "
+                 "shows and changes what they hold.",
+                 "vboard");
+    Arguments arguments;
+    Command todo;
+    addCommands(app, arguments, todo);
+
+    // What follows '--' is the program's own, options included, and not for this parser.
+    std::vector<std::string> words(argv + 1, argv + argc);
+    const bool isRun = !words.empty() && words.front() == "run";
+    const auto separator = isRun ? std::find(words.begin(), words.end(), "--") : words.end();
+    if (separator != words.end()) {
+        arguments.program.assign(separator + 1, words.end());
+        words.erase(separator, words.end());
+    }
+    std::reverse(words.begin(), words.end()); // the order in which CLI11 takes them
+    try {
+        app.parse(words);
+    } catch (const CLI::Success &help) {
+        return app.exit(help);
+    } catch (const CLI::ParseError &mistake) {
+        return fail(kUsage, std::string(mistake.what()) + "; 'vboard --help' tells more");
+    }
+    return carryOut(todo);
+}

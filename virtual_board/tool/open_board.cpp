@@ -1,0 +1,26 @@
+#include "virtual_board/tool/open_board.h"
+
+#include "virtual_board/words/values.h"
+
+namespace vboard {
+
+void openBoard(vb::BoardFolder &board, const std::string &folder) {
+    vb::FolderError error = {};
+    if (!board.open(folder.c_str(), error))
+        throw vb::Refused(error.text);
+}
+
+std::unique_ptr<vb::BoardLock> lockBoard(const vb::BoardFolder &board) {
+    auto lock = std::make_unique<vb::BoardLock>(board);
+    if (!lock->isHeld())
+        throw vb::Refused(std::string(board.ownFile(vb::kLockFile).text) +
+                          " cannot be opened for writing; give yourself the permission");
+    return lock;
+}
+
+LockedBoard::LockedBoard(const std::string &folder) {
+    openBoard(folder_, folder);
+    lock_ = lockBoard(folder_);
+}
+
+} // namespace vboard

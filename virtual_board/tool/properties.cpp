@@ -1,0 +1,67 @@
+// The world's side of a board: `vboard get` and `vboard set`.
+
+#include "virtual_board/tool/commands.h"
+#include "virtual_board/tool/open_board.h"
+#include "virtual_board/words/world.h"
+
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+namespace vboard {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/** Every property, or the named ones. */
+std::vector<vb::Property> selected(const std::string &folder,
+                                   const std::vector<std::string> &names) {
+    const LockedBoard board(folder);
+    if (names.empty())
+        return vb::properties(board.folder());
+    std::vector<vb::Property> found;
+    for (const std::string &name : names)
+        found.push_back({name, vb::property(board.folder(), name), false});
+    return found;
+}
+
+void printJson(const std::vector<vb::Property> &properties) {
+    Json object = Json::object();
+    for (const vb::Property &property : properties)
+        object[property.name] = property.value;
+    // A command line that another program wrote may hold any byte.
+    std::printf("%s\n", object.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+}
+
+void printTable(const std::vector<vb::Property> &properties) {
+    constexpr size_t kMostCharacters = 64;
+    for (const vb::Property &property : properties) {
+        if (property.isIdle)
+            continue;
+        const bool isCut = property.value.size() > kMostCharacters;
+        std::printf("%-18s %s%s\n", property.name.c_str(),
+                    property.value.substr(0, kMostCharacters).c_str(), isCut ? "..." : "");
+    }
+    std::fprintf(stderr, "Not shown: CPLD registers that hold 0x0000, GPIO inputs at level 0.\n");
+}
+
+} // namespace
+
+void getProperties(const std::string &folder, const std::vector<std::string> &names, bool asJson) {
+    const std::vector<vb::Property> found = selected(folder, names);
+    if (asJson) {
+        printJson(found);
+    } else if (names.empty()) {
+        printTable(found);
+    } else {
+        for (const vb::Property &property : found)
+            std::printf("%s\n", property.value.c_str());
+    }
+}
+
+void setProperty(const std::string &folder, const std::string &name, const std::string &value) {
+    const LockedBoard board(folder);
+    vb::setProperty(board.folder(), name, value);
+}
+
+} // namespace vboard

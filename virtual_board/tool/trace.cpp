@@ -1,0 +1,93 @@
+// `vboard trace`.
+
+#include "virtual_board/tool/commands.h"
+#include "virtual_board/tool/open_board.h"
+#include "virtual_board/words/trace_json.h"
+#include "virtual_board/words/trace_text.h"
+#include "virtual_board/words/values.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+#include <unistd.h>
+
+namespace vboard {
+
+namespace {
+
+constexpr useconds_t kFollowInterval = 100000;
+
+/** Requests copied out of the ring, so that the board is not kept waiting while they are printed.
+ */
+struct Excerpt {
+    std::vector<vb::TraceRecord> records;
+    uint64_t lost = 0; // older ones that were overwritten
+    uint64_t next = 0; // the running number behind the last
+};
+
+/** The requests from a running number on. */
+Excerpt excerptFrom(const vb::TraceRing &ring, uint64_t number) {
+    Excerpt excerpt;
+    const uint64_t from = number > ring.total ? 0 : number; // the trace was cleared meanwhile
+    const uint64_t first = std::max(from, vb::traceOldest(ring));
+    for (uint64_t i = first; i < ring.total; ++i)
+        excerpt.records.push_back(vb::traceAt(ring, i));
+    excerpt.lost = first - from;
+    excerpt.next = ring.total;
+    return excerpt;
+}
+
+void print(const vb::TraceRecord &record, bool asJson) {
+    if (asJson)
+        std::printf("%s\n", vb::traceJson(record)
+                                .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)
+                                .c_str());
+    else
+        std::printf("%s %d %s\n", vb::secondsText(record.timeNs).c_str(), record.pid,
+                    vb::traceText(record).c_str());
+}
+
+void print(const Excerpt &excerpt, const TraceArguments &arguments) {
+    const size_t count = excerpt.records.size();
+    const size_t shown = std::min<size_t>(count, arguments.last);
+    if (excerpt.lost > 0 && arguments.last > count)
+        std::fprintf(stderr, "vboard: %llu older requests were overwritten\n",
+                     static_cast<unsigned long long>(excerpt.lost));
+    for (size_t i = count - shown; i < count; ++i)
+        print(excerpt.records[i], arguments.asJson);
+    std::fflush(stdout);
+}
+
+/** Prints what comes, until a signal or a reader that has gone ends this program. */
+[[noreturn]] void follow(const TraceArguments &first) {
+    vb::BoardFolder folder;
+    openBoard(folder, first.folder);
+    TraceArguments arguments = first;
+    for (uint64_t next = 0;; usleep(kFollowInterval)) {
+        Excerpt excerpt;
+        {
+            const auto lock = lockBoard(folder);
+            excerpt = excerptFrom(folder.board()->trace, next);
+        }
+        print(excerpt, arguments);
+        arguments.last = UINT32_MAX; // only what was there at the start is limited
+        next = excerpt.next;
+    }
+}
+
+} // namespace
+
+void printTrace(const TraceArguments &arguments) {
+    if (arguments.isFollowing)
+        follow(arguments);
+    Excerpt excerpt;
+    {
+        const LockedBoard board(arguments.folder);
+        excerpt = excerptFrom(board->trace, 0);
+        if (arguments.isClearing)
+            board->trace.total = 0;
+    }
+    print(excerpt, arguments);
+}
+
+} // namespace vboard

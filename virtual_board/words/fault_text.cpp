@@ -1,0 +1,281 @@
+#include "virtual_board/words/fault_text.h"
+
+#include "virtual_board/board/paths.h"
+#include "virtual_board/devices/cpld.h"
+#include "virtual_board/devices/gpio.h"
+#include "virtual_board/words/values.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace vb {
+
+namespace {
+
+constexpr int kHighestErrno = 4095;
+constexpr uint32_t kHighestTransferIndex = 4095;
+constexpr uint32_t kHighestRegisterIndex = 1;
+
+template <typename Value>
+struct Word {
+    const char *text;
+    Value value;
+};
+
+constexpr Word<FaultOp> kOps[] = {{"any", FaultOp::Any},
+                                  {"open", FaultOp::Open},
+                                  {"read", FaultOp::Read},
+                                  {"write", FaultOp::Write}};
+constexpr Word<FaultWhen> kWhens[] = {
+    {"once", FaultWhen::Once}, {"every", FaultWhen::Every}, {"from", FaultWhen::FromOn}};
+constexpr Word<FaultDevice> kDevices[] = {
+    {"cpld", FaultDevice::Cpld}, {"gpio", FaultDevice::Gpio}, {"i2c", FaultDevice::I2c}};
+constexpr Word<FaultEffect> kEffects[] = {
+    {"refuse", FaultEffect::Refuse},          {"open-fails", FaultEffect::OpenFails},
+    {"ioctl-fails", FaultEffect::IoctlFails}, {"short", FaultEffect::Short},
+    {"corrupt", FaultEffect::Corrupt},        {"no-answer", FaultEffect::NoAnswer}};
+
+/** The value of a word of a list; what says what the list is of. */
+template <typename Value, size_t count>
+Value valueOf(const Word<Value> (&list)[count], const std::string &text, const std::string &what) {
+    std::string choices;
+    for (const auto &word : list) {
+        if (text == word.text)
+            return word.value;
+        choices += (choices.empty() ? "" : ", ") + std::string(word.text);
+    }
+    throw Refused("'" + text + "' is not " + what + "; choose from: " + choices);
+}
+
+template <typename Value, size_t count>
+const char *wordOf(const Word<Value> (&list)[count], Value value) {
+    for (const auto &word : list) {
+        if (word.value == value)
+            return word.text;
+    }
+    return "?";
+}
+
+uint32_t numberOf(const std::string &text, uint32_t min, uint32_t max, const std::string &what) {
+    const auto number = parseNumber(text, max);
+    if (!number.has_value() || *number < min)
+        throw Refused("'" + text + "' is not " + what + ": give a number from " +
+                      std::to_string(min) + " to " + std::to_string(max));
+    return *number;
+}
+
+// Devices
+
+void parseI2cAddress(FaultRule &rule, const std::string &text) {
+    const size_t dot = text.find('.');
+    const size_t secondDot = text.find('.', dot + 1);
+    if (dot == std::string::npos || secondDot == std::string::npos)
+        throw Refused("'" + text +
+                      "' is not an I2C address: give BUS.CHANNEL.DEVICE, as in "
+                      "i2c:0.0.0x51");
+    rule.hasAddress = 1;
+    rule.bus = numberOf(text.substr(0, dot), 0, 0xFF, "an I2C bus");
+    rule.channel = numberOf(text.substr(dot + 1, secondDot - dot - 1), 0, 0xFF, "an I2C channel");
+    rule.devAddr = numberOf(text.substr(secondDot + 1), 0, 0x7F, "an I2C device address");
+}
+
+void parsePath(FaultRule &rule, const std::string &path) {
+    char tidy[kMaxBoardPath];
+    if (!tidyPath(path.c_str(), tidy) || !isBoardPath(tidy))
+        throw Refused(path + " is not one of the board's own files: /dev/bspHandle, /proc/cmdline, "
+                             "/tmp/bsp..., /tmp/bspFlashLockFile, /tmp/bspPoeLockFile");
+    if (std::strlen(tidy) >= kFaultPathSize)
+        throw Refused("the path is longer than " + std::to_string(kFaultPathSize - 1) +
+                      " characters");
+    std::strcpy(rule.path, tidy);
+}
+
+void parseDevice(FaultRule &rule, const std::string &text) {
+    constexpr char kI2cPrefix[] = "i2c:";
+    if (text.starts_with('/')) {
+        rule.device = FaultDevice::File;
+        parsePath(rule, text);
+    } else if (text.starts_with(kI2cPrefix)) {
+        rule.device = FaultDevice::I2c;
+        parseI2cAddress(rule, text.substr(std::strlen(kI2cPrefix)));
+    } else {
+        rule.device = valueOf(kDevices, text, "a device (or the path of a file of the board)");
+    }
+}
+
+void parseOffset(FaultRule &rule, const std::string &text) {
+    if (text.empty())
+        return;
+    if (rule.device == FaultDevice::File)
+        throw Refused("files have no offset to look at; leave out --offset");
+    rule.hasOffset = 1;
+    if (rule.device == FaultDevice::Cpld)
+        rule.offset = numberOf(text, 0, kCpldRegisters - 1, "a CPLD register");
+    else if (rule.device == FaultDevice::Gpio)
+        rule.offset = numberOf(text, 0, kGpioLines - 1, "a GPIO line");
+    else
+        rule.offset = numberOf(text, 0, UINT32_MAX, "an I2C offset");
+}
+
+// Effects
+
+int32_t parseResult(const std::string &text) {
+    char *end = nullptr;
+    errno = 0;
+    const long long result = std::strtoll(text.c_str(), &end, 0);
+    const bool isWhole = end != text.c_str() && *end == '\0' && errno == 0;
+    if (!isWhole || result == 0 || result < INT32_MIN || result > INT32_MAX)
+        throw Refused("'" + text +
+                      "' is not a result word of a refusal: give a number other than "
+                      "0, as in refuse=-5");
+    return static_cast<int32_t>(result);
+}
+
+int32_t parseErrno(const std::string &text) {
+    for (int number = 1; number <= kHighestErrno; ++number) {
+        const char *name = strerrorname_np(number);
+        if (name != nullptr && text == name)
+            return number;
+    }
+    const auto number = parseNumber(text, kHighestErrno);
+    if (!number.has_value() || *number == 0)
+        throw Refused("'" + text + "' is not an error: give a name or a number, as in ENOENT or 2");
+    return static_cast<int32_t>(*number);
+}
+
+std::string errnoText(int32_t number) {
+    const char *name = strerrorname_np(number);
+    return name != nullptr ? name : std::to_string(number);
+}
+
+void parseCorruption(FaultRule &rule, const std::string &text) {
+    const size_t colon = text.find(':');
+    if (colon == std::string::npos)
+        throw Refused("corrupt needs a byte's index and a mask, as in corrupt=0:0x80");
+    const uint32_t highest =
+        rule.device == FaultDevice::Cpld ? kHighestRegisterIndex : kHighestTransferIndex;
+    rule.argument =
+        static_cast<int32_t>(numberOf(text.substr(0, colon), 0, highest, "a byte's index"));
+    rule.mask = numberOf(text.substr(colon + 1), 1, 0xFF, "a mask");
+}
+
+void parseEffect(FaultRule &rule, const std::string &text) {
+    const size_t equals = text.find('=');
+    const std::string name = text.substr(0, equals);
+    const std::string argument = equals == std::string::npos ? "" : text.substr(equals + 1);
+    rule.effect = valueOf(kEffects, name, "an effect");
+    switch (rule.effect) {
+    case FaultEffect::Refuse:
+        rule.argument = parseResult(argument);
+        break;
+    case FaultEffect::OpenFails:
+    case FaultEffect::IoctlFails:
+        rule.argument = parseErrno(argument);
+        break;
+    case FaultEffect::Short:
+        rule.argument =
+            static_cast<int32_t>(numberOf(argument, 0, kHighestTransferIndex, "a byte count"));
+        break;
+    case FaultEffect::Corrupt:
+        parseCorruption(rule, argument);
+        break;
+    case FaultEffect::NoAnswer:
+        if (equals != std::string::npos)
+            throw Refused("no-answer takes no value; leave out '=" + argument + "'");
+        break;
+    }
+}
+
+std::string effectText(const FaultRule &rule) {
+    const std::string name = wordOf(kEffects, rule.effect);
+    switch (rule.effect) {
+    case FaultEffect::OpenFails:
+    case FaultEffect::IoctlFails:
+        return name + "=" + errnoText(rule.argument);
+    case FaultEffect::Corrupt:
+        return name + "=" + std::to_string(rule.argument) + ":0x" + hex16Text(rule.mask).substr(4);
+    case FaultEffect::NoAnswer:
+        return name;
+    default:
+        return name + "=" + std::to_string(rule.argument);
+    }
+}
+
+// Which effects a use of a device can have
+
+void checkFileRule(const FaultRule &rule) {
+    const bool isNode = std::strcmp(rule.path, kNodePath) == 0;
+    const bool isTransfer = rule.op == FaultOp::Read || rule.op == FaultOp::Write;
+    switch (rule.effect) {
+    case FaultEffect::OpenFails:
+        if (rule.op != FaultOp::Open)
+            throw Refused("open-fails is for opens; give --op open");
+        return;
+    case FaultEffect::Short:
+        if (isNode || !isTransfer)
+            throw Refused("short is for reads and writes of a file; give --op read or --op write, "
+                          "and a file other than the driver's node");
+        return;
+    case FaultEffect::Corrupt:
+        if (isNode || rule.op != FaultOp::Read)
+            throw Refused("corrupt is for reads of a file; give --op read, and a file other than "
+                          "the driver's node");
+        return;
+    default:
+        throw Refused("a file cannot have the effect " + effectText(rule) +
+                      "; it can have open-fails, short and corrupt");
+    }
+}
+
+void checkDeviceRule(const FaultRule &rule) {
+    if (rule.op == FaultOp::Open)
+        throw Refused(std::string("only files are opened; for the driver's node give --device ") +
+                      kNodePath);
+    if (rule.effect == FaultEffect::OpenFails)
+        throw Refused(std::string("open-fails is for files; for the driver's node give --device ") +
+                      kNodePath + " --op open");
+    if (rule.effect == FaultEffect::Short && rule.device != FaultDevice::I2c)
+        throw Refused("short is for i2c and files: other requests have no length");
+    if (rule.effect == FaultEffect::Corrupt && rule.device == FaultDevice::Gpio)
+        throw Refused("corrupt is for cpld, i2c and files: a line's level has no bytes");
+}
+
+} // namespace
+
+FaultRule parseFault(const FaultWords &words) {
+    FaultRule rule{};
+    parseDevice(rule, words.device);
+    rule.op = valueOf(kOps, words.op, "an operation");
+    parseOffset(rule, words.offset);
+    rule.nth = numberOf(words.nth, 1, UINT32_MAX, "a count of requests");
+    rule.when = valueOf(kWhens, words.when, "a time");
+    parseEffect(rule, words.effect);
+    if (rule.device == FaultDevice::File)
+        checkFileRule(rule);
+    else
+        checkDeviceRule(rule);
+    return rule;
+}
+
+FaultWords faultWords(const FaultRule &rule) {
+    FaultWords words;
+    words.device = rule.device == FaultDevice::File ? rule.path : wordOf(kDevices, rule.device);
+    if (rule.hasAddress != 0)
+        words.device += ":" + std::to_string(rule.bus) + "." + std::to_string(rule.channel) +
+                        ".0x" + hex16Text(rule.devAddr).substr(4);
+    words.op = wordOf(kOps, rule.op);
+    words.offset = rule.hasOffset != 0 ? std::to_string(rule.offset) : "";
+    words.nth = std::to_string(rule.nth);
+    words.when = wordOf(kWhens, rule.when);
+    words.effect = effectText(rule);
+    return words;
+}
+
+std::string faultText(const FaultRule &rule) {
+    const FaultWords words = faultWords(rule);
+    return "--device " + words.device + " --op " + words.op +
+           (words.offset.empty() ? "" : " --offset " + words.offset) + " --nth " + words.nth +
+           " --when " + words.when + " --effect " + words.effect;
+}
+
+} // namespace vb

@@ -1,0 +1,30 @@
+#pragma once
+// Fault rules in words.
+
+#include "virtual_board/board/faults.h"
+
+#include <string>
+
+namespace vb {
+
+/** The parts of a rule as the command line has them. */
+struct FaultWords {
+    std::string device;     // cpld, gpio, i2c, i2c:BUS.CH.DEV, or the path of a file of the board
+    std::string op = "any"; // any, open, read, write
+    std::string offset;     // register, line or I2C offset; empty: every one
+    std::string nth = "1";  // which matching request
+    std::string when = "once"; // once, every, from
+    std::string effect;        // refuse=N, open-fails=ERRNO, ioctl-fails=ERRNO, short=N,
+                               // corrupt=INDEX:MASK, no-answer
+};
+
+/** The rule that the words stand for. Words that make no rule that could ever fire throw Refused.
+ */
+FaultRule parseFault(const FaultWords &words);
+
+FaultWords faultWords(const FaultRule &rule);
+
+/** A rule as arguments of `vboard fault add`. */
+std::string faultText(const FaultRule &rule);
+
+} // namespace vb

@@ -1,0 +1,105 @@
+#include "virtual_board/words/trace_json.h"
+
+#include "virtual_board/devices/cpld.h"
+#include "virtual_board/words/values.h"
+
+#include <nlohmann/json.hpp>
+
+namespace vb {
+
+namespace {
+
+using nlohmann::json;
+
+const char *kindName(TraceKind kind) {
+    switch (kind) {
+    case TraceKind::CpldRead:
+        return "cpld-read";
+    case TraceKind::CpldWrite:
+        return "cpld-write";
+    case TraceKind::I2cRead:
+        return "i2c-read";
+    case TraceKind::I2cWrite:
+        return "i2c-write";
+    case TraceKind::GpioInput:
+        return "gpio-input";
+    case TraceKind::GpioOutput:
+        return "gpio-output";
+    case TraceKind::GpioRead:
+        return "gpio-read";
+    case TraceKind::OtherRequest:
+        return "request";
+    case TraceKind::Open:
+        return "open";
+    case TraceKind::Sleep:
+        return "sleep";
+    }
+    return "unknown";
+}
+
+bool isServed(const TraceRecord &record) {
+    return record.error == 0 && record.result == 0;
+}
+
+json readValue(const TraceRecord &record) {
+    return isServed(record) ? json(record.value) : json();
+}
+
+json cpldJson(const TraceRecord &record, const json &value) {
+    const char *name = cpldRegisterName(record.offset);
+    return {{"register", record.offset},
+            {"name", name != nullptr ? json(name) : json()},
+            {"value", value}};
+}
+
+json i2cJson(const TraceRecord &record) {
+    return {{"bus", record.bus},
+            {"channel", record.channel},
+            {"device", record.devAddr},
+            {"offset", record.offset},
+            {"length", static_cast<int32_t>(record.length)},
+            {"data", isServed(record) ? json(hexText(record.data, record.stored)) : json()}};
+}
+
+/** What only this kind of request has. */
+json detailsJson(const TraceRecord &record) {
+    switch (record.kind) {
+    case TraceKind::CpldRead:
+        return cpldJson(record, readValue(record));
+    case TraceKind::CpldWrite:
+        return cpldJson(record, record.value);
+    case TraceKind::I2cRead:
+    case TraceKind::I2cWrite:
+        return i2cJson(record);
+    case TraceKind::GpioInput:
+        return {{"line", record.offset}};
+    case TraceKind::GpioOutput:
+        return {{"line", record.offset}, {"level", record.value}};
+    case TraceKind::GpioRead:
+        return {{"line", record.offset}, {"level", readValue(record)}};
+    case TraceKind::OtherRequest:
+        return {{"code", record.offset}};
+    case TraceKind::Open:
+        return {{"path", reinterpret_cast<const char *>(record.data)}};
+    case TraceKind::Sleep:
+        return {{"duration_ns", record.sleepNs}};
+    }
+    return json::object();
+}
+
+} // namespace
+
+json traceJson(const TraceRecord &record) {
+    json object = detailsJson(record);
+    object["time_ns"] = record.timeNs;
+    object["pid"] = record.pid;
+    object["kind"] = kindName(record.kind);
+    if (record.kind == TraceKind::Sleep)
+        return object;
+    object["errno"] = record.error;
+    if (record.kind != TraceKind::Open)
+        object["result"] = record.error == 0 ? json(record.result) : json();
+    return object;
+}
+
+} // namespace vb

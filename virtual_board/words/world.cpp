@@ -1,0 +1,321 @@
+#include "virtual_board/words/world.h"
+
+#include "virtual_board/board/create.h"
+#include "virtual_board/board/factory.h"
+#include "virtual_board/words/values.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace vb {
+
+namespace {
+
+/** What a property's name leads to. */
+struct Target {
+    const BoardFolder &folder;
+    uint32_t number;                // the N of "cpld.N"
+    std::optional<uint32_t> offset; // behind '@'
+    std::optional<uint32_t> length; // behind '+'
+
+    Board &board() const { return *folder.board(); }
+    Devices &devices() const { return board().devices; }
+};
+
+using Getter = std::string (*)(const Target &);
+using Setter = void (*)(const Target &, const std::string &);
+
+/** One property, or a numbered row of them: '#' stands for the number. */
+struct PropertyType {
+    const char *pattern;
+    uint32_t first, last;
+    Getter get;
+    Setter set;       // null: read only
+    const char *idle; // what an untouched one holds, when that is not worth showing
+    bool hasBytes;    // can be asked for a part
+    bool ofSupply;    // only on models with plug-in supplies
+};
+
+// Model and time
+
+std::string getModel(const Target &target) {
+    return hex16Text(target.board().header.devId);
+}
+
+std::string getTime(const Target &target) {
+    return target.board().clock.mode == TimeMode::Virtual ? "virtual" : "real";
+}
+
+void setTime(const Target &target, const std::string &value) {
+    if (value != "real" && value != "virtual")
+        throw Refused("time is 'real' or 'virtual', not '" + value + "'");
+    setTimeMode(target.board().clock, value == "real" ? TimeMode::Real : TimeMode::Virtual,
+                hostNow());
+}
+
+std::string getClock(const Target &target) {
+    return secondsText(clockNow(target.board().clock, hostNow()));
+}
+
+// The kernel's command line
+
+std::string getCommandLine(const Target &target) {
+    std::ifstream file(target.folder.hostPath(kCommandLinePath).text);
+    std::string line;
+    std::getline(file, line);
+    return line;
+}
+
+void setCommandLine(const Target &target, const std::string &value) {
+    if (const std::string problem = commandLineProblem(value); !problem.empty())
+        throw Refused(problem);
+    // A program that reads it meanwhile sees the old line or the new one.
+    const std::string written = target.folder.ownFile("cmdline.new").text;
+    std::ofstream file(written);
+    file << value << '\n';
+    file.close();
+    std::error_code failure;
+    if (file.fail())
+        failure.assign(errno, std::generic_category());
+    else
+        std::filesystem::rename(written, target.folder.hostPath(kCommandLinePath).text, failure);
+    if (!failure)
+        return;
+    std::error_code ignored;
+    std::filesystem::remove(written, ignored);
+    throw Refused("cannot write the command line: " + failure.message());
+}
+
+// Registers and lines
+
+std::string getCpld(const Target &target) {
+    return hex16Text(target.devices().cpld.reg[target.number]);
+}
+
+void setCpld(const Target &target, const std::string &value) {
+    const auto content = parseNumber(value, 0xFFFF);
+    if (!content.has_value())
+        throw Refused("a CPLD register holds 0 to 0xFFFF, not '" + value + "'");
+    target.devices().cpld.reg[target.number] = static_cast<uint16_t>(*content);
+}
+
+std::string getGpio(const Target &target) {
+    return gpioLevel(target.devices().gpio, target.number) ? "1" : "0";
+}
+
+void setGpio(const Target &target, const std::string &value) {
+    const auto level = parseNumber(value, 1);
+    if (!level.has_value())
+        throw Refused("a line's level is 0 or 1, not '" + value + "'");
+    target.devices().gpio.external[target.number] = static_cast<uint8_t>(*level);
+}
+
+std::string getDirection(const Target &target) {
+    return target.devices().gpio.isOutput[target.number] != 0 ? "output" : "input";
+}
+
+// EEPROMs
+
+std::string getBytes(const Eeprom &eeprom, const Target &target) {
+    const uint32_t size = eepromSize(eeprom);
+    const uint32_t offset = target.offset.value_or(0);
+    const uint32_t length = target.length.value_or(offset < size ? size - offset : 1);
+    if (length == 0 || offset >= size || length > size - offset)
+        throw Refused("the EEPROM has bytes 0 to " + std::to_string(size - 1) +
+                      "; give a range inside: @OFFSET+LENGTH");
+    return hexText(eeprom.bytes + offset, length);
+}
+
+void setBytes(Eeprom &eeprom, const Target &target, const std::string &value) {
+    const uint32_t size = eepromSize(eeprom);
+    const uint32_t offset = target.offset.value_or(0);
+    if (target.length.has_value())
+        throw Refused("the bytes tell how many are set; leave out '+LENGTH'");
+    const auto bytes = parseHex(value);
+    if (!bytes.has_value())
+        throw Refused("bytes are pairs of hexadecimal digits, like 00ff12");
+    if (offset >= size || bytes->size() > size - offset)
+        throw Refused("the EEPROM has bytes 0 to " + std::to_string(size - 1) + "; " +
+                      std::to_string(bytes->size()) + " bytes from " + std::to_string(offset) +
+                      " on would end behind them");
+    std::memcpy(eeprom.bytes + offset, bytes->data(), bytes->size());
+}
+
+std::string getBoardEeprom(const Target &target) {
+    return getBytes(target.devices().eeprom, target);
+}
+
+void setBoardEeprom(const Target &target, const std::string &value) {
+    setBytes(target.devices().eeprom, target, value);
+}
+
+Supply &supplyOf(const Target &target) {
+    return target.devices().supply[target.number - 1];
+}
+
+std::string getSupplyEeprom(const Target &target) {
+    return getBytes(supplyOf(target).eeprom, target);
+}
+
+void setSupplyEeprom(const Target &target, const std::string &value) {
+    setBytes(supplyOf(target).eeprom, target, value);
+}
+
+std::string getPresent(const Target &target) {
+    return supplyOf(target).isPresent != 0 ? "yes" : "no";
+}
+
+void setPresent(const Target &target, const std::string &value) {
+    if (value != "yes" && value != "no")
+        throw Refused("a supply is present: 'yes' or 'no', not '" + value + "'");
+    supplyOf(target).isPresent = value == "yes" ? 1 : 0;
+}
+
+// The factory's record
+
+/** A field's text, with what is not printable as \xNN. */
+std::string getSerial(const Target &target) {
+    const uint8_t *serial = factorySerial(target.devices().eeprom);
+    std::string text;
+    for (uint32_t i = 0; i < kFactorySerialSize && serial[i] != 0; ++i) {
+        const bool isPlain = serial[i] >= ' ' && serial[i] <= '~' && serial[i] != '\\';
+        text +=
+            isPlain ? std::string(1, static_cast<char>(serial[i])) : "\\x" + hexText(serial + i, 1);
+    }
+    return text;
+}
+
+void setSerial(const Target &target, const std::string &value) {
+    if (const std::string problem = serialProblem(value); !problem.empty())
+        throw Refused(problem);
+    setFactorySerial(target.devices().eeprom, value.c_str());
+}
+
+std::string getMac(const Target &target) {
+    return macText(factoryMac(target.devices().eeprom));
+}
+
+void setMac(const Target &target, const std::string &value) {
+    const auto bytes = parseMac(value);
+    if (!bytes.has_value())
+        throw Refused("a MAC address looks like 02:00:5e:10:00:00, not '" + value + "'");
+    uint8_t mac[kFactoryMacSize];
+    std::memcpy(mac, bytes->data(), sizeof(mac));
+    setFactoryMac(target.devices().eeprom, mac);
+}
+
+constexpr PropertyType kProperties[] = {
+    {"model", 0, 0, getModel, nullptr, nullptr, false, false},
+    {"time", 0, 0, getTime, setTime, nullptr, false, false},
+    {"clock", 0, 0, getClock, nullptr, nullptr, false, false},
+    {"cmdline", 0, 0, getCommandLine, setCommandLine, nullptr, false, false},
+    {"identity.serial", 0, 0, getSerial, setSerial, nullptr, false, false},
+    {"identity.mac", 0, 0, getMac, setMac, nullptr, false, false},
+    {"supply.#.present", 1, kSupplies, getPresent, setPresent, nullptr, false, true},
+    {"cpld.#", 0, kCpldRegisters - 1, getCpld, setCpld, "0x0000", false, false},
+    {"gpio.#", 0, kGpioLines - 1, getGpio, setGpio, "0", false, false},
+    {"gpio.#.direction", 0, kGpioLines - 1, getDirection, nullptr, "input", false, false},
+    {"eeprom.board", 0, 0, getBoardEeprom, setBoardEeprom, nullptr, true, false},
+    {"eeprom.supply#", 1, kSupplies, getSupplyEeprom, setSupplyEeprom, nullptr, true, true},
+};
+
+bool exists(const PropertyType &type, const Board &board) {
+    const Model *model = findModel(board.header.devId);
+    return !type.ofSupply || (model != nullptr && model->hasSupplyEeproms);
+}
+
+std::string nameOf(const PropertyType &type, uint32_t number) {
+    std::string name = type.pattern;
+    if (const size_t place = name.find('#'); place != std::string::npos)
+        name.replace(place, 1, std::to_string(number));
+    return name;
+}
+
+/** The number in a name of a type; nothing when the name is not of that type. */
+std::optional<uint32_t> numberIn(const std::string &name, const PropertyType &type) {
+    const std::string pattern = type.pattern;
+    const size_t place = pattern.find('#');
+    if (place == std::string::npos)
+        return name == pattern ? std::optional<uint32_t>(0) : std::nullopt;
+    const std::string behind = pattern.substr(place + 1);
+    if (name.size() <= place + behind.size() || name.compare(0, place, pattern, 0, place) != 0 ||
+        !name.ends_with(behind))
+        return std::nullopt;
+    return parseNumber(name.substr(place, name.size() - place - behind.size()), UINT32_MAX);
+}
+
+std::optional<uint32_t> parseRangePart(const std::string &text) {
+    const auto number = parseNumber(text, UINT32_MAX);
+    if (!number.has_value())
+        throw Refused("'" + text + "' is not a number; a part of an EEPROM is @OFFSET+LENGTH");
+    return number;
+}
+
+struct Reference {
+    const PropertyType *type;
+    Target target;
+};
+
+/** What a full name, with its range, stands for. */
+Reference resolve(const BoardFolder &folder, const std::string &fullName) {
+    const size_t at = fullName.find('@');
+    const std::string name = fullName.substr(0, at);
+    Reference found = {nullptr, {folder, 0, std::nullopt, std::nullopt}};
+    for (const PropertyType &type : kProperties) {
+        const auto number = numberIn(name, type);
+        if (!number.has_value())
+            continue;
+        if (*number < type.first || *number > type.last)
+            throw Refused("there is no " + name + "; the numbers are " +
+                          std::to_string(type.first) + " to " + std::to_string(type.last));
+        found.type = &type;
+        found.target.number = *number;
+    }
+    if (found.type == nullptr)
+        throw Refused("there is no property '" + name + "'; 'vboard get DIR' lists them");
+    if (!exists(*found.type, *folder.board()))
+        throw Refused("there is no " + name + " on model " +
+                      hex16Text(folder.board()->header.devId) + ": its supplies are built in");
+    if (at == std::string::npos)
+        return found;
+    if (!found.type->hasBytes)
+        throw Refused(name + " has no parts; leave out '" + fullName.substr(at) + "'");
+    const size_t plus = fullName.find('+', at);
+    found.target.offset = parseRangePart(fullName.substr(at + 1, plus - at - 1));
+    if (plus != std::string::npos)
+        found.target.length = parseRangePart(fullName.substr(plus + 1));
+    return found;
+}
+
+} // namespace
+
+std::vector<Property> properties(const BoardFolder &folder) {
+    std::vector<Property> all;
+    for (const PropertyType &type : kProperties) {
+        if (!exists(type, *folder.board()))
+            continue;
+        for (uint32_t number = type.first; number <= type.last; ++number) {
+            const std::string value = type.get({folder, number, std::nullopt, std::nullopt});
+            const bool isIdle = type.idle != nullptr && value == type.idle;
+            all.push_back({nameOf(type, number), value, isIdle});
+        }
+    }
+    return all;
+}
+
+std::string property(const BoardFolder &folder, const std::string &name) {
+    const Reference found = resolve(folder, name);
+    return found.type->get(found.target);
+}
+
+void setProperty(const BoardFolder &folder, const std::string &name, const std::string &value) {
+    const Reference found = resolve(folder, name);
+    if (found.type->set == nullptr)
+        throw Refused(name + " can only be read");
+    found.type->set(found.target, value);
+}
+
+} // namespace vb
