@@ -90,7 +90,7 @@ TEST_F(CommandTest, GetShowsTheNamedPropertiesOrAll) {
               json::parse(R"({"cpld.2": "0x1312"})"));
     const std::string table = vboard({"get", board()});
     EXPECT_NE(table.find("model              0x0709\n"), std::string::npos);
-    EXPECT_EQ(table.find("cpld.3"), std::string::npos);
+    EXPECT_EQ(table.find("cpld.3 "), std::string::npos);
     const json all = json::parse(vboard({"get", board(), "--json"}));
     EXPECT_EQ(all["cpld.3"], "0x0000");
     EXPECT_EQ(all["eeprom.board"].get<std::string>().size(), 2048u);

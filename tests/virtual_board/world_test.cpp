@@ -64,7 +64,7 @@ TEST_F(WorldTest, TheListHasEveryPropertyWithItsValue) {
         EXPECT_EQ(property.value, get(property.name)) << property.name;
     const auto shown = std::count_if(all.begin(), all.end(),
                                      [](const vb::Property &property) { return !property.isIdle; });
-    EXPECT_EQ(shown, 6 + 2 + 3 + 3);
+    EXPECT_EQ(shown, 6 + 2 + 3 + 1 + 3);
 }
 
 TEST_F(WorldTest, WhatIsSetIsWhatProgramsSee) {

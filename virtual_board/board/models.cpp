@@ -3,20 +3,21 @@
 namespace vb {
 
 const Model kModels[kModelCount] = {
-    {0x0109, "24 ports, 6 SFP uplinks", false, 0},
-    {0x0309, "24 ports, 6 SFP uplinks, 4 fans", false, 0},
-    {0x0409, "48 ports, 6 SFP uplinks, 4 fans", false, 0},
-    {0x0509, "24 SFP ports, 8 copper ports, 6 SFP uplinks, 4 fans", false, 0},
-    {0x0609, "48 SFP ports, 6 SFP uplinks, 4 fans", false, 0},
-    {0x0709, "48 PoE ports, 6 SFP uplinks, 2 fans", true, 48},
-    {0x0809, "24 PoE ports, 6 SFP uplinks, 2 fans", true, 24},
-    {0x8209, "24 ports, 6 SFP uplinks, second variant", false, 0},
-    {0x8309, "48 ports, 6 SFP uplinks, 4 fans, second variant", false, 0},
-    {0x8409, "24 ports, 6 SFP uplinks, 4 fans, second variant", false, 0},
-    {0x8509, "48 SFP ports, 6 SFP uplinks, 4 fans, second variant", false, 0},
-    {0x8609, "24 SFP ports, 8 copper ports, 6 SFP uplinks, 4 fans, second variant", false, 0},
-    {0x8709, "24 PoE ports, 6 SFP uplinks, 2 fans, second variant", true, 24},
-    {0x8809, "48 PoE ports, 6 SFP uplinks, 2 fans, second variant", true, 48},
+    {0x0109, "24 ports, 6 SFP uplinks", false, 0, SupplyLines::None},
+    {0x0309, "24 ports, 6 SFP uplinks, 4 fans", false, 0, SupplyLines::FourFan},
+    {0x0409, "48 ports, 6 SFP uplinks, 4 fans", false, 0, SupplyLines::FourFan},
+    {0x0509, "24 SFP ports, 8 copper ports, 6 SFP uplinks, 4 fans", false, 0, SupplyLines::FourFan},
+    {0x0609, "48 SFP ports, 6 SFP uplinks, 4 fans", false, 0, SupplyLines::FourFan},
+    {0x0709, "48 PoE ports, 6 SFP uplinks, 2 fans", true, 48, SupplyLines::TwoFan},
+    {0x0809, "24 PoE ports, 6 SFP uplinks, 2 fans", true, 24, SupplyLines::TwoFan},
+    {0x8209, "24 ports, 6 SFP uplinks, second variant", false, 0, SupplyLines::None},
+    {0x8309, "48 ports, 6 SFP uplinks, 4 fans, second variant", false, 0, SupplyLines::FourFan},
+    {0x8409, "24 ports, 6 SFP uplinks, 4 fans, second variant", false, 0, SupplyLines::FourFan},
+    {0x8509, "48 SFP ports, 6 SFP uplinks, 4 fans, second variant", false, 0, SupplyLines::FourFan},
+    {0x8609, "24 SFP ports, 8 copper ports, 6 SFP uplinks, 4 fans, second variant", false, 0,
+     SupplyLines::FourFan},
+    {0x8709, "24 PoE ports, 6 SFP uplinks, 2 fans, second variant", true, 24, SupplyLines::TwoFan},
+    {0x8809, "48 PoE ports, 6 SFP uplinks, 2 fans, second variant", true, 48, SupplyLines::TwoFan},
 };
 
 const Model *findModel(uint32_t devId) {

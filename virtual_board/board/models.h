@@ -6,11 +6,15 @@
 
 namespace vb {
 
+/** How supplies whose state is told by lines of the CPLD are wired to it. */
+enum class SupplyLines : uint8_t { None, FourFan, TwoFan };
+
 struct Model {
     uint16_t devId;
     const char *description;
     bool hasSupplyEeproms; // two plug-in supplies, each with an EEPROM
     uint8_t poePorts;      // 0: no PoE controller
+    SupplyLines supplyLines;
 };
 
 constexpr unsigned kModelCount = 14;
