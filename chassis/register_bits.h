@@ -18,7 +18,9 @@ constexpr bool hasBit(uint16_t reg, int64_t bit) {
 
 /** The bits of a field, from its lowest bit on. */
 constexpr uint16_t fieldMask(int64_t lowestBit, unsigned width) {
-    return isRegisterBit(lowestBit) ? static_cast<uint16_t>(((1u << width) - 1) << lowestBit) : 0;
+    if (!isRegisterBit(lowestBit))
+        return 0;
+    return static_cast<uint16_t>(((1u << width) - 1) << lowestBit);
 }
 
 /** A register with a field replaced. */
