@@ -15,6 +15,11 @@ struct Model {
     bool hasSupplyEeproms; // two plug-in supplies, each with an EEPROM
     uint8_t poePorts;      // 0: no PoE controller
     SupplyLines supplyLines;
+    // Places of the front and back panel.
+    uint8_t copperPorts;
+    uint8_t sfpPorts; // cages that take the place of copper ports
+    uint8_t uplinks;  // SFP cages
+    uint8_t fans;
 };
 
 constexpr unsigned kModelCount = 14;
