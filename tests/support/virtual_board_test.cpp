@@ -1,5 +1,6 @@
 #include "tests/support/virtual_board_test.h"
 
+#include "tests/support/files.h"
 #include "virtual_board/os/seam.h"
 #include "virtual_board/words/trace_text.h"
 
@@ -48,8 +49,7 @@ TemporaryFolder::TemporaryFolder()
 }
 
 TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
+    removeFolder(path_);
 }
 
 VirtualBoardTest::VirtualBoardTest(uint32_t devId) : devId_(devId) {}
@@ -69,7 +69,7 @@ void VirtualBoardTest::TearDown() {
 
 void VirtualBoardTest::useModel(uint32_t devId) {
     vb::detachBoard();
-    std::filesystem::remove_all(boardFolder());
+    removeFolder(boardFolder());
     vb::BoardOptions options;
     options.devId = devId;
     options.time = vb::TimeMode::Virtual;

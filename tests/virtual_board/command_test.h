@@ -1,6 +1,7 @@
 #pragma once
 // A test that uses the `vboard` program, with a board of model 0x0709 and virtual time.
 
+#include "tests/support/files.h"
 #include "tests/support/process.h"
 #include "tests/support/virtual_board_test.h"
 
@@ -49,10 +50,10 @@ class CommandTest : public ::testing::Test {
     /** Everything that a board's folder holds, by path. */
     static std::map<std::string, std::string> contentOf(const std::string &folder) {
         std::map<std::string, std::string> content;
-        for (const auto &entry : std::filesystem::recursive_directory_iterator(folder)) {
-            std::string &text = content[entry.path()];
-            if (entry.is_regular_file())
-                std::getline(std::ifstream(entry.path()), text, '\0');
+        for (const std::string &path : pathsUnder(folder)) {
+            std::string &text = content[path];
+            if (std::filesystem::is_regular_file(path))
+                std::getline(std::ifstream(path), text, '\0');
         }
         return content;
     }

@@ -1,8 +1,10 @@
 // Board folders: made whole or not at all, and refused when they are not what they should be.
 
+#include "tests/support/files.h"
 #include "tests/support/virtual_board_test.h"
 #include "virtual_board/board/paths.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstddef>
 #include <filesystem>
@@ -60,7 +62,10 @@ class FolderTest : public ::testing::Test {
 
     /** How many entries the folder above has: one per board, and nothing left over. */
     long entries() const {
-        return std::distance(fs::directory_iterator(folder_.path()), fs::directory_iterator());
+        const std::vector<std::string> all = pathsUnder(folder_.path());
+        return std::count_if(all.begin(), all.end(), [&](const std::string &path) {
+            return fs::path(path).parent_path() == folder_.path();
+        });
     }
 
   private:

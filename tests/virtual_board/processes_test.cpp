@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <poll.h>
 #include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -55,6 +56,23 @@ TEST_F(ProcessesTest, NoRequestOfManyProcessesIsLost) {
         EXPECT_EQ(record.value, ++seen[record.pid]); // each process's requests are in their order
     }
     EXPECT_TRUE(isLockFree());
+}
+
+TEST_F(ProcessesTest, ARequestWaitsForTheLock) {
+    pid_t child = -1;
+    {
+        const vb::BoardLock lock(*vb::attachedFolder());
+        child = fork();
+        if (child == 0)
+            _exit(bspCpldSet(10, 1) == BSP_OK ? 0 : 1);
+        const timespec halfASecond = {0, 500000000};
+        ppoll(nullptr, 0, &halfASecond, nullptr); // a wait that is no sleep of the board
+        EXPECT_EQ(board().trace.total, 0u);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(board().trace.total, 1u);
 }
 
 TEST_F(ProcessesTest, AKilledProcessLeavesTheLockFree) {

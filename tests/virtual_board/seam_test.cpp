@@ -80,7 +80,7 @@ TEST_F(SeamTest, TheSharedFolderIsListedFromTheBoard) {
     DIR *folder = opendir("/tmp/bsp");
     ASSERT_NE(folder, nullptr);
     Lines names;
-    for (const dirent *entry = readdir(folder); entry != nullptr; entry = readdir(folder)) {
+    for (const dirent64 *entry = readdir64(folder); entry != nullptr; entry = readdir64(folder)) {
         if (entry->d_name[0] != '.')
             names.emplace_back(entry->d_name);
     }

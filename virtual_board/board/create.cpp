@@ -4,11 +4,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -30,15 +32,56 @@ bool refuse(FolderError &error, const std::string &reason) {
     return false;
 }
 
-bool writeFile(const fs::path &path, const void *data, size_t size) {
-    std::ofstream file(path, std::ios::binary);
-    file.write(static_cast<const char *>(data), static_cast<std::streamsize>(size));
-    file.close();
-    return !file.fail();
-}
+/**
+ * A folder beside the final one, removed again with all that was made in it unless it was moved.
+ * What was made is known by name: nothing else is ever removed.
+ */
+class TemporaryFolder {
+  public:
+    explicit TemporaryFolder(const fs::path &final) : path_(final.string() + ".new-XXXXXX") {
+        if (mkdtemp(path_.data()) != nullptr)
+            made_.push_back(path_);
+    }
+    TemporaryFolder(const TemporaryFolder &) = delete;
+    TemporaryFolder &operator=(const TemporaryFolder &) = delete;
+    ~TemporaryFolder() {
+        for (auto path = made_.rbegin(); path != made_.rend(); ++path)
+            std::remove(path->c_str());
+    }
+
+    bool isMade() const { return !made_.empty(); }
+    const std::string &path() const { return path_; }
+
+    bool makeFolder(const std::string &name) {
+        made_.push_back(path_ + "/" + name);
+        std::error_code failure;
+        return fs::create_directory(made_.back(), failure);
+    }
+
+    bool writeFile(const std::string &name, const void *data, size_t size) {
+        made_.push_back(path_ + "/" + name);
+        std::ofstream file(made_.back(), std::ios::binary);
+        file.write(static_cast<const char *>(data), static_cast<std::streamsize>(size));
+        file.close();
+        return !file.fail();
+    }
+
+    /** Gives it its final name. */
+    std::error_code moveTo(const fs::path &final) {
+        std::error_code failure;
+        fs::rename(path_, final, failure);
+        if (!failure)
+            made_.clear();
+        return failure;
+    }
+
+  private:
+    std::string path_;
+    std::vector<std::string> made_; // each behind the folder that it is in
+};
 
 /** Fills a folder with the files of a board; false when one of them cannot be written. */
-bool fillFolder(const fs::path &folder, const Model &model, const BoardOptions &options) {
+bool fillFolder(TemporaryFolder &folder, const Model &model, const BoardOptions &options) {
     const auto board = std::make_unique<Board>();
     FactoryData factory = {options.serial.c_str(), {}};
     std::copy(options.mac.begin(), options.mac.end(), factory.mac);
@@ -46,40 +89,16 @@ bool fillFolder(const fs::path &folder, const Model &model, const BoardOptions &
     board->clock.mode = options.time;
     board->clock.startedNs = hostNow();
 
-    const fs::path root = folder / kRootFolder;
-    std::error_code failure;
-    for (const char *path : {"/dev", "/proc", kSharedFolderPath}) {
-        fs::create_directories(root.string() + path, failure);
-        if (failure)
+    const std::string root = kRootFolder;
+    for (const char *path : {"", "/dev", "/proc", "/tmp", kSharedFolderPath}) {
+        if (!folder.makeFolder(root + path))
             return false;
     }
     const std::string commandLine = options.commandLine + "\n";
-    return writeFile(root.string() + kNodePath, "", 0) && writeFile(folder / kLockFile, "", 0) &&
-           writeFile(root.string() + kCommandLinePath, commandLine.data(), commandLine.size()) &&
-           writeFile(folder / kStateFile, board.get(), sizeof(Board));
+    return folder.writeFile(root + kNodePath, "", 0) && folder.writeFile(kLockFile, "", 0) &&
+           folder.writeFile(root + kCommandLinePath, commandLine.data(), commandLine.size()) &&
+           folder.writeFile(kStateFile, board.get(), sizeof(Board));
 }
-
-/** A folder beside the final one, removed again unless it was renamed. */
-class TemporaryFolder {
-  public:
-    explicit TemporaryFolder(const fs::path &final) : name_(final.string() + ".new-XXXXXX") {
-        isMade_ = mkdtemp(name_.data()) != nullptr;
-    }
-    TemporaryFolder(const TemporaryFolder &) = delete;
-    TemporaryFolder &operator=(const TemporaryFolder &) = delete;
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        if (isMade_)
-            fs::remove_all(name_, ignored);
-    }
-
-    bool isMade() const { return isMade_; }
-    const std::string &path() const { return name_; }
-
-  private:
-    std::string name_;
-    bool isMade_ = false;
-};
 
 } // namespace
 
@@ -112,15 +131,15 @@ bool createBoard(const std::string &path, const BoardOptions &options, FolderErr
     if (!fs::is_directory(folder.parent_path(), failure))
         return refuse(error, folder.parent_path().string() + " is not a folder; create it first");
 
-    const TemporaryFolder temporary(folder);
+    TemporaryFolder temporary(folder);
     if (!temporary.isMade())
         return refuse(error, "cannot write to " + folder.parent_path().string() + ": " +
                                  std::strerror(errno));
-    if (!fillFolder(temporary.path(), *model, options))
+    if (!fillFolder(temporary, *model, options))
         return refuse(error,
                       "cannot write the board's files: " + std::string(std::strerror(errno)));
     fs::permissions(temporary.path(), fs::perms(0755), failure);
-    fs::rename(temporary.path(), folder, failure);
+    failure = temporary.moveTo(folder);
     if (failure)
         return refuse(error, "cannot create " + path + ": " + failure.message());
     return true;
