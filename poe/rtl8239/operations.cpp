@@ -176,7 +176,7 @@ int32_t bspPoeRtl8239PortClassificationSet(uint32_t port) {
 }
 
 int32_t bspPoeRtl8239PortPrioritySet(uint32_t port, uint32_t priority) {
-    // Callers count from 1, most important last; the controller counts down to 0.
+    // Callers count from the most important, 1; the controller counts up to it from 0.
     if (priority < 1 || priority > 3)
         return BSP_E_POE_INVALID;
     return setPort(rtl8239CmdPortPrioritySet, port, 3 - static_cast<int32_t>(priority));
