@@ -1,6 +1,11 @@
 # libbsp.so, libbsp.a, and what an installed tree needs to be used.
 
 add_library(bsp_objects OBJECT
+  chassis/control.cpp
+  chassis/led.cpp
+  chassis/pmbus.cpp
+  chassis/power_supply.cpp
+  chassis/watchdog.cpp
   facade/io.cpp
   identity/board_catalogue.cpp
   identity/crc32.cpp
@@ -16,7 +21,20 @@ add_library(bsp_objects OBJECT
   kernel/cpld.cpp
   kernel/gpio.cpp
   kernel/i2c.cpp
-  kernel/request.cpp)
+  kernel/request.cpp
+  poe/rtl8239/app_status.cpp
+  poe/rtl8239/debug_commands.cpp
+  poe/rtl8239/device_init.cpp
+  poe/rtl8239/driver.cpp
+  poe/rtl8239/firmware.cpp
+  poe/rtl8239/global_settings.cpp
+  poe/rtl8239/lock_file.cpp
+  poe/rtl8239/operations.cpp
+  poe/rtl8239/port_map.cpp
+  poe/rtl8239/port_settings.cpp
+  poe/rtl8239/queries.cpp
+  poe/rtl8239/transport.cpp
+  poe/service.cpp)
 target_include_directories(bsp_objects PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 target_link_libraries(bsp_objects PRIVATE bsp_warnings bsp_sanitizers bsp_bare)
 

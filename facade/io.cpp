@@ -59,3 +59,140 @@ int32_t ioMfgDateGet(char *date) {
 int32_t ioMfgDateSet(const char *date) {
     return bspMfgDateSet(date);
 }
+
+// Power supplies, LEDs, watchdog, PTP trigger, slots
+int32_t ioPowerNumGet(int32_t *out) {
+    return bspPowerNumGet(out);
+}
+int32_t ioPowerPresentGet(int32_t index, int32_t *out) {
+    return bspPowerPresentGet(index, out);
+}
+int32_t ioPowerStatusGet(int32_t index, int32_t *out) {
+    return bspPowerStatusGet(index, out);
+}
+int32_t ioPowerInfoGet(int32_t index, BspPowerInfo *info) {
+    return bspPowerInfoGet(index, info);
+}
+int32_t ioLedStateSet(uint32_t unit, uint32_t index, uint32_t kind, uint32_t colour,
+                      uint32_t state) {
+    return bspLedStateSet(unit, index, kind, colour, state);
+}
+int32_t ioWatchdogFeed(void) {
+    return bspWatchdogFeed();
+}
+int32_t ioWatchdogStart(void) {
+    return bspWatchdogStart();
+}
+int32_t ioWatchdogStop(void) {
+    return bspWatchdogStop();
+}
+int32_t ioWatchdogPeriodGet(uint32_t *period) {
+    return bspWatchdogPeriodGet(period);
+}
+int32_t ioWatchdogPeriodSet(uint32_t period) {
+    return bspWatchdogPeriodSet(period);
+}
+int32_t ioPtpTriggerSet(uint32_t value) {
+    return bspPtpTriggerSet(value);
+}
+int32_t ioSlotPresentGet(uint32_t slot, uint32_t *out) {
+    return bspSlotPresentGet(slot, out);
+}
+int32_t ioSlotPowerStateSet(uint32_t slot, uint32_t state) {
+    return bspSlotPowerStateSet(slot, state);
+}
+
+// Power over Ethernet
+int32_t ioPoeDeviceInit(void) {
+    return bspPoeDeviceInit();
+}
+int32_t ioPoeInitStatusSet(uint32_t status) {
+    return bspPoeInitStatusSet(status);
+}
+int32_t ioPoeInitStatusGet(uint32_t *out) {
+    return bspPoeInitStatusGet(out);
+}
+int32_t ioPoeGlobalMaxPowerSet(uint32_t power) {
+    return bspPoeGlobalMaxPowerSet(power);
+}
+int32_t ioPoePortModeSet(uint32_t port, uint32_t mode) {
+    return bspPoePortModeSet(port, mode);
+}
+int32_t ioPoePortPowerOnSet(uint32_t port, uint32_t on) {
+    return bspPoePortPowerOnSet(port, on);
+}
+int32_t ioPoePortDetectionSet(uint32_t port) {
+    return bspPoePortDetectionSet(port);
+}
+int32_t ioPoePortClassificationSet(uint32_t port) {
+    return bspPoePortClassificationSet(port);
+}
+int32_t ioPoePortPrioritySet(uint32_t port, uint32_t priority) {
+    return bspPoePortPrioritySet(port, priority);
+}
+int32_t ioPoePortMaxPowerSet(uint32_t port, uint32_t power) {
+    return bspPoePortMaxPowerSet(port, power);
+}
+int32_t ioPoePortLegacyEnableSet(uint32_t port, uint32_t enable) {
+    return bspPoePortLegacyEnableSet(port, enable);
+}
+int32_t ioPoePortInrushModeSet(uint32_t port, uint32_t mode) {
+    return bspPoePortInrushModeSet(port, mode);
+}
+int32_t ioPoePortForceInrushSet(uint32_t port, uint32_t force) {
+    return bspPoePortForceInrushSet(port, force);
+}
+int32_t ioPoePortMaxPowerTypeSet(uint32_t port, uint32_t type) {
+    return bspPoePortMaxPowerTypeSet(port, type);
+}
+int32_t ioPoePortLedStateSet(uint32_t port, uint32_t state) {
+    return bspPoePortLedStateSet(port, state);
+}
+int32_t ioPoeGlobalMaxPowerGet(uint32_t *out) {
+    return bspPoeGlobalMaxPowerGet(out);
+}
+int32_t ioPoeGlobalRatedPowerGet(int32_t supplyIndex, uint32_t *out) {
+    return bspPoeGlobalRatedPowerGet(supplyIndex, out);
+}
+int32_t ioPoeGlobalPowerGet(uint32_t *out) {
+    return bspPoeGlobalPowerGet(out);
+}
+int32_t ioPoePortModeGet(uint32_t port, uint32_t *out) {
+    return bspPoePortModeGet(port, out);
+}
+int32_t ioPoePortCurrentGet(uint32_t port, uint32_t *out) {
+    return bspPoePortCurrentGet(port, out);
+}
+int32_t ioPoePortVoltageGet(uint32_t port, uint32_t *out) {
+    return bspPoePortVoltageGet(port, out);
+}
+int32_t ioPoePortPowerGet(uint32_t port, uint32_t *out) {
+    return bspPoePortPowerGet(port, out);
+}
+int32_t ioPoePortMaxPowerGet(uint32_t port, uint32_t *out) {
+    return bspPoePortMaxPowerGet(port, out);
+}
+int32_t ioPoePortFaultGet(uint32_t port, uint32_t *out) {
+    return bspPoePortFaultGet(port, out);
+}
+int32_t ioPoePortDetectionGet(uint32_t port, uint32_t *out) {
+    return bspPoePortDetectionGet(port, out);
+}
+int32_t ioPoePortClassificationGet(uint32_t port, uint32_t *out) {
+    return bspPoePortClassificationGet(port, out);
+}
+int32_t ioPoePortDisconnectGet(uint32_t port, uint32_t *out) {
+    return bspPoePortDisconnectGet(port, out);
+}
+int32_t ioPoePortInrushModeGet(uint32_t port, uint32_t *out) {
+    return bspPoePortInrushModeGet(port, out);
+}
+int32_t ioPoeAppStatusGet(uint32_t *out) {
+    return bspPoeAppStatusGet(out);
+}
+int32_t ioPoeAppUpgradeSet(const char *file) {
+    return bspPoeAppUpgradeSet(file);
+}
+int32_t ioPoeAppVersionGet(char *text) {
+    return bspPoeAppVersionGet(text);
+}

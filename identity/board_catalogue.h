@@ -15,6 +15,7 @@ enum class ChassisClass : uint8_t {
 struct BoardModel {
     uint32_t devId;
     ChassisClass chassis;
+    uint8_t poePorts; // 0: no PoE controller
 };
 
 /** The row of a device id; the row for unknown ids when it is in none. All 32 bits count. */

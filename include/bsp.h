@@ -530,6 +530,575 @@ BSP_API int32_t bspMfgDateGet(char *date);
 BSP_API int32_t bspMfgDateSet(const char *date);
 
 /* ------------------------------------------------------------------------------------------------
+ * Power supplies
+ * --------------------------------------------------------------------------------------------- */
+
+/** What bspPowerInfoGet() tells of a supply. A reading that the supply does not give is 0. */
+typedef struct BspPowerInfo {
+    int32_t type;          /**< as from bspPowerTypeGet() */
+    int32_t inputVoltage;  /**< millivolts, PMBus READ_VIN */
+    int32_t inputCurrent;  /**< milliamperes, READ_IIN */
+    int32_t inputPower;    /**< milliwatts, READ_PIN */
+    int32_t outputVoltage; /**< millivolts, READ_VOUT */
+    int32_t outputCurrent; /**< milliamperes, READ_IOUT */
+    int32_t outputPower;   /**< milliwatts, READ_POUT */
+    int32_t reserved;      /**< always 0 */
+    int32_t temperature1;  /**< degrees Celsius, READ_TEMPERATURE_1 */
+    int32_t temperature2;  /**< degrees Celsius, READ_TEMPERATURE_2 */
+    int32_t temperature3;  /**< degrees Celsius, READ_TEMPERATURE_3 */
+} BspPowerInfo;
+
+/**
+ * Tells how many power supplies the board has: 2 on four-fan and two-fan models, the count of the
+ * board's record on all others.
+ *
+ * @param out  receives the count, also when it is refused; must not be null (not checked)
+ * @return BSP_OK; the status of bspDevIdGet() ("%s-%d: get devId failed\n" is printed) or of
+ *         bspDevinfoGet() ("%s-%d: devinfo get failed\n" is printed); BSP_E_INVALID for a count
+ * above 6 ("%s-%d: power num %d > max %d\n" is printed)
+ */
+BSP_API int32_t bspPowerNumGet(int32_t *out);
+
+/**
+ * Tells whether a supply is present: CPLD register 30, bit index - 1, on four-fan and two-fan
+ * models; register 6, bit index + 8 (active low), on all others.
+ *
+ * @param index  1 or 2 on every model
+ * @param out    receives 1 or 0; must not be null (not checked)
+ * @return BSP_OK; BSP_E_INVALID; the status of bspDevIdGet() ("%s-%d: get devId failed\n" is
+ * printed) or of bspCpldGet()
+ */
+BSP_API int32_t bspPowerPresentGet(int32_t index, int32_t *out);
+
+/**
+ * Reads the type of a supply: on four-fan and two-fan models CPLD register 30, bit index + 1 (1
+ * when it is set, else 2), on all others the type byte of the board's record.
+ *
+ * On the models with fixed supplies the type can be read only while bit index - 1 of register 30 is
+ * clear, the very bit that bspPowerPresentGet() answers.
+ *
+ * @param index  supply, counted from 1 (not checked on models with fixed supplies)
+ * @param out    receives the type
+ * @return BSP_OK; BSP_E_NULL; BSP_E_FAILED while the bit above is set; BSP_E_INVALID for a supply
+ * that the board's record does not have ("%s-%d: power index %d > powerNum %d\n" is printed); the
+ *         status of bspDevIdGet() ("%s-%d: get devId failed\n" is printed), of bspDevinfoGet()
+ *         ("%s-%d: devinfo get failed\n" is printed) or of bspCpldGet()
+ */
+BSP_API int32_t bspPowerTypeGet(int32_t index, int32_t *out);
+
+/**
+ * Reads the status of a supply, 0 to 4, from the lines of CPLD register 30; always 0 on models
+ * without fixed supplies.
+ *
+ * @param index  supply, counted from 1
+ * @param out    receives the status code; must not be null (not checked)
+ * @return BSP_OK; BSP_E_INVALID for an index above the count; the status of bspDevIdGet()
+ *         ("%s-%d: get devId failed\n" is printed), of bspPowerNumGet() or of bspCpldGet()
+ */
+BSP_API int32_t bspPowerStatusGet(int32_t index, int32_t *out);
+
+/**
+ * Takes all live readings of a supply over PMBus (bus 0, channel index + 1, device 0x58): at least
+ * 900 ms on a two-fan model. On all others the type alone is filled.
+ *
+ * @param index  1 or 2
+ * @param info   cleared first; readings before a failure keep their values; must not be null (not
+ *               checked)
+ * @return BSP_OK; the status of bspPowerTypeGet() ("%s-%d: get power type failed, ret=%d\n" is
+ *         printed) or of bspDevIdGet() ("%s-%d: get devId failed\n" is printed); BSP_E_FAILED when
+ * a reading fails, or for an index other than 1 and 2 on a two-fan model
+ */
+BSP_API int32_t bspPowerInfoGet(int32_t index, BspPowerInfo *info);
+
+/* ------------------------------------------------------------------------------------------------
+ * LEDs, watchdog, reboot and PTP trigger
+ * --------------------------------------------------------------------------------------------- */
+
+/**
+ * Sets a front-panel LED, read-modify-write of its CPLD register.
+ *
+ * @param unit    ignored
+ * @param index   lamp or PoE port, counted from 1, for the kinds 7 and 9
+ * @param kind    1: system lamp (register 7, bits 0-1); 4 and 5: register 7, bit 4 or 5; 7:
+ * register 7, bit index + 5; 9: PoE port (registers 13 to 15, a bit for each port, active low)
+ * @param colour  ignored
+ * @param state   0 to 3 for kind 1, 0 or 1 for the others
+ * @return BSP_OK; BSP_E_NOT_SUPPORTED for another kind, for kind 9 on a model without PoE, and for
+ * the states 2 and 3 of a lamp that has two; BSP_E_INVALID for a state above 3 or a port that the
+ *         model does not have; the status of bspDevIdGet(), bspCpldGet() or bspCpldSet()
+ */
+BSP_API int32_t bspLedStateSet(uint32_t unit, uint32_t index, uint32_t kind, uint32_t colour,
+                               uint32_t state);
+
+/** Feeds the watchdog: one edge on GPIO line 0. @return BSP_OK, also when the line fails */
+BSP_API int32_t bspWatchdogFeed(void);
+
+/** Does nothing: bspWatchdogPeriodSet() arms the watchdog. @return BSP_OK */
+BSP_API int32_t bspWatchdogStart(void);
+
+/** Disarms the watchdog: period 0. @return the status of bspWatchdogPeriodSet() */
+BSP_API int32_t bspWatchdogStop(void);
+
+/**
+ * Reads the watchdog's period from CPLD register 4, bits 7-2.
+ *
+ * @return BSP_OK; BSP_E_NULL; the status of bspCpldGet()
+ */
+BSP_API int32_t bspWatchdogPeriodGet(uint32_t *period);
+
+/**
+ * Sets the watchdog's period in the CPLD's units and arms it; 0 disarms it. The whole of CPLD
+ * register 4 is written.
+ *
+ * @param period  0 to 63
+ * @return BSP_OK; BSP_E_INVALID; the status of bspCpldSet()
+ */
+BSP_API int32_t bspWatchdogPeriodSet(uint32_t period);
+
+/** Resets the board: writes 0 to CPLD register 5. @return the status of bspCpldSet() */
+BSP_API int32_t bspHwReboot(void);
+
+/**
+ * Gives a low pulse of at least 100 microseconds on the PTP trigger line (CPLD register 6, bit 15).
+ *
+ * @param value  ignored
+ * @return BSP_OK; the status of bspCpldGet() or bspCpldSet(), which is also printed
+ */
+BSP_API int32_t bspPtpTriggerSet(uint32_t value);
+
+/** The box has no slots. @return BSP_E_NOT_SUPPORTED; nothing is touched */
+BSP_API int32_t bspSlotPresentGet(uint32_t slot, uint32_t *out);
+
+/** The box has no slots. @return BSP_E_NOT_SUPPORTED; nothing is touched */
+BSP_API int32_t bspSlotPowerStateSet(uint32_t slot, uint32_t state);
+
+/* ------------------------------------------------------------------------------------------------
+ * Power over Ethernet
+ * --------------------------------------------------------------------------------------------- */
+
+/**
+ * A PoE driver: the operations of one kind of controller, in the order of their slots. Ports count
+ * from 0. A null operation is one that the driver does not have.
+ */
+typedef struct BspPoeDriver {
+    int32_t (*deviceInit)(void);
+    int32_t (*initStatusSet)(uint32_t status);
+    int32_t (*initStatusGet)(uint32_t *out);
+    int32_t (*appStatusGet)(uint32_t *out);
+    int32_t (*appUpgrade)(const char *file);
+    int32_t (*appVersionGet)(char *text);
+    int32_t (*globalMaxPowerSet)(uint32_t power);
+    int32_t (*portModeSet)(uint32_t port, uint32_t mode);
+    int32_t (*portPowerOnSet)(uint32_t port, uint32_t on);
+    int32_t (*portDetectionSet)(uint32_t port);
+    int32_t (*portClassificationSet)(uint32_t port);
+    int32_t (*portPrioritySet)(uint32_t port, uint32_t priority);
+    int32_t (*portMaxPowerSet)(uint32_t port, uint32_t power);
+    int32_t (*portLegacyEnableSet)(uint32_t port, uint32_t enable);
+    int32_t (*portInrushModeSet)(uint32_t port, uint32_t mode);
+    int32_t (*portForceInrushSet)(uint32_t port, uint32_t force);
+    int32_t (*portMaxPowerTypeSet)(uint32_t port, uint32_t type);
+    int32_t (*globalMaxPowerGet)(uint32_t *out);
+    int32_t (*globalPowerGet)(uint32_t *out);
+    int32_t (*portModeGet)(uint32_t port, uint32_t *out);
+    int32_t (*portCurrentGet)(uint32_t port, uint32_t *out);
+    int32_t (*portVoltageGet)(uint32_t port, uint32_t *out);
+    int32_t (*portPowerGet)(uint32_t port, uint32_t *out);
+    int32_t (*portMaxPowerGet)(uint32_t port, uint32_t *out);
+    int32_t (*portFaultGet)(uint32_t port, uint32_t *out);
+    int32_t (*portDetectionGet)(uint32_t port, uint32_t *out);
+    int32_t (*portClassificationGet)(uint32_t port, uint32_t *out);
+    int32_t (*portDisconnectGet)(uint32_t port, uint32_t *out);
+    int32_t (*portInrushModeGet)(uint32_t port, uint32_t *out);
+    int32_t (*debugAllInfoGet)(void);
+    int32_t (*debugPortInfoGet)(uint32_t port);
+    int32_t (*debugSwVersionGet)(void);
+    int32_t (*debugDispatch)(uint32_t unit, int32_t argc, char **argv);
+    int32_t (*debugDispatchHelp)(int32_t index);
+} BspPoeDriver;
+
+/** The driver of the RTL8239 controller. */
+extern BSP_API const BspPoeDriver bspPoeRtl8239Driver;
+
+/** Operation numbers of bspPoeOptDriver(): settings, readings, firmware, debugging. */
+typedef enum BspPoeOperation {
+    BSP_POE_DEVICE_INIT = 0,
+    BSP_POE_GLOBAL_MAX_POWER_SET,
+    BSP_POE_INIT_STATUS_SET,
+    BSP_POE_INIT_STATUS_GET,
+    BSP_POE_PORT_MODE_SET,
+    BSP_POE_PORT_POWER_ON_SET,
+    BSP_POE_PORT_DETECTION_SET,
+    BSP_POE_PORT_CLASSIFICATION_SET,
+    BSP_POE_PORT_PRIORITY_SET,
+    BSP_POE_PORT_MAX_POWER_SET,
+    BSP_POE_PORT_LEGACY_ENABLE_SET,
+    BSP_POE_PORT_INRUSH_MODE_SET,
+    BSP_POE_PORT_FORCE_INRUSH_SET,
+    BSP_POE_PORT_MAX_POWER_TYPE_SET,
+    BSP_POE_GLOBAL_MAX_POWER_GET,
+    BSP_POE_GLOBAL_POWER_GET,
+    BSP_POE_PORT_MODE_GET,
+    BSP_POE_PORT_CURRENT_GET,
+    BSP_POE_PORT_VOLTAGE_GET,
+    BSP_POE_PORT_POWER_GET,
+    BSP_POE_PORT_MAX_POWER_GET,
+    BSP_POE_PORT_FAULT_GET,
+    BSP_POE_PORT_DETECTION_GET,
+    BSP_POE_PORT_CLASSIFICATION_GET,
+    BSP_POE_PORT_DISCONNECT_GET,
+    BSP_POE_PORT_INRUSH_MODE_GET,
+    BSP_POE_APP_STATUS_GET,
+    BSP_POE_APP_UPGRADE,
+    BSP_POE_APP_VERSION_GET,
+    BSP_POE_DEBUG_ALL_INFO,
+    BSP_POE_DEBUG_PORT_INFO,
+    BSP_POE_DEBUG_SW_VERSION,
+    BSP_POE_DEBUG_DISPATCH,
+    BSP_POE_DEBUG_DISPATCH_HELP,
+    BSP_POE_OPERATIONS /**< how many there are */
+} BspPoeOperation;
+
+/* Below, an "exchange status" is one of BSP_E_POE_UNAVAILABLE (no controller, or a request that it
+ * refuses), BSP_E_POE_WRITE, BSP_E_POE_READ, BSP_E_POE_FRAME, BSP_E_POE_STATUS, BSP_E_POE_CONTENT
+ * and BSP_E_POE_LOCK. */
+
+/**
+ * Tells whether the PoE controller is missing: CPLD register 6, bit 14.
+ *
+ * @param out  receives 0 when the controller is present, 1 when it is not
+ * @return BSP_OK; BSP_E_POE_NULL; the status of bspCpldGet(), which is also printed
+ */
+BSP_API int32_t bspPoeOnlineGet(uint32_t *out);
+
+/**
+ * Chooses the driver for this board as it is now.
+ *
+ * @return the driver's table; null on models without PoE, when the device id cannot be read, and
+ * when the controller is missing
+ */
+BSP_API const BspPoeDriver *bspPoeDriverGet(void);
+
+/**
+ * Calls one operation of the board's driver.
+ *
+ * @param portRef  points to the port, counted from 1, which the driver gets minus 1; null for
+ *                 operations without a port. The two debug operations get the word as it is.
+ * @param op       a number of ::BspPoeOperation
+ * @param arg      points to the value of a setting, or is the output or argument of the operation
+ * @return the operation's status; BSP_E_POE_UNAVAILABLE without a driver, for an unknown number and
+ *         for an operation that the driver does not have; BSP_E_POE_NULL for a debug operation
+ *         without a word and for a setting without a value
+ */
+BSP_API int32_t bspPoeOptDriver(const uint32_t *portRef, uint32_t op, void *arg);
+
+/**
+ * Initialises the controller: reset, port mapping, defaults, power budget, power on. Takes tens of
+ * seconds, more than 200 ms for each of some 220 frames.
+ *
+ * @return BSP_OK; BSP_E_POE_UNAVAILABLE, also after a failed firmware upgrade (nothing is sent
+ * then); BSP_E_POE_OPEN when the application status file cannot be opened; the status of
+ *         bspGpioDirectionOutput(); an exchange status of the first step that failed
+ */
+BSP_API int32_t bspPoeDeviceInit(void);
+
+/** Does nothing on this controller. @return BSP_OK, BSP_E_POE_UNAVAILABLE */
+BSP_API int32_t bspPoeInitStatusSet(uint32_t status);
+
+/**
+ * Tells whether the controller has been initialised: command 0x41, bytes 4-5 not 0.
+ *
+ * @param out  receives 1 or 0; keeps its value when the controller does not answer
+ * @return BSP_OK, also when the controller does not answer; BSP_E_POE_UNAVAILABLE; BSP_E_POE_NULL
+ */
+BSP_API int32_t bspPoeInitStatusGet(uint32_t *out);
+
+/**
+ * Sets the power budget of all ports, command 0x04.
+ *
+ * @param power  milliwatts, up to 6553500, rounded up to 100
+ * @return BSP_OK; BSP_E_POE_INVALID; an exchange status
+ */
+BSP_API int32_t bspPoeGlobalMaxPowerSet(uint32_t power);
+
+/** Reads the power budget in milliwatts, command 0x4B. @return as bspPoeGlobalPowerGet() */
+BSP_API int32_t bspPoeGlobalMaxPowerGet(uint32_t *out);
+
+/**
+ * Reads the power that all ports draw in milliwatts, command 0x41.
+ *
+ * @return BSP_OK; BSP_E_POE_NULL; an exchange status
+ */
+BSP_API int32_t bspPoeGlobalPowerGet(uint32_t *out);
+
+/**
+ * Tells the rated PoE power of a supply, a fixed budget: 1440000 milliwatts.
+ *
+ * @param supplyIndex  supply, counted from 1
+ * @return BSP_OK; BSP_E_NULL; BSP_E_NOT_SUPPORTED on a model without PoE or for an index outside 1
+ * to the supply count; the status of bspDevIdGet() or bspPowerNumGet()
+ */
+BSP_API int32_t bspPoeGlobalRatedPowerGet(int32_t supplyIndex, uint32_t *out);
+
+/**
+ * Sets the mode of a port, commands 0x08 and 0x01.
+ *
+ * @param port  counted from 1
+ * @param mode  0, 1 or 2: function mode, and the port is enabled; 5: the port is disabled
+ * @return BSP_OK; BSP_E_POE_INVALID for a port or mode out of range; an exchange status
+ */
+BSP_API int32_t bspPoePortModeSet(uint32_t port, uint32_t mode);
+
+/**
+ * Reads the mode of a port, command 0x48.
+ *
+ * @param port  counted from 1
+ * @param out   receives 0, 1 or 2, or 5 for a disabled port
+ * @return BSP_OK; BSP_E_POE_NULL; BSP_E_POE_INVALID for a port out of range; BSP_E_POE_CONTENT for
+ *         another mode; an exchange status
+ */
+BSP_API int32_t bspPoePortModeGet(uint32_t port, uint32_t *out);
+
+/**
+ * Switches the power of a port in function mode 1 (command 0x01) or 2 (command 0x18).
+ *
+ * @param port  counted from 1
+ * @param on    1: on, 2: off
+ * @return BSP_OK; BSP_E_POE_UNAVAILABLE in another function mode; BSP_E_POE_INVALID for a port or
+ *         argument out of range; an exchange status
+ */
+BSP_API int32_t bspPoePortPowerOnSet(uint32_t port, uint32_t on);
+
+/** Starts a detection on a port (from 1), command 0x0A. @return as bspPoePortMaxPowerSet() */
+BSP_API int32_t bspPoePortDetectionSet(uint32_t port);
+
+/** Starts a classification on a port (from 1), command 0x0B. @return as bspPoePortMaxPowerSet() */
+BSP_API int32_t bspPoePortClassificationSet(uint32_t port);
+
+/**
+ * Sets the priority of a port (from 1), command 0x15.
+ *
+ * @param priority  1, 2 or 3, which the controller gets as 2, 1 or 0
+ * @return as bspPoePortMaxPowerSet()
+ */
+BSP_API int32_t bspPoePortPrioritySet(uint32_t port, uint32_t priority);
+
+/**
+ * Sets the power limit of a port, command 0x14.
+ *
+ * @param port   counted from 1
+ * @param power  milliwatts, 0 to 102000, rounded up to 400
+ * @return BSP_OK; BSP_E_POE_INVALID for a port or value out of range; an exchange status
+ */
+BSP_API int32_t bspPoePortMaxPowerSet(uint32_t port, uint32_t power);
+
+/** Detection of legacy devices on a port (from 1): 1 on, 2 off; command 0x09. @return as
+ * bspPoePortMaxPowerSet() */
+BSP_API int32_t bspPoePortLegacyEnableSet(uint32_t port, uint32_t enable);
+
+/** Inrush mode of a port (from 1): 0 to 8; command 0x0C. @return as bspPoePortMaxPowerSet() */
+BSP_API int32_t bspPoePortInrushModeSet(uint32_t port, uint32_t mode);
+
+/** Forced inrush of a port (from 1): 1 on, 2 off; command 0x0D. @return as bspPoePortMaxPowerSet()
+ */
+BSP_API int32_t bspPoePortForceInrushSet(uint32_t port, uint32_t force);
+
+/** Kind of power limit of a port (from 1): 1 or 2; command 0x12. @return as bspPoePortMaxPowerSet()
+ */
+BSP_API int32_t bspPoePortMaxPowerTypeSet(uint32_t port, uint32_t type);
+
+/**
+ * Reads the voltage of a port in volts, command 0x44, truncated toward zero.
+ *
+ * @param port  counted from 1
+ * @return as bspPoePortCurrentGet()
+ */
+BSP_API int32_t bspPoePortVoltageGet(uint32_t port, uint32_t *out);
+
+/**
+ * Reads the current of a port in milliamperes, command 0x44.
+ *
+ * @param port  counted from 1
+ * @return BSP_OK; BSP_E_POE_NULL; BSP_E_POE_INVALID for a port out of range; BSP_E_POE_CONTENT when
+ *         the reply names another port; an exchange status
+ */
+BSP_API int32_t bspPoePortCurrentGet(uint32_t port, uint32_t *out);
+
+/** Power of a port (from 1) in milliwatts, command 0x44. @return as bspPoePortCurrentGet() */
+BSP_API int32_t bspPoePortPowerGet(uint32_t port, uint32_t *out);
+
+/** Power limit of a port (from 1) in milliwatts, command 0x49. @return as bspPoePortCurrentGet() */
+BSP_API int32_t bspPoePortMaxPowerGet(uint32_t port, uint32_t *out);
+
+/** Fault of a port (from 1): 1 yes, 2 no; command 0x42. @return as bspPoePortCurrentGet() */
+BSP_API int32_t bspPoePortFaultGet(uint32_t port, uint32_t *out);
+
+/** Detection result of a port (from 1): 1 to 7, else 0; command 0x42. @return as
+ * bspPoePortCurrentGet() */
+BSP_API int32_t bspPoePortDetectionGet(uint32_t port, uint32_t *out);
+
+/** Class of the device at a port (from 1): 1 to 8, 9 unknown, else 0; command 0x42. @return as
+ * bspPoePortCurrentGet() */
+BSP_API int32_t bspPoePortClassificationGet(uint32_t port, uint32_t *out);
+
+/** Disconnection of a port (from 1): 2 while it delivers power, else 1; command 0x42. @return as
+ * bspPoePortCurrentGet() */
+BSP_API int32_t bspPoePortDisconnectGet(uint32_t port, uint32_t *out);
+
+/** Inrush mode of a port (from 1): 0 to 8; command 0x49. @return as bspPoePortCurrentGet() */
+BSP_API int32_t bspPoePortInrushModeGet(uint32_t port, uint32_t *out);
+
+/**
+ * Drives the PoE LED of a port (LED kind 9).
+ *
+ * @param port   counted from 1
+ * @param state  1 lights it, any other value does not
+ * @return as bspLedStateSet()
+ */
+BSP_API int32_t bspPoePortLedStateSet(uint32_t port, uint32_t state);
+
+/**
+ * Tells what the last firmware upgrade left, from /tmp/bsp/poeApp: 0 a usable application, 1 an
+ * upgrade that started, 2 one that failed.
+ *
+ * @return BSP_OK; BSP_E_POE_UNAVAILABLE; BSP_E_POE_NULL; BSP_E_POE_OPEN ("%s-%d: open %s file
+ * filed, %d \n" is printed with errno)
+ */
+BSP_API int32_t bspPoeAppStatusGet(uint32_t *out);
+
+/**
+ * Upgrades the controller's firmware. Holds the PoE lock, up to some 13 minutes.
+ *
+ * @param file  image of 51200 to 196608 bytes, a multiple of 4
+ * @return BSP_OK; BSP_E_POE_NULL; BSP_E_POE_INVALID for a file that does not exist or has another
+ * size; BSP_E_POE_NO_MEMORY; BSP_E_POE_OPEN; BSP_E_POE_SHORT_READ; BSP_E_POE_LOCK; an exchange
+ *         status of the block that failed
+ */
+BSP_API int32_t bspPoeAppUpgradeSet(const char *file);
+
+/**
+ * Reads the version of the controller's application, command 0x40: "V1.2.3.4".
+ *
+ * @param text  receives the zero-terminated text; at least 13 bytes
+ * @return BSP_OK; BSP_E_POE_NULL; an exchange status
+ */
+BSP_API int32_t bspPoeAppVersionGet(char *text);
+
+/** No driver has this. @return BSP_E_POE_UNAVAILABLE */
+BSP_API int32_t bspPoeDebugAllInfoGet(void);
+
+/** No driver has this. @return BSP_E_POE_UNAVAILABLE */
+BSP_API int32_t bspPoeDebugPortInfoGet(uint32_t port);
+
+/** No driver has this. @return BSP_E_POE_UNAVAILABLE */
+BSP_API int32_t bspPoeDebugSwVersionGet(void);
+
+/**
+ * Runs a debug command of the controller's driver, as from a shell.
+ *
+ * @param unit  ignored
+ * @param argc  number of words
+ * @param argv  the words: two of the shell, the command word, its arguments
+ * @return the command's status; BSP_OK for an unknown command word (a message is printed);
+ *         BSP_E_POE_UNAVAILABLE; BSP_E_POE_NULL
+ */
+BSP_API int32_t bspPoeDebugChipDispatch(uint32_t unit, int32_t argc, char **argv);
+
+/**
+ * Prints the debug commands (index below 0), or the usage of the first (index 0).
+ *
+ * @return BSP_OK; BSP_E_POE_UNAVAILABLE
+ */
+BSP_API int32_t bspPoeDebugChipDispatchHelp(int32_t index);
+
+/* The RTL8239 driver's operations. Ports count from 0 (0 to 47); apart from that, and from what is
+ * said here, each is the service operation of its name, without the choice of a driver. */
+
+/** As bspPoeDeviceInit(). */
+BSP_API int32_t bspPoeRtl8239DeviceInit(void);
+/** As bspPoeInitStatusSet(). */
+BSP_API int32_t bspPoeRtl8239InitStatusSet(uint32_t status);
+/** As bspPoeInitStatusGet(). */
+BSP_API int32_t bspPoeRtl8239InitStatusGet(uint32_t *out);
+/** As bspPoeAppStatusGet(). */
+BSP_API int32_t bspPoeRtl8239AppStatusGet(uint32_t *out);
+/**
+ * Stores the application status, the low byte of value, in /tmp/bsp/poeApp.
+ *
+ * @return BSP_OK; BSP_E_POE_OPEN ("%s-%d: open %s file filed, %d \n" is printed with errno)
+ */
+BSP_API int32_t bspPoeRtl8239AppStatusSet(uint32_t value);
+/** As bspPoeAppVersionGet(). */
+BSP_API int32_t bspPoeRtl8239AppVersionGet(char *text);
+/** As bspPoeAppUpgradeSet(). */
+BSP_API int32_t bspPoeRtl8239McuUpgrade(const char *file);
+/** As bspPoeGlobalMaxPowerSet(). */
+BSP_API int32_t bspPoeRtl8239GlobalMaxPowerSet(uint32_t power);
+/** As bspPoeGlobalMaxPowerGet(). */
+BSP_API int32_t bspPoeRtl8239GlobalMaxPowerGet(uint32_t *out);
+/** As bspPoeGlobalPowerGet(). */
+BSP_API int32_t bspPoeRtl8239GlobalPowerGet(uint32_t *out);
+/** As bspPoePortModeSet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortModeSet(uint32_t port, uint32_t mode);
+/** As bspPoePortPowerOnSet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortPowerOnSet(uint32_t port, uint32_t on);
+/** As bspPoePortDetectionSet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortDetectionSet(uint32_t port);
+/** As bspPoePortClassificationSet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortClassificationSet(uint32_t port);
+/** As bspPoePortPrioritySet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortPrioritySet(uint32_t port, uint32_t priority);
+/** As bspPoePortMaxPowerSet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortMaxPowerSet(uint32_t port, uint32_t power);
+/** As bspPoePortLegacyEnableSet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortLegacyEnableSet(uint32_t port, uint32_t enable);
+/** As bspPoePortInrushModeSet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortInrushModeSet(uint32_t port, uint32_t mode);
+/** As bspPoePortForceInrushSet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortForceInrushSet(uint32_t port, uint32_t force);
+/** As bspPoePortMaxPowerTypeSet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortMaxPowerTypeSet(uint32_t port, uint32_t type);
+/** As bspPoePortModeGet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortModeGet(uint32_t port, uint32_t *out);
+/** As bspPoePortCurrentGet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortCurrentGet(uint32_t port, uint32_t *out);
+/** As bspPoePortPowerGet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortPowerGet(uint32_t port, uint32_t *out);
+/** As bspPoePortMaxPowerGet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortMaxPowerGet(uint32_t port, uint32_t *out);
+/** As bspPoePortFaultGet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortFaultGet(uint32_t port, uint32_t *out);
+/** As bspPoePortDetectionGet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortDetectionGet(uint32_t port, uint32_t *out);
+/** As bspPoePortClassificationGet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortClassificationGet(uint32_t port, uint32_t *out);
+/** As bspPoePortDisconnectGet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortDisconnectGet(uint32_t port, uint32_t *out);
+/** As bspPoePortInrushModeGet(), port from 0. */
+BSP_API int32_t bspPoeRtl8239PortInrushModeGet(uint32_t port, uint32_t *out);
+/** Voltage of a port (from 0) in millivolts. @return as bspPoePortCurrentGet() */
+BSP_API int32_t bspPoeRtl8239PortVoltageGet(uint32_t port, uint32_t *out);
+/** As bspPoeDebugChipDispatch(). */
+BSP_API int32_t bspPoeRtl8239DebugDispatch(uint32_t unit, int32_t argc, char **argv);
+/** As bspPoeDebugChipDispatchHelp(). */
+BSP_API int32_t bspPoeRtl8239DebugDispatchHelp(int32_t index);
+/**
+ * The debug command "poeCommand": sends the words from argv[3] on, hexadecimal bytes, as one frame.
+ *
+ * @param row   row of the command in the help
+ * @return the status of bspPoeRtl8239DbgUdfCmd(); BSP_E_FAILED without a byte (the usage is
+ * printed)
+ */
+BSP_API int32_t bspPoeRtl8239DbgPoeCommand(int32_t row, int32_t argc, char **argv);
+/**
+ * Sends bytes as one frame, padded with 0xFF, and prints both frames. Bytes beyond 12 are cut off;
+ * checksum and, for most commands, sequence number are filled in.
+ *
+ * @return BSP_OK; BSP_E_POE_INVALID for a null buffer or a count below 1; an exchange status
+ */
+BSP_API int32_t bspPoeRtl8239DbgUdfCmd(const uint8_t *data, int32_t count);
+
+/* ------------------------------------------------------------------------------------------------
  * Facade: what management software calls. Unless said otherwise a function is the bsp* function of
  * the same stem: same arguments, same status.
  * --------------------------------------------------------------------------------------------- */
@@ -583,6 +1152,95 @@ BSP_API int32_t ioSerialNumSet(const char *serial, int32_t len);
 BSP_API int32_t ioMfgDateGet(char *date);
 /** As bspMfgDateSet(). */
 BSP_API int32_t ioMfgDateSet(const char *date);
+/** As bspPowerNumGet(). */
+BSP_API int32_t ioPowerNumGet(int32_t *out);
+/** As bspPowerPresentGet(). */
+BSP_API int32_t ioPowerPresentGet(int32_t index, int32_t *out);
+/** As bspPowerStatusGet(). */
+BSP_API int32_t ioPowerStatusGet(int32_t index, int32_t *out);
+/** As bspPowerInfoGet(). */
+BSP_API int32_t ioPowerInfoGet(int32_t index, BspPowerInfo *info);
+/** As bspLedStateSet(). */
+BSP_API int32_t ioLedStateSet(uint32_t unit, uint32_t index, uint32_t kind, uint32_t colour,
+                              uint32_t state);
+/** As bspWatchdogFeed(). */
+BSP_API int32_t ioWatchdogFeed(void);
+/** As bspWatchdogStart(). */
+BSP_API int32_t ioWatchdogStart(void);
+/** As bspWatchdogStop(). */
+BSP_API int32_t ioWatchdogStop(void);
+/** As bspWatchdogPeriodGet(). */
+BSP_API int32_t ioWatchdogPeriodGet(uint32_t *period);
+/** As bspWatchdogPeriodSet(). */
+BSP_API int32_t ioWatchdogPeriodSet(uint32_t period);
+/** As bspPtpTriggerSet(). */
+BSP_API int32_t ioPtpTriggerSet(uint32_t value);
+/** As bspSlotPresentGet(). */
+BSP_API int32_t ioSlotPresentGet(uint32_t slot, uint32_t *out);
+/** As bspSlotPowerStateSet(). */
+BSP_API int32_t ioSlotPowerStateSet(uint32_t slot, uint32_t state);
+/** As bspPoeDeviceInit(). */
+BSP_API int32_t ioPoeDeviceInit(void);
+/** As bspPoeInitStatusSet(). */
+BSP_API int32_t ioPoeInitStatusSet(uint32_t status);
+/** As bspPoeInitStatusGet(). */
+BSP_API int32_t ioPoeInitStatusGet(uint32_t *out);
+/** As bspPoeGlobalMaxPowerSet(). */
+BSP_API int32_t ioPoeGlobalMaxPowerSet(uint32_t power);
+/** As bspPoePortModeSet(). */
+BSP_API int32_t ioPoePortModeSet(uint32_t port, uint32_t mode);
+/** As bspPoePortPowerOnSet(). */
+BSP_API int32_t ioPoePortPowerOnSet(uint32_t port, uint32_t on);
+/** As bspPoePortDetectionSet(). */
+BSP_API int32_t ioPoePortDetectionSet(uint32_t port);
+/** As bspPoePortClassificationSet(). */
+BSP_API int32_t ioPoePortClassificationSet(uint32_t port);
+/** As bspPoePortPrioritySet(). */
+BSP_API int32_t ioPoePortPrioritySet(uint32_t port, uint32_t priority);
+/** As bspPoePortMaxPowerSet(). */
+BSP_API int32_t ioPoePortMaxPowerSet(uint32_t port, uint32_t power);
+/** As bspPoePortLegacyEnableSet(). */
+BSP_API int32_t ioPoePortLegacyEnableSet(uint32_t port, uint32_t enable);
+/** As bspPoePortInrushModeSet(). */
+BSP_API int32_t ioPoePortInrushModeSet(uint32_t port, uint32_t mode);
+/** As bspPoePortForceInrushSet(). */
+BSP_API int32_t ioPoePortForceInrushSet(uint32_t port, uint32_t force);
+/** As bspPoePortMaxPowerTypeSet(). */
+BSP_API int32_t ioPoePortMaxPowerTypeSet(uint32_t port, uint32_t type);
+/** As bspPoePortLedStateSet(). */
+BSP_API int32_t ioPoePortLedStateSet(uint32_t port, uint32_t state);
+/** As bspPoeGlobalMaxPowerGet(). */
+BSP_API int32_t ioPoeGlobalMaxPowerGet(uint32_t *out);
+/** As bspPoeGlobalRatedPowerGet(). */
+BSP_API int32_t ioPoeGlobalRatedPowerGet(int32_t supplyIndex, uint32_t *out);
+/** As bspPoeGlobalPowerGet(). */
+BSP_API int32_t ioPoeGlobalPowerGet(uint32_t *out);
+/** As bspPoePortModeGet(). */
+BSP_API int32_t ioPoePortModeGet(uint32_t port, uint32_t *out);
+/** As bspPoePortCurrentGet(). */
+BSP_API int32_t ioPoePortCurrentGet(uint32_t port, uint32_t *out);
+/** As bspPoePortVoltageGet(). */
+BSP_API int32_t ioPoePortVoltageGet(uint32_t port, uint32_t *out);
+/** As bspPoePortPowerGet(). */
+BSP_API int32_t ioPoePortPowerGet(uint32_t port, uint32_t *out);
+/** As bspPoePortMaxPowerGet(). */
+BSP_API int32_t ioPoePortMaxPowerGet(uint32_t port, uint32_t *out);
+/** As bspPoePortFaultGet(). */
+BSP_API int32_t ioPoePortFaultGet(uint32_t port, uint32_t *out);
+/** As bspPoePortDetectionGet(). */
+BSP_API int32_t ioPoePortDetectionGet(uint32_t port, uint32_t *out);
+/** As bspPoePortClassificationGet(). */
+BSP_API int32_t ioPoePortClassificationGet(uint32_t port, uint32_t *out);
+/** As bspPoePortDisconnectGet(). */
+BSP_API int32_t ioPoePortDisconnectGet(uint32_t port, uint32_t *out);
+/** As bspPoePortInrushModeGet(). */
+BSP_API int32_t ioPoePortInrushModeGet(uint32_t port, uint32_t *out);
+/** As bspPoeAppStatusGet(). */
+BSP_API int32_t ioPoeAppStatusGet(uint32_t *out);
+/** As bspPoeAppUpgradeSet(). */
+BSP_API int32_t ioPoeAppUpgradeSet(const char *file);
+/** As bspPoeAppVersionGet(). */
+BSP_API int32_t ioPoeAppVersionGet(char *text);
 
 #ifdef __cplusplus
 }

@@ -22,11 +22,13 @@ expect_same() {
 export LC_ALL=C
 dynamic=$("$readelf" -d "$shared")
 archive_sections=$("$readelf" -S -W "$archive")
-declared=$(sed -n 's/^BSP_API.*[ *]\([A-Za-z0-9_]*\)(.*/\1/p' "$source/include/bsp.h" | sort)
+declared=$(sed -nE 's/^BSP_API.*[ *](\w+)\(.*/\1/p; s/^extern BSP_API.*[ *](\w+);/\1/p' \
+    "$source/include/bsp.h" | sort)
 exported=$("$nm" -D --defined-only "$shared" | awk '$2 != "A" { print $3 }' | sed 's/@.*//' | sort)
 
-expect_same "the shared library needs the C library alone" "libc.so.6" \
-    "$(sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' <<<"$dynamic")"
+expect_same "the shared library needs the C library and its mathematics alone" \
+    "$(printf 'libc.so.6\nlibm.so.6')" \
+    "$(sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' <<<"$dynamic" | sort)"
 expect_same "its name is libbsp.so.1" "libbsp.so.1" \
     "$(sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p' <<<"$dynamic")"
 expect_same "it exports what the list of exports names" "$(cat "$source/cmake/exports.txt")" "$exported"

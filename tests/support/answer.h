@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <iosfwd>
 #include <string>
 
@@ -19,3 +20,12 @@ struct Answer {
 std::ostream &operator<<(std::ostream &stream, const Answer &answer);
 
 Answer answerOf(const std::function<int32_t()> &call);
+
+/** Success without a word. */
+inline const Answer kSilentSuccess = {0};
+
+/** What a function prints on standard error. */
+std::string complainedBy(const std::function<void()> &function);
+
+/** Numbers, separated by blanks: "1 2 255". */
+std::string listed(std::initializer_list<int64_t> numbers);

@@ -84,13 +84,26 @@ TEST_F(CommandTest, ListModels) {
                                        "description": "48 PoE ports, 6 SFP uplinks, 2 fans"})"));
 }
 
+TEST_F(CommandTest, PanelDrawsThePortsWithTheirState) {
+    vboard({"set", board(), "poe.2.device", "class=4 draws=18000"});
+    vboard({"set", board(), "supply.2.present", "no"});
+    const std::string panel = vboard({"panel", board()});
+    EXPECT_NE(panel.find("[ 1 o][ 3 o]"), std::string::npos) << panel;
+    EXPECT_NE(panel.find("[ 2 o][ 4 o]"), std::string::npos) << panel;
+    EXPECT_NE(panel.find("uplinks [1] [2] [3] [4] [5] [6]\n"), std::string::npos) << panel;
+    EXPECT_NE(panel.find("supplies [1 good, 102 W] [2 not plugged]"), std::string::npos) << panel;
+    EXPECT_EQ(panel.find('\x1b'), std::string::npos); // no terminal, no colours
+    EXPECT_EQ(vboard({"panel", board(), "--once"}), panel);
+    expectFailure(2, "--watch", {"panel", board(), "--interval", "1"});
+}
+
 TEST_F(CommandTest, GetShowsTheNamedPropertiesOrAll) {
     EXPECT_EQ(vboard({"get", board(), "cpld.2", "gpio.0"}), "0x1312\n0\n");
     EXPECT_EQ(json::parse(vboard({"get", board(), "cpld.2", "--json"})),
               json::parse(R"({"cpld.2": "0x1312"})"));
     const std::string table = vboard({"get", board()});
-    EXPECT_NE(table.find("model              0x0709\n"), std::string::npos);
-    EXPECT_EQ(table.find("cpld.3"), std::string::npos);
+    EXPECT_NE(table.find("model                  0x0709\n"), std::string::npos);
+    EXPECT_EQ(table.find("cpld.3 "), std::string::npos);
     const json all = json::parse(vboard({"get", board(), "--json"}));
     EXPECT_EQ(all["cpld.3"], "0x0000");
     EXPECT_EQ(all["eeprom.board"].get<std::string>().size(), 2048u);

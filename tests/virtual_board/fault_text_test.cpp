@@ -32,6 +32,11 @@ TEST(FaultText, EveryRuleComesBackInTheSameWords) {
         {"/tmp/bsp/devId", "read", "", "1", "once", "short=2"},
         {"/tmp/bsp/devId", "write", "", "1", "once", "short=2"},
         {"/proc/cmdline", "read", "", "1", "once", "corrupt=0:0x01"},
+        {"poe", "write", "66", "1", "from", "late-answer=2"},
+        {"poe", "write", "", "1", "once", "wrong-echo"},
+        {"poe", "write", "", "1", "once", "wrong-checksum"},
+        {"poe", "write", "", "1", "once", "bad-port=47"},
+        {"poe", "reset", "", "1", "once", "no-answer"},
     };
     for (const FaultWords &words : cases) {
         const FaultWords back = vb::faultWords(vb::parseFault(words));
@@ -100,6 +105,16 @@ TEST(FaultText, WordsThatMakeNoRuleAreRefusedWithWhatWouldBeRight) {
         {{"/proc/cmdline", "read", "", "1", "once", "refuse=-5"}, "cannot have the effect refuse"},
         {{"/dev/bspHandle", "any", "", "1", "once", "ioctl-fails=EIO"}, "cannot have the effect"},
         {{"/proc/cmdline", "read", "", "1", "once", "no-answer"}, "cannot have the effect"},
+        {{"poe", "any", "", "1", "once", "wrong-echo"}, "--op write or --op reset"},
+        {{"poe", "write", "", "1", "once", "refuse=-5"}, "i2c:16.0.0x20"},
+        {{"poe", "write", "256", "1", "once", "no-answer"}, "0 to 255"},
+        {{"poe", "write", "", "1", "once", "late-answer=1"}, "2 to 255"},
+        {{"poe", "write", "", "1", "once", "bad-port=48"}, "0 to 47"},
+        {{"poe", "write", "", "1", "once", "wrong-echo=1"}, "takes no value"},
+        {{"poe", "reset", "1", "1", "once", "no-answer"}, "without --offset"},
+        {{"poe", "reset", "", "1", "once", "wrong-echo"}, "no-answer"},
+        {{"i2c", "any", "", "1", "once", "late-answer=2"}, "give --device poe"},
+        {{"gpio", "reset", "", "1", "once", "no-answer"}, "give --device poe"},
     };
     for (const auto &[words, reason] : cases)
         EXPECT_NE(refusalOf(words).find(reason), std::string::npos)

@@ -71,7 +71,7 @@ TEST_F(FaultsTest, OtherDevicesOperationsAndOffsetsAreLeftAlone) {
 TEST_F(FaultsTest, ARefusedRequestDoesNothing) {
     add("cpld", "any", "refuse=-5");
     EXPECT_EQ(bspCpldSet(6, 0x1234), -5);
-    EXPECT_EQ(devices().cpld.reg[6], 0x4000);
+    EXPECT_EQ(devices().cpld.reg[6], 0x0000);
     EXPECT_EQ(requests(), (std::vector<std::string>{
                               "CPLD write reg 6 (control) = 0x1234 -> refused, result -5"}));
 }
@@ -92,7 +92,7 @@ TEST_F(FaultsTest, ASilentDeviceFloatsOrDoesNotAcknowledge) {
     EXPECT_EQ(bspCpldGet(2, &value), BSP_OK);
     EXPECT_EQ(value, 0xFFFF);
     EXPECT_EQ(bspCpldSet(6, 1), BSP_OK);
-    EXPECT_EQ(devices().cpld.reg[6], 0x4000);
+    EXPECT_EQ(devices().cpld.reg[6], 0x0000);
     uint8_t byte = 0x77;
     EXPECT_NE(bspI2cRead(0, 0, 0x50, 0, 1, &byte, 1), BSP_OK);
     EXPECT_EQ(byte, 0x77);

@@ -157,7 +157,7 @@ TEST_F(FolderTest, TheOtherByteOrderIsRefused) {
 
 TEST_F(FolderTest, AnotherVersionIsRefused) {
     patchHeader([](vb::BoardHeader &header) { ++header.version; });
-    EXPECT_SAYS(open(), "a board of another version (2, this build uses 1)");
+    EXPECT_SAYS(open(), "a board of another version (3, this build uses 2)");
 }
 
 TEST_F(FolderTest, ADamagedHeaderIsRefused) {

@@ -59,12 +59,12 @@ TEST_F(WorldTest, ANewBoard) {
 
 TEST_F(WorldTest, TheListHasEveryPropertyWithItsValue) {
     const std::vector<vb::Property> all = vb::properties(*vb::attachedFolder());
-    EXPECT_EQ(all.size(), 6u + 2 + 64 + 32 + 32 + 3);
+    EXPECT_EQ(all.size(), 6u + 64 + 32 + 32 + 3 + 2 * 18 + 1 + 2 * 48 + 5);
     for (const vb::Property &property : all)
         EXPECT_EQ(property.value, get(property.name)) << property.name;
     const auto shown = std::count_if(all.begin(), all.end(),
                                      [](const vb::Property &property) { return !property.isIdle; });
-    EXPECT_EQ(shown, 6 + 2 + 3 + 3);
+    EXPECT_EQ(shown, 6 + 3 + 1 + 3 + 2 * 15 + 1);
 }
 
 TEST_F(WorldTest, WhatIsSetIsWhatProgramsSee) {
@@ -202,6 +202,95 @@ TEST_F(WorldTest, BadNamesAndValuesAreRefusedWithWhatWouldBeRight) {
     for (const char *name : {"eeprom.board@0+0", "eeprom.board@1024", "eeprom.board@1000+25",
                              "eeprom.board@1+4294967295"})
         EXPECT_NE(refusal(name).find("@OFFSET+LENGTH"), std::string::npos) << refusal(name);
+}
+
+TEST_F(WorldTest, ADeviceIsPluggedIntoAPortAndComesUp) {
+    EXPECT_EQ(get("poe.controller"), "application");
+    EXPECT_EQ(get("poe.5.device"), "none");
+    set("poe.5.device", "class=6 draws=40000 requests=51000");
+    EXPECT_EQ(get("poe.5.device"), "class=6 signature=good requests=51000 draws=40000");
+    EXPECT_EQ(get("poe.5.state"), "disabled");
+    ASSERT_EQ(bspPoeDeviceInit(), BSP_OK);
+    usleep(1000000);
+    EXPECT_EQ(get("poe.5.state"), "delivering");
+    set("poe.5.device", "class=6 signature=bad draws=40000 requests=51000 over-current");
+    usleep(60000);
+    EXPECT_EQ(get("poe.5.state"), "fault");
+    set("poe.5.device", "none");
+    usleep(500000);
+    EXPECT_EQ(get("poe.5.state"), "idle");
+    set("poe.controller", "missing");
+    EXPECT_EQ(get("poe.controller"), "missing");
+    EXPECT_EQ(bspPoeGlobalMaxPowerSet(1000), BSP_E_POE_UNAVAILABLE);
+    set("poe.controller", "present");
+    EXPECT_EQ(bspPoeGlobalMaxPowerSet(1000), BSP_OK);
+}
+
+TEST_F(WorldTest, BadDevicesAreRefused) {
+    const struct {
+        const char *value, *reason;
+    } cases[] = {{"", "'none' or its parts"},
+                 {"class=9", "class is 0 to 8"},
+                 {"class", "class is 0 to 8"},
+                 {"signature=nice", "good, bad, legacy, short or open"},
+                 {"draws=200001", "draws is 0 to 200000"},
+                 {"colour=red", "no part of a device"}};
+    for (const auto &[value, reason] : cases)
+        EXPECT_NE(refusal("poe.1.device", value).find(reason), std::string::npos)
+            << refusal("poe.1.device", value);
+    EXPECT_EQ(get("poe.1.device"), "none");
+    EXPECT_NE(refusal("poe.49.device").find("1 to 48"), std::string::npos);
+    useModel(0x0809);
+    EXPECT_NE(refusal("poe.25.device").find("1 to 24"), std::string::npos);
+    useModel(0x0309);
+    EXPECT_NE(refusal("poe.1.device").find("it has no PoE"), std::string::npos);
+}
+
+TEST_F(WorldTest, SuppliesAreSetAndRead) {
+    set("supply.1.output-voltage", "53000");
+    set("supply.1.temperature2", "-7");
+    BspPowerInfo info = {};
+    EXPECT_EQ(bspPowerInfoGet(1, &info), BSP_OK);
+    EXPECT_EQ(info.outputVoltage, 53000);
+    EXPECT_EQ(info.temperature2, -7);
+
+    int32_t value = 7;
+    set("supply.2.input", "failed");
+    EXPECT_EQ(bspPowerStatusGet(2, &value), BSP_OK);
+    EXPECT_EQ(value, 1);
+    set("supply.2.input", "good");
+    set("supply.2.output", "failed");
+    EXPECT_EQ(bspPowerStatusGet(2, &value), BSP_OK);
+    EXPECT_EQ(value, 4);
+    set("supply.2.line.presence", "1");
+    EXPECT_EQ(bspPowerPresentGet(2, &value), BSP_OK);
+    EXPECT_EQ(value, 1);
+    EXPECT_EQ(bspPowerPresentGet(1, &value), BSP_OK);
+    EXPECT_EQ(value, 0);
+    set("supply.1.line.type", "0");
+    EXPECT_EQ(bspPowerTypeGet(1, &value), BSP_OK);
+    EXPECT_EQ(value, 2);
+    EXPECT_NE(refusal("supply.1.temperature1", "--1").find("0 to 1000"), std::string::npos);
+    EXPECT_NE(refusal("supply.1.input", "bad").find("'failed' or 'good'"), std::string::npos);
+}
+
+TEST_F(WorldTest, WatchdogResetAndPowerAreShown) {
+    EXPECT_EQ(get("watchdog.expires"), "off");
+    EXPECT_EQ(bspWatchdogPeriodSet(2), BSP_OK);
+    usleep(500000);
+    EXPECT_EQ(get("watchdog.expires"), "1.500000000");
+    set("gpio.0", "1"); // an edge from the board's side counts, too
+    EXPECT_EQ(get("watchdog.expires"), "2.000000000");
+    usleep(2000000);
+    EXPECT_EQ(get("reset.count"), "1");
+    EXPECT_EQ(get("reset.reason"), "watchdog");
+    EXPECT_EQ(bspCpldSet(7, 1), BSP_OK);
+    set("power", "cycle");
+    EXPECT_EQ(get("cpld.7"), "0x0000");
+    EXPECT_EQ(get("reset.count"), "2");
+    EXPECT_EQ(get("reset.reason"), "power-on");
+    EXPECT_EQ(bspPtpTriggerSet(1), BSP_OK);
+    EXPECT_EQ(get("ptp.pulses"), "1");
 }
 
 TEST_F(WorldTest, ModelsWithBuiltInSuppliesHaveNoSupplyProperties) {

@@ -1,5 +1,6 @@
 #include "virtual_board/board/board.h"
 
+#include "virtual_board/board/circuits.h"
 #include "virtual_board/board/factory.h"
 
 #include <cstddef>
@@ -10,7 +11,6 @@ namespace vb {
 namespace {
 
 constexpr uint16_t kHardwareA3Cpld12 = 0x1312; // revision A.3, CPLD V1.2
-constexpr uint16_t kPoeAbsent = 0x4000;        // active-low presence of the PoE controller
 
 } // namespace
 
@@ -22,13 +22,12 @@ void buildBoard(Board &board, const Model &model, const FactoryData &factory) {
     Devices &devices = board.devices;
     devices.cpld.reg[kCpldDeviceId] = model.devId;
     devices.cpld.reg[kCpldVersion] = kHardwareA3Cpld12;
-    devices.cpld.reg[kCpldControl] = kPoeAbsent;
     writeBoardEeprom(devices.eeprom, model, factory);
-    for (uint32_t index = 0; index < kSupplies; ++index) {
-        if (!model.hasSupplyEeproms)
-            continue;
-        writeSupplyEeprom(devices.supply[index].eeprom, index);
-        devices.supply[index].isPresent = 1;
+    if (model.poePorts != 0) {
+        devices.gpio.external[kPoeResetGpio] = 1; // pulled up
+        poeBuild(devices.poe);
+    } else {
+        devices.cpld.reg[kCpldControl] = kCpldPoeAbsent;
     }
 
     BoardHeader &header = board.header;
@@ -38,6 +37,15 @@ void buildBoard(Board &board, const Model &model, const FactoryData &factory) {
     header.size = sizeof(Board);
     header.devId = model.devId;
     header.check = headerCheck(header);
+
+    for (uint32_t index = 0; index < kSupplies; ++index) {
+        Supply &supply = devices.supply[index];
+        if (model.hasSupplyEeproms)
+            writeSupplyEeprom(supply.eeprom, index);
+        supply.isPresent = model.supplyLines != SupplyLines::None ? 1 : 0;
+        pmbusBuild(supply.pmbus);
+        driveSupplyLines(board, index);
+    }
 }
 
 } // namespace vb

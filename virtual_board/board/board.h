@@ -9,6 +9,9 @@
 #include "virtual_board/devices/cpld.h"
 #include "virtual_board/devices/eeprom.h"
 #include "virtual_board/devices/gpio.h"
+#include "virtual_board/devices/pmbus_supply.h"
+#include "virtual_board/devices/poe_controller.h"
+#include "virtual_board/devices/watchdog.h"
 
 #include <cstdint>
 
@@ -19,8 +22,11 @@ constexpr uint32_t kSupplies = 2;
 /** A plug-in power supply. Unplugged, nothing of it answers. */
 struct Supply {
     uint32_t isPresent;
-    Eeprom eeprom;
+    Eeprom eeprom;     // no blocks: built in, without a bus
+    PmbusSupply pmbus; // its failures concern supplies without a bus, too
 };
+
+enum class ResetReason : uint32_t { None, PowerOn, Register, Watchdog };
 
 /** What a test compares when it asks whether the board has changed. */
 struct Devices {
@@ -28,11 +34,17 @@ struct Devices {
     Gpio gpio;
     Eeprom eeprom;
     Supply supply[kSupplies];
+    Watchdog watchdog;
+    uint32_t resets; // since the board was made
+    ResetReason lastReset;
+    uint32_t ptpPulses; // on the PTP trigger line
+    uint32_t padding;
+    PoeController poe;
 };
 
 constexpr char kBoardMagic[8] = {'V', 'B', 'O', 'A', 'R', 'D', '\n', '\0'};
 constexpr uint32_t kBoardByteOrder = 0x01020304;
-constexpr uint32_t kBoardVersion = 1;
+constexpr uint32_t kBoardVersion = 2;
 
 struct BoardHeader {
     char magic[8];

@@ -1,5 +1,6 @@
 #include "virtual_board/board/driver.h"
 
+#include "virtual_board/board/circuits.h"
 #include "virtual_board/board/i2c_bus.h"
 
 #include <algorithm>
@@ -80,8 +81,11 @@ int32_t serveCpldWrite(Request &request) {
         return -EINVAL;
     if (request.has(FaultEffect::Corrupt))
         value = corruptRegister(*request.fault, value);
-    if (!request.has(FaultEffect::NoAnswer))
-        cpldWrite(request.board.devices.cpld, reg, static_cast<uint16_t>(value));
+    if (request.has(FaultEffect::NoAnswer))
+        return 0;
+    const uint16_t before = request.board.devices.cpld.reg[reg];
+    cpldWrite(request.board.devices.cpld, reg, static_cast<uint16_t>(value));
+    registerWritten(request.board, reg, before, request.trace.timeNs);
     return 0;
 }
 
@@ -114,7 +118,8 @@ int32_t serveI2c(Request &request, bool isRead) {
                                   word(record, 3),
                                   isRead,
                                   data,
-                                  count};
+                                  count,
+                                  request.trace.timeNs};
     if (!i2cTransfer(request.board, transfer))
         return -ENXIO;
     if (isRead && request.has(FaultEffect::Corrupt))
@@ -246,7 +251,9 @@ int serveRequest(Board &board, const Sender &sender, uint32_t code, BspIoctlReco
         trace.error = request.fault->argument;
         return trace.error;
     }
+    advanceBoard(board, sender.nowNs);
     record.result = request.has(FaultEffect::Refuse) ? request.fault->argument : serve(request);
+    advanceBoard(board, sender.nowNs);
     trace.result = record.result;
     return 0;
 }

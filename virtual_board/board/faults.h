@@ -5,8 +5,14 @@
 
 namespace vb {
 
-enum class FaultDevice : uint8_t { Cpld, Gpio, I2c, File };
-enum class FaultOp : uint8_t { Any, Open, Read, Write };
+enum class FaultDevice : uint8_t { Cpld, Gpio, I2c, File, Poe };
+enum class FaultOp : uint8_t {
+    Any,
+    Open,
+    Read,
+    Write, // PoE controller: a frame arrives
+    Reset, // PoE controller: its reset is released
+};
 enum class FaultWhen : uint8_t {
     Once,   // the n-th matching request
     Every,  // each n-th matching request
@@ -18,7 +24,12 @@ enum class FaultEffect : uint8_t {
     IoctlFails, // the ioctl fails with errno `argument`
     Short,      // only the first `argument` bytes are transferred
     Corrupt,    // byte `argument` of the data arrives XORed with `mask`
-    NoAnswer,   // the device stays silent: its bus reports it, or floats
+    NoAnswer,   // the device stays silent: its bus reports it, or floats; out of reset: stays in it
+    // Only the PoE controller:
+    LateAnswer,    // the answer is there from read number `argument` on, counted from 1
+    WrongEcho,     // the answer belongs to another frame
+    WrongChecksum, // the answer's checksum is not its own
+    BadPort,       // what concerns port `argument` fails
 };
 
 /** One request as rules see it. */
@@ -26,8 +37,8 @@ struct FaultSubject {
     FaultDevice device;
     FaultOp op;
     uint32_t bus = 0, channel = 0, devAddr = 0; // I2C only
-    uint32_t offset = 0;                        // register, GPIO line, or I2C offset
-    const char *path = nullptr;                 // files only
+    uint32_t offset = 0;        // register, GPIO line, I2C offset, or code of a PoE command
+    const char *path = nullptr; // files only
 };
 
 constexpr uint32_t kFaultPathSize = 64;

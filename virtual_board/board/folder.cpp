@@ -62,10 +62,11 @@ bool isConsistent(const Board &board) {
     if (board.devices.eeprom.blocks != kEepromMaxBlocks)
         return false;
     for (const Supply &supply : board.devices.supply) {
-        if (supply.isPresent > 1 || supply.eeprom.blocks > 1 ||
-            (supply.isPresent != 0 && supply.eeprom.blocks == 0))
+        if (supply.isPresent > 1 || supply.eeprom.blocks > 1)
             return false;
     }
+    if (!poeIsConsistent(board.devices.poe) || board.devices.lastReset > ResetReason::Watchdog)
+        return false;
     for (const FaultRule &rule : board.faults.rule) {
         if (rule.id != 0 && (rule.nth == 0 || rule.path[kFaultPathSize - 1] != '\0'))
             return false;

@@ -1,5 +1,7 @@
 #include "virtual_board/board/i2c_bus.h"
 
+#include "virtual_board/board/poe_link.h"
+
 namespace vb {
 
 namespace {
@@ -8,15 +10,26 @@ constexpr uint32_t kSystemBus = 0;
 constexpr uint32_t kBoardChannel = 0;
 constexpr uint32_t kFirstSupplyChannel = 2;
 constexpr uint32_t kEepromDevAddr = 0x50;
+constexpr uint32_t kPmbusDevAddr = 0x58;
+constexpr uint32_t kPoeBus = 16;
+constexpr uint32_t kPoeChannel = 0;
+constexpr uint32_t kPoeDevAddr = 0x20;
 
-/** The EEPROM on a channel of the system bus; null where none is plugged. */
+/** The supply on a channel of the system bus; null where none with a bus is plugged. */
+Supply *supplyOn(Board &board, uint32_t channel) {
+    const uint32_t index = channel - kFirstSupplyChannel;
+    if (index >= kSupplies)
+        return nullptr;
+    Supply &supply = board.devices.supply[index];
+    return supply.isPresent != 0 && supply.eeprom.blocks != 0 ? &supply : nullptr;
+}
+
+/** The EEPROM on a channel of the system bus, or null. */
 Eeprom *eepromOn(Board &board, uint32_t channel) {
     if (channel == kBoardChannel)
         return &board.devices.eeprom;
-    const uint32_t index = channel - kFirstSupplyChannel;
-    if (index < kSupplies && board.devices.supply[index].isPresent != 0)
-        return &board.devices.supply[index].eeprom;
-    return nullptr;
+    Supply *supply = supplyOn(board, channel);
+    return supply != nullptr ? &supply->eeprom : nullptr;
 }
 
 /** The first byte that a transfer addresses; a chip that is sent no offset starts at 0. */
@@ -25,11 +38,14 @@ uint32_t eepromAddress(const I2cTransfer &transfer) {
     return (transfer.devAddr - kEepromDevAddr) * kEepromBlockSize + offset;
 }
 
-} // namespace
+bool pmbusTransfer(PmbusSupply &supply, const I2cTransfer &transfer) {
+    // What is written to a supply has no effect: its limits are set in the factory.
+    if (transfer.isRead)
+        pmbusRead(supply, static_cast<uint8_t>(transfer.offset), transfer.data, transfer.length);
+    return true;
+}
 
-bool i2cTransfer(Board &board, const I2cTransfer &transfer) {
-    if (transfer.bus != kSystemBus)
-        return false;
+bool eepromTransfer(Board &board, const I2cTransfer &transfer) {
     Eeprom *eeprom = eepromOn(board, transfer.channel);
     if (eeprom == nullptr || transfer.devAddr - kEepromDevAddr >= eeprom->blocks)
         return false;
@@ -38,6 +54,20 @@ bool i2cTransfer(Board &board, const I2cTransfer &transfer) {
     else
         eepromWrite(*eeprom, eepromAddress(transfer), transfer.data, transfer.length);
     return true;
+}
+
+} // namespace
+
+bool i2cTransfer(Board &board, const I2cTransfer &transfer) {
+    if (transfer.bus == kPoeBus && transfer.channel == kPoeChannel &&
+        transfer.devAddr == kPoeDevAddr)
+        return poeTransfer(board, transfer);
+    if (transfer.bus != kSystemBus)
+        return false;
+    Supply *supply = supplyOn(board, transfer.channel);
+    if (supply != nullptr && transfer.devAddr == kPmbusDevAddr)
+        return pmbusTransfer(supply->pmbus, transfer);
+    return eepromTransfer(board, transfer);
 }
 
 } // namespace vb

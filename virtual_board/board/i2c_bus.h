@@ -14,6 +14,7 @@ struct I2cTransfer {
     bool isRead;
     uint8_t *data; // written by a read, only read by a write
     uint32_t length;
+    uint64_t nowNs; // on the board's clock
 };
 
 /** Carries out a transfer; false when no device acknowledges its address. */

@@ -6,11 +6,20 @@
 
 namespace vb {
 
+/** How supplies whose state is told by lines of the CPLD are wired to it. */
+enum class SupplyLines : uint8_t { None, FourFan, TwoFan };
+
 struct Model {
     uint16_t devId;
     const char *description;
     bool hasSupplyEeproms; // two plug-in supplies, each with an EEPROM
     uint8_t poePorts;      // 0: no PoE controller
+    SupplyLines supplyLines;
+    // Places of the front and back panel.
+    uint8_t copperPorts;
+    uint8_t sfpPorts; // cages that take the place of copper ports
+    uint8_t uplinks;  // SFP cages
+    uint8_t fans;
 };
 
 constexpr unsigned kModelCount = 14;

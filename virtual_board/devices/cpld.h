@@ -9,7 +9,14 @@ constexpr uint32_t kCpldRegisters = 64;
 
 constexpr uint32_t kCpldDeviceId = 1;
 constexpr uint32_t kCpldVersion = 2;
+constexpr uint32_t kCpldWatchdog = 4;
+constexpr uint32_t kCpldReset = 5;
 constexpr uint32_t kCpldControl = 6;
+constexpr uint32_t kCpldLamps = 7;
+constexpr uint32_t kCpldPoeLamps = 13; // and the two registers behind it, a bit for each port
+constexpr uint32_t kCpldSupplies = 30;
+
+constexpr uint16_t kCpldPoeAbsent = 0x4000; // in the control register; active-low presence
 
 /** The world's face: what each register holds. */
 struct Cpld {
@@ -21,6 +28,9 @@ bool cpldRead(const Cpld &cpld, uint32_t reg, uint16_t *value);
 
 /** The bus writes a register; false where there is none. Identity registers keep their content. */
 bool cpldWrite(Cpld &cpld, uint32_t reg, uint16_t value);
+
+/** Switching on: every register is 0, but for what the board's lines drive. */
+void cpldReset(Cpld &cpld);
 
 /** What a register is for, in a word or two; null when nothing is known of it. */
 const char *cpldRegisterName(uint32_t reg);

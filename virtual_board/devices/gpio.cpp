@@ -21,6 +21,13 @@ bool gpioSetOutput(Gpio &gpio, uint32_t line, bool level) {
     return true;
 }
 
+void gpioReset(Gpio &gpio) {
+    for (uint32_t line = 0; line < kGpioLines; ++line) {
+        gpio.isOutput[line] = 0;
+        gpio.driven[line] = 0;
+    }
+}
+
 bool gpioRead(const Gpio &gpio, uint32_t line, uint32_t *level) {
     if (line >= kGpioLines)
         return false;

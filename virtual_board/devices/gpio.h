@@ -19,6 +19,9 @@ bool gpioLevel(const Gpio &gpio, uint32_t line);
 
 bool gpioSetInput(Gpio &gpio, uint32_t line);
 bool gpioSetOutput(Gpio &gpio, uint32_t line, bool level);
+/** All lines are inputs. */
+void gpioReset(Gpio &gpio);
+
 bool gpioRead(const Gpio &gpio, uint32_t line, uint32_t *level);
 
 } // namespace vb

@@ -45,6 +45,9 @@ void addFault(const std::string &folder, const vb::FaultWords &words);
 void listFaults(const std::string &folder, bool asJson);
 void clearFaults(const std::string &folder, const std::vector<std::string> &ids);
 
+/** Draws the front panel: once, or again and again until the command is stopped. */
+void printPanel(const std::string &folder, bool isWatching, double intervalSeconds);
+
 void printTrace(const TraceArguments &arguments);
 
 } // namespace vboard

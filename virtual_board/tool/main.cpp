@@ -34,6 +34,9 @@ struct Arguments {
     std::vector<std::string> names, ids, program;
     bool asJson = false;
     bool forQemu = false;
+    bool isOnce = false;
+    bool isWatching = false;
+    double interval = 1;
 };
 
 CLI::App &addCommand(CLI::App &parent, const std::string &name, const std::string &description,
@@ -130,6 +133,7 @@ void addSet(CLI::App &app, Arguments &arguments, Command &todo) {
     CLI::App &command = addCommand(app, "set", "Change what the board holds",
                                    "  vboard set board supply.2.present no\n"
                                    "  vboard set board cpld.2 0x2413\n"
+                                   "  vboard set board poe.3.device 'class=4 draws=18000'\n"
                                    "  vboard set board eeprom.board@0x100 00ff\n"
                                    "  vboard set board identity.mac 02:00:5e:10:00:01\n");
     addFolder(command, arguments.folder);
@@ -147,14 +151,19 @@ void addFaultAdd(CLI::App &fault, Arguments &arguments, Command &todo) {
         "  vboard fault board add --device cpld --op read --offset 1 --effect refuse=-5\n"
         "  vboard fault board add --device i2c:0.0.0x51 --nth 3 --when from --effect no-answer\n"
         "  vboard fault board add --device /dev/bspHandle --op open --effect open-fails=ENODEV\n"
-        "  vboard fault board add --device /tmp/bsp/devId --op read --effect short=2\n");
+        "  vboard fault board add --device /tmp/bsp/devId --op read --effect short=2\n"
+        "  vboard fault board add --device poe --op write --offset 0x42 --effect late-answer=3\n"
+        "  vboard fault board add --device poe --op reset --effect no-answer\n");
     command
-        .add_option("--device", words.device,
-                    "cpld, gpio, i2c, i2c:BUS.CHANNEL.DEVICE, or the path of a file of the board")
+        .add_option(
+            "--device", words.device,
+            "cpld, gpio, i2c, i2c:BUS.CHANNEL.DEVICE, poe, or the path of a file of the board")
         ->required();
-    command.add_option("--op", words.op, "any, open, read or write")->capture_default_str();
+    command
+        .add_option("--op", words.op, "any, open, read, write (poe: a frame), or reset (poe only)")
+        ->capture_default_str();
     command.add_option("--offset", words.offset,
-                       "Only this register, line, or offset inside an I2C device");
+                       "Only this register, line, offset inside an I2C device, or PoE command");
     command.add_option("--nth", words.nth, "Which matching request, counted from 1")
         ->capture_default_str();
     command.add_option("--when", words.when, "once, every (n-th), or from (the n-th on)")
@@ -162,7 +171,8 @@ void addFaultAdd(CLI::App &fault, Arguments &arguments, Command &todo) {
     command
         .add_option("--effect", words.effect,
                     "refuse=RESULT, open-fails=ERRNO, ioctl-fails=ERRNO, short=BYTES, "
-                    "corrupt=INDEX:MASK, no-answer")
+                    "corrupt=INDEX:MASK, no-answer; poe: late-answer=READ, wrong-echo, "
+                    "wrong-checksum, bad-port=PORT (from 0)")
         ->required();
     command.callback([&] { todo = [&] { vboard::addFault(arguments.folder, arguments.fault); }; });
 }
@@ -206,6 +216,26 @@ void addTrace(CLI::App &app, Arguments &arguments, Command &todo) {
     command.callback([&] { todo = [&] { vboard::printTrace(arguments.trace); }; });
 }
 
+void addPanel(CLI::App &app, Arguments &arguments, Command &todo) {
+    CLI::App &command = addCommand(app, "panel", "Draw the board's front panel",
+                                   "  vboard panel board\n"
+                                   "  vboard panel board --watch --interval 0.5\n");
+    addFolder(command, arguments.folder);
+    CLI::Option *watch =
+        command.add_flag("--watch", arguments.isWatching, "Draw it again until stopped");
+    command.add_flag("--once", arguments.isOnce, "Draw it once, as without --watch")
+        ->excludes(watch);
+    command.add_option("--interval", arguments.interval, "Seconds between drawings")
+        ->needs(watch)
+        ->check(CLI::Range(0.1, 3600.0))
+        ->capture_default_str();
+    command.callback([&] {
+        todo = [&] {
+            vboard::printPanel(arguments.folder, arguments.isWatching, arguments.interval);
+        };
+    });
+}
+
 void addCommands(CLI::App &app, Arguments &arguments, Command &todo) {
     app.require_subcommand(1);
     app.footer(std::string("'vboard COMMAND --help' shows a command's options and examples.\n\n") +
@@ -217,6 +247,7 @@ void addCommands(CLI::App &app, Arguments &arguments, Command &todo) {
     addGet(app, arguments, todo);
     addSet(app, arguments, todo);
     addFault(app, arguments, todo);
+    addPanel(app, arguments, todo);
     addTrace(app, arguments, todo);
 }
 

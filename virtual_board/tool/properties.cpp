@@ -40,10 +40,12 @@ void printTable(const std::vector<vb::Property> &properties) {
         if (property.isIdle)
             continue;
         const bool isCut = property.value.size() > kMostCharacters;
-        std::printf("%-18s %s%s\n", property.name.c_str(),
+        std::printf("%-22s %s%s\n", property.name.c_str(),
                     property.value.substr(0, kMostCharacters).c_str(), isCut ? "..." : "");
     }
-    std::fprintf(stderr, "Not shown: CPLD registers that hold 0x0000, GPIO inputs at level 0.\n");
+    std::fprintf(stderr,
+                 "Not shown: CPLD registers that hold 0x0000, GPIO inputs at level 0, PoE ports "
+                 "without a device.\n");
 }
 
 } // namespace

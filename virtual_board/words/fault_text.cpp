@@ -3,6 +3,7 @@
 #include "virtual_board/board/paths.h"
 #include "virtual_board/devices/cpld.h"
 #include "virtual_board/devices/gpio.h"
+#include "virtual_board/devices/poe_settings.h"
 #include "virtual_board/words/values.h"
 
 #include <cstdlib>
@@ -25,15 +26,24 @@ struct Word {
 constexpr Word<FaultOp> kOps[] = {{"any", FaultOp::Any},
                                   {"open", FaultOp::Open},
                                   {"read", FaultOp::Read},
-                                  {"write", FaultOp::Write}};
+                                  {"write", FaultOp::Write},
+                                  {"reset", FaultOp::Reset}};
 constexpr Word<FaultWhen> kWhens[] = {
     {"once", FaultWhen::Once}, {"every", FaultWhen::Every}, {"from", FaultWhen::FromOn}};
-constexpr Word<FaultDevice> kDevices[] = {
-    {"cpld", FaultDevice::Cpld}, {"gpio", FaultDevice::Gpio}, {"i2c", FaultDevice::I2c}};
-constexpr Word<FaultEffect> kEffects[] = {
-    {"refuse", FaultEffect::Refuse},          {"open-fails", FaultEffect::OpenFails},
-    {"ioctl-fails", FaultEffect::IoctlFails}, {"short", FaultEffect::Short},
-    {"corrupt", FaultEffect::Corrupt},        {"no-answer", FaultEffect::NoAnswer}};
+constexpr Word<FaultDevice> kDevices[] = {{"cpld", FaultDevice::Cpld},
+                                          {"gpio", FaultDevice::Gpio},
+                                          {"i2c", FaultDevice::I2c},
+                                          {"poe", FaultDevice::Poe}};
+constexpr Word<FaultEffect> kEffects[] = {{"refuse", FaultEffect::Refuse},
+                                          {"open-fails", FaultEffect::OpenFails},
+                                          {"ioctl-fails", FaultEffect::IoctlFails},
+                                          {"short", FaultEffect::Short},
+                                          {"corrupt", FaultEffect::Corrupt},
+                                          {"no-answer", FaultEffect::NoAnswer},
+                                          {"late-answer", FaultEffect::LateAnswer},
+                                          {"wrong-echo", FaultEffect::WrongEcho},
+                                          {"wrong-checksum", FaultEffect::WrongChecksum},
+                                          {"bad-port", FaultEffect::BadPort}};
 
 /** The value of a word of a list; what says what the list is of. */
 template <typename Value, size_t count>
@@ -114,6 +124,8 @@ void parseOffset(FaultRule &rule, const std::string &text) {
         rule.offset = numberOf(text, 0, kCpldRegisters - 1, "a CPLD register");
     else if (rule.device == FaultDevice::Gpio)
         rule.offset = numberOf(text, 0, kGpioLines - 1, "a GPIO line");
+    else if (rule.device == FaultDevice::Poe)
+        rule.offset = numberOf(text, 0, UINT8_MAX, "a command code");
     else
         rule.offset = numberOf(text, 0, UINT32_MAX, "an I2C offset");
 }
@@ -180,9 +192,17 @@ void parseEffect(FaultRule &rule, const std::string &text) {
     case FaultEffect::Corrupt:
         parseCorruption(rule, argument);
         break;
+    case FaultEffect::LateAnswer:
+        rule.argument = static_cast<int32_t>(numberOf(argument, 2, 255, "a read that gets it"));
+        break;
+    case FaultEffect::BadPort:
+        rule.argument = static_cast<int32_t>(numberOf(argument, 0, kPoePorts - 1, "a port"));
+        break;
     case FaultEffect::NoAnswer:
+    case FaultEffect::WrongEcho:
+    case FaultEffect::WrongChecksum:
         if (equals != std::string::npos)
-            throw Refused("no-answer takes no value; leave out '=" + argument + "'");
+            throw Refused(name + " takes no value; leave out '=" + argument + "'");
         break;
     }
 }
@@ -196,6 +216,8 @@ std::string effectText(const FaultRule &rule) {
     case FaultEffect::Corrupt:
         return name + "=" + std::to_string(rule.argument) + ":0x" + hex16Text(rule.mask).substr(4);
     case FaultEffect::NoAnswer:
+    case FaultEffect::WrongEcho:
+    case FaultEffect::WrongChecksum:
         return name;
     default:
         return name + "=" + std::to_string(rule.argument);
@@ -228,7 +250,28 @@ void checkFileRule(const FaultRule &rule) {
     }
 }
 
+bool isPoeEffect(FaultEffect effect) {
+    return effect == FaultEffect::LateAnswer || effect == FaultEffect::WrongEcho ||
+           effect == FaultEffect::WrongChecksum || effect == FaultEffect::BadPort;
+}
+
+void checkPoeRule(const FaultRule &rule) {
+    if (rule.op != FaultOp::Write && rule.op != FaultOp::Reset)
+        throw Refused("the PoE controller is given frames and released from reset; give --op write "
+                      "or --op reset");
+    if (!isPoeEffect(rule.effect) && rule.effect != FaultEffect::NoAnswer)
+        throw Refused("the PoE controller cannot have the effect " + effectText(rule) +
+                      "; it can have no-answer, late-answer, wrong-echo, wrong-checksum and "
+                      "bad-port; for its bus give --device i2c:16.0.0x20");
+    if (rule.op == FaultOp::Reset && (rule.hasOffset != 0 || isPoeEffect(rule.effect)))
+        throw Refused("out of reset there is no frame: give --effect no-answer without --offset");
+}
+
 void checkDeviceRule(const FaultRule &rule) {
+    if (rule.op == FaultOp::Reset)
+        throw Refused("reset is for the PoE controller; give --device poe");
+    if (isPoeEffect(rule.effect))
+        throw Refused(effectText(rule) + " is for the PoE controller; give --device poe");
     if (rule.op == FaultOp::Open)
         throw Refused(std::string("only files are opened; for the driver's node give --device ") +
                       kNodePath);
@@ -253,6 +296,8 @@ FaultRule parseFault(const FaultWords &words) {
     parseEffect(rule, words.effect);
     if (rule.device == FaultDevice::File)
         checkFileRule(rule);
+    else if (rule.device == FaultDevice::Poe)
+        checkPoeRule(rule);
     else
         checkDeviceRule(rule);
     return rule;

@@ -1,7 +1,9 @@
 #include "virtual_board/words/world.h"
 
+#include "virtual_board/board/circuits.h"
 #include "virtual_board/board/create.h"
 #include "virtual_board/board/factory.h"
+#include "virtual_board/words/property_types.h"
 #include "virtual_board/words/values.h"
 
 #include <cerrno>
@@ -14,30 +16,7 @@ namespace vb {
 
 namespace {
 
-/** What a property's name leads to. */
-struct Target {
-    const BoardFolder &folder;
-    uint32_t number;                // the N of "cpld.N"
-    std::optional<uint32_t> offset; // behind '@'
-    std::optional<uint32_t> length; // behind '+'
-
-    Board &board() const { return *folder.board(); }
-    Devices &devices() const { return board().devices; }
-};
-
-using Getter = std::string (*)(const Target &);
-using Setter = void (*)(const Target &, const std::string &);
-
-/** One property, or a numbered row of them: '#' stands for the number. */
-struct PropertyType {
-    const char *pattern;
-    uint32_t first, last;
-    Getter get;
-    Setter set;       // null: read only
-    const char *idle; // what an untouched one holds, when that is not worth showing
-    bool hasBytes;    // can be asked for a part
-    bool ofSupply;    // only on models with plug-in supplies
-};
+using Target = PropertyTarget;
 
 // Model and time
 
@@ -164,16 +143,6 @@ void setSupplyEeprom(const Target &target, const std::string &value) {
     setBytes(supplyOf(target).eeprom, target, value);
 }
 
-std::string getPresent(const Target &target) {
-    return supplyOf(target).isPresent != 0 ? "yes" : "no";
-}
-
-void setPresent(const Target &target, const std::string &value) {
-    if (value != "yes" && value != "no")
-        throw Refused("a supply is present: 'yes' or 'no', not '" + value + "'");
-    supplyOf(target).isPresent = value == "yes" ? 1 : 0;
-}
-
 // The factory's record
 
 /** A field's text, with what is not printable as \xNN. */
@@ -208,23 +177,58 @@ void setMac(const Target &target, const std::string &value) {
 }
 
 constexpr PropertyType kProperties[] = {
-    {"model", 0, 0, getModel, nullptr, nullptr, false, false},
-    {"time", 0, 0, getTime, setTime, nullptr, false, false},
-    {"clock", 0, 0, getClock, nullptr, nullptr, false, false},
-    {"cmdline", 0, 0, getCommandLine, setCommandLine, nullptr, false, false},
-    {"identity.serial", 0, 0, getSerial, setSerial, nullptr, false, false},
-    {"identity.mac", 0, 0, getMac, setMac, nullptr, false, false},
-    {"supply.#.present", 1, kSupplies, getPresent, setPresent, nullptr, false, true},
-    {"cpld.#", 0, kCpldRegisters - 1, getCpld, setCpld, "0x0000", false, false},
-    {"gpio.#", 0, kGpioLines - 1, getGpio, setGpio, "0", false, false},
-    {"gpio.#.direction", 0, kGpioLines - 1, getDirection, nullptr, "input", false, false},
-    {"eeprom.board", 0, 0, getBoardEeprom, setBoardEeprom, nullptr, true, false},
-    {"eeprom.supply#", 1, kSupplies, getSupplyEeprom, setSupplyEeprom, nullptr, true, true},
+    {"model", 0, 0, getModel, nullptr, nullptr, false, Fitted::Always},
+    {"time", 0, 0, getTime, setTime, nullptr, false, Fitted::Always},
+    {"clock", 0, 0, getClock, nullptr, nullptr, false, Fitted::Always},
+    {"cmdline", 0, 0, getCommandLine, setCommandLine, nullptr, false, Fitted::Always},
+    {"identity.serial", 0, 0, getSerial, setSerial, nullptr, false, Fitted::Always},
+    {"identity.mac", 0, 0, getMac, setMac, nullptr, false, Fitted::Always},
+    {"cpld.#", 0, kCpldRegisters - 1, getCpld, setCpld, "0x0000", false, Fitted::Always},
+    {"gpio.#", 0, kGpioLines - 1, getGpio, setGpio, "0", false, Fitted::Always},
+    {"gpio.#.direction", 0, kGpioLines - 1, getDirection, nullptr, "input", false, Fitted::Always},
+    {"eeprom.board", 0, 0, getBoardEeprom, setBoardEeprom, nullptr, true, Fitted::Always},
+    {"eeprom.supply#", 1, kSupplies, getSupplyEeprom, setSupplyEeprom, nullptr, true,
+     Fitted::PlugInSupplies},
 };
 
-bool exists(const PropertyType &type, const Board &board) {
-    const Model *model = findModel(board.header.devId);
-    return !type.ofSupply || (model != nullptr && model->hasSupplyEeproms);
+/** Whether a model has what a property is about. */
+bool exists(const PropertyType &type, const Model &model) {
+    switch (type.fitted) {
+    case Fitted::PlugInSupplies:
+        return model.hasSupplyEeproms;
+    case Fitted::SupplyLines:
+        return model.supplyLines != SupplyLines::None;
+    case Fitted::Poe:
+        return model.poePorts != 0;
+    case Fitted::Always:
+        break;
+    }
+    return true;
+}
+
+const Model &modelOf(const BoardFolder &folder) {
+    const Model *model = findModel(folder.board()->header.devId);
+    if (model == nullptr)
+        throw Refused("the board is of no known model; create it again");
+    return *model;
+}
+
+/** The last number of a row on a model. */
+uint32_t lastOf(const PropertyType &type, const Model &model) {
+    return type.last == kPoePorts && type.fitted == Fitted::Poe ? model.poePorts : type.last;
+}
+
+/** Calls a function with every type of property. */
+template <typename Visit>
+void forEachType(Visit visit) {
+    for (const PropertyType &type : kProperties)
+        visit(type);
+    for (const PropertyType &type : powerProperties())
+        visit(type);
+}
+
+void bringUpToDate(const BoardFolder &folder) {
+    advanceBoard(*folder.board(), clockNow(folder.board()->clock, hostNow()));
 }
 
 std::string nameOf(const PropertyType &type, uint32_t number) {
@@ -264,21 +268,24 @@ Reference resolve(const BoardFolder &folder, const std::string &fullName) {
     const size_t at = fullName.find('@');
     const std::string name = fullName.substr(0, at);
     Reference found = {nullptr, {folder, 0, std::nullopt, std::nullopt}};
-    for (const PropertyType &type : kProperties) {
+    const Model &model = modelOf(folder);
+    forEachType([&](const PropertyType &type) {
         const auto number = numberIn(name, type);
         if (!number.has_value())
-            continue;
-        if (*number < type.first || *number > type.last)
+            return;
+        const uint32_t last = lastOf(type, model);
+        if (exists(type, model) && (*number < type.first || *number > last))
             throw Refused("there is no " + name + "; the numbers are " +
-                          std::to_string(type.first) + " to " + std::to_string(type.last));
+                          std::to_string(type.first) + " to " + std::to_string(last));
         found.type = &type;
         found.target.number = *number;
-    }
+    });
     if (found.type == nullptr)
         throw Refused("there is no property '" + name + "'; 'vboard get DIR' lists them");
-    if (!exists(*found.type, *folder.board()))
-        throw Refused("there is no " + name + " on model " +
-                      hex16Text(folder.board()->header.devId) + ": its supplies are built in");
+    if (!exists(*found.type, model))
+        throw Refused(
+            "there is no " + name + " on model " + hex16Text(model.devId) + ": " +
+            (found.type->fitted == Fitted::Poe ? "it has no PoE" : "its supplies are built in"));
     if (at == std::string::npos)
         return found;
     if (!found.type->hasBytes)
@@ -293,21 +300,24 @@ Reference resolve(const BoardFolder &folder, const std::string &fullName) {
 } // namespace
 
 std::vector<Property> properties(const BoardFolder &folder) {
+    const Model &model = modelOf(folder);
+    bringUpToDate(folder);
     std::vector<Property> all;
-    for (const PropertyType &type : kProperties) {
-        if (!exists(type, *folder.board()))
-            continue;
-        for (uint32_t number = type.first; number <= type.last; ++number) {
+    forEachType([&](const PropertyType &type) {
+        if (!exists(type, model))
+            return;
+        for (uint32_t number = type.first; number <= lastOf(type, model); ++number) {
             const std::string value = type.get({folder, number, std::nullopt, std::nullopt});
             const bool isIdle = type.idle != nullptr && value == type.idle;
             all.push_back({nameOf(type, number), value, isIdle});
         }
-    }
+    });
     return all;
 }
 
 std::string property(const BoardFolder &folder, const std::string &name) {
     const Reference found = resolve(folder, name);
+    bringUpToDate(folder);
     return found.type->get(found.target);
 }
 
@@ -315,7 +325,9 @@ void setProperty(const BoardFolder &folder, const std::string &name, const std::
     const Reference found = resolve(folder, name);
     if (found.type->set == nullptr)
         throw Refused(name + " can only be read");
+    bringUpToDate(folder);
     found.type->set(found.target, value);
+    bringUpToDate(folder);
 }
 
 } // namespace vb

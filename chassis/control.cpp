@@ -1,0 +1,46 @@
+// Reset of the board, the PTP trigger line, and slots that this box does not have.
+
+#include "bsp.h"
+#include "chassis/register_bits.h"
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+constexpr uint32_t kResetRegister = 5; // any write of 0 resets the board
+constexpr uint32_t kPtpRegister = 6;   // shared with fans and PoE
+constexpr int kPtpBit = 15;
+constexpr useconds_t kPtpPulse = 100;
+
+int32_t drivePtpLine(bool level, const char *function) {
+    uint16_t reg = 0;
+    if (const int32_t status = bspCpldGet(kPtpRegister, &reg); status != BSP_OK) {
+        std::printf("%s-%d: bspCpldGet error. ret=%d \n", function, __LINE__, status);
+        return status;
+    }
+    const int32_t status = bspCpldSet(kPtpRegister, bsp::withField(reg, kPtpBit, 1, level ? 1 : 0));
+    if (status != BSP_OK)
+        std::printf("%s-%d: bspCpldSet error. ret=%d \n", function, __LINE__, status);
+    return status;
+}
+
+} // namespace
+
+int32_t bspHwReboot(void) {
+    return bspCpldSet(kResetRegister, 0);
+}
+
+int32_t bspPtpTriggerSet(uint32_t) {
+    if (const int32_t status = drivePtpLine(false, __func__); status != BSP_OK)
+        return status;
+    usleep(kPtpPulse);
+    return drivePtpLine(true, __func__);
+}
+
+int32_t bspSlotPresentGet(uint32_t, uint32_t *) {
+    return BSP_E_NOT_SUPPORTED;
+}
+int32_t bspSlotPowerStateSet(uint32_t, uint32_t) {
+    return BSP_E_NOT_SUPPORTED;
+}

@@ -1,0 +1,87 @@
+// Front-panel LEDs.
+
+#include "bsp.h"
+#include "chassis/register_bits.h"
+#include "identity/board_catalogue.h"
+
+namespace {
+
+constexpr uint32_t kLampRegister = 7;
+constexpr uint32_t kPoeLampRegister = 13; // the first of several, 16 ports each
+constexpr uint32_t kPortsPerRegister = 16;
+
+enum Kind : uint32_t {
+    kSystemLamp = 1,
+    kLamp4 = 4,
+    kLamp5 = 5,
+    kIndexedLamp = 7,
+    kPoePortLamp = 9,
+};
+
+/** Where a lamp's field lies. */
+struct Lamp {
+    uint32_t reg;
+    int64_t lowestBit;
+    unsigned width;
+};
+
+int32_t findPoePortLamp(uint32_t index, Lamp *lamp) {
+    uint32_t devId = 0;
+    if (const int32_t status = bspDevIdGet(&devId); status != BSP_OK)
+        return status;
+    const uint32_t ports = bsp::boardModel(devId).poePorts;
+    if (ports == 0)
+        return BSP_E_NOT_SUPPORTED;
+    if (index < 1 || index > ports)
+        return BSP_E_INVALID;
+    *lamp = {kPoeLampRegister + (index - 1) / kPortsPerRegister, (index - 1) % kPortsPerRegister,
+             1};
+    return BSP_OK;
+}
+
+int32_t findLamp(uint32_t kind, uint32_t index, Lamp *lamp) {
+    switch (kind) {
+    case kSystemLamp:
+        *lamp = {kLampRegister, 0, 2};
+        return BSP_OK;
+    case kLamp4:
+        *lamp = {kLampRegister, 4, 1};
+        return BSP_OK;
+    case kLamp5:
+        *lamp = {kLampRegister, 5, 1};
+        return BSP_OK;
+    case kIndexedLamp:
+        *lamp = {kLampRegister, int64_t{index} + 5, 1};
+        return BSP_OK;
+    case kPoePortLamp:
+        return findPoePortLamp(index, lamp);
+    default:
+        return BSP_E_NOT_SUPPORTED;
+    }
+}
+
+/** What is written for a state: the system lamp has four, the others on and off. */
+int32_t encodeState(uint32_t kind, uint32_t state, uint32_t *value) {
+    constexpr uint32_t kSystemLampCodes[] = {0, 3, 2, 1};
+    if (state > 3)
+        return BSP_E_INVALID;
+    if (kind != kSystemLamp && state > 1)
+        return BSP_E_NOT_SUPPORTED;
+    *value = kind == kSystemLamp ? kSystemLampCodes[state] : state;
+    return BSP_OK;
+}
+
+} // namespace
+
+int32_t bspLedStateSet(uint32_t, uint32_t index, uint32_t kind, uint32_t, uint32_t state) {
+    Lamp lamp{};
+    if (const int32_t status = findLamp(kind, index, &lamp); status != BSP_OK)
+        return status;
+    uint32_t value = 0;
+    if (const int32_t status = encodeState(kind, state, &value); status != BSP_OK)
+        return status;
+    uint16_t reg = 0;
+    if (const int32_t status = bspCpldGet(lamp.reg, &reg); status != BSP_OK)
+        return status;
+    return bspCpldSet(lamp.reg, bsp::withField(reg, lamp.lowestBit, lamp.width, value));
+}

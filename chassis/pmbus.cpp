@@ -1,0 +1,41 @@
+#include "chassis/pmbus.h"
+
+#include "bsp.h"
+
+#include <cstdio>
+#include <cstring>
+#include <unistd.h>
+
+namespace {
+
+constexpr uint32_t kSupplyBus = 0;
+constexpr uint32_t kSupplyDevice = 0x58;
+constexpr int32_t kMaxReply = 32;
+constexpr int32_t kShortestBlock = 3;
+constexpr useconds_t kReadPause = 100000; // the supply's controller needs it between commands
+
+constexpr uint32_t supplyChannel(int32_t index) {
+    return static_cast<uint32_t>(index) + 1;
+}
+
+} // namespace
+
+int32_t bsp_power_info_read(int32_t index, uint32_t command, int32_t length, uint8_t *buffer) {
+    if ((index != 1 && index != 2) || length < 1 || length > kMaxReply)
+        return BSP_E_INVALID;
+    uint8_t reply[kMaxReply] = {};
+    if (bspI2cRead(kSupplyBus, supplyChannel(index), kSupplyDevice, command, 1, reply, length) !=
+        BSP_OK)
+        return BSP_E_FAILED;
+    const auto count = static_cast<size_t>(length);
+    if (length < kShortestBlock) {
+        std::memcpy(buffer, reply, count);
+    } else if (reply[0] == length - 1) {
+        std::memcpy(buffer, reply + 1, count - 1);
+    } else {
+        std::printf("%s-%d: get data len error,%d(%#x) \n", __func__, __LINE__, length, reply[0]);
+        return BSP_E_FAILED;
+    }
+    usleep(kReadPause);
+    return BSP_OK;
+}

@@ -1,0 +1,220 @@
+// Power supplies: how many, which, in what state, and their live readings.
+
+#include "bsp.h"
+#include "chassis/linear.h"
+#include "chassis/pmbus.h"
+#include "chassis/register_bits.h"
+#include "identity/board_catalogue.h"
+#include "identity/reported_steps.h"
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+using bsp::ChassisClass;
+using bsp::hasBit;
+
+constexpr int32_t kFixedSupplies = 2;
+constexpr int32_t kMaxSupplies = sizeof(BspDevinfo::supplyType);
+
+constexpr uint32_t kSupplyRegister = 30;       // models with fixed supplies
+constexpr uint32_t kOtherPresenceRegister = 6; // other models, active low
+constexpr int32_t kOtherPresenceBit = 8;       // plus the supply's number
+
+// Lines of a fixed supply in its register, to be added to the supply's number (counted from 1). The
+// number comes from the caller, unchecked for the type: the sums are wider than it.
+constexpr int64_t kPresenceLine = -1;
+constexpr int64_t kTypeLine = 1;
+constexpr int64_t kStatusLineA = 3;
+constexpr int64_t kStatusLineB = 5;
+constexpr int64_t kStatusLineC = 7;
+
+constexpr int32_t kTypeLineSet = 1;
+constexpr int32_t kTypeLineClear = 2;
+
+constexpr int kReadAttempts = 3;
+constexpr useconds_t kRejectedPause = 5000;
+constexpr int kVoutExponent = -9; // VOUT_MODE 0x17
+
+constexpr bool isFixedSupply(int32_t index) {
+    return index >= 1 && index <= kFixedSupplies;
+}
+
+bool hasFixedSupplies(uint32_t devId) {
+    return bsp::boardModel(devId).chassis != ChassisClass::Other;
+}
+
+int32_t typeFromRecord(int32_t index, int32_t *type, bsp::CallSite site) {
+    BspDevinfo record{};
+    if (const int32_t status = bsp::readBoardRecord(&record, site); status != BSP_OK)
+        return status;
+    const int32_t count = record.supplyCount;
+    if (index < 1 || index > count || index > kMaxSupplies) {
+        std::printf("%s-%d: power index %d > powerNum %d\n", site.function, site.line, index,
+                    count);
+        return BSP_E_INVALID;
+    }
+    *type = record.supplyType[index - 1];
+    return BSP_OK;
+}
+
+int32_t typeFromLines(int32_t index, int32_t *type) {
+    uint16_t lines = 0;
+    if (const int32_t status = bspCpldGet(kSupplyRegister, &lines); status != BSP_OK)
+        return status;
+    // The line that tells of presence is the one that makes the type unreadable: callers ask for
+    // the type of a fixed supply while it is clear.
+    if (hasBit(lines, index + kPresenceLine))
+        return BSP_E_FAILED;
+    *type = hasBit(lines, index + kTypeLine) ? kTypeLineSet : kTypeLineClear;
+    return BSP_OK;
+}
+
+int32_t fourFanStatus(uint16_t lines, int32_t index) {
+    if (hasBit(lines, index + kStatusLineA))
+        return 3;
+    if (hasBit(lines, index + kStatusLineB) && hasBit(lines, index + kTypeLine))
+        return 1;
+    return hasBit(lines, index + kStatusLineC) ? 0 : 2;
+}
+
+int32_t twoFanStatus(uint16_t lines, int32_t index) {
+    if (!hasBit(lines, index + kStatusLineC))
+        return 1;
+    return hasBit(lines, index + kStatusLineB) ? 0 : 4;
+}
+
+/** What a live reading is, and where it goes. */
+struct Reading {
+    uint8_t command;
+    int32_t BspPowerInfo::*field;
+    int32_t (*convert)(uint16_t word);
+};
+
+int32_t outputVoltage(uint16_t word) {
+    return bsp::linear16ToThousandths(word, kVoutExponent);
+}
+int32_t degrees(uint16_t word) {
+    return bsp::linear11ToThousandths(word) / 1000;
+}
+
+constexpr Reading kReadings[] = {
+    {bsp::pmbus::kReadVin, &BspPowerInfo::inputVoltage, bsp::linear11ToThousandths},
+    {bsp::pmbus::kReadIin, &BspPowerInfo::inputCurrent, bsp::linear11ToThousandths},
+    {bsp::pmbus::kReadPin, &BspPowerInfo::inputPower, bsp::linear11ToThousandths},
+    {bsp::pmbus::kReadVout, &BspPowerInfo::outputVoltage, outputVoltage},
+    {bsp::pmbus::kReadIout, &BspPowerInfo::outputCurrent, bsp::linear11ToThousandths},
+    {bsp::pmbus::kReadPout, &BspPowerInfo::outputPower, bsp::linear11ToThousandths},
+    {bsp::pmbus::kReadTemperature1, &BspPowerInfo::temperature1, degrees},
+    {bsp::pmbus::kReadTemperature2, &BspPowerInfo::temperature2, degrees},
+    {bsp::pmbus::kReadTemperature3, &BspPowerInfo::temperature3, degrees},
+};
+
+/**
+ * Takes one reading into its field. A supply that is busy answers 0xFF in the high byte; one that
+ * does so on every attempt leaves the field as it is.
+ */
+int32_t takeReading(int32_t index, const Reading &reading, BspPowerInfo *info) {
+    for (int attempt = 1; attempt <= kReadAttempts; ++attempt) {
+        uint8_t word[2] = {};
+        const int32_t status = bsp_power_info_read(index, reading.command, sizeof(word), word);
+        if (status == BSP_OK && word[1] != 0xFF) {
+            info->*reading.field = reading.convert(static_cast<uint16_t>(word[0] | word[1] << 8));
+            return BSP_OK;
+        }
+        if (status != BSP_OK && attempt == kReadAttempts)
+            return BSP_E_FAILED;
+        usleep(kRejectedPause);
+    }
+    return BSP_OK;
+}
+
+} // namespace
+
+int32_t bspPowerNumGet(int32_t *out) {
+    uint32_t devId = 0;
+    if (const int32_t status = bsp::readDeviceId(&devId); status != BSP_OK)
+        return status;
+    if (hasFixedSupplies(devId)) {
+        *out = kFixedSupplies;
+        return BSP_OK;
+    }
+    BspDevinfo record{};
+    if (const int32_t status = bsp::readBoardRecord(&record); status != BSP_OK)
+        return status;
+    // The count is stored even when it is refused, so that the caller sees the bad value.
+    *out = record.supplyCount;
+    if (*out > kMaxSupplies) {
+        std::printf("%s-%d: power num %d > max %d\n", __func__, __LINE__, *out, kMaxSupplies);
+        return BSP_E_INVALID;
+    }
+    return BSP_OK;
+}
+
+int32_t bspPowerPresentGet(int32_t index, int32_t *out) {
+    uint32_t devId = 0;
+    if (const int32_t status = bsp::readDeviceId(&devId); status != BSP_OK)
+        return status;
+    if (!isFixedSupply(index))
+        return BSP_E_INVALID;
+    const bool isFixed = hasFixedSupplies(devId);
+    uint16_t lines = 0;
+    if (const int32_t status =
+            bspCpldGet(isFixed ? kSupplyRegister : kOtherPresenceRegister, &lines);
+        status != BSP_OK)
+        return status;
+    *out =
+        isFixed ? hasBit(lines, index + kPresenceLine) : !hasBit(lines, index + kOtherPresenceBit);
+    return BSP_OK;
+}
+
+int32_t bspPowerTypeGet(int32_t index, int32_t *out) {
+    if (out == nullptr)
+        return BSP_E_NULL;
+    uint32_t devId = 0;
+    if (const int32_t status = bsp::readDeviceId(&devId); status != BSP_OK)
+        return status;
+    return hasFixedSupplies(devId) ? typeFromLines(index, out)
+                                   : typeFromRecord(index, out, bsp::CallSite::here(__func__));
+}
+
+int32_t bspPowerStatusGet(int32_t index, int32_t *out) {
+    uint32_t devId = 0;
+    if (const int32_t status = bsp::readDeviceId(&devId); status != BSP_OK)
+        return status;
+    int32_t count = 0;
+    if (const int32_t status = bspPowerNumGet(&count); status != BSP_OK)
+        return status;
+    if (index < 1 || index > count)
+        return BSP_E_INVALID;
+    const ChassisClass chassis = bsp::boardModel(devId).chassis;
+    if (chassis == ChassisClass::Other) {
+        *out = 0;
+        return BSP_OK;
+    }
+    uint16_t lines = 0;
+    if (const int32_t status = bspCpldGet(kSupplyRegister, &lines); status != BSP_OK)
+        return status;
+    *out =
+        chassis == ChassisClass::FourFan ? fourFanStatus(lines, index) : twoFanStatus(lines, index);
+    return BSP_OK;
+}
+
+int32_t bspPowerInfoGet(int32_t index, BspPowerInfo *info) {
+    *info = BspPowerInfo{};
+    if (const int32_t status = bspPowerTypeGet(index, &info->type); status != BSP_OK) {
+        std::printf("%s-%d: get power type failed, ret=%d\n", __func__, __LINE__, status);
+        return status;
+    }
+    uint32_t devId = 0;
+    if (const int32_t status = bsp::readDeviceId(&devId); status != BSP_OK)
+        return status;
+    if (bspDevIsTwoFanModel(devId) == 0)
+        return BSP_OK;
+    for (const Reading &reading : kReadings) {
+        if (const int32_t status = takeReading(index, reading, info); status != BSP_OK)
+            return status;
+    }
+    return BSP_OK;
+}

@@ -1,0 +1,181 @@
+#pragma once
+// The controller's command set, one builder per command. Ports are the controller's, 0-47.
+//
+// Every builder answers BSP_OK, a status of the exchange (transport.h), BSP_E_POE_INVALID for an
+// argument out of range (nothing is sent then), BSP_E_POE_STATUS when the controller reports
+// failure, or BSP_E_POE_CONTENT when a reply names another port than asked. Outputs are written on
+// success only.
+
+#include <cstdint>
+
+/** Controller firmware and hardware, command 0x40. */
+struct Rtl8239SystemInfo {
+    uint8_t byte3;
+    uint8_t byte4;
+    uint16_t word5;      // bytes 5-6
+    uint16_t appVersion; // byte 7 and byte 10
+    uint8_t byte8;
+    bool flag0, flag1, flag2; // bits 0-2 of byte 9
+};
+
+/** Power totals, command 0x41. */
+struct Rtl8239PowerTotals {
+    uint32_t power2; // milliwatts, bytes 2-3
+    uint32_t power7; // milliwatts, bytes 7-8: drawn by all ports
+    uint32_t power4; // milliwatts, bytes 4-5: not 0 once the controller is initialised
+    uint8_t byte6;
+};
+
+/** State of a port, command 0x42. A member without a meaning in the state is 0xFF. */
+struct Rtl8239PortStatus {
+    uint8_t status;
+    uint8_t fault;          // status 4 only
+    uint8_t classification; // high nibble of byte 4; not in status 4
+    uint8_t detection;      // low nibble of byte 4; not in status 4
+    uint8_t low5;           // low nibble of byte 5 when mode is 2, else the whole byte
+    uint8_t high5;          // high nibble of byte 5 when mode is 2
+    uint8_t mode;           // byte 7
+};
+
+/** Measurements of a port, command 0x44. */
+struct Rtl8239PortMeasurement {
+    uint32_t voltage;    // millivolts
+    uint32_t current;    // milliamperes
+    int32_t temperature; // degrees Celsius
+    uint32_t power;      // milliwatts
+};
+
+/** Command 0x45. */
+struct Rtl8239Query45 {
+    uint8_t byte[5]; // bytes 3-7
+};
+
+/** Event flags, command 0x46. */
+struct Rtl8239Query46 {
+    bool flag2[2]; // bits 1 and 2 of byte 2
+    bool flag3[2]; // bits 1 and 2 of byte 3
+    bool port[48];
+};
+
+/** Settings of a port, command 0x48. */
+struct Rtl8239PortConfig {
+    uint8_t enable;   // byte 3
+    uint8_t funcMode; // byte 4
+    uint8_t byte5;
+    uint8_t byte7;
+    uint8_t byte8;
+};
+
+/** Power settings of a port, command 0x49. */
+struct Rtl8239PortPowerConfig {
+    uint8_t inrushMode; // byte 3
+    uint8_t byte4;
+    uint8_t byte6;
+    uint8_t byte7;
+    uint8_t byte8;
+    uint8_t byte9;
+    uint32_t powerLimit; // milliwatts
+};
+
+/** Voltage thresholds, command 0x4A. */
+struct Rtl8239GlobalParam {
+    uint32_t lowThreshold;  // millivolts
+    uint32_t highThreshold; // millivolts
+    uint8_t byte3;
+    uint8_t byte8;
+};
+
+/** A power bank, command 0x4B. */
+struct Rtl8239PowerSource {
+    uint8_t byte2;
+    uint32_t power;        // milliwatts
+    uint32_t reservePower; // milliwatts
+};
+
+/** Commands 0x4C, 0x4E, 0x4F and 0x50. */
+struct Rtl8239Query4C {
+    uint8_t byte[12];
+};
+struct Rtl8239Query4E {
+    uint8_t byte[8];
+};
+struct Rtl8239Query4F {
+    uint32_t voltage[2]; // millivolts
+    uint16_t word[2];
+};
+struct Rtl8239Query50 {
+    uint8_t value[12]; // 4 bits each
+};
+
+/** A register of a power-sourcing chip, commands 0xF0 and 0xF1. */
+struct Rtl8239ChipRegister {
+    uint8_t selector;
+    uint32_t address;
+    uint32_t value;
+};
+
+extern "C" {
+// Settings of all ports
+
+int32_t rtl8239CmdGlobalEnableSet(int32_t enable);
+int32_t rtl8239CmdGlobalResetSet(int32_t reset);
+int32_t rtl8239CmdGlobalPowerSourceSet(int32_t bank, uint32_t power, uint32_t reservePower);
+int32_t rtl8239CmdPortMappingEnableSet(int32_t enable, int32_t portCount);
+int32_t rtl8239CmdPortPairMappingSet(int32_t port, int32_t isFourPair, int32_t deviceIndex,
+                                     int32_t primaryChannel, int32_t secondaryChannel,
+                                     int32_t chipAddress);
+int32_t rtl8239CmdGlobalParamSet(uint32_t lowThreshold, uint32_t highThreshold);
+int32_t rtl8239CmdGlobalPmModeSet(int32_t mode);
+int32_t rtl8239CmdGlobalPmModeExtSet(int32_t mode);
+int32_t rtl8239CmdGlobalPortEventMaskSet(int32_t first, int32_t second);
+
+// Settings of the ports from firstPort to lastPort
+
+int32_t rtl8239CmdPortEnableSet(int32_t firstPort, int32_t lastPort, int32_t enable);
+int32_t rtl8239CmdPortResetSet(int32_t firstPort, int32_t lastPort, int32_t reset);
+int32_t rtl8239CmdPortFuncModeSet(int32_t firstPort, int32_t lastPort, int32_t mode);
+int32_t rtl8239CmdPortDetTypeSet(int32_t firstPort, int32_t lastPort, int32_t type);
+int32_t rtl8239CmdPortDetTriggerSet(int32_t firstPort, int32_t lastPort, int32_t trigger);
+int32_t rtl8239CmdPortClsTriggerSet(int32_t firstPort, int32_t lastPort, int32_t trigger);
+int32_t rtl8239CmdPortInrushModeSet(int32_t firstPort, int32_t lastPort, int32_t mode);
+int32_t rtl8239CmdPortForceInrushSet(int32_t firstPort, int32_t lastPort, int32_t force);
+int32_t rtl8239CmdPortDisconnectTypeSet(int32_t firstPort, int32_t lastPort, int32_t type);
+int32_t rtl8239CmdPortMaxPowerTypeSet(int32_t firstPort, int32_t lastPort, int32_t type);
+int32_t rtl8239CmdPortMaxPowerValueExtSet(int32_t firstPort, int32_t lastPort, uint32_t power);
+int32_t rtl8239CmdPortPrioritySet(int32_t firstPort, int32_t lastPort, int32_t priority);
+int32_t rtl8239CmdPortTriggerDetClsPwrSet(int32_t firstPort, int32_t lastPort, int32_t action);
+
+// Queries of the ports from firstPort to lastPort; values has room for each of them
+
+int32_t rtl8239CmdPortDetTriggerGet(int32_t firstPort, int32_t lastPort, uint8_t *values);
+int32_t rtl8239CmdPortFuncModeGet(int32_t firstPort, int32_t lastPort, uint8_t *values);
+
+// Queries of one port
+
+int32_t rtl8239CmdPortStatusGet(int32_t port, Rtl8239PortStatus *out);
+int32_t rtl8239CmdPortMeasurementGet(int32_t port, Rtl8239PortMeasurement *out);
+int32_t rtl8239CmdQuery45Get(int32_t port, int32_t flag, Rtl8239Query45 *out);
+int32_t rtl8239CmdQuery48Get(int32_t port, Rtl8239PortConfig *out);
+int32_t rtl8239CmdQuery49Get(int32_t port, Rtl8239PortPowerConfig *out);
+int32_t rtl8239CmdQuery4EGet(int32_t port, Rtl8239Query4E *out);
+int32_t rtl8239CmdQuery4FGet(int32_t port, Rtl8239Query4F *out);
+
+// Queries of the controller; a null output is BSP_E_POE_NULL
+
+int32_t rtl8239CmdSystemInfoGet(Rtl8239SystemInfo *out);
+int32_t rtl8239CmdQuery41Get(Rtl8239PowerTotals *out);
+int32_t rtl8239CmdQuery46Get(int32_t flag, Rtl8239Query46 *out);
+int32_t rtl8239CmdGlobalParamGet(Rtl8239GlobalParam *out);
+int32_t rtl8239CmdGlobalPowerSourceGet(int32_t bank, Rtl8239PowerSource *out);
+int32_t rtl8239CmdQuery4CGet(Rtl8239Query4C *out);
+int32_t rtl8239CmdQuery50Get(Rtl8239Query50 *out);
+
+// Stored configuration and chip registers
+
+int32_t rtl8239CmdMiscConfigInfoSave(void);
+int32_t rtl8239CmdMiscConfigInfoClear(void);
+int32_t rtl8239CmdMiscConfigInfoReset(void);
+int32_t rtl8239CmdMiscConfigInfoInit(void);
+int32_t rtl8239CmdDebugChipRegSet(const Rtl8239ChipRegister *chipRegister);
+int32_t rtl8239CmdDebugChipRegGet(Rtl8239ChipRegister *chipRegister);
+}

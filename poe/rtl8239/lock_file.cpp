@@ -1,0 +1,50 @@
+// The file that keeps the processes of the board apart on the way to the controller. Its first byte
+// counts the frames.
+
+#include "poe/rtl8239/transport.h"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace {
+constexpr char kLockPath[] = "/tmp/bspPoeLockFile";
+}
+
+int32_t bspPoeLockFileOpen(int32_t *lockResult) {
+    int fd = open(kLockPath, O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    if (fd == 0) {
+        // 0 says "no lock file" to the callers, so a descriptor of that number is moved up.
+        fd = fcntl(fd, F_DUPFD_CLOEXEC, 1);
+        close(0);
+    }
+    if (fd < 0) {
+        std::perror("open /tmp/bspPoeLockFile error \n");
+        return 0;
+    }
+    const int32_t result = flock(fd, LOCK_EX);
+    if (lockResult != nullptr)
+        *lockResult = result;
+    return fd;
+}
+
+void bspPoeLockFileClose(int32_t fd) {
+    if (fd == 0)
+        return;
+    flock(fd, LOCK_UN);
+    close(fd);
+}
+
+uint8_t bspPoeSeqNumNext(int32_t fd, uint8_t *counter) {
+    if (fd < 1)
+        return counter != nullptr ? ++*counter : uint8_t{0};
+    uint8_t number = 0;
+    // A file that nobody has seeded stays empty, and its frames all carry 0.
+    if (lseek(fd, 0, SEEK_SET) != 0 || read(fd, &number, 1) != 1)
+        return 0;
+    ++number;
+    lseek(fd, 0, SEEK_SET);
+    [[maybe_unused]] const ssize_t written = write(fd, &number, 1);
+    return number;
+}

@@ -1,0 +1,256 @@
+// What the driver's table offers: each operation is a command or two of the controller.
+
+#include "bsp.h"
+#include "poe/rtl8239/commands.h"
+#include "poe/rtl8239/transport.h"
+
+#include <cstdio>
+
+namespace {
+
+// Values of the operations' arguments and results.
+constexpr uint32_t kOn = 1;
+constexpr uint32_t kOff = 2;
+constexpr uint32_t kModeDisabled = 5;
+constexpr uint32_t kHighestMode = 2;
+
+// Values of the controller.
+constexpr uint8_t kStatusDelivering = 2;
+constexpr uint8_t kStatusFault = 4;
+constexpr int32_t kInrushLast = 9; // the callers' 8
+
+constexpr int32_t asPort(uint32_t port) {
+    return static_cast<int32_t>(port);
+}
+
+/** Queries a port and stores what a function makes of the answer. */
+template <typename Record, typename Select>
+int32_t readPort(int32_t (*query)(int32_t, Record *), uint32_t port, uint32_t *out, Select select) {
+    if (out == nullptr)
+        return BSP_E_POE_NULL;
+    Record record{};
+    if (const int32_t status = query(asPort(port), &record); status != BSP_OK)
+        return status;
+    *out = select(record);
+    return BSP_OK;
+}
+
+/** Sends a setting to one port. */
+int32_t setPort(int32_t (*set)(int32_t, int32_t, int32_t), uint32_t port, int32_t value) {
+    return set(asPort(port), asPort(port), value);
+}
+
+/** Sends a setting that callers switch on with 1 and off with 2. */
+int32_t switchPort(int32_t (*set)(int32_t, int32_t, int32_t), uint32_t port, uint32_t value) {
+    if (value != kOn && value != kOff)
+        return BSP_E_POE_INVALID;
+    return setPort(set, port, value == kOn ? 1 : 0);
+}
+
+/** Two settings of one port, the second only when the first succeeded. */
+int32_t setPortTwice(int32_t (*firstSet)(int32_t, int32_t, int32_t), int32_t firstValue,
+                     int32_t (*secondSet)(int32_t, int32_t, int32_t), int32_t secondValue,
+                     uint32_t port) {
+    if (const int32_t status = setPort(firstSet, port, firstValue); status != BSP_OK)
+        return status;
+    return setPort(secondSet, port, secondValue);
+}
+
+int32_t forcePower(uint32_t port, bool isOn) {
+    return setPort(rtl8239CmdPortTriggerDetClsPwrSet, port, isOn ? 3 : 0);
+}
+
+int32_t enablePower(uint32_t port, bool isOn) {
+    if (isOn)
+        return setPort(rtl8239CmdPortEnableSet, port, 2);
+    return setPortTwice(rtl8239CmdPortEnableSet, 0, rtl8239CmdPortEnableSet, 1, port);
+}
+
+uint32_t classOf(const Rtl8239PortStatus &status) {
+    constexpr uint32_t kUnknownClass = 9;
+    if (status.classification >= 1 && status.classification <= 8)
+        return status.classification;
+    return status.classification == 0 || status.classification == 12 ? kUnknownClass : 0;
+}
+
+} // namespace
+
+int32_t bspPoeRtl8239InitStatusSet(uint32_t) {
+    return BSP_OK;
+}
+
+int32_t bspPoeRtl8239InitStatusGet(uint32_t *out) {
+    if (out == nullptr)
+        return BSP_E_POE_NULL;
+    Rtl8239PowerTotals totals{};
+    // A controller that does not answer says nothing about its initialisation; callers rely on the
+    // value that they put in.
+    if (rtl8239CmdQuery41Get(&totals) == BSP_OK)
+        *out = totals.power4 != 0 ? 1 : 0;
+    return BSP_OK;
+}
+
+int32_t bspPoeRtl8239AppVersionGet(char *text) {
+    if (text == nullptr)
+        return BSP_E_POE_NULL;
+    Rtl8239SystemInfo info{};
+    if (const int32_t status = rtl8239CmdSystemInfoGet(&info); status != BSP_OK)
+        return status;
+    const unsigned version = info.appVersion;
+    std::sprintf(text, "V%u.%u.%u.%u", version >> 12, version >> 8 & 0xF, version >> 4 & 0xF,
+                 version & 0xF);
+    return BSP_OK;
+}
+
+int32_t bspPoeRtl8239GlobalMaxPowerSet(uint32_t power) {
+    const BspPoePortMap *map = bspPoeRtl8239PortMapGet();
+    if (map == nullptr)
+        return BSP_E_POE_UNAVAILABLE;
+    return rtl8239CmdGlobalPowerSourceSet(static_cast<int32_t>(map->powerBank), power, 0);
+}
+
+int32_t bspPoeRtl8239GlobalMaxPowerGet(uint32_t *out) {
+    if (out == nullptr)
+        return BSP_E_POE_NULL;
+    const BspPoePortMap *map = bspPoeRtl8239PortMapGet();
+    if (map == nullptr)
+        return BSP_E_POE_UNAVAILABLE;
+    Rtl8239PowerSource source{};
+    if (const int32_t status =
+            rtl8239CmdGlobalPowerSourceGet(static_cast<int32_t>(map->powerBank), &source);
+        status != BSP_OK)
+        return status;
+    *out = source.power;
+    return BSP_OK;
+}
+
+int32_t bspPoeRtl8239GlobalPowerGet(uint32_t *out) {
+    if (out == nullptr)
+        return BSP_E_POE_NULL;
+    Rtl8239PowerTotals totals{};
+    if (const int32_t status = rtl8239CmdQuery41Get(&totals); status != BSP_OK)
+        return status;
+    *out = totals.power7;
+    return BSP_OK;
+}
+
+int32_t bspPoeRtl8239PortModeSet(uint32_t port, uint32_t mode) {
+    if (mode <= kHighestMode)
+        return setPortTwice(rtl8239CmdPortFuncModeSet, static_cast<int32_t>(mode),
+                            rtl8239CmdPortEnableSet, 1, port);
+    if (mode == kModeDisabled)
+        return setPortTwice(rtl8239CmdPortEnableSet, 0, rtl8239CmdPortFuncModeSet, 0, port);
+    return BSP_E_POE_INVALID;
+}
+
+int32_t bspPoeRtl8239PortModeGet(uint32_t port, uint32_t *out) {
+    if (out == nullptr)
+        return BSP_E_POE_NULL;
+    Rtl8239PortConfig config{};
+    if (const int32_t status = rtl8239CmdQuery48Get(asPort(port), &config); status != BSP_OK)
+        return status;
+    if (config.enable != 0 && config.funcMode > kHighestMode)
+        return BSP_E_POE_CONTENT;
+    *out = config.enable == 0 ? kModeDisabled : config.funcMode;
+    return BSP_OK;
+}
+
+int32_t bspPoeRtl8239PortPowerOnSet(uint32_t port, uint32_t on) {
+    Rtl8239PortConfig config{};
+    if (const int32_t status = rtl8239CmdQuery48Get(asPort(port), &config); status != BSP_OK)
+        return status;
+    // How a port is switched depends on its function mode.
+    if (config.funcMode != 1 && config.funcMode != 2)
+        return BSP_E_POE_UNAVAILABLE;
+    if (on != kOn && on != kOff)
+        return BSP_E_POE_INVALID;
+    return config.funcMode == 2 ? forcePower(port, on == kOn) : enablePower(port, on == kOn);
+}
+
+int32_t bspPoeRtl8239PortDetectionSet(uint32_t port) {
+    return setPort(rtl8239CmdPortDetTriggerSet, port, 1);
+}
+
+int32_t bspPoeRtl8239PortClassificationSet(uint32_t port) {
+    return setPort(rtl8239CmdPortClsTriggerSet, port, 1);
+}
+
+int32_t bspPoeRtl8239PortPrioritySet(uint32_t port, uint32_t priority) {
+    // Callers count from the most important, 1; the controller counts up to it from 0.
+    if (priority < 1 || priority > 3)
+        return BSP_E_POE_INVALID;
+    return setPort(rtl8239CmdPortPrioritySet, port, 3 - static_cast<int32_t>(priority));
+}
+
+int32_t bspPoeRtl8239PortMaxPowerSet(uint32_t port, uint32_t power) {
+    return rtl8239CmdPortMaxPowerValueExtSet(asPort(port), asPort(port), power);
+}
+
+int32_t bspPoeRtl8239PortLegacyEnableSet(uint32_t port, uint32_t enable) {
+    return switchPort(rtl8239CmdPortDetTypeSet, port, enable);
+}
+
+int32_t bspPoeRtl8239PortInrushModeSet(uint32_t port, uint32_t mode) {
+    if (mode > 8)
+        return BSP_E_POE_INVALID;
+    return setPort(rtl8239CmdPortInrushModeSet, port,
+                   mode == 8 ? kInrushLast : static_cast<int32_t>(mode));
+}
+
+int32_t bspPoeRtl8239PortForceInrushSet(uint32_t port, uint32_t force) {
+    return switchPort(rtl8239CmdPortForceInrushSet, port, force);
+}
+
+int32_t bspPoeRtl8239PortMaxPowerTypeSet(uint32_t port, uint32_t type) {
+    if (type != 1 && type != 2)
+        return BSP_E_POE_INVALID;
+    return setPort(rtl8239CmdPortMaxPowerTypeSet, port, static_cast<int32_t>(type));
+}
+
+int32_t bspPoeRtl8239PortVoltageGet(uint32_t port, uint32_t *out) {
+    return readPort(rtl8239CmdPortMeasurementGet, port, out,
+                    [](const Rtl8239PortMeasurement &record) { return record.voltage; });
+}
+
+int32_t bspPoeRtl8239PortCurrentGet(uint32_t port, uint32_t *out) {
+    return readPort(rtl8239CmdPortMeasurementGet, port, out,
+                    [](const Rtl8239PortMeasurement &record) { return record.current; });
+}
+
+int32_t bspPoeRtl8239PortPowerGet(uint32_t port, uint32_t *out) {
+    return readPort(rtl8239CmdPortMeasurementGet, port, out,
+                    [](const Rtl8239PortMeasurement &record) { return record.power; });
+}
+
+int32_t bspPoeRtl8239PortMaxPowerGet(uint32_t port, uint32_t *out) {
+    return readPort(rtl8239CmdQuery49Get, port, out,
+                    [](const Rtl8239PortPowerConfig &record) { return record.powerLimit; });
+}
+
+int32_t bspPoeRtl8239PortInrushModeGet(uint32_t port, uint32_t *out) {
+    return readPort(rtl8239CmdQuery49Get, port, out, [](const Rtl8239PortPowerConfig &record) {
+        return record.inrushMode == kInrushLast ? 8u : uint32_t{record.inrushMode};
+    });
+}
+
+int32_t bspPoeRtl8239PortFaultGet(uint32_t port, uint32_t *out) {
+    return readPort(rtl8239CmdPortStatusGet, port, out, [](const Rtl8239PortStatus &record) {
+        return record.status == kStatusFault ? 1u : 2u;
+    });
+}
+
+int32_t bspPoeRtl8239PortDisconnectGet(uint32_t port, uint32_t *out) {
+    return readPort(rtl8239CmdPortStatusGet, port, out, [](const Rtl8239PortStatus &record) {
+        return record.status == kStatusDelivering ? 2u : 1u;
+    });
+}
+
+int32_t bspPoeRtl8239PortDetectionGet(uint32_t port, uint32_t *out) {
+    return readPort(rtl8239CmdPortStatusGet, port, out, [](const Rtl8239PortStatus &record) {
+        return record.detection >= 1 && record.detection <= 7 ? uint32_t{record.detection} : 0u;
+    });
+}
+
+int32_t bspPoeRtl8239PortClassificationGet(uint32_t port, uint32_t *out) {
+    return readPort(rtl8239CmdPortStatusGet, port, out, classOf);
+}

@@ -1,0 +1,302 @@
+// The chip-independent face of PoE: chooses the driver at every call, counts ports from 1.
+
+#include "bsp.h"
+#include "identity/board_catalogue.h"
+
+#include <cstdint>
+
+namespace {
+
+constexpr uint32_t kNoPort = UINT32_MAX;
+constexpr uint32_t kRatedPower = 1440000; // milliwatts for each supply
+constexpr uint32_t kPoeLamp = 9;
+
+bool hasPoe(uint32_t devId) {
+    return bsp::boardModel(devId).poePorts != 0;
+}
+
+uint32_t valueOf(const void *argument) {
+    return *static_cast<const uint32_t *>(argument);
+}
+uint32_t *outputOf(void *argument) {
+    return static_cast<uint32_t *>(argument);
+}
+
+/** One call of the dispatcher on its way to the driver's slot. */
+struct Call {
+    const BspPoeDriver &driver;
+    const uint32_t *portRef;
+    void *argument;
+
+    /** The driver counts ports from 0. */
+    uint32_t port() const { return portRef != nullptr ? *portRef - 1 : kNoPort; }
+};
+
+using Operation = int32_t (*)(const Call &call);
+
+// What a slot is called with. An empty slot is an operation that the driver does not have.
+
+template <auto Slot, typename... Arguments>
+int32_t callSlot(const Call &call, Arguments... arguments) {
+    const auto operation = call.driver.*Slot;
+    return operation != nullptr ? operation(arguments...) : int32_t{BSP_E_POE_UNAVAILABLE};
+}
+
+template <auto Slot>
+int32_t withNothing(const Call &call) {
+    return callSlot<Slot>(call);
+}
+template <auto Slot>
+int32_t withValue(const Call &call) {
+    if (call.argument == nullptr)
+        return BSP_E_POE_NULL;
+    return callSlot<Slot>(call, valueOf(call.argument));
+}
+template <auto Slot>
+int32_t withOutput(const Call &call) {
+    return callSlot<Slot>(call, outputOf(call.argument));
+}
+template <auto Slot>
+int32_t withText(const Call &call) {
+    return callSlot<Slot>(call, static_cast<char *>(call.argument));
+}
+template <auto Slot>
+int32_t withPort(const Call &call) {
+    return callSlot<Slot>(call, call.port());
+}
+template <auto Slot>
+int32_t withPortAndValue(const Call &call) {
+    if (call.argument == nullptr)
+        return BSP_E_POE_NULL;
+    return callSlot<Slot>(call, call.port(), valueOf(call.argument));
+}
+template <auto Slot>
+int32_t withPortAndOutput(const Call &call) {
+    return callSlot<Slot>(call, call.port(), outputOf(call.argument));
+}
+
+// The debug operations count words instead of ports: their number travels as it is.
+
+int32_t dispatchDebug(const Call &call) {
+    if (call.portRef == nullptr)
+        return BSP_E_POE_NULL;
+    return callSlot<&BspPoeDriver::debugDispatch>(call, 0u, static_cast<int32_t>(*call.portRef),
+                                                  static_cast<char **>(call.argument));
+}
+
+int32_t helpDebug(const Call &call) {
+    if (call.portRef == nullptr)
+        return BSP_E_POE_NULL;
+    return callSlot<&BspPoeDriver::debugDispatchHelp>(call, static_cast<int32_t>(*call.portRef));
+}
+
+// By operation number: settings, readings, firmware, debugging.
+constexpr Operation kOperations[] = {
+    withNothing<&BspPoeDriver::deviceInit>,
+    withValue<&BspPoeDriver::globalMaxPowerSet>,
+    withValue<&BspPoeDriver::initStatusSet>,
+    withOutput<&BspPoeDriver::initStatusGet>,
+    withPortAndValue<&BspPoeDriver::portModeSet>,
+    withPortAndValue<&BspPoeDriver::portPowerOnSet>,
+    withPort<&BspPoeDriver::portDetectionSet>,
+    withPort<&BspPoeDriver::portClassificationSet>,
+    withPortAndValue<&BspPoeDriver::portPrioritySet>,
+    withPortAndValue<&BspPoeDriver::portMaxPowerSet>,
+    withPortAndValue<&BspPoeDriver::portLegacyEnableSet>,
+    withPortAndValue<&BspPoeDriver::portInrushModeSet>,
+    withPortAndValue<&BspPoeDriver::portForceInrushSet>,
+    withPortAndValue<&BspPoeDriver::portMaxPowerTypeSet>,
+    withOutput<&BspPoeDriver::globalMaxPowerGet>,
+    withOutput<&BspPoeDriver::globalPowerGet>,
+    withPortAndOutput<&BspPoeDriver::portModeGet>,
+    withPortAndOutput<&BspPoeDriver::portCurrentGet>,
+    withPortAndOutput<&BspPoeDriver::portVoltageGet>,
+    withPortAndOutput<&BspPoeDriver::portPowerGet>,
+    withPortAndOutput<&BspPoeDriver::portMaxPowerGet>,
+    withPortAndOutput<&BspPoeDriver::portFaultGet>,
+    withPortAndOutput<&BspPoeDriver::portDetectionGet>,
+    withPortAndOutput<&BspPoeDriver::portClassificationGet>,
+    withPortAndOutput<&BspPoeDriver::portDisconnectGet>,
+    withPortAndOutput<&BspPoeDriver::portInrushModeGet>,
+    withOutput<&BspPoeDriver::appStatusGet>,
+    withText<&BspPoeDriver::appUpgrade>,
+    withText<&BspPoeDriver::appVersionGet>,
+    withNothing<&BspPoeDriver::debugAllInfoGet>,
+    withPort<&BspPoeDriver::debugPortInfoGet>,
+    withNothing<&BspPoeDriver::debugSwVersionGet>,
+    dispatchDebug,
+    helpDebug,
+};
+constexpr uint32_t kOperationCount = sizeof(kOperations) / sizeof(kOperations[0]);
+static_assert(kOperationCount == BSP_POE_OPERATIONS);
+
+int32_t setAll(BspPoeOperation operation, uint32_t value) {
+    return bspPoeOptDriver(nullptr, operation, &value);
+}
+int32_t readAll(BspPoeOperation operation, void *out) {
+    return bspPoeOptDriver(nullptr, operation, out);
+}
+int32_t setPort(BspPoeOperation operation, uint32_t port, uint32_t value) {
+    return bspPoeOptDriver(&port, operation, &value);
+}
+int32_t actOnPort(BspPoeOperation operation, uint32_t port) {
+    return bspPoeOptDriver(&port, operation, nullptr);
+}
+int32_t readPort(BspPoeOperation operation, uint32_t port, uint32_t *out) {
+    return bspPoeOptDriver(&port, operation, out);
+}
+
+} // namespace
+
+const BspPoeDriver *bspPoeDriverGet(void) {
+    uint32_t devId = 0;
+    // An id that cannot be read stays 0, which has no controller.
+    if (bspDevIdGet(&devId) != BSP_OK || !hasPoe(devId))
+        return nullptr;
+    uint32_t isMissing = 1;
+    if (bspPoeOnlineGet(&isMissing) != BSP_OK || isMissing != 0)
+        return nullptr;
+    return &bspPoeRtl8239Driver;
+}
+
+int32_t bspPoeOptDriver(const uint32_t *portRef, uint32_t op, void *arg) {
+    const BspPoeDriver *driver = bspPoeDriverGet();
+    if (driver == nullptr || op >= kOperationCount)
+        return BSP_E_POE_UNAVAILABLE;
+    return kOperations[op]({*driver, portRef, arg});
+}
+
+int32_t bspPoeDeviceInit(void) {
+    return readAll(BSP_POE_DEVICE_INIT, nullptr);
+}
+int32_t bspPoeGlobalMaxPowerSet(uint32_t power) {
+    return setAll(BSP_POE_GLOBAL_MAX_POWER_SET, power);
+}
+int32_t bspPoeInitStatusSet(uint32_t status) {
+    return setAll(BSP_POE_INIT_STATUS_SET, status);
+}
+int32_t bspPoeInitStatusGet(uint32_t *out) {
+    return readAll(BSP_POE_INIT_STATUS_GET, out);
+}
+int32_t bspPoePortModeSet(uint32_t port, uint32_t mode) {
+    return setPort(BSP_POE_PORT_MODE_SET, port, mode);
+}
+int32_t bspPoePortPowerOnSet(uint32_t port, uint32_t on) {
+    return setPort(BSP_POE_PORT_POWER_ON_SET, port, on);
+}
+int32_t bspPoePortDetectionSet(uint32_t port) {
+    return actOnPort(BSP_POE_PORT_DETECTION_SET, port);
+}
+int32_t bspPoePortClassificationSet(uint32_t port) {
+    return actOnPort(BSP_POE_PORT_CLASSIFICATION_SET, port);
+}
+int32_t bspPoePortPrioritySet(uint32_t port, uint32_t priority) {
+    return setPort(BSP_POE_PORT_PRIORITY_SET, port, priority);
+}
+int32_t bspPoePortMaxPowerSet(uint32_t port, uint32_t power) {
+    return setPort(BSP_POE_PORT_MAX_POWER_SET, port, power);
+}
+int32_t bspPoePortLegacyEnableSet(uint32_t port, uint32_t enable) {
+    return setPort(BSP_POE_PORT_LEGACY_ENABLE_SET, port, enable);
+}
+int32_t bspPoePortInrushModeSet(uint32_t port, uint32_t mode) {
+    return setPort(BSP_POE_PORT_INRUSH_MODE_SET, port, mode);
+}
+int32_t bspPoePortForceInrushSet(uint32_t port, uint32_t force) {
+    return setPort(BSP_POE_PORT_FORCE_INRUSH_SET, port, force);
+}
+int32_t bspPoePortMaxPowerTypeSet(uint32_t port, uint32_t type) {
+    return setPort(BSP_POE_PORT_MAX_POWER_TYPE_SET, port, type);
+}
+int32_t bspPoeGlobalMaxPowerGet(uint32_t *out) {
+    return readAll(BSP_POE_GLOBAL_MAX_POWER_GET, out);
+}
+int32_t bspPoeGlobalPowerGet(uint32_t *out) {
+    return readAll(BSP_POE_GLOBAL_POWER_GET, out);
+}
+int32_t bspPoePortModeGet(uint32_t port, uint32_t *out) {
+    return readPort(BSP_POE_PORT_MODE_GET, port, out);
+}
+int32_t bspPoePortCurrentGet(uint32_t port, uint32_t *out) {
+    return readPort(BSP_POE_PORT_CURRENT_GET, port, out);
+}
+int32_t bspPoePortPowerGet(uint32_t port, uint32_t *out) {
+    return readPort(BSP_POE_PORT_POWER_GET, port, out);
+}
+int32_t bspPoePortMaxPowerGet(uint32_t port, uint32_t *out) {
+    return readPort(BSP_POE_PORT_MAX_POWER_GET, port, out);
+}
+int32_t bspPoePortFaultGet(uint32_t port, uint32_t *out) {
+    return readPort(BSP_POE_PORT_FAULT_GET, port, out);
+}
+int32_t bspPoePortDetectionGet(uint32_t port, uint32_t *out) {
+    return readPort(BSP_POE_PORT_DETECTION_GET, port, out);
+}
+int32_t bspPoePortClassificationGet(uint32_t port, uint32_t *out) {
+    return readPort(BSP_POE_PORT_CLASSIFICATION_GET, port, out);
+}
+int32_t bspPoePortDisconnectGet(uint32_t port, uint32_t *out) {
+    return readPort(BSP_POE_PORT_DISCONNECT_GET, port, out);
+}
+int32_t bspPoePortInrushModeGet(uint32_t port, uint32_t *out) {
+    return readPort(BSP_POE_PORT_INRUSH_MODE_GET, port, out);
+}
+int32_t bspPoeAppStatusGet(uint32_t *out) {
+    return readAll(BSP_POE_APP_STATUS_GET, out);
+}
+int32_t bspPoeAppUpgradeSet(const char *file) {
+    return readAll(BSP_POE_APP_UPGRADE, const_cast<char *>(file));
+}
+int32_t bspPoeAppVersionGet(char *text) {
+    return readAll(BSP_POE_APP_VERSION_GET, text);
+}
+int32_t bspPoeDebugAllInfoGet(void) {
+    return readAll(BSP_POE_DEBUG_ALL_INFO, nullptr);
+}
+int32_t bspPoeDebugPortInfoGet(uint32_t port) {
+    return actOnPort(BSP_POE_DEBUG_PORT_INFO, port);
+}
+int32_t bspPoeDebugSwVersionGet(void) {
+    return readAll(BSP_POE_DEBUG_SW_VERSION, nullptr);
+}
+int32_t bspPoeDebugChipDispatch(uint32_t, int32_t argc, char **argv) {
+    const auto words = static_cast<uint32_t>(argc);
+    return bspPoeOptDriver(&words, BSP_POE_DEBUG_DISPATCH, argv);
+}
+int32_t bspPoeDebugChipDispatchHelp(int32_t index) {
+    const auto row = static_cast<uint32_t>(index);
+    return bspPoeOptDriver(&row, BSP_POE_DEBUG_DISPATCH_HELP, nullptr);
+}
+
+int32_t bspPoePortVoltageGet(uint32_t port, uint32_t *out) {
+    if (out == nullptr)
+        return BSP_E_POE_NULL;
+    uint32_t millivolts = 0;
+    if (const int32_t status = readPort(BSP_POE_PORT_VOLTAGE_GET, port, &millivolts);
+        status != BSP_OK)
+        return status;
+    *out = static_cast<uint32_t>(static_cast<int32_t>(millivolts) / 1000);
+    return BSP_OK;
+}
+
+int32_t bspPoeGlobalRatedPowerGet(int32_t supplyIndex, uint32_t *out) {
+    if (out == nullptr)
+        return BSP_E_NULL;
+    uint32_t devId = 0;
+    if (const int32_t status = bspDevIdGet(&devId); status != BSP_OK)
+        return status;
+    if (!hasPoe(devId))
+        return BSP_E_NOT_SUPPORTED;
+    int32_t supplies = 0;
+    if (const int32_t status = bspPowerNumGet(&supplies); status != BSP_OK)
+        return status;
+    if (supplyIndex < 1 || supplyIndex > supplies)
+        return BSP_E_NOT_SUPPORTED;
+    *out = kRatedPower;
+    return BSP_OK;
+}
+
+// The LED's line is active low.
+int32_t bspPoePortLedStateSet(uint32_t port, uint32_t state) {
+    return bspLedStateSet(1, port, kPoeLamp, 2, state == 1 ? 0 : 1);
+}

@@ -1,0 +1,33 @@
+#pragma once
+// Devices of a test's own, in front of those that the virtual board has.
+
+#include <cstdint>
+
+/** What a transfer asks of a device. */
+struct I2cRequest {
+    uint32_t offset;
+    uint32_t offsetLen;
+    uint8_t *data; // written by a read, only read by a write
+    int32_t length;
+};
+
+/** A device that answers at its place on the I2C buses for as long as it exists. */
+class I2cDevice {
+  public:
+    I2cDevice(uint32_t bus, uint32_t channel, uint32_t devAddr);
+    I2cDevice(const I2cDevice &) = delete;
+    I2cDevice &operator=(const I2cDevice &) = delete;
+    virtual ~I2cDevice();
+
+    // Both answer the driver's result word, 0 for success.
+    virtual int32_t write(const I2cRequest &request) = 0;
+    virtual int32_t read(const I2cRequest &request) = 0;
+
+    bool isAt(uint32_t busChannel, uint32_t devAddr) const {
+        return busChannel == busChannel_ && devAddr == devAddr_;
+    }
+
+  private:
+    uint32_t busChannel_;
+    uint32_t devAddr_;
+};

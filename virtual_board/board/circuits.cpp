@@ -1,0 +1,87 @@
+#include "virtual_board/board/circuits.h"
+
+namespace vb {
+
+namespace {
+
+constexpr uint16_t kPtpLine = 0x8000;
+
+/** Whether a fault keeps the PoE controller in reset although its line is released. */
+bool isStuckInReset(Board &board) {
+    const FaultRule *fault = faultFor(board.faults, {FaultDevice::Poe, FaultOp::Reset});
+    return fault != nullptr && fault->effect == FaultEffect::NoAnswer;
+}
+
+void followResetLine(Board &board, uint64_t nowNs) {
+    PoeController &poe = board.devices.poe;
+    const bool isHeld = !gpioLevel(board.devices.gpio, kPoeResetGpio);
+    if (poe.isFitted == 0 || isHeld == (poe.isHeldInReset != 0))
+        return;
+    poeSetReset(poe, isHeld, !isHeld && isStuckInReset(board), nowNs);
+}
+
+void driveLine(Cpld &cpld, uint32_t bit, bool level) {
+    uint16_t &lines = cpld.reg[kCpldSupplies];
+    const auto mask = static_cast<uint16_t>(1u << bit);
+    lines = static_cast<uint16_t>(level ? lines | mask : lines & ~mask);
+}
+
+} // namespace
+
+void advanceBoard(Board &board, uint64_t nowNs) {
+    Devices &devices = board.devices;
+    const uint64_t expiry = watchdogExpiry(devices.watchdog, devices.cpld.reg[kCpldWatchdog]);
+    if (nowNs >= expiry)
+        resetBoard(board, ResetReason::Watchdog, expiry);
+    watchdogLine(devices.watchdog, gpioLevel(devices.gpio, kWatchdogGpio), nowNs);
+    followResetLine(board, nowNs);
+    if (devices.poe.isFitted != 0)
+        poeAdvance(devices.poe, nowNs);
+}
+
+void registerWritten(Board &board, uint32_t reg, uint16_t before, uint64_t nowNs) {
+    const uint16_t content = board.devices.cpld.reg[reg];
+    if (reg == kCpldWatchdog)
+        board.devices.watchdog.fedNs = nowNs;
+    if (reg == kCpldReset && content == 0)
+        resetBoard(board, ResetReason::Register, nowNs);
+    if (reg == kCpldControl && (content & ~before & kPtpLine) != 0)
+        ++board.devices.ptpPulses;
+}
+
+void resetBoard(Board &board, ResetReason reason, uint64_t nowNs) {
+    Devices &devices = board.devices;
+    cpldReset(devices.cpld);
+    gpioReset(devices.gpio);
+    const bool isHeld = !gpioLevel(devices.gpio, kPoeResetGpio);
+    if (devices.poe.isFitted != 0)
+        poeSetReset(devices.poe, isHeld, !isHeld && isStuckInReset(board), nowNs);
+    devices.watchdog.lineLevel = gpioLevel(devices.gpio, kWatchdogGpio) ? 1 : 0;
+    ++devices.resets;
+    devices.lastReset = reason;
+}
+
+void driveSupplyLines(Board &board, uint32_t index) {
+    const Model *model = findModel(board.header.devId);
+    if (model == nullptr || model->supplyLines == SupplyLines::None)
+        return;
+    const Supply &supply = board.devices.supply[index];
+    const bool isPlugged = supply.isPresent != 0;
+    const bool isInputGood = isPlugged && supply.pmbus.hasInputFailed == 0;
+    const bool isOutputGood = isInputGood && supply.pmbus.hasOutputFailed == 0;
+    const bool isFourFan = model->supplyLines == SupplyLines::FourFan;
+    const uint32_t n = index + 1;
+    Cpld &cpld = board.devices.cpld;
+    driveLine(cpld, supplyPresenceBit(n), !isPlugged);
+    driveLine(cpld, supplyTypeBit(n), isPlugged);
+    driveLine(cpld, supplyStatusBit(n, 0), isFourFan && !isPlugged);
+    driveLine(cpld, supplyStatusBit(n, 1), isFourFan ? isPlugged && !isInputGood : isOutputGood);
+    driveLine(cpld, supplyStatusBit(n, 2), isFourFan ? isOutputGood : isInputGood);
+}
+
+bool isPoePresent(const Board &board) {
+    const bool isAbsent = (board.devices.cpld.reg[kCpldControl] & kCpldPoeAbsent) != 0;
+    return board.devices.poe.isFitted != 0 && !isAbsent;
+}
+
+} // namespace vb

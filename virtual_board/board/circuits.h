@@ -1,0 +1,54 @@
+#pragma once
+// What connects the devices of a board: reset, watchdog, and the lines between the CPLD, the
+// processor, the supplies and the PoE controller.
+
+#include "virtual_board/board/board.h"
+
+namespace vb {
+
+constexpr uint32_t kWatchdogGpio = 0;
+constexpr uint32_t kPoeResetGpio = 19; // low holds the PoE controller in reset
+
+/**
+ * Brings the board up to now: a watchdog that has expired resets it, levels reach what they lead
+ * to, PoE ports go on. Called around each request and each change from the world.
+ */
+void advanceBoard(Board &board, uint64_t nowNs);
+
+/** A program has written a register, which held another content before. */
+void registerWritten(Board &board, uint32_t reg, uint16_t before, uint64_t nowNs);
+
+/** Resets the board: registers, lines and the PoE controller are as after switching on. */
+void resetBoard(Board &board, ResetReason reason, uint64_t nowNs);
+
+// Lines of a fixed supply in its CPLD register, as numbers of bits for supply n = 1 or 2. Only
+// boards whose catalogue says so have them.
+constexpr uint32_t supplyPresenceBit(uint32_t n) {
+    return n - 1;
+}
+constexpr uint32_t supplyTypeBit(uint32_t n) {
+    return n + 1;
+}
+constexpr uint32_t supplyStatusBit(uint32_t n, uint32_t line) { // line 0, 1 or 2
+    return n + 3 + 2 * line;
+}
+
+/**
+ * Drives a supply's lines as its state says. They stay so until the supply changes again, so that
+ * each line can also be driven on its own by setting its register.
+ *
+ * The presence line is active low: clear while a supply is plugged. Type and readings of a supply
+ * can be had only in that state of the line, which is what a plugged supply must be able to do.
+ *
+ * line       two fans                           four fans
+ * type       set while plugged                  set while plugged
+ * status 0   clear                              set while unplugged
+ * status 1   set while the output is good       set while the input has failed
+ * status 2   set while the input is good        set while the output is good
+ */
+void driveSupplyLines(Board &board, uint32_t index);
+
+/** Whether the PoE controller is connected: the world can take it off the board. */
+bool isPoePresent(const Board &board);
+
+} // namespace vb

@@ -1,0 +1,33 @@
+#pragma once
+// The PMBus side of a plug-in power supply.
+
+#include <cstdint>
+
+namespace vb {
+
+constexpr uint32_t kPmbusTemperatures = 3;
+
+/** The world's face: what the supply does. */
+struct PmbusSupply {
+    uint32_t inputMv, inputMa, inputMw;
+    uint32_t outputMv, outputMa, outputMw;
+    int32_t degrees[kPmbusTemperatures];
+    uint32_t hasInputFailed;  // no mains: input and output are dead, the bus is not
+    uint32_t hasOutputFailed; // output is dead
+    uint32_t busyEvery;       // each n-th reading answers 0xFF; 0: none
+    uint32_t reads;
+};
+
+/** A supply that feeds a lightly loaded switch. */
+void pmbusBuild(PmbusSupply &supply);
+
+/** Reads a command's bytes; 0xFF for what the supply does not know. */
+void pmbusRead(PmbusSupply &supply, uint8_t command, uint8_t *data, uint32_t length);
+
+/** Thousandths of a unit as LINEAR11: a signed 11-bit mantissa and a signed 5-bit exponent. */
+uint16_t toLinear11(int64_t thousandths);
+
+/** Thousandths of a unit in 512ths, the LINEAR16 format of this supply's output voltage. */
+uint16_t toLinear16(uint32_t thousandths);
+
+} // namespace vb

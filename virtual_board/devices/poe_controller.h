@@ -1,0 +1,76 @@
+#pragma once
+// The PoE controller: a microcontroller with a loader and an application, reached over I2C. A frame
+// that is written is answered by the bytes that the following reads return.
+
+#include "virtual_board/devices/poe_image.h"
+#include "virtual_board/devices/poe_port.h"
+#include "virtual_board/devices/poe_settings.h"
+
+#include <cstdint>
+
+namespace vb {
+
+constexpr uint32_t kPoeFrameSize = 12;
+constexpr uint32_t kPoeChipRegisters = 64;
+
+enum class PoeMode : uint8_t { Reset, Application, Loader };
+
+/** A register of a power-sourcing device that has been written through the controller. */
+struct PoeChipRegister {
+    uint32_t chip;
+    uint32_t address;
+    uint32_t value;
+};
+
+struct PoeController {
+    alignas(8) uint64_t runsFromNs;   // when loader or application is up after a start
+    alignas(8) uint64_t replyReadyNs; // when the firmware has worked out its answer
+    uint8_t isFitted;
+    uint8_t isHeldInReset; // level of the reset line
+    PoeMode mode;
+    uint8_t replyLength; // 0: there is no answer
+    uint8_t latePolls;   // reads that still find no answer although it is due
+    uint8_t hasSavedSettings;
+    uint8_t padding[2];
+    uint8_t reply[kPoeFrameSize];
+    uint32_t chipRegisters;
+    PoeChipRegister chipRegister[kPoeChipRegisters];
+    PoeSettings settings;
+    PoeSettings saved;
+    PoePort port[kPoePorts];
+    PoweredDevice device[kPoePorts]; // the world's face: what is plugged in
+    PoeImage image;
+};
+
+/** What goes wrong with one frame. */
+struct PoeFrameFault {
+    bool isIgnored = false;
+    bool hasWrongEcho = false;
+    bool hasWrongChecksum = false;
+    uint8_t latePolls = 0;
+    uint32_t badPort = kPoePorts; // a port whose settings fail; kPoePorts: none
+};
+
+/** A controller as the factory delivers it, with an application that is up and waits. */
+void poeBuild(PoeController &poe);
+
+/** Brings all ports up to now. */
+void poeAdvance(PoeController &poe, uint64_t nowNs);
+
+/** Starts the firmware: the application when there is a whole one, else the loader. */
+void poeStart(PoeController &poe, uint64_t nowNs);
+
+/** The level of the reset line has changed. A stuck controller stays in reset for good. */
+void poeSetReset(PoeController &poe, bool isHeld, bool isStuck, uint64_t nowNs);
+
+/** The bus writes a frame; false when the controller does not acknowledge its address. */
+bool poeWrite(PoeController &poe, const uint8_t *data, uint32_t length, const PoeFrameFault &fault,
+              uint64_t nowNs);
+
+/** The bus reads; a controller without an answer sends 0xFF. */
+bool poeRead(PoeController &poe, uint8_t *data, uint32_t length, uint64_t nowNs);
+
+/** Whether the state is one that a controller can have. */
+bool poeIsConsistent(const PoeController &poe);
+
+} // namespace vb

@@ -1,0 +1,62 @@
+#include "virtual_board/devices/poe_image.h"
+
+#include <cstring>
+
+namespace vb {
+
+namespace {
+
+constexpr uint8_t kErased = 0xFF;
+constexpr uint16_t kFactoryVersion = 0x1000; // V1.0.0.0
+
+void erase(PoeImage &image) {
+    image.size = 0;
+    image.unitsWritten = 0;
+    std::memset(image.written, 0, sizeof(image.written));
+    std::memset(image.bytes, kErased, sizeof(image.bytes));
+}
+
+void markWritten(PoeImage &image, uint32_t unit) {
+    const auto bit = static_cast<uint8_t>(1u << unit % 8);
+    if ((image.written[unit / 8] & bit) == 0)
+        ++image.unitsWritten;
+    image.written[unit / 8] = static_cast<uint8_t>(image.written[unit / 8] | bit);
+}
+
+} // namespace
+
+void poeProgramImage(PoeImage &image) {
+    const uint8_t version[kPoeImageUnit] = {kFactoryVersion >> 8, kFactoryVersion & 0xFF, kErased,
+                                            kErased};
+    const uint8_t code[kPoeImageUnit] = {0x12, 0x34, 0x56, 0x78};
+    poeProgramBlock(image, 0, version, sizeof(version));
+    for (uint32_t position = sizeof(version); position < kPoeSmallestImage;
+         position += kPoeImageUnit)
+        poeProgramBlock(image, position, code, sizeof(code));
+    image.isValid = 1;
+}
+
+bool poeProgramBlock(PoeImage &image, uint32_t position, const uint8_t *data, uint32_t length) {
+    const bool isWholeUnits = position % kPoeImageUnit == 0 && length % kPoeImageUnit == 0;
+    if (!isWholeUnits || position > kPoeImageSize || length > kPoeImageSize - position)
+        return false;
+    image.isValid = 0;
+    if (position == 0)
+        erase(image);
+    std::memcpy(image.bytes + position, data, length);
+    for (uint32_t at = position; at < position + length; at += kPoeImageUnit)
+        markWritten(image, at / kPoeImageUnit);
+    if (position + length > image.size)
+        image.size = position + length;
+    return true;
+}
+
+bool poeIsWhole(const PoeImage &image) {
+    return image.size >= kPoeSmallestImage && image.unitsWritten * kPoeImageUnit == image.size;
+}
+
+uint16_t poeVersion(const PoeImage &image) {
+    return static_cast<uint16_t>(image.bytes[0] << 8 | image.bytes[1]);
+}
+
+} // namespace vb

@@ -1,0 +1,75 @@
+#pragma once
+// One PoE port: what is plugged into it and how far its power-up has come.
+
+#include <cstdint>
+
+namespace vb {
+
+/** How a device looks to the port's detection. */
+enum class PoeSignature : uint8_t { Good, Bad, Legacy, Short, Open };
+
+constexpr uint32_t kPoeHighestClass = 8;
+
+/** The world's face of a port. */
+struct PoweredDevice {
+    uint8_t isPlugged;
+    PoeSignature signature;
+    uint8_t powerClass;
+    uint8_t isOverCurrent; // draws more than any port gives
+    uint32_t requestedMw;
+    uint32_t drawnMw;
+};
+
+enum class PoePhase : uint8_t {
+    Disabled,
+    Idle, // nothing that could be powered was found, or nobody has asked
+    Detecting,
+    Classifying,
+    Held, // found; waits for a command to go on
+    PoweringUp,
+    Delivering,
+    Denied, // wants power that the budget does not have
+    Fault,
+};
+
+/** How far a port goes by itself. */
+enum class PoeGoal : uint8_t { Nothing, Detect, Classify, Power };
+
+// Results of detection, as the port's status tells them.
+constexpr uint8_t kPoeDetectedNothing = 0; // not looked yet
+constexpr uint8_t kPoeDetectedShort = 1;
+constexpr uint8_t kPoeDetectedLegacy = 2; // a large capacitor instead of a signature
+constexpr uint8_t kPoeDetectedBad = 3;
+constexpr uint8_t kPoeDetectedGood = 4;
+constexpr uint8_t kPoeDetectedOpen = 6;
+
+constexpr uint8_t kPoeNotClassified = 0xF;
+
+// Fault codes.
+constexpr uint8_t kPoeFaultOverCurrent = 1;
+constexpr uint8_t kPoeFaultShort = 2;
+
+/** What a port has counted since somebody asked; each stops at 255. */
+struct PoeCounts {
+    uint8_t overCurrent, shorts, denials, disconnects, badSignatures;
+};
+
+struct PoePort {
+    alignas(8) uint64_t dueNs; // when the phase ends by itself; kPoeNever
+    PoePhase phase;
+    PoeGoal goal;
+    uint8_t detection;
+    uint8_t powerClass;
+    uint8_t fault;
+    uint8_t hasEvent;
+    PoeCounts counts;
+    uint8_t padding[5];
+};
+
+constexpr uint64_t kPoeNever = UINT64_MAX;
+
+constexpr bool poeIsPowered(const PoePort &port) {
+    return port.phase == PoePhase::PoweringUp || port.phase == PoePhase::Delivering;
+}
+
+} // namespace vb

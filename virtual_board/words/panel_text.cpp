@@ -1,0 +1,146 @@
+#include "virtual_board/words/panel_text.h"
+
+#include "virtual_board/devices/poe_measurements.h"
+#include "virtual_board/words/values.h"
+
+namespace vb {
+
+namespace {
+
+constexpr char kGreen[] = "32";
+constexpr char kYellow[] = "33";
+constexpr char kRed[] = "31";
+constexpr char kPlain[] = "0";
+
+/** How a PoE port is drawn in a phase. */
+struct Sign {
+    char character;
+    const char *colour;
+};
+
+Sign signOf(PoePhase phase) {
+    switch (phase) {
+    case PoePhase::Disabled:
+        return {' ', kPlain};
+    case PoePhase::Delivering:
+        return {'*', kGreen};
+    case PoePhase::Denied:
+        return {'-', kYellow};
+    case PoePhase::Fault:
+        return {'!', kRed};
+    case PoePhase::Idle:
+        return {'.', kPlain};
+    default:
+        return {'~', kYellow};
+    }
+}
+
+class Panel {
+  public:
+    Panel(const Board &board, const Model &model, uint64_t nowNs, bool hasColour)
+        : board_(board), model_(model), nowNs_(nowNs), hasColour_(hasColour) {}
+
+    std::string text() const {
+        std::string all = hex16Text(model_.devId) + "  " + model_.description + "  clock " +
+                          secondsText(nowNs_) + "\n\n";
+        const uint32_t ports = model_.copperPorts;
+        for (uint32_t first = 1; first <= ports; first += kPortsPerBlock)
+            all += portRow(first) + portRow(first + 1) + "\n";
+        all += places("SFP    ", model_.sfpPorts) + places("uplinks", model_.uplinks) +
+               places("fans   ", model_.fans) + supplies() + lamps();
+        return all + (model_.poePorts != 0 ? poeLine() + kLegend : "");
+    }
+
+  private:
+    static constexpr uint32_t kPortsPerBlock = 24;
+    static constexpr char kLegend[] =
+        "       * delivers  ~ powering up  . nothing  - denied  ! fault  blank: off;  o LED lit\n";
+
+    std::string coloured(const std::string &text, const char *colour) const {
+        return hasColour_ ? "\x1b[" + std::string(colour) + "m" + text + "\x1b[0m" : text;
+    }
+
+    /** The port's LED is wired active low. */
+    bool isLit(uint32_t port) const {
+        const uint32_t bit = port - 1;
+        return (board_.devices.cpld.reg[kCpldPoeLamps + bit / 16] >> bit % 16 & 1) == 0;
+    }
+
+    std::string poeCell(uint32_t port) const {
+        const Sign sign = signOf(board_.devices.poe.port[port - 1].phase);
+        const std::string lamp = isLit(port) ? coloured("o", kGreen) : " ";
+        return coloured(std::string(1, sign.character), sign.colour) + lamp;
+    }
+
+    std::string portCell(uint32_t port) const {
+        const std::string number = std::to_string(port);
+        return "[" + std::string(number.size() < 2 ? 1 : 0, ' ') + number +
+               (model_.poePorts != 0 ? poeCell(port) : "") + "]";
+    }
+
+    /** Every second port from the first one on. */
+    std::string portRow(uint32_t first) const {
+        std::string row;
+        const uint32_t behind = (first - 1) / kPortsPerBlock * kPortsPerBlock + kPortsPerBlock;
+        for (uint32_t port = first; port <= behind && port <= model_.copperPorts; port += 2)
+            row += portCell(port);
+        return row.empty() ? "" : row + "\n";
+    }
+
+    static std::string places(const char *what, uint32_t count) {
+        std::string row;
+        for (uint32_t n = 1; n <= count; ++n)
+            row += " [" + std::to_string(n) + "]";
+        return row.empty() ? "" : what + row + "\n";
+    }
+
+    std::string supplyText(const Supply &supply) const {
+        if (supply.isPresent == 0)
+            return "not plugged";
+        if (supply.pmbus.hasInputFailed != 0)
+            return coloured("no input", kRed);
+        if (supply.pmbus.hasOutputFailed != 0)
+            return coloured("output failed", kRed);
+        const std::string watts = std::to_string(supply.pmbus.outputMw / 1000) + " W";
+        return coloured("good", kGreen) + (supply.eeprom.blocks != 0 ? ", " + watts : "");
+    }
+
+    std::string supplies() const {
+        if (model_.supplyLines == SupplyLines::None)
+            return "";
+        std::string row = "supplies";
+        for (uint32_t index = 0; index < kSupplies; ++index)
+            row += " [" + std::to_string(index + 1) + " " +
+                   supplyText(board_.devices.supply[index]) + "]";
+        return row + "\n";
+    }
+
+    std::string lamps() const {
+        const uint16_t lamps = board_.devices.cpld.reg[kCpldLamps];
+        return "lamps   system " + std::to_string(lamps & 3) + ", 4 " +
+               std::to_string(lamps >> 4 & 1) + ", 5 " + std::to_string(lamps >> 5 & 1) + "\n";
+    }
+
+    std::string poeLine() const {
+        const PoeController &poe = board_.devices.poe;
+        const uint32_t budget = poe.settings.bank[0].power * kPoePowerUnit;
+        return "PoE     " + std::to_string(poeTotalDrawn(poe) / 1000) + " of " +
+               std::to_string(budget / 1000) + " W\n";
+    }
+
+    const Board &board_;
+    const Model &model_;
+    uint64_t nowNs_;
+    bool hasColour_;
+};
+
+} // namespace
+
+std::string panelText(const Board &board, uint64_t nowNs, bool hasColour) {
+    const Model *model = findModel(board.header.devId);
+    if (model == nullptr)
+        throw Refused("the board is of no known model; create it again");
+    return Panel(board, *model, nowNs, hasColour).text();
+}
+
+} // namespace vb

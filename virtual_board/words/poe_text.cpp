@@ -1,0 +1,81 @@
+#include "virtual_board/words/poe_text.h"
+
+#include "virtual_board/words/values.h"
+
+#include <sstream>
+
+namespace vb {
+
+namespace {
+
+constexpr uint32_t kMostMilliwatts = 200000;
+constexpr const char *kSignatures[] = {"good", "bad", "legacy", "short", "open"};
+constexpr const char *kPhases[] = {"disabled",    "idle",       "detecting", "classifying", "held",
+                                   "powering-up", "delivering", "denied",    "fault"};
+
+uint32_t numberOf(const std::string &name, const std::string &text, uint32_t max) {
+    const auto number = parseNumber(text, max);
+    if (!number.has_value())
+        throw Refused(name + " is 0 to " + std::to_string(max) + ", not '" + text + "'");
+    return *number;
+}
+
+PoeSignature signatureOf(const std::string &text) {
+    for (size_t i = 0; i < std::size(kSignatures); ++i) {
+        if (text == kSignatures[i])
+            return static_cast<PoeSignature>(i);
+    }
+    throw Refused("a signature is good, bad, legacy, short or open, not '" + text + "'");
+}
+
+void setPart(PoweredDevice &device, const std::string &word) {
+    const size_t equals = word.find('=');
+    const std::string name = word.substr(0, equals);
+    const std::string value = equals == std::string::npos ? "" : word.substr(equals + 1);
+    if (word == "over-current")
+        device.isOverCurrent = 1;
+    else if (name == "class")
+        device.powerClass = static_cast<uint8_t>(numberOf(name, value, kPoeHighestClass));
+    else if (name == "signature")
+        device.signature = signatureOf(value);
+    else if (name == "requests")
+        device.requestedMw = numberOf(name, value, kMostMilliwatts);
+    else if (name == "draws")
+        device.drawnMw = numberOf(name, value, kMostMilliwatts);
+    else
+        throw Refused("'" + word +
+                      "' is no part of a device: give 'none' or class=N signature=good "
+                      "requests=MILLIWATTS draws=MILLIWATTS over-current");
+}
+
+} // namespace
+
+std::string deviceText(const PoweredDevice &device) {
+    if (device.isPlugged == 0)
+        return "none";
+    return "class=" + std::to_string(device.powerClass) +
+           " signature=" + kSignatures[static_cast<size_t>(device.signature)] +
+           " requests=" + std::to_string(device.requestedMw) +
+           " draws=" + std::to_string(device.drawnMw) +
+           (device.isOverCurrent != 0 ? " over-current" : "");
+}
+
+PoweredDevice parseDevice(const std::string &text) {
+    if (text == "none")
+        return PoweredDevice{};
+    PoweredDevice device = {1, PoeSignature::Good, 4, 0, 25500, 18000};
+    std::istringstream words(text);
+    std::string word;
+    if (!(words >> word))
+        throw Refused("a device is 'none' or its parts, as in 'class=4 draws=18000'");
+    do
+        setPart(device, word);
+    while (words >> word);
+    return device;
+}
+
+const char *phaseText(PoePhase phase) {
+    return kPhases[static_cast<size_t>(phase)];
+}
+
+} // namespace vb

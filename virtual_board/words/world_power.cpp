@@ -1,0 +1,239 @@
+// Properties of what has to do with power: supplies, PoE, watchdog and reset.
+
+#include "virtual_board/board/circuits.h"
+#include "virtual_board/devices/poe_ports.h"
+#include "virtual_board/words/poe_text.h"
+#include "virtual_board/words/property_types.h"
+#include "virtual_board/words/values.h"
+
+#include <cstdlib>
+
+namespace vb {
+
+namespace {
+
+using Target = PropertyTarget;
+
+uint32_t numberOf(const std::string &value, uint32_t max, const std::string &what) {
+    const auto number = parseNumber(value, max);
+    if (!number.has_value())
+        throw Refused(what + " is 0 to " + std::to_string(max) + ", not '" + value + "'");
+    return *number;
+}
+
+/** Which of two words a value is. */
+bool isFirst(const std::string &value, const char *first, const char *second) {
+    if (value != first && value != second)
+        throw Refused("give '" + std::string(first) + "' or '" + second + "', not '" + value + "'");
+    return value == first;
+}
+
+// Supplies
+
+Supply &supplyOf(const Target &target) {
+    return target.devices().supply[target.number - 1];
+}
+
+std::string getPresent(const Target &target) {
+    return supplyOf(target).isPresent != 0 ? "yes" : "no";
+}
+
+void setPresent(const Target &target, const std::string &value) {
+    supplyOf(target).isPresent = isFirst(value, "yes", "no") ? 1 : 0;
+    driveSupplyLines(target.board(), target.number - 1);
+}
+
+template <uint32_t PmbusSupply::*flag>
+std::string getFailed(const Target &target) {
+    return supplyOf(target).pmbus.*flag != 0 ? "failed" : "good";
+}
+
+template <uint32_t PmbusSupply::*flag>
+void setFailed(const Target &target, const std::string &value) {
+    supplyOf(target).pmbus.*flag = isFirst(value, "failed", "good") ? 1 : 0;
+    driveSupplyLines(target.board(), target.number - 1);
+}
+
+template <uint32_t PmbusSupply::*field>
+std::string getAmount(const Target &target) {
+    return std::to_string(supplyOf(target).pmbus.*field);
+}
+
+template <uint32_t PmbusSupply::*field, uint32_t max>
+void setAmount(const Target &target, const std::string &value) {
+    supplyOf(target).pmbus.*field = numberOf(value, max, "this");
+}
+
+template <uint32_t index>
+std::string getDegrees(const Target &target) {
+    return std::to_string(supplyOf(target).pmbus.degrees[index]);
+}
+
+template <uint32_t index>
+void setDegrees(const Target &target, const std::string &value) {
+    const bool isNegative = value.starts_with('-');
+    const auto degrees = static_cast<int32_t>(
+        numberOf(value.substr(isNegative ? 1 : 0), 1000, "a temperature's amount"));
+    supplyOf(target).pmbus.degrees[index] = isNegative ? -degrees : degrees;
+}
+
+// Single lines of a supply
+
+template <typename BitOf>
+bool lineOf(const Target &target, BitOf bitOf) {
+    return (target.devices().cpld.reg[kCpldSupplies] >> bitOf(target.number) & 1) != 0;
+}
+
+template <uint32_t (*bitOf)(uint32_t)>
+std::string getLine(const Target &target) {
+    return lineOf(target, bitOf) ? "1" : "0";
+}
+
+template <uint32_t (*bitOf)(uint32_t)>
+void setLine(const Target &target, const std::string &value) {
+    const bool level = numberOf(value, 1, "a line's level") != 0;
+    const auto mask = static_cast<uint16_t>(1u << bitOf(target.number));
+    uint16_t &lines = target.devices().cpld.reg[kCpldSupplies];
+    lines = static_cast<uint16_t>(level ? lines | mask : lines & ~mask);
+}
+
+template <uint32_t line>
+constexpr uint32_t statusBit(uint32_t n) {
+    return supplyStatusBit(n, line);
+}
+
+// PoE
+
+PoeController &poeOf(const Target &target) {
+    return target.devices().poe;
+}
+
+std::string getDevice(const Target &target) {
+    return deviceText(poeOf(target).device[target.number - 1]);
+}
+
+void setDevice(const Target &target, const std::string &value) {
+    poeSetDevice(poeOf(target), target.number - 1, parseDevice(value), target.now());
+}
+
+std::string getState(const Target &target) {
+    return phaseText(poeOf(target).port[target.number - 1].phase);
+}
+
+std::string getController(const Target &target) {
+    constexpr const char *kModes[] = {"reset", "application", "loader"};
+    return isPoePresent(target.board()) ? kModes[static_cast<size_t>(poeOf(target).mode)]
+                                        : "missing";
+}
+
+void setController(const Target &target, const std::string &value) {
+    uint16_t &control = target.devices().cpld.reg[kCpldControl];
+    const bool isMissing = isFirst(value, "missing", "present");
+    control =
+        static_cast<uint16_t>(isMissing ? control | kCpldPoeAbsent : control & ~kCpldPoeAbsent);
+}
+
+// Watchdog and reset
+
+std::string getWatchdog(const Target &target) {
+    const uint64_t expiry =
+        watchdogExpiry(target.devices().watchdog, target.devices().cpld.reg[kCpldWatchdog]);
+    return expiry == UINT64_MAX ? "off" : secondsText(expiry - target.now());
+}
+
+std::string getResets(const Target &target) {
+    return std::to_string(target.devices().resets);
+}
+
+std::string getReason(const Target &target) {
+    constexpr const char *kReasons[] = {"none", "power-on", "register", "watchdog"};
+    return kReasons[static_cast<size_t>(target.devices().lastReset)];
+}
+
+std::string getPower(const Target &) {
+    return "on";
+}
+
+void setPower(const Target &target, const std::string &value) {
+    if (value != "cycle")
+        throw Refused("power can be set to 'cycle': off and on again");
+    resetBoard(target.board(), ResetReason::PowerOn, target.now());
+}
+
+std::string getPulses(const Target &target) {
+    return std::to_string(target.devices().ptpPulses);
+}
+
+constexpr uint32_t kMostMillivolts = 127000; // of the output: what its format holds
+constexpr uint32_t kMostInput = 4000000;
+
+using P = PmbusSupply;
+
+/** A row of numbers of one supply. */
+template <uint32_t P::*field, uint32_t max>
+constexpr PropertyType amount(const char *pattern) {
+    return {pattern,
+            1,
+            kSupplies,
+            getAmount<field>,
+            setAmount<field, max>,
+            nullptr,
+            false,
+            Fitted::PlugInSupplies};
+}
+
+template <uint32_t P::*flag>
+constexpr PropertyType failure(const char *pattern) {
+    return {pattern,         1,      kSupplies, getFailed<flag>,
+            setFailed<flag>, "good", false,     Fitted::SupplyLines};
+}
+
+template <uint32_t index>
+constexpr PropertyType temperature(const char *pattern) {
+    return {pattern,           1,       kSupplies, getDegrees<index>,
+            setDegrees<index>, nullptr, false,     Fitted::PlugInSupplies};
+}
+
+template <uint32_t (*bitOf)(uint32_t)>
+constexpr PropertyType line(const char *pattern) {
+    return {pattern,        1,       kSupplies, getLine<bitOf>,
+            setLine<bitOf>, nullptr, false,     Fitted::SupplyLines};
+}
+
+constexpr PropertyType kPowerProperties[] = {
+    {"supply.#.present", 1, kSupplies, getPresent, setPresent, nullptr, false, Fitted::SupplyLines},
+    failure<&P::hasInputFailed>("supply.#.input"),
+    failure<&P::hasOutputFailed>("supply.#.output"),
+    amount<&P::inputMv, kMostInput>("supply.#.input-voltage"),
+    amount<&P::inputMa, kMostInput>("supply.#.input-current"),
+    amount<&P::inputMw, kMostInput>("supply.#.input-power"),
+    amount<&P::outputMv, kMostMillivolts>("supply.#.output-voltage"),
+    amount<&P::outputMa, kMostInput>("supply.#.output-current"),
+    amount<&P::outputMw, kMostInput>("supply.#.output-power"),
+    temperature<0>("supply.#.temperature1"),
+    temperature<1>("supply.#.temperature2"),
+    temperature<2>("supply.#.temperature3"),
+    {"supply.#.busy-every", 1, kSupplies, getAmount<&P::busyEvery>,
+     setAmount<&P::busyEvery, UINT32_MAX>, "0", false, Fitted::PlugInSupplies},
+    line<supplyPresenceBit>("supply.#.line.presence"),
+    line<supplyTypeBit>("supply.#.line.type"),
+    line<statusBit<0>>("supply.#.line.status0"),
+    line<statusBit<1>>("supply.#.line.status1"),
+    line<statusBit<2>>("supply.#.line.status2"),
+    {"poe.controller", 0, 0, getController, setController, nullptr, false, Fitted::Poe},
+    {"poe.#.device", 1, kPoePorts, getDevice, setDevice, "none", false, Fitted::Poe},
+    {"poe.#.state", 1, kPoePorts, getState, nullptr, "disabled", false, Fitted::Poe},
+    {"watchdog.expires", 0, 0, getWatchdog, nullptr, "off", false, Fitted::Always},
+    {"reset.count", 0, 0, getResets, nullptr, "0", false, Fitted::Always},
+    {"reset.reason", 0, 0, getReason, nullptr, "none", false, Fitted::Always},
+    {"power", 0, 0, getPower, setPower, "on", false, Fitted::Always},
+    {"ptp.pulses", 0, 0, getPulses, nullptr, "0", false, Fitted::Always},
+};
+
+} // namespace
+
+std::span<const PropertyType> powerProperties() {
+    return kPowerProperties;
+}
+
+} // namespace vb
