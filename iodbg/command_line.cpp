@@ -113,6 +113,11 @@ CommandLine::CommandLine(const std::string &description, const std::string &foot
 
 CommandLine::~CommandLine() = default;
 
+bool CommandLine::hasCommand(const std::string &group, const std::string &name) const {
+    const auto isNamed = [&name](const CLI::App *command) { return command->get_name() == name; };
+    return !app_->get_subcommand(group)->get_subcommands(isNamed).empty();
+}
+
 Action CommandLine::parse(int argc, const char *const *argv) {
     try {
         app_->parse(argc, argv);

@@ -62,6 +62,9 @@ class CommandLine {
 
     Command root() { return {*app_, chosen_}; }
 
+    /** Whether there is a command of this name in a group. */
+    bool hasCommand(const std::string &group, const std::string &name) const;
+
     /** Takes the words apart; what the chosen command does, or the printing of help or version. */
     Action parse(int argc, const char *const *argv);
 

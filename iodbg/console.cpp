@@ -2,6 +2,7 @@
 
 #include "iodbg/failure.h"
 
+#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
@@ -26,8 +27,28 @@ int takeStandardOutput() {
 
 Console::Console() : out_(takeStandardOutput()) {}
 
+void Console::beginLongWork() {
+    isLongWork_ = true;
+    std::signal(SIGPIPE, SIG_IGN); // work on hardware is not left half done for want of a reader
+}
+
+AnswerForm Console::form() const {
+    if (!isJson_)
+        return AnswerForm::Text;
+    return isLongWork_ ? AnswerForm::JsonLines : AnswerForm::Json;
+}
+
+Console::LibraryOutput::LibraryOutput(const Console &console) {
+    if (dup2(console.out_.get(), STDOUT_FILENO) < 0)
+        throw Failure::file("write to standard output", "lead it where there is space");
+}
+
+Console::LibraryOutput::~LibraryOutput() {
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+}
+
 ExitCode Console::print(const Report &report, const std::string &text) const {
-    printText(isJson_ ? report.toJson() : text);
+    printText(isJson_ ? report.toJson(form()) : text);
     return report.failures.empty() ? ExitCode::Ok : ExitCode::Board;
 }
 
@@ -39,7 +60,7 @@ void Console::printText(const std::string &text) const {
 ExitCode Console::print(const Failure &failure) const {
     std::fprintf(stderr, "iodbg: %s\n", failure.what());
     if (isJson_)
-        printText(failureToJson(failure));
+        printText(failureToJson(failure, form()));
     return failure.code();
 }
 

@@ -19,6 +19,9 @@ class Console {
 
     /** Whether answers are for programs. */
     bool &isJson() { return isJson_; }
+    /** From here on answers for programs are lines, and a reader that goes away ends nothing. */
+    void beginLongWork();
+    AnswerForm form() const;
 
     /** Prints an answer; its exit code. */
     ExitCode print(const Report &report) const { return print(report, report.toText()); }
@@ -27,12 +30,29 @@ class Console {
 
     void printText(const std::string &text) const;
 
+    /** Lets the library print on standard output for once; what it prints is the answer. */
+    template <typename Call>
+    auto printedByLibrary(Call call) const {
+        const LibraryOutput output(*this);
+        return call();
+    }
+
     /** Prints why there is no answer: a line on standard error, and an object for programs. */
     ExitCode print(const Failure &failure) const;
 
   private:
+    /** Leads what is printed on standard output there as long as it lives. */
+    class LibraryOutput {
+      public:
+        explicit LibraryOutput(const Console &console);
+        LibraryOutput(const LibraryOutput &) = delete;
+        LibraryOutput &operator=(const LibraryOutput &) = delete;
+        ~LibraryOutput();
+    };
+
     Descriptor out_;
     bool isJson_ = false;
+    bool isLongWork_ = false;
 };
 
 } // namespace iodbg

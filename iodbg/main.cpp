@@ -2,6 +2,7 @@
 
 #include "iodbg/command_line.h"
 #include "iodbg/commands/commands.h"
+#include "iodbg/commands/poe_debug.h"
 #include "iodbg/console.h"
 #include "iodbg/failure.h"
 
@@ -14,10 +15,12 @@ using namespace iodbg;
 
 ExitCode runCommand(Console &console, int argc, const char *const *argv) {
     CommandLine line("Reads and changes what is on the board: identity, EEPROMs, CPLD registers, "
-                     "I2C devices, GPIO lines.",
+                     "I2C devices, GPIO lines, PoE.",
                      kExitCodeHelp, "iodbg " IODBG_VERSION);
     line.root().flag("--json", "Answer in JSON", console.isJson());
     addCommands(line.root());
+    if (isPoeDebug(line, argc, argv))
+        return runPoeDebug(console, argc, argv);
     return line.parse(argc, argv)(console);
 }
 

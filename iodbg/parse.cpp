@@ -79,8 +79,26 @@ Mac parseMac(const std::string &word) {
 }
 
 Parser number(uint32_t &target, uint32_t highest) {
-    return [&target, highest](const std::string &word) {
-        target = static_cast<uint32_t>(parseNumber(word, 0, highest));
+    return numberWithin(target, 0, highest);
+}
+
+Parser numberWithin(uint32_t &target, uint32_t lowest, uint32_t highest) {
+    return [&target, lowest, highest](const std::string &word) {
+        target = static_cast<uint32_t>(parseNumber(word, lowest, highest));
+    };
+}
+
+Parser oneOf(uint32_t &target, const std::vector<std::pair<std::string, uint32_t>> &words) {
+    return [&target, words](const std::string &word) {
+        std::string known;
+        for (const auto &[name, value] : words) {
+            if (word == name) {
+                target = value;
+                return;
+            }
+            known += (known.empty() ? "" : "|") + name;
+        }
+        refuse(word, "is none of " + known);
     };
 }
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace iodbg {
@@ -25,6 +26,10 @@ Mac parseMac(const std::string &word);
 
 /** Stores a number from 0 to highest. */
 Parser number(uint32_t &target, uint32_t highest = UINT32_MAX);
+/** A number from lowest to highest. */
+Parser numberWithin(uint32_t &target, uint32_t lowest, uint32_t highest);
+/** One of some words, each of which stands for a number. */
+Parser oneOf(uint32_t &target, const std::vector<std::pair<std::string, uint32_t>> &words);
 Parser text(std::string &target);
 /** Stores the name of a file. */
 Parser fileName(std::string &target);

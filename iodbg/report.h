@@ -59,6 +59,13 @@ struct FailedItem {
     int32_t status;
 };
 
+/** Who an answer is for. */
+enum class AnswerForm {
+    Text,      // people
+    Json,      // programs: one object
+    JsonLines, // programs, of work that takes long: an object a line, the last one with the result
+};
+
 struct Report {
     std::vector<std::variant<Section, Table>> parts;
     std::vector<FailedItem> failures;
@@ -67,12 +74,15 @@ struct Report {
     Cell tried(const std::string &item, int32_t status, const Cell &cell);
 
     std::string toText() const;
-    std::string toJson() const;
+    std::string toJson(AnswerForm form) const;
 };
+
+/** A section as a line of its own, for programs that follow long work. */
+std::string toJsonLine(const Section &section);
 
 class Failure;
 
 /** What programs get instead of an answer. */
-std::string failureToJson(const Failure &failure);
+std::string failureToJson(const Failure &failure, AnswerForm form);
 
 } // namespace iodbg

@@ -40,14 +40,28 @@ void addStatus(Json &object, int32_t status) {
     object["next"] = text.next;
 }
 
-std::string written(const Json &answer) {
-    return answer.dump(2) + "\n";
+/** Lines tell what they are, since several kinds come. */
+Json beginAnswer(AnswerForm form, const char *event) {
+    Json answer = Json::object();
+    if (form == AnswerForm::JsonLines)
+        answer["event"] = event;
+    return answer;
+}
+
+std::string written(const Json &answer, AnswerForm form) {
+    return answer.dump(form == AnswerForm::JsonLines ? -1 : 2) + "\n";
 }
 
 } // namespace
 
-std::string Report::toJson() const {
-    Json answer = Json::object();
+std::string toJsonLine(const Section &section) {
+    Json line = Json::object();
+    addPart(line, section);
+    return written(line, AnswerForm::JsonLines);
+}
+
+std::string Report::toJson(AnswerForm form) const {
+    Json answer = beginAnswer(form, "result");
     for (const auto &part : parts)
         std::visit([&](const auto &content) { addPart(answer, content); }, part);
     answer["failures"] = Json::array();
@@ -56,14 +70,16 @@ std::string Report::toJson() const {
         addStatus(object, failed.status);
         answer["failures"].push_back(object);
     }
-    return written(answer);
+    return written(answer, form);
 }
 
-std::string failureToJson(const Failure &failure) {
+std::string failureToJson(const Failure &failure, AnswerForm form) {
+    Json answer = beginAnswer(form, "error");
     Json error = {{"exit_code", static_cast<int>(failure.code())}, {"message", failure.what()}};
     if (failure.status())
         addStatus(error, *failure.status());
-    return written({{"error", error}});
+    answer["error"] = error;
+    return written(answer, form);
 }
 
 } // namespace iodbg

@@ -11,6 +11,7 @@ void addEepromCommands(const Command &root);
 void addCpldCommands(const Command &root);
 void addI2cCommands(const Command &root);
 void addGpioCommands(const Command &root);
+void addPoeCommands(const Command &root);
 void addStatusCommand(const Command &root);
 
 inline void addCommands(const Command &root) {
@@ -20,6 +21,7 @@ inline void addCommands(const Command &root) {
     addCpldCommands(root);
     addI2cCommands(root);
     addGpioCommands(root);
+    addPoeCommands(root);
     addStatusCommand(root);
 }
 

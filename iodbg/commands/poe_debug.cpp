@@ -1,0 +1,61 @@
+#include "iodbg/commands/poe_debug.h"
+
+#include "bsp.h"
+#include "iodbg/console.h"
+#include "iodbg/failure.h"
+
+#include <string>
+#include <vector>
+
+namespace iodbg {
+
+namespace {
+
+constexpr int kGroupWord = 1;
+constexpr int kCommandWord = 2;
+
+bool asksForHelp(const std::string &word) {
+    return word == "-h" || word == "?";
+}
+
+/** The driver's words, which it does not tell but in its help. */
+bool isDriverWord(const std::string &word) {
+    return word == "poeCommand";
+}
+
+/** The driver takes words that it may write to. */
+int32_t dispatch(int argc, const char *const *argv) {
+    std::vector<std::string> words(argv, argv + argc);
+    std::vector<char *> vector;
+    for (std::string &word : words)
+        vector.push_back(word.data());
+    vector.push_back(nullptr);
+    return bspPoeDebugChipDispatch(0, argc, vector.data());
+}
+
+} // namespace
+
+bool isPoeDebug(const CommandLine &line, int argc, const char *const *argv) {
+    if (argc <= kCommandWord || argv[kGroupWord] != std::string("poe"))
+        return false;
+    const std::string word = argv[kCommandWord];
+    const bool isOption = word.starts_with('-') && !asksForHelp(word);
+    return !word.empty() && !isOption && !line.hasCommand("poe", word);
+}
+
+ExitCode runPoeDebug(Console &console, int argc, const char *const *argv) {
+    const std::string word = argv[kCommandWord];
+    if (asksForHelp(word)) {
+        require(console.printedByLibrary([] { return bspPoeDebugChipDispatchHelp(-1); }),
+                "list the debug commands of the PoE controller");
+        return ExitCode::Ok;
+    }
+    const int32_t status = console.printedByLibrary([&] { return dispatch(argc, argv); });
+    // The driver has said what was wrong with the words.
+    if (status == BSP_E_FAILED || (status == BSP_OK && !isDriverWord(word)))
+        return ExitCode::Usage;
+    require(status, "exchange the frame");
+    return ExitCode::Ok;
+}
+
+} // namespace iodbg

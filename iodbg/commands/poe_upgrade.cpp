@@ -1,0 +1,4 @@
+#include "iodbg/commands/poe_parts.h"
+namespace iodbg {
+void addPoeUpgradeCommand(const Command &) {}
+} // namespace iodbg

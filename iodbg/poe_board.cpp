@@ -1,0 +1,115 @@
+#include "iodbg/poe_board.h"
+
+#include "bsp.h"
+#include "iodbg/failure.h"
+#include "iodbg/format.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace iodbg {
+
+namespace {
+
+constexpr uint32_t kMostPorts = 48;
+
+constexpr struct {
+    uint32_t devId;
+    uint32_t ports;
+} kPoeModels[] = {{0x0709, 48}, {0x0809, 24}, {0x8709, 24}, {0x8809, 48}};
+
+uint32_t portsOf(uint32_t devId) {
+    for (const auto &model : kPoeModels) {
+        if (model.devId == devId)
+            return model.ports;
+    }
+    return 0;
+}
+
+uint32_t deviceId() {
+    uint32_t devId = 0;
+    require(ioDevIdGet(&devId), "read the device id");
+    return devId;
+}
+
+std::vector<std::string> splitAt(const std::string &text, char separator) {
+    std::vector<std::string> parts(1);
+    for (const char character : text) {
+        if (character == separator)
+            parts.emplace_back();
+        else
+            parts.back() += character;
+    }
+    return parts;
+}
+
+uint32_t portOf(const std::string &word) {
+    return static_cast<uint32_t>(parseNumber(word, 1, kMostPorts));
+}
+
+void addRange(std::vector<uint32_t> &ports, const std::string &word) {
+    const std::vector<std::string> ends = splitAt(word, '-');
+    const uint32_t first = portOf(ends.front());
+    const uint32_t last = portOf(ends.back());
+    if (ends.size() > 2 || last < first)
+        throw std::invalid_argument("'" + word + "' is no range of ports; give one as 1-8");
+    for (uint32_t port = first; port <= last; ++port)
+        ports.push_back(port);
+}
+
+} // namespace
+
+uint32_t poePortCount() {
+    return portsOf(deviceId());
+}
+
+uint32_t requirePoe() {
+    const uint32_t devId = deviceId();
+    const uint32_t ports = portsOf(devId);
+    if (ports == 0)
+        throw Failure(ExitCode::Board, "this model (" + hexNumber(devId, 4) +
+                                           ") has no PoE; run this command on one that has");
+    uint32_t isMissing = 1;
+    require(bspPoeOnlineGet(&isMissing), "ask whether the PoE controller is there");
+    if (isMissing != 0)
+        throw Failure(ExitCode::Board,
+                      "the PoE controller is missing (CPLD register 6, bit 14 is set); check that "
+                      "its board is plugged and has power");
+    return ports;
+}
+
+void requirePort(uint32_t port, uint32_t portCount) {
+    if (port > portCount)
+        throw Failure::usage("there is no PoE port " + std::to_string(port) +
+                             "; this board has ports 1 to " + std::to_string(portCount));
+}
+
+PortList::PortList(const std::string &word) : isAll_(word == "all") {
+    if (isAll_)
+        return;
+    for (const std::string &part : splitAt(word, ','))
+        addRange(ports_, part);
+    std::sort(ports_.begin(), ports_.end());
+    ports_.erase(std::unique(ports_.begin(), ports_.end()), ports_.end());
+}
+
+std::vector<uint32_t> PortList::within(uint32_t portCount) const {
+    if (isAll_) {
+        std::vector<uint32_t> ports(portCount);
+        for (uint32_t i = 0; i < portCount; ++i)
+            ports[i] = i + 1;
+        return ports;
+    }
+    requirePort(ports_.back(), portCount); // the highest
+    return ports_;
+}
+
+Parser portList(PortList &target) {
+    return [&target](const std::string &word) { target = PortList(word); };
+}
+
+Parser portNumber(uint32_t &target) {
+    return [&target](const std::string &word) { target = portOf(word); };
+}
+
+} // namespace iodbg

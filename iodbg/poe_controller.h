@@ -1,0 +1,14 @@
+#pragma once
+// What the PoE controller says of itself and of all ports together.
+
+#include "iodbg/report.h"
+
+namespace iodbg {
+
+/** Adds version, state and power totals; what cannot be read is noted in the report. */
+void addPoeController(Report &report);
+
+/** The application status in words: what the last firmware upgrade left. */
+Cell poeAppStatusCell(uint32_t status);
+
+} // namespace iodbg

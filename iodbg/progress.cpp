@@ -1,0 +1,97 @@
+#include "iodbg/progress.h"
+
+#include "iodbg/console.h"
+#include "iodbg/report.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <unistd.h>
+
+namespace iodbg {
+
+namespace {
+
+constexpr uint32_t kBarWidth = 30;
+constexpr char kClearLine[] = "\r\x1b[K";
+
+} // namespace
+
+std::string durationText(uint32_t seconds) {
+    const std::string rest = std::to_string(seconds % 60) + " s";
+    return seconds < 60 ? rest : std::to_string(seconds / 60) + " min " + rest;
+}
+
+Progress::Progress(Console &console, const std::string &task, const std::vector<WorkStep> &steps,
+                   Only only)
+    : console_(console), task_(task), steps_(steps), isTerminal_(isatty(STDERR_FILENO) == 1),
+      only_(only), printedStep_(steps.size()) {
+    for (const WorkStep &step : steps_)
+        totalMs_ += step.leastMs;
+}
+
+Progress::~Progress() {
+    if (hasBar_)
+        std::fputs(kClearLine, stderr);
+}
+
+double Progress::secondsElapsed() const {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+}
+
+Progress::Position Progress::positionOf(size_t step, uint32_t msIntoStep) const {
+    uint32_t doneMs = std::min(msIntoStep, steps_[step].leastMs);
+    for (size_t i = 0; i < step; ++i)
+        doneMs += steps_[i].leastMs;
+    // What has been done took its time; the rest will take as much for each of its milliseconds.
+    const double secondsPerMs = doneMs == 0 ? 0.001 : secondsElapsed() / doneMs;
+    return {step, static_cast<uint32_t>(uint64_t{doneMs} * 100 / totalMs_),
+            static_cast<uint32_t>((totalMs_ - doneMs) * secondsPerMs + 0.5)};
+}
+
+void Progress::reach(size_t step, uint32_t msIntoStep) noexcept {
+    try {
+        const Position position = positionOf(step, msIntoStep);
+        if (position.step != printedStep_ || position.percent != printedPercent_)
+            print(position);
+        printedStep_ = position.step;
+        printedPercent_ = position.percent;
+    } catch (const std::exception &) {
+        // The work itself is what counts.
+    }
+}
+
+void Progress::print(const Position &position) {
+    if (console_.form() == AnswerForm::JsonLines) {
+        const Section section = {"",
+                                 "",
+                                 {{"event", "", textCell("progress")},
+                                  {"task", "", textCell(task_)},
+                                  {"step", "", numberCell(static_cast<int64_t>(position.step) + 1)},
+                                  {"steps", "", numberCell(static_cast<int64_t>(steps_.size()))},
+                                  {"name", "", textCell(steps_[position.step].name)},
+                                  {"percent", "", numberCell(position.percent)},
+                                  {"seconds_left", "", numberCell(position.secondsLeft)}}};
+        console_.printText(toJsonLine(section));
+    } else if (isTerminal_) {
+        std::fputs((kClearLine + barText(position)).c_str(), stderr);
+        std::fflush(stderr);
+        hasBar_ = true;
+    } else if (only_ == Only::Everywhere && position.step != printedStep_) {
+        std::fprintf(stderr, "%s: %s\n", task_.c_str(), stepText(position).c_str());
+    }
+}
+
+std::string Progress::stepText(const Position &position) const {
+    return "step " + std::to_string(position.step + 1) + " of " + std::to_string(steps_.size()) +
+           ", " + steps_[position.step].name;
+}
+
+std::string Progress::barText(const Position &position) const {
+    const uint32_t filled = position.percent * kBarWidth / 100;
+    return "[" + std::string(filled, '#') + std::string(kBarWidth - filled, '.') + "] " +
+           std::to_string(position.percent) + " %  " + durationText(position.secondsLeft) +
+           " left  " + stepText(position);
+}
+
+} // namespace iodbg

@@ -1,0 +1,64 @@
+#pragma once
+// How far long work has come: a bar on a terminal, a line for each step elsewhere, and one JSON
+// object a line for programs.
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace iodbg {
+
+class Console;
+
+/** A part of long work. */
+struct WorkStep {
+    std::string name;
+    uint32_t leastMs; // what it takes at least
+};
+
+class Progress {
+  public:
+    enum class Only { Everywhere, OnTerminals };
+
+    Progress(Console &console, const std::string &task, const std::vector<WorkStep> &steps,
+             Only only = Only::Everywhere);
+    Progress(const Progress &) = delete;
+    Progress &operator=(const Progress &) = delete;
+    /** Takes the bar off the terminal. */
+    ~Progress();
+
+    /** The work has come to a step and is some milliseconds, of those that it takes at least, into
+     * it. What cannot be printed is left out. */
+    void reach(size_t step, uint32_t msIntoStep) noexcept;
+
+    double secondsElapsed() const;
+
+  private:
+    struct Position {
+        size_t step;
+        uint32_t percent;
+        uint32_t secondsLeft;
+    };
+
+    Position positionOf(size_t step, uint32_t msIntoStep) const;
+    void print(const Position &position);
+    std::string barText(const Position &position) const;
+    std::string stepText(const Position &position) const;
+
+    Console &console_;
+    std::string task_;
+    std::vector<WorkStep> steps_;
+    uint32_t totalMs_ = 0;
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    bool isTerminal_;
+    Only only_;
+    bool hasBar_ = false;
+    size_t printedStep_;
+    uint32_t printedPercent_ = 0;
+};
+
+/** "13 min 5 s" */
+std::string durationText(uint32_t seconds);
+
+} // namespace iodbg
