@@ -46,12 +46,12 @@ std::string readFile(const std::string &path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-ProcessResult IodbgTest::iodbg(const Words &arguments) const {
+ProcessResult IodbgTest::iodbg(const Words &arguments, const std::string &input) const {
     Words argv = {builtProgram("iodbg")};
     argv.insert(argv.end(), arguments.begin(), arguments.end());
     if (environment_.empty())
         environment_ = boardEnvironment(boardFolder());
-    return run(argv, environment_);
+    return run(argv, environment_, input);
 }
 
 std::string IodbgTest::json(const Words &arguments, int exitCode) const {

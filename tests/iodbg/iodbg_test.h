@@ -22,7 +22,7 @@ struct BoardContent {
 class IodbgTest : public VirtualBoardTest {
   protected:
     /** Runs iodbg on the board. */
-    ProcessResult iodbg(const Words &arguments) const;
+    ProcessResult iodbg(const Words &arguments, const std::string &input = "") const;
 
     /** Runs it with --json; the answer must parse and the exit code must be this one. */
     std::string json(const Words &arguments, int exitCode = 0) const;

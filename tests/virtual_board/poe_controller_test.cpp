@@ -313,6 +313,11 @@ TEST_F(PoeControllerTest, FaultsOfItsFrames) {
     clearFaults();
     EXPECT_EQ(ask({0x49, 1, 6})[6], 0);
 
+    add("write", "no-effect", "0x10");
+    EXPECT_EQ(ask({0x10, 1, 4}), frame({0x10, 1, 0}));
+    clearFaults();
+    EXPECT_EQ(ask({0x4A, 1})[3], 2);
+
     add("write", "no-answer", "0x10");
     EXPECT_EQ(ask({0x10, 1, 4}), silence());
     clearFaults();

@@ -82,8 +82,11 @@ bool serveFrame(PoeController &poe, const PoeFrame &frame, const PoeFrameFault &
     reply[0] = frame[0];
     reply[1] = frame[1];
     const PoeRequest request = {poe, frame, reply, fault.badPort, nowNs};
+    const PoeSettings before = poe.settings;
     if (!(poe.mode == PoeMode::Application ? serveApplication(request) : serveJump(request)))
         return false;
+    if (fault.hasNoEffect)
+        poe.settings = before;
     reply[kPoeChecksumAt] = poeSum(reply.byte, kPoeChecksumAt);
     std::memcpy(poe.reply, reply.byte, sizeof(poe.reply));
     poe.replyLength = kPoeFrameSize;
@@ -96,10 +99,12 @@ bool isBlock(const PoeController &poe, const uint8_t *data, uint32_t length) {
 }
 
 /** The loader takes a block, or keeps silent when it has no place for it. */
-bool serveBlock(PoeController &poe, const uint8_t *data, uint32_t length) {
+bool serveBlock(PoeController &poe, const uint8_t *data, uint32_t length,
+                const PoeFrameFault &fault) {
     const uint32_t bank = data[1] - uint32_t{kPoeDownload};
     const uint32_t position = bank * kBankSize + (uint32_t{data[2]} << 8 | data[3]);
-    if (!poeProgramBlock(poe.image, position, data + kBlockHeader, length - kBlockHeader))
+    if (!fault.hasNoEffect &&
+        !poeProgramBlock(poe.image, position, data + kBlockHeader, length - kBlockHeader))
         return false;
     std::memcpy(poe.reply, data, kBlockHeader);
     poe.replyLength = kBlockHeader;
@@ -150,7 +155,7 @@ bool poeWrite(PoeController &poe, const uint8_t *data, uint32_t length, const Po
         return true;
     bool isAnswered = false;
     if (isBlock(poe, data, length)) {
-        isAnswered = serveBlock(poe, data, length);
+        isAnswered = serveBlock(poe, data, length, fault);
     } else if (length == kPoeFrameSize) {
         PoeFrame frame = {};
         std::memcpy(frame.byte, data, sizeof(frame.byte));

@@ -43,7 +43,8 @@ constexpr Word<FaultEffect> kEffects[] = {{"refuse", FaultEffect::Refuse},
                                           {"late-answer", FaultEffect::LateAnswer},
                                           {"wrong-echo", FaultEffect::WrongEcho},
                                           {"wrong-checksum", FaultEffect::WrongChecksum},
-                                          {"bad-port", FaultEffect::BadPort}};
+                                          {"bad-port", FaultEffect::BadPort},
+                                          {"no-effect", FaultEffect::NoEffect}};
 
 /** The value of a word of a list; what says what the list is of. */
 template <typename Value, size_t count>
@@ -201,6 +202,7 @@ void parseEffect(FaultRule &rule, const std::string &text) {
     case FaultEffect::NoAnswer:
     case FaultEffect::WrongEcho:
     case FaultEffect::WrongChecksum:
+    case FaultEffect::NoEffect:
         if (equals != std::string::npos)
             throw Refused(name + " takes no value; leave out '=" + argument + "'");
         break;
@@ -218,6 +220,7 @@ std::string effectText(const FaultRule &rule) {
     case FaultEffect::NoAnswer:
     case FaultEffect::WrongEcho:
     case FaultEffect::WrongChecksum:
+    case FaultEffect::NoEffect:
         return name;
     default:
         return name + "=" + std::to_string(rule.argument);
@@ -252,7 +255,8 @@ void checkFileRule(const FaultRule &rule) {
 
 bool isPoeEffect(FaultEffect effect) {
     return effect == FaultEffect::LateAnswer || effect == FaultEffect::WrongEcho ||
-           effect == FaultEffect::WrongChecksum || effect == FaultEffect::BadPort;
+           effect == FaultEffect::WrongChecksum || effect == FaultEffect::BadPort ||
+           effect == FaultEffect::NoEffect;
 }
 
 void checkPoeRule(const FaultRule &rule) {
@@ -261,8 +265,8 @@ void checkPoeRule(const FaultRule &rule) {
                       "or --op reset");
     if (!isPoeEffect(rule.effect) && rule.effect != FaultEffect::NoAnswer)
         throw Refused("the PoE controller cannot have the effect " + effectText(rule) +
-                      "; it can have no-answer, late-answer, wrong-echo, wrong-checksum and "
-                      "bad-port; for its bus give --device i2c:16.0.0x20");
+                      "; it can have no-answer, late-answer, wrong-echo, wrong-checksum, "
+                      "bad-port and no-effect; for its bus give --device i2c:16.0.0x20");
     if (rule.op == FaultOp::Reset && (rule.hasOffset != 0 || isPoeEffect(rule.effect)))
         throw Refused("out of reset there is no frame: give --effect no-answer without --offset");
 }
