@@ -28,23 +28,26 @@ Table portsTable() {
     return table;
 }
 
-ExitCode showStatus(Console &console, const PortList &list) {
-    const std::vector<uint32_t> ports = list.within(requirePoe());
-    requireAnswer();
-    Report report;
-    addPoeController(report);
-
-    Table table = portsTable();
+void addPorts(Report &report, Console &console, const std::vector<uint32_t> &ports) {
     std::vector<WorkStep> steps;
     for (const uint32_t port : ports)
         steps.push_back({"port " + std::to_string(port), kPortMs});
     Progress progress(console, "poe status", steps, Progress::Only::OnTerminals);
+    Table table = portsTable();
     for (size_t i = 0; i < ports.size(); ++i) {
         progress.reach(i, 0);
         table.rows.push_back(readPoePort(report, ports[i]));
         table.rows.back().insert(table.rows.back().begin(), numberCell(ports[i]));
     }
     report.parts.emplace_back(table);
+}
+
+ExitCode showStatus(Console &console, const PortList &list) {
+    const std::vector<uint32_t> ports = list.within(requirePoe());
+    requireAnswer();
+    Report report;
+    addPoeController(report);
+    addPorts(report, console, ports);
     return console.print(report);
 }
 

@@ -47,11 +47,23 @@ std::string readFile(const std::string &path) {
 }
 
 ProcessResult IodbgTest::iodbg(const Words &arguments, const std::string &input) const {
+    return run(commandLine(arguments), environment(), input);
+}
+
+std::string IodbgTest::iodbgOnTerminal(const Words &arguments) const {
+    return runOnTerminal(commandLine(arguments), environment());
+}
+
+Words IodbgTest::commandLine(const Words &arguments) const {
     Words argv = {builtProgram("iodbg")};
     argv.insert(argv.end(), arguments.begin(), arguments.end());
+    return argv;
+}
+
+const Environment &IodbgTest::environment() const {
     if (environment_.empty())
         environment_ = boardEnvironment(boardFolder());
-    return run(argv, environment_, input);
+    return environment_;
 }
 
 std::string IodbgTest::json(const Words &arguments, int exitCode) const {

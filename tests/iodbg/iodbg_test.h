@@ -24,6 +24,9 @@ class IodbgTest : public VirtualBoardTest {
     /** Runs iodbg on the board. */
     ProcessResult iodbg(const Words &arguments, const std::string &input = "") const;
 
+    /** Runs it on a terminal; what appears there. */
+    std::string iodbgOnTerminal(const Words &arguments) const;
+
     /** Runs it with --json; the answer must parse and the exit code must be this one. */
     std::string json(const Words &arguments, int exitCode = 0) const;
 
@@ -53,6 +56,9 @@ class IodbgTest : public VirtualBoardTest {
     }
 
   private:
+    Words commandLine(const Words &arguments) const;
+    const Environment &environment() const;
+
     TemporaryFolder files_;
     mutable Environment environment_; // asked for once
 };

@@ -268,6 +268,20 @@ TEST_F(PoeCommandsTest, InitialisesStepByStep) {
     EXPECT_EQ(jsonAt(json({"poe", "info"}), "/poe/initialised"), "true");
 }
 
+TEST_F(PoeCommandsTest, DrawsABarOnATerminal) {
+    const std::string screen = iodbgOnTerminal({"poe", "init"});
+    EXPECT_EQ(screen.find("\r\x1b[K[..............................] 0 %  53 s left  step 1 of 14, "
+                          "reset the controller"),
+              0u)
+        << screen;
+    EXPECT_NE(screen.find("[############################..] 9"), std::string::npos);
+    EXPECT_NE(screen.find("\r\x1b[KPoE\r\n"), std::string::npos); // the bar goes before the answer
+    const std::string status = iodbgOnTerminal({"poe", "status", "1-2"});
+    EXPECT_NE(status.find("step 2 of 2, port 2"), std::string::npos);
+    EXPECT_NE(status.find("\r\x1b[KPoE\r\n"), std::string::npos);
+    EXPECT_EQ(status.substr(status.size() - 2), "\r\n");
+}
+
 /** The event, step and percentage of each line of progress. */
 struct ProgressLine {
     std::string event;

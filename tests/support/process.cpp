@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <pty.h>
 #include <sstream>
 #include <stdexcept>
 #include <sys/mman.h>
@@ -42,6 +43,14 @@ std::vector<std::string> emulated(const std::vector<std::string> &argv,
     _exit(kCannotExecute);
 }
 
+/** Executes a program of the build, under the emulator where it needs one. */
+[[noreturn]] void executeBuilt(const std::vector<std::string> &argv,
+                               const Environment &environment) {
+    if (isEmulated())
+        execute(emulated(argv, environment), {});
+    execute(argv, environment);
+}
+
 } // namespace
 
 Process::Stream::Stream(const std::string &content) : fd_(memfd_create("stream", MFD_CLOEXEC)) {
@@ -66,7 +75,6 @@ std::string Process::Stream::content() const {
 Process::Process(const std::vector<std::string> &argv, const Environment &environment,
                  const std::string &input)
     : in_(input) {
-    const std::vector<std::string> command = isEmulated() ? emulated(argv, environment) : argv;
     pid_ = fork();
     if (pid_ < 0)
         throw std::runtime_error("fork: " + std::string(std::strerror(errno)));
@@ -75,7 +83,7 @@ Process::Process(const std::vector<std::string> &argv, const Environment &enviro
     dup2(in_.descriptor(), STDIN_FILENO);
     dup2(out_.descriptor(), STDOUT_FILENO);
     dup2(err_.descriptor(), STDERR_FILENO);
-    execute(command, isEmulated() ? Environment{} : environment);
+    executeBuilt(argv, environment);
 }
 
 Process::~Process() {
@@ -105,6 +113,24 @@ ProcessResult Process::wait() {
 ProcessResult run(const std::vector<std::string> &argv, const Environment &environment,
                   const std::string &input) {
     return Process(argv, environment, input).wait();
+}
+
+std::string runOnTerminal(const std::vector<std::string> &argv, const Environment &environment) {
+    int terminal = -1;
+    const pid_t pid = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (pid < 0)
+        throw std::runtime_error("forkpty: " + std::string(std::strerror(errno)));
+    if (pid == 0)
+        executeBuilt(argv, environment);
+    std::string text;
+    char part[4096];
+    ssize_t count = 0;
+    // The terminal of a program that has ended answers with an error.
+    while ((count = read(terminal, part, sizeof(part))) > 0)
+        text.append(part, static_cast<size_t>(count));
+    close(terminal);
+    waitpid(pid, nullptr, 0);
+    return text;
 }
 
 ProcessResult runOnBoard(const std::string &boardFolder, const std::vector<std::string> &argv,
