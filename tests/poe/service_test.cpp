@@ -240,8 +240,9 @@ TEST_F(ServiceTest, DebugOperationsGetTheWordAsItIs) {
 
     EXPECT_EQ(answerOf([&] { return bspPoeDebugChipDispatch(7, 4, words); }).status, BSP_OK);
     EXPECT_EQ(controller.requests(), (Lines{"50:"}));
-    EXPECT_TRUE(
-        answerOf([] { return bspPoeDebugChipDispatchHelp(-1); }).printed.starts_with("\nSupported"));
+    EXPECT_TRUE(answerOf([] {
+                    return bspPoeDebugChipDispatchHelp(-1);
+                }).printed.starts_with("\nSupported"));
     EXPECT_TRUE(
         answerOf([] { return bspPoeDebugChipDispatchHelp(0); }).printed.starts_with("Caution"));
 }
