@@ -26,11 +26,10 @@ bool isDriverWord(const std::string &word) {
 /** The driver takes words that it may write to. */
 int32_t dispatch(int argc, const char *const *argv) {
     std::vector<std::string> words(argv, argv + argc);
-    std::vector<char *> vector;
-    for (std::string &word : words)
-        vector.push_back(word.data());
-    vector.push_back(nullptr);
-    return bspPoeDebugChipDispatch(0, argc, vector.data());
+    std::vector<char *> pointers(words.size() + 1, nullptr);
+    for (size_t i = 0; i < words.size(); ++i)
+        pointers[i] = words[i].data();
+    return bspPoeDebugChipDispatch(0, argc, pointers.data());
 }
 
 } // namespace

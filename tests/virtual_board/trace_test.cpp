@@ -57,8 +57,8 @@ TEST_F(TraceTest, I2cRequestsAsJson) {
     const uint8_t data[3] = {0x44, 0x00, 0xFF};
     bspI2cWrite(0, 0, 0x51, 0x10, 1, data, 3);
     EXPECT_EQ(last(), json::parse(R"({"kind": "i2c-write", "bus": 0, "channel": 0, "device": 81,
-                                      "offset": 16, "length": 3, "data": "4400ff", "result": 0,
-                                      "errno": 0})"));
+                                      "offset": 16, "length": 3, "name": null, "data": "4400ff",
+                                      "result": 0, "errno": 0})"));
     uint8_t byte = 0;
     bspI2cRead(0, 5, 0x51, 0x10, 1, &byte, 1);
     EXPECT_EQ(last()["kind"], "i2c-read");
@@ -107,6 +107,32 @@ TEST_F(TraceTest, InWords) {
               (std::vector<std::string>{"I2C write bus 0 ch 0 dev 0x51 off 0x00 len 2: 44 45",
                                         "GPIO output line 3 = 1", "GPIO read   line 3 = 1",
                                         "GPIO input  line 3", "sleep 1000 us", "sleep 1 ns"}));
+}
+
+TEST_F(TraceTest, CommandsHaveNames) {
+    useModel(0x0709);
+    const uint8_t status[4] = {0x42, 0x07, 0x02, 0xFF};
+    const uint8_t block[6] = {0xC0, 0x81, 0xFF, 0xE0, 1, 2};
+    const uint8_t unknown[2] = {0x7F, 0x00};
+    uint8_t word[2] = {};
+    bspI2cWrite(16, 0, 0x20, 0, 0, status, 4);
+    bspI2cWrite(16, 0, 0x20, 0, 0, block, 6);
+    bspI2cWrite(16, 0, 0x20, 0, 0, unknown, 2);
+    bspI2cRead(0, 3, 0x58, 0x8D, 1, word, 2);
+    const std::vector<std::string> lines = trace();
+    ASSERT_EQ(lines.size(), 4u);
+    EXPECT_EQ(lines[0],
+              "I2C write bus 16 ch 0 dev 0x20 off 0x00 len 4 (PoE port status): 42 07 02 FF");
+    EXPECT_EQ(lines[1],
+              "I2C write bus 16 ch 0 dev 0x20 off 0x00 len 6 (PoE block of bank 1): C0 81 "
+              "FF E0 01 02");
+    EXPECT_EQ(lines[2],
+              "I2C write bus 16 ch 0 dev 0x20 off 0x00 len 2 (PoE unknown command): 7F 00");
+    EXPECT_EQ(lines[3].rfind("I2C read  bus 0 ch 3 dev 0x58 off 0x8D len 2 "
+                             "(supply 2 READ_TEMPERATURE_1): ",
+                             0),
+              0u)
+        << lines[3];
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "virtual_board/words/trace_json.h"
 
 #include "virtual_board/devices/cpld.h"
+#include "virtual_board/words/i2c_names.h"
 #include "virtual_board/words/values.h"
 
 #include <nlohmann/json.hpp>
@@ -53,7 +54,9 @@ json cpldJson(const TraceRecord &record, const json &value) {
 }
 
 json i2cJson(const TraceRecord &record) {
-    return {{"bus", record.bus},
+    const std::string name = transferName(record);
+    return {{"name", name.empty() ? json() : json(name)},
+            {"bus", record.bus},
             {"channel", record.channel},
             {"device", record.devAddr},
             {"offset", record.offset},

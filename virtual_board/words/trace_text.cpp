@@ -1,6 +1,7 @@
 #include "virtual_board/words/trace_text.h"
 
 #include "virtual_board/devices/cpld.h"
+#include "virtual_board/words/i2c_names.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -32,9 +33,10 @@ std::string dataText(const TraceRecord &record) {
 }
 
 std::string i2cText(const TraceRecord &record) {
+    const std::string name = transferName(record);
     return text("bus %u ch %u dev 0x%02X off 0x%02X len %d", record.bus, record.channel,
                 record.devAddr, record.offset, static_cast<int32_t>(record.length)) +
-           dataText(record);
+           (name.empty() ? "" : " (" + name + ")") + dataText(record);
 }
 
 std::string sleepText(const TraceRecord &record) {

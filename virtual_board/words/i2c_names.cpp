@@ -1,0 +1,103 @@
+#include "virtual_board/words/i2c_names.h"
+
+#include "virtual_board/devices/poe_frame.h"
+
+#include <span>
+
+namespace vb {
+
+namespace {
+
+struct CommandName {
+    uint8_t code;
+    const char *name;
+};
+
+constexpr CommandName kPoeCommands[] = {
+    {0x00, "enable all ports"},
+    {0x01, "set port enable"},
+    {0x02, "reset"},
+    {0x03, "reset ports"},
+    {0x04, "set power source"},
+    {0x05, "enable port mapping"},
+    {0x06, "map port"},
+    {0x08, "set port function mode"},
+    {0x09, "set port detection type"},
+    {0x0A, "port detection trigger"},
+    {0x0B, "trigger port classification"},
+    {0x0C, "set port inrush mode"},
+    {0x0D, "set port forced inrush"},
+    {0x0E, "set voltage thresholds"},
+    {0x0F, "set port disconnect type"},
+    {0x10, "set power management mode"},
+    {0x11, "set extended power management mode"},
+    {0x12, "set port power limit type"},
+    {0x14, "set port power limit"},
+    {0x15, "set port priority"},
+    {0x16, "set port event mask"},
+    {0x18, "force port power"},
+    {0x40, "system information"},
+    {0x41, "power totals"},
+    {0x42, "port status"},
+    {0x44, "port measurements"},
+    {0x45, "port counters"},
+    {0x46, "port events"},
+    {0x48, "port configuration"},
+    {0x49, "port power configuration"},
+    {0x4A, "voltage thresholds"},
+    {0x4B, "power source"},
+    {0x4C, "chip addresses"},
+    {0x4D, "port function mode"},
+    {0x4E, "port mapping"},
+    {0x4F, "port pair measurements"},
+    {0x50, "chip loads"},
+    {0xF0, "write chip register"},
+    {0xF1, "read chip register"},
+};
+
+constexpr CommandName kPoeMiscCommands[] = {
+    {kPoeJumpToLoader, "jump to loader"},  {0x01, "save settings"},
+    {0x02, "clear saved settings"},        {0x05, "reset settings"},
+    {0x06, "initialise settings"},         {kPoeJumpToApp, "jump to application"},
+    {kPoeDownload, "block of bank 0"},     {kPoeDownload + 1, "block of bank 1"},
+    {kPoeDownload + 2, "block of bank 2"}, {kPoeDownload + 3, "block of bank 3"},
+};
+
+constexpr CommandName kPmbusCommands[] = {
+    {0x20, "VOUT_MODE"},          {0x88, "READ_VIN"},           {0x89, "READ_IIN"},
+    {0x8B, "READ_VOUT"},          {0x8C, "READ_IOUT"},          {0x8D, "READ_TEMPERATURE_1"},
+    {0x8E, "READ_TEMPERATURE_2"}, {0x8F, "READ_TEMPERATURE_3"}, {0x96, "READ_POUT"},
+    {0x97, "READ_PIN"},
+};
+
+std::string nameIn(std::span<const CommandName> names, uint32_t code) {
+    for (const CommandName &command : names) {
+        if (command.code == code)
+            return command.name;
+    }
+    return "unknown command";
+}
+
+std::string frameName(const TraceRecord &record) {
+    if (record.stored < 2)
+        return "";
+    return "PoE " + (record.data[0] == kPoeMisc ? nameIn(kPoeMiscCommands, record.data[1])
+                                                : nameIn(kPoeCommands, record.data[0]));
+}
+
+} // namespace
+
+std::string transferName(const TraceRecord &record) {
+    constexpr uint32_t kPoeBus = 16;
+    constexpr uint32_t kPoeDevice = 0x20;
+    constexpr uint32_t kPmbusDevice = 0x58;
+    constexpr uint32_t kFirstSupplyChannel = 2;
+    if (record.bus == kPoeBus && record.devAddr == kPoeDevice)
+        return frameName(record);
+    if (record.bus == 0 && record.devAddr == kPmbusDevice && record.channel >= kFirstSupplyChannel)
+        return "supply " + std::to_string(record.channel - kFirstSupplyChannel + 1) + " " +
+               nameIn(kPmbusCommands, record.offset);
+    return "";
+}
+
+} // namespace vb
