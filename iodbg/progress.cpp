@@ -4,9 +4,11 @@
 #include "iodbg/report.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <exception>
 #include <unistd.h>
+#include <utility>
 
 namespace iodbg {
 
@@ -22,10 +24,10 @@ std::string durationText(uint32_t seconds) {
     return seconds < 60 ? rest : std::to_string(seconds / 60) + " min " + rest;
 }
 
-Progress::Progress(Console &console, const std::string &task, const std::vector<WorkStep> &steps,
+Progress::Progress(Console &console, std::string task, const std::vector<WorkStep> &steps,
                    Only only)
-    : console_(console), task_(task), steps_(steps), isTerminal_(isatty(STDERR_FILENO) == 1),
-      only_(only), printedStep_(steps.size()) {
+    : console_(console), task_(std::move(task)), steps_(steps),
+      isTerminal_(isatty(STDERR_FILENO) == 1), only_(only), printedStep_(steps.size()) {
     for (const WorkStep &step : steps_)
         totalMs_ += step.leastMs;
 }
@@ -46,7 +48,7 @@ Progress::Position Progress::positionOf(size_t step, uint32_t msIntoStep) const 
     // What has been done took its time; the rest will take as much for each of its milliseconds.
     const double secondsPerMs = doneMs == 0 ? 0.001 : secondsElapsed() / doneMs;
     return {step, static_cast<uint32_t>(uint64_t{doneMs} * 100 / totalMs_),
-            static_cast<uint32_t>((totalMs_ - doneMs) * secondsPerMs + 0.5)};
+            static_cast<uint32_t>(std::lround((totalMs_ - doneMs) * secondsPerMs))};
 }
 
 void Progress::reach(size_t step, uint32_t msIntoStep) noexcept {

@@ -21,7 +21,7 @@ class Progress {
   public:
     enum class Only { Everywhere, OnTerminals };
 
-    Progress(Console &console, const std::string &task, const std::vector<WorkStep> &steps,
+    Progress(Console &console, std::string task, const std::vector<WorkStep> &steps,
              Only only = Only::Everywhere);
     Progress(const Progress &) = delete;
     Progress &operator=(const Progress &) = delete;

@@ -30,6 +30,7 @@ Table portsTable() {
 
 void addPorts(Report &report, Console &console, const std::vector<uint32_t> &ports) {
     std::vector<WorkStep> steps;
+    steps.reserve(ports.size());
     for (const uint32_t port : ports)
         steps.push_back({"port " + std::to_string(port), kPortMs});
     Progress progress(console, "poe status", steps, Progress::Only::OnTerminals);

@@ -21,8 +21,8 @@ bool hasOutput(const PmbusSupply &supply) {
 
 /** The word of a reading; false for commands that are none. */
 bool reading(const PmbusSupply &supply, uint8_t command, uint16_t *word) {
-    const uint32_t in = hasInput(supply) ? 1 : 0;
-    const uint32_t out = hasOutput(supply) ? 1 : 0;
+    const int64_t in = hasInput(supply) ? 1 : 0;
+    const int64_t out = hasOutput(supply) ? 1 : 0;
     switch (command) {
     case 0x88:
         *word = toLinear11(in * supply.inputMv);
@@ -31,7 +31,7 @@ bool reading(const PmbusSupply &supply, uint8_t command, uint16_t *word) {
         *word = toLinear11(in * supply.inputMa);
         return true;
     case 0x8B:
-        *word = toLinear16(out * supply.outputMv);
+        *word = toLinear16(hasOutput(supply) ? supply.outputMv : 0);
         return true;
     case 0x8C:
         *word = toLinear11(out * supply.outputMa);

@@ -13,7 +13,7 @@ constexpr uint32_t kAmbient = 35;         // degrees Celsius
 /** A number from -2 to 2. */
 int ripple(uint32_t port, uint64_t nowNs) {
     constexpr uint64_t kSlotNs = 100 * kPoeMs;
-    return static_cast<int>((port * 7 + nowNs / kSlotNs * 3) % 5) - 2;
+    return static_cast<int>((uint64_t{port} * 7 + nowNs / kSlotNs * 3) % 5) - 2;
 }
 
 /** A device that delivers much is warm. */

@@ -233,15 +233,15 @@ void poeSetDevice(PoeController &poe, uint32_t port, const PoweredDevice &device
 void poeRefreshPort(PoeController &poe, uint32_t port, uint64_t nowNs) {
     PoePort &state = poe.port[port];
     const PoeGoal goal = ownGoal(poe.settings.port[port]);
+    const bool isShortOfGoal =
+        !poeIsPowered(state) && state.phase != PoePhase::Denied && state.goal < goal;
     if (!isInService(poe, port))
         switchOff(state);
-    else if (state.phase == PoePhase::Disabled)
-        search(state, goal, nowNs);
     else if (state.phase == PoePhase::Held && goal == PoeGoal::Power)
         poeRequestPower(poe, port, nowNs);
     else if (state.phase == PoePhase::Delivering)
         watch(poe, port, nowNs);
-    else if (!poeIsPowered(state) && state.phase != PoePhase::Denied && state.goal < goal)
+    else if (state.phase == PoePhase::Disabled || isShortOfGoal)
         search(state, goal, nowNs);
     poeBalance(poe, nowNs);
 }
