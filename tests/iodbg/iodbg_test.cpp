@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 namespace {
 
@@ -16,6 +17,11 @@ Json parsed(const std::string &text, const std::string &pointer) {
 }
 
 } // namespace
+
+Words wordsOf(const std::string &line) {
+    std::istringstream stream(line);
+    return {std::istream_iterator<std::string>(stream), {}};
+}
 
 FileSizeLimit::FileSizeLimit(rlim_t bytes) {
     getrlimit(RLIMIT_FSIZE, &before_);

@@ -11,6 +11,9 @@
 
 using Words = std::vector<std::string>;
 
+/** The words of a line: wordsOf("poe port 3"). */
+Words wordsOf(const std::string &line);
+
 /** What can be compared of a whole board: device memory, and its files with their content. */
 struct BoardContent {
     std::string devices;

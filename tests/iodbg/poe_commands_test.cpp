@@ -454,33 +454,30 @@ TEST_F(PoeCommandsTest, PassesDebugWordsOn) {
 
 TEST_F(PoeCommandsTest, RefusesWordsThatAreNotRight) {
     initialise();
-    const struct {
-        Words words;
-        const char *text;
-    } cases[] = {
-        {{"poe"}, "A subcommand is required; see 'iodbg poe --help'"},
-        {{"poe", "port", "0"}, "'0' is not a number from 1 to 48"},
-        {{"poe", "port", "25"}, "there is no PoE port 25; this board has ports 1 to 24"},
-        {{"poe", "status", "20-25"}, "there is no PoE port 25"},
-        {{"poe", "on", "1-"}, "'' is not a number from 1 to 48"},
-        {{"poe", "on", "5-2"}, "'5-2' is no range of ports; give one as 1-8"},
-        {{"poe", "on", "1-2-3"}, "'1-2-3' is no range of ports"},
-        {{"poe", "on", "49"}, "'49' is not a number from 1 to 48"},
-        {{"poe", "on", "x"}, "'x' is not a number from 1 to 48"},
-        {{"poe", "on"}, "PORTS is required"},
-        {{"poe", "set", "mode", "1", "fast"}, "'fast' is none of auto|semi|manual|disabled"},
-        {{"poe", "set", "priority", "1", "0"}, "'0' is not a number from 1 to 3"},
-        {{"poe", "set", "priority", "1", "4"}, "'4' is not a number from 1 to 3"},
-        {{"poe", "set", "limit", "1", "102001"}, "'102001' is not a number from 0 to 102000"},
-        {{"poe", "set", "limit-type", "1", "3"}, "'3' is not a number from 1 to 2"},
-        {{"poe", "set", "legacy", "1", "1"}, "'1' is none of on|off"},
-        {{"poe", "set", "inrush", "1", "9"}, "'9' is not a number from 0 to 8"},
-        {{"poe", "set", "budget", "6553501"}, "'6553501' is not a number from 0 to 6553500"},
-        {{"poe", "set", "colour", "1", "2"}, "'colour' is not known here"},
-        {{"poe", "upgrade"}, "FILE is required"},
+    const std::pair<const char *, const char *> cases[] = {
+        {"poe", "A subcommand is required; see 'iodbg poe --help'"},
+        {"poe port 0", "'0' is not a number from 1 to 48"},
+        {"poe port 25", "there is no PoE port 25; this board has ports 1 to 24"},
+        {"poe status 20-25", "there is no PoE port 25"},
+        {"poe on 1-", "'' is not a number from 1 to 48"},
+        {"poe on 5-2", "'5-2' is no range of ports; give one as 1-8"},
+        {"poe on 1-2-3", "'1-2-3' is no range of ports"},
+        {"poe on 49", "'49' is not a number from 1 to 48"},
+        {"poe on x", "'x' is not a number from 1 to 48"},
+        {"poe on", "PORTS is required"},
+        {"poe set mode 1 fast", "'fast' is none of auto|semi|manual|disabled"},
+        {"poe set priority 1 0", "'0' is not a number from 1 to 3"},
+        {"poe set priority 1 4", "'4' is not a number from 1 to 3"},
+        {"poe set limit 1 102001", "'102001' is not a number from 0 to 102000"},
+        {"poe set limit-type 1 3", "'3' is not a number from 1 to 2"},
+        {"poe set legacy 1 1", "'1' is none of on|off"},
+        {"poe set inrush 1 9", "'9' is not a number from 0 to 8"},
+        {"poe set budget 6553501", "'6553501' is not a number from 0 to 6553500"},
+        {"poe set colour 1 2", "'colour' is not known here"},
+        {"poe upgrade", "FILE is required"},
     };
-    for (const auto &[words, text] : cases)
-        expectRefusal(words, 2, text);
+    for (const auto &[line, text] : cases)
+        expectRefusal(wordsOf(line), 2, text);
 }
 
 } // namespace

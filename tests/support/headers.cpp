@@ -1,0 +1,3 @@
+// The program that the tests' precompiled headers are made with. It does nothing.
+
+int main() {}
