@@ -36,6 +36,7 @@ TEST(FaultText, EveryRuleComesBackInTheSameWords) {
         {"poe", "write", "", "1", "once", "wrong-echo"},
         {"poe", "write", "", "1", "once", "wrong-checksum"},
         {"poe", "write", "", "1", "once", "bad-port=47"},
+        {"poe", "write", "", "1", "once", "power-loss"},
         {"poe", "write", "", "1", "once", "no-effect"},
         {"poe", "reset", "", "1", "once", "no-answer"},
     };

@@ -139,6 +139,30 @@ TEST_F(PoeLibraryTest, AnInterruptedUpgradeIsMadeGoodByTheNext) {
     ASSERT_EQ(bspPoeDeviceInit(), BSP_OK);
 }
 
+TEST_F(PoeLibraryTest, ALossOfPowerInADownloadLeavesTheLoader) {
+    addFault(vb::parseFault({"poe", "write", "0xC0", "800", "once", "power-loss"}));
+    const std::string path = image(51200);
+    printedBy([&] { EXPECT_EQ(upgrade(path), BSP_E_POE_WRITE); });
+    uint32_t appStatus = 0;
+    EXPECT_EQ(bspPoeAppStatusGet(&appStatus), BSP_OK);
+    EXPECT_EQ(appStatus, 2u);
+    EXPECT_EQ(poe().mode, vb::PoeMode::Loader);
+    EXPECT_FALSE(vb::poeIsWhole(poe().image));
+    printedBy([&] { EXPECT_EQ(upgrade(path), BSP_OK); });
+    EXPECT_EQ(version(), "V1.2.3.4");
+}
+
+TEST_F(PoeLibraryTest, ALossOfPowerForgetsTheSettings) {
+    ASSERT_EQ(bspPoeDeviceInit(), BSP_OK);
+    addFault(vb::parseFault({"poe", "write", "0x41", "1", "once", "power-loss"}));
+    uint32_t power = 0;
+    printedBy([&] { EXPECT_EQ(bspPoeGlobalPowerGet(&power), BSP_E_POE_WRITE); });
+    sleepMs(1000);
+    uint32_t isInitialised = 7;
+    EXPECT_EQ(bspPoeInitStatusGet(&isInitialised), BSP_OK);
+    EXPECT_EQ(isInitialised, 0u);
+}
+
 TEST_F(PoeLibraryTest, ALateAnswerIsWaitedForAndATooLateOneIsNot) {
     uint32_t power = 0;
     addFault(vb::parseFault({"poe", "write", "", "1", "from", "late-answer=5"}));

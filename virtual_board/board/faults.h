@@ -30,6 +30,7 @@ enum class FaultEffect : uint8_t {
     WrongEcho,     // the answer belongs to another frame
     WrongChecksum, // the answer's checksum is not its own
     BadPort,       // what concerns port `argument` fails
+    PowerLoss,     // its power fails for a moment: it starts anew
     NoEffect,      // the answer tells of success, and nothing has changed
 };
 

@@ -16,6 +16,7 @@ PoeFrameFault faultOfFrame(Board &board, uint8_t command) {
     fault.isIgnored = rule->effect == FaultEffect::NoAnswer;
     fault.hasWrongEcho = rule->effect == FaultEffect::WrongEcho;
     fault.hasWrongChecksum = rule->effect == FaultEffect::WrongChecksum;
+    fault.hasPowerLoss = rule->effect == FaultEffect::PowerLoss;
     fault.hasNoEffect = rule->effect == FaultEffect::NoEffect;
     if (rule->effect == FaultEffect::LateAnswer)
         fault.latePolls = static_cast<uint8_t>(rule->argument - 1);

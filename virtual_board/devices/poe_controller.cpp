@@ -147,6 +147,10 @@ bool poeWrite(PoeController &poe, const uint8_t *data, uint32_t length, const Po
               uint64_t nowNs) {
     if (poe.mode == PoeMode::Reset || nowNs < poe.runsFromNs)
         return false;
+    if (fault.hasPowerLoss) {
+        poeStart(poe, nowNs);
+        return false;
+    }
     poeAdvance(poe, nowNs);
     poe.replyLength = 0;
     poe.latePolls = 0;

@@ -47,6 +47,7 @@ struct PoeFrameFault {
     bool isIgnored = false;
     bool hasWrongEcho = false;
     bool hasWrongChecksum = false;
+    bool hasPowerLoss = false;
     bool hasNoEffect = false; // answered as if it had worked
     uint8_t latePolls = 0;
     uint32_t badPort = kPoePorts; // a port whose settings fail; kPoePorts: none

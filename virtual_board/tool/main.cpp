@@ -172,7 +172,7 @@ void addFaultAdd(CLI::App &fault, Arguments &arguments, Command &todo) {
         .add_option("--effect", words.effect,
                     "refuse=RESULT, open-fails=ERRNO, ioctl-fails=ERRNO, short=BYTES, "
                     "corrupt=INDEX:MASK, no-answer; poe: late-answer=READ, wrong-echo, "
-                    "wrong-checksum, bad-port=PORT (from 0), no-effect")
+                    "wrong-checksum, bad-port=PORT (from 0), power-loss, no-effect")
         ->required();
     command.callback([&] { todo = [&] { vboard::addFault(arguments.folder, arguments.fault); }; });
 }

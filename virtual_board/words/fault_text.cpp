@@ -44,6 +44,7 @@ constexpr Word<FaultEffect> kEffects[] = {{"refuse", FaultEffect::Refuse},
                                           {"wrong-echo", FaultEffect::WrongEcho},
                                           {"wrong-checksum", FaultEffect::WrongChecksum},
                                           {"bad-port", FaultEffect::BadPort},
+                                          {"power-loss", FaultEffect::PowerLoss},
                                           {"no-effect", FaultEffect::NoEffect}};
 
 /** The value of a word of a list; what says what the list is of. */
@@ -202,6 +203,7 @@ void parseEffect(FaultRule &rule, const std::string &text) {
     case FaultEffect::NoAnswer:
     case FaultEffect::WrongEcho:
     case FaultEffect::WrongChecksum:
+    case FaultEffect::PowerLoss:
     case FaultEffect::NoEffect:
         if (equals != std::string::npos)
             throw Refused(name + " takes no value; leave out '=" + argument + "'");
@@ -220,6 +222,7 @@ std::string effectText(const FaultRule &rule) {
     case FaultEffect::NoAnswer:
     case FaultEffect::WrongEcho:
     case FaultEffect::WrongChecksum:
+    case FaultEffect::PowerLoss:
     case FaultEffect::NoEffect:
         return name;
     default:
@@ -256,7 +259,7 @@ void checkFileRule(const FaultRule &rule) {
 bool isPoeEffect(FaultEffect effect) {
     return effect == FaultEffect::LateAnswer || effect == FaultEffect::WrongEcho ||
            effect == FaultEffect::WrongChecksum || effect == FaultEffect::BadPort ||
-           effect == FaultEffect::NoEffect;
+           effect == FaultEffect::PowerLoss || effect == FaultEffect::NoEffect;
 }
 
 void checkPoeRule(const FaultRule &rule) {
@@ -264,9 +267,10 @@ void checkPoeRule(const FaultRule &rule) {
         throw Refused("the PoE controller is given frames and released from reset; give --op write "
                       "or --op reset");
     if (!isPoeEffect(rule.effect) && rule.effect != FaultEffect::NoAnswer)
-        throw Refused("the PoE controller cannot have the effect " + effectText(rule) +
-                      "; it can have no-answer, late-answer, wrong-echo, wrong-checksum, "
-                      "bad-port and no-effect; for its bus give --device i2c:16.0.0x20");
+        throw Refused(
+            "the PoE controller cannot have the effect " + effectText(rule) +
+            "; it can have no-answer, late-answer, wrong-echo, wrong-checksum, "
+            "bad-port, power-loss and no-effect; for its bus give --device i2c:16.0.0x20");
     if (rule.op == FaultOp::Reset && (rule.hasOffset != 0 || isPoeEffect(rule.effect)))
         throw Refused("out of reset there is no frame: give --effect no-answer without --offset");
 }
