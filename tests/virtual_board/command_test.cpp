@@ -194,7 +194,7 @@ TEST_F(CommandTest, TraceTellsWhatWasOverwritten) {
         vb::FolderError error = {};
         ASSERT_TRUE(folder.open(board().c_str(), error)) << error.text;
         for (uint32_t i = 0; i < vb::kTraceCapacity + 5; ++i)
-            vb::traceNext(folder.board()->trace) = vb::TraceRecord{};
+            vb::traceNext(folder.board()->trace, vb::TraceKind::CpldRead, {});
     }
     const ProcessResult all = answer({"trace", board()});
     EXPECT_EQ(all.err, "vboard: 5 older requests were overwritten\n");
