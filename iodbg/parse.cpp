@@ -36,6 +36,12 @@ bool readHexByte(std::string_view digits, uint8_t &byte) {
     return digits.size() == 2 && readDigits(digits, 16, byte);
 }
 
+Parser numberIn(uint32_t &target, uint32_t lowest, uint32_t highest) {
+    return [&target, lowest, highest](const std::string &word) {
+        target = static_cast<uint32_t>(parseNumber(word, lowest, highest));
+    };
+}
+
 } // namespace
 
 int64_t parseNumber(const std::string &word, int64_t lowest, int64_t highest) {
@@ -79,9 +85,11 @@ Mac parseMac(const std::string &word) {
 }
 
 Parser number(uint32_t &target, uint32_t highest) {
-    return [&target, highest](const std::string &word) {
-        target = static_cast<uint32_t>(parseNumber(word, 0, highest));
-    };
+    return numberIn(target, 0, highest);
+}
+
+Parser numberFromOne(uint32_t &target, uint32_t highest) {
+    return numberIn(target, 1, highest);
 }
 
 Parser text(std::string &target) {

@@ -25,6 +25,8 @@ Mac parseMac(const std::string &word);
 
 /** Stores a number from 0 to highest. */
 Parser number(uint32_t &target, uint32_t highest = UINT32_MAX);
+/** Stores a number that is at least 1: of a port, a supply. */
+Parser numberFromOne(uint32_t &target, uint32_t highest = UINT32_MAX);
 Parser text(std::string &target);
 /** Stores the name of a file. */
 Parser fileName(std::string &target);

@@ -1,0 +1,31 @@
+#include "iodbg/confirm.h"
+
+#include "iodbg/failure.h"
+
+#include <array>
+#include <cstdio>
+
+namespace iodbg {
+
+namespace {
+
+bool isYes(const std::string &line) {
+    const std::string word = line.substr(0, line.find('\n'));
+    return word == "y" || word == "Y" || word == "yes";
+}
+
+} // namespace
+
+void confirm(const std::string &question) {
+    std::fprintf(stderr, "%s [y/N] ", question.c_str());
+    std::array<char, 16> line{}; // more than any yes needs
+    const bool isAnswered = std::fgets(line.data(), line.size(), stdin) != nullptr;
+    if (!isAnswered)
+        std::fputc('\n', stderr); // the one that an answer would have brought
+    if (!isAnswered)
+        throw Failure::usage("nobody answered, nothing was done; say --yes where nobody can");
+    if (!isYes(line.data()))
+        throw Failure::usage("not confirmed, nothing was done");
+}
+
+} // namespace iodbg
