@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdio>
+#include <unistd.h>
 
 namespace iodbg {
 
@@ -20,8 +21,8 @@ void confirm(const std::string &question) {
     std::fprintf(stderr, "%s [y/N] ", question.c_str());
     std::array<char, 16> line{}; // more than any yes needs
     const bool isAnswered = std::fgets(line.data(), line.size(), stdin) != nullptr;
-    if (!isAnswered)
-        std::fputc('\n', stderr); // the one that an answer would have brought
+    if (!isAnswered || isatty(STDIN_FILENO) == 0)
+        std::fputc('\n', stderr); // the one that a terminal shows behind an answer
     if (!isAnswered)
         throw Failure::usage("nobody answered, nothing was done; say --yes where nobody can");
     if (!isYes(line.data()))

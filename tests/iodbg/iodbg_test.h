@@ -22,7 +22,9 @@ struct BoardContent {
 class IodbgTest : public VirtualBoardTest {
   protected:
     /** Runs iodbg on the board. */
-    ProcessResult iodbg(const Words &arguments) const;
+    ProcessResult iodbg(const Words &arguments, const std::string &input = "") const;
+    /** Starts it there. */
+    Process start(const Words &arguments) const;
 
     /** Runs it with --json; the answer must parse and the exit code must be this one. */
     std::string json(const Words &arguments, int exitCode = 0) const;
@@ -52,7 +54,12 @@ class IodbgTest : public VirtualBoardTest {
         return devices().supply[supply - 1].eeprom.bytes + 176;
     }
 
+    /** The same rule for one register, line or command alone. */
+    static vb::FaultRule at(vb::FaultRule rule, uint32_t offset);
+
   private:
+    const Environment &environment() const;
+
     TemporaryFolder files_;
     mutable Environment environment_; // asked for once
 };
