@@ -30,7 +30,7 @@ using PtpCommandsTest = ControlTest;
 
 TEST_F(LedCommandsTest, ShowsTheLampsForPeople) {
     reg(7) = 0x8293; // system 1, lamp 4, indexed 2, 4 and 10
-    reg(13) = 0x0006;
+    reg(13) = 0x000C;
     reg(15) = 0xFFFF;
     const std::string text = "Front panel\n"
                              "  CPLD register 7   0x8293\n"
@@ -41,10 +41,10 @@ TEST_F(LedCommandsTest, ShowsTheLampsForPeople) {
                              "\n"
                              "PoE ports\n"
                              "  Number of ports   48\n"
-                             "  CPLD register 13  0x0006\n"
+                             "  CPLD register 13  0x000C\n"
                              "  CPLD register 14  0x0000\n"
                              "  CPLD register 15  0xFFFF\n"
-                             "  Port LEDs on      1, 4-32\n";
+                             "  Port LEDs on      1-2, 5-32\n";
     EXPECT_EQ(iodbg({"led"}).out, text);
     const ProcessResult result = iodbg({"led", "get"});
     EXPECT_EQ(result.out, text);
