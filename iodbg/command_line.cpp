@@ -63,6 +63,11 @@ Command Command::command(const std::string &name, const std::string &help) const
     return {*app_.add_subcommand(name, help), chosen_};
 }
 
+const Command &Command::alias(const std::string &name) const {
+    app_.alias(name);
+    return *this;
+}
+
 const Command &Command::argument(const std::string &name, const std::string &help,
                                  const Parser &parser) const {
     addOption(app_, name, help, parser)->required()->type_name("");
@@ -99,7 +104,10 @@ const Command &Command::flag(const std::string &name, const std::string &help, b
 }
 
 void Command::does(const Action &action) const {
-    app_.callback([this_ = &chosen_, action] { *this_ = action; });
+    app_.callback([&app = app_, &chosen = chosen_, action] {
+        if (app.get_subcommands().empty()) // else one of its own commands has been chosen
+            chosen = action;
+    });
 }
 
 CommandLine::CommandLine(const std::string &description, const std::string &footer,

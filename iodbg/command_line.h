@@ -24,7 +24,10 @@ class Command {
   public:
     /** Adds a group, which is nothing without one of its commands. */
     Command group(const std::string &name, const std::string &help) const;
+    /** Adds a command, which may have commands of its own. */
     Command command(const std::string &name, const std::string &help) const;
+    /** Another name of this command. */
+    const Command &alias(const std::string &name) const;
 
     /** Words by their position. */
     const Command &argument(const std::string &name, const std::string &help,

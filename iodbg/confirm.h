@@ -1,11 +1,16 @@
 #pragma once
-// Asking the user before something that cannot be taken back.
+// Questions before what cannot be undone.
 
 #include <string>
 
 namespace iodbg {
 
-/** Asks on standard error and reads the answer from standard input; throws unless it is yes. */
-void requireConsent(const std::string &question);
+constexpr char kYesHelp[] = "Do not ask";
+
+/**
+ * Asks a question on standard error and takes a line from standard input. Returns on "y" and "yes";
+ * every other answer, and nobody there to give one, refuses the command before it begins.
+ */
+void confirm(const std::string &question);
 
 } // namespace iodbg

@@ -1,6 +1,7 @@
 #include "iodbg/console.h"
 
 #include "iodbg/failure.h"
+#include "iodbg/host_file.h"
 
 #include <csignal>
 #include <cstdio>
@@ -53,7 +54,7 @@ ExitCode Console::print(const Report &report, const std::string &text) const {
 }
 
 void Console::printText(const std::string &text) const {
-    if (!out_.writeAll({reinterpret_cast<const uint8_t *>(text.data()), text.size()}))
+    if (!writeAll(out_.get(), {reinterpret_cast<const uint8_t *>(text.data()), text.size()}))
         throw Failure::file("write to standard output", "lead it where there is space");
 }
 

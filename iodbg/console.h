@@ -2,9 +2,9 @@
 // Where answers go. Standard output carries nothing else, so that it can be piped: the library
 // prints its diagnostics there too, and these are led to standard error.
 
-#include "iodbg/descriptor.h"
 #include "iodbg/exit_code.h"
 #include "iodbg/report.h"
+#include "support/owned.h"
 
 #include <string>
 
@@ -50,7 +50,7 @@ class Console {
         ~LibraryOutput();
     };
 
-    Descriptor out_;
+    bsp::Descriptor out_;
     bool isJson_ = false;
     bool isLongWork_ = false;
 };

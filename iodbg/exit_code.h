@@ -7,17 +7,18 @@ namespace iodbg {
 enum class ExitCode {
     Ok = 0,       // done
     Board = 1,    // the board or the library answered a failure
-    Usage = 2,    // wrong usage; nothing was sent to the board
+    Usage = 2,    // wrong usage, or not confirmed; nothing was sent to the board
     ReadBack = 3, // written, but what reads back differs
     Host = 4,     // a problem on this host: a file, standard output, memory
 };
 
 /** The same for people, one line for each code. */
-constexpr char kExitCodeHelp[] = "Exit codes:\n"
-                                 "  0  done\n"
-                                 "  1  the board or the library answered a failure\n"
-                                 "  2  wrong usage; nothing was sent to the board\n"
-                                 "  3  written, but what reads back differs\n"
-                                 "  4  a problem on this host: a file, standard output, memory\n";
+constexpr char kExitCodeHelp[] =
+    "Exit codes:\n"
+    "  0  done\n"
+    "  1  the board or the library answered a failure\n"
+    "  2  wrong usage, or not confirmed; nothing was sent to the board\n"
+    "  3  written, but what reads back differs\n"
+    "  4  a problem on this host: a file, standard output, memory\n";
 
 } // namespace iodbg

@@ -65,6 +65,12 @@ std::string fieldText(ByteView field) {
     return text;
 }
 
+std::string thousandths(int64_t value) {
+    const int64_t magnitude = value < 0 ? -value : value;
+    const std::string fraction = std::to_string(1000 + magnitude % 1000).substr(1);
+    return (value < 0 ? "-" : "") + std::to_string(magnitude / 1000) + "." + fraction;
+}
+
 std::string hexDump(uint32_t offset, ByteView bytes) {
     std::string text;
     for (size_t done = 0; done < bytes.size(); done += kDumpWidth) {

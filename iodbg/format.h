@@ -21,6 +21,9 @@ std::string macText(ByteView mac);
 /** The text in a zero-padded field. Bytes that are not printable ASCII appear as \xNN. */
 std::string fieldText(ByteView field);
 
+/** "54.000" of 54000 */
+std::string thousandths(int64_t value);
+
 /** Lines of 16 bytes with offset, hexadecimal and ASCII columns. */
 std::string hexDump(uint32_t offset, ByteView bytes);
 

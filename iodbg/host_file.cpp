@@ -1,7 +1,7 @@
 #include "iodbg/host_file.h"
 
-#include "iodbg/descriptor.h"
 #include "iodbg/failure.h"
+#include "support/owned.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -27,7 +27,7 @@ class TemporaryFile {
     }
 
     bool write(ByteView content) {
-        return file_.isOpen() && file_.writeAll(content) && makeReadable() &&
+        return file_.isOpen() && writeAll(file_.get(), content) && makeReadable() &&
                fsync(file_.get()) == 0;
     }
 
@@ -46,7 +46,7 @@ class TemporaryFile {
 
     std::string finalPath_;
     std::string path_;
-    Descriptor file_;
+    bsp::Descriptor file_;
     bool isFinal_ = false;
 };
 
@@ -59,7 +59,7 @@ bool isReplaceable(const std::string &path) {
 } // namespace
 
 Bytes readHostFile(const std::string &path, size_t maxSize) {
-    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    const bsp::Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (!file.isOpen())
         throw Failure::file("open " + path, "give a file that can be read");
     // One byte more than fits tells a file that is too long.
@@ -76,6 +76,16 @@ Bytes readHostFile(const std::string &path, size_t maxSize) {
                                           " bytes; give the right file");
     content.resize(size);
     return content;
+}
+
+bool writeAll(int file, ByteView bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = write(file, bytes.data(), bytes.size());
+        if (count < 0)
+            return false;
+        bytes = bytes.subspan(static_cast<size_t>(count));
+    }
+    return true;
 }
 
 void writeHostFile(const std::string &path, ByteView content) {

@@ -14,8 +14,8 @@ namespace {
 using namespace iodbg;
 
 ExitCode runCommand(Console &console, int argc, const char *const *argv) {
-    CommandLine line("Reads and changes what is on the board: identity, EEPROMs, CPLD registers, "
-                     "I2C devices, GPIO lines, PoE.",
+    CommandLine line("Reads and changes what is on the board: identity, EEPROMs, power supplies, "
+                     "LEDs, watchdog, PoE, CPLD registers, I2C devices, GPIO lines.",
                      kExitCodeHelp, "iodbg " IODBG_VERSION);
     line.root().flag("--json", "Answer in JSON", console.isJson());
     addCommands(line.root());

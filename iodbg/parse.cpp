@@ -82,6 +82,10 @@ Parser number(uint32_t &target, uint32_t highest) {
     return numberWithin(target, 0, highest);
 }
 
+Parser numberFromOne(uint32_t &target, uint32_t highest) {
+    return numberWithin(target, 1, highest);
+}
+
 Parser numberWithin(uint32_t &target, uint32_t lowest, uint32_t highest) {
     return [&target, lowest, highest](const std::string &word) {
         target = static_cast<uint32_t>(parseNumber(word, lowest, highest));

@@ -26,6 +26,8 @@ Mac parseMac(const std::string &word);
 
 /** Stores a number from 0 to highest. */
 Parser number(uint32_t &target, uint32_t highest = UINT32_MAX);
+/** Stores a number that is at least 1: of a port, a supply. */
+Parser numberFromOne(uint32_t &target, uint32_t highest = UINT32_MAX);
 /** A number from lowest to highest. */
 Parser numberWithin(uint32_t &target, uint32_t lowest, uint32_t highest);
 /** One of some words, each of which stands for a number. */

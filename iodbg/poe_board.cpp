@@ -2,7 +2,7 @@
 
 #include "bsp.h"
 #include "iodbg/failure.h"
-#include "iodbg/format.h"
+#include "iodbg/model.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -12,25 +12,6 @@ namespace iodbg {
 namespace {
 
 constexpr uint32_t kMostPorts = 48;
-
-constexpr struct {
-    uint32_t devId;
-    uint32_t ports;
-} kPoeModels[] = {{0x0709, 48}, {0x0809, 24}, {0x8709, 24}, {0x8809, 48}};
-
-uint32_t portsOf(uint32_t devId) {
-    for (const auto &model : kPoeModels) {
-        if (model.devId == devId)
-            return model.ports;
-    }
-    return 0;
-}
-
-uint32_t deviceId() {
-    uint32_t devId = 0;
-    require(ioDevIdGet(&devId), "read the device id");
-    return devId;
-}
 
 std::vector<std::string> splitAt(const std::string &text, char separator) {
     std::vector<std::string> parts(1);
@@ -59,23 +40,18 @@ void addRange(std::vector<uint32_t> &ports, const std::string &word) {
 
 } // namespace
 
-uint32_t poePortCount() {
-    return portsOf(deviceId());
-}
-
 uint32_t requirePoe() {
-    const uint32_t devId = deviceId();
-    const uint32_t ports = portsOf(devId);
-    if (ports == 0)
-        throw Failure(ExitCode::Board, "this model (" + hexNumber(devId, 4) +
-                                           ") has no PoE; run this command on one that has");
+    Model model;
+    require(readModel(model), "read the device id");
+    if (model.poePorts == 0)
+        throw Failure(ExitCode::Board, "this model has no PoE; 'iodbg show' tells which it is");
     uint32_t isMissing = 1;
     require(bspPoeOnlineGet(&isMissing), "ask whether the PoE controller is there");
     if (isMissing != 0)
         throw Failure(ExitCode::Board,
                       "the PoE controller is missing (CPLD register 6, bit 14 is set); check that "
                       "its board is plugged and has power");
-    return ports;
+    return model.poePorts;
 }
 
 void requirePort(uint32_t port, uint32_t portCount) {

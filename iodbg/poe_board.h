@@ -9,10 +9,7 @@
 
 namespace iodbg {
 
-/** How many PoE ports this model has; 0 without PoE. */
-uint32_t poePortCount();
-
-/** The same; throws when there is no PoE controller that could be asked. */
+/** How many PoE ports this board has; throws when there is no PoE controller that could be asked. */
 uint32_t requirePoe();
 
 /** Throws for a port that a board with so many ports does not have. */

@@ -1,6 +1,7 @@
 #include "iodbg/poe_port.h"
 
 #include "bsp.h"
+#include "iodbg/format.h"
 #include "iodbg/poe_wire.h"
 
 #include <iterator>
@@ -113,10 +114,8 @@ Cell poeDeliveringCell(uint32_t disconnect) {
     return flagCell(disconnect == kIsDelivering, "on", "off");
 }
 
-Cell milliCell(uint32_t thousandths) {
-    const std::string rest = std::to_string(thousandths % 1000);
-    return {std::to_string(thousandths / 1000) + "." + std::string(3 - rest.size(), '0') + rest,
-            int64_t{thousandths}};
+Cell milliCell(uint32_t thousandthsOfUnit) {
+    return {thousandths(thousandthsOfUnit), int64_t{thousandthsOfUnit}};
 }
 
 const std::vector<PoePortItem> &poePortItems() {

@@ -21,7 +21,7 @@ Cell poeDetectionCell(uint32_t detection);
 Cell poeClassCell(uint32_t deviceClass);
 Cell poeDeliveringCell(uint32_t disconnect);
 /** "25.500" and 25500. */
-Cell milliCell(uint32_t thousandths);
+Cell milliCell(uint32_t thousandthsOfUnit);
 
 /** One column of the ports' table. */
 struct PoePortItem {

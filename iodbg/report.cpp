@@ -80,6 +80,18 @@ Cell flagCell(bool value, const std::string &ifTrue, const std::string &ifFalse)
     return {value ? ifTrue : ifFalse, value};
 }
 
+Cell listCell(const std::vector<int64_t> &numbers) {
+    std::string text;
+    for (size_t first = 0, last = 0; first < numbers.size(); first = ++last) {
+        while (last + 1 < numbers.size() && numbers[last + 1] == numbers[last] + 1)
+            ++last;
+        text += (text.empty() ? "" : ", ") + std::to_string(numbers[first]);
+        if (last > first)
+            text += "-" + std::to_string(numbers[last]);
+    }
+    return {text.empty() ? "none" : text, numbers};
+}
+
 Cell Report::tried(const std::string &item, int32_t status, const Cell &cell) {
     if (status == BSP_OK)
         return cell;

@@ -9,7 +9,7 @@
 namespace iodbg {
 
 /** A value as programs get it; null when there is none. */
-using Value = std::variant<std::nullptr_t, bool, int64_t, std::string>;
+using Value = std::variant<std::nullptr_t, bool, int64_t, std::string, std::vector<int64_t>>;
 
 /** A value as people read it, and as programs get it. */
 struct Cell {
@@ -23,6 +23,9 @@ Cell numberCell(int64_t value);
 Cell hexCell(uint32_t value, int digits);
 /** A yes or no, with the words for it. */
 Cell flagCell(bool value, const std::string &ifTrue, const std::string &ifFalse);
+
+/** Numbers in rising order, which people read as ranges: "1-16, 20". */
+Cell listCell(const std::vector<int64_t> &numbers);
 
 struct Field {
     std::string key;

@@ -8,6 +8,11 @@ namespace iodbg {
 void addShowCommand(const Command &root);
 void addIdentityCommands(const Command &root);
 void addEepromCommands(const Command &root);
+void addPowerCommand(const Command &root);
+void addLedCommands(const Command &root);
+void addWatchdogCommands(const Command &root);
+void addPtpCommands(const Command &root);
+void addRebootCommand(const Command &root);
 void addCpldCommands(const Command &root);
 void addI2cCommands(const Command &root);
 void addGpioCommands(const Command &root);
@@ -18,6 +23,11 @@ inline void addCommands(const Command &root) {
     addShowCommand(root);
     addIdentityCommands(root);
     addEepromCommands(root);
+    addPowerCommand(root);
+    addLedCommands(root);
+    addWatchdogCommands(root);
+    addPtpCommands(root);
+    addRebootCommand(root);
     addCpldCommands(root);
     addI2cCommands(root);
     addGpioCommands(root);

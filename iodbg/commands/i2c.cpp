@@ -96,9 +96,8 @@ void addI2cCommands(const Command &root) {
 
     const Command readCommand = i2c.command("read", "Read from a device");
     addTarget(readCommand, transfer->target);
-    readCommand.argument("LENGTH", "Bytes to read, 1-65535", [transfer](const std::string &word) {
-        transfer->length = static_cast<uint32_t>(parseNumber(word, 1, kMaxTransfer));
-    });
+    readCommand.argument("LENGTH", "Bytes to read, 1-65535",
+                         numberFromOne(transfer->length, kMaxTransfer));
     readCommand.does([transfer](Console &console) { return read(console, *transfer); });
 
     const Command writeCommand = i2c.command("write", "Write to a device, in one transfer");

@@ -152,7 +152,7 @@ ExitCode run(Console &console, const Arguments &arguments) {
         return console.print({{section}, {}});
 
     if (!arguments.isYes)
-        requireConsent(planText(image, version) + "Upgrade the firmware now?");
+        confirm(planText(image, version) + "Upgrade the firmware now?");
     if (const int32_t status = upgrade(console, image); status != BSP_OK)
         throw Failure::board("upgrade the PoE controller's firmware", status, hintFor(status));
     addResult(section);
@@ -169,7 +169,7 @@ void addPoeUpgradeCommand(const Command &poe) {
                      fileName(arguments->file));
     command.flag("--dry-run", "Check the file and show what would be replaced",
                  arguments->isDryRun);
-    command.flag("--yes", "Do not ask", arguments->isYes);
+    command.flag("--yes", kYesHelp, arguments->isYes);
     command.does([arguments](Console &console) { return run(console, *arguments); });
 }
 

@@ -4,6 +4,7 @@
 #include "iodbg/console.h"
 #include "iodbg/identity_items.h"
 #include "iodbg/record.h"
+#include "iodbg/supplies.h"
 
 namespace iodbg {
 
@@ -26,8 +27,7 @@ void addRecord(Report &report) {
     report.parts.emplace_back(section);
 }
 
-void addSupply(Report &report, const Carrier &supply) {
-    Section section = {supply.word(), "Supply " + std::to_string(supply.supply), {}};
+void addSupplyRecord(Report &report, Section &section, const Carrier &supply) {
     BspDevinfo record;
     const int32_t status = readRecord(supply, record);
     const bool hasNone = status == BSP_E_NOT_SUPPORTED;
@@ -38,19 +38,36 @@ void addSupply(Report &report, const Carrier &supply) {
                     report.tried(section.key, status, flagCell(true, "readable", "")));
     if (status == BSP_OK)
         addFields(section, supply, record);
-    report.parts.emplace_back(section);
+}
+
+void addSupplies(Report &report) {
+    Model model;
+    const int32_t status = readModel(model);
+    for (const uint32_t number : {1u, 2u}) {
+        const Carrier supply = {number};
+        Section section = {supply.word(), "Supply " + std::to_string(number), {}};
+        bool mayBePlugged = true;
+        if (status == BSP_OK)
+            mayBePlugged = addSupply(report, section, model, number, Readings::Main);
+        else
+            section.add("plugged", "Plugged", report.tried(section.key + ".plugged", status, {}));
+        if (mayBePlugged)
+            addSupplyRecord(report, section, supply);
+        else
+            section.add("has_record", "Record", {"not read", nullptr});
+        report.parts.emplace_back(section);
+    }
 }
 
 } // namespace
 
 void addShowCommand(const Command &root) {
-    root.command("show", "Show the board: versions, identity, product records")
+    root.command("show", "Show the board: versions, identity, product record, supplies")
         .does([](Console &console) {
             Report report;
             addBoard(report);
             addRecord(report);
-            for (const uint32_t supply : {1u, 2u})
-                addSupply(report, Carrier{supply});
+            addSupplies(report);
             return console.print(report);
         });
 }

@@ -16,6 +16,12 @@ Json parsed(const std::string &text, const std::string &pointer) {
     return Json::parse(text).at(Json::json_pointer(pointer));
 }
 
+Words commandLine(const Words &arguments) {
+    Words argv = {builtProgram("iodbg")};
+    argv.insert(argv.end(), arguments.begin(), arguments.end());
+    return argv;
+}
+
 } // namespace
 
 Words wordsOf(const std::string &line) {
@@ -52,24 +58,28 @@ std::string readFile(const std::string &path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+const Environment &IodbgTest::environment() const {
+    if (environment_.empty())
+        environment_ = boardEnvironment(boardFolder());
+    return environment_;
+}
+
 ProcessResult IodbgTest::iodbg(const Words &arguments, const std::string &input) const {
     return run(commandLine(arguments), environment(), input);
+}
+
+Process IodbgTest::start(const Words &arguments) const {
+    return Process(commandLine(arguments), environment());
 }
 
 std::string IodbgTest::iodbgOnTerminal(const Words &arguments) const {
     return runOnTerminal(commandLine(arguments), environment());
 }
 
-Words IodbgTest::commandLine(const Words &arguments) const {
-    Words argv = {builtProgram("iodbg")};
-    argv.insert(argv.end(), arguments.begin(), arguments.end());
-    return argv;
-}
-
-const Environment &IodbgTest::environment() const {
-    if (environment_.empty())
-        environment_ = boardEnvironment(boardFolder());
-    return environment_;
+vb::FaultRule IodbgTest::at(vb::FaultRule rule, uint32_t offset) {
+    rule.hasOffset = 1;
+    rule.offset = offset;
+    return rule;
 }
 
 std::string IodbgTest::json(const Words &arguments, int exitCode) const {
@@ -104,7 +114,14 @@ void IodbgTest::expectRefusal(const Words &arguments, int exitCode, const std::s
 
 BoardContent IodbgTest::content() const {
     BoardContent content;
-    content.devices.assign(reinterpret_cast<const char *>(&devices()), sizeof(devices()));
+    const auto *start = reinterpret_cast<const char *>(&devices());
+    content.devices.assign(start, sizeof(devices()));
+    // The supplies' models count how often they are read.
+    for (const vb::Supply &supply : devices().supply) {
+        const auto *reads = reinterpret_cast<const char *>(&supply.pmbus.reads);
+        content.devices.replace(static_cast<size_t>(reads - start), sizeof(supply.pmbus.reads),
+                                sizeof(supply.pmbus.reads), '\0');
+    }
     namespace fs = std::filesystem;
     for (const auto &entry : fs::recursive_directory_iterator(boardFolder() + "/root")) {
         // The library keeps the device id in this file, whoever asks for it first.

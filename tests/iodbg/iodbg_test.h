@@ -26,7 +26,8 @@ class IodbgTest : public VirtualBoardTest {
   protected:
     /** Runs iodbg on the board. */
     ProcessResult iodbg(const Words &arguments, const std::string &input = "") const;
-
+    /** Starts it there. */
+    Process start(const Words &arguments) const;
     /** Runs it on a terminal; what appears there. */
     std::string iodbgOnTerminal(const Words &arguments) const;
 
@@ -58,8 +59,10 @@ class IodbgTest : public VirtualBoardTest {
         return devices().supply[supply - 1].eeprom.bytes + 176;
     }
 
+    /** The same rule for one register, line or command alone. */
+    static vb::FaultRule at(vb::FaultRule rule, uint32_t offset);
+
   private:
-    Words commandLine(const Words &arguments) const;
     const Environment &environment() const;
 
     TemporaryFolder files_;

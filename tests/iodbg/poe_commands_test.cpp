@@ -179,7 +179,7 @@ TEST_F(PoeCommandsTest, AMissingControllerIsNamed) {
                                {"poe", "set", "mode", "1", "auto"}})
         expectRefusal(words, 1, "the PoE controller is missing (CPLD register 6, bit 14 is set)");
     useModel(0x0309);
-    expectRefusal({"poe", "status"}, 1, "this model (0x0309) has no PoE");
+    expectRefusal({"poe", "status"}, 1, "this model has no PoE");
 }
 
 TEST_F(PoeCommandsTest, SetsAndReadsBack) {

@@ -12,8 +12,9 @@ TEST_F(ProgramTest, HelpNamesCommandsAndExitCodes) {
     const ProcessResult result = iodbg({"--help"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
-    for (const char *text : {"show", "identity", "eeprom", "cpld", "i2c", "gpio", "status",
-                             "--json", "  3  written, but what reads back differs\n"})
+    for (const char *text :
+         {"show", "identity", "eeprom", "cpld", "i2c", "gpio", "status", "power", "led", "watchdog",
+          "ptp", "reboot", "--json", "  3  written, but what reads back differs\n"})
         EXPECT_NE(result.out.find(text), std::string::npos) << text;
     EXPECT_NE(iodbg({"cpld", "set", "--help"}).out.find("VALUE"), std::string::npos);
 }
@@ -113,6 +114,11 @@ TEST_F(ProgramTest, ReadingChangesNothing) {
           Words{"i2c", "read", "0", "0", "0x50", "0", "16"},
           Words{"gpio", "get", "0"},
           Words{"gpio", "get", "3"},
+          Words{"power"},
+          Words{"power", "2"},
+          Words{"led"},
+          Words{"led", "get"},
+          Words{"watchdog", "get"},
           Words{"status"},
           Words{"status", "1002"},
           Words{"--version"},

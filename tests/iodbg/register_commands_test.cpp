@@ -29,10 +29,7 @@ TEST_F(CpldCommandsTest, AFailedRegisterDoesNotHideTheOthers) {
 }
 
 TEST_F(CpldCommandsTest, ScansTheRegistersThatAnswer) {
-    vb::FaultRule rule = refuse(FaultDevice::Cpld, FaultOp::Read, -EINVAL);
-    rule.hasOffset = 1;
-    rule.offset = 7;
-    addFault(rule);
+    addFault(at(refuse(FaultDevice::Cpld, FaultOp::Read, -EINVAL), 7));
     const std::string answer = json({"cpld", "get"});
     EXPECT_EQ(jsonAt(answer, "/registers/6/register"), "6");
     EXPECT_EQ(jsonAt(answer, "/registers/7/register"), "8");

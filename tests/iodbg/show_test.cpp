@@ -1,6 +1,7 @@
 // iodbg show.
 
 #include "tests/iodbg/iodbg_test.h"
+#include "virtual_board/board/circuits.h"
 
 #include <cerrno>
 
@@ -32,6 +33,14 @@ TEST_F(ShowTest, PrintsTheBoardForPeople) {
                           "  CRC computed  0x2F346F7C\n"
                           "\n"
                           "Supply 1\n"
+                          "  Plugged         yes\n"
+                          "  Presence line   0 (active low)\n"
+                          "  Status          0\n"
+                          "  Type            1\n"
+                          "  Readings        taken over PMBus\n"
+                          "  Output voltage  54.000 V\n"
+                          "  Output power    102.625 W\n"
+                          "  Temperature 1   28 C\n"
                           "  Record          readable\n"
                           "  Product name    AC SUPPLY 54V\n"
                           "  Serial number   PSU0000001\n"
@@ -42,6 +51,14 @@ TEST_F(ShowTest, PrintsTheBoardForPeople) {
                               "  Product data 3  00000000\n"
                               "\n"
                               "Supply 2\n"
+                              "  Plugged         yes\n"
+                              "  Presence line   0 (active low)\n"
+                              "  Status          0\n"
+                              "  Type            1\n"
+                              "  Readings        taken over PMBus\n"
+                              "  Output voltage  54.000 V\n"
+                              "  Output power    102.625 W\n"
+                              "  Temperature 1   28 C\n"
                               "  Record          readable\n"
                               "  Product name    AC SUPPLY 54V\n"
                               "  Serial number   PSU0000002\n"
@@ -67,6 +84,13 @@ TEST_F(ShowTest, AnswersProgramsWithStableKeys) {
     EXPECT_EQ(jsonAt(answer, "/board/board_mac"), "\"02:00:5E:10:00:01\"");
     EXPECT_EQ(jsonAt(answer, "/record"), "{\"magic_ok\":true,\"crc_ok\":true,\"crc_stored\":"
                                          "791965564,\"crc_computed\":791965564}");
+    EXPECT_EQ(
+        jsonKeys(answer, "/supply2"),
+        (Words{"plugged", "presence_line", "status", "type", "has_readings", "output_voltage_mv",
+               "output_power_mw", "temperature1_c", "has_record", "product_name", "serial_number",
+               "product_data_1_hex", "product_data_2_hex", "product_data_3_hex"}));
+    EXPECT_EQ(jsonAt(answer, "/supply2/output_power_mw"), "102625");
+    EXPECT_EQ(jsonAt(answer, "/supply2/temperature1_c"), "28");
     EXPECT_EQ(jsonAt(answer, "/supply2/has_record"), "true");
     EXPECT_EQ(jsonAt(answer, "/supply2/serial_number"), "\"PSU0000002\"");
     EXPECT_EQ(jsonAt(answer, "/failures"), "[]");
@@ -76,21 +100,51 @@ TEST_F(ShowTest, SaysThatAModelHasNoSupplyRecords) {
     useModel(0x0309);
     const ProcessResult result = iodbg({"show"});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_NE(result.out.find("Supply 1\n  Record  none: not with this model\n"),
+    EXPECT_NE(result.out.find("Supply 1\n"
+                              "  Plugged        yes\n"
+                              "  Presence line  0 (active low)\n"
+                              "  Status         0\n"
+                              "  Type           1\n"
+                              "  Readings       none: not with this model\n"
+                              "  Record         none: not with this model\n"),
               std::string::npos);
-    EXPECT_EQ(jsonAt(json({"show"}), "/supply1"), "{\"has_record\":false}");
+    EXPECT_EQ(jsonAt(json({"show"}), "/supply1"),
+              "{\"plugged\":true,\"presence_line\":0,\"status\":0,\"type\":1,"
+              "\"has_readings\":false,\"has_record\":false}");
 }
 
-TEST_F(ShowTest, ShowsTheRestWhenTheSupplyIsUnplugged) {
+TEST_F(ShowTest, DoesNotAskAnUnpluggedSupply) {
     devices().supply[1].isPresent = 0;
-    const std::string answer = json({"show"}, 1);
+    vb::driveSupplyLines(board(), 1);
+    trace();
+    const std::string answer = json({"show"});
     EXPECT_EQ(jsonAt(answer, "/supply1/serial_number"), "\"PSU0000001\"");
-    EXPECT_EQ(jsonAt(answer, "/supply2"), "{\"has_record\":null}");
+    EXPECT_EQ(jsonAt(answer, "/supply2"),
+              "{\"plugged\":false,\"presence_line\":1,\"status\":1,\"has_record\":null}");
+    for (const std::string &line : requests())
+        EXPECT_EQ(line.find("bus 0 ch 3"), std::string::npos) << line;
+    EXPECT_NE(iodbg({"show"}).out.find("Supply 2\n"
+                                       "  Plugged        no: it is not asked further\n"
+                                       "  Presence line  1 (active low)\n"
+                                       "  Status         1\n"
+                                       "  Record         not read\n"),
+              std::string::npos);
+}
+
+TEST_F(ShowTest, ShowsTheRestWhenASupplyDoesNotAnswer) {
+    devices().supply[1].isPresent = 0; // but its presence line says otherwise
+    const std::string answer = json({"show"}, 1);
+    EXPECT_EQ(jsonAt(answer, "/supply1/output_voltage_mv"), "54000");
+    EXPECT_EQ(jsonAt(answer, "/supply2"),
+              "{\"plugged\":true,\"presence_line\":0,\"status\":0,\"type\":1,"
+              "\"has_readings\":null,\"has_record\":null}");
+    EXPECT_EQ(jsonKeys(answer, "/failures").size(), 2u);
     EXPECT_EQ(jsonKeys(answer, "/failures/0"),
               (Words{"item", "status", "status_name", "meaning", "next"}));
-    EXPECT_EQ(jsonAt(answer, "/failures/0/item"), "\"supply2\"");
-    EXPECT_EQ(jsonAt(answer, "/failures/0/status"), "-1");
-    EXPECT_EQ(jsonAt(answer, "/failures/0/status_name"), "\"BSP_E_FAILED\"");
+    EXPECT_EQ(jsonAt(answer, "/failures/0/item"), "\"supply2.has_readings\"");
+    EXPECT_EQ(jsonAt(answer, "/failures/1/item"), "\"supply2\"");
+    EXPECT_EQ(jsonAt(answer, "/failures/1/status"), "-1");
+    EXPECT_EQ(jsonAt(answer, "/failures/1/status_name"), "\"BSP_E_FAILED\"");
 }
 
 TEST_F(ShowTest, ShowsTheRestWhenTheCpldRefuses) {
@@ -114,6 +168,8 @@ TEST_F(ShowTest, ShowsTheRestWhenFilesCannotBeOpened) {
     EXPECT_EQ(jsonAt(answer, "/board/cpld_version"), "\"V1.2\"");
     EXPECT_EQ(jsonAt(answer, "/failures/0/status_name"), "\"BSP_E_OPEN\"");
     EXPECT_EQ(jsonAt(answer, "/failures/1/item"), "\"board.boot_loader_version\"");
+    EXPECT_EQ(jsonAt(answer, "/supply1"), "{\"plugged\":null,\"has_record\":null}");
+    EXPECT_EQ(jsonAt(answer, "/failures/2/item"), "\"supply1.plugged\"");
 }
 
 TEST_F(ShowTest, JudgesADamagedRecord) {

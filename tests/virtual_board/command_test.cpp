@@ -193,13 +193,16 @@ TEST_F(CommandTest, TraceTellsWhatWasOverwritten) {
         vb::BoardFolder folder;
         vb::FolderError error = {};
         ASSERT_TRUE(folder.open(board().c_str(), error)) << error.text;
-        for (uint32_t i = 0; i < vb::kTraceCapacity + 5; ++i)
-            vb::traceNext(folder.board()->trace) = vb::TraceRecord{};
+        for (int32_t i = 0; i < static_cast<int32_t>(vb::kTraceCapacity) + 5; ++i)
+            vb::traceNext(folder.board()->trace, vb::TraceKind::CpldRead, {i, 0});
     }
     const ProcessResult all = answer({"trace", board()});
     EXPECT_EQ(all.err, "vboard: 5 older requests were overwritten\n");
-    EXPECT_EQ(linesOf(all.out).size(), vb::kTraceCapacity);
-    EXPECT_EQ(answer({"trace", board(), "--last", "3"}).err, "");
+    const Words lines = linesOf(all.out);
+    EXPECT_EQ(lines.size(), vb::kTraceCapacity);
+    const ProcessResult last = answer({"trace", board(), "--last", "3"});
+    EXPECT_EQ(last.err, "");
+    EXPECT_EQ(linesOf(last.out), Words(lines.end() - 3, lines.end()));
 }
 
 TEST_F(CommandTest, TraceFollowsNewRequests) {

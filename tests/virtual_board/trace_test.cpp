@@ -29,11 +29,23 @@ TEST_F(TraceTest, TheOldestRequestsAreOverwritten) {
     vb::TraceRing &ring = board().trace;
     EXPECT_EQ(vb::traceOldest(ring), 0u);
     for (uint32_t i = 0; i < vb::kTraceCapacity + 3; ++i)
-        vb::traceNext(ring).offset = i;
+        vb::traceNext(ring, vb::TraceKind::CpldRead, {}).offset = i;
     EXPECT_EQ(ring.total, vb::kTraceCapacity + 3u);
     EXPECT_EQ(vb::traceOldest(ring), 3u);
     EXPECT_EQ(vb::traceAt(ring, 3).offset, 3u);
     EXPECT_EQ(vb::traceAt(ring, ring.total - 1).offset, vb::kTraceCapacity + 2);
+}
+
+TEST_F(TraceTest, ARecordKeepsNothingOfTheOneItOverwrites) {
+    vb::TraceRing &ring = board().trace;
+    for (uint32_t i = 0; i < vb::kTraceCapacity; ++i)
+        vb::traceNext(ring, vb::TraceKind::CpldRead, {1, 2}).value = 3;
+    vb::traceNext(ring, vb::TraceKind::Sleep, {4, 5});
+    const vb::TraceRecord &record = vb::traceAt(ring, ring.total - 1);
+    EXPECT_EQ(record.kind, vb::TraceKind::Sleep);
+    EXPECT_EQ(record.pid, 4);
+    EXPECT_EQ(record.timeNs, 5u);
+    EXPECT_EQ(record.value, 0u);
 }
 
 TEST_F(TraceTest, CpldRequestsAsJson) {

@@ -215,21 +215,16 @@ FaultSubject subjectOf(const RequestType &type, const BspIoctlRecord &record) {
             word(record, 1), word(record, 2)};
 }
 
-void describe(TraceRecord &trace, const Sender &sender, TraceKind kind, const FaultSubject &subject,
-              const BspIoctlRecord &record) {
-    trace = TraceRecord{};
-    trace.timeNs = sender.nowNs;
-    trace.pid = sender.pid;
-    trace.kind = kind;
+void describe(TraceRecord &trace, const FaultSubject &subject, const BspIoctlRecord &record) {
     trace.bus = static_cast<uint8_t>(subject.bus);
     trace.channel = static_cast<uint8_t>(subject.channel);
     trace.devAddr = static_cast<uint8_t>(subject.devAddr);
     trace.offset = subject.offset;
     if (subject.device == FaultDevice::I2c)
         trace.length = word(record, 5);
-    if (kind == TraceKind::CpldWrite)
+    if (trace.kind == TraceKind::CpldWrite)
         trace.value = word(record, 1);
-    if (kind == TraceKind::GpioOutput)
+    if (trace.kind == TraceKind::GpioOutput)
         trace.value = word(record, 1) != 0 ? 1 : 0;
 }
 
@@ -238,8 +233,8 @@ void describe(TraceRecord &trace, const Sender &sender, TraceKind kind, const Fa
 int serveRequest(Board &board, const Sender &sender, uint32_t code, BspIoctlRecord &record) {
     const RequestType type = typeOf(code);
     const FaultSubject subject = subjectOf(type, record);
-    TraceRecord &trace = traceNext(board.trace);
-    describe(trace, sender, type.kind, subject, record);
+    TraceRecord &trace = traceNext(board.trace, type.kind, sender);
+    describe(trace, subject, record);
     if (type.kind == TraceKind::OtherRequest) {
         trace.offset = code;
         trace.error = ENOTTY;

@@ -6,12 +6,6 @@
 
 namespace vb {
 
-/** Who sends a request, for the trace. */
-struct Sender {
-    int32_t pid;
-    uint64_t nowNs; // on the board's clock
-};
-
 /**
  * Serves one ioctl. The slots' addresses are those of the calling process.
  * Answers 0, or the errno with which the ioctl itself fails.

@@ -43,8 +43,20 @@ struct TraceRing {
     TraceRecord record[kTraceCapacity];
 };
 
-constexpr TraceRecord &traceNext(TraceRing &ring) {
-    return ring.record[ring.total++ % kTraceCapacity];
+/** Who makes a request. */
+struct Sender {
+    int32_t pid;
+    uint64_t nowNs; // on the board's clock
+};
+
+/** Starts the record of a new request, in the place of the oldest. */
+constexpr TraceRecord &traceNext(TraceRing &ring, TraceKind kind, const Sender &sender) {
+    TraceRecord &record = ring.record[ring.total++ % kTraceCapacity];
+    record = TraceRecord{};
+    record.timeNs = sender.nowNs;
+    record.pid = sender.pid;
+    record.kind = kind;
+    return record;
 }
 
 /** The record with a running number, which must be one of the last kTraceCapacity. */

@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <cstdarg>
-#include <unistd.h>
 
 namespace {
 
@@ -19,8 +18,7 @@ int driverIoctl(unsigned long request, void *argument) {
     {
         const vb::BoardLock lock(folder);
         vb::Board &board = *folder.board();
-        const vb::Sender sender = {getpid(), vb::clockNow(board.clock, vb::hostNow())};
-        failure = vb::serveRequest(board, sender, static_cast<uint32_t>(request),
+        failure = vb::serveRequest(board, vb::thisSender(board), static_cast<uint32_t>(request),
                                    *static_cast<BspIoctlRecord *>(argument));
     }
     if (failure != 0)

@@ -31,11 +31,7 @@ void traceOpen(const char *boardPath, int error) {
     const vb::BoardFolder &folder = *vb::attachedFolder();
     const vb::BoardLock lock(folder);
     vb::Board &board = *folder.board();
-    vb::TraceRecord &trace = vb::traceNext(board.trace);
-    trace = vb::TraceRecord{};
-    trace.timeNs = vb::clockNow(board.clock, vb::hostNow());
-    trace.pid = getpid();
-    trace.kind = vb::TraceKind::Open;
+    vb::TraceRecord &trace = vb::traceNext(board.trace, vb::TraceKind::Open, vb::thisSender(board));
     trace.error = error;
     std::strncpy(reinterpret_cast<char *>(trace.data), boardPath, sizeof(trace.data) - 1);
 }

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <dlfcn.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 namespace vb {
 
@@ -17,6 +18,11 @@ void detachBoard();
 
 /** The attached board's folder, or null. */
 const BoardFolder *attachedFolder();
+
+/** This process at this moment, as the board's trace names it. */
+inline Sender thisSender(const Board &board) {
+    return {getpid(), clockNow(board.clock, hostNow())};
+}
 
 /** Whether a descriptor is one of the attached board's driver node. */
 bool isDriverNode(int fd);

@@ -21,12 +21,7 @@ bool sleepOnBoard(uint64_t ns) {
     {
         const vb::BoardLock lock(*folder);
         vb::Board &board = *folder->board();
-        vb::TraceRecord &trace = vb::traceNext(board.trace);
-        trace = vb::TraceRecord{};
-        trace.timeNs = vb::clockNow(board.clock, vb::hostNow());
-        trace.pid = getpid();
-        trace.kind = vb::TraceKind::Sleep;
-        trace.sleepNs = ns;
+        vb::traceNext(board.trace, vb::TraceKind::Sleep, vb::thisSender(board)).sleepNs = ns;
         isVirtual = board.clock.mode == vb::TimeMode::Virtual;
         if (isVirtual)
             board.clock.sleptNs += ns;

@@ -21,18 +21,22 @@ constexpr useconds_t kFollowInterval = 100000;
  */
 struct Excerpt {
     std::vector<vb::TraceRecord> records;
-    uint64_t lost = 0; // older ones that were overwritten
+    uint64_t lost = 0; // older ones that were wanted but overwritten
     uint64_t next = 0; // the running number behind the last
 };
 
-/** The requests from a running number on. */
-Excerpt excerptFrom(const vb::TraceRing &ring, uint64_t number) {
+/** The requests from a running number on; of more than limit only the newest. */
+Excerpt excerptFrom(const vb::TraceRing &ring, uint64_t number, uint32_t limit) {
     Excerpt excerpt;
     const uint64_t from = number > ring.total ? 0 : number; // the trace was cleared meanwhile
-    const uint64_t first = std::max(from, vb::traceOldest(ring));
-    for (uint64_t i = first; i < ring.total; ++i)
+    const uint64_t oldest = std::max(from, vb::traceOldest(ring));
+    const uint64_t kept = ring.total - oldest;
+    const uint64_t shown = std::min<uint64_t>(kept, limit);
+    excerpt.records.reserve(static_cast<size_t>(shown));
+    for (uint64_t i = ring.total - shown; i < ring.total; ++i)
         excerpt.records.push_back(vb::traceAt(ring, i));
-    excerpt.lost = first - from;
+    if (limit > kept)
+        excerpt.lost = oldest - from;
     excerpt.next = ring.total;
     return excerpt;
 }
@@ -47,30 +51,28 @@ void print(const vb::TraceRecord &record, bool asJson) {
                     vb::traceText(record).c_str());
 }
 
-void print(const Excerpt &excerpt, const TraceArguments &arguments) {
-    const size_t count = excerpt.records.size();
-    const size_t shown = std::min<size_t>(count, arguments.last);
-    if (excerpt.lost > 0 && arguments.last > count)
+void print(const Excerpt &excerpt, bool asJson) {
+    if (excerpt.lost > 0)
         std::fprintf(stderr, "vboard: %llu older requests were overwritten\n",
                      static_cast<unsigned long long>(excerpt.lost));
-    for (size_t i = count - shown; i < count; ++i)
-        print(excerpt.records[i], arguments.asJson);
+    for (const vb::TraceRecord &record : excerpt.records)
+        print(record, asJson);
     std::fflush(stdout);
 }
 
 /** Prints what comes, until a signal or a reader that has gone ends this program. */
-[[noreturn]] void follow(const TraceArguments &first) {
+[[noreturn]] void follow(const TraceArguments &arguments) {
     vb::BoardFolder folder;
-    openBoard(folder, first.folder);
-    TraceArguments arguments = first;
+    openBoard(folder, arguments.folder);
+    uint32_t limit = arguments.last;
     for (uint64_t next = 0;; usleep(kFollowInterval)) {
         Excerpt excerpt;
         {
             const auto lock = lockBoard(folder);
-            excerpt = excerptFrom(folder.board()->trace, next);
+            excerpt = excerptFrom(folder.board()->trace, next, limit);
         }
-        print(excerpt, arguments);
-        arguments.last = UINT32_MAX; // only what was there at the start is limited
+        print(excerpt, arguments.asJson);
+        limit = UINT32_MAX; // only what was there at the start is limited
         next = excerpt.next;
     }
 }
@@ -83,11 +85,11 @@ void printTrace(const TraceArguments &arguments) {
     Excerpt excerpt;
     {
         const LockedBoard board(arguments.folder);
-        excerpt = excerptFrom(board->trace, 0);
+        excerpt = excerptFrom(board->trace, 0, arguments.last);
         if (arguments.isClearing)
             board->trace.total = 0;
     }
-    print(excerpt, arguments);
+    print(excerpt, arguments.asJson);
 }
 
 } // namespace vboard

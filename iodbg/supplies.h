@@ -1,0 +1,18 @@
+#pragma once
+// Power supplies: which are plugged, in what state, and what they measure.
+
+#include "iodbg/model.h"
+#include "iodbg/report.h"
+
+namespace iodbg {
+
+enum class Readings { Main, All };
+
+/**
+ * Adds to a section what is known of a supply; items that fail are noted in the report. False when
+ * the supply is known not to be plugged: it is asked for nothing then, and nothing is to ask it.
+ */
+bool addSupply(Report &report, Section &section, const Model &model, uint32_t supply,
+               Readings readings);
+
+} // namespace iodbg
