@@ -200,10 +200,11 @@ class KilledAtBlockTest : public KilledUpgradeTest,
                           public ::testing::WithParamInterface<uint32_t> {};
 
 constexpr uint32_t kParts = 8;
+constexpr uint32_t kInterval = 10;         // blocks
+constexpr uint32_t kEmulatedInterval = 50; // each kill costs an emulated processor about a second
 
 TEST_P(KilledAtBlockTest, IsMadeGood) {
-    // Every tenth block; an emulated processor takes too long for more than a few.
-    const uint32_t interval = isEmulated() ? kBlocks / kParts : 10;
+    const uint32_t interval = isEmulated() ? kEmulatedInterval : kInterval;
     constexpr uint32_t kBlocksOfPart = kBlocks / kParts;
     const uint32_t first = GetParam() * kBlocksOfPart;
     const std::string factory(poe().image.bytes, poe().image.bytes + poe().image.size);
