@@ -48,6 +48,7 @@ file(CONFIGURE OUTPUT ${version_script} @ONLY
      CONTENT "BSP_1 {\n  global:\n    @export_lines@;\n  local: *;\n};\n")
 
 add_library(bsp SHARED $<TARGET_OBJECTS:bsp_objects>)
+add_library(bsp::bsp ALIAS bsp) # its name in the installed package
 set_target_properties(bsp PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1
                                      LINK_DEPENDS "${version_script}")
 target_link_options(bsp PRIVATE -Wl,--version-script=${version_script})

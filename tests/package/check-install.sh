@@ -35,6 +35,16 @@ fi
 "$cmake" --build "$work/consumer" >>"$work/consumer.log"
 check_output "find_package(bsp)" "$work/consumer/consumer"
 
+"$cmake" -G Ninja -S "$source/examples" -B "$work/examples" "${toolchain_option[@]}" \
+    -DCMAKE_PREFIX_PATH="$prefix" >"$work/examples.log"
+"$cmake" --build "$work/examples" >>"$work/examples.log"
+usage=$(LD_LIBRARY_PATH=$libraries "${emulator[@]}" "$work/examples/poe_priority" 2>&1 >/dev/null || true)
+[ "$usage" = "usage: poe_priority BUDGET_WATTS PORT=PRIORITY..." ] || {
+    echo "the example says: $usage"
+    exit 1
+}
+echo "ok    the examples build by themselves"
+
 PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --print-errors --cflags --libs bsp >"$work/pkg-config"
 read -r -a bsp_flags <"$work/pkg-config"
 "$compiler" "${flags[@]}" -std=c99 -Wall -Werror "$consumer/consumer.c" "${bsp_flags[@]}" \
