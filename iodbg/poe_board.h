@@ -9,7 +9,8 @@
 
 namespace iodbg {
 
-/** How many PoE ports this board has; throws when there is no PoE controller that could be asked. */
+/** How many PoE ports this board has; throws when there is no PoE controller that could be asked.
+ */
 uint32_t requirePoe();
 
 /** Throws for a port that a board with so many ports does not have. */

@@ -64,6 +64,14 @@ constexpr Item kItems[] = {
     {"rated_per_supply_mw", "Rated for each supply, W", readRated},
 };
 
+void addItems(Report &report, Section &section) {
+    for (const Item &item : kItems) {
+        Cell cell;
+        const int32_t status = item.read(cell);
+        section.add(item.key, item.label, report.tried(section.key + "." + item.key, status, cell));
+    }
+}
+
 } // namespace
 
 Cell poeAppStatusCell(uint32_t status) {
@@ -74,11 +82,13 @@ Cell poeAppStatusCell(uint32_t status) {
 
 void addPoeController(Report &report) {
     Section section = {"poe", "PoE", {}};
-    for (const Item &item : kItems) {
-        Cell cell;
-        const int32_t status = item.read(cell);
-        section.add(item.key, item.label, report.tried(section.key + "." + item.key, status, cell));
-    }
+    uint32_t isMissing = 0;
+    const int32_t status = bspPoeOnlineGet(&isMissing);
+    section.add("controller_present", "Controller",
+                report.tried("poe.controller_present", status,
+                             flagCell(isMissing == 0, "present", "missing")));
+    if (status == BSP_OK && isMissing == 0)
+        addItems(report, section);
     report.parts.emplace_back(section);
 }
 

@@ -5,7 +5,10 @@
 
 namespace iodbg {
 
-/** Adds version, state and power totals; what cannot be read is noted in the report. */
+/**
+ * Adds version, state and power totals; what cannot be read is noted in the report. A controller
+ * that is missing is not asked.
+ */
 void addPoeController(Report &report);
 
 /** The application status in words: what the last firmware upgrade left. */

@@ -3,6 +3,7 @@
 #include "iodbg/commands/commands.h"
 #include "iodbg/console.h"
 #include "iodbg/identity_items.h"
+#include "iodbg/poe_controller.h"
 #include "iodbg/record.h"
 #include "iodbg/supplies.h"
 
@@ -59,15 +60,23 @@ void addSupplies(Report &report) {
     }
 }
 
+/** On models with PoE; a controller that is not there is said, not asked. */
+void addPoe(Report &report) {
+    Model model;
+    if (readModel(model) == BSP_OK && model.poePorts > 0)
+        addPoeController(report);
+}
+
 } // namespace
 
 void addShowCommand(const Command &root) {
-    root.command("show", "Show the board: versions, identity, product record, supplies")
+    root.command("show", "Show the board: versions, identity, product record, supplies, PoE")
         .does([](Console &console) {
             Report report;
             addBoard(report);
             addRecord(report);
             addSupplies(report);
+            addPoe(report);
             return console.print(report);
         });
 }

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <sstream>
 
 namespace {
@@ -112,20 +113,26 @@ void IodbgTest::expectRefusal(const Words &arguments, int exitCode, const std::s
     EXPECT_TRUE(content() == before) << ::testing::PrintToString(arguments);
 }
 
+/** Files that the library makes for whoever asks it first: device id, PoE lock and status. */
+bool IodbgTest::isLibrarysOwn(const std::string &path) const {
+    return path == boardFile("/tmp/bsp/devId") || path == boardFile("/tmp/bspPoeLockFile") ||
+           (path == boardFile("/tmp/bsp/poeApp") && readFile(path).empty());
+}
+
 BoardContent IodbgTest::content() const {
     BoardContent content;
-    const auto *start = reinterpret_cast<const char *>(&devices());
-    content.devices.assign(start, sizeof(devices()));
-    // The supplies' models count how often they are read.
-    for (const vb::Supply &supply : devices().supply) {
-        const auto *reads = reinterpret_cast<const char *>(&supply.pmbus.reads);
-        content.devices.replace(static_cast<size_t>(reads - start), sizeof(supply.pmbus.reads),
-                                sizeof(supply.pmbus.reads), '\0');
-    }
+    const auto copy = std::make_unique<vb::Devices>(devices());
+    // The supplies' models count how often they are read, and the PoE controller keeps its last
+    // answer.
+    for (vb::Supply &supply : copy->supply)
+        supply.pmbus.reads = 0;
+    copy->poe.replyReadyNs = 0;
+    copy->poe.replyLength = 0;
+    std::fill(std::begin(copy->poe.reply), std::end(copy->poe.reply), uint8_t{0});
+    content.devices.assign(reinterpret_cast<const char *>(copy.get()), sizeof(*copy));
     namespace fs = std::filesystem;
     for (const auto &entry : fs::recursive_directory_iterator(boardFolder() + "/root")) {
-        // The library keeps the device id in this file, whoever asks for it first.
-        if (entry.is_regular_file() && entry.path() != boardFile("/tmp/bsp/devId"))
+        if (entry.is_regular_file() && !isLibrarysOwn(entry.path()))
             content.files[entry.path()] = readFile(entry.path());
     }
     return content;

@@ -49,6 +49,7 @@ class PoeCommandsTest : public IodbgTest {
 
 TEST_F(PoeCommandsTest, TellsOfTheController) {
     EXPECT_EQ(iodbg({"poe", "info"}).out, "PoE\n"
+                                          "  Controller                present\n"
                                           "  Firmware                  usable\n"
                                           "  Firmware version          V1.0.0.0\n"
                                           "  Initialised               no\n"
@@ -59,7 +60,8 @@ TEST_F(PoeCommandsTest, TellsOfTheController) {
     plug(3, 4, 18000);
     usleep(1000000);
     EXPECT_EQ(jsonAt(json({"poe", "info"}), ""),
-              "{\"poe\":{\"application_status\":0,\"application_version\":\"V1.0.0.0\","
+              "{\"poe\":{\"controller_present\":true,\"application_status\":0,\"application_"
+              "version\":\"V1.0.0.0\","
               "\"initialised\":true,\"budget_mw\":3000000,\"drawn_mw\":18000,"
               "\"rated_per_supply_mw\":1440000},\"failures\":[]}");
 }
@@ -83,13 +85,13 @@ TEST_F(PoeCommandsTest, ShowsPortsInATable) {
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
     const Words lines = linesOf(result.out);
-    ASSERT_EQ(lines.size(), 11u) << result.out;
-    EXPECT_EQ(lines[8], "PORT  MODE  DETECTION  CLASS  FAULT  POWER  V   MA   W       LIMIT W  "
+    ASSERT_EQ(lines.size(), 12u) << result.out;
+    EXPECT_EQ(lines[9], "PORT  MODE  DETECTION  CLASS  FAULT  POWER  V   MA   W       LIMIT W  "
                         "INRUSH  PRIORITY");
     const std::regex powered("3     auto  4 good     4      no     on     5[34]  3\\d\\d  "
                              "1[78]\\.\\d00  90\\.000   6       1");
-    EXPECT_TRUE(std::regex_match(lines[9], powered)) << lines[9];
-    EXPECT_EQ(lines[10], "4     auto  6 open     -      no     off    -   -    -       90.000   6  "
+    EXPECT_TRUE(std::regex_match(lines[10], powered)) << lines[10];
+    EXPECT_EQ(lines[11], "4     auto  6 open     -      no     off    -   -    -       90.000   6  "
                          "     3");
 }
 
@@ -391,7 +393,7 @@ TEST_F(PoeCommandsTest, AnUpgradeIsConfirmed) {
                   "The upgrade takes at least 3 min 33 s and must not be interrupted; no port has "
                   "power afterwards until 'iodbg poe init'.\n"
                   "Upgrade the firmware now? [y/N] "
-                  "iodbg: not confirmed, nothing was changed; answer y, or give --yes\n");
+                  "\niodbg: not confirmed, nothing was done\n");
     EXPECT_EQ(iodbg({"poe", "upgrade", file}).exitCode, 2);
     EXPECT_EQ(vb::poeVersion(poe().image), 0x1000);
     EXPECT_EQ(iodbg({"poe", "upgrade", file}, "y\n").exitCode, 0);

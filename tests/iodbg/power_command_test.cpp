@@ -102,8 +102,12 @@ TEST_F(PowerCommandTest, ReadsASupplyOnceAndWritesNothing) {
     const std::string supplies = "CPLD read  reg 30 (supplies) = 0x03CC";
     Lines expected(4, supplies); // presence, status, type, and the type for the readings
     for (const char *command :
-         {"0x88", "0x89", "0x97", "0x8B", "0x8C", "0x96", "0x8D", "0x8E", "0x8F"})
-        expected.push_back("I2C read  bus 0 ch 2 dev 0x58 off " + std::string(command) + " len 2");
+         {"0x88 len 2 (supply 1 READ_VIN)", "0x89 len 2 (supply 1 READ_IIN)",
+          "0x97 len 2 (supply 1 READ_PIN)", "0x8B len 2 (supply 1 READ_VOUT)",
+          "0x8C len 2 (supply 1 READ_IOUT)", "0x96 len 2 (supply 1 READ_POUT)",
+          "0x8D len 2 (supply 1 READ_TEMPERATURE_1)", "0x8E len 2 (supply 1 READ_TEMPERATURE_2)",
+          "0x8F len 2 (supply 1 READ_TEMPERATURE_3)"})
+        expected.push_back("I2C read  bus 0 ch 2 dev 0x58 off " + std::string(command));
     EXPECT_EQ(withoutData(requests()), expected);
     EXPECT_EQ(now() - before, 900000000u);
     EXPECT_TRUE(content() == contentBefore);

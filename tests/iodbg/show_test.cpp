@@ -66,12 +66,22 @@ TEST_F(ShowTest, PrintsTheBoardForPeople) {
                               "  Product data 2  414320535550504C5920353456" +
                               std::string(38, '0') +
                               "\n"
-                              "  Product data 3  00000000\n");
+                              "  Product data 3  00000000\n"
+                              "\n"
+                              "PoE\n"
+                              "  Controller                present\n"
+                              "  Firmware                  usable\n"
+                              "  Firmware version          V1.0.0.0\n"
+                              "  Initialised               no\n"
+                              "  Power budget, W           0.000\n"
+                              "  Power drawn, W            0.000\n"
+                              "  Rated for each supply, W  1440.000\n");
 }
 
 TEST_F(ShowTest, AnswersProgramsWithStableKeys) {
     const std::string answer = json({"show"});
-    EXPECT_EQ(jsonKeys(answer, ""), (Words{"board", "record", "supply1", "supply2", "failures"}));
+    EXPECT_EQ(jsonKeys(answer, ""),
+              (Words{"board", "record", "supply1", "supply2", "poe", "failures"}));
     EXPECT_EQ(
         jsonKeys(answer, "/board"),
         (Words{"device_id", "device_serial_version", "hardware_version", "cpld_version",
@@ -145,6 +155,14 @@ TEST_F(ShowTest, ShowsTheRestWhenASupplyDoesNotAnswer) {
     EXPECT_EQ(jsonAt(answer, "/failures/1/item"), "\"supply2\"");
     EXPECT_EQ(jsonAt(answer, "/failures/1/status"), "-1");
     EXPECT_EQ(jsonAt(answer, "/failures/1/status_name"), "\"BSP_E_FAILED\"");
+}
+
+TEST_F(ShowTest, SaysThatThePoeControllerIsMissing) {
+    devices().cpld.reg[6] |= 0x4000;
+    EXPECT_EQ(jsonAt(json({"show"}), "/poe"), "{\"controller_present\":false}");
+    useModel(0x8609);
+    EXPECT_EQ(jsonKeys(json({"show"}), ""),
+              (Words{"board", "record", "supply1", "supply2", "failures"}));
 }
 
 TEST_F(ShowTest, ShowsTheRestWhenTheCpldRefuses) {
