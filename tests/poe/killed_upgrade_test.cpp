@@ -199,8 +199,8 @@ class KilledAtBlockTest : public KilledUpgradeTest,
                           public ::testing::WithParamInterface<uint32_t> {};
 
 constexpr uint32_t kParts = 8;
-// Blocks between kills. Each kill costs two downloads, so the slower builds take fewer: emulated and
-// other 32-bit ones, and those with sanitizers.
+// Blocks between kills. Each kill costs two downloads, so the slower builds take fewer: emulated
+// and other 32-bit ones, and those with sanitizers.
 #if defined(__SANITIZE_ADDRESS__) || __SIZEOF_POINTER__ < 8
 constexpr uint32_t kInterval = 50;
 #else
