@@ -161,7 +161,9 @@ int32_t bspBootPwdGet(char *pwd) {
         return BSP_E_NULL;
     SlotText text;
     const char *value = findValue(kBootPassword, text);
-    std::strcpy(pwd, value != nullptr ? value : "");
+    if (value == nullptr)
+        value = "";
+    std::memcpy(pwd, value, std::strlen(value) + 1);
     return BSP_OK;
 }
 
