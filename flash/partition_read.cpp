@@ -24,12 +24,12 @@ int32_t findStoredFile(int device, uint32_t partitionSize, Extent &extent) {
     uint8_t header[bsp::kLengthHeaderSize] = {};
     if (!bsp::readWhole(device, header, sizeof(header)))
         return BSP_E_SHORT_READ;
-    constexpr uint32_t kErased = 0xFFFFFFFF;
     const uint32_t length = bsp::loadBe32(header);
     const bool isMarked =
         std::memcmp(header + 4, bsp::kLengthMarker, sizeof(bsp::kLengthMarker)) == 0;
+    // An erased length, FFFFFFFF, fits into no partition.
     const bool fits = uint64_t{length} + bsp::kLengthHeaderSize <= partitionSize;
-    if (length != kErased && isMarked && fits)
+    if (isMarked && fits)
         extent = {bsp::kLengthHeaderSize, length};
     return BSP_OK;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -46,7 +47,7 @@ std::string accessOf(int flags, mode_t mode) {
 }
 
 /** What a stream of the fake points to. */
-struct Stream {
+struct alignas(std::max_align_t) Stream {
     std::string path;
     size_t position;
 };
@@ -105,10 +106,9 @@ struct FakeCalls {
             return failure->result < 0 ? refused(failure->error) : 0;
         if (failure != nullptr)
             count = static_cast<size_t>(failure->result);
-        uint64_t &position = find(fd)->position;
-        const uint64_t size = file->content.size();
-        count = static_cast<size_t>(
-            std::min<uint64_t>(count, size - std::min<uint64_t>(size, position)));
+        size_t &position = find(fd)->position;
+        const size_t size = file->content.size();
+        count = std::min(count, size - std::min(size, position));
         std::copy_n(file->content.begin() + static_cast<ptrdiff_t>(std::min(position, size)), count,
                     static_cast<uint8_t *>(data));
         position += count;
@@ -120,24 +120,24 @@ struct FakeCalls {
         FakeFile *file = contentOf(fd);
         if (file == nullptr)
             return refused(EBADF);
-        uint64_t &position = find(fd)->position;
+        size_t &position = find(fd)->position;
         const auto result = failure != nullptr ? failure->result
                             : file->badPages.count(static_cast<uint32_t>(position)) != 0
                                 ? -1
                                 : static_cast<int64_t>(count);
-        if (file->eraseSize != 0)
+        if (file->isPartition)
             file->pageResults.push_back(result);
         if (result < 0)
             return refused(EIO);
         const auto *bytes = static_cast<const uint8_t *>(data);
         for (int64_t i = 0; i < result; ++i, ++position) {
-            if (file->eraseSize == 0 && position >= file->content.size())
+            if (!file->isPartition && position >= file->content.size())
                 file->content.resize(position + 1);
             if (position >= file->content.size())
                 return refused(ENOSPC);
             uint8_t &cell = file->content[position];
             // Flash cells go from 1 to 0; an erase brings them back.
-            cell = file->eraseSize != 0 ? cell & bytes[i] : bytes[i];
+            cell = file->isPartition ? cell & bytes[i] : bytes[i];
         }
         return static_cast<ssize_t>(result);
     }
@@ -156,7 +156,7 @@ struct FakeCalls {
         const int64_t end = whence == SEEK_END ? static_cast<int64_t>(file->content.size()) : 0;
         if (end + offset < 0)
             return refused(EINVAL);
-        find(fd)->position = static_cast<uint64_t>(end + offset);
+        find(fd)->position = static_cast<size_t>(end + offset);
         return end + offset;
     }
 
@@ -189,7 +189,7 @@ struct FakeCalls {
                 errno = failure->error;
                 return static_cast<int>(failure->result);
             }
-            if (file == nullptr || file->eraseSize == 0)
+            if (file == nullptr || !file->isPartition)
                 return refused(ENOTTY);
             auto *info = static_cast<mtd_info_user *>(argument);
             std::memset(info, 0, sizeof(*info));
@@ -209,7 +209,8 @@ struct FakeCalls {
             if (file == nullptr || range->start + range->length > file->content.size())
                 return refused(EINVAL);
             file->erased.push_back(range->start);
-            std::fill_n(file->content.begin() + range->start, range->length, uint8_t{0xFF});
+            std::fill_n(file->content.begin() + static_cast<ptrdiff_t>(range->start), range->length,
+                        uint8_t{0xFF});
             return 0;
         }
         running->note(formatted("ioctl %#lx", request) + " " + name);
@@ -392,7 +393,7 @@ void wrappedFree(void *memory) {
 
 void FakeFlash::addPartition(const std::string &path, uint32_t size, uint32_t eraseSize,
                              uint32_t pageSize) {
-    files[path] = {Bytes(size, 0xFF), eraseSize, pageSize};
+    files[path] = {Bytes(size, 0xFF), true, eraseSize, pageSize};
 }
 
 void FakeFlash::fail(const std::string &call, int nth, int64_t result, int times, int error) {

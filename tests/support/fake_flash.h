@@ -19,7 +19,8 @@ using Calls = std::vector<std::string>;
 
 struct FakeFile {
     Bytes content = {};
-    // Of a partition; others have no erase blocks.
+    // Of a partition:
+    bool isPartition = false;
     uint32_t eraseSize = 0;
     uint32_t pageSize = 0;
     std::set<uint32_t> badPages = {};      // offsets that refuse to be written
@@ -75,7 +76,7 @@ class FakeFlash {
     };
     struct OpenFile {
         std::string path;
-        uint64_t position = 0;
+        size_t position = 0;
         bool isOpen = true;
     };
 
