@@ -825,8 +825,7 @@ BSP_API int32_t bsp_mtd_erase(const char *device);
  * Images and upgrades
  * --------------------------------------------------------------------------------------------- */
 
-#define BSP_OS_HEADER_SIZE 512 /**< header block of an operating-system image: its last 512 bytes  \
-                                */
+#define BSP_OS_HEADER_SIZE 512 /**< bytes of an operating-system image's header block */
 
 /** What bspImageUpgrade() replaces. */
 enum BspImageKind {
