@@ -7,7 +7,19 @@ add_library(bsp_objects OBJECT
   chassis/power_supply.cpp
   chassis/watchdog.cpp
   facade/io.cpp
+  flash/boot_loader.cpp
+  flash/cpld_upgrade.cpp
+  flash/flash_lock.cpp
+  flash/image_upgrade.cpp
+  flash/os_image.cpp
+  flash/partition.cpp
+  flash/partition_erase.cpp
+  flash/partition_read.cpp
+  flash/partition_write.cpp
+  flash/shell_command.cpp
   identity/board_catalogue.cpp
+  identity/boot_block.cpp
+  identity/boot_settings.cpp
   identity/crc32.cpp
   identity/device_id.cpp
   identity/device_info.cpp

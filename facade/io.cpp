@@ -2,6 +2,8 @@
 
 #include "bsp.h"
 
+#include <unistd.h>
+
 // Device identity and versions
 int32_t ioDevIdGet(uint32_t *devId) {
     return bspDevIdGet(devId);
@@ -58,6 +60,67 @@ int32_t ioMfgDateGet(char *date) {
 }
 int32_t ioMfgDateSet(const char *date) {
     return bspMfgDateSet(date);
+}
+
+// Boot settings
+int32_t ioBootModeGet(uint32_t *mode) {
+    return bspBootModeGet(mode);
+}
+int32_t ioBootModeSet(int32_t mode) {
+    return bspBootModeSet(mode);
+}
+int32_t ioBootFlagGet(int32_t *flag) {
+    return bspBootFlagGet(flag);
+}
+int32_t ioBootFlagSet(int32_t flag) {
+    return bspBootFlagSet(flag);
+}
+int32_t ioBaudrateGet(uint32_t *rate) {
+    return bspBaudrateGet(rate);
+}
+int32_t ioBaudrateSet(uint32_t rate) {
+    return bspBaudrateSet(rate);
+}
+int32_t ioConsolePwdValidGet(uint32_t *valid) {
+    return bspConsolePwdValidGet(valid);
+}
+int32_t ioConsolePwdValidSet(int32_t valid) {
+    return bspConsolePwdValidSet(valid);
+}
+int32_t ioUserPwdValidGet(uint32_t *valid) {
+    return bspUserPwdValidGet(valid);
+}
+int32_t ioUserPwdValidSet(int32_t valid) {
+    return bspUserPwdValidSet(valid);
+}
+int32_t ioBootPwdGet(char *pwd) {
+    return bspBootPwdGet(pwd);
+}
+int32_t ioBootPwdSet(const char *pwd) {
+    return bspBootPwdSet(pwd);
+}
+
+// Images and upgrades
+int32_t ioOsImageInfoGet(uint8_t *header, int32_t bank) {
+    return bspOsImageInfoGet(header, bank);
+}
+int32_t ioImageUpgrade(const char *file, int32_t bank) {
+    return bspImageUpgrade(BSP_IMAGE_OS, file, bank);
+}
+int32_t ioBiosUpgrade(const char *file) {
+    return bspImageUpgrade(BSP_IMAGE_BOOT, file, 0);
+}
+int32_t ioCpldUpgrade(const char *file) {
+    return bspImageUpgrade(BSP_IMAGE_CPLD, file, 0);
+}
+
+// The reset follows whether or not the flag is stored, and its own failure is not told either:
+// whoever sees this function come back knows that the board still runs.
+int32_t ioRebootEx(int32_t flag) {
+    ioBootFlagSet(flag);
+    sleep(1);
+    bspHwReboot();
+    return BSP_OK;
 }
 
 // Power supplies, LEDs, watchdog, PTP trigger, slots

@@ -530,6 +530,100 @@ BSP_API int32_t bspMfgDateGet(char *date);
 BSP_API int32_t bspMfgDateSet(const char *date);
 
 /* ------------------------------------------------------------------------------------------------
+ * Boot settings
+ *
+ * Texts in the first 256 bytes of the flash partition /dev/mtd4. There is no lock: two setters at
+ * the same time can lose each other's setting, and a power cut between the erase and the write of a
+ * setter leaves an erased block, which reads as the defaults below.
+ *
+ * A partition that cannot be opened, read, erased or written is not reported. Getters then answer
+ * as for an erased block, and setters answer BSP_OK: read a setting back to know that it is stored.
+ * --------------------------------------------------------------------------------------------- */
+
+#define BSP_BOOT_PASSWORD_MAX 40 /**< longest boot password in characters */
+
+/**
+ * Reads which system the boot loader starts ("main_system=").
+ *
+ * @param mode  receives 1 for a stored value other than 0, else 0; 0 when nothing is stored
+ * @return BSP_OK or BSP_E_NULL
+ */
+BSP_API int32_t bspBootModeGet(uint32_t *mode);
+
+/** Stores which system the boot loader starts: 1 for a mode above 0, else 0. @return BSP_OK */
+BSP_API int32_t bspBootModeSet(int32_t mode);
+
+/**
+ * Reads the boot flag ("boot_type=").
+ *
+ * @param flag  receives the stored number
+ * @return BSP_OK; BSP_E_NULL; BSP_E_FAILED when no flag is stored
+ */
+BSP_API int32_t bspBootFlagGet(int32_t *flag);
+
+/** Stores the boot flag as it is, negative ones too. @return BSP_OK */
+BSP_API int32_t bspBootFlagSet(int32_t flag);
+
+/**
+ * Reads the console's baud rate at start-up ("baudrate=").
+ *
+ * @param rate  receives the rate in bits per second; 115200 when nothing is stored
+ * @return BSP_OK or BSP_E_NULL
+ */
+BSP_API int32_t bspBaudrateGet(uint32_t *rate);
+
+/**
+ * Switches the running console (/dev/ttyS0, by the command stty) to a baud rate and stores it for
+ * the next start.
+ *
+ * @param rate  9600, 19200, 38400, 57600 or 115200
+ * @return BSP_OK; BSP_E_INVALID for another rate (a message is printed); BSP_E_FAILED when stty
+ *         fails (a message is printed), and then nothing is stored
+ */
+BSP_API int32_t bspBaudrateSet(uint32_t rate);
+
+/**
+ * Tells whether the console asks for a password ("password=").
+ *
+ * @param valid  receives 1 for a stored value other than 0, else 0; 0 when nothing is stored
+ * @return BSP_OK or BSP_E_NULL
+ */
+BSP_API int32_t bspConsolePwdValidGet(uint32_t *valid);
+
+/** Stores whether the console asks for a password: 1 for a value above 0, else 0. @return BSP_OK */
+BSP_API int32_t bspConsolePwdValidSet(int32_t valid);
+
+/**
+ * Tells whether the user password is in force ("user_pwd=").
+ *
+ * @param valid  receives 0 when 0 is stored, else 1; 1 when nothing is stored
+ * @return BSP_OK or BSP_E_NULL
+ */
+BSP_API int32_t bspUserPwdValidGet(uint32_t *valid);
+
+/** Stores whether the user password is in force: 0 as such, any other value as an erased slot.
+ * @return BSP_OK
+ */
+BSP_API int32_t bspUserPwdValidSet(int32_t valid);
+
+/**
+ * Reads the boot password ("boot_pwd=").
+ *
+ * @param pwd  receives the zero-terminated password, empty when none is stored. 41 bytes for what
+ *             bspBootPwdSet() stores; 56 bytes for whatever the slot may hold
+ * @return BSP_OK or BSP_E_NULL
+ */
+BSP_API int32_t bspBootPwdGet(char *pwd);
+
+/**
+ * Stores the boot password.
+ *
+ * @param pwd  zero-terminated, at most 40 characters; an empty one clears the slot
+ * @return BSP_OK; BSP_E_NULL; BSP_E_INVALID for a longer one, before anything is read
+ */
+BSP_API int32_t bspBootPwdSet(const char *pwd);
+
+/* ------------------------------------------------------------------------------------------------
  * Power supplies
  * --------------------------------------------------------------------------------------------- */
 
@@ -671,6 +765,121 @@ BSP_API int32_t bspSlotPresentGet(uint32_t slot, uint32_t *out);
 
 /** The box has no slots. @return BSP_E_NOT_SUPPORTED; nothing is touched */
 BSP_API int32_t bspSlotPowerStateSet(uint32_t slot, uint32_t state);
+
+/* ------------------------------------------------------------------------------------------------
+ * Flash partitions
+ *
+ * The partitions are MTD character devices. Writing and reading hold the flash lock
+ * (/tmp/bspFlashLockFile, a record lock of the process) for the whole transfer; where the lock file
+ * cannot be opened they go on without it.
+ * --------------------------------------------------------------------------------------------- */
+
+/**
+ * Copies a file into a partition: erases, then writes whole pages, the last one padded with zeros.
+ * A page that cannot be written is skipped, its data go into the next one.
+ *
+ * @param file       path of the file
+ * @param device     path of the partition's device
+ * @param hasHeader  not 0: the file's length (4 bytes, big-endian) and the marker A1 02 A3 04 are
+ *                   written in front of it, and blocks behind the file are left as they are; 0: the
+ *                   whole partition is erased, and the file starts at offset 0
+ * @return BSP_OK: written, or refused with a message and nothing touched because the file is larger
+ *         than the partition or there is no memory;
+ *         BSP_E_NULL;
+ *         BSP_E_FAILED when the lock cannot be taken, the file is missing, or file or device cannot
+ *         be opened (a message is printed);
+ *         the negative result of a failed geometry query (a message is printed);
+ *         BSP_E_SHORT_READ when the file gives fewer bytes than its size; BSP_E_WRITE when a seek
+ *         fails;
+ *         when the partition ends before the file does ("write file to flash ... failed" is
+ *         printed) what the last page write answered: the page size, a smaller count, or -1, and 0
+ *         when the length header's page was all there was
+ */
+BSP_API int32_t bsp_mtd_write_from_file(const char *file, const char *device, int32_t hasHeader);
+
+/**
+ * Copies a partition to a file. The file is created if it is missing and appended to if it is not:
+ * remove it first for a fresh copy. What the file does not take is not noticed.
+ *
+ * @param device     path of the partition's device
+ * @param file       path of the output file
+ * @param hasHeader  not 0: copies the file that was written with a length header; 0: copies the
+ *                   whole partition
+ * @return BSP_OK, also when a partition has no valid length header (then no file is made);
+ *         BSP_E_NULL; BSP_E_LOCK; BSP_E_OPEN; BSP_E_ERASE when the geometry query fails (messages
+ *         are printed with these three); BSP_E_NO_MEMORY; BSP_E_WRITE when a seek of the device
+ *         fails; BSP_E_SHORT_READ
+ */
+BSP_API int32_t bsp_mtd_read_to_file(const char *device, const char *file, int32_t hasHeader);
+
+/**
+ * Erases the first erase block of a partition, and only that. Takes no lock.
+ *
+ * @param device  path of the partition's device
+ * @return BSP_OK; BSP_E_NULL; BSP_E_OPEN; BSP_E_ERASE when the geometry query or the erase fails
+ *         (messages are printed)
+ */
+BSP_API int32_t bsp_mtd_erase(const char *device);
+
+/* ------------------------------------------------------------------------------------------------
+ * Images and upgrades
+ * --------------------------------------------------------------------------------------------- */
+
+#define BSP_OS_HEADER_SIZE 512 /**< bytes of an operating-system image's header block */
+
+/** What bspImageUpgrade() replaces. */
+enum BspImageKind {
+    BSP_IMAGE_OS = 1,   /**< an operating-system image */
+    BSP_IMAGE_BOOT = 2, /**< the boot loader */
+    BSP_IMAGE_CPLD = 4  /**< the CPLD's logic */
+};
+
+/**
+ * Reads the header block of a stored operating-system image from its fixed place in the bank (by
+ * the command nanddump, under the flash lock). The block is not interpreted: an empty bank gives
+ * 512 bytes of 0xFF.
+ *
+ * @param header  receives BSP_OS_HEADER_SIZE bytes
+ * @param bank    0 for /dev/mtd12, any other value for /dev/mtd14
+ * @return BSP_OK; BSP_E_NULL; BSP_E_LOCK; BSP_E_FAILED when the command fails; BSP_E_OPEN or
+ *         BSP_E_SHORT_READ when the command's output (/tmp/bsp/osHeader.bin) cannot be read; or the
+ *         status of the command that removes it. Messages are printed with all but the first and
+ * the last failure
+ */
+BSP_API int32_t bspOsImageInfoGet(uint8_t *header, int32_t bank);
+
+/**
+ * Replaces an image of the board. Takes minutes; a power cut on the way leaves the image
+ * incomplete.
+ *
+ * Operating system (BSP_IMAGE_OS): erases the bank, writes the file and a copy of its header block
+ * (by the commands flash_erase and nandwrite, under the flash lock). A failure after the erase
+ * leaves the bank erased or incomplete; the other bank is never touched. The file has at most
+ * 40894464 bytes (39 MiB) and at least 512. Messages are printed with all failures but BSP_E_NULL
+ * and those of the header block's bytes.
+ *  - BSP_E_NULL; BSP_E_SHORT_READ for a missing file or a header block that cannot be read;
+ *    BSP_E_FAILED for a file that is too large, for a path that is too long for a command line (127
+ *    characters), or when a command fails; BSP_E_LOCK; BSP_E_NO_MEMORY; BSP_E_OPEN; BSP_E_WRITE for
+ *    a file of fewer than 512 bytes (found after it was written); or the status of the command that
+ *    removes the work file.
+ *
+ * Boot loader (BSP_IMAGE_BOOT): checks the file (trailer of 80 bytes: magic, board name, length,
+ * two CRCs), then erases /dev/mtd0 and writes it.
+ *  - BSP_E_NULL; BSP_E_SHORT_READ for a missing file or one that cannot be read whole; BSP_E_FAILED
+ *    for a file above 1 MiB or one that fails the check (messages are printed); BSP_E_NO_MEMORY;
+ *    BSP_E_OPEN. A write to flash that fails is printed ("Update bios file error(%d), ...") and
+ *    answers BSP_OK all the same.
+ *
+ * CPLD (BSP_IMAGE_CPLD): the kernel module opens the file and programs the CPLD.
+ *  - the status of bspCpldUpgrade_handle().
+ *
+ * @param kind  a value of ::BspImageKind
+ * @param file  path of the image file
+ * @param bank  of an operating-system image: 0 for /dev/mtd12, any other value for /dev/mtd14;
+ *              otherwise not used
+ * @return BSP_OK; a status of the image's kind, above; BSP_E_NOT_SUPPORTED for another kind
+ */
+BSP_API int32_t bspImageUpgrade(int32_t kind, const char *file, int32_t bank);
 
 /* ------------------------------------------------------------------------------------------------
  * Power over Ethernet
@@ -1152,6 +1361,45 @@ BSP_API int32_t ioSerialNumSet(const char *serial, int32_t len);
 BSP_API int32_t ioMfgDateGet(char *date);
 /** As bspMfgDateSet(). */
 BSP_API int32_t ioMfgDateSet(const char *date);
+/** As bspBootModeGet(). */
+BSP_API int32_t ioBootModeGet(uint32_t *mode);
+/** As bspBootModeSet(). */
+BSP_API int32_t ioBootModeSet(int32_t mode);
+/** As bspBootFlagGet(). */
+BSP_API int32_t ioBootFlagGet(int32_t *flag);
+/** As bspBootFlagSet(). */
+BSP_API int32_t ioBootFlagSet(int32_t flag);
+/** As bspBaudrateGet(). */
+BSP_API int32_t ioBaudrateGet(uint32_t *rate);
+/** As bspBaudrateSet(). */
+BSP_API int32_t ioBaudrateSet(uint32_t rate);
+/** As bspConsolePwdValidGet(). */
+BSP_API int32_t ioConsolePwdValidGet(uint32_t *valid);
+/** As bspConsolePwdValidSet(). */
+BSP_API int32_t ioConsolePwdValidSet(int32_t valid);
+/** As bspUserPwdValidGet(). */
+BSP_API int32_t ioUserPwdValidGet(uint32_t *valid);
+/** As bspUserPwdValidSet(). */
+BSP_API int32_t ioUserPwdValidSet(int32_t valid);
+/** As bspBootPwdGet(). */
+BSP_API int32_t ioBootPwdGet(char *pwd);
+/** As bspBootPwdSet(). */
+BSP_API int32_t ioBootPwdSet(const char *pwd);
+/** As bspOsImageInfoGet(). */
+BSP_API int32_t ioOsImageInfoGet(uint8_t *header, int32_t bank);
+/** Writes an operating-system image: bspImageUpgrade() of kind BSP_IMAGE_OS. */
+BSP_API int32_t ioImageUpgrade(const char *file, int32_t bank);
+/** Upgrades the boot loader: bspImageUpgrade() of kind BSP_IMAGE_BOOT. */
+BSP_API int32_t ioBiosUpgrade(const char *file);
+/** Upgrades the CPLD: bspImageUpgrade() of kind BSP_IMAGE_CPLD. */
+BSP_API int32_t ioCpldUpgrade(const char *file);
+/**
+ * Stores the boot flag, waits a second, and resets the board as bspHwReboot() does. Neither the
+ * flag's nor the reset's failure is told.
+ *
+ * @return BSP_OK, when the reset comes back at all
+ */
+BSP_API int32_t ioRebootEx(int32_t flag);
 /** As bspPowerNumGet(). */
 BSP_API int32_t ioPowerNumGet(int32_t *out);
 /** As bspPowerPresentGet(). */

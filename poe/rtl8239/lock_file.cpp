@@ -1,10 +1,9 @@
 // The file that keeps the processes of the board apart on the way to the controller. Its first byte
 // counts the frames.
 
+#include "support/lock_file.h"
 #include "poe/rtl8239/transport.h"
 
-#include <cstdio>
-#include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -13,16 +12,9 @@ constexpr char kLockPath[] = "/tmp/bspPoeLockFile";
 }
 
 int32_t bspPoeLockFileOpen(int32_t *lockResult) {
-    int fd = open(kLockPath, O_RDWR | O_CREAT | O_CLOEXEC, 0644);
-    if (fd == 0) {
-        // 0 says "no lock file" to the callers, so a descriptor of that number is moved up.
-        fd = fcntl(fd, F_DUPFD_CLOEXEC, 1);
-        close(0);
-    }
-    if (fd < 0) {
-        std::perror("open /tmp/bspPoeLockFile error \n");
+    const int fd = bsp::openLockFile(kLockPath, "open /tmp/bspPoeLockFile error \n");
+    if (fd == 0)
         return 0;
-    }
     const int32_t result = flock(fd, LOCK_EX);
     if (lockResult != nullptr)
         *lockResult = result;

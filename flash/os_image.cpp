@@ -1,0 +1,181 @@
+// The operating-system images: one NAND partition per bank, written and read by the system's MTD
+// utilities, which know bad blocks.
+
+#include "flash/os_image.h"
+
+#include "flash/flash_lock.h"
+#include "flash/partition.h"
+#include "flash/shell_command.h"
+#include "support/message.h"
+#include "support/owned.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using bsp::CallSite;
+using bsp::ShellCommand;
+using bsp::ShellWord;
+
+namespace {
+
+constexpr off_t kLargestImage = 0x2700000;
+constexpr unsigned kHeaderOffset = 0x2700000; // of the header block's copy in a partition
+constexpr unsigned kHeaderSize = BSP_OS_HEADER_SIZE;
+constexpr char kHeaderFile[] = "/tmp/bsp/osHeader.bin";
+
+/** A message of this file: prefix, text, carriage return. */
+void reportLine(const char *text, CallSite site) {
+    std::printf("%s-%d: %s\r\n", site.function, site.line, text);
+}
+
+/** The size of an image file, if it is one that a bank can hold. */
+int32_t readImageSize(const char *file, off_t *size, CallSite site = CallSite::here()) {
+    struct stat info = {};
+    if (stat(file, &info) != 0) {
+        reportLine("OS file state get failed", site);
+        return BSP_E_SHORT_READ;
+    }
+    if (info.st_size > kLargestImage) {
+        std::printf("%s-%d: OS file size %d > max %d\r\n", site.function, site.line,
+                    static_cast<int>(info.st_size), static_cast<int>(kLargestImage));
+        return BSP_E_FAILED;
+    }
+    *size = info.st_size;
+    return BSP_OK;
+}
+
+int openReported(const char *path, int flags, mode_t mode = 0, CallSite site = CallSite::here()) {
+    const int fd = open(path, flags | O_CLOEXEC, mode);
+    if (fd < 0)
+        std::printf("%s-%d: open %s fail.\r\n", site.function, site.line, path);
+    return fd;
+}
+
+/** Runs a command of the image's way into flash. Its exit status is not taken apart. */
+int32_t runReported(const ShellCommand &command, const char *work, const char *device,
+                    CallSite site = CallSite::here()) {
+    const int result = command.run();
+    if (result == 0)
+        return BSP_OK;
+    std::printf("%s-%d: %s %s error, ret = %d\n", site.function, site.line, work, device, result);
+    return BSP_E_FAILED;
+}
+
+int32_t headerFailed(int32_t status, CallSite site = CallSite::here()) {
+    if (status != BSP_OK)
+        reportLine("get OS file header failed.", site);
+    return status;
+}
+
+int32_t removeHeaderFile() {
+    return ShellCommand("rm -f %s", kHeaderFile).run();
+}
+
+} // namespace
+
+int32_t bsp_os_image_write(const char *device, const char *file) {
+    if (device == nullptr || file == nullptr)
+        return BSP_E_NULL;
+    off_t size = 0;
+    if (const int32_t status = readImageSize(file, &size); status != BSP_OK)
+        return status;
+
+    const ShellWord partition(device);
+    const ShellWord image(file);
+    const ShellCommand erase("flash_erase -q %s 0 0", partition.text());
+    const ShellCommand writeImage("nandwrite -q -p %s %s", partition.text(), image.text());
+    const ShellCommand writeHeader("nandwrite -q -p -s %#x %s %s", kHeaderOffset, partition.text(),
+                                   kHeaderFile);
+    // A name that is too long is refused while the old image is still there.
+    if (!erase.fits() || !writeImage.fits() || !writeHeader.fits())
+        return BSP_E_FAILED;
+
+    const bsp::FlashLock lock;
+    if (lock.hasFailed()) {
+        reportLine("flash lock failed", CallSite::here());
+        return BSP_E_LOCK;
+    }
+    if (const int32_t status = runReported(erase, "erase", device); status != BSP_OK)
+        return status;
+    if (const int32_t status = runReported(writeImage, "write", device); status != BSP_OK)
+        return status;
+    if (const int32_t status = headerFailed(bsp_os_file_header_to_file(file, kHeaderFile));
+        status != BSP_OK)
+        return status;
+    if (const int32_t status = runReported(writeHeader, "write", device); status != BSP_OK)
+        return status;
+    return removeHeaderFile();
+}
+
+int32_t bsp_os_file_header_to_file(const char *imageFile, const char *headerFile) {
+    if (imageFile == nullptr || headerFile == nullptr)
+        return BSP_E_NULL;
+    off_t size = 0;
+    if (const int32_t status = readImageSize(imageFile, &size); status != BSP_OK)
+        return status;
+    const bsp::PageBuffer header(static_cast<uint8_t *>(std::malloc(kHeaderSize)));
+    if (header == nullptr) {
+        reportLine("malloc fail.", CallSite::here());
+        return BSP_E_NO_MEMORY;
+    }
+    const bsp::Descriptor image(openReported(imageFile, O_RDONLY));
+    if (!image.isOpen())
+        return BSP_E_OPEN;
+    // An image without room for a header block has no such position.
+    const off_t start = size - static_cast<off_t>(kHeaderSize);
+    if (start < 0 || lseek(image.get(), start, SEEK_SET) != start)
+        return BSP_E_WRITE;
+    if (!bsp::readWhole(image.get(), header.get(), kHeaderSize))
+        return BSP_E_SHORT_READ;
+    const bsp::Descriptor copy(openReported(headerFile, O_RDWR | O_CREAT, 0644));
+    if (!copy.isOpen())
+        return BSP_E_OPEN;
+    [[maybe_unused]] const ssize_t written = write(copy.get(), header.get(), kHeaderSize);
+    return BSP_OK;
+}
+
+int32_t bsp_os_header_file_to_buffer(const char *headerFile, uint8_t *buffer) {
+    if (headerFile == nullptr || buffer == nullptr)
+        return BSP_E_NULL;
+    const bsp::Descriptor file(openReported(headerFile, O_RDONLY));
+    if (!file.isOpen())
+        return BSP_E_OPEN;
+    uint8_t header[kHeaderSize];
+    if (!bsp::readWhole(file.get(), header, sizeof(header)))
+        return BSP_E_SHORT_READ;
+    std::copy(std::begin(header), std::end(header), buffer);
+    return BSP_OK;
+}
+
+int32_t bspOsImageInfoGet(uint8_t *header, int32_t bank) {
+    if (header == nullptr)
+        return BSP_E_NULL;
+    const char *device = bsp::bankDevice(bank);
+    int result = 0;
+    {
+        const bsp::FlashLock lock;
+        if (lock.hasFailed()) {
+            reportLine("flash lock failed", CallSite::here());
+            return BSP_E_LOCK;
+        }
+        result = ShellCommand("nanddump -q -s %#x -l %#x %s -f %s", kHeaderOffset, kHeaderSize,
+                              device, kHeaderFile)
+                     .run();
+    }
+    if (result != 0) {
+        // The letter behind the line's end belongs to the message: log filters know it so.
+        std::printf("%s-%d: dump %s error, ret = %d\nn", __func__, __LINE__, device, result);
+        return BSP_E_FAILED;
+    }
+    uint8_t block[kHeaderSize];
+    if (const int32_t status = headerFailed(bsp_os_header_file_to_buffer(kHeaderFile, block));
+        status != BSP_OK)
+        return status;
+    if (const int32_t status = removeHeaderFile(); status != BSP_OK)
+        return status;
+    std::copy(std::begin(block), std::end(block), header);
+    return BSP_OK;
+}

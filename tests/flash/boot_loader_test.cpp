@@ -1,0 +1,233 @@
+// The boot loader's upgrade file, and its way into flash.
+
+#include "flash/boot_loader.h"
+
+#include "bsp.h"
+#include "tests/support/fake_flash.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr char kFile[] = "/images/boot.bin";
+constexpr size_t kTrailer = 80;
+
+void put(Bytes &bytes, size_t offset, uint32_t value) {
+    for (size_t i = 0; i < 4; ++i)
+        bytes[offset + i] = static_cast<uint8_t>(value >> (24 - 8 * i));
+}
+
+/** CRC-32 bit by bit, apart from the library's own. */
+uint32_t crcOf(const Bytes &bytes) {
+    uint32_t crc = 0xFFFFFFFF;
+    for (const uint8_t byte : bytes) {
+        crc ^= byte;
+        for (int bit = 0; bit < 8; ++bit)
+            crc = crc >> 1 ^ ((crc & 1) != 0 ? 0xEDB88320 : 0);
+    }
+    return ~crc;
+}
+
+void seal(Bytes &file) {
+    const size_t at = file.size() - kTrailer;
+    const auto trailer = file.begin() + static_cast<ptrdiff_t>(at);
+    put(file, at + 12,
+        crcOf(joined({Bytes(trailer, trailer + 12), Bytes(trailer + 16, file.end())})));
+}
+
+/** A valid upgrade file of so many bytes. */
+Bytes upgradeFile(size_t size) {
+    Bytes file = patterned(size - kTrailer);
+    const uint32_t dataCrc = crcOf(file);
+    Bytes trailer(kTrailer, 0);
+    put(trailer, 0, 0x424F4F54);
+    put(trailer, 4, 0x11223344);
+    put(trailer, 8, 80);
+    put(trailer, 16, 0x55667788);
+    put(trailer, 20, dataCrc);
+    std::memcpy(trailer.data() + 32, "ZENTRAV48_BOOT", 14);
+    file.insert(file.end(), trailer.begin(), trailer.end());
+    seal(file);
+    return file;
+}
+
+class BootLoaderTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        flash.addPartition("/dev/mtd0", 0x180000, 0x10000, 2048);
+        flash.files[kFile].content = upgradeFile(5000);
+    }
+
+    Answer check(const Bytes &file) {
+        return flash.run(
+            [&] { return bsp_bios_file_check(file.data(), static_cast<uint32_t>(file.size())); });
+    }
+
+    Answer upgrade() {
+        return flash.run([] { return bspImageUpgrade(BSP_IMAGE_BOOT, kFile, 1); });
+    }
+
+    FakeFlash flash;
+};
+
+constexpr char kError0[] = "Bios file header error(0).\n";
+constexpr char kError1[] = "Bios file header error(1).\n";
+constexpr char kError2[] = "Bios file header error(2).\n";
+constexpr char kDataError[] = "Bios file data error.\n";
+
+TEST_F(BootLoaderTest, AGoodFilePasses) {
+    for (const size_t size : {size_t{80}, size_t{81}, size_t{5000}})
+        EXPECT_EQ(check(upgradeFile(size)), kSilentSuccess);
+}
+
+TEST_F(BootLoaderTest, EveryByteIsChecked) {
+    const Bytes good = upgradeFile(100);
+    for (size_t i = 0; i < good.size(); ++i) {
+        SCOPED_TRACE(i);
+        Bytes bad = good;
+        bad[i] ^= 0x40;
+        const size_t field = i - 20; // offset in the trailer
+        const bool isMagicOrName = field < 4 || (field >= 32 && field < 47);
+        const char *message = i < 20                     ? kDataError
+                              : isMagicOrName            ? kError0
+                              : field >= 8 && field < 12 ? kError1
+                                                         : kError2;
+        EXPECT_EQ(check(bad), (Answer{-1, message}));
+    }
+}
+
+TEST_F(BootLoaderTest, TheFirstWrongFieldIsTold) {
+    Bytes file = upgradeFile(100);
+    file[0] ^= 1;
+    EXPECT_EQ(check(file), (Answer{-1, kDataError}));
+    file[20 + 16] ^= 1;
+    EXPECT_EQ(check(file), (Answer{-1, kError2}));
+    put(file, 20 + 8, 81);
+    EXPECT_EQ(check(file), (Answer{-1, kError1}));
+    file[20 + 32] = 'z';
+    EXPECT_EQ(check(file), (Answer{-1, kError0}));
+}
+
+TEST_F(BootLoaderTest, FieldsAreJudgedBehindTheirOwnCrc) {
+    const auto sealed = [](size_t offset, uint8_t value) {
+        Bytes file = upgradeFile(100);
+        file[20 + offset] = value;
+        seal(file);
+        return file;
+    };
+    EXPECT_EQ(check(sealed(4, 0xFF)), kSilentSuccess);  // not interpreted
+    EXPECT_EQ(check(sealed(16, 0xFF)), kSilentSuccess); // not interpreted
+    EXPECT_EQ(check(sealed(24, 0xFF)), kSilentSuccess); // not interpreted
+    EXPECT_EQ(check(sealed(31, 0xFF)), kSilentSuccess); // not interpreted
+    EXPECT_EQ(check(sealed(47, 'x')), kSilentSuccess);  // behind the name's end
+    EXPECT_EQ(check(sealed(79, 'x')), kSilentSuccess);
+    EXPECT_EQ(check(sealed(46, '2')), (Answer{-1, kError0})); // a longer name
+    EXPECT_EQ(check(sealed(45, 0)), (Answer{-1, kError0}));   // a shorter one
+    EXPECT_EQ(check(sealed(0, 'b')), (Answer{-1, kError0}));
+    EXPECT_EQ(check(sealed(11, 81)), (Answer{-1, kError1}));
+    EXPECT_EQ(check(sealed(8, 1)), (Answer{-1, kError1}));
+    EXPECT_EQ(check(sealed(20, 0)), (Answer{-1, kDataError}));
+}
+
+TEST_F(BootLoaderTest, AFileWithoutATrailerHasAWrongOne) {
+    const Bytes file = upgradeFile(80);
+    for (size_t size = 1; size < 80; ++size)
+        EXPECT_EQ(check(Bytes(file.begin() + static_cast<ptrdiff_t>(80 - size), file.end())),
+                  (Answer{-1, kError0}));
+    EXPECT_EQ(flash.run([&] { return bsp_bios_file_check(file.data(), 0); }),
+              (Answer{-1, kError0}));
+    EXPECT_EQ(flash.run([] { return bsp_bios_file_check(nullptr, 100); }), (Answer{BSP_E_NULL}));
+}
+
+const Calls kReading = {"stat /images/boot.bin", "malloc 1048576", "fopen /images/boot.bin rb",
+                        "fread /images/boot.bin 1 x 5000", "fclose /images/boot.bin"};
+
+TEST_F(BootLoaderTest, IsCheckedAndWrittenWhole) {
+    EXPECT_EQ(upgrade(), kSilentSuccess);
+    Calls begin = flash.calls;
+    begin.resize(kReading.size() + 5);
+    EXPECT_EQ(begin, joined({kReading,
+                             kLocking,
+                             {"stat /images/boot.bin", "open /images/boot.bin read-only sync",
+                              "open /dev/mtd0 read-write sync"}}));
+    EXPECT_EQ(flash.callsOf("erase").size(), 0x18u) << "the whole partition";
+    EXPECT_EQ(flash.callsOf("write").size(), 3u);
+    const Bytes &stored = flash.files["/dev/mtd0"].content;
+    EXPECT_EQ(Bytes(stored.begin(), stored.begin() + 5000), upgradeFile(5000))
+        << "without a length header";
+}
+
+TEST_F(BootLoaderTest, TheLargestFileHas1MiB) {
+    flash.files[kFile].content = upgradeFile(1048576);
+    EXPECT_EQ(upgrade(), kSilentSuccess);
+    flash.files[kFile].content = upgradeFile(1048577);
+    EXPECT_EQ(upgrade(), (Answer{-1, "Bios file size error.\r\n"}));
+    EXPECT_EQ(flash.calls, (Calls{"stat /images/boot.bin"}));
+}
+
+TEST_F(BootLoaderTest, AFileThatFailsTheCheckIsNotWritten) {
+    flash.files[kFile].content[7] ^= 1;
+    EXPECT_EQ(upgrade(), (Answer{-1, "Bios file data error.\nBios file is invalid. \r\n"}));
+    EXPECT_EQ(flash.calls, joined({kReading, {"free"}}));
+    flash.files[kFile].content.clear();
+    EXPECT_EQ(upgrade(), (Answer{-1, "Bios file header error(0).\nBios file is invalid. \r\n"}));
+}
+
+TEST_F(BootLoaderTest, FailuresBeforeTheCheck) {
+    struct Case {
+        const char *call;
+        int64_t result;
+        Answer answer;
+        size_t calls;
+    };
+    const Case cases[] = {
+        {"stat", -1, {BSP_E_SHORT_READ}, 1},
+        {"malloc 1048576", -1, {BSP_E_NO_MEMORY}, 2},
+        {"fopen", -1, {BSP_E_OPEN}, 4},
+        {"fread", 4999, {BSP_E_SHORT_READ, "Reading Bios filesize 4999 failed.\r\n"}, 6},
+        {"fread", 0, {BSP_E_SHORT_READ, "Reading Bios filesize 0 failed.\r\n"}, 6},
+    };
+    for (const Case &row : cases) {
+        flash.clearFailures();
+        flash.fail(row.call, 1, row.result);
+        EXPECT_EQ(upgrade(), row.answer);
+        EXPECT_TRUE(flash.allFailed());
+        EXPECT_EQ(flash.calls.size(), row.calls) << "nothing else is done";
+    }
+    EXPECT_EQ(flash.run([] { return bspImageUpgrade(BSP_IMAGE_BOOT, nullptr, 0); }),
+              (Answer{BSP_E_NULL}));
+    EXPECT_EQ(flash.calls, (Calls{}));
+}
+
+TEST_F(BootLoaderTest, AFailedWriteIsPrintedAndAnsweredWithSuccess) {
+    struct Case {
+        const char *call;
+        int64_t result;
+        const char *printed;
+    };
+    const Case cases[] = {
+        {"open /dev/mtd0", -1,
+         "\nopen /dev/mtd0 fail.\n"
+         "Update bios file error(-1), you'd better try again...\r\n"},
+        {"geometry", -7,
+         "get /dev/mtd0(fd=1002) info error, ret = -7 \n"
+         "Update bios file error(-7), you'd better try again...\r\n"},
+        {"seek /dev/mtd0", -1, "Update bios file error(1014), you'd better try again...\r\n"},
+        {"read /images", 3, "Update bios file error(1011), you'd better try again...\r\n"},
+        {"malloc 2048", -1, "malloc error "},
+    };
+    for (const Case &row : cases) {
+        flash.clearFailures();
+        flash.fail(row.call, 1, row.result);
+        EXPECT_EQ(upgrade(), (Answer{BSP_OK, row.printed}));
+        EXPECT_TRUE(flash.allFailed());
+    }
+}
+
+TEST_F(BootLoaderTest, ATooSmallPartitionIsToldByTheMessageAlone) {
+    flash.addPartition("/dev/mtd0", 4096, 4096, 2048);
+    EXPECT_EQ(upgrade(), (Answer{BSP_OK, "Error, file size 5000 is big than mtd size 4096. \n"}));
+}
+
+} // namespace

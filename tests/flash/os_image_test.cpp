@@ -1,0 +1,338 @@
+// Operating-system images in their banks.
+
+#include "flash/os_image.h"
+
+#include "bsp.h"
+#include "tests/support/fake_flash.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr char kFile[] = "/images/os.bin";
+constexpr char kHeaderFile[] = "/tmp/bsp/osHeader.bin";
+constexpr size_t kLargest = 0x2700000;
+
+const std::string kErase = "system flash_erase -q /dev/mtd12 0 0";
+const std::string kWrite = "system nandwrite -q -p /dev/mtd12 /images/os.bin";
+const std::string kWriteHeader =
+    "system nandwrite -q -p -s 0x2700000 /dev/mtd12 /tmp/bsp/osHeader.bin";
+const std::string kRemove = "system rm -f /tmp/bsp/osHeader.bin";
+
+class OsImageTest : public testing::Test {
+  protected:
+    void SetUp() override { flash.files[kFile].content = patterned(3000); }
+
+    Answer write(const char *file = kFile, int32_t bank = 0) {
+        return flash.run([&] { return bspImageUpgrade(BSP_IMAGE_OS, file, bank); });
+    }
+
+    /** The shell's nanddump, which leaves these bytes. */
+    void dump(const Bytes &header) {
+        flash.onCommand = [this, header](const std::string &command) {
+            if (command.find("nanddump") == 0)
+                flash.files[kHeaderFile].content = header;
+            return 0;
+        };
+    }
+
+    Answer readHeader(int32_t bank = 0) {
+        buffer.assign(BSP_OS_HEADER_SIZE + 1, 0xA5);
+        return flash.run([&] { return bspOsImageInfoGet(buffer.data(), bank); });
+    }
+
+    FakeFlash flash;
+    Bytes buffer;
+    const Bytes untouched = Bytes(BSP_OS_HEADER_SIZE + 1, 0xA5);
+};
+
+Bytes lastOf(const Bytes &bytes) {
+    return {bytes.end() - 512, bytes.end()};
+}
+
+const Calls kCopyingTheHeader = {
+    "stat /images/os.bin",
+    "malloc 512",
+    "open /images/os.bin read-only",
+    "seek /images/os.bin 2488",
+    "read /images/os.bin 512",
+    "open /tmp/bsp/osHeader.bin read-write create 0644",
+    "write /tmp/bsp/osHeader.bin 512",
+    "close /tmp/bsp/osHeader.bin",
+    "close /images/os.bin",
+    "free",
+};
+
+TEST_F(OsImageTest, IsErasedWrittenAndFollowedByItsHeader) {
+    EXPECT_EQ(write(), kSilentSuccess);
+    EXPECT_EQ(flash.calls, joined({{"stat /images/os.bin"},
+                                   kLocking,
+                                   {kErase, kWrite},
+                                   kCopyingTheHeader,
+                                   {kWriteHeader, kRemove},
+                                   kUnlocking}));
+    EXPECT_EQ(flash.files[kHeaderFile].content, lastOf(patterned(3000)));
+}
+
+TEST_F(OsImageTest, TheOtherBankIsAnyOtherNumber) {
+    for (const int32_t bank : {1, 7, -1}) {
+        EXPECT_EQ(write(kFile, bank), kSilentSuccess);
+        EXPECT_EQ(flash.callsOf("system"),
+                  (Calls{"system flash_erase -q /dev/mtd14 0 0",
+                         "system nandwrite -q -p /dev/mtd14 /images/os.bin",
+                         "system nandwrite -q -p -s 0x2700000 /dev/mtd14 /tmp/bsp/osHeader.bin",
+                         kRemove}));
+    }
+}
+
+TEST_F(OsImageTest, AnOldHeaderFileIsOverwrittenNotCut) {
+    flash.files[kHeaderFile].content = Bytes(600, 0xEE);
+    EXPECT_EQ(write(), kSilentSuccess);
+    EXPECT_EQ(flash.files[kHeaderFile].content, joined({lastOf(patterned(3000)), Bytes(88, 0xEE)}));
+}
+
+TEST_F(OsImageTest, TheLargestImageHas39MiB) {
+    flash.files[kFile].content = Bytes(kLargest, 0);
+    EXPECT_EQ(write(), kSilentSuccess);
+    EXPECT_EQ(flash.callsOf("seek"), (Calls{"seek /images/os.bin 40893952"}));
+    flash.files[kFile].content.push_back(0);
+    EXPECT_EQ(write(),
+              (Answer{-1, "bsp_os_image_write-#: OS file size 40894465 > max 40894464\r\n"}));
+    EXPECT_EQ(flash.calls, (Calls{"stat /images/os.bin"})) << "refused before the lock";
+}
+
+TEST_F(OsImageTest, AnImageWithoutAHeaderIsNoticedWhenItIsWritten) {
+    for (const size_t size : {size_t{0}, size_t{1}, size_t{510}, size_t{511}}) {
+        flash.files[kFile].content = patterned(size);
+        EXPECT_EQ(write(),
+                  (Answer{BSP_E_WRITE, "bsp_os_image_write-#: get OS file header failed.\r\n"}));
+        EXPECT_EQ(flash.callsOf("system"), (Calls{kErase, kWrite}));
+    }
+    flash.files[kFile].content = patterned(512);
+    EXPECT_EQ(write(), kSilentSuccess);
+    EXPECT_EQ(flash.files[kHeaderFile].content, patterned(512));
+}
+
+TEST_F(OsImageTest, NeedsFileAndDevice) {
+    EXPECT_EQ(write(nullptr), (Answer{BSP_E_NULL}));
+    EXPECT_EQ(flash.run([] { return bsp_os_image_write(nullptr, kFile); }), (Answer{BSP_E_NULL}));
+    EXPECT_EQ(flash.calls, (Calls{}));
+}
+
+TEST_F(OsImageTest, NothingIsErasedWithoutTheLock) {
+    flash.failAlways("lock");
+    EXPECT_EQ(write(), (Answer{BSP_E_LOCK, "bsp_flash_lock_set failed: type=1, retry_times=100 \n"
+                                           "bsp_os_image_write-#: flash lock failed\r\n"}));
+    EXPECT_EQ(
+        flash.calls,
+        joined({{"stat /images/os.bin", kLocking[0]}, hundredTimes(kLocking[1]), kUnlocking}));
+}
+
+TEST_F(OsImageTest, WorksWithoutALockFile) {
+    flash.fail("open /tmp/bspFlashLockFile");
+    EXPECT_EQ(write(), kSilentSuccess);
+    EXPECT_EQ(flash.callsOf("system").size(), 4u);
+}
+
+TEST_F(OsImageTest, EveryFailureEndsIt) {
+    struct Case {
+        std::string call;
+        int nth;
+        int64_t result;
+        Answer answer;
+        size_t commands;
+    };
+    const std::string headerFailed = "bsp_os_image_write-#: get OS file header failed.\r\n";
+    const Case cases[] = {
+        {"stat",
+         1,
+         -1,
+         {BSP_E_SHORT_READ, "bsp_os_image_write-#: OS file state get failed\r\n"},
+         0},
+        {kErase, 1, 256, {-1, "bsp_os_image_write-#: erase /dev/mtd12 error, ret = 256\n"}, 1},
+        {kWrite, 1, -1, {-1, "bsp_os_image_write-#: write /dev/mtd12 error, ret = -1\n"}, 2},
+        {"stat",
+         2,
+         -1,
+         {BSP_E_SHORT_READ,
+          "bsp_os_file_header_to_file-#: OS file state get failed\r\n" + headerFailed},
+         2},
+        {"malloc 512",
+         1,
+         -1,
+         {BSP_E_NO_MEMORY, "bsp_os_file_header_to_file-#: malloc fail.\r\n" + headerFailed},
+         2},
+        {"open /images/os.bin",
+         1,
+         -1,
+         {BSP_E_OPEN, "bsp_os_file_header_to_file-#: open /images/os.bin fail.\r\n" + headerFailed},
+         2},
+        {"seek", 1, -1, {BSP_E_WRITE, headerFailed}, 2},
+        {"seek", 1, 2487, {BSP_E_WRITE, headerFailed}, 2},
+        {"read /images/os.bin", 1, 511, {BSP_E_SHORT_READ, headerFailed}, 2},
+        {"open /tmp/bsp/",
+         1,
+         -1,
+         {BSP_E_OPEN,
+          "bsp_os_file_header_to_file-#: open /tmp/bsp/osHeader.bin fail.\r\n" + headerFailed},
+         2},
+        {"write /tmp/bsp/", 1, -1, {BSP_OK}, 4}, // not noticed
+        {kWriteHeader,
+         1,
+         512,
+         {-1, "bsp_os_image_write-#: write /dev/mtd12 error, ret = 512\n"},
+         3},
+        {kRemove, 1, 256, {256}, 4},
+        {kRemove, 1, -1, {-1}, 4},
+    };
+    for (const Case &row : cases) {
+        SCOPED_TRACE(row.call);
+        flash.clearFailures();
+        flash.fail(row.call, row.nth, row.result);
+        EXPECT_EQ(write(), row.answer);
+        EXPECT_TRUE(flash.allFailed());
+        EXPECT_EQ(flash.callsOf("system").size(), row.commands);
+    }
+}
+
+TEST_F(OsImageTest, NamesThatMeanSomethingToTheShellAreQuoted) {
+    const struct {
+        const char *name, *word;
+    } cases[] = {
+        {"os-1.2_3+a,b:c=d@e%f", "os-1.2_3+a,b:c=d@e%f"},
+        {"r\xC3\xA9seau", "r\xC3\xA9seau"},
+        {"my image", "'my image'"},
+        {"a;reboot", "'a;reboot'"},
+        {"$HOME", "'$HOME'"},
+        {"a'b", "'a'\\''b'"},
+        {"~a", "'~a'"},
+        {"#a", "'#a'"},
+        {"a\nb", "'a\nb'"},
+        {"a\\b", "'a\\b'"},
+        {"a*", "'a*'"},
+    };
+    for (const auto &row : cases) {
+        flash.files[row.name].content = patterned(600);
+        EXPECT_EQ(write(row.name), kSilentSuccess);
+        const Calls commands = flash.callsOf("system");
+        ASSERT_EQ(commands.size(), 4u);
+        EXPECT_EQ(commands[1], std::string("system nandwrite -q -p /dev/mtd12 ") + row.word);
+    }
+}
+
+TEST_F(OsImageTest, TheLongestCommandLineHas127Characters) {
+    const size_t room = 127 - std::string("nandwrite -q -p /dev/mtd12 ").size();
+    const auto named = [&](const std::string &name) {
+        flash.files[name].content = patterned(600);
+        return write(name.c_str());
+    };
+    EXPECT_EQ(named(std::string(room, 'a')), kSilentSuccess);
+    EXPECT_EQ(flash.callsOf("system")[1].size(), std::string("system ").size() + 127);
+    EXPECT_EQ(named(std::string(room - 2, ' ')), kSilentSuccess) << "quotes count";
+    for (const std::string &name :
+         {std::string(room + 1, 'a'), std::string(room - 1, ' '), std::string(room, '\''),
+          std::string(126, '\''), std::string(127, 'a'), std::string(128, 'a'),
+          std::string(4000, '\''), std::string(4000, 'a')}) {
+        EXPECT_EQ(named(name), (Answer{-1}));
+        EXPECT_EQ(flash.calls, (Calls{"stat " + name})) << "nothing is erased";
+    }
+}
+
+// The header block
+
+TEST_F(OsImageTest, TheHeaderIsDumpedUnderTheLockAndReadBehindIt) {
+    dump(patterned(512));
+    EXPECT_EQ(readHeader(), kSilentSuccess);
+    EXPECT_EQ(flash.calls,
+              joined({kLocking,
+                      {"system nanddump -q -s 0x2700000 -l 0x200 /dev/mtd12 -f "
+                       "/tmp/bsp/osHeader.bin"},
+                      kUnlocking,
+                      {"open /tmp/bsp/osHeader.bin read-only", "read /tmp/bsp/osHeader.bin 512",
+                       "close /tmp/bsp/osHeader.bin", kRemove}}));
+    EXPECT_EQ(buffer, joined({patterned(512), Bytes{0xA5}}));
+}
+
+TEST_F(OsImageTest, TheHeaderOfTheOtherBank) {
+    for (const int32_t bank : {1, 7, -1}) {
+        dump(Bytes(512, 0xFF));
+        EXPECT_EQ(readHeader(bank), kSilentSuccess);
+        EXPECT_EQ(
+            flash.callsOf("system nanddump"),
+            (Calls{
+                "system nanddump -q -s 0x2700000 -l 0x200 /dev/mtd14 -f /tmp/bsp/osHeader.bin"}));
+    }
+}
+
+TEST_F(OsImageTest, HeaderFailuresLeaveTheBufferAlone) {
+    struct Case {
+        const char *call;
+        int64_t result;
+        Answer answer;
+    };
+    const std::string headerFailed = "bspOsImageInfoGet-#: get OS file header failed.\r\n";
+    const Case cases[] = {
+        {"system nanddump", 256, {-1, "bspOsImageInfoGet-#: dump /dev/mtd14 error, ret = 256\nn"}},
+        {"system nanddump", -1, {-1, "bspOsImageInfoGet-#: dump /dev/mtd14 error, ret = -1\nn"}},
+        {"open /tmp/bsp/",
+         -1,
+         {BSP_E_OPEN,
+          "bsp_os_header_file_to_buffer-#: open /tmp/bsp/osHeader.bin fail.\r\n" + headerFailed}},
+        {"read /tmp/bsp/", -1, {BSP_E_SHORT_READ, headerFailed}},
+        {"read /tmp/bsp/", 511, {BSP_E_SHORT_READ, headerFailed}},
+        {kRemove.c_str(), 256, {256}},
+    };
+    for (const Case &row : cases) {
+        SCOPED_TRACE(row.call);
+        dump(patterned(512));
+        flash.clearFailures();
+        flash.fail(row.call, 1, row.result);
+        EXPECT_EQ(readHeader(1), row.answer);
+        EXPECT_TRUE(flash.allFailed());
+        EXPECT_EQ(buffer, untouched);
+    }
+    flash.clearFailures();
+    flash.failAlways("lock");
+    EXPECT_EQ(readHeader(),
+              (Answer{BSP_E_LOCK, "bsp_flash_lock_set failed: type=1, retry_times=100 \n"
+                                  "bspOsImageInfoGet-#: flash lock failed\r\n"}));
+    EXPECT_EQ(flash.calls, joined({{kLocking[0]}, hundredTimes(kLocking[1]), kUnlocking}));
+    EXPECT_EQ(buffer, untouched);
+    EXPECT_EQ(flash.run([] { return bspOsImageInfoGet(nullptr, 0); }), (Answer{BSP_E_NULL}));
+    EXPECT_EQ(flash.calls, (Calls{}));
+}
+
+// The steps by themselves
+
+TEST_F(OsImageTest, TheHeaderCopyJudgesTheImageItself) {
+    const auto copy = [&](const char *image, const char *header) {
+        return flash.run([&] { return bsp_os_file_header_to_file(image, header); });
+    };
+    EXPECT_EQ(copy(kFile, "/copy"), kSilentSuccess);
+    EXPECT_EQ(flash.files["/copy"].content, lastOf(patterned(3000)));
+    EXPECT_EQ(copy(nullptr, "/copy"), (Answer{BSP_E_NULL}));
+    EXPECT_EQ(copy(kFile, nullptr), (Answer{BSP_E_NULL}));
+    flash.files[kFile].content = Bytes(kLargest + 1, 0);
+    EXPECT_EQ(
+        copy(kFile, "/copy"),
+        (Answer{-1, "bsp_os_file_header_to_file-#: OS file size 40894465 > max 40894464\r\n"}));
+    EXPECT_EQ(flash.calls, (Calls{"stat /images/os.bin"}));
+}
+
+TEST_F(OsImageTest, TheHeaderFileHas512BytesOrMore) {
+    const auto read = [&](const char *header, uint8_t *bytes) {
+        return flash.run([&] { return bsp_os_header_file_to_buffer(header, bytes); });
+    };
+    flash.files["/copy"].content = patterned(600);
+    buffer = untouched;
+    EXPECT_EQ(read("/copy", buffer.data()), kSilentSuccess);
+    EXPECT_EQ(buffer, joined({patterned(512), Bytes{0xA5}}));
+    flash.files["/copy"].content = patterned(511);
+    buffer = untouched;
+    EXPECT_EQ(read("/copy", buffer.data()), (Answer{BSP_E_SHORT_READ}));
+    EXPECT_EQ(buffer, untouched);
+    EXPECT_EQ(read(nullptr, buffer.data()), (Answer{BSP_E_NULL}));
+    EXPECT_EQ(read("/copy", nullptr), (Answer{BSP_E_NULL}));
+}
+
+} // namespace
