@@ -5,6 +5,7 @@ namespace vb {
 
 constexpr char kNodePath[] = "/dev/bspHandle";
 constexpr char kCommandLinePath[] = "/proc/cmdline";
+constexpr char kFlashNodePrefix[] = "/dev/mtd"; // and the number of the partition
 constexpr char kSharedFolderPath[] = "/tmp/bsp";
 
 constexpr unsigned kMaxBoardPath = 256;
