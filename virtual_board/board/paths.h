@@ -8,6 +8,9 @@ constexpr char kCommandLinePath[] = "/proc/cmdline";
 constexpr char kFlashNodePrefix[] = "/dev/mtd"; // and the number of the partition
 constexpr char kSharedFolderPath[] = "/tmp/bsp";
 
+/** The folder with the programs that stand in for the system's own, beside libvboard.so. */
+constexpr char kToolFolder[] = "vboard-tools";
+
 constexpr unsigned kMaxBoardPath = 256;
 
 /** Whether a tidy path is that of a file or folder which each board has of its own. */

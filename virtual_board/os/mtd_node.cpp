@@ -176,9 +176,10 @@ ssize_t writePartition(int fd, uint32_t partition, const void *data, size_t leng
 int partitionIoctl(int fd, uint32_t partition, unsigned long code, void *argument) {
     if (argument == nullptr)
         return static_cast<int>(failWith(EFAULT));
-    return resultOf(sendRequest(partition, [&](const MtdRequest &request) {
+    const MtdAnswer answer = sendRequest(partition, [&](const MtdRequest &request) {
         return serve(request, fd, static_cast<uint32_t>(code), argument);
-    }));
+    });
+    return answer.error == 0 && code != MEMGETBADBLOCK ? 0 : resultOf(answer);
 }
 
 } // namespace vb

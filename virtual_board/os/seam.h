@@ -33,9 +33,7 @@ ssize_t writePartitionAt(int fd, uint32_t partition, const void *data, size_t le
                          off64_t offset);
 int partitionIoctl(int fd, uint32_t partition, unsigned long code, void *argument);
 
-/** Name of the folder with the programs that stand in for the system's own on a board. */
-constexpr char kToolFolder[] = "vboard-tools";
-/** Finds that folder; false when it is not where it belongs. */
+/** Finds the folder of the board's own tools; false when it is not where it belongs. */
 bool findTools(HostPathBuffer &tools);
 
 /** Ends this process as a power failure does: at once. */
