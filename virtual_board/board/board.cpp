@@ -18,7 +18,8 @@ uint32_t headerCheck(const BoardHeader &header) {
     return crc32(reinterpret_cast<const uint8_t *>(&header), offsetof(BoardHeader, check));
 }
 
-void buildBoard(Board &board, const Model &model, const FactoryData &factory) {
+void buildBoard(Board &board, const Model &model, const FactoryData &factory,
+                const FlashGeometry (&flash)[kFlashPartitions]) {
     Devices &devices = board.devices;
     devices.cpld.reg[kCpldDeviceId] = model.devId;
     devices.cpld.reg[kCpldVersion] = kHardwareA3Cpld12;
@@ -29,6 +30,9 @@ void buildBoard(Board &board, const Model &model, const FactoryData &factory) {
     } else {
         devices.cpld.reg[kCpldControl] = kCpldPoeAbsent;
     }
+    devices.console.speed = kConsoleUsualSpeed;
+    for (uint32_t index = 0; index < kFlashPartitions; ++index)
+        devices.flash[index].geometry = flash[index];
 
     BoardHeader &header = board.header;
     std::memcpy(header.magic, kBoardMagic, sizeof(header.magic));

@@ -4,8 +4,10 @@
 
 #include "virtual_board/board/clock.h"
 #include "virtual_board/board/faults.h"
+#include "virtual_board/board/flash_partitions.h"
 #include "virtual_board/board/models.h"
 #include "virtual_board/board/trace.h"
+#include "virtual_board/devices/console.h"
 #include "virtual_board/devices/cpld.h"
 #include "virtual_board/devices/eeprom.h"
 #include "virtual_board/devices/gpio.h"
@@ -38,13 +40,16 @@ struct Devices {
     uint32_t resets; // since the board was made
     ResetReason lastReset;
     uint32_t ptpPulses; // on the PTP trigger line
-    uint32_t padding;
+    uint32_t powerCuts; // how often a fault rule has cut the power
     PoeController poe;
+    Console console;
+    uint32_t padding;
+    Flash flash[kFlashPartitions];
 };
 
 constexpr char kBoardMagic[8] = {'V', 'B', 'O', 'A', 'R', 'D', '\n', '\0'};
 constexpr uint32_t kBoardByteOrder = 0x01020304;
-constexpr uint32_t kBoardVersion = 2;
+constexpr uint32_t kBoardVersion = 3;
 
 struct BoardHeader {
     char magic[8];
@@ -74,6 +79,7 @@ struct FactoryData {
 };
 
 /** Builds a board of a model as it leaves the factory. The block must be zero-filled. */
-void buildBoard(Board &board, const Model &model, const FactoryData &factory);
+void buildBoard(Board &board, const Model &model, const FactoryData &factory,
+                const FlashGeometry (&flash)[kFlashPartitions] = kUsualFlash);
 
 } // namespace vb

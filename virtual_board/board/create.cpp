@@ -1,6 +1,7 @@
 #include "virtual_board/board/create.h"
 
 #include "virtual_board/board/factory.h"
+#include "virtual_board/board/flash_content.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -68,6 +69,15 @@ class TemporaryFolder {
         return !file.fail();
     }
 
+    /** A file that is one hole. */
+    bool makeHole(const std::string &name, uint32_t size) {
+        if (!writeFile(name, "", 0))
+            return false;
+        std::error_code failure;
+        fs::resize_file(made_.back(), size, failure);
+        return !failure;
+    }
+
     /** Gives it its final name. */
     std::error_code moveTo(const fs::path &final) {
         std::error_code failure;
@@ -82,12 +92,28 @@ class TemporaryFolder {
     std::vector<std::string> made_; // each behind the folder that it is in
 };
 
+/** The files of the flash partitions: their nodes, and what they hold, erased. */
+bool makeFlash(TemporaryFolder &folder, const BoardOptions &options) {
+    if (!folder.makeFolder(kFlashFolder))
+        return false;
+    for (uint32_t index = 0; index < kFlashPartitions; ++index) {
+        const std::string node =
+            kRootFolder + std::string(kFlashNodePrefix) + std::to_string(kFlashNumbers[index]);
+        if (!folder.writeFile(node, "", 0) ||
+            !folder.makeHole(flashFileName(index).text, options.flash[index].size))
+            return false;
+    }
+    return true;
+}
+
 /** Fills a folder with the files of a board; false when one of them cannot be written. */
 bool fillFolder(TemporaryFolder &folder, const Model &model, const BoardOptions &options) {
     const auto board = std::make_unique<Board>();
     FactoryData factory = {options.serial.c_str(), {}};
     std::copy(options.mac.begin(), options.mac.end(), factory.mac);
-    buildBoard(*board, model, factory);
+    FlashGeometry flash[kFlashPartitions];
+    std::copy(options.flash.begin(), options.flash.end(), flash);
+    buildBoard(*board, model, factory, flash);
     board->clock.mode = options.time;
     board->clock.startedNs = hostNow();
 
@@ -96,6 +122,8 @@ bool fillFolder(TemporaryFolder &folder, const Model &model, const BoardOptions 
         if (!folder.makeFolder(root + path))
             return false;
     }
+    if (!makeFlash(folder, options))
+        return false;
     const std::string commandLine = options.commandLine + "\n";
     return folder.writeFile(root + kNodePath, "", 0) && folder.writeFile(kLockFile, "", 0) &&
            folder.writeFile(root + kCommandLinePath, commandLine.data(), commandLine.size()) &&

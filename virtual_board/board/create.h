@@ -15,6 +15,8 @@ struct BoardOptions {
     TimeMode time = TimeMode::Real;
     std::string serial = "VB00000001";
     std::array<uint8_t, 6> mac = {0x02, 0x00, 0x5E, 0x10, 0x00, 0x00};
+    std::array<FlashGeometry, kFlashPartitions> flash = {kUsualFlash[0], kUsualFlash[1],
+                                                         kUsualFlash[2], kUsualFlash[3]};
     std::string commandLine = "console=ttyS0,115200 bootver=1.2.3 root=/dev/mtdblock12";
 };
 

@@ -6,15 +6,26 @@ namespace vb {
 
 namespace {
 
+bool isOf(FaultOp op, const FaultRule &rule) {
+    const bool isChange = op == FaultOp::Program || op == FaultOp::Erase;
+    return rule.op == FaultOp::Any || rule.op == op || (rule.op == FaultOp::Change && isChange);
+}
+
+bool isAt(const FaultRule &rule, const FaultSubject &subject) {
+    if (rule.device == FaultDevice::Mtd)
+        return rule.offset >= subject.offset && rule.offset - subject.offset < subject.length;
+    return rule.offset == subject.offset;
+}
+
 bool concerns(const FaultRule &rule, const FaultSubject &subject) {
     if (rule.device != subject.device)
         return false;
-    if (rule.op != FaultOp::Any && rule.op != subject.op)
+    if (!isOf(subject.op, rule))
         return false;
     if (rule.hasAddress != 0 && (rule.bus != subject.bus || rule.channel != subject.channel ||
                                  rule.devAddr != subject.devAddr))
         return false;
-    if (rule.hasOffset != 0 && rule.offset != subject.offset)
+    if (rule.hasOffset != 0 && !isAt(rule, subject))
         return false;
     return rule.device != FaultDevice::File || std::strcmp(rule.path, subject.path) == 0;
 }

@@ -5,13 +5,19 @@
 
 namespace vb {
 
-enum class FaultDevice : uint8_t { Cpld, Gpio, I2c, File, Poe };
+enum class FaultDevice : uint8_t { Cpld, Gpio, I2c, File, Poe, Mtd };
 enum class FaultOp : uint8_t {
     Any,
     Open,
     Read,
     Write, // PoE controller: a frame arrives
     Reset, // PoE controller: its reset is released
+    // Only flash partitions:
+    Program,
+    Erase,
+    Info,     // the geometry is asked for
+    BadBlock, // a block is asked whether it is bad, or marked bad; rules reach it with Any
+    Change,   // in rules: Program or Erase
 };
 enum class FaultWhen : uint8_t {
     Once,   // the n-th matching request
@@ -32,15 +38,21 @@ enum class FaultEffect : uint8_t {
     BadPort,       // what concerns port `argument` fails
     PowerLoss,     // its power fails for a moment: it starts anew
     NoEffect,      // the answer tells of success, and nothing has changed
+    // Only flash partitions:
+    Fails, // the call fails with errno `argument`; nothing is read, programmed or erased
+    // Programs and erases of flash, and writes of files:
+    PowerCut, // the first `argument` bytes are changed, then the process is killed
 };
 
 /** One request as rules see it. */
 struct FaultSubject {
     FaultDevice device;
     FaultOp op;
-    uint32_t bus = 0, channel = 0, devAddr = 0; // I2C only
-    uint32_t offset = 0;        // register, GPIO line, I2C offset, or code of a PoE command
+    uint32_t bus = 0, channel = 0; // I2C only
+    uint32_t devAddr = 0;          // I2C device, or number of a flash partition
+    uint32_t offset = 0; // register, GPIO line, I2C offset, code of a PoE command, or in the flash
     const char *path = nullptr; // files only
+    uint32_t length = 0;        // flash only: of the pages or blocks from offset on
 };
 
 constexpr uint32_t kFaultPathSize = 64;
@@ -52,7 +64,7 @@ struct FaultRule {
     FaultOp op;
     FaultWhen when;
     FaultEffect effect;
-    uint32_t hasAddress; // I2C: look at bus, channel and device address
+    uint32_t hasAddress; // look at bus, channel and device address; always set for flash
     uint32_t bus, channel, devAddr;
     uint32_t hasOffset; // look at the offset
     uint32_t offset;

@@ -1,5 +1,7 @@
 #include "virtual_board/board/folder.h"
 
+#include "virtual_board/board/flash_content.h"
+
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -67,11 +69,25 @@ bool isConsistent(const Board &board) {
     }
     if (!poeIsConsistent(board.devices.poe) || board.devices.lastReset > ResetReason::Watchdog)
         return false;
+    for (const Flash &flash : board.devices.flash) {
+        if (!flashIsConsistent(flash))
+            return false;
+    }
     for (const FaultRule &rule : board.faults.rule) {
         if (rule.id != 0 && (rule.nth == 0 || rule.path[kFaultPathSize - 1] != '\0'))
             return false;
     }
     return true;
+}
+
+/** The size of a file; 0 when it is missing. */
+uint64_t sizeOf(const char *path) {
+    const int fd = ::open(path, O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return 0;
+    const off_t size = lseek(fd, 0, SEEK_END);
+    ::close(fd);
+    return size < 0 ? 0 : static_cast<uint64_t>(size);
 }
 
 } // namespace
@@ -94,6 +110,16 @@ bool BoardFolder::open(const char *path, FolderError &error) {
             return fail(error,
                         "%s is damaged: %s%s is missing or unreadable; create the board again",
                         path, kRootFolder, needed);
+        }
+    }
+    for (uint32_t index = 0; index < kFlashPartitions; ++index) {
+        const FlashFileName name = flashFileName(index);
+        if (sizeOf(ownFile(name.text).text) != board_->devices.flash[index].geometry.size) {
+            close();
+            return fail(error,
+                        "%s is damaged: %s is missing or not as large as its partition; create the "
+                        "board again",
+                        path, name.text);
         }
     }
     return true;
@@ -143,6 +169,12 @@ HostPathBuffer BoardFolder::ownFile(const char *name) const {
     HostPathBuffer path;
     std::snprintf(path.text, sizeof(path.text), "%s/%s", path_, name);
     return path;
+}
+
+HostPathBuffer BoardFolder::flashNode(uint32_t index) const {
+    char boardPath[sizeof(kFlashNodePrefix) + 10];
+    std::snprintf(boardPath, sizeof(boardPath), "%s%u", kFlashNodePrefix, kFlashNumbers[index]);
+    return hostPath(boardPath);
 }
 
 BoardLock::BoardLock(const BoardFolder &folder)

@@ -3,8 +3,10 @@
 //
 //   board.state   the whole board, mapped by every process of it
 //   lock          locked around each request
-//   root/         the board's own files under their paths: /dev/bspHandle (a placeholder that makes
-//                 the node's descriptors recognisable), /proc/cmdline, /tmp/bsp...
+//   flash/        what the flash partitions hold
+//   root/         the board's own files under their paths: /dev/bspHandle and /dev/mtdN
+//   (placeholders
+//                 that make the nodes' descriptors recognisable), /proc/cmdline, /tmp/bsp...
 
 #include "virtual_board/board/board.h"
 #include "virtual_board/board/paths.h"
@@ -50,6 +52,9 @@ class BoardFolder {
 
     /** One of the folder's own files. */
     HostPathBuffer ownFile(const char *name) const;
+
+    /** Where the placeholder of a flash partition's node lies on the host. */
+    HostPathBuffer flashNode(uint32_t index) const;
 
   private:
     bool map(const char *statePath, FolderError &error);

@@ -12,6 +12,9 @@ bool isBoardPath(const char *path) {
         if (std::strcmp(path, own) == 0)
             return true;
     }
+    // No program of a board shall reach a partition of the host, whatever its number.
+    if (std::strncmp(path, kFlashNodePrefix, std::strlen(kFlashNodePrefix)) == 0)
+        return true;
     const size_t folderLength = std::strlen(kSharedFolderPath);
     return std::strncmp(path, kSharedFolderPath, folderLength) == 0 && path[folderLength] == '/';
 }

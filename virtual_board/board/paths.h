@@ -5,7 +5,11 @@ namespace vb {
 
 constexpr char kNodePath[] = "/dev/bspHandle";
 constexpr char kCommandLinePath[] = "/proc/cmdline";
+constexpr char kFlashNodePrefix[] = "/dev/mtd"; // and the number of the partition
 constexpr char kSharedFolderPath[] = "/tmp/bsp";
+
+/** The folder with the programs that stand in for the system's own, beside libvboard.so. */
+constexpr char kToolFolder[] = "vboard-tools";
 
 constexpr unsigned kMaxBoardPath = 256;
 

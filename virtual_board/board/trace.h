@@ -16,7 +16,18 @@ enum class TraceKind : uint8_t {
     OtherRequest, // a request code that the driver does not serve
     Open,         // a file of the board; the driver's node only when its open fails
     Sleep,
+    MtdRead,
+    MtdWrite,
+    MtdErase,
+    MtdInfo,
+    MtdIsBad,
+    MtdMarkBad,
+    MtdOther, // an ioctl that the partition's driver does not serve
+    Console,  // the console's speed is set
 };
+
+/** The result of a request during which the power was cut, behind `value` bytes. */
+constexpr int32_t kPowerCutResult = 1;
 
 constexpr uint32_t kTraceDataSize = 64;
 
@@ -26,13 +37,14 @@ struct TraceRecord {
     alignas(8) uint64_t sleepNs;
     int32_t pid;
     TraceKind kind;
-    uint8_t bus, channel, devAddr;
-    uint32_t offset;              // register, GPIO line, I2C offset, or the code of another request
-    uint32_t length;              // I2C: bytes asked for
-    uint32_t value;               // register content or level
-    int32_t result;               // the driver's result word
-    int32_t error;                // errno with which the open or the ioctl failed, else 0
-    uint32_t stored;              // how much of the data the record keeps
+    uint8_t bus, channel;
+    uint8_t devAddr; // I2C device, or number of a flash partition
+    uint32_t offset; // register, GPIO line, I2C or flash offset, code of other requests
+    uint32_t length; // I2C, flash: bytes asked for
+    uint32_t value;  // register content, level, bytes done, block is bad, or baud
+    int32_t result;  // the driver's result word
+    int32_t error;   // errno with which the open or the ioctl failed, else 0
+    uint32_t stored; // how much of the data the record keeps
     uint8_t data[kTraceDataSize]; // I2C: the data; opens: the path, zero-terminated
 };
 

@@ -14,23 +14,41 @@ namespace {
 // Never destroyed: programs reach the seam before and after main.
 alignas(BoardFolder) unsigned char folderMemory[sizeof(BoardFolder)];
 BoardFolder *attached = nullptr;
-dev_t nodeDevice;
-ino_t nodeInode;
+
+/** What tells a file from every other. */
+struct Identity {
+    bool isKnown;
+    dev_t device;
+    ino_t inode;
+};
+Identity node;
+Identity partitions[kFlashPartitions];
+
+Identity identityOf(const char *hostPath) {
+    struct stat info = {};
+    const bool isThere = stat(hostPath, &info) == 0;
+    return {isThere, info.st_dev, info.st_ino};
+}
+
+bool isSame(const Identity &identity, const struct stat &info) {
+    return identity.isKnown && info.st_dev == identity.device && info.st_ino == identity.inode;
+}
 
 } // namespace
 
 bool attachBoard(const char *path, FolderError &error) {
     detachBoard();
     auto *folder = new (folderMemory) BoardFolder;
-    struct stat info = {};
     if (!folder->open(path, error))
         return false;
-    if (stat(folder->hostPath(kNodePath).text, &info) != 0) {
+    node = identityOf(folder->hostPath(kNodePath).text);
+    if (!node.isKnown) {
         std::snprintf(error.text, sizeof(error.text), "%s: %s cannot be examined", path, kNodePath);
         return false;
     }
-    nodeDevice = info.st_dev;
-    nodeInode = info.st_ino;
+    // A board may go without a partition: its node is gone then.
+    for (uint32_t index = 0; index < kFlashPartitions; ++index)
+        partitions[index] = identityOf(folder->flashNode(index).text);
     attached = folder;
     return true;
 }
@@ -48,10 +66,24 @@ const BoardFolder *attachedFolder() {
 bool isDriverNode(int fd) {
     const int savedErrno = errno;
     struct stat info = {};
-    const bool isNode = attached != nullptr && fstat(fd, &info) == 0 && info.st_dev == nodeDevice &&
-                        info.st_ino == nodeInode;
+    const bool isNode = attached != nullptr && fstat(fd, &info) == 0 && isSame(node, info);
     errno = savedErrno;
     return isNode;
+}
+
+uint32_t partitionOf(int fd) {
+    if (attached == nullptr)
+        return kFlashPartitions;
+    const int savedErrno = errno;
+    struct stat info = {};
+    uint32_t found = kFlashPartitions;
+    const bool isOpen = fstat(fd, &info) == 0;
+    for (uint32_t index = 0; isOpen && index < kFlashPartitions; ++index) {
+        if (isSame(partitions[index], info))
+            found = index;
+    }
+    errno = savedErrno;
+    return found;
 }
 
 HostPath::HostPath(const char *path) : path_(path) {

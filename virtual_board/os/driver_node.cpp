@@ -1,4 +1,4 @@
-// ioctl on the driver's node.
+// ioctl on the driver's node, and the way of others to theirs.
 
 #include "virtual_board/board/driver.h"
 #include "virtual_board/os/seam.h"
@@ -38,8 +38,12 @@ void *nextArgument(va_list arguments) {
         va_start(arguments, request);                                                              \
         void *argument = nextArgument(arguments);                                                  \
         va_end(arguments);                                                                         \
-        return vb::isDriverNode(fd) ? driverIoctl(request, argument)                               \
-                                    : VB_NEXT(symbol)(fd, request, argument);                      \
+        if (vb::isDriverNode(fd))                                                                  \
+            return driverIoctl(request, argument);                                                 \
+        const uint32_t partition = vb::partitionOf(fd);                                            \
+        return partition < vb::kFlashPartitions                                                    \
+                   ? vb::partitionIoctl(fd, partition, request, argument)                          \
+                   : VB_NEXT(symbol)(fd, request, argument);                                       \
     }
 
 VB_SEAM_IOCTL(ioctl)

@@ -14,6 +14,9 @@
 
 namespace {
 
+/** Opened as a stream, whose transfers within the C library no seam sees. */
+constexpr int kStream = -1;
+
 /** A rule that a use of a board's file trips; its id is 0 when there is none. */
 vb::FaultRule fileFault(vb::FaultOp op, const char *boardPath) {
     const vb::BoardFolder &folder = *vb::attachedFolder();
@@ -36,20 +39,42 @@ void traceOpen(const char *boardPath, int error) {
     std::strncpy(reinterpret_cast<char *>(trace.data), boardPath, sizeof(trace.data) - 1);
 }
 
+/** The flash partition whose node a board's path is; kFlashPartitions when it is none's. */
+uint32_t partitionAt(const char *boardPath) {
+    const vb::HostPathBuffer path = vb::attachedFolder()->hostPath(boardPath);
+    for (uint32_t index = 0; index < vb::kFlashPartitions; ++index) {
+        if (std::strcmp(vb::attachedFolder()->flashNode(index).text, path.text) == 0)
+            return index;
+    }
+    return vb::kFlashPartitions;
+}
+
+/** The errno with which a partition's node refuses to be opened; 0 when it does not. */
+int partitionRefusal(const char *boardPath, int flags) {
+    const uint32_t partition = partitionAt(boardPath);
+    if (partition == vb::kFlashPartitions)
+        return 0;
+    if (flags == kStream)
+        return ENOTSUP;
+    const vb::Flash &flash = vb::attachedFolder()->board()->devices.flash[partition];
+    return flash.isWriteProtected != 0 && (flags & O_ACCMODE) != O_RDONLY ? EACCES : 0;
+}
+
 /**
  * Opens a path with one of the C library's ways of opening, which takes the path on the host.
- * failed is what that way answers when the open fails.
+ * failed is what that way answers when the open fails; flags are those of open, or kStream.
  */
 template <typename Result, typename Open>
-Result openPath(const char *path, Result failed, Open openOnHost) {
+Result openPath(const char *path, int flags, Result failed, Open openOnHost) {
     const vb::HostPath target(path);
     if (!target.isOfBoard())
         return openOnHost(path);
     const vb::FaultRule fault = fileFault(vb::FaultOp::Open, target.onBoard());
-    const bool isRefused = fault.id != 0 && fault.effect == vb::FaultEffect::OpenFails;
+    const bool isFaulty = fault.id != 0 && fault.effect == vb::FaultEffect::OpenFails;
+    const int refusal = isFaulty ? fault.argument : partitionRefusal(target.onBoard(), flags);
     Result result = failed;
-    if (isRefused)
-        errno = fault.argument;
+    if (refusal != 0)
+        errno = refusal;
     else
         result = openOnHost(target.get());
     const int savedErrno = errno;
@@ -86,8 +111,17 @@ vb::FaultRule transferFault(int fd, vb::FaultOp op) {
 }
 
 size_t transferLength(const vb::FaultRule &fault, size_t length) {
-    const bool isShort = fault.id != 0 && fault.effect == vb::FaultEffect::Short;
+    const bool isShort = fault.id != 0 && (fault.effect == vb::FaultEffect::Short ||
+                                           fault.effect == vb::FaultEffect::PowerCut);
     return isShort ? std::min(length, static_cast<size_t>(fault.argument)) : length;
+}
+
+[[noreturn]] void cutPowerOfBoard() {
+    {
+        const vb::BoardLock lock(*vb::attachedFolder());
+        ++vb::attachedFolder()->board()->devices.powerCuts;
+    }
+    vb::cutPower();
 }
 
 void corruptTransfer(const vb::FaultRule &fault, void *data, ssize_t length) {
@@ -113,7 +147,7 @@ mode_t modeArgument(int flags, va_list arguments) {
         va_start(arguments, flags);                                                                \
         const mode_t mode = modeArgument(flags, arguments);                                        \
         va_end(arguments);                                                                         \
-        return openPath(path, -1,                                                                  \
+        return openPath(path, flags, -1,                                                           \
                         [=](const char *host) { return VB_NEXT(symbol)(host, flags, mode); });     \
     }
 VB_SEAM_OPEN(open)
@@ -125,7 +159,7 @@ VB_SEAM_OPEN(open64)
         va_start(arguments, flags);                                                                \
         const mode_t mode = modeArgument(flags, arguments);                                        \
         va_end(arguments);                                                                         \
-        return openPath(path, -1, [=](const char *host) {                                          \
+        return openPath(path, flags, -1, [=](const char *host) {                                   \
             return VB_NEXT(symbol)(folder, host, flags, mode);                                     \
         });                                                                                        \
     }
@@ -135,14 +169,15 @@ VB_SEAM_OPENAT(openat64)
 // What builds with source fortification call instead of the above.
 #define VB_SEAM_OPEN_2(symbol)                                                                     \
     VB_SEAM(int, symbol, const char *path, int flags) {                                            \
-        return openPath(path, -1, [=](const char *host) { return VB_NEXT(symbol)(host, flags); }); \
+        return openPath(path, flags, -1,                                                           \
+                        [=](const char *host) { return VB_NEXT(symbol)(host, flags); });           \
     }
 VB_SEAM_OPEN_2(__open_2)
 VB_SEAM_OPEN_2(__open64_2)
 
 #define VB_SEAM_OPENAT_2(symbol)                                                                   \
     VB_SEAM(int, symbol, int folder, const char *path, int flags) {                                \
-        return openPath(path, -1,                                                                  \
+        return openPath(path, flags, -1,                                                           \
                         [=](const char *host) { return VB_NEXT(symbol)(folder, host, flags); });   \
     }
 VB_SEAM_OPENAT_2(__openat_2)
@@ -150,14 +185,15 @@ VB_SEAM_OPENAT_2(__openat64_2)
 
 #define VB_SEAM_CREAT(symbol)                                                                      \
     VB_SEAM(int, symbol, const char *path, mode_t mode) {                                          \
-        return openPath(path, -1, [=](const char *host) { return VB_NEXT(symbol)(host, mode); });  \
+        return openPath(path, O_WRONLY, -1,                                                        \
+                        [=](const char *host) { return VB_NEXT(symbol)(host, mode); });            \
     }
 VB_SEAM_CREAT(creat)
 VB_SEAM_CREAT(creat64)
 
 #define VB_SEAM_FOPEN(symbol)                                                                      \
     VB_SEAM(FILE *, symbol, const char *path, const char *mode) {                                  \
-        return openPath(path, static_cast<FILE *>(nullptr),                                        \
+        return openPath(path, kStream, static_cast<FILE *>(nullptr),                               \
                         [=](const char *host) { return VB_NEXT(symbol)(host, mode); });            \
     }
 VB_SEAM_FOPEN(fopen)
@@ -165,7 +201,7 @@ VB_SEAM_FOPEN(fopen64)
 
 #define VB_SEAM_FREOPEN(symbol)                                                                    \
     VB_SEAM(FILE *, symbol, const char *path, const char *mode, FILE *file) {                      \
-        return openPath(path, static_cast<FILE *>(nullptr),                                        \
+        return openPath(path, kStream, static_cast<FILE *>(nullptr),                               \
                         [=](const char *host) { return VB_NEXT(symbol)(host, mode, file); });      \
     }
 VB_SEAM_FREOPEN(freopen)
@@ -174,6 +210,8 @@ VB_SEAM_FREOPEN(freopen64)
 // Transfers
 
 VB_SEAM(ssize_t, read, int fd, void *data, size_t length) {
+    if (const uint32_t partition = vb::partitionOf(fd); partition < vb::kFlashPartitions)
+        return vb::readPartition(fd, partition, data, length);
     const vb::FaultRule fault = transferFault(fd, vb::FaultOp::Read);
     const ssize_t count = VB_NEXT(read)(fd, data, transferLength(fault, length));
     corruptTransfer(fault, data, count);
@@ -181,6 +219,9 @@ VB_SEAM(ssize_t, read, int fd, void *data, size_t length) {
 }
 
 VB_SEAM(ssize_t, __read_chk, int fd, void *data, size_t length, size_t size) {
+    const uint32_t partition = vb::partitionOf(fd);
+    if (partition < vb::kFlashPartitions && length <= size)
+        return vb::readPartition(fd, partition, data, length);
     const vb::FaultRule fault = transferFault(fd, vb::FaultOp::Read);
     const ssize_t count = VB_NEXT(__read_chk)(fd, data, transferLength(fault, length), size);
     corruptTransfer(fault, data, count);
@@ -188,8 +229,13 @@ VB_SEAM(ssize_t, __read_chk, int fd, void *data, size_t length, size_t size) {
 }
 
 VB_SEAM(ssize_t, write, int fd, const void *data, size_t length) {
+    if (const uint32_t partition = vb::partitionOf(fd); partition < vb::kFlashPartitions)
+        return vb::writePartition(fd, partition, data, length);
     const vb::FaultRule fault = transferFault(fd, vb::FaultOp::Write);
-    return VB_NEXT(write)(fd, data, transferLength(fault, length));
+    const ssize_t count = VB_NEXT(write)(fd, data, transferLength(fault, length));
+    if (fault.id != 0 && fault.effect == vb::FaultEffect::PowerCut)
+        cutPowerOfBoard();
+    return count;
 }
 
 // Everything else that takes a path

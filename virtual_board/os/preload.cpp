@@ -12,7 +12,8 @@ constexpr int kCannotAttach = 125;
 
 __attribute__((constructor)) void attachFromEnvironment() {
     const char *folder = std::getenv("VBOARD_DIR");
-    if (folder == nullptr)
+    // Two seams in one program would count each use twice.
+    if (folder == nullptr || dlsym(RTLD_DEFAULT, "vboardSeamOfProgram") != nullptr)
         return;
     vb::FolderError error = {};
     if (vb::attachBoard(folder, error))

@@ -27,6 +27,24 @@ inline Sender thisSender(const Board &board) {
 /** Whether a descriptor is one of the attached board's driver node. */
 bool isDriverNode(int fd);
 
+/** Which of the attached board's flash partitions a descriptor is of; kFlashPartitions: none. */
+uint32_t partitionOf(int fd);
+
+// What the C library's functions of these names do on a descriptor of a flash partition.
+off64_t seekPartition(int fd, uint32_t partition, off64_t offset, int whence);
+ssize_t readPartition(int fd, uint32_t partition, void *data, size_t length);
+ssize_t writePartition(int fd, uint32_t partition, const void *data, size_t length);
+ssize_t readPartitionAt(int fd, uint32_t partition, void *data, size_t length, off64_t offset);
+ssize_t writePartitionAt(int fd, uint32_t partition, const void *data, size_t length,
+                         off64_t offset);
+int partitionIoctl(int fd, uint32_t partition, unsigned long code, void *argument);
+
+/** Finds the folder of the board's own tools; false when it is not where it belongs. */
+bool findTools(HostPathBuffer &tools);
+
+/** Ends this process as a power failure does: at once. */
+[[noreturn]] void cutPower();
+
 /**
  * A path as the C library shall see it: inside the board's folder for the files that a board has of
  * its own, unchanged for all others.

@@ -12,6 +12,7 @@ namespace vboard {
 
 struct CreateArguments {
     std::string folder, model, time, serial, mac, commandLine;
+    std::vector<std::string> flash; // geometries of partitions
 };
 
 struct TraceArguments {
@@ -47,6 +48,12 @@ void clearFaults(const std::string &folder, const std::vector<std::string> &ids)
 
 /** Draws the front panel: once, or again and again until the command is stopped. */
 void printPanel(const std::string &folder, bool isWatching, double intervalSeconds);
+
+/** The flash partitions: what they are and hold. */
+void showFlash(const std::string &folder, bool asJson);
+void markBadBlock(const std::string &folder, const std::string &partition,
+                  const std::string &block);
+void showConsole(const std::string &folder, bool asJson);
 
 void printTrace(const TraceArguments &arguments);
 

@@ -1,6 +1,7 @@
 #include "virtual_board/board/create.h"
 
 #include "virtual_board/tool/commands.h"
+#include "virtual_board/words/flash_text.h"
 #include "virtual_board/words/values.h"
 
 #include <algorithm>
@@ -29,6 +30,8 @@ void create(const CreateArguments &arguments) {
         throw vb::Refused("a MAC address looks like 02:00:5e:10:00:00, not '" + arguments.mac +
                           "'");
     std::copy(mac->begin(), mac->end(), options.mac.begin());
+    for (const std::string &geometry : arguments.flash)
+        vb::changeGeometry(options.flash, geometry);
     vb::FolderError error = {};
     if (!vb::createBoard(arguments.folder, options, error))
         throw vb::Refused(error.text);

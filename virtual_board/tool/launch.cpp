@@ -61,6 +61,10 @@ std::vector<Variable> boardVariables(const std::string &folder) {
 void runProgram(const std::string &folder, const std::vector<std::string> &program) {
     for (const Variable &variable : boardVariables(folder))
         setenv(variable.name, variable.value.c_str(), 1);
+    // Shells of the board find the tools that work on it, as programs do that run commands.
+    const char *path = std::getenv("PATH");
+    const fs::path tools = fs::path(findLibrary()).parent_path() / vb::kToolFolder;
+    setenv("PATH", (tools.string() + (path != nullptr ? ":" + std::string(path) : "")).c_str(), 1);
     std::vector<char *> words;
     words.reserve(program.size() + 1);
     for (const std::string &word : program)

@@ -30,7 +30,7 @@ struct Arguments {
     vboard::CreateArguments create;
     vboard::TraceArguments trace;
     vb::FaultWords fault;
-    std::string folder, name, value;
+    std::string folder, name, value, partition, block;
     std::vector<std::string> names, ids, program;
     bool asJson = false;
     bool forQemu = false;
@@ -65,7 +65,8 @@ void addCreate(CLI::App &app, Arguments &arguments, Command &todo) {
     CLI::App &command =
         addCommand(app, "create", "Make a new board in a folder that is not there yet, or is empty",
                    "  vboard create --model 0x0709 board\n"
-                   "  vboard create --model 0x0109 --time virtual --serial SN42 board\n");
+                   "  vboard create --model 0x0109 --time virtual --serial SN42 board\n"
+                   "  vboard create --model 0x0709 --mtd 12:page=4096,spare=128 board\n");
     addFolder(command, create.folder);
     command.add_option("--model", create.model, "Device id; 'vboard list-models' lists them")
         ->required();
@@ -78,6 +79,12 @@ void addCreate(CLI::App &app, Arguments &arguments, Command &todo) {
     command.add_option("--mac", create.mac, "MAC address")->capture_default_str();
     command.add_option("--cmdline", create.commandLine, "Kernel command line")
         ->capture_default_str();
+    command
+        .add_option("--mtd", create.flash,
+                    "Geometry of a flash partition, as in 4:size=262144,erase=131072,page=2048,"
+                    "spare=64,type=nand; partitions are 0, 4, 12 and 14")
+        ->expected(1)
+        ->take_all();
     command.callback([&] { todo = [&] { vboard::create(arguments.create); }; });
 }
 
@@ -153,17 +160,25 @@ void addFaultAdd(CLI::App &fault, Arguments &arguments, Command &todo) {
         "  vboard fault board add --device /dev/bspHandle --op open --effect open-fails=ENODEV\n"
         "  vboard fault board add --device /tmp/bsp/devId --op read --effect short=2\n"
         "  vboard fault board add --device poe --op write --offset 0x42 --effect late-answer=3\n"
-        "  vboard fault board add --device poe --op reset --effect no-answer\n");
+        "  vboard fault board add --device poe --op reset --effect no-answer\n"
+        "  vboard fault board add --device mtd12 --op program --offset 0x800 --when from "
+        "--effect fails=EIO\n"
+        "  vboard fault board add --device mtd4 --op change --nth 2 --effect power-cut=100\n");
     command
         .add_option(
             "--device", words.device,
-            "cpld, gpio, i2c, i2c:BUS.CHANNEL.DEVICE, poe, or the path of a file of the board")
+            "cpld, gpio, i2c, i2c:BUS.CHANNEL.DEVICE, poe, mtd0, mtd4, mtd12, mtd14, or the path "
+            "of a file of the board")
         ->required();
     command
-        .add_option("--op", words.op, "any, open, read, write (poe: a frame), or reset (poe only)")
+        .add_option("--op", words.op,
+                    "any, open, read, write (poe: a frame), reset (poe only); flash: read, "
+                    "program, erase, change (program or erase), info (the geometry)")
         ->capture_default_str();
-    command.add_option("--offset", words.offset,
-                       "Only this register, line, offset inside an I2C device, or PoE command");
+    command.add_option(
+        "--offset", words.offset,
+        "Only this register, line, offset inside an I2C device, PoE command, or page "
+        "or block of flash (its offset)");
     command.add_option("--nth", words.nth, "Which matching request, counted from 1")
         ->capture_default_str();
     command.add_option("--when", words.when, "once, every (n-th), or from (the n-th on)")
@@ -172,7 +187,9 @@ void addFaultAdd(CLI::App &fault, Arguments &arguments, Command &todo) {
         .add_option("--effect", words.effect,
                     "refuse=RESULT, open-fails=ERRNO, ioctl-fails=ERRNO, short=BYTES, "
                     "corrupt=INDEX:MASK, no-answer; poe: late-answer=READ, wrong-echo, "
-                    "wrong-checksum, bad-port=PORT (from 0), power-loss, no-effect")
+                    "wrong-checksum, bad-port=PORT (from 0), power-loss, no-effect; flash: "
+                    "fails=ERRNO; flash "
+                    "and writes of files: power-cut=BYTES")
         ->required();
     command.callback([&] { todo = [&] { vboard::addFault(arguments.folder, arguments.fault); }; });
 }
@@ -236,6 +253,39 @@ void addPanel(CLI::App &app, Arguments &arguments, Command &todo) {
     });
 }
 
+void addFlash(CLI::App &app, Arguments &arguments, Command &todo) {
+    CLI::App &flash = addCommand(app, "flash", "Show the flash partitions and what they hold",
+                                 "  vboard flash board\n"
+                                 "  vboard flash board --json\n"
+                                 "  vboard flash board mark-bad 12 7\n");
+    addFolder(flash, arguments.folder);
+    addJson(flash, arguments.asJson);
+    flash.require_subcommand(0, 1);
+    CLI::App &markBad = addCommand(flash, "mark-bad", "Make a block of NAND a bad one",
+                                   "  vboard flash board mark-bad 12 7\n");
+    markBad.add_option("PARTITION", arguments.partition, "0, 4, 12 or 14")->required();
+    markBad.add_option("BLOCK", arguments.block, "Number of the block, from 0")->required();
+    markBad.callback([&] {
+        todo = [&] {
+            vboard::markBadBlock(arguments.folder, arguments.partition, arguments.block);
+        };
+    });
+    // The parser calls back a command behind its sub-commands.
+    flash.callback([&arguments, &todo, app = &flash] {
+        if (app->get_subcommands().empty())
+            todo = [&arguments] { vboard::showFlash(arguments.folder, arguments.asJson); };
+    });
+}
+
+void addConsole(CLI::App &app, Arguments &arguments, Command &todo) {
+    CLI::App &command =
+        addCommand(app, "console", "Show the speed of the console", "  vboard console board\n");
+    addFolder(command, arguments.folder);
+    addJson(command, arguments.asJson);
+    command.callback(
+        [&] { todo = [&] { vboard::showConsole(arguments.folder, arguments.asJson); }; });
+}
+
 void addCommands(CLI::App &app, Arguments &arguments, Command &todo) {
     app.require_subcommand(1);
     app.footer(std::string("'vboard COMMAND --help' shows a command's options and examples.\n\n") +
@@ -248,6 +298,8 @@ void addCommands(CLI::App &app, Arguments &arguments, Command &todo) {
     addSet(app, arguments, todo);
     addFault(app, arguments, todo);
     addPanel(app, arguments, todo);
+    addFlash(app, arguments, todo);
+    addConsole(app, arguments, todo);
     addTrace(app, arguments, todo);
 }
 

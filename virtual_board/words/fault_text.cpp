@@ -23,17 +23,17 @@ struct Word {
     Value value;
 };
 
-constexpr Word<FaultOp> kOps[] = {{"any", FaultOp::Any},
-                                  {"open", FaultOp::Open},
-                                  {"read", FaultOp::Read},
-                                  {"write", FaultOp::Write},
-                                  {"reset", FaultOp::Reset}};
+constexpr Word<FaultOp> kOps[] = {
+    {"any", FaultOp::Any},     {"open", FaultOp::Open},   {"read", FaultOp::Read},
+    {"write", FaultOp::Write}, {"reset", FaultOp::Reset}, {"program", FaultOp::Program},
+    {"erase", FaultOp::Erase}, {"info", FaultOp::Info},   {"change", FaultOp::Change}};
 constexpr Word<FaultWhen> kWhens[] = {
     {"once", FaultWhen::Once}, {"every", FaultWhen::Every}, {"from", FaultWhen::FromOn}};
-constexpr Word<FaultDevice> kDevices[] = {{"cpld", FaultDevice::Cpld},
-                                          {"gpio", FaultDevice::Gpio},
-                                          {"i2c", FaultDevice::I2c},
-                                          {"poe", FaultDevice::Poe}};
+constexpr Word<FaultDevice> kDevices[] = {{"cpld", FaultDevice::Cpld}, {"gpio", FaultDevice::Gpio},
+                                          {"i2c", FaultDevice::I2c},   {"poe", FaultDevice::Poe},
+                                          {"mtd0", FaultDevice::Mtd},  {"mtd4", FaultDevice::Mtd},
+                                          {"mtd12", FaultDevice::Mtd}, {"mtd14", FaultDevice::Mtd}};
+constexpr char kMtdPrefix[] = "mtd";
 constexpr Word<FaultEffect> kEffects[] = {{"refuse", FaultEffect::Refuse},
                                           {"open-fails", FaultEffect::OpenFails},
                                           {"ioctl-fails", FaultEffect::IoctlFails},
@@ -45,7 +45,9 @@ constexpr Word<FaultEffect> kEffects[] = {{"refuse", FaultEffect::Refuse},
                                           {"wrong-checksum", FaultEffect::WrongChecksum},
                                           {"bad-port", FaultEffect::BadPort},
                                           {"power-loss", FaultEffect::PowerLoss},
-                                          {"no-effect", FaultEffect::NoEffect}};
+                                          {"no-effect", FaultEffect::NoEffect},
+                                          {"fails", FaultEffect::Fails},
+                                          {"power-cut", FaultEffect::PowerCut}};
 
 /** The value of a word of a list; what says what the list is of. */
 template <typename Value, size_t count>
@@ -95,7 +97,8 @@ void parsePath(FaultRule &rule, const std::string &path) {
     char tidy[kMaxBoardPath];
     if (!tidyPath(path.c_str(), tidy) || !isBoardPath(tidy))
         throw Refused(path + " is not one of the board's own files: /dev/bspHandle, /proc/cmdline, "
-                             "/tmp/bsp..., /tmp/bspFlashLockFile, /tmp/bspPoeLockFile");
+                             "/dev/mtd0, /dev/mtd4, /dev/mtd12, /dev/mtd14, /tmp/bsp..., "
+                             "/tmp/bspFlashLockFile, /tmp/bspPoeLockFile");
     const size_t length = std::strlen(tidy);
     if (length >= kFaultPathSize)
         throw Refused("the path is longer than " + std::to_string(kFaultPathSize - 1) +
@@ -113,6 +116,10 @@ void parseDevice(FaultRule &rule, const std::string &text) {
         parseI2cAddress(rule, text.substr(std::strlen(kI2cPrefix)));
     } else {
         rule.device = valueOf(kDevices, text, "a device (or the path of a file of the board)");
+        if (rule.device == FaultDevice::Mtd) {
+            rule.hasAddress = 1;
+            rule.devAddr = numberOf(text.substr(std::strlen(kMtdPrefix)), 0, UINT32_MAX, "");
+        }
     }
 }
 
@@ -128,6 +135,8 @@ void parseOffset(FaultRule &rule, const std::string &text) {
         rule.offset = numberOf(text, 0, kGpioLines - 1, "a GPIO line");
     else if (rule.device == FaultDevice::Poe)
         rule.offset = numberOf(text, 0, UINT8_MAX, "a command code");
+    else if (rule.device == FaultDevice::Mtd)
+        rule.offset = numberOf(text, 0, UINT32_MAX, "an offset of the partition");
     else
         rule.offset = numberOf(text, 0, UINT32_MAX, "an I2C offset");
 }
@@ -185,7 +194,11 @@ void parseEffect(FaultRule &rule, const std::string &text) {
         break;
     case FaultEffect::OpenFails:
     case FaultEffect::IoctlFails:
+    case FaultEffect::Fails:
         rule.argument = parseErrno(argument);
+        break;
+    case FaultEffect::PowerCut:
+        rule.argument = static_cast<int32_t>(numberOf(argument, 0, INT32_MAX, "a byte count"));
         break;
     case FaultEffect::Short:
         rule.argument =
@@ -216,6 +229,7 @@ std::string effectText(const FaultRule &rule) {
     switch (rule.effect) {
     case FaultEffect::OpenFails:
     case FaultEffect::IoctlFails:
+    case FaultEffect::Fails:
         return name + "=" + errnoText(rule.argument);
     case FaultEffect::Corrupt:
         return name + "=" + std::to_string(rule.argument) + ":0x" + hex16Text(rule.mask).substr(4);
@@ -232,7 +246,18 @@ std::string effectText(const FaultRule &rule) {
 
 // Which effects a use of a device can have
 
+bool isFlashOp(FaultOp op) {
+    return op == FaultOp::Program || op == FaultOp::Erase || op == FaultOp::Info ||
+           op == FaultOp::Change;
+}
+
 void checkFileRule(const FaultRule &rule) {
+    if (isFlashOp(rule.op))
+        throw Refused(std::string(wordOf(kOps, rule.op)) + " is for flash; give --device mtd12 "
+                                                           "and the like");
+    const bool isPartition = std::string(rule.path).starts_with(kFlashNodePrefix);
+    if (isPartition && rule.effect != FaultEffect::OpenFails)
+        throw Refused("for anything but the open of a partition give --device mtd12 and the like");
     const bool isNode = std::strcmp(rule.path, kNodePath) == 0;
     const bool isTransfer = rule.op == FaultOp::Read || rule.op == FaultOp::Write;
     switch (rule.effect) {
@@ -250,9 +275,14 @@ void checkFileRule(const FaultRule &rule) {
             throw Refused("corrupt is for reads of a file; give --op read, and a file other than "
                           "the driver's node");
         return;
+    case FaultEffect::PowerCut:
+        if (isNode || rule.op != FaultOp::Write)
+            throw Refused("power-cut is for writes of a file, and programs and erases of flash; "
+                          "give --op write, or --device mtd12 and the like");
+        return;
     default:
         throw Refused("a file cannot have the effect " + effectText(rule) +
-                      "; it can have open-fails, short and corrupt");
+                      "; it can have open-fails, short, corrupt and power-cut");
     }
 }
 
@@ -275,7 +305,41 @@ void checkPoeRule(const FaultRule &rule) {
         throw Refused("out of reset there is no frame: give --effect no-answer without --offset");
 }
 
+void checkMtdRule(const FaultRule &rule) {
+    if (rule.op == FaultOp::Open || rule.op == FaultOp::Write || rule.op == FaultOp::Reset)
+        throw Refused(
+            "flash is read, programmed, erased and asked for its geometry; give --op read, "
+            "program, erase, change (program or erase), info or any; for opens give "
+            "--device /dev/mtd12 and the like");
+    if (rule.op == FaultOp::Info && rule.hasOffset != 0)
+        throw Refused("the geometry is of the whole partition; leave out --offset");
+    const bool isChange =
+        rule.op == FaultOp::Program || rule.op == FaultOp::Erase || rule.op == FaultOp::Change;
+    switch (rule.effect) {
+    case FaultEffect::Fails:
+        return;
+    case FaultEffect::PowerCut:
+        if (!isChange)
+            throw Refused(
+                "power-cut is for programs and erases; give --op program, erase or change");
+        return;
+    case FaultEffect::Short:
+    case FaultEffect::Corrupt:
+        if (rule.op != FaultOp::Read)
+            throw Refused("short and corrupt are for reads of flash; give --op read");
+        return;
+    default:
+        throw Refused("flash cannot have the effect " + effectText(rule) +
+                      "; it can have fails, power-cut, short and corrupt");
+    }
+}
+
 void checkDeviceRule(const FaultRule &rule) {
+    if (isFlashOp(rule.op))
+        throw Refused(std::string(wordOf(kOps, rule.op)) + " is for flash; give --device mtd12 "
+                                                           "and the like");
+    if (rule.effect == FaultEffect::Fails || rule.effect == FaultEffect::PowerCut)
+        throw Refused(effectText(rule) + " is for flash; give --device mtd12 and the like");
     if (rule.op == FaultOp::Reset)
         throw Refused("reset is for the PoE controller; give --device poe");
     if (isPoeEffect(rule.effect))
@@ -306,6 +370,8 @@ FaultRule parseFault(const FaultWords &words) {
         checkFileRule(rule);
     else if (rule.device == FaultDevice::Poe)
         checkPoeRule(rule);
+    else if (rule.device == FaultDevice::Mtd)
+        checkMtdRule(rule);
     else
         checkDeviceRule(rule);
     return rule;
@@ -314,7 +380,9 @@ FaultRule parseFault(const FaultWords &words) {
 FaultWords faultWords(const FaultRule &rule) {
     FaultWords words;
     words.device = rule.device == FaultDevice::File ? rule.path : wordOf(kDevices, rule.device);
-    if (rule.hasAddress != 0)
+    if (rule.device == FaultDevice::Mtd)
+        words.device = kMtdPrefix + std::to_string(rule.devAddr);
+    else if (rule.hasAddress != 0)
         words.device += ":" + std::to_string(rule.bus) + "." + std::to_string(rule.channel) +
                         ".0x" + hex16Text(rule.devAddr).substr(4);
     words.op = wordOf(kOps, rule.op);

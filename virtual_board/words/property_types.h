@@ -7,6 +7,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace vb {
 
@@ -27,7 +28,7 @@ using PropertyGetter = std::string (*)(const PropertyTarget &);
 using PropertySetter = void (*)(const PropertyTarget &, const std::string &);
 
 /** On which models a property exists. */
-enum class Fitted { Always, PlugInSupplies, SupplyLines, Poe };
+enum class Fitted { Always, PlugInSupplies, SupplyLines, Poe, Flash };
 
 /** One property, or a numbered row of them: '#' stands for the number. */
 struct PropertyType {
@@ -38,9 +39,17 @@ struct PropertyType {
     const char *idle;   // what an untouched one holds, when that is not worth showing
     bool hasBytes;      // can be asked for a part
     Fitted fitted;
+    bool isLong = false; // too much to be shown unless it is asked for
 };
+
+/** The bytes that a value of hexadecimal digits sets, all inside of size bytes; or Refused. */
+std::vector<uint8_t> bytesToSet(const PropertyTarget &target, const std::string &value,
+                                uint32_t size, const std::string &what);
 
 /** Power in and out: supplies, PoE, watchdog and reset. */
 std::span<const PropertyType> powerProperties();
+
+/** Flash partitions and console. */
+std::span<const PropertyType> flashProperties();
 
 } // namespace vb

@@ -34,6 +34,22 @@ const char *kindName(TraceKind kind) {
         return "open";
     case TraceKind::Sleep:
         return "sleep";
+    case TraceKind::MtdRead:
+        return "mtd-read";
+    case TraceKind::MtdWrite:
+        return "mtd-write";
+    case TraceKind::MtdErase:
+        return "mtd-erase";
+    case TraceKind::MtdInfo:
+        return "mtd-info";
+    case TraceKind::MtdIsBad:
+        return "mtd-is-bad";
+    case TraceKind::MtdMarkBad:
+        return "mtd-mark-bad";
+    case TraceKind::MtdOther:
+        return "mtd-request";
+    case TraceKind::Console:
+        return "console";
     }
     return "unknown";
 }
@@ -86,6 +102,26 @@ json detailsJson(const TraceRecord &record) {
         return {{"path", reinterpret_cast<const char *>(record.data)}};
     case TraceKind::Sleep:
         return {{"duration_ns", record.sleepNs}};
+    case TraceKind::MtdRead:
+    case TraceKind::MtdWrite:
+    case TraceKind::MtdErase:
+        return {{"partition", record.devAddr},
+                {"offset", record.offset},
+                {"length", record.length},
+                {"done", record.value},
+                {"power_cut", record.result == kPowerCutResult}};
+    case TraceKind::MtdInfo:
+        return {{"partition", record.devAddr}};
+    case TraceKind::MtdIsBad:
+        return {{"partition", record.devAddr},
+                {"offset", record.offset},
+                {"bad", record.error == 0 ? json(record.value != 0) : json()}};
+    case TraceKind::MtdMarkBad:
+        return {{"partition", record.devAddr}, {"offset", record.offset}};
+    case TraceKind::MtdOther:
+        return {{"partition", record.devAddr}, {"code", record.offset}};
+    case TraceKind::Console:
+        return {{"speed", record.value}};
     }
     return json::object();
 }
@@ -100,7 +136,7 @@ json traceJson(const TraceRecord &record) {
     if (record.kind == TraceKind::Sleep)
         return object;
     object["errno"] = record.error;
-    if (record.kind != TraceKind::Open)
+    if (record.kind < TraceKind::Open)
         object["result"] = record.error == 0 ? json(record.result) : json();
     return object;
 }

@@ -39,6 +39,18 @@ std::string i2cText(const TraceRecord &record) {
            (name.empty() ? "" : " (" + name + ")") + dataText(record);
 }
 
+std::string flashText(const TraceRecord &record) {
+    return text("mtd%u 0x%x+0x%x", record.devAddr, record.offset, record.length);
+}
+
+bool isTransfer(const TraceRecord &record) {
+    return record.kind == TraceKind::MtdRead || record.kind == TraceKind::MtdWrite;
+}
+
+bool isOfFlash(const TraceRecord &record) {
+    return record.kind >= TraceKind::MtdRead && record.kind <= TraceKind::MtdOther;
+}
+
 std::string sleepText(const TraceRecord &record) {
     constexpr uint64_t kNsPerUs = 1000;
     return record.sleepNs % kNsPerUs == 0
@@ -68,14 +80,35 @@ std::string requestText(const TraceRecord &record) {
         return text("open %s", reinterpret_cast<const char *>(record.data));
     case TraceKind::Sleep:
         return sleepText(record);
+    case TraceKind::MtdRead:
+        return "MTD read " + flashText(record);
+    case TraceKind::MtdWrite:
+        return "MTD write " + flashText(record);
+    case TraceKind::MtdErase:
+        return "MTD erase " + flashText(record);
+    case TraceKind::MtdInfo:
+        return text("MTD info mtd%u", record.devAddr);
+    case TraceKind::MtdIsBad:
+        return text("MTD is-bad mtd%u 0x%x", record.devAddr, record.offset) +
+               (record.error == 0 ? text(" = %u", record.value) : "");
+    case TraceKind::MtdMarkBad:
+        return text("MTD mark-bad mtd%u 0x%x", record.devAddr, record.offset);
+    case TraceKind::MtdOther:
+        return text("MTD request 0x%X mtd%u", record.offset, record.devAddr);
+    case TraceKind::Console:
+        return text("console speed %u", record.value);
     }
     return "?";
 }
 
 /** How a request went when it did not go well. */
 std::string failureText(const TraceRecord &record) {
-    if (record.error != 0 && record.kind == TraceKind::Open)
+    if (isOfFlash(record) && record.result == kPowerCutResult)
+        return text(" -> power cut after 0x%x", record.value);
+    if (record.error != 0 && (record.kind == TraceKind::Open || isOfFlash(record)))
         return text(" -> fails, errno %d (%s)", record.error, std::strerror(record.error));
+    if (isTransfer(record) && record.value != record.length)
+        return text(" -> 0x%x", record.value);
     if (record.error != 0)
         return text(" -> ioctl fails, errno %d (%s)", record.error, std::strerror(record.error));
     return record.result != 0 ? text(" -> refused, result %d", record.result) : "";

@@ -3,6 +3,7 @@
 #include "virtual_board/board/circuits.h"
 #include "virtual_board/board/create.h"
 #include "virtual_board/board/factory.h"
+#include "virtual_board/words/flash_text.h"
 #include "virtual_board/words/property_types.h"
 #include "virtual_board/words/values.h"
 
@@ -109,18 +110,8 @@ std::string getBytes(const Eeprom &eeprom, const Target &target) {
 }
 
 void setBytes(Eeprom &eeprom, const Target &target, const std::string &value) {
-    const uint32_t size = eepromSize(eeprom);
-    const uint32_t offset = target.offset.value_or(0);
-    if (target.length.has_value())
-        throw Refused("the bytes tell how many are set; leave out '+LENGTH'");
-    const auto bytes = parseHex(value);
-    if (!bytes.has_value())
-        throw Refused("bytes are pairs of hexadecimal digits, like 00ff12");
-    if (offset >= size || bytes->size() > size - offset)
-        throw Refused("the EEPROM has bytes 0 to " + std::to_string(size - 1) + "; " +
-                      std::to_string(bytes->size()) + " bytes from " + std::to_string(offset) +
-                      " on would end behind them");
-    std::memcpy(eeprom.bytes + offset, bytes->data(), bytes->size());
+    const std::vector<uint8_t> bytes = bytesToSet(target, value, eepromSize(eeprom), "EEPROM");
+    std::memcpy(eeprom.bytes + target.offset.value_or(0), bytes.data(), bytes.size());
 }
 
 std::string getBoardEeprom(const Target &target) {
@@ -200,6 +191,7 @@ bool exists(const PropertyType &type, const Model &model) {
         return model.supplyLines != SupplyLines::None;
     case Fitted::Poe:
         return model.poePorts != 0;
+    case Fitted::Flash:
     case Fitted::Always:
         break;
     }
@@ -218,12 +210,19 @@ uint32_t lastOf(const PropertyType &type, const Model &model) {
     return type.last == kPoePorts && type.fitted == Fitted::Poe ? model.poePorts : type.last;
 }
 
+/** Whether a row has a property of a number that lies between its first and its last. */
+bool isInRow(const PropertyType &type, uint32_t number) {
+    return type.fitted != Fitted::Flash || flashIndex(number) < kFlashPartitions;
+}
+
 /** Calls a function with every type of property. */
 template <typename Visit>
 void forEachType(Visit visit) {
     for (const PropertyType &type : kProperties)
         visit(type);
     for (const PropertyType &type : powerProperties())
+        visit(type);
+    for (const PropertyType &type : flashProperties())
         visit(type);
 }
 
@@ -254,7 +253,8 @@ std::optional<uint32_t> numberIn(const std::string &name, const PropertyType &ty
 std::optional<uint32_t> parseRangePart(const std::string &text) {
     const auto number = parseNumber(text, UINT32_MAX);
     if (!number.has_value())
-        throw Refused("'" + text + "' is not a number; a part of an EEPROM is @OFFSET+LENGTH");
+        throw Refused("'" + text +
+                      "' is not a number; a part of an EEPROM or of flash is @OFFSET+LENGTH");
     return number;
 }
 
@@ -273,6 +273,8 @@ Reference resolve(const BoardFolder &folder, const std::string &fullName) {
         const auto number = numberIn(name, type);
         if (!number.has_value())
             return;
+        if (type.fitted == Fitted::Flash)
+            flashIndexOf(*number);
         const uint32_t last = lastOf(type, model);
         if (exists(type, model) && (*number < type.first || *number > last))
             throw Refused("there is no " + name + "; the numbers are " +
@@ -299,14 +301,31 @@ Reference resolve(const BoardFolder &folder, const std::string &fullName) {
 
 } // namespace
 
+std::vector<uint8_t> bytesToSet(const PropertyTarget &target, const std::string &value,
+                                uint32_t size, const std::string &what) {
+    const uint32_t offset = target.offset.value_or(0);
+    if (target.length.has_value())
+        throw Refused("the bytes tell how many are set; leave out '+LENGTH'");
+    const auto bytes = parseHex(value);
+    if (!bytes.has_value())
+        throw Refused("bytes are pairs of hexadecimal digits, like 00ff12");
+    if (offset >= size || bytes->size() > size - offset)
+        throw Refused("the " + what + " has bytes 0 to " + std::to_string(size - 1) + "; " +
+                      std::to_string(bytes->size()) + " bytes from " + std::to_string(offset) +
+                      " on would end behind them");
+    return *bytes;
+}
+
 std::vector<Property> properties(const BoardFolder &folder) {
     const Model &model = modelOf(folder);
     bringUpToDate(folder);
     std::vector<Property> all;
     forEachType([&](const PropertyType &type) {
-        if (!exists(type, model))
+        if (!exists(type, model) || type.isLong)
             return;
         for (uint32_t number = type.first; number <= lastOf(type, model); ++number) {
+            if (!isInRow(type, number))
+                continue;
             const std::string value = type.get({folder, number, std::nullopt, std::nullopt});
             const bool isIdle = type.idle != nullptr && value == type.idle;
             all.push_back({nameOf(type, number), value, isIdle});

@@ -15,10 +15,10 @@ struct Property {
     bool isIdle; // holds what it holds when nobody has touched it; a short list leaves it out
 };
 
-/** Every property of a board, each with its whole content. */
+/** Every property of a board, each with its whole content, but for what the flash holds. */
 std::vector<Property> properties(const BoardFolder &folder);
 
-/** The value of a property. EEPROMs can be asked for a part: "eeprom.board@0x100+16". */
+/** The value of a property. EEPROMs and flash can be asked for a part: "eeprom.board@0x100+16". */
 std::string property(const BoardFolder &folder, const std::string &name);
 
 /** Changes a property. Bytes of an EEPROM are set from an offset on: "eeprom.board@0x100". */

@@ -1,0 +1,101 @@
+#include "virtual_board/board/flash_content.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace vb {
+
+namespace {
+
+constexpr uint32_t kChunk = 4096;
+
+void complement(uint8_t *data, uint32_t length) {
+    for (uint32_t i = 0; i < length; ++i)
+        data[i] = static_cast<uint8_t>(~data[i]);
+}
+
+bool writeAll(int fd, const uint8_t *data, uint32_t length, uint32_t offset) {
+    return pwrite(fd, data, length, static_cast<off_t>(offset)) == static_cast<ssize_t>(length);
+}
+
+const FlashContent &contentOf(const void *context) {
+    return *static_cast<const FlashContent *>(context);
+}
+
+} // namespace
+
+FlashFileName flashFileName(uint32_t index) {
+    FlashFileName name;
+    std::snprintf(name.text, sizeof(name.text), "%s/mtd%u", kFlashFolder, kFlashNumbers[index]);
+    return name;
+}
+
+FlashContent::FlashContent(const BoardFolder &folder, uint32_t index)
+    : fd_(::open(folder.ownFile(flashFileName(index).text).text, O_RDWR | O_CLOEXEC)) {}
+
+FlashContent::~FlashContent() {
+    if (fd_ >= 0)
+        ::close(fd_);
+}
+
+bool FlashContent::load(uint32_t offset, uint8_t *data, uint32_t length) const {
+    const ssize_t count = pread(fd_, data, length, static_cast<off_t>(offset));
+    complement(data, length);
+    return count == static_cast<ssize_t>(length);
+}
+
+bool FlashContent::store(uint32_t offset, const uint8_t *data, uint32_t length) const {
+    while (length > 0) {
+        uint8_t bytes[kChunk];
+        const uint32_t count = std::min(length, kChunk);
+        std::copy(data, data + count, bytes);
+        complement(bytes, count);
+        if (!writeAll(fd_, bytes, count, offset))
+            return false;
+        data += count;
+        offset += count;
+        length -= count;
+    }
+    return true;
+}
+
+bool FlashContent::erase(uint32_t offset, uint32_t length) const {
+    if (fallocate(fd_, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, static_cast<off_t>(offset),
+                  static_cast<off_t>(length)) == 0)
+        return true;
+    // File systems without holes.
+    constexpr uint8_t kErased[kChunk] = {};
+    while (length > 0) {
+        const uint32_t count = std::min(length, kChunk);
+        if (!writeAll(fd_, kErased, count, offset))
+            return false;
+        offset += count;
+        length -= count;
+    }
+    return true;
+}
+
+uint32_t FlashContent::nextProgrammed(uint32_t offset, uint32_t size) const {
+    const off_t next = lseek(fd_, static_cast<off_t>(offset), SEEK_DATA);
+    if (next >= 0)
+        return std::min(static_cast<uint32_t>(next), size);
+    return errno == ENXIO ? size : offset;
+}
+
+FlashCells FlashContent::cells() {
+    return {this,
+            [](void *context, uint32_t offset, uint8_t *data, uint32_t length) {
+                return contentOf(context).load(offset, data, length);
+            },
+            [](void *context, uint32_t offset, const uint8_t *data, uint32_t length) {
+                return contentOf(context).store(offset, data, length);
+            },
+            [](void *context, uint32_t offset, uint32_t length) {
+                return contentOf(context).erase(offset, length);
+            }};
+}
+
+} // namespace vb

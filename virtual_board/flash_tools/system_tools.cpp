@@ -1,0 +1,96 @@
+// stty on the board's console, and rm on the board's files. Everything else that these tools can do
+// is the system's.
+
+#include "virtual_board/devices/console.h"
+#include "virtual_board/flash_tools/tools.h"
+#include "virtual_board/os/seam.h"
+#include "virtual_board/words/values.h"
+
+#include <cstdio>
+#include <cstring>
+#include <optional>
+#include <unistd.h>
+
+namespace flash_tools {
+
+namespace {
+
+int refuseSetting(const char *reason, const std::string &word) {
+    std::fprintf(stderr, "stty: %s '%s'\nTry 'stty --help' for more information.\n", reason,
+                 word.c_str());
+    return kFailed;
+}
+
+/** A rate that the console has. */
+std::optional<uint32_t> parseSpeed(const std::string &text) {
+    const auto speed = vb::parseNumber(text, UINT32_MAX);
+    return speed.has_value() && vb::isConsoleSpeed(*speed) ? speed : std::nullopt;
+}
+
+void setSpeed(uint32_t speed) {
+    const vb::BoardFolder &folder = *vb::attachedFolder();
+    const vb::BoardLock lock(folder);
+    vb::Board &board = *folder.board();
+    board.devices.console.speed = speed;
+    vb::TraceRecord &trace = vb::traceNext(board.trace);
+    trace = vb::TraceRecord{};
+    trace.timeNs = vb::clockNow(board.clock, vb::hostNow());
+    trace.pid = getpid();
+    trace.kind = vb::TraceKind::Console;
+    trace.value = speed;
+}
+
+/** Settings of the console. All are looked at before the first one is made. */
+int setConsole(const Arguments &settings) {
+    std::optional<uint32_t> speed;
+    for (size_t i = 0; i < settings.size(); ++i) {
+        const std::string &word = settings[i];
+        const bool isSpeed = word == "ispeed" || word == "ospeed";
+        if (isSpeed && i + 1 == settings.size())
+            return refuseSetting("missing argument to", word);
+        const auto number = parseSpeed(isSpeed ? settings[i + 1] : word);
+        if (isSpeed && !number.has_value())
+            return refuseSetting(word == "ispeed" ? "invalid ispeed" : "invalid ospeed",
+                                 settings[i + 1]);
+        if (number.has_value())
+            speed = number;
+        else if (word != "cs8")
+            return refuseSetting("invalid argument", word);
+        i += isSpeed ? 1 : 0;
+    }
+    if (speed.has_value())
+        setSpeed(*speed);
+    else if (settings.empty())
+        std::printf("speed %u baud; line = 0;\n",
+                    vb::attachedFolder()->board()->devices.console.speed);
+    return kDone;
+}
+
+} // namespace
+
+int setTerminal(const Arguments &arguments) {
+    constexpr char kLong[] = "--file=";
+    std::string device;
+    Arguments settings;
+    for (size_t i = 1; i < arguments.size(); ++i) {
+        const std::string &word = arguments[i];
+        if (word == "-F" && i + 1 < arguments.size())
+            device = arguments[++i];
+        else if (word.starts_with("-F"))
+            device = word.substr(2);
+        else if (word.starts_with(kLong))
+            device = word.substr(std::strlen(kLong));
+        else
+            settings.push_back(word);
+    }
+    return device == vb::kConsolePath ? setConsole(settings) : runSystemTool(arguments);
+}
+
+int removeFiles(const Arguments &arguments) {
+    Arguments mapped;
+    for (const std::string &word : arguments)
+        mapped.emplace_back(vb::HostPath(word.c_str()).get());
+    return runSystemTool(mapped);
+}
+
+} // namespace flash_tools

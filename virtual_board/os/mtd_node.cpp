@@ -1,0 +1,217 @@
+// Reads, writes, seeks and ioctls on the nodes of the flash partitions. A descriptor's position is
+// that of its placeholder file, which copies and children share as they do on a device.
+
+#include "virtual_board/board/mtd.h"
+#include "virtual_board/os/seam.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdarg>
+#include <cstring>
+#include <fcntl.h>
+#include <mtd/mtd-abi.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+VB_SEAM(off64_t, lseek64, int fd, off64_t offset, int whence) {
+    const uint32_t partition = vb::partitionOf(fd);
+    return partition < vb::kFlashPartitions ? vb::seekPartition(fd, partition, offset, whence)
+                                            : VB_NEXT(lseek64)(fd, offset, whence);
+}
+
+VB_SEAM(off_t, lseek, int fd, off_t offset, int whence) {
+    const uint32_t partition = vb::partitionOf(fd);
+    return partition < vb::kFlashPartitions
+               ? static_cast<off_t>(vb::seekPartition(fd, partition, offset, whence))
+               : VB_NEXT(lseek)(fd, offset, whence);
+}
+
+namespace {
+
+off64_t positionOf(int fd) {
+    return VB_NEXT(lseek64)(fd, 0, SEEK_CUR);
+}
+
+ssize_t failWith(int error) {
+    errno = error;
+    return -1;
+}
+
+bool canRead(int fd) {
+    return (fcntl(fd, F_GETFL) & O_ACCMODE) != O_WRONLY;
+}
+
+bool canWrite(int fd) {
+    return (fcntl(fd, F_GETFL) & O_ACCMODE) != O_RDONLY;
+}
+
+/** Sends a request under the board's lock; errno is untouched unless the request fails. */
+template <typename Send>
+vb::MtdAnswer sendRequest(uint32_t partition, Send send) {
+    const int savedErrno = errno;
+    const vb::BoardFolder &folder = *vb::attachedFolder();
+    const vb::BoardLock lock(folder);
+    const uint64_t now = vb::clockNow(folder.board()->clock, vb::hostNow());
+    const vb::MtdAnswer answer = send(vb::MtdRequest{folder, {getpid(), now}, partition});
+    if (answer.isPowerCut)
+        vb::cutPower();
+    errno = answer.error != 0 ? answer.error : savedErrno;
+    return answer;
+}
+
+int resultOf(const vb::MtdAnswer &answer) {
+    return answer.error != 0 ? -1 : static_cast<int>(answer.value);
+}
+
+void describe(const vb::Flash &flash, mtd_info_user &info) {
+    const bool isNor = flash.geometry.type == vb::FlashType::Nor;
+    const uint32_t flags = isNor ? MTD_CAP_NORFLASH : MTD_CAP_NANDFLASH;
+    info = {};
+    info.type = isNor ? MTD_NORFLASH : MTD_NANDFLASH;
+    info.flags = flash.isWriteProtected != 0 ? flags & ~uint32_t{MTD_WRITEABLE} : flags;
+    info.size = flash.geometry.size;
+    info.erasesize = flash.geometry.eraseSize;
+    info.writesize = flash.geometry.pageSize;
+    info.oobsize = flash.geometry.spareSize;
+}
+
+/** What lies at a caller's address, which may be that of nothing aligned. */
+template <typename Value>
+Value valueAt(const void *argument) {
+    Value value;
+    std::memcpy(&value, argument, sizeof(value));
+    return value;
+}
+
+vb::MtdAnswer serve(const vb::MtdRequest &request, int fd, uint32_t code, void *argument) {
+    switch (code) {
+    case MEMGETINFO: {
+        const vb::MtdAnswer answer = vb::mtdInfo(request);
+        if (answer.error == 0) {
+            mtd_info_user info;
+            describe(request.folder.board()->devices.flash[request.index], info);
+            std::memcpy(argument, &info, sizeof(info));
+        }
+        return answer;
+    }
+    case MEMERASE: {
+        const auto erase = valueAt<erase_info_user>(argument);
+        return vb::mtdErase(request, canWrite(fd), erase.start, erase.length);
+    }
+    case MEMERASE64: {
+        const auto erase = valueAt<erase_info_user64>(argument);
+        return vb::mtdErase(request, canWrite(fd), erase.start, erase.length);
+    }
+    case MEMGETBADBLOCK:
+        return vb::mtdIsBad(request, valueAt<int64_t>(argument));
+    case MEMSETBADBLOCK:
+        return vb::mtdMarkBad(request, canWrite(fd), valueAt<int64_t>(argument));
+    default:
+        return vb::mtdOther(request, code);
+    }
+}
+
+} // namespace
+
+namespace vb {
+
+void cutPower() {
+    for (;;)
+        kill(getpid(), SIGKILL);
+}
+
+off64_t seekPartition(int fd, uint32_t partition, off64_t offset, int whence) {
+    const auto size =
+        static_cast<off64_t>(attachedFolder()->board()->devices.flash[partition].geometry.size);
+    const off64_t bases[] = {0, positionOf(fd), size};
+    if (whence < SEEK_SET || whence > SEEK_END)
+        return failWith(EINVAL);
+    const off64_t base = bases[whence];
+    if (offset < -base || offset > size - base)
+        return failWith(EINVAL);
+    return VB_NEXT(lseek64)(fd, base + offset, SEEK_SET);
+}
+
+ssize_t readPartitionAt(int fd, uint32_t partition, void *data, size_t length, off64_t offset) {
+    if (!canRead(fd))
+        return failWith(EBADF);
+    if (offset < 0)
+        return failWith(EINVAL);
+    const MtdAnswer answer = sendRequest(partition, [&](const MtdRequest &request) {
+        return mtdRead(request, static_cast<uint64_t>(offset), static_cast<uint8_t *>(data),
+                       length);
+    });
+    return resultOf(answer);
+}
+
+ssize_t writePartitionAt(int fd, uint32_t partition, const void *data, size_t length,
+                         off64_t offset) {
+    if (!canWrite(fd))
+        return failWith(EBADF);
+    if (offset < 0)
+        return failWith(EINVAL);
+    const MtdAnswer answer = sendRequest(partition, [&](const MtdRequest &request) {
+        return mtdWrite(request, static_cast<uint64_t>(offset), static_cast<const uint8_t *>(data),
+                        length);
+    });
+    return resultOf(answer);
+}
+
+ssize_t readPartition(int fd, uint32_t partition, void *data, size_t length) {
+    const off64_t offset = positionOf(fd);
+    const ssize_t count = readPartitionAt(fd, partition, data, length, offset);
+    if (count > 0)
+        VB_NEXT(lseek64)(fd, offset + count, SEEK_SET);
+    return count;
+}
+
+ssize_t writePartition(int fd, uint32_t partition, const void *data, size_t length) {
+    const off64_t offset = positionOf(fd);
+    const ssize_t count = writePartitionAt(fd, partition, data, length, offset);
+    if (count > 0)
+        VB_NEXT(lseek64)(fd, offset + count, SEEK_SET);
+    return count;
+}
+
+int partitionIoctl(int fd, uint32_t partition, unsigned long code, void *argument) {
+    if (argument == nullptr)
+        return static_cast<int>(failWith(EFAULT));
+    const MtdAnswer answer = sendRequest(partition, [&](const MtdRequest &request) {
+        return serve(request, fd, static_cast<uint32_t>(code), argument);
+    });
+    return answer.error == 0 && code != MEMGETBADBLOCK ? 0 : resultOf(answer);
+}
+
+} // namespace vb
+
+// Transfers at a given position
+
+#define VB_SEAM_PREAD(symbol, offsetType)                                                          \
+    VB_SEAM(ssize_t, symbol, int fd, void *data, size_t length, offsetType offset) {               \
+        const uint32_t partition = vb::partitionOf(fd);                                            \
+        return partition < vb::kFlashPartitions                                                    \
+                   ? vb::readPartitionAt(fd, partition, data, length, offset)                      \
+                   : VB_NEXT(symbol)(fd, data, length, offset);                                    \
+    }
+VB_SEAM_PREAD(pread, off_t)
+VB_SEAM_PREAD(pread64, off64_t)
+
+#define VB_SEAM_PREAD_CHK(symbol, offsetType)                                                      \
+    VB_SEAM(ssize_t, symbol, int fd, void *data, size_t length, offsetType offset, size_t size) {  \
+        const uint32_t partition = vb::partitionOf(fd);                                            \
+        return partition < vb::kFlashPartitions && length <= size                                  \
+                   ? vb::readPartitionAt(fd, partition, data, length, offset)                      \
+                   : VB_NEXT(symbol)(fd, data, length, offset, size);                              \
+    }
+VB_SEAM_PREAD_CHK(__pread_chk, off_t)
+VB_SEAM_PREAD_CHK(__pread64_chk, off64_t)
+
+#define VB_SEAM_PWRITE(symbol, offsetType)                                                         \
+    VB_SEAM(ssize_t, symbol, int fd, const void *data, size_t length, offsetType offset) {         \
+        const uint32_t partition = vb::partitionOf(fd);                                            \
+        return partition < vb::kFlashPartitions                                                    \
+                   ? vb::writePartitionAt(fd, partition, data, length, offset)                     \
+                   : VB_NEXT(symbol)(fd, data, length, offset);                                    \
+    }
+VB_SEAM_PWRITE(pwrite, off_t)
+VB_SEAM_PWRITE(pwrite64, off64_t)
