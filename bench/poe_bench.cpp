@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <exception>
 #include <fstream>
 #include <functional>
 #include <stdexcept>
@@ -75,7 +76,7 @@ class BenchBoard {
     uint64_t us() const { return board().clock.sleptNs / 1000; }
 
     std::string imageFile(size_t size) const {
-        const std::string file = folder_.path() + "/image";
+        std::string file = folder_.path() + "/image";
         std::ofstream(file, std::ios::binary) << std::string(size, '\x5A');
         return file;
     }
@@ -131,9 +132,7 @@ bool measureUpgrade(size_t size) {
                    [&file] { return bspPoeAppUpgradeSet(file.c_str()); });
 }
 
-} // namespace
-
-int main() {
+bool measureAll() {
     std::printf("%-32s %7s %7s %10s %10s %7s %9s\n", "", "frames", "needed", "floor s", "board s",
                 "ratio", "real ms");
     bool isGood = measureExchange();
@@ -141,5 +140,16 @@ int main() {
     isGood &= measureInitialisation("initialisation, 24 ports", 0x0809, 24);
     for (const size_t size : {51200u, 51220u, 196608u})
         isGood &= measureUpgrade(size);
-    return isGood ? 0 : 1;
+    return isGood;
+}
+
+} // namespace
+
+int main() {
+    try {
+        return measureAll() ? 0 : 1;
+    } catch (const std::exception &exception) {
+        std::fprintf(stderr, "poe_bench: %s\n", exception.what());
+        return 1;
+    }
 }

@@ -13,7 +13,7 @@ std::string printedBy(const std::function<void()> &function);
 /** A status and the text that was printed, with "#" for the line numbers of message prefixes. */
 struct Answer {
     int32_t status;
-    std::string printed = "";
+    std::string printed{};
 
     bool operator==(const Answer &) const = default;
 };
