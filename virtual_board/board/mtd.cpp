@@ -16,11 +16,7 @@ struct Use {
     const FaultRule *fault = nullptr;
 
     Use(const MtdRequest &sent, TraceKind kind, uint64_t offset, uint64_t length)
-        : request(sent), trace(traceNext(sent.folder.board()->trace)) {
-        trace = TraceRecord{};
-        trace.timeNs = sent.sender.nowNs;
-        trace.pid = sent.sender.pid;
-        trace.kind = kind;
+        : request(sent), trace(traceNext(sent.folder.board()->trace, kind, sent.sender)) {
         trace.devAddr = static_cast<uint8_t>(kFlashNumbers[sent.index]);
         trace.offset = static_cast<uint32_t>(offset);
         trace.length = static_cast<uint32_t>(length);

@@ -32,12 +32,7 @@ void setSpeed(uint32_t speed) {
     const vb::BoardLock lock(folder);
     vb::Board &board = *folder.board();
     board.devices.console.speed = speed;
-    vb::TraceRecord &trace = vb::traceNext(board.trace);
-    trace = vb::TraceRecord{};
-    trace.timeNs = vb::clockNow(board.clock, vb::hostNow());
-    trace.pid = getpid();
-    trace.kind = vb::TraceKind::Console;
-    trace.value = speed;
+    vb::traceNext(board.trace, vb::TraceKind::Console, vb::thisSender(board)).value = speed;
 }
 
 /** Settings of the console. All are looked at before the first one is made. */
