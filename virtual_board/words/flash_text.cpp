@@ -176,7 +176,7 @@ void changeGeometry(FlashGeometries &all, const std::string &text) {
     if (!flashIsPossible(geometry))
         throw Refused("partition " + std::to_string(*number) + " cannot be " +
                       flashGeometryText(geometry) +
-                      ": erase blocks are powers of 2 from 4096 to 1048576, pages are powers of 2 "
+                      ": erase blocks are powers of 2 from 4096 to 524288, pages are powers of 2 "
                       "up to 16384 and no larger than a block, the spare area has up to 2048 "
                       "bytes, and the size is 1 to 2048 whole blocks");
 }
