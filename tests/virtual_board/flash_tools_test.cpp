@@ -80,11 +80,30 @@ TEST_F(FlashToolsTest, FlashEraseTakesAStartAndACount) {
               std::string::npos);
 }
 
+TEST_F(FlashToolsTest, AWholePartitionIsErasedInOneRequest) {
+    trace();
+    succeed("flash_erase -q /dev/mtd12 0 0");
+    EXPECT_EQ(trace(),
+              (Lines{"open /dev/mtd12", "MTD info mtd12", "MTD erase mtd12 0x0+0x2880000"}));
+    EXPECT_EQ(shell("flash_erase -q -N /dev/mtd12 0 0").err, "");
+    EXPECT_EQ(trace().size(), 2 + kNandSize / kNandBlock);
+}
+
+/** What is told when a partition cannot be erased in one request. */
+constexpr char kOneByOne[] =
+    "libmtd: error!: MEMERASE64 ioctl failed for eraseblock 0 (mtd12)\n"
+    "        error 5 (Input/output error)\n"
+    "flash_erase: error!: /dev/mtd12: MTD Erase entire chip failureTrying one by one each sector.\n"
+    "             error 5 (Input/output error)\n";
+
 TEST_F(FlashToolsTest, FlashErasePassesBadBlocksOver) {
     flash(12).isBad[3] = 1;
-    succeed("flash_erase -q /dev/mtd12 0 0");
-    EXPECT_EQ(flash(12).erases[3], 0u);
-    EXPECT_EQ(flash(12).erases[4], 1u);
+    const Answer answer = shell("flash_erase -q /dev/mtd12 0 0");
+    EXPECT_EQ(answer.status, 0);
+    EXPECT_EQ(answer.err, kOneByOne);
+    // Those before the bad one twice: the first try got that far.
+    EXPECT_EQ(std::vector<uint32_t>(flash(12).erases, flash(12).erases + 6),
+              (std::vector<uint32_t>{2, 2, 2, 0, 1, 1}));
     EXPECT_NE(shell("flash_erase /dev/mtd12 0 5").out.find("Skipping bad block at 00060000"),
               std::string::npos);
 }
@@ -93,10 +112,11 @@ TEST_F(FlashToolsTest, FlashEraseGoesOnBehindAWeakBlockAndSucceeds) {
     addRule("mtd12", "erase", "fails=EIO", "0x40000");
     const Answer answer = shell("flash_erase -q /dev/mtd12 0 0");
     EXPECT_EQ(answer.status, 0);
-    EXPECT_EQ(answer.err, "libmtd: error!: MEMERASE64 ioctl failed for eraseblock 2 (mtd12)\n"
-                          "        error 5 (Input/output error)\n"
-                          "flash_erase: error!: /dev/mtd12: MTD Erase failure\n"
-                          "             error 5 (Input/output error)\n");
+    EXPECT_EQ(answer.err, std::string(kOneByOne) +
+                              "libmtd: error!: MEMERASE64 ioctl failed for eraseblock 2 (mtd12)\n"
+                              "        error 5 (Input/output error)\n"
+                              "flash_erase: error!: /dev/mtd12: MTD Erase failure\n"
+                              "             error 5 (Input/output error)\n");
     EXPECT_EQ(flash(12).erases[2], 0u);
     EXPECT_EQ(flash(12).erases[3], 1u);
 }
@@ -108,6 +128,8 @@ TEST_F(FlashToolsTest, FlashEraseRefuses) {
     fail("flash_erase -q /dev/mtd12", 255, "no start erase block specified");
     fail("flash_erase -q /dev/mtd12 x 0", 255, "unable to parse the number 'x'");
     fail("flash_erase -q /dev/mtd12 0 0 0", 255, "no MTD device specified");
+    fail("flash_erase -q /dev/mtd12 0x40000 400", 255, "bad eraseblock number 324");
+    flash(12) = vb::Flash{flash(12).geometry, 0, {}, {}};
     fail("flash_erase --wrong /dev/mtd12 0 0", 255, "unrecognized option '--wrong'");
     flash(12).isWriteProtected = 1;
     fail("flash_erase -q /dev/mtd12 0 0", 255, "error 13 (Permission denied)");
@@ -226,7 +248,8 @@ TEST_F(FlashToolsTest, NanddumpHasThreeWaysWithBadBlocks) {
 }
 
 TEST_F(FlashToolsTest, NanddumpFails) {
-    fail("nanddump -q -s 0 -l 0x200 /dev/mtd13 -f " + path("part"), 255, "No such file");
+    fail("nanddump -q -s 0 -l 0x200 /dev/mtd13 -f " + path("part"), 1,
+         "/dev/mtd13: No such file or directory");
     fail("nanddump -q -s 512 -l 0x200 /dev/mtd12 -f " + path("part"), 1, "is not page-aligned!");
     fail("nanddump -q -l 0x200 /dev/mtd12 -f " + path("none/part"), 1,
          "none/part: No such file or directory");

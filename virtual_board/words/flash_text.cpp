@@ -63,10 +63,10 @@ void findSettings(const Reader &reader, std::vector<std::string> &found) {
         "main_system=", "boot_type=", "baudrate=", "password=", "user_pwd=", "boot_pwd="};
     const std::vector<uint8_t> block = reader.bytes(0, kSize);
     for (uint32_t slot = 0; slot <= kLastSlot; slot += kSlot) {
-        const auto start = block.begin() + slot;
-        const auto end = std::find_if(start, slot == kLastSlot ? block.end() : start + kSlot,
-                                      [](uint8_t c) { return c < ' ' || c > '~'; });
-        const std::string text(start, end);
+        const uint32_t end = slot == kLastSlot ? kSize : slot + kSlot;
+        std::string text;
+        for (uint32_t i = slot; i < end && block[i] >= ' ' && block[i] <= '~'; ++i)
+            text += static_cast<char>(block[i]);
         for (const std::string key : kKeys) {
             if (text.starts_with(key))
                 found.push_back("boot setting " + (key == "boot_pwd=" ? key + "..." : text));
