@@ -39,6 +39,15 @@ TEST(FaultText, EveryRuleComesBackInTheSameWords) {
         {"poe", "write", "", "1", "once", "power-loss"},
         {"poe", "write", "", "1", "once", "no-effect"},
         {"poe", "reset", "", "1", "once", "no-answer"},
+        {"mtd0", "any", "", "1", "once", "fails=EIO"},
+        {"mtd4", "change", "65536", "2", "from", "power-cut=100"},
+        {"mtd12", "program", "2048", "3", "from", "fails=EROFS"},
+        {"mtd14", "erase", "", "1", "every", "power-cut=0"},
+        {"mtd14", "info", "", "1", "once", "fails=ENODEV"},
+        {"mtd4", "read", "", "1", "once", "short=8"},
+        {"mtd4", "read", "0", "1", "once", "corrupt=0:0x01"},
+        {"/dev/mtd4", "open", "", "1", "once", "open-fails=EIO"},
+        {"/tmp/bsp/poeApp", "write", "", "2", "once", "power-cut=2147483647"},
     };
     for (const FaultWords &words : cases) {
         const FaultWords back = vb::faultWords(vb::parseFault(words));
@@ -117,6 +126,24 @@ TEST(FaultText, WordsThatMakeNoRuleAreRefusedWithWhatWouldBeRight) {
         {{"poe", "reset", "", "1", "once", "wrong-echo"}, "no-answer"},
         {{"i2c", "any", "", "1", "once", "late-answer=2"}, "give --device poe"},
         {{"gpio", "reset", "", "1", "once", "no-answer"}, "give --device poe"},
+        {{"mtd5", "any", "", "1", "once", "fails=EIO"}, "mtd0, mtd4, mtd12, mtd14"},
+        {{"mtd4", "write", "", "1", "once", "fails=EIO"}, "program, erase, change"},
+        {{"mtd4", "open", "", "1", "once", "fails=EIO"}, "--device /dev/mtd12"},
+        {{"mtd4", "info", "0", "1", "once", "fails=EIO"}, "leave out --offset"},
+        {{"mtd4", "read", "", "1", "once", "power-cut=1"}, "--op program, erase or change"},
+        {{"mtd4", "any", "", "1", "once", "power-cut=1"}, "--op program, erase or change"},
+        {{"mtd4", "program", "", "1", "once", "short=1"}, "--op read"},
+        {{"mtd4", "program", "", "1", "once", "refuse=-5"}, "fails, power-cut, short"},
+        {{"mtd4", "program", "", "1", "once", "power-cut=-1"}, "0 to 2147483647"},
+        {{"mtd4", "program", "", "1", "once", "fails=EWHAT"}, "ENOENT or 2"},
+        {{"cpld", "program", "", "1", "once", "refuse=-5"}, "give --device mtd12"},
+        {{"cpld", "any", "", "1", "once", "fails=EIO"}, "give --device mtd12"},
+        {{"cpld", "any", "", "1", "once", "power-cut=1"}, "give --device mtd12"},
+        {{"poe", "write", "", "1", "once", "fails=EIO"}, "i2c:16.0.0x20"},
+        {{"poe", "erase", "", "1", "once", "wrong-echo"}, "--op write or --op reset"},
+        {{"/dev/mtd4", "read", "", "1", "once", "short=1"}, "give --device mtd12"},
+        {{"/tmp/bsp/x", "read", "", "1", "once", "power-cut=1"}, "give --op write"},
+        {{"/tmp/bsp/x", "erase", "", "1", "once", "open-fails=EIO"}, "give --device mtd12"},
     };
     for (const auto &[words, reason] : cases)
         EXPECT_NE(refusalOf(words).find(reason), std::string::npos)

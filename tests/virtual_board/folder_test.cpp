@@ -76,7 +76,8 @@ class FolderTest : public ::testing::Test {
 
 TEST_F(FolderTest, ANewBoardIsWholeAndUsable) {
     EXPECT_EQ(open(), "");
-    for (const char *file : {"board.state", "lock", "root/dev/bspHandle", "root/proc/cmdline"})
+    for (const char *file : {"board.state", "lock", "root/dev/bspHandle", "root/proc/cmdline",
+                             "root/dev/mtd0", "root/dev/mtd14", "flash/mtd0", "flash/mtd14"})
         EXPECT_TRUE(fs::is_regular_file(path() + "/" + file)) << file;
     EXPECT_TRUE(fs::is_directory(path() + "/root/tmp/bsp"));
     EXPECT_EQ(fs::file_size(path() + "/board.state"), sizeof(vb::Board));
@@ -157,7 +158,7 @@ TEST_F(FolderTest, TheOtherByteOrderIsRefused) {
 
 TEST_F(FolderTest, AnotherVersionIsRefused) {
     patchHeader([](vb::BoardHeader &header) { ++header.version; });
-    EXPECT_SAYS(open(), "a board of another version (3, this build uses 2)");
+    EXPECT_SAYS(open(), "a board of another version (4, this build uses 3)");
 }
 
 TEST_F(FolderTest, ADamagedHeaderIsRefused) {
@@ -227,6 +228,9 @@ TEST(BoardPath, IsTidiedAndRecognised) {
         {"/tmp", "/tmp", false},
         {"/", "", false},
         {"/proc/cmdline2", "/proc/cmdline2", false},
+        {"/dev/mtd12", "/dev/mtd12", true},
+        {"/dev/mtd7", "/dev/mtd7", true}, // which no board has, so that it is not the host's
+        {"/dev/mt", "/dev/mt", false},
     };
     for (const auto &[path, tidy, isOfBoard] : cases) {
         char buffer[vb::kMaxBoardPath];

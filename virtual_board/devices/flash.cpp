@@ -8,7 +8,7 @@ namespace {
 
 constexpr uint32_t kChunk = 2048; // programmed at once; a divisor of every erase block's size
 constexpr uint32_t kLowestEraseSize = 4096;
-constexpr uint32_t kHighestEraseSize = 1 << 20;
+constexpr uint32_t kHighestEraseSize = 1 << 19;
 constexpr uint32_t kHighestPageSize = 16384;
 constexpr uint32_t kHighestSpareSize = 2048;
 

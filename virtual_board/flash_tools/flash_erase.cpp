@@ -45,6 +45,12 @@ int eraseBlocks(const Order &order) {
     const uint64_t first = static_cast<uint64_t>(order.start) / size;
     const uint64_t all = partition.info().size / size;
     const uint64_t end = order.blocks == 0 ? all : first + static_cast<uint64_t>(order.blocks);
+    if (first == 0 && end == all && !order.takesBadBlocks) {
+        if (partition.eraseBlocks(0, static_cast<uint32_t>(all)))
+            return kDone;
+        complainSystem(kTool, "%s: MTD Erase entire chip failureTrying one by one each sector.",
+                       order.device.c_str());
+    }
     for (uint64_t block = first; block < end; ++block) {
         const uint64_t offset = block * size;
         const int bad = order.takesBadBlocks ? 0 : partition.isBad(offset);
@@ -59,7 +65,7 @@ int eraseBlocks(const Order &order) {
             std::printf("\rErasing %u Kibyte @ %llx -- %2llu %% complete ", size / 1024,
                         static_cast<unsigned long long>(offset),
                         static_cast<unsigned long long>((block - first) * 100 / (end - first)));
-        if (!partition.eraseBlock(offset))
+        if (!partition.eraseBlocks(offset))
             complainSystem(kTool, "%s: MTD Erase failure", order.device.c_str());
     }
     if (!order.isQuiet)

@@ -89,8 +89,10 @@ bool dumpPages(const Order &order, const Partition &partition, int output) {
 
 int dump(const Order &order) {
     Partition partition(kTool, order.device);
-    if (!partition.open(O_RDONLY))
-        return complainSystem(kTool, "%s", order.device.c_str());
+    if (!partition.open(O_RDONLY)) {
+        std::perror(order.device.c_str());
+        return kFailed;
+    }
     if (!partition.getInfo())
         return complain(kTool, "mtd_get_dev_info failed");
     constexpr mode_t kMode = 0644;

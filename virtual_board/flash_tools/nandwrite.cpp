@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace flash_tools {
@@ -67,12 +68,12 @@ bool Writer::openFile() {
         std::perror(order_.file.c_str());
         return false;
     }
-    const off_t end = lseek(file_, 0, SEEK_END);
-    if (end < 0 || lseek(file_, 0, SEEK_SET) != 0) {
+    struct stat info = {};
+    if (fstat(file_, &info) != 0) {
         complainSystem(kTool, "unable to stat input image");
         return false;
     }
-    remaining_ = static_cast<uint64_t>(end);
+    remaining_ = static_cast<uint64_t>(info.st_size);
     if (!order_.pads && remaining_ % pageSize() != 0) {
         std::fputs("Input file is not page-aligned. Use the padding option.\n", stderr);
         return false;
@@ -114,8 +115,6 @@ bool Writer::enterBlock() {
             std::fprintf(stderr, "Bad block at %llx, 1 block(s) will be skipped\n",
                          static_cast<unsigned long long>(enteredBlock_));
         offset_ = enteredBlock_ + blockSize();
-        if (offset_ >= size())
-            return offset_ == size();
     }
     return true;
 }
@@ -155,7 +154,7 @@ bool Writer::giveBlockUp() {
     std::fprintf(stderr, "Erasing failed write from %#08llx to %#08llx\n",
                  static_cast<unsigned long long>(start),
                  static_cast<unsigned long long>(start + blockSize() - 1));
-    if (!partition_.eraseBlock(start)) {
+    if (!partition_.eraseBlocks(start)) {
         const int error = errno;
         complainSystem(kTool, "%s: MTD Erase failure", order_.device.c_str());
         if (error != EIO)
@@ -188,11 +187,7 @@ bool Writer::writePage() {
 
 bool Writer::writePages() {
     while (!isAllWritten() && offset_ < size()) {
-        if (!enterBlock())
-            return false;
-        if (offset_ >= size())
-            break;
-        if (!fillPage() || !writePage())
+        if (!enterBlock() || !fillPage() || !writePage())
             return false;
     }
     return isAllWritten();

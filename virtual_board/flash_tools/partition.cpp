@@ -70,6 +70,12 @@ bool Partition::getInfo() {
 }
 
 int Partition::isBad(uint64_t offset) const {
+    if (offset >= info_.size) {
+        complain(kLibrary, "bad eraseblock number %u, mtd%s has %u eraseblocks", blockOf(offset),
+                 numberOf(path_).c_str(), info_.size / info_.erasesize);
+        errno = EINVAL;
+        return -1;
+    }
     auto position = static_cast<int64_t>(offset);
     return ioctl(fd_, MEMGETBADBLOCK, &position);
 }
@@ -79,9 +85,9 @@ bool Partition::markBad(uint64_t offset) const {
     return ioctl(fd_, MEMSETBADBLOCK, &position) == 0;
 }
 
-bool Partition::eraseBlock(uint64_t offset) const {
-    erase_info_user64 block = {offset, info_.erasesize};
-    if (ioctl(fd_, MEMERASE64, &block) == 0)
+bool Partition::eraseBlocks(uint64_t offset, uint32_t count) const {
+    erase_info_user64 blocks = {offset, uint64_t{count} * info_.erasesize};
+    if (ioctl(fd_, MEMERASE64, &blocks) == 0)
         return true;
     complainSystem(kLibrary, "MEMERASE64 ioctl failed for eraseblock %u (mtd%s)", blockOf(offset),
                    numberOf(path_).c_str());

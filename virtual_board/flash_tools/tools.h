@@ -51,11 +51,11 @@ class Partition {
         return static_cast<uint32_t>(offset) / info_.erasesize;
     }
 
-    /** 1 bad, 0 good, -1 that cannot be told. */
+    /** 1 bad, 0 good, -1 (with errno) that cannot be told. */
     int isBad(uint64_t offset) const;
     bool markBad(uint64_t offset) const;
     // False, after a message, with errno.
-    bool eraseBlock(uint64_t offset) const;
+    bool eraseBlocks(uint64_t offset, uint32_t count = 1) const;
     bool readPage(uint64_t offset, uint8_t *page) const;
     bool writePage(uint64_t offset, const uint8_t *page) const;
 

@@ -63,10 +63,10 @@ void findSettings(const Reader &reader, std::vector<std::string> &found) {
         "main_system=", "boot_type=", "baudrate=", "password=", "user_pwd=", "boot_pwd="};
     const std::vector<uint8_t> block = reader.bytes(0, kSize);
     for (uint32_t slot = 0; slot <= kLastSlot; slot += kSlot) {
-        const auto start = block.begin() + slot;
-        const auto end = std::find_if(start, slot == kLastSlot ? block.end() : start + kSlot,
-                                      [](uint8_t c) { return c < ' ' || c > '~'; });
-        const std::string text(start, end);
+        const uint32_t end = slot == kLastSlot ? kSize : slot + kSlot;
+        std::string text;
+        for (uint32_t i = slot; i < end && block[i] >= ' ' && block[i] <= '~'; ++i)
+            text += static_cast<char>(block[i]);
         for (const std::string key : kKeys) {
             if (text.starts_with(key))
                 found.push_back("boot setting " + (key == "boot_pwd=" ? key + "..." : text));
@@ -176,7 +176,7 @@ void changeGeometry(FlashGeometries &all, const std::string &text) {
     if (!flashIsPossible(geometry))
         throw Refused("partition " + std::to_string(*number) + " cannot be " +
                       flashGeometryText(geometry) +
-                      ": erase blocks are powers of 2 from 4096 to 1048576, pages are powers of 2 "
+                      ": erase blocks are powers of 2 from 4096 to 524288, pages are powers of 2 "
                       "up to 16384 and no larger than a block, the spare area has up to 2048 "
                       "bytes, and the size is 1 to 2048 whole blocks");
 }
