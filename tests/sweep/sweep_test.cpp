@@ -1,0 +1,154 @@
+// The failure sweep: for every exported function on a working board, each of its system calls fails
+// once, and from then on, in every way that it can. Standard output is the only thing that never
+// fails. Run with --gtest_filter='*Sweep*' the program prints how many functions, points and runs.
+
+#include "tests/support/virtual_board_test.h"
+#include "tests/sweep/calls.h"
+#include "tests/sweep/functions.h"
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+
+namespace {
+
+using sweep::Exception;
+using sweep::Failure;
+using sweep::Files;
+using sweep::Function;
+using sweep::Outcome;
+using sweep::Output;
+
+constexpr uint32_t kParts = 8;
+constexpr uint32_t kFirstCalls = 60; // of functions whose later calls are all alike, each one fails
+
+std::string describe(const Function &function, const Failure &failure, const Outcome &run) {
+    std::ostringstream text;
+    text << function.name << ", call " << failure.nth << " (" << run.failedCall << ") in way "
+         << failure.way << (failure.stays ? ", and all behind it" : "");
+    return text.str();
+}
+
+class SweepTest : public VirtualBoardTest, public ::testing::WithParamInterface<uint32_t> {
+  protected:
+    /** A board on which everything works: an initialised PoE controller, settings, images. */
+    void SetUp() override {
+        VirtualBoardTest::SetUp();
+        const auto file = [this](const char *name, size_t size) {
+            std::ofstream(boardFolder() + "/" + name, std::ios::binary) << std::string(size, 'x');
+            return boardFolder() + "/" + name;
+        };
+        files_ = {file("os", 4096), file("boot", 3000), file("firmware", 51200), "/tmp/bsp/output"};
+        std::ofstream(boardFile("/tmp/bspPoeLockFile"), std::ios::binary) << '\x10';
+        printedBy([this] {
+            ASSERT_EQ(bspPoeDeviceInit(), BSP_OK);
+            ASSERT_EQ(bspPoePortModeSet(2, 1), BSP_OK);
+            ASSERT_EQ(bspBootFlagSet(1), BSP_OK);
+            ASSERT_EQ(bsp_mtd_write_from_file(files_.bootLoader.c_str(), "/dev/mtd0", 1), BSP_OK);
+        });
+        *devices_ = devices();
+    }
+
+    void restoreBoard() {
+        devices() = *devices_;
+        for (const char *path :
+             {"/tmp/bsp/devId", "/tmp/bsp/poeApp", "/tmp/bsp/osHeader.bin", "/tmp/bsp/output"})
+            std::filesystem::remove(boardFile(path));
+    }
+
+    Outcome run(const Function &function, const Failure &failure) {
+        restoreBoard();
+        Output output;
+        int32_t status = 0;
+        Outcome result;
+        printedBy([&] {
+            complainedBy([&] {
+                sweep::begin(failure);
+                status = function.call(output);
+                result = sweep::end();
+            });
+        });
+        check(function, failure, result, status, output);
+        return result;
+    }
+
+    static void check(const Function &function, const Failure &failure, const Outcome &run,
+                      int32_t status, const Output &output) {
+        SCOPED_TRACE(describe(function, failure, run));
+        const bool isDocumented = status == BSP_OK || function.statuses.count(status) > 0;
+        EXPECT_TRUE(isDocumented) << "answers " << status;
+        EXPECT_EQ(run.openDescriptors, 0u);
+        EXPECT_EQ(run.openFiles, 0u);
+        EXPECT_EQ(run.allocations, 0u);
+        if (function.exception != Exception::ReleasesLockTwice) {
+            EXPECT_EQ(run.strayCloses, 0u);
+        }
+        if (status != BSP_OK && function.exception != Exception::StoresBeforeFailure) {
+            EXPECT_TRUE(output.isUntouched());
+        }
+    }
+
+    /** All failures of one call; false when the function does not get that far. */
+    bool failCall(const Function &function, uint32_t nth) {
+        Failure failure = {nth};
+        uint32_t ways = 1;
+        for (; failure.way < ways; ++failure.way) {
+            for (const bool stays : {false, true}) {
+                failure.stays = stays;
+                ways = run(function, failure).ways;
+                ++runs_;
+                if (ways == 0)
+                    return false;
+            }
+        }
+        ++points_;
+        return true;
+    }
+
+    void sweepFunction(const Function &function) {
+        run(function, {});
+        uint32_t nth = 1;
+        while (failCall(function, nth))
+            nth += nth < kFirstCalls ? 1 : function.step;
+    }
+
+    Files files_;
+    uint32_t points_ = 0;
+    uint32_t runs_ = 0;
+
+  private:
+    std::unique_ptr<vb::Devices> devices_ = std::make_unique<vb::Devices>();
+};
+
+TEST_P(SweepTest, EveryFailureHasItsDocumentedAnswer) {
+    const std::vector<Function> functions = sweep::allFunctions(files_);
+    uint32_t count = 0;
+    for (size_t i = GetParam(); i < functions.size(); i += kParts) {
+        sweepFunction(functions[i]);
+        ++count;
+    }
+    EXPECT_GT(points_, count);
+    std::printf("part %u of %u: %u functions, %u points, %u runs\n", GetParam() + 1, kParts, count,
+                points_, runs_);
+}
+INSTANTIATE_TEST_SUITE_P(OfTheFunctions, SweepTest, ::testing::Range(0u, kParts));
+
+TEST(SweepTable, HasEveryExportedFunction) {
+    std::set<std::string> swept;
+    for (const Function &function : sweep::allFunctions({}))
+        EXPECT_TRUE(swept.insert(function.name).second) << function.name << " is there twice";
+    std::ifstream exports(BSP_TEST_EXPORTS);
+    ASSERT_TRUE(exports.is_open());
+    size_t exported = 0;
+    for (std::string name; exports >> name;) {
+        name.erase(name.find_last_not_of(';') + 1);
+        if (name == "bspPoeRtl8239Driver")
+            continue; // data
+        ++exported;
+        EXPECT_EQ(swept.count(name), 1u) << name << " is not swept";
+    }
+    EXPECT_EQ(swept.size(), exported);
+}
+
+} // namespace
