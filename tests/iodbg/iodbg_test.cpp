@@ -1,5 +1,7 @@
 #include "tests/iodbg/iodbg_test.h"
 
+#include "tests/support/files.h"
+
 #include <nlohmann/json.hpp>
 
 #include <csignal>
@@ -100,9 +102,12 @@ BoardContent IodbgTest::content() const {
     BoardContent content;
     content.devices.assign(reinterpret_cast<const char *>(&devices()), sizeof(devices()));
     namespace fs = std::filesystem;
+    for (const std::string &path : pathsUnder(boardFolder() + "/flash"))
+        content.files[path] = bytesOutsideHoles(path);
     for (const auto &entry : fs::recursive_directory_iterator(boardFolder() + "/root")) {
         // The library keeps the device id in this file, whoever asks for it first.
-        if (entry.is_regular_file() && entry.path() != boardFile("/tmp/bsp/devId"))
+        if (entry.is_regular_file() && entry.path() != boardFile("/tmp/bsp/devId") &&
+            entry.path().parent_path() != boardFile("/dev"))
             content.files[entry.path()] = readFile(entry.path());
     }
     return content;
