@@ -2,8 +2,7 @@
 #include <stdlib.h>
 #include <sys/wait.h>
 
-int main(int argc, char **argv)
-{
+int main(int argc, char **argv) {
     int i;
     for (i = 1; i < argc; ++i) {
         int status = system(argv[i]);
