@@ -1,5 +1,7 @@
 #include "tests/iodbg/iodbg_test.h"
 
+#include "tests/support/files.h"
+
 #include <nlohmann/json.hpp>
 
 #include <csignal>
@@ -131,8 +133,11 @@ BoardContent IodbgTest::content() const {
     std::fill(std::begin(copy->poe.reply), std::end(copy->poe.reply), uint8_t{0});
     content.devices.assign(reinterpret_cast<const char *>(copy.get()), sizeof(*copy));
     namespace fs = std::filesystem;
+    for (const std::string &path : pathsUnder(boardFolder() + "/flash"))
+        content.files[path] = bytesOutsideHoles(path);
     for (const auto &entry : fs::recursive_directory_iterator(boardFolder() + "/root")) {
-        if (entry.is_regular_file() && !isLibrarysOwn(entry.path()))
+        if (entry.is_regular_file() && !isLibrarysOwn(entry.path()) &&
+            entry.path().parent_path() != boardFile("/dev"))
             content.files[entry.path()] = readFile(entry.path());
     }
     return content;

@@ -55,3 +55,12 @@ for program in iodbg vboard; do
     "${emulator[@]}" "$prefix/bin/$program" --help >/dev/null
     echo "ok    installed $program starts"
 done
+
+"${emulator[@]}" "$prefix/bin/vboard" create --model 0x0709 "$work/board"
+VBOARD_DIR=$work/board "$libraries/vboard-tools/flash_erase" -q /dev/mtd4 0 1
+erased=$("${emulator[@]}" "$prefix/bin/vboard" get "$work/board" flash.4.erase-counts)
+[ "$erased" = "min=0 max=1 total=1" ] || {
+    echo "the installed flash_erase left $erased"
+    exit 1
+}
+echo "ok    installed tools work on a board"

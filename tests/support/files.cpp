@@ -1,7 +1,9 @@
 #include "tests/support/files.h"
 
 #include <cstdio>
+#include <fcntl.h>
 #include <ftw.h>
+#include <unistd.h>
 
 namespace {
 
@@ -22,6 +24,22 @@ std::vector<std::string> pathsUnder(const std::string &folder) {
     nftw64(folder.c_str(), note, kOpenFolders, FTW_DEPTH | FTW_PHYS);
     found = nullptr;
     return paths;
+}
+
+std::string bytesOutsideHoles(const std::string &path) {
+    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    std::string bytes;
+    off_t start = 0;
+    while ((start = lseek(fd, start, SEEK_DATA)) >= 0) {
+        const off_t end = lseek(fd, start, SEEK_HOLE);
+        const size_t known = bytes.size();
+        bytes.resize(known + static_cast<size_t>(end - start));
+        if (pread(fd, bytes.data() + known, bytes.size() - known, start) != end - start)
+            break;
+        start = end;
+    }
+    close(fd);
+    return bytes;
 }
 
 void removeFolder(const std::string &folder) {

@@ -9,5 +9,8 @@
  */
 std::vector<std::string> pathsUnder(const std::string &folder);
 
+/** What a file holds, but for the holes of a sparse one. */
+std::string bytesOutsideHoles(const std::string &path);
+
 /** Removes a folder and everything in it, if it is there. */
 void removeFolder(const std::string &folder);

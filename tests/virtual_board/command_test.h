@@ -53,7 +53,7 @@ class CommandTest : public ::testing::Test {
         for (const std::string &path : pathsUnder(folder)) {
             std::string &text = content[path];
             if (std::filesystem::is_regular_file(path))
-                std::getline(std::ifstream(path), text, '\0');
+                text = bytesOutsideHoles(path);
         }
         return content;
     }

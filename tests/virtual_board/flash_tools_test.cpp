@@ -339,11 +339,35 @@ TEST_F(FlashToolsTest, APowerCutInAToolEndsTheProgramThatRanIt) {
 
 TEST_F(FlashToolsTest, EachUseCountsOnce) {
     writeBoardFile("/tmp/bsp/image", std::string(3 * kPage, 'x'));
-    const uint32_t reads = addRule("/tmp/bsp/image", "read", "short=1", "", "1000");
-    const uint32_t programs = addRule("mtd12", "program", "fails=EIO", "", "1000");
+    addRule("/tmp/bsp/image", "read", "short=1", "", "1000");
+    addRule("mtd12", "program", "fails=EIO", "", "1000");
     succeed("nandwrite -q -p /dev/mtd12 /tmp/bsp/image");
-    EXPECT_EQ(board().faults.rule[reads - 1].matched, 3u);
-    EXPECT_EQ(board().faults.rule[programs - 1].matched, 3u);
+    EXPECT_EQ(board().faults.rule[0].matched, 3u);
+    EXPECT_EQ(board().faults.rule[1].matched, 3u);
+    // Also where the library is preloaded into everything.
+    const ProcessResult result =
+        runOnBoard(boardFolder(), {builtProgram("run_commands"), "flash_erase -q /dev/mtd12 0 0",
+                                   "nandwrite -q -p /dev/mtd12 /tmp/bsp/image"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out + result.err, "");
+    EXPECT_EQ(board().faults.rule[0].matched, 6u);
+    EXPECT_EQ(board().faults.rule[1].matched, 6u);
+}
+
+TEST_F(FlashToolsTest, UnmodifiedProgramsRunTheTools) {
+    makeImage(kPage);
+    const ProcessResult result =
+        runOnBoard(boardFolder(), {builtProgram("run_commands"), "flash_erase -q /dev/mtd12 0 0",
+                                   "nandwrite -q -p /dev/mtd12 " + path("image"),
+                                   "nanddump -q -s 0 -l 0x200 /dev/mtd12 -f /tmp/bsp/osHeader.bin",
+                                   "stty -F /dev/ttyS0 ispeed 19200 ospeed 19200 cs8",
+                                   "rm -f " + path("image"), "exit 9"});
+    EXPECT_EQ(result.exitCode, 9);
+    EXPECT_EQ(result.out + result.err, "");
+    EXPECT_EQ(Node(kNand).read(0, 2), "aa");
+    EXPECT_EQ(readBoardFile("/tmp/bsp/osHeader.bin"), std::string(512, 'a'));
+    EXPECT_EQ(devices().console.speed, 19200u);
+    EXPECT_FALSE(fs::exists(path("image")));
 }
 
 } // namespace

@@ -91,6 +91,14 @@ TEST_F(RunTest, VirtualTimeHoldsForWholeShellScripts) {
     EXPECT_EQ(vboard({"get", board(), "clock"}), "600.000000000\n");
 }
 
+TEST_F(RunTest, ShellsFindTheToolsOfTheBoard) {
+    const ProcessResult result =
+        onBoard({"sh", "-c", "flash_erase -q /dev/mtd12 0 0 && stty -F /dev/ttyS0 9600"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(vboard({"get", board(), "flash.12.erase-counts", "console.speed"}),
+              "min=1 max=1 total=324\n9600\n");
+}
+
 TEST_F(RunTest, TellsWhenTheOutputCannotBeWritten) {
     const ProcessResult result =
         run({"sh", "-c", "\"$@\" > /dev/full", "sh", builtProgram("vboard"), "list-models"});

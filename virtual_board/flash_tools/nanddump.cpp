@@ -56,7 +56,7 @@ bool dumpPages(const Order &order, const Partition &partition, int output) {
     const auto start = static_cast<uint64_t>(order.start);
     uint64_t end = order.length != 0 ? start + static_cast<uint64_t>(order.length) : size;
     end = std::min(end, size);
-    std::vector<uint8_t> page(pageSize);
+    std::vector<uint8_t> page(partition.info().writesize);
     uint64_t knownBlock = UINT64_MAX;
     int bad = 0;
     for (uint64_t offset = start; offset < end; offset += pageSize) {
@@ -79,7 +79,7 @@ bool dumpPages(const Order &order, const Partition &partition, int output) {
             complain(kTool, "mtd_read");
             return false;
         }
-        if (!writeAll(output, page.data(), std::min(pageSize, end - offset))) {
+        if (!writeAll(output, page.data(), static_cast<size_t>(std::min(pageSize, end - offset)))) {
             complain(kTool, "Unable to write to output");
             return false;
         }

@@ -127,7 +127,8 @@ bool Writer::fillPage() {
     block_.resize(start + pageSize(), kErased);
     size_t done = 0;
     while (done < pageSize() && done < remaining_) {
-        const size_t wanted = std::min<uint64_t>(pageSize() - done, remaining_ - done);
+        const auto wanted =
+            static_cast<size_t>(std::min<uint64_t>(pageSize() - done, remaining_ - done));
         const ssize_t count = read(file_, block_.data() + start + done, wanted);
         if (count < 0) {
             std::perror("File I/O error on input");

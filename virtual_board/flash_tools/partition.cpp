@@ -18,7 +18,8 @@ namespace {
 
 constexpr char kLibrary[] = "libmtd"; // whose messages appear with those of the tools
 
-void printError(const std::string &tool, const char *format, va_list arguments) {
+__attribute__((format(printf, 2, 0))) void printError(const std::string &tool, const char *format,
+                                                      va_list arguments) {
     std::fprintf(stderr, "%s: error!: ", tool.c_str());
     std::vfprintf(stderr, format, arguments);
     std::fputc('\n', stderr);

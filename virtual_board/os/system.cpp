@@ -13,23 +13,20 @@ namespace {
 
 constexpr int kNoCommand = 127 << 8; // what system answers when the shell finds no command
 
+char *append(char *end, const char *text) {
+    return stpcpy(end, text);
+}
+
 /** Appends text to a command line in single quotes. */
 char *quote(char *end, const char *text) {
     *end++ = '\'';
     for (; *text != '\0'; ++text) {
-        if (*text == '\'') {
-            std::memcpy(end, "'\\''", 4);
-            end += 4;
-        } else {
+        if (*text == '\'')
+            end = append(end, "'\\''");
+        else
             *end++ = *text;
-        }
     }
-    *end++ = '\'';
-    return end;
-}
-
-char *append(char *end, const char *text) {
-    return stpcpy(end, text);
+    return append(end, "'");
 }
 
 /** The command line behind the settings that lead its programs to the board; the caller frees it.
