@@ -85,7 +85,8 @@ void addRequests(Table &table) {
     ADD(bspFpgaSet_handle, (20, 1), kRequest);
     ADD(bspI2cRead_handle, (0, 0x51, 0, 1, output.as<uint8_t>(), 4), kRequest);
     ADD(bspI2cWrite_handle, (0, 0x51, 0x300, 1, "abc", 3), kRequest);
-    ADD(bspSpiXfer_handle, (0, 0, 0, 0, 0, 0), kRequest + Statuses{-22, -6});
+    ADD(bspSpiXfer_handle, (0, 0, 0, 0, 0, 0), // no buffer, which the driver refuses
+        kRequest + Statuses{-14});
     ADD(bspGpioDirectionInput_handle, (5), kRequest);
     ADD(bspGpioDirectionOutput_handle, (5, 1), kRequest);
     ADD(bspGpioGetValue_handle, (5, &word), kRequest);

@@ -6,10 +6,12 @@
 #include "tests/sweep/calls.h"
 #include "tests/sweep/functions.h"
 
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <sstream>
+#include <unistd.h>
 
 namespace {
 
@@ -29,6 +31,31 @@ std::string describe(const Function &function, const Failure &failure, const Out
          << failure.way << (failure.stays ? ", and all behind it" : "");
     return text.str();
 }
+
+/** Leads both standard streams to nowhere as long as it lives. */
+class Silence {
+  public:
+    Silence() {
+        std::fflush(stdout);
+        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+        dup2(nowhere, STDOUT_FILENO);
+        dup2(nowhere, STDERR_FILENO);
+        close(nowhere);
+    }
+    Silence(const Silence &) = delete;
+    Silence &operator=(const Silence &) = delete;
+    ~Silence() {
+        std::fflush(stdout);
+        dup2(savedOut_, STDOUT_FILENO);
+        dup2(savedErr_, STDERR_FILENO);
+        close(savedOut_);
+        close(savedErr_);
+    }
+
+  private:
+    int savedOut_ = dup(STDOUT_FILENO);
+    int savedErr_ = dup(STDERR_FILENO);
+};
 
 class SweepTest : public VirtualBoardTest, public ::testing::WithParamInterface<uint32_t> {
   protected:
@@ -62,13 +89,12 @@ class SweepTest : public VirtualBoardTest, public ::testing::WithParamInterface<
         Output output;
         int32_t status = 0;
         Outcome result;
-        printedBy([&] {
-            complainedBy([&] {
-                sweep::begin(failure);
-                status = function.call(output);
-                result = sweep::end();
-            });
-        });
+        {
+            const Silence silence;
+            sweep::begin(failure);
+            status = function.call(output);
+            result = sweep::end();
+        }
         check(function, failure, result, status, output);
         return result;
     }
