@@ -59,6 +59,10 @@ class Device {
     int fd_;
 };
 
+constexpr off_t position(uint32_t offset) {
+    return static_cast<off_t>(offset);
+}
+
 } // namespace
 
 ChipFault badBlock(uint32_t partition, uint32_t block) {
@@ -103,7 +107,7 @@ std::string deviceOf(uint32_t partition) {
 
 int writeDevice(uint32_t partition, uint32_t offset, const Bytes &data) {
     const Device device(partition, O_RDWR);
-    const ssize_t count = pwrite(device.get(), data.data(), data.size(), offset);
+    const ssize_t count = pwrite(device.get(), data.data(), data.size(), position(offset));
     return count == static_cast<ssize_t>(data.size()) ? 0 : errno;
 }
 
@@ -117,7 +121,7 @@ Bytes readCells(uint32_t partition, uint32_t offset, uint32_t length) {
     const Device device(partition, O_RDONLY);
     Bytes bytes(length);
     if (ioctl(device.get(), MTDFILEMODE, MTD_FILE_MODE_RAW) != 0 ||
-        pread(device.get(), bytes.data(), length, offset) != static_cast<ssize_t>(length))
+        pread(device.get(), bytes.data(), length, position(offset)) != static_cast<ssize_t>(length))
         return {};
     return bytes;
 }
@@ -128,7 +132,7 @@ uint32_t errorsRead(uint32_t partition, uint32_t offset) {
     mtd_ecc_stats after = {};
     Bytes page(kPageSize);
     if (ioctl(device.get(), ECCGETSTATS, &before) != 0 ||
-        pread(device.get(), page.data(), kPageSize, offset) != kPageSize ||
+        pread(device.get(), page.data(), kPageSize, position(offset)) != kPageSize ||
         ioctl(device.get(), ECCGETSTATS, &after) != 0)
         return UINT32_MAX;
     return after.failed - before.failed;
