@@ -15,6 +15,16 @@ fail() {
 
 trap 'fail "stopped at: $BASH_COMMAND (line $LINENO)"' ERR
 
+# become_root COMMAND: leaves in the array as_root what the command must be preceded by.
+# shellcheck disable=SC2034 # the array is its answer
+become_root() {
+    as_root=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || fail "not root and no sudo; as root run: $*"
+        as_root=(sudo)
+    fi
+}
+
 # configure_and_build PRESET [TARGET...]: quiet unless something goes wrong.
 configure_and_build() {
     local preset=$1 targets=()
