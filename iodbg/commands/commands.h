@@ -17,6 +17,7 @@ void addCpldCommands(const Command &root);
 void addI2cCommands(const Command &root);
 void addGpioCommands(const Command &root);
 void addPoeCommands(const Command &root);
+void addImageCommands(const Command &root);
 void addStatusCommand(const Command &root);
 
 inline void addCommands(const Command &root) {
@@ -32,6 +33,7 @@ inline void addCommands(const Command &root) {
     addI2cCommands(root);
     addGpioCommands(root);
     addPoeCommands(root);
+    addImageCommands(root);
     addStatusCommand(root);
 }
 
