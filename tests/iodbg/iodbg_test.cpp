@@ -119,6 +119,11 @@ bool IodbgTest::isLibrarysOwn(const std::string &path) const {
            (path == boardFile("/tmp/bsp/poeApp") && readFile(path).empty());
 }
 
+/** A file that stands for a flash partition, with its size and nothing in it. */
+static bool isPlaceholder(const std::filesystem::directory_entry &entry) {
+    return entry.path().filename().string().starts_with("mtd");
+}
+
 BoardContent IodbgTest::content() const {
     BoardContent content;
     const auto copy = std::make_unique<vb::Devices>(devices());
@@ -132,9 +137,13 @@ BoardContent IodbgTest::content() const {
     content.devices.assign(reinterpret_cast<const char *>(copy.get()), sizeof(*copy));
     namespace fs = std::filesystem;
     for (const auto &entry : fs::recursive_directory_iterator(boardFolder() + "/root")) {
-        if (entry.is_regular_file() && !isLibrarysOwn(entry.path()))
+        if (entry.is_regular_file() && !isLibrarysOwn(entry.path()) && !isPlaceholder(entry))
             content.files[entry.path()] = readFile(entry.path());
     }
+    // Flash is large, but whatever changes it is seen by the time of its last change.
+    for (const auto &entry : fs::directory_iterator(boardFolder() + "/flash"))
+        content.files[entry.path()] =
+            std::to_string(entry.last_write_time().time_since_epoch().count());
     return content;
 }
 
