@@ -18,6 +18,7 @@ void addI2cCommands(const Command &root);
 void addGpioCommands(const Command &root);
 void addPoeCommands(const Command &root);
 void addImageCommands(const Command &root);
+void addBootCommands(const Command &root);
 void addStatusCommand(const Command &root);
 
 inline void addCommands(const Command &root) {
@@ -34,6 +35,7 @@ inline void addCommands(const Command &root) {
     addGpioCommands(root);
     addPoeCommands(root);
     addImageCommands(root);
+    addBootCommands(root);
     addStatusCommand(root);
 }
 

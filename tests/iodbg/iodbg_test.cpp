@@ -73,8 +73,8 @@ Process IodbgTest::start(const Words &arguments) const {
     return Process(commandLine(arguments), environment());
 }
 
-std::string IodbgTest::iodbgOnTerminal(const Words &arguments) const {
-    return runOnTerminal(commandLine(arguments), environment());
+std::string IodbgTest::iodbgOnTerminal(const Words &arguments, const Typing &typing) const {
+    return runOnTerminal(commandLine(arguments), environment(), typing);
 }
 
 vb::FaultRule IodbgTest::at(vb::FaultRule rule, uint32_t offset) {
@@ -119,7 +119,8 @@ bool IodbgTest::isLibrarysOwn(const std::string &path) const {
            (path == boardFile("/tmp/bsp/poeApp") && readFile(path).empty());
 }
 
-/** A file that stands for a flash partition, with its size and nothing in it. */
+/** A file that stands for a flash partition: this test, which is on the board, would read all of
+ * it. */
 static bool isPlaceholder(const std::filesystem::directory_entry &entry) {
     return entry.path().filename().string().starts_with("mtd");
 }
