@@ -19,6 +19,8 @@ void addGpioCommands(const Command &root);
 void addPoeCommands(const Command &root);
 void addImageCommands(const Command &root);
 void addBootCommands(const Command &root);
+void addMtdCommands(const Command &root);
+void addUpgradeCommands(const Command &root);
 void addStatusCommand(const Command &root);
 
 inline void addCommands(const Command &root) {
@@ -36,6 +38,8 @@ inline void addCommands(const Command &root) {
     addPoeCommands(root);
     addImageCommands(root);
     addBootCommands(root);
+    addMtdCommands(root);
+    addUpgradeCommands(root);
     addStatusCommand(root);
 }
 
