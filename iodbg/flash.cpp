@@ -42,8 +42,8 @@ class ContentReader {
             bytes = bytes.subspan(1);
         }
         if (!file_.isOpen() || !readAt(file_.get(), offset - front, bytes))
-            throw Failure::file("read " + content_.file + " again",
-                                "the content of the flash is not known: repeat the command");
+            throw Failure::file("read " + content_.file,
+                                "what is in flash could not be compared with it");
     }
 
   private:
@@ -131,6 +131,12 @@ uint64_t hostFileSize(const std::string &path) {
     if (info.st_size == 0)
         throw Failure(ExitCode::Host, path + " is empty; give the right file");
     return static_cast<uint64_t>(info.st_size);
+}
+
+Bytes readContent(const Content &content, uint64_t offset, size_t length) {
+    Bytes bytes(length);
+    ContentReader(content).read(offset, bytes);
+    return bytes;
 }
 
 Comparison compare(const FlashPartition &partition, const Content &content, Layout layout,

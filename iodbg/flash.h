@@ -60,6 +60,9 @@ struct Content {
 /** The size of a file on the host; throws for one that cannot be read or is empty. */
 uint64_t hostFileSize(const std::string &path);
 
+/** A part of the content; throws when the file does not give it. */
+Bytes readContent(const Content &content, uint64_t offset, size_t length);
+
 enum class Layout {
     Straight,        // byte for byte
     AroundBadBlocks, // what would lie in a bad block lies in the next good one

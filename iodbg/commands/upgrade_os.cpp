@@ -4,12 +4,9 @@
 #include "iodbg/commands/upgrade_parts.h"
 #include "iodbg/failure.h"
 #include "iodbg/flash.h"
-#include "iodbg/host_file.h"
 #include "iodbg/library_calls.h"
 #include "iodbg/os_bank.h"
 #include "iodbg/progress.h"
-
-#include <algorithm>
 
 namespace iodbg {
 
@@ -57,9 +54,8 @@ uint64_t checkImage(const std::string &file, const FlashPartition &bank) {
 }
 
 /** The image's own header block, its last bytes. */
-Bytes headerOf(const std::string &file, uint64_t size) {
-    const Bytes image = readHostFile(file, size);
-    return {image.end() - BSP_OS_HEADER_SIZE, image.end()};
+Bytes headerOf(const Content &image) {
+    return readContent(image, image.size() - BSP_OS_HEADER_SIZE, BSP_OS_HEADER_SIZE);
 }
 
 std::string storedText(uint32_t bank) {
@@ -99,7 +95,7 @@ Verdict judge(const FlashPartition &bank, const Content &content, uint32_t numbe
     });
     Bytes header;
     const int32_t status = readOsHeader(number, header);
-    verdict.isHeaderRight = status == BSP_OK && header == headerOf(content.file, content.fileSize);
+    verdict.isHeaderRight = status == BSP_OK && header == headerOf(content);
     if (verdict.comparison.first)
         verdict.text = differenceText(bank, content, verdict.comparison);
     if (!verdict.isHeaderRight)
@@ -140,7 +136,7 @@ ExitCode run(Console &console, const UpgradeArguments &arguments) {
     const UpgradePlan plan = {
         "Image of " + name + ", " + bank.device(), storedText(arguments.bank),
         arguments.file + ", " + std::to_string(content.fileSize) + " bytes, '" +
-            fieldText(headerOf(arguments.file, content.fileSize)) + "'",
+            fieldText(headerOf(content)) + "'",
         "The upgrade must not be interrupted: the bank is then incomplete. The other bank is not "
         "touched."};
     Section section = {"", "", {}};

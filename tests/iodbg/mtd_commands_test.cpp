@@ -81,7 +81,8 @@ TEST_F(MtdCommandsTest, AnswersProgramsInLines) {
     EXPECT_GT(writes, 5);
     EXPECT_EQ(jsonKeys(lines.back(), ""),
               (Words{"event", "device", "file", "size_bytes", "dry_run", "verified", "failures"}));
-    EXPECT_EQ(jsonKeys(json({"mtd", "read", "mtd0", hostFile("copy")}), ""),
+    EXPECT_EQ(write("mtd4", file, {"--header"}).exitCode, 0);
+    EXPECT_EQ(jsonKeys(json({"mtd", "read", "mtd4", hostFile("copy"), "--header"}), ""),
               (Words{"device", "output", "size_bytes", "failures"}));
     EXPECT_EQ(jsonAt(json({"mtd", "erase", "mtd0", "--yes"}), ""),
               "{\"device\":\"/dev/mtd0\",\"erased_bytes\":65536,\"failures\":[]}");
