@@ -15,7 +15,8 @@ using namespace iodbg;
 
 ExitCode runCommand(Console &console, int argc, const char *const *argv) {
     CommandLine line("Reads and changes what is on the board: identity, EEPROMs, power supplies, "
-                     "LEDs, watchdog, PoE, CPLD registers, I2C devices, GPIO lines.",
+                     "LEDs, watchdog, PoE, flash, upgrades, boot settings, CPLD registers, I2C "
+                     "devices, GPIO lines.",
                      kExitCodeHelp, "iodbg " IODBG_VERSION);
     line.root().flag("--json", "Answer in JSON", console.isJson());
     addCommands(line.root());

@@ -17,6 +17,10 @@ void addCpldCommands(const Command &root);
 void addI2cCommands(const Command &root);
 void addGpioCommands(const Command &root);
 void addPoeCommands(const Command &root);
+void addImageCommands(const Command &root);
+void addBootCommands(const Command &root);
+void addMtdCommands(const Command &root);
+void addUpgradeCommands(const Command &root);
 void addStatusCommand(const Command &root);
 
 inline void addCommands(const Command &root) {
@@ -32,6 +36,10 @@ inline void addCommands(const Command &root) {
     addI2cCommands(root);
     addGpioCommands(root);
     addPoeCommands(root);
+    addImageCommands(root);
+    addBootCommands(root);
+    addMtdCommands(root);
+    addUpgradeCommands(root);
     addStatusCommand(root);
 }
 

@@ -75,8 +75,8 @@ Process IodbgTest::start(const Words &arguments) const {
     return Process(commandLine(arguments), environment());
 }
 
-std::string IodbgTest::iodbgOnTerminal(const Words &arguments) const {
-    return runOnTerminal(commandLine(arguments), environment());
+std::string IodbgTest::iodbgOnTerminal(const Words &arguments, const Typing &typing) const {
+    return runOnTerminal(commandLine(arguments), environment(), typing);
 }
 
 vb::FaultRule IodbgTest::at(vb::FaultRule rule, uint32_t offset) {
@@ -121,6 +121,12 @@ bool IodbgTest::isLibrarysOwn(const std::string &path) const {
            (path == boardFile("/tmp/bsp/poeApp") && readFile(path).empty());
 }
 
+/** A file that stands for a flash partition: this test, which is on the board, would read all of
+ * it. */
+static bool isPlaceholder(const std::filesystem::directory_entry &entry) {
+    return entry.path().filename().string().starts_with("mtd");
+}
+
 BoardContent IodbgTest::content() const {
     BoardContent content;
     const auto copy = std::make_unique<vb::Devices>(devices());
@@ -133,13 +139,14 @@ BoardContent IodbgTest::content() const {
     std::fill(std::begin(copy->poe.reply), std::end(copy->poe.reply), uint8_t{0});
     content.devices.assign(reinterpret_cast<const char *>(copy.get()), sizeof(*copy));
     namespace fs = std::filesystem;
-    for (const std::string &path : pathsUnder(boardFolder() + "/flash"))
-        content.files[path] = bytesOutsideHoles(path);
     for (const auto &entry : fs::recursive_directory_iterator(boardFolder() + "/root")) {
-        if (entry.is_regular_file() && !isLibrarysOwn(entry.path()) &&
-            entry.path().parent_path() != boardFile("/dev"))
+        if (entry.is_regular_file() && !isLibrarysOwn(entry.path()) && !isPlaceholder(entry))
             content.files[entry.path()] = readFile(entry.path());
     }
+    // Flash is large, but whatever changes it is seen by the time of its last change.
+    for (const auto &entry : fs::directory_iterator(boardFolder() + "/flash"))
+        content.files[entry.path()] =
+            std::to_string(entry.last_write_time().time_since_epoch().count());
     return content;
 }
 

@@ -115,7 +115,8 @@ ProcessResult run(const std::vector<std::string> &argv, const Environment &envir
     return Process(argv, environment, input).wait();
 }
 
-std::string runOnTerminal(const std::vector<std::string> &argv, const Environment &environment) {
+std::string runOnTerminal(const std::vector<std::string> &argv, const Environment &environment,
+                          const Typing &typing) {
     int terminal = -1;
     const pid_t pid = forkpty(&terminal, nullptr, nullptr, nullptr);
     if (pid < 0)
@@ -125,9 +126,16 @@ std::string runOnTerminal(const std::vector<std::string> &argv, const Environmen
     std::string text;
     char part[4096];
     ssize_t count = 0;
+    bool isTyped = typing.prompt.empty();
     // The terminal of a program that has ended answers with an error.
-    while ((count = read(terminal, part, sizeof(part))) > 0)
+    while ((count = read(terminal, part, sizeof(part))) > 0) {
         text.append(part, static_cast<size_t>(count));
+        if (isTyped || text.find(typing.prompt) == std::string::npos)
+            continue;
+        isTyped = true;
+        if (write(terminal, typing.answer.data(), typing.answer.size()) < 0)
+            break;
+    }
     close(terminal);
     waitpid(pid, nullptr, 0);
     return text;

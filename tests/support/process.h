@@ -58,8 +58,15 @@ ProcessResult run(const std::vector<std::string> &argv, const Environment &envir
 ProcessResult runOnBoard(const std::string &boardFolder, const std::vector<std::string> &argv,
                          const std::string &input = "");
 
-/** Runs a program with a terminal for all its streams; what it prints there. */
-std::string runOnTerminal(const std::vector<std::string> &argv, const Environment &environment);
+/** What somebody types on a terminal once a prompt is there. */
+struct Typing {
+    std::string prompt = {};
+    std::string answer = {};
+};
+
+/** Runs a program with a terminal for all its streams; what appears there. */
+std::string runOnTerminal(const std::vector<std::string> &argv, const Environment &environment,
+                          const Typing &typing = {});
 
 /** What a program needs to be started on a board other than through `vboard run`. */
 Environment boardEnvironment(const std::string &boardFolder);

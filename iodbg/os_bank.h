@@ -1,0 +1,21 @@
+#pragma once
+// The banks of operating-system images.
+
+#include "iodbg/parse.h"
+
+#include <cstdint>
+#include <string>
+
+namespace iodbg {
+
+constexpr uint32_t kBanks = 2;
+constexpr size_t kLargestOsImage = 39 * 1024 * 1024;
+constexpr uint32_t kOsHeaderPlace = 39 * 1024 * 1024; // of the header block's copy in a bank
+
+/** "/dev/mtd12" */
+std::string bankDevice(uint32_t bank);
+
+/** Reads a bank's header block; the library's status. */
+int32_t readOsHeader(uint32_t bank, Bytes &header);
+
+} // namespace iodbg

@@ -1,0 +1,279 @@
+// iodbg upgrade.
+
+#include "tests/iodbg/flash_commands_test.h"
+
+#include <filesystem>
+
+namespace {
+
+class UpgradeCommandsTest : public FlashCommandsTest {
+  protected:
+    ProcessResult upgradeOs(const std::string &file) const {
+        return iodbg({"upgrade", "os", file, "--bank", "0", "--yes"});
+    }
+    void shrink(uint32_t number, uint32_t size) const {
+        flash(number).geometry.size = size;
+        std::filesystem::resize_file(boardFolder() + "/flash/mtd" + std::to_string(number), size);
+    }
+    std::string bootFile(size_t size = 5000) const {
+        const std::string file = hostFile("boot.bin");
+        EXPECT_EQ(iodbg({"image", "pack-boot", makeImage(size, "boot.raw"), file}).exitCode, 0);
+        return file;
+    }
+};
+
+TEST_F(UpgradeCommandsTest, WritesAnImageAndComparesIt) {
+    const std::string file = makeImage(300000);
+    const ProcessResult result = upgradeOs(file);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.out, "Size, bytes                  300000\n"
+                          "Replaces                     Image of bank 0, /dev/mtd12\n"
+                          "Now                          empty\n"
+                          "New                          " +
+                              file +
+                              ", 300000 bytes, 'OS image 2.5'\n"
+                              "Dry run                      no\n"
+                              "Verified                     read back, image and header block are "
+                              "the file's\n"
+                              "Bad blocks below it          none\n"
+                              "Moved behind them by, bytes  0\n")
+        << result.out;
+    EXPECT_EQ(linesOf(result.err),
+              (Words{"upgrade os: step 1 of 4, erase the bank",
+                     "upgrade os: step 2 of 4, write the image",
+                     "upgrade os: step 3 of 4, write the copy of its header block",
+                     "upgrade os: step 4 of 4, read back and compare"}));
+    EXPECT_EQ(stored(12, 0, 300000), imageBytes(300000));
+    EXPECT_EQ(stored(12, kHeaderPlace, 12), "OS image 2.5");
+    EXPECT_EQ(flash(14).erases[0], 0u);
+    EXPECT_EQ(iodbg({"upgrade", "os", file, "--bank", "1", "--yes"}).exitCode, 0);
+    EXPECT_EQ(stored(14, 0, 300000), imageBytes(300000));
+}
+
+TEST_F(UpgradeCommandsTest, AsksBeforeAnImageIsReplaced) {
+    EXPECT_EQ(upgradeOs(makeImage(2048)).exitCode, 0);
+    const std::string file = makeImage(300000, "new.img");
+    const ProcessResult refused = iodbg({"upgrade", "os", file, "--bank", "0"}, "n\n");
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_EQ(refused.out, "");
+    EXPECT_EQ(refused.err, "Image of bank 0, /dev/mtd12\n"
+                           "  now  'OS image 2.5'\n"
+                           "  new  " +
+                               file +
+                               ", 300000 bytes, 'OS image 2.5'\n"
+                               "The upgrade must not be interrupted: the bank is then incomplete. "
+                               "The other bank is not touched.\n"
+                               "Upgrade it now? [y/N] \niodbg: not confirmed, nothing was done\n");
+    const std::string dry =
+        linesOf(iodbg({"upgrade", "os", file, "--bank", "0", "--dry-run", "--json"}).out).back();
+    EXPECT_EQ(jsonKeys(dry, ""),
+              (Words{"event", "size_bytes", "target", "before", "file", "dry_run", "failures"}));
+    EXPECT_EQ(jsonAt(dry, "/dry_run"), "true");
+    EXPECT_EQ(flash(12).erases[0], 1u);
+    EXPECT_EQ(iodbg({"upgrade", "os", file, "--bank", "0"}, "y\n").exitCode, 0);
+    EXPECT_EQ(flash(12).erases[0], 2u);
+}
+
+TEST_F(UpgradeCommandsTest, TellsProgramsOfAnImageInLines) {
+    const Words lines =
+        linesOf(iodbg({"upgrade", "os", makeImage(4096), "--bank", "0", "--yes", "--json"}).out);
+    ASSERT_GT(lines.size(), 4u);
+    EXPECT_EQ(jsonAt(lines[0], "/name"), "\"erase the bank\"");
+    EXPECT_EQ(jsonKeys(lines.back(), ""),
+              (Words{"event", "size_bytes", "target", "before", "file", "dry_run", "verified",
+                     "bad_blocks", "shifted_bytes", "failures"}));
+    EXPECT_EQ(jsonAt(lines.back(), "/bad_blocks"), "[]");
+}
+
+TEST_F(UpgradeCommandsTest, AnImageAroundBadBlocksIsWholeAndMoved) {
+    markBad(12, 0);
+    markBad(12, 2);
+    const std::string file = makeImage(300000);
+    const Words lines =
+        linesOf(iodbg({"upgrade", "os", file, "--bank", "0", "--yes", "--json"}).out);
+    EXPECT_EQ(jsonAt(lines.back(), "/verified"), "true");
+    EXPECT_EQ(jsonAt(lines.back(), "/bad_blocks"), "[0,2]");
+    EXPECT_EQ(jsonAt(lines.back(), "/shifted_bytes"), "262144");
+    EXPECT_EQ(stored(12, kBankBlock, kBankBlock), imageBytes(300000).substr(0, kBankBlock));
+}
+
+TEST_F(UpgradeCommandsTest, TheLargestImageFitsOnlyWithoutBadBlocks) {
+    const std::string file = makeImage(kLargestImage);
+    EXPECT_EQ(upgradeOs(file).exitCode, 0);
+    markBad(12, 7);
+    // The image ends where the copy of its header block belongs, and the two spoil each other.
+    const ProcessResult result = upgradeOs(file);
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.err.find("iodbg: bank 0 reads back differently: byte 0x26E0000 of the file, "
+                              "at 0x2700000 in /dev/mtd12, is 0x"),
+              std::string::npos)
+        << result.err;
+    EXPECT_NE(result.err.find("; the copy of the header block, which is read at 0x2700000, "
+                              "differs; behind bad block 7 the image lies 131072 bytes further on "
+                              "than without; do not start this bank: write the image again, or "
+                              "use the other bank\n"),
+              std::string::npos)
+        << result.err;
+}
+
+TEST_F(UpgradeCommandsTest, AHeaderBlockThatLiesElsewhereIsFound) {
+    // Its page fails: the tool puts it into the next block, where nothing looks for it.
+    spoil("mtd12", "program", "fails=EIO", std::to_string(kHeaderPlace));
+    const ProcessResult result = upgradeOs(makeImage(4096));
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.err.find("the copy of the header block, which is read at 0x2700000, is empty"),
+              std::string::npos)
+        << result.err;
+    EXPECT_EQ(stored(12, kHeaderPlace + kBankBlock, 12), "OS image 2.5");
+}
+
+TEST_F(UpgradeCommandsTest, ABlockThatGaveUpUnmarkedIsFound) {
+    spoil("mtd12", "program", "fails=EIO", std::to_string(kBankBlock + kPage));
+    const ProcessResult result = upgradeOs(makeImage(300000));
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.err.find("byte 0x20000 of the file, at 0x20000 in /dev/mtd12, is 0xFF "),
+              std::string::npos)
+        << result.err;
+    EXPECT_NE(result.err.find("block 1 reads as erased"), std::string::npos) << result.err;
+}
+
+TEST_F(UpgradeCommandsTest, FailingToolsAreTold) {
+    const std::string file = makeImage(4096);
+    const std::string before = imageBytes(4096);
+    EXPECT_EQ(upgradeOs(file).exitCode, 0);
+    flash(12).isWriteProtected = 1;
+    expectFailure({"upgrade", "os", file, "--bank", "0", "--yes"}, 1,
+                  {"cannot write the image into bank 0: BSP_E_FAILED",
+                   "do not start this bank, and write the image again"});
+    EXPECT_EQ(stored(12, 0, 4096), before);
+    flash(12).isWriteProtected = 0;
+    spoil("mtd12", "program", "fails=EROFS");
+    expectFailure({"upgrade", "os", file, "--bank", "0", "--yes"}, 1,
+                  {"BSP_E_FAILED", "byte 0x0 of the file, at 0x0 in /dev/mtd12, is 0xFF instead",
+                   "the copy of the header block, which is read at 0x2700000, is empty"});
+    clearFaults();
+    const std::string longName = makeImage(4096, std::string(120, 'n'));
+    expectFailure({"upgrade", "os", longName, "--bank", "0", "--yes"}, 1,
+                  {"nothing was changed: check that the path is short enough"});
+}
+
+TEST_F(UpgradeCommandsTest, AnEraseThatFailedUnseenIsFound) {
+    EXPECT_EQ(upgradeOs(makeImage(300000)).exitCode, 0);
+    spoil("mtd12", "erase", "fails=EIO"); // the tool says so and exits with 0
+    const ProcessResult result = upgradeOs(makeFile("other", std::string(300000, '\x55')));
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.err.find("bank 0 reads back differently: byte 0x0 of the file"),
+              std::string::npos)
+        << result.err;
+}
+
+TEST_F(UpgradeCommandsTest, ReplacesTheBootLoader) {
+    const std::string file = bootFile();
+    const ProcessResult result = iodbg({"upgrade", "boot", file, "--yes"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(result.out.find("Size, bytes  5080\n"
+                              "Replaces     Boot loader, /dev/mtd0\n"
+                              "Now          version 1.2.3\n"
+                              "New          " +
+                              file + ", 5080 bytes, image CRC 0x"),
+              std::string::npos)
+        << result.out;
+    EXPECT_NE(result.out.find("Verified     read back, all bytes are the file's\n"),
+              std::string::npos);
+    EXPECT_EQ(linesOf(result.err), (Words{"upgrade boot: step 1 of 3, erase the partition",
+                                          "upgrade boot: step 2 of 3, write the file",
+                                          "upgrade boot: step 3 of 3, read back and compare"}));
+    EXPECT_EQ(stored(0, 0, 5080), readFile(file));
+    const Words lines = linesOf(iodbg({"upgrade", "boot", file, "--yes", "--json"}).out);
+    EXPECT_EQ(jsonKeys(lines.back(), ""), (Words{"event", "size_bytes", "target", "before", "file",
+                                                 "dry_run", "verified", "failures"}));
+    EXPECT_EQ(iodbg({"upgrade", "boot", bootFile(1048496), "--yes"}).exitCode, 0);
+}
+
+TEST_F(UpgradeCommandsTest, ABootLoaderIsConfirmed) {
+    const std::string file = bootFile();
+    const ProcessResult refused = iodbg({"upgrade", "boot", file}, "n\n");
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_NE(refused.err.find("A board without a whole boot loader does not start: do not "
+                               "interrupt the upgrade.\nUpgrade it now? [y/N] "),
+              std::string::npos);
+    EXPECT_EQ(iodbg({"upgrade", "boot", file, "--dry-run"}).exitCode, 0);
+    EXPECT_EQ(flash(0).erases[0], 0u);
+}
+
+TEST_F(UpgradeCommandsTest, ABootLoaderThatWasNotWrittenIsFound) {
+    const std::string file = bootFile();
+    spoil("mtd0", "program", "fails=EIO"); // the library answers success
+    expectFailure({"upgrade", "boot", file, "--yes"}, 3,
+                  {"/dev/mtd0 reads back differently: byte 0x0 of the file, at 0x0 in /dev/mtd0, "
+                   "is 0xFF",
+                   "do not reset the board: repeat the upgrade until it is verified"});
+    clearFaults();
+    spoil("mtd0", "program", "fails=EIO", "1024");
+    expectFailure({"upgrade", "boot", file, "--yes"}, 3, {"byte 0x400 of the file"});
+}
+
+TEST_F(UpgradeCommandsTest, NamesTheFieldOfABootFileThatIsWrong) {
+    const std::string good = readFile(bootFile());
+    const struct {
+        size_t fromEnd;
+        const char *text;
+    } cases[] = {
+        {80, "magic is '0x7E4F4F54' and must be '0x424F4F54', trailer CRC is '0x"},
+        {48, "board name is '~ENTRAV48_BOOT' and must be 'ZENTRAV48_BOOT'"},
+        {69, "trailer length is '126' and must be '80'"},
+        {76, "no boot-loader upgrade file: trailer CRC is '0x"},
+        {100, "no boot-loader upgrade file: image CRC is '0x"},
+    };
+    for (const auto &[fromEnd, text] : cases) {
+        std::string bytes = good;
+        bytes[bytes.size() - fromEnd] = '\x7E';
+        expectRefusal({"upgrade", "boot", makeFile("bad", bytes), "--yes"}, 2, text);
+    }
+    const std::string large = bootFile(65457);
+    shrink(0, 65536);
+    expectRefusal({"upgrade", "boot", large, "--yes"}, 2, "has 65537 bytes; /dev/mtd0 holds 65536");
+}
+
+TEST_F(UpgradeCommandsTest, ACpldThatRefusesIsToldOf) {
+    const std::string file = makeFile("cpld.vme", "logic");
+    const ProcessResult refused = iodbg({"upgrade", "cpld", file}, "n\n");
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_EQ(refused.err, "Logic of the CPLD\n"
+                           "  now  version V1.2\n"
+                           "  new  " +
+                               file +
+                               ", 5 bytes\n"
+                               "The file is judged by the kernel module alone. The upgrade must "
+                               "not be interrupted.\n"
+                               "Upgrade it now? [y/N] \niodbg: not confirmed, nothing was done\n");
+    EXPECT_EQ(iodbg({"upgrade", "cpld", file, "--dry-run"}).exitCode, 0);
+    expectFailure({"upgrade", "cpld", file, "--yes"}, 1, {"cannot program the CPLD: "});
+}
+
+TEST_F(UpgradeCommandsTest, RefusesWordsAndFilesThatAreNotRight) {
+    const std::string file = makeImage(4096);
+    expectRefusal({"upgrade"}, 2, "A subcommand is required; see 'iodbg upgrade --help'");
+    expectRefusal({"upgrade", "os", "--bank", "0"}, 2, "FILE is required");
+    expectRefusal({"upgrade", "os", file, "--yes"}, 2, "--bank is required");
+    expectRefusal({"upgrade", "os", file, "--bank", "2"}, 2, "'2' is not a number from 0 to 1");
+    expectRefusal({"upgrade", "os", makeImage(511, "s"), "--bank", "0", "--yes"}, 2,
+                  "has 511 bytes; an operating-system image has 512 to 40894464");
+    expectRefusal({"upgrade", "os", makeImage(kLargestImage + 1, "l"), "--bank", "0", "--yes"}, 2,
+                  "has 40894465 bytes");
+    for (const char *kind : {"boot", "cpld"}) {
+        expectRefusal({"upgrade", kind}, 2, "FILE is required");
+        expectRefusal({"upgrade", kind, hostFile("none"), "--yes"}, 4, "No such file or directory");
+    }
+    expectRefusal({"upgrade", "cpld", makeFile("empty", ""), "--yes"}, 4, "is empty");
+    expectRefusal({"upgrade", "boot", makeFile("short", "x"), "--yes"}, 2, "has 1 bytes");
+    expectRefusal({"upgrade", "boot", makeFile("long", std::string(1048577, 'x')), "--yes"}, 4,
+                  "is longer than 1048576 bytes");
+    EXPECT_EQ(iodbg({"upgrade", "os", makeImage(512, "least"), "--bank", "0", "--yes"}).exitCode,
+              0);
+    shrink(14, 8 * kBankBlock);
+    expectRefusal({"upgrade", "os", file, "--bank", "1", "--yes"}, 1,
+                  "too few for an image and the copy of its header block");
+}
+
+} // namespace
