@@ -32,14 +32,6 @@ int32_t readSerialVersion(Cell &cell) {
     return status;
 }
 
-template <int32_t (*Get)(char *)>
-int32_t readText(Cell &cell) {
-    std::array<char, 32> text{};
-    const int32_t status = Get(text.data());
-    cell = textCell(fieldText(viewOf(text)));
-    return status;
-}
-
 int32_t readBootLoaderVersion(Cell &cell) {
     std::array<char, 7> version{};
     const int32_t status = ioBiosVersionGet(version.data());
@@ -85,14 +77,5 @@ constexpr Item kMacs[] = {
 const std::span<const Item> kVersionItems = kVersions;
 const std::span<const Item> kSerialItems = kSerial;
 const std::span<const Item> kMacItems = kMacs;
-
-void addItems(Report &report, Section &section, std::span<const Item> items) {
-    const std::string prefix = section.key.empty() ? "" : section.key + ".";
-    for (const Item &item : items) {
-        Cell cell;
-        const int32_t status = item.read(cell);
-        section.add(item.key, item.label, report.tried(prefix + item.key, status, cell));
-    }
-}
 
 } // namespace iodbg

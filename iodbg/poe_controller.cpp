@@ -1,9 +1,8 @@
 #include "iodbg/poe_controller.h"
 
 #include "bsp.h"
+#include "iodbg/items.h"
 #include "iodbg/poe_port.h"
-
-#include <array>
 
 namespace iodbg {
 
@@ -11,23 +10,17 @@ namespace {
 
 constexpr int32_t kFirstSupply = 1;
 
-struct Item {
-    const char *key;
-    const char *label;
-    int32_t (*read)(Cell &cell);
-};
-
-int32_t readVersion(Cell &cell) {
-    std::array<char, 16> text{};
-    const int32_t status = ioPoeAppVersionGet(text.data());
-    cell = textCell(text.data());
-    return status;
+/** What the last firmware upgrade left. */
+Cell appStatusCell(uint32_t status) {
+    constexpr const char *kWords[] = {"usable", "upgrade started, not finished",
+                                      "upgrade failed: run 'iodbg poe upgrade'"};
+    return {status < 3 ? kWords[status] : "unknown", int64_t{status}};
 }
 
 int32_t readAppStatus(Cell &cell) {
     uint32_t value = 0;
     const int32_t status = ioPoeAppStatusGet(&value);
-    cell = poeAppStatusCell(value);
+    cell = appStatusCell(value);
     return status;
 }
 
@@ -57,28 +50,14 @@ int32_t readRated(Cell &cell) {
 
 constexpr Item kItems[] = {
     {"application_status", "Firmware", readAppStatus},
-    {"application_version", "Firmware version", readVersion},
+    {"application_version", "Firmware version", readText<ioPoeAppVersionGet>},
     {"initialised", "Initialised", readInitialised},
     {"budget_mw", "Power budget, W", readPower<ioPoeGlobalMaxPowerGet>},
     {"drawn_mw", "Power drawn, W", readPower<ioPoeGlobalPowerGet>},
     {"rated_per_supply_mw", "Rated for each supply, W", readRated},
 };
 
-void addItems(Report &report, Section &section) {
-    for (const Item &item : kItems) {
-        Cell cell;
-        const int32_t status = item.read(cell);
-        section.add(item.key, item.label, report.tried(section.key + "." + item.key, status, cell));
-    }
-}
-
 } // namespace
-
-Cell poeAppStatusCell(uint32_t status) {
-    constexpr const char *kWords[] = {"usable", "upgrade started, not finished",
-                                      "upgrade failed: run 'iodbg poe upgrade'"};
-    return {status < 3 ? kWords[status] : "unknown", int64_t{status}};
-}
 
 void addPoeController(Report &report) {
     Section section = {"poe", "PoE", {}};
@@ -88,7 +67,7 @@ void addPoeController(Report &report) {
                 report.tried("poe.controller_present", status,
                              flagCell(isMissing == 0, "present", "missing")));
     if (status == BSP_OK && isMissing == 0)
-        addItems(report, section);
+        addItems(report, section, kItems);
     report.parts.emplace_back(section);
 }
 

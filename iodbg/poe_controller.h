@@ -11,7 +11,4 @@ namespace iodbg {
  */
 void addPoeController(Report &report);
 
-/** The application status in words: what the last firmware upgrade left. */
-Cell poeAppStatusCell(uint32_t status);
-
 } // namespace iodbg

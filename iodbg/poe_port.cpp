@@ -22,10 +22,6 @@ struct Reading {
     bool onlyWithPower; // a port without power measures nothing
 };
 
-Cell plainCell(uint32_t value) {
-    return numberCell(value);
-}
-
 Cell faultCell(uint32_t fault) {
     return flagCell(fault == kIsFaulty, "fault", "no");
 }
@@ -38,11 +34,11 @@ const Reading kReadings[] = {
     {{"class", "CLASS", "Class"}, ioPoePortClassificationGet, poeClassCell, false},
     {{"fault", "FAULT", "Fault"}, ioPoePortFaultGet, faultCell, false},
     {{"delivering", "POWER", "Power"}, ioPoePortDisconnectGet, poeDeliveringCell, false},
-    {{"voltage_v", "V", "Voltage, V"}, ioPoePortVoltageGet, plainCell, true},
-    {{"current_ma", "MA", "Current, mA"}, ioPoePortCurrentGet, plainCell, true},
+    {{"voltage_v", "V", "Voltage, V"}, ioPoePortVoltageGet, poeNumberCell, true},
+    {{"current_ma", "MA", "Current, mA"}, ioPoePortCurrentGet, poeNumberCell, true},
     {{"power_mw", "W", "Power, W"}, ioPoePortPowerGet, milliCell, true},
     {{"limit_mw", "LIMIT W", "Power limit, W"}, ioPoePortMaxPowerGet, milliCell, false},
-    {{"inrush_mode", "INRUSH", "Inrush mode"}, ioPoePortInrushModeGet, plainCell, false},
+    {{"inrush_mode", "INRUSH", "Inrush mode"}, ioPoePortInrushModeGet, poeNumberCell, false},
 };
 constexpr PoePortItem kPriority = {"priority", "PRIORITY", "Priority (1 is the most important)"};
 
@@ -81,6 +77,10 @@ bool isSilent(int32_t status) {
 }
 
 } // namespace
+
+Cell poeNumberCell(uint32_t number) {
+    return numberCell(number);
+}
 
 Cell poeModeCell(uint32_t mode) {
     switch (mode) {

@@ -16,6 +16,7 @@ constexpr uint32_t kPoeModeManual = 2; // every step comes on command
 constexpr uint32_t kPoeModeDisabled = 5;
 
 // Each makes a cell of a value that the library answered.
+Cell poeNumberCell(uint32_t number);
 Cell poeModeCell(uint32_t mode);
 Cell poeDetectionCell(uint32_t detection);
 Cell poeClassCell(uint32_t deviceClass);

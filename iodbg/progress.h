@@ -32,8 +32,6 @@ class Progress {
      * it. What cannot be printed is left out. */
     void reach(size_t step, uint32_t msIntoStep) noexcept;
 
-    double secondsElapsed() const;
-
   private:
     struct Position {
         size_t step;
@@ -41,6 +39,7 @@ class Progress {
         uint32_t secondsLeft;
     };
 
+    double secondsElapsed() const;
     Position positionOf(size_t step, uint32_t msIntoStep) const;
     void print(const Position &position);
     std::string barText(const Position &position) const;

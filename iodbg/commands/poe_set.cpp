@@ -31,10 +31,6 @@ struct Setting {
     Cell (*cell)(uint32_t value);
 };
 
-Cell plainCell(uint32_t value) {
-    return numberCell(value);
-}
-
 Cell switchCell(uint32_t value) {
     return flagCell(value == 1, "on", "off");
 }
@@ -62,17 +58,17 @@ constexpr Setting kSettings[] = {
      "auto|semi|manual|disabled", modeParser, ioPoePortModeSet, ioPoePortModeGet, 1, poeModeCell},
     {"priority", "Which ports keep their power when the budget is spent",
      "1 (the most important), 2 or 3", numberParser<1, 3>, ioPoePortPrioritySet, nullptr, 1,
-     plainCell},
+     poeNumberCell},
     {"limit", "Power limit", "Milliwatts, 0 to 102000; rounded up to 400",
      numberParser<0, kHighestLimit>, ioPoePortMaxPowerSet, ioPoePortMaxPowerGet, kLimitUnit,
-     plainCell},
+     poeNumberCell},
     {"limit-type", "What limits the ports' power",
      "1: the device's class; 2: the limit that is set", numberParser<1, 2>,
-     ioPoePortMaxPowerTypeSet, nullptr, 1, plainCell},
+     ioPoePortMaxPowerTypeSet, nullptr, 1, poeNumberCell},
     {"legacy", "Detection of devices older than the standard", "on|off", switchParser,
      ioPoePortLegacyEnableSet, nullptr, 1, switchCell},
     {"inrush", "Inrush mode", "0 to 8", numberParser<0, 8>, ioPoePortInrushModeSet,
-     ioPoePortInrushModeGet, 1, plainCell},
+     ioPoePortInrushModeGet, 1, poeNumberCell},
     {"force-inrush", "Forced inrush", "on|off", switchParser, ioPoePortForceInrushSet, nullptr, 1,
      switchCell},
 };

@@ -41,9 +41,8 @@ void addSupplyRecord(Report &report, Section &section, const Carrier &supply) {
         addFields(section, supply, record);
 }
 
-void addSupplies(Report &report) {
-    Model model;
-    const int32_t status = readModel(model);
+/** status: of reading the model. */
+void addSupplies(Report &report, const Model &model, int32_t status) {
     for (const uint32_t number : {1u, 2u}) {
         const Carrier supply = {number};
         Section section = {supply.word(), "Supply " + std::to_string(number), {}};
@@ -61,9 +60,8 @@ void addSupplies(Report &report) {
 }
 
 /** On models with PoE; a controller that is not there is said, not asked. */
-void addPoe(Report &report) {
-    Model model;
-    if (readModel(model) == BSP_OK && model.poePorts > 0)
+void addPoe(Report &report, const Model &model) {
+    if (model.poePorts > 0)
         addPoeController(report);
 }
 
@@ -75,8 +73,10 @@ void addShowCommand(const Command &root) {
             Report report;
             addBoard(report);
             addRecord(report);
-            addSupplies(report);
-            addPoe(report);
+            Model model; // one that cannot be read has no PoE
+            const int32_t status = readModel(model);
+            addSupplies(report, model, status);
+            addPoe(report, model);
             return console.print(report);
         });
 }

@@ -2,11 +2,11 @@
 
 #include "bsp.h"
 #include "tests/iodbg/iodbg_test.h"
+#include "tests/support/firmware.h"
 #include "virtual_board/devices/poe_ports.h"
 #include "virtual_board/words/fault_text.h"
 
 #include <cstring>
-#include <fstream>
 #include <regex>
 #include <unistd.h>
 
@@ -34,17 +34,8 @@ class PoeCommandsTest : public IodbgTest {
                const std::string &when = "from", const std::string &nth = "1") {
         addFault(vb::parseFault({"poe", "write", command, nth, when, effect}));
     }
-    void writeBoardFile(const std::string &path, const std::string &content) const {
-        std::ofstream(boardFile(path), std::ios::binary) << content;
-    }
 
-    std::string image(size_t size) const {
-        std::string bytes(size, '\x5A');
-        bytes[0] = '\x12';
-        bytes[1] = '\x34';
-        return makeFile("image", bytes);
-    }
-    std::string appStatusFile() const { return readFile(boardFile("/tmp/bsp/poeApp")); }
+    std::string image(size_t size) const { return makeFile("image", firmwareImage(size)); }
 };
 
 TEST_F(PoeCommandsTest, TellsOfTheController) {
@@ -412,7 +403,7 @@ TEST_F(PoeCommandsTest, AFailedUpgradeSaysWhatToDo) {
     spoil("wrong-echo", "0xC0", "once", "40");
     expectFailure({"poe", "upgrade", image(51200), "--yes"}, 1,
                   {"BSP_E_POE_STATUS", "no usable firmware now: repeat the upgrade"});
-    EXPECT_EQ(appStatusFile(), "\2");
+    EXPECT_EQ(readBoardFile("/tmp/bsp/poeApp"), "\2");
     EXPECT_EQ(poe().mode, vb::PoeMode::Loader);
     clearFaults();
     const ProcessResult again = iodbg({"poe", "upgrade", image(51200), "--yes"});

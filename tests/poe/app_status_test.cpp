@@ -17,11 +17,11 @@ using AppStatusTest = PoeTest;
 TEST_F(AppStatusTest, IsTheFirstByteOfItsFile) {
     for (const auto &[content, expected] :
          {std::pair<std::string, uint32_t>{"", 0}, {"\x01", 1}, {"\x02\x01", 2}, {"\xFF", 255}}) {
-        writeFile(kStatusFile, content);
+        writeBoardFile(kStatusFile, content);
         uint32_t status = kMark;
         EXPECT_EQ(answerOf([&] { return bspPoeRtl8239AppStatusGet(&status); }), kSilentSuccess);
         EXPECT_EQ(status, expected);
-        EXPECT_EQ(readFile(kStatusFile), content);
+        EXPECT_EQ(readBoardFile(kStatusFile), content);
     }
 }
 
@@ -39,10 +39,10 @@ TEST_F(AppStatusTest, IsZeroWithoutAFileWhichIsCreated) {
 
 TEST_F(AppStatusTest, IsStoredAsOneByte) {
     EXPECT_EQ(bspPoeRtl8239AppStatusSet(0x1FE), BSP_OK);
-    EXPECT_EQ(readFile(kStatusFile), "\xFE");
-    writeFile(kStatusFile, "\x01tail");
+    EXPECT_EQ(readBoardFile(kStatusFile), "\xFE");
+    writeBoardFile(kStatusFile, "\x01tail");
     EXPECT_EQ(bspPoeRtl8239AppStatusSet(2), BSP_OK);
-    EXPECT_EQ(readFile(kStatusFile), "\x02tail") << "the file is not truncated";
+    EXPECT_EQ(readBoardFile(kStatusFile), "\x02tail") << "the file is not truncated";
 }
 
 TEST_F(AppStatusTest, OfAFileThatDoesNotOpenIsReportedByTheFunctionThatOpensIt) {

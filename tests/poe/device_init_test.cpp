@@ -147,16 +147,16 @@ TEST_F(DeviceInitTest, StopsWhenTheResetLineFails) {
 
 TEST_F(DeviceInitTest, RefusesABoardWithoutAController) {
     unplugController();
-    writeFile(kStatusFile, "\x01");
+    writeBoardFile(kStatusFile, "\x01");
     EXPECT_EQ(initialise(), (Answer{BSP_E_POE_UNAVAILABLE, ""}));
-    EXPECT_EQ(readFile(kStatusFile), "\x01") << "the map is asked for first";
+    EXPECT_EQ(readBoardFile(kStatusFile), "\x01") << "the map is asked for first";
     EXPECT_EQ(elapsed(), 0u);
 }
 
 TEST_F(DeviceInitTest, RefusesAControllerWhoseUpgradeFailed) {
-    writeFile(kStatusFile, "\x02");
+    writeBoardFile(kStatusFile, "\x02");
     EXPECT_EQ(initialise(), (Answer{BSP_E_POE_UNAVAILABLE, ""}));
-    EXPECT_EQ(readFile(kStatusFile), "\x02");
+    EXPECT_EQ(readBoardFile(kStatusFile), "\x02");
     for (const std::string &line : trace())
         EXPECT_FALSE(line.starts_with("GPIO")) << line;
     EXPECT_TRUE(controller.exchanges().empty());
@@ -169,11 +169,11 @@ TEST_F(DeviceInitTest, ForgetsAnUpgradeThatWasInterrupted) {
                                         {zero, zero},
                                         {"", ""},
                                         {"\x03", "\x03"}}) {
-        writeFile(kStatusFile, before);
+        writeBoardFile(kStatusFile, before);
         controller.answer({"01"});
         EXPECT_EQ(initialise().status, BSP_E_POE_STATUS) << "the controller was not reached";
         EXPECT_EQ(controller.exchanges().size(), 1u);
-        EXPECT_EQ(readFile(kStatusFile), after);
+        EXPECT_EQ(readBoardFile(kStatusFile), after);
     }
 }
 

@@ -104,7 +104,7 @@ class FacadeTest : public PoeTest {
     /** The effect of a call on a fresh board whose answers are all different. */
     Effect effectOf(Call call) {
         usePoeModel(0x0709);
-        writeFile("/tmp/bsp/poeApp", "\x03");
+        writeBoardFile("/tmp/bsp/poeApp", "\x03");
         devices().cpld.reg[4] = 0x50;
         controller.answerAlways({"05 06 34 05 07 08 09 0A 0B"});
         Output out;

@@ -8,6 +8,7 @@
 #include "tests/support/scripted_controller.h"
 
 #include <algorithm>
+#include <unistd.h>
 
 namespace {
 
@@ -46,7 +47,7 @@ class FirmwareTest : public PoeTest {
   protected:
     Answer upgrade(size_t size) {
         image = imageOf(size);
-        writeFile(kImageFile, image);
+        writeBoardFile(kImageFile, image);
         return answerOf([] { return bspPoeRtl8239McuUpgrade(kImageFile); });
     }
 
@@ -54,7 +55,7 @@ class FirmwareTest : public PoeTest {
     void expectNothingDone() {
         EXPECT_TRUE(controller.exchanges().empty());
         EXPECT_EQ(elapsed(), 0u);
-        EXPECT_EQ(readFile(kStatusFile), "");
+        EXPECT_EQ(access(boardFile(kStatusFile).c_str(), F_OK), -1);
     }
 
     std::string image;
@@ -73,7 +74,7 @@ TEST_F(FirmwareTest, SendsTheWholeImageInBlocks) {
         for (size_t i = 0; i < blocks; ++i)
             ASSERT_EQ(seen[2 + i].request, blockOf(image, i * 32)) << "block " << i;
         EXPECT_EQ(seen.back().request, bytesOf("C0 40 FF FF FF FF FF FF FF FF FF F7"));
-        EXPECT_EQ(readFile(kStatusFile), "\x01");
+        EXPECT_EQ(readBoardFile(kStatusFile), "\x01");
         // The probe, two jumps, the blocks, and the rests of 1, 10, 1 and 1 seconds.
         EXPECT_EQ(elapsed(), 200000u + 2 * 125000u + blocks * 125000u + 13000000u);
     }
@@ -108,7 +109,7 @@ TEST_F(FirmwareTest, HoldsTheLockFromTheJumpToTheEnd) {
     EXPECT_EQ(upgrade(51200), kSilentSuccess);
     for (const Exchange &exchange : controller.exchanges())
         EXPECT_TRUE(exchange.isLocked) << requestText(exchange.request);
-    EXPECT_EQ(readFile(kLockFile), "\x10") << "only the probe is numbered";
+    EXPECT_EQ(readBoardFile(kLockFile), "\x10") << "only the probe is numbered";
     EXPECT_EQ(upgrade(51200), kSilentSuccess) << "the lock is free again";
 }
 
@@ -128,11 +129,11 @@ TEST_F(FirmwareTest, IgnoresTheResultsOfTheJumps) {
               (Answer{BSP_OK, "ERROR: rtl8239CmdJumpToLoader(#): response status check failed."
                               "\n"}));
     EXPECT_EQ(controller.exchanges().size(), 1603u);
-    EXPECT_EQ(readFile(kStatusFile), "\x01");
+    EXPECT_EQ(readBoardFile(kStatusFile), "\x01");
 }
 
 TEST_F(FirmwareTest, MarksTheStartBeforeTheFirstBlock) {
-    writeFile(kStatusFile, std::string(1, '\0'));
+    writeBoardFile(kStatusFile, std::string(1, '\0'));
     controller.answer({"", Spoil::Read}, 1); // the jump to the loader
     controller.answer({"", Spoil::Read}, 2); // the first block
     EXPECT_EQ(upgrade(51200),
@@ -144,7 +145,7 @@ TEST_F(FirmwareTest, MarksTheStartBeforeTheFirstBlock) {
     }
     EXPECT_EQ(steps, (Lines{"sleep 1000000 us", "sleep 10000000 us", "open /tmp/bsp/poeApp",
                             "open /tmp/bsp/poeApp"}));
-    EXPECT_EQ(readFile(kStatusFile), "\x02");
+    EXPECT_EQ(readBoardFile(kStatusFile), "\x02");
 }
 
 TEST_F(FirmwareTest, StopsAtABlockThatIsNotAnswered) {
@@ -165,10 +166,10 @@ TEST_F(FirmwareTest, StopsAtABlockThatIsNotAnswered) {
             (Answer{row.status, row.before + std::string("firmware download failed, bank 1, image "
                                                          "offset 65568.\n")}));
         EXPECT_EQ(controller.exchanges().size(), 2u + 2048 + 2) << "no jump to the application";
-        EXPECT_EQ(readFile(kStatusFile), "\x02");
+        EXPECT_EQ(readBoardFile(kStatusFile), "\x02");
     }
     EXPECT_EQ(upgrade(51200), kSilentSuccess) << "the lock is free again";
-    EXPECT_EQ(readFile(kStatusFile), "\x01");
+    EXPECT_EQ(readBoardFile(kStatusFile), "\x01");
 }
 
 TEST_F(FirmwareTest, StopsAtABlockThatIsEchoedWrongly) {
@@ -180,7 +181,7 @@ TEST_F(FirmwareTest, StopsAtABlockThatIsEchoedWrongly) {
         EXPECT_EQ(upgrade(51200), (Answer{BSP_E_POE_STATUS, "response status check failed, bank "
                                                             "0, image offset 32.\n"}));
         EXPECT_EQ(controller.exchanges().size(), 4u);
-        EXPECT_EQ(readFile(kStatusFile), "\x02");
+        EXPECT_EQ(readBoardFile(kStatusFile), "\x02");
     }
 }
 

@@ -2,6 +2,7 @@
 // good.
 
 #include "tests/poe/shared_controller_test.h"
+#include "tests/support/firmware.h"
 #include "tests/support/sudden_death.h"
 
 #include <fstream>
@@ -73,8 +74,7 @@ class KilledUpgradeTest : public SharedControllerTest {
   protected:
     void SetUp() override {
         SharedControllerTest::SetUp();
-        image_ = std::string(kImageSize, '\x5A');
-        image_.replace(0, 2, "\x12\x34"); // its version, V1.2.3.4
+        image_ = firmwareImage(kImageSize);
         imageFile_ = boardFolder() + "/image";
         std::ofstream(imageFile_, std::ios::binary) << image_;
     }

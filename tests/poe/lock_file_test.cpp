@@ -112,13 +112,13 @@ TEST_F(LockFileTest, CountsInItsFirstByte) {
         {"\xFF", 0, zero}, {"\x05tail", 6, "\x06tail"},
     };
     for (const Case &row : cases) {
-        writeFile(kLockFile, row.before);
+        writeBoardFile(kLockFile, row.before);
         int32_t result = 0;
         const int32_t fd = bspPoeLockFileOpen(&result);
         uint8_t unused = 0x55;
         EXPECT_EQ(bspPoeSeqNumNext(fd, &unused), row.number);
         bspPoeLockFileClose(fd);
-        EXPECT_EQ(readFile(kLockFile), row.after);
+        EXPECT_EQ(readBoardFile(kLockFile), row.after);
         EXPECT_EQ(unused, 0x55);
     }
 }

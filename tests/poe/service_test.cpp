@@ -199,14 +199,14 @@ TEST_F(ServiceTest, ReadingsAreServed) {
 
 TEST_F(ServiceTest, FirmwareOperationsReachTheirSlotByNumber) {
     uint32_t status = kMark;
-    writeFile("/tmp/bsp/poeApp", "\x02");
+    writeBoardFile("/tmp/bsp/poeApp", "\x02");
     EXPECT_EQ(operate(nullptr, 26, &status), kSilentSuccess);
     EXPECT_EQ(status, 2u);
 
     char missing[] = "/tmp/bsp/no-such-image";
     EXPECT_EQ(operate(nullptr, 27, nullptr), (Answer{BSP_E_POE_NULL, ""}));
     EXPECT_EQ(operate(nullptr, 27, missing), (Answer{BSP_E_POE_INVALID, ""}));
-    writeFile(missing, "short");
+    writeBoardFile(missing, "short");
     EXPECT_EQ(operate(nullptr, 27, missing),
               (Answer{BSP_E_POE_INVALID, "The firmware file's size is error...\r\n"}));
 
@@ -217,7 +217,7 @@ TEST_F(ServiceTest, FirmwareOperationsReachTheirSlotByNumber) {
 
     controller.answer({"01"}, 0);
     EXPECT_EQ(operate(nullptr, 0, nullptr).status, BSP_E_POE_UNAVAILABLE) << "the status is 2";
-    writeFile("/tmp/bsp/poeApp", "");
+    writeBoardFile("/tmp/bsp/poeApp", "");
     controller.exchanges();
     controller.answer({"01"});
     EXPECT_EQ(operate(nullptr, 0, nullptr).status, BSP_E_POE_STATUS);

@@ -161,12 +161,12 @@ TEST_F(TransportTest, AnExchangeFillsSequenceAndChecksumAndHoldsTheLock) {
     EXPECT_EQ(seen[0].readLengths, (std::vector<int32_t>{12}));
     EXPECT_TRUE(seen[0].isLocked);
     EXPECT_EQ(reply, bytesOf("42 10 0A 0B 0C 0D 0E 0F 10 11 12 D0"));
-    EXPECT_EQ(readFile(kLockFile), "\x10");
+    EXPECT_EQ(readBoardFile(kLockFile), "\x10");
     EXPECT_EQ(elapsed(), 200000u);
 }
 
 TEST_F(TransportTest, SequenceNumbersFollowEachOtherAndWrap) {
-    writeFile(kLockFile, "\xFE");
+    writeBoardFile(kLockFile, "\xFE");
     Bytes numbers;
     for (int i = 0; i < 3; ++i)
         EXPECT_EQ(exchange("41"), kSilentSuccess);
@@ -176,12 +176,12 @@ TEST_F(TransportTest, SequenceNumbersFollowEachOtherAndWrap) {
 }
 
 TEST_F(TransportTest, AnEmptyLockFileNumbersEveryFrameZero) {
-    writeFile(kLockFile, "");
+    writeBoardFile(kLockFile, "");
     for (int i = 0; i < 2; ++i)
         EXPECT_EQ(exchange("41"), kSilentSuccess);
     for (const Exchange &seen : controller.exchanges())
         EXPECT_EQ(seen.request[1], 0);
-    EXPECT_EQ(readFile(kLockFile), "");
+    EXPECT_EQ(readBoardFile(kLockFile), "");
 }
 
 TEST_F(TransportTest, SomeCommandsOwnTheirSecondByte) {
@@ -191,7 +191,7 @@ TEST_F(TransportTest, SomeCommandsOwnTheirSecondByte) {
         ASSERT_EQ(seen.size(), 1u);
         EXPECT_EQ(seen[0].request, completeRequest(start)) << start;
     }
-    EXPECT_EQ(readFile(kLockFile), "\x0F") << "a number was taken";
+    EXPECT_EQ(readBoardFile(kLockFile), "\x0F") << "a number was taken";
 }
 
 TEST_F(TransportTest, TheLoadersCommandsAreRefusedAndStayAsBuilt) {
@@ -221,7 +221,7 @@ TEST_F(TransportTest, ALockThatCannotBeTakenEndsTheExchange) {
     libraryFaults.flockFails = true;
     EXPECT_EQ(exchange("41"), (Answer{BSP_E_POE_LOCK, "rtl8239CmdMessageSafe-# \r\n"}));
     EXPECT_TRUE(controller.exchanges().empty());
-    EXPECT_EQ(readFile(kLockFile), "\x0F");
+    EXPECT_EQ(readBoardFile(kLockFile), "\x0F");
     EXPECT_EQ(elapsed(), 0u);
 }
 

@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
-#include <fstream>
 #include <numeric>
 #include <sstream>
 #include <sys/file.h>
@@ -178,7 +177,7 @@ void PoeTest::usePoeModel(uint32_t devId) {
     useModel(devId);
     auto &control = devices().cpld.reg[6];
     control = static_cast<uint16_t>(control & ~kMissing);
-    writeFile("/tmp/bspPoeLockFile", "\x0F");
+    writeBoardFile("/tmp/bspPoeLockFile", "\x0F");
     controller.watchLock(boardFile("/tmp/bspPoeLockFile"));
     uint32_t cached = 0;
     ASSERT_EQ(bspDevIdGet(&cached), BSP_OK);
@@ -188,15 +187,6 @@ void PoeTest::usePoeModel(uint32_t devId) {
 
 void PoeTest::unplugController() {
     devices().cpld.reg[6] |= 0x4000;
-}
-
-std::string PoeTest::readFile(const std::string &pathOnBoard) const {
-    std::ifstream file(boardFile(pathOnBoard), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void PoeTest::writeFile(const std::string &pathOnBoard, const std::string &content) const {
-    std::ofstream(boardFile(pathOnBoard), std::ios::binary) << content;
 }
 
 uint64_t PoeTest::elapsed() {

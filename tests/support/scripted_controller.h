@@ -83,9 +83,6 @@ class PoeTest : public VirtualBoardTest {
     void usePoeModel(uint32_t devId);
     void unplugController();
 
-    std::string readFile(const std::string &pathOnBoard) const;
-    void writeFile(const std::string &pathOnBoard, const std::string &content) const;
-
     /** Microseconds on the board's clock since the last call. */
     uint64_t elapsed();
 

@@ -1,5 +1,6 @@
 // The library's PoE operations on the virtual board's controller.
 
+#include "tests/support/firmware.h"
 #include "tests/virtual_board/poe_test.h"
 #include "virtual_board/words/fault_text.h"
 
@@ -18,11 +19,8 @@ class PoeLibraryTest : public PoeTest {
 
     /** An image file whose version is V1.2.3.4. */
     std::string image(size_t size) {
-        std::string bytes(size, '\x5A');
-        bytes[0] = '\x12';
-        bytes[1] = '\x34';
         const std::string path = boardFolder() + "/image";
-        std::ofstream(path, std::ios::binary) << bytes;
+        std::ofstream(path, std::ios::binary) << firmwareImage(size);
         return path;
     }
     static int32_t upgrade(const std::string &path) {

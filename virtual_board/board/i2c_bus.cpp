@@ -6,14 +6,8 @@ namespace vb {
 
 namespace {
 
-constexpr uint32_t kSystemBus = 0;
 constexpr uint32_t kBoardChannel = 0;
-constexpr uint32_t kFirstSupplyChannel = 2;
 constexpr uint32_t kEepromDevAddr = 0x50;
-constexpr uint32_t kPmbusDevAddr = 0x58;
-constexpr uint32_t kPoeBus = 16;
-constexpr uint32_t kPoeChannel = 0;
-constexpr uint32_t kPoeDevAddr = 0x20;
 
 /** The supply on a channel of the system bus; null where none with a bus is plugged. */
 Supply *supplyOn(Board &board, uint32_t channel) {

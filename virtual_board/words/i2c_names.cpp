@@ -1,5 +1,6 @@
 #include "virtual_board/words/i2c_names.h"
 
+#include "virtual_board/board/i2c_bus.h"
 #include "virtual_board/devices/poe_frame.h"
 
 #include <span>
@@ -88,13 +89,10 @@ std::string frameName(const TraceRecord &record) {
 } // namespace
 
 std::string transferName(const TraceRecord &record) {
-    constexpr uint32_t kPoeBus = 16;
-    constexpr uint32_t kPoeDevice = 0x20;
-    constexpr uint32_t kPmbusDevice = 0x58;
-    constexpr uint32_t kFirstSupplyChannel = 2;
-    if (record.bus == kPoeBus && record.devAddr == kPoeDevice)
+    if (record.bus == kPoeBus && record.devAddr == kPoeDevAddr)
         return frameName(record);
-    if (record.bus == 0 && record.devAddr == kPmbusDevice && record.channel >= kFirstSupplyChannel)
+    if (record.bus == kSystemBus && record.devAddr == kPmbusDevAddr &&
+        record.channel >= kFirstSupplyChannel)
         return "supply " + std::to_string(record.channel - kFirstSupplyChannel + 1) + " " +
                nameIn(kPmbusCommands, record.offset);
     return "";
