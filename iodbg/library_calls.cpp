@@ -49,6 +49,7 @@ extern "C" int system(const char *command) {
     return next(command);
 }
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the system's are reserved
 extern "C" ssize_t write(int fd, const void *data, size_t length) {
     using Write = ssize_t (*)(int, const void *, size_t);
     static const auto next = reinterpret_cast<Write>(dlsym(RTLD_NEXT, "write"));

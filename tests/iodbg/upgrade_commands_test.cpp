@@ -248,7 +248,20 @@ TEST_F(UpgradeCommandsTest, ACpldThatRefusesIsToldOf) {
                                "not be interrupted.\n"
                                "Upgrade it now? [y/N] \niodbg: not confirmed, nothing was done\n");
     EXPECT_EQ(iodbg({"upgrade", "cpld", file, "--dry-run"}).exitCode, 0);
+    addFault(refuse(vb::FaultDevice::Cpld, vb::FaultOp::Upgrade, -5));
     expectFailure({"upgrade", "cpld", file, "--yes"}, 1, {"cannot program the CPLD: "});
+    EXPECT_EQ(devices().cpld.logic.programmings, 0u);
+}
+
+TEST_F(UpgradeCommandsTest, ACpldIsProgrammed) {
+    const std::string file = makeFile("cpld.vme", "logic");
+    EXPECT_EQ(iodbg({"upgrade", "cpld", file, "--dry-run"}).exitCode, 0);
+    EXPECT_EQ(devices().cpld.logic.programmings, 0u);
+    const ProcessResult done = iodbg({"upgrade", "cpld", file, "--yes"});
+    EXPECT_EQ(done.exitCode, 0) << done.err;
+    EXPECT_EQ(devices().cpld.logic.programmings, 1u);
+    EXPECT_EQ(devices().cpld.logic.size, 5u);
+    EXPECT_NE(done.out.find("nothing reads the logic back"), std::string::npos) << done.out;
 }
 
 TEST_F(UpgradeCommandsTest, RefusesWordsAndFilesThatAreNotRight) {

@@ -39,15 +39,19 @@ const Statuses kOsWrite = kShell + Statuses{BSP_E_LOCK,       BSP_E_FAILED,    B
                                             BSP_E_SHORT_READ, BSP_E_NO_MEMORY, BSP_E_WRITE};
 const Statuses kBootWrite = {BSP_E_SHORT_READ, BSP_E_FAILED, BSP_E_NO_MEMORY, BSP_E_OPEN};
 
-constexpr uint32_t kManyFrames = 37; // calls between two that fail where all frames are alike
+// Work of hundreds or thousands of frames, whose later calls are all alike. Its forwarders are only
+// shown to forward what fails.
+constexpr Depth kManyFrames = {60, 111};
+constexpr Depth kThousandsOfFrames = {40, 40 * 37};
+constexpr Depth kForwarder = {20, 20 * 37};
 
 using Call = std::function<int32_t(Output &)>;
 
 class Table {
   public:
     void add(const char *name, const Call &call, const Statuses &statuses,
-             Exception exception = Exception::None, uint32_t step = 1) {
-        rows_.push_back({name, call, statuses, exception, step});
+             Exception exception = Exception::None, Depth depth = {}) {
+        rows_.push_back({name, call, statuses, exception, depth});
     }
     std::vector<Function> take() { return std::move(rows_); }
 
@@ -69,7 +73,18 @@ class Table {
 
 namespace {
 
-void addRequests(Table &table) {
+/** How the kernel module is told to program the board's CPLD. */
+const void *programmingBlock() {
+    static struct {
+        uint32_t words[6];
+        uint32_t lines[4];
+    } block = {{1, 0, 0, 5500, 0, 0}, {9, 8, 10, 11}};
+    std::memset(&block.words[2], 1, 1);
+    block.words[4] = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(block.lines));
+    return &block;
+}
+
+void addRequests(Table &table, const char *image) {
     static uint32_t word = 0;
     ADD(bspFuncIoctl_handle,
         (BSP_REQ_CPLD_READ,
@@ -90,7 +105,7 @@ void addRequests(Table &table) {
     ADD(bspGpioDirectionInput_handle, (5), kRequest);
     ADD(bspGpioDirectionOutput_handle, (5, 1), kRequest);
     ADD(bspGpioGetValue_handle, (5, &word), kRequest);
-    ADD(bspCpldUpgrade_handle, ("block", "/tmp/image"), kRequest + Statuses{-22, -1});
+    ADD(bspCpldUpgrade_handle, (programmingBlock(), image), kRequest);
     ADD(bspCpldGet, (1, output.as<uint16_t>()), kRequest);
     ADD(bspCpldSet, (20, 1), kRequest);
     ADD(bspFpgaGet, (1, output.as<uint16_t>()), kUnsupported);
@@ -198,7 +213,7 @@ void addFlash(Table &table, const Files &files) {
     ADD(bspImageUpgrade, (BSP_IMAGE_OS, osImage, 1), kOsWrite);
     ADD(ioImageUpgrade, (osImage, 1), kOsWrite);
     ADD(ioBiosUpgrade, (image), kBootWrite, Exception::ReleasesLockTwice);
-    ADD(ioCpldUpgrade, (image), kRequest + Statuses{-22});
+    ADD(ioCpldUpgrade, (image), kRequest);
 }
 
 void addPoeSettings(Table &table) {
@@ -249,8 +264,8 @@ void addPoeService(Table &table, const Files &files) {
         Statuses{-1});
     static const uint32_t port = 1;
     ADD(bspPoeOptDriver, (&port, BSP_POE_PORT_POWER_GET, output.as<void>()), kExchange);
-    ADD_BOTH(PoeDeviceInit, (), kPoeInit, Exception::None, kManyFrames);
-    ADD_BOTH(PoeAppUpgradeSet, (firmware), kPoeUpgrade, Exception::None, 20 * kManyFrames);
+    ADD_BOTH(PoeDeviceInit, (), kPoeInit, Exception::None, kForwarder);
+    ADD_BOTH(PoeAppUpgradeSet, (firmware), kPoeUpgrade, Exception::None, kForwarder);
     ADD(bspPoeDebugAllInfoGet, (), kExchange);
     ADD(bspPoeDebugPortInfoGet, (1), kExchange);
     ADD(bspPoeDebugSwVersionGet, (), kExchange);
@@ -270,7 +285,7 @@ void addPoeDriver(Table &table, const Files &files) {
     ADD(bspPoeRtl8239AppStatusGet, (output.as<uint32_t>()), Statuses{BSP_E_POE_OPEN});
     ADD(bspPoeRtl8239AppStatusSet, (0), Statuses{BSP_E_POE_OPEN});
     ADD(bspPoeRtl8239AppVersionGet, (output.as<char>()), kExchange);
-    ADD(bspPoeRtl8239McuUpgrade, (firmware), kPoeUpgrade, Exception::None, 20 * kManyFrames);
+    ADD(bspPoeRtl8239McuUpgrade, (firmware), kPoeUpgrade, Exception::None, kThousandsOfFrames);
     ADD(bspPoeRtl8239GlobalMaxPowerSet, (1000000), kExchange);
     ADD(bspPoeRtl8239GlobalMaxPowerGet, (output.as<uint32_t>()), kExchange);
     ADD(bspPoeRtl8239GlobalPowerGet, (output.as<uint32_t>()), kExchange);
@@ -300,7 +315,7 @@ void addPoeDriver(Table &table, const Files &files) {
 
 std::vector<Function> allFunctions(const Files &files) {
     Table table;
-    addRequests(table);
+    addRequests(table, files.bootLoader.c_str());
     addIdentity(table);
     addBootSettings(table);
     addChassis(table);

@@ -42,12 +42,18 @@ enum class Exception {
     ReleasesLockTwice,   // also closes the lock file's descriptor a second time
 };
 
+/** Which of a function's calls fail. */
+struct Depth {
+    uint32_t first = UINT32_MAX; // each of these
+    uint32_t step = 1;           // and each step-th one behind them
+};
+
 struct Function {
     std::string name;
     std::function<int32_t(Output &output)> call;
     std::set<int32_t> statuses; // besides BSP_OK
     Exception exception = Exception::None;
-    uint32_t step = 1; // behind the first calls only each step-th one fails: they are all alike
+    Depth depth{};
 };
 
 /** Files that functions are called with. */

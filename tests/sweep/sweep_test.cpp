@@ -23,7 +23,6 @@ using sweep::Outcome;
 using sweep::Output;
 
 constexpr uint32_t kParts = 8;
-constexpr uint32_t kFirstCalls = 60; // of functions whose later calls are all alike, each one fails
 
 std::string describe(const Function &function, const Failure &failure, const Outcome &run) {
     std::ostringstream text;
@@ -136,7 +135,7 @@ class SweepTest : public VirtualBoardTest, public ::testing::WithParamInterface<
         run(function, {});
         uint32_t nth = 1;
         while (failCall(function, nth))
-            nth += nth < kFirstCalls ? 1 : function.step;
+            nth += nth < function.depth.first ? 1 : function.depth.step;
     }
 
     Files files_;

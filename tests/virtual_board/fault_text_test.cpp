@@ -23,6 +23,7 @@ std::string refusalOf(const FaultWords &words) {
 TEST(FaultText, EveryRuleComesBackInTheSameWords) {
     const FaultWords cases[] = {
         {"cpld", "any", "", "1", "once", "refuse=-5"},
+        {"cpld", "upgrade", "", "1", "once", "no-answer"},
         {"cpld", "read", "63", "2", "every", "corrupt=1:0x80"},
         {"gpio", "write", "31", "4294967295", "from", "ioctl-fails=EIO"},
         {"i2c", "any", "4294967295", "1", "once", "short=0"},

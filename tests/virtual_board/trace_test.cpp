@@ -65,6 +65,13 @@ TEST_F(TraceTest, CpldRequestsAsJson) {
                             {"errno", 0}}));
 }
 
+TEST_F(TraceTest, CpldUpgradesAsJson) {
+    writeBoardFile("/tmp/bsp/cpld", "logic");
+    bspImageUpgrade(BSP_IMAGE_CPLD, "/tmp/bsp/cpld", 0);
+    EXPECT_EQ(last(), json::parse(R"({"kind": "cpld-upgrade", "path": "/tmp/bsp/cpld", "size": 5,
+                                      "result": 0, "errno": 0})"));
+}
+
 TEST_F(TraceTest, I2cRequestsAsJson) {
     const uint8_t data[3] = {0x44, 0x00, 0xFF};
     bspI2cWrite(0, 0, 0x51, 0x10, 1, data, 3);

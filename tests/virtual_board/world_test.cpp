@@ -59,12 +59,12 @@ TEST_F(WorldTest, ANewBoard) {
 
 TEST_F(WorldTest, TheListHasEveryPropertyWithItsValue) {
     const std::vector<vb::Property> all = vb::properties(*vb::attachedFolder());
-    EXPECT_EQ(all.size(), 6u + 64 + 32 + 32 + 3 + 2 * 18 + 1 + 2 * 48 + 5 + 4 * 4 + 1);
+    EXPECT_EQ(all.size(), 6u + 64 + 1 + 32 + 32 + 3 + 2 * 18 + 1 + 2 * 48 + 5 + 4 * 4 + 1);
     for (const vb::Property &property : all)
         EXPECT_EQ(property.value, get(property.name)) << property.name;
     const auto shown = std::count_if(all.begin(), all.end(),
                                      [](const vb::Property &property) { return !property.isIdle; });
-    EXPECT_EQ(shown, 6 + 3 + 1 + 3 + 2 * 15 + 1 + 4 + 1);
+    EXPECT_EQ(shown, 6 + 3 + 1 + 1 + 3 + 2 * 15 + 1 + 4 + 1);
 }
 
 TEST_F(WorldTest, WhatIsSetIsWhatProgramsSee) {

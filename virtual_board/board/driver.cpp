@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
+#include <iterator>
 
 namespace vb {
 
@@ -22,6 +24,7 @@ struct Request {
     BspIoctlRecord &record;
     TraceRecord &trace;
     const FaultRule *fault; // what goes wrong with it, or null
+    const FileFound &file;
 
     bool has(FaultEffect effect) const { return fault != nullptr && fault->effect == effect; }
 };
@@ -86,6 +89,42 @@ int32_t serveCpldWrite(Request &request) {
     const uint16_t before = request.board.devices.cpld.reg[reg];
     cpldWrite(request.board.devices.cpld, reg, static_cast<uint16_t>(value));
     registerWritten(request.board, reg, before, request.trace.timeNs);
+    return 0;
+}
+
+/** How the caller describes the programming, in words of the board's 32-bit processor. */
+struct ProgrammingBlock {
+    uint32_t word0, word4;
+    uint8_t byte8, unused[3];
+    uint32_t word12, lineTable, word20;
+    uint32_t lines[4];
+};
+
+/** Whether a block describes this board's CPLD: other lines are other chips'. */
+bool isForThisCpld(const void *memory) {
+    constexpr uint32_t kLines[] = {9, 8, 10, 11};
+    ProgrammingBlock block;
+    std::memcpy(&block, memory, sizeof(block));
+    const auto address = static_cast<const char *>(memory) + offsetof(ProgrammingBlock, lines);
+    return block.word0 == 1 && block.byte8 == 1 && block.word12 == 5500 && block.word20 == 0 &&
+           block.lineTable == static_cast<uint32_t>(reinterpret_cast<uintptr_t>(address)) &&
+           std::equal(std::begin(kLines), std::end(kLines), block.lines);
+}
+
+int32_t serveCpldUpgrade(Request &request) {
+    const void *block = userMemory(request.record.slot[0]);
+    if (block == nullptr)
+        return -EFAULT;
+    if (request.file.error != 0)
+        return -request.file.error;
+    if (!isForThisCpld(block) || request.file.size == 0)
+        return -EINVAL;
+    if (request.has(FaultEffect::NoAnswer))
+        return -EIO;
+    CpldLogic &logic = request.board.devices.cpld.logic;
+    ++logic.programmings;
+    logic.size = request.file.size;
+    logic.crc = request.file.crc;
     return 0;
 }
 
@@ -175,6 +214,8 @@ int32_t serve(Request &request) {
         return serveGpioOutput(request);
     case TraceKind::GpioRead:
         return serveGpioRead(request);
+    case TraceKind::CpldUpgrade:
+        return serveCpldUpgrade(request);
     default:
         return -ENOTTY;
     }
@@ -203,12 +244,16 @@ RequestType typeOf(uint32_t code) {
         return {TraceKind::GpioOutput, FaultDevice::Gpio, FaultOp::Write};
     case BSP_REQ_GPIO_READ:
         return {TraceKind::GpioRead, FaultDevice::Gpio, FaultOp::Read};
+    case BSP_REQ_CPLD_UPGRADE:
+        return {TraceKind::CpldUpgrade, FaultDevice::Cpld, FaultOp::Upgrade};
     default:
         return {TraceKind::OtherRequest, FaultDevice::Cpld, FaultOp::Any};
     }
 }
 
 FaultSubject subjectOf(const RequestType &type, const BspIoctlRecord &record) {
+    if (type.op == FaultOp::Upgrade)
+        return {type.device, type.op, 0, 0, 0, UINT32_MAX}; // concerns no register
     if (type.device != FaultDevice::I2c)
         return {type.device, type.op, 0, 0, 0, word(record, 0)};
     return {type.device,     type.op,        word(record, 0) & 0xFF, word(record, 0) >> 8 & 0xFF,
@@ -230,18 +275,33 @@ void describe(TraceRecord &trace, const FaultSubject &subject, const BspIoctlRec
 
 } // namespace
 
-int serveRequest(Board &board, const Sender &sender, uint32_t code, BspIoctlRecord &record) {
+bool fileWanted(uint32_t code, const BspIoctlRecord &record, char (&name)[kMaxFileName]) {
+    const void *memory = userMemory(record.slot[1]);
+    const uint32_t length = word(record, 2);
+    if (code != BSP_REQ_CPLD_UPGRADE || memory == nullptr || length >= kMaxFileName)
+        return false;
+    std::memcpy(name, memory, length);
+    name[length] = '\0';
+    return true;
+}
+
+int serveRequest(Board &board, const Sender &sender, uint32_t code, BspIoctlRecord &record,
+                 const FileFound &file) {
     const RequestType type = typeOf(code);
     const FaultSubject subject = subjectOf(type, record);
     TraceRecord &trace = traceNext(board.trace, type.kind, sender);
     describe(trace, subject, record);
+    if (char name[kMaxFileName]; fileWanted(code, record, name)) {
+        trace.value = file.size;
+        std::memcpy(trace.data, name, std::min<size_t>(std::strlen(name), kTraceDataSize - 1));
+    }
     if (type.kind == TraceKind::OtherRequest) {
         trace.offset = code;
         trace.error = ENOTTY;
         return trace.error;
     }
 
-    Request request = {board, record, trace, faultFor(board.faults, subject)};
+    Request request = {board, record, trace, faultFor(board.faults, subject), file};
     if (request.has(FaultEffect::IoctlFails)) {
         trace.error = request.fault->argument;
         return trace.error;

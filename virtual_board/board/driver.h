@@ -6,10 +6,22 @@
 
 namespace vb {
 
+/** A file that the module reads for a request, as it was found. */
+struct FileFound {
+    int error; // errno with which it cannot be read, or 0
+    uint32_t size, crc;
+};
+
+constexpr uint32_t kMaxFileName = 4096;
+
+/** Copies the name of the file that the module reads for a request; false when it reads none. */
+bool fileWanted(uint32_t code, const BspIoctlRecord &record, char (&name)[kMaxFileName]);
+
 /**
- * Serves one ioctl. The slots' addresses are those of the calling process.
- * Answers 0, or the errno with which the ioctl itself fails.
+ * Serves one ioctl, for which a file was found or is not wanted. The slots' addresses are those of
+ * the calling process. Answers 0, or the errno with which the ioctl itself fails.
  */
-int serveRequest(Board &board, const Sender &sender, uint32_t code, BspIoctlRecord &record);
+int serveRequest(Board &board, const Sender &sender, uint32_t code, BspIoctlRecord &record,
+                 const FileFound &file = {});
 
 } // namespace vb

@@ -44,8 +44,8 @@ void renewCrc(Eeprom &eeprom) {
 
 } // namespace
 
-uint32_t crc32(const uint8_t *data, size_t length) {
-    uint32_t value = 0xFFFFFFFF;
+uint32_t crc32(const uint8_t *data, size_t length, uint32_t before) {
+    uint32_t value = ~before;
     for (size_t i = 0; i < length; ++i) {
         value ^= data[i];
         for (int bit = 0; bit < 8; ++bit)

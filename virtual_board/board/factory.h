@@ -7,8 +7,8 @@
 
 namespace vb {
 
-/** CRC-32 of IEEE 802.3. */
-uint32_t crc32(const uint8_t *data, size_t length);
+/** CRC-32 of IEEE 802.3; of data in pieces when it is given what came out before. */
+uint32_t crc32(const uint8_t *data, size_t length, uint32_t before = 0);
 
 /** An erased EEPROM with the board's product information record. */
 void writeBoardEeprom(Eeprom &eeprom, const Model &model, const FactoryData &factory);

@@ -10,8 +10,9 @@ enum class FaultOp : uint8_t {
     Any,
     Open,
     Read,
-    Write, // PoE controller: a frame arrives
-    Reset, // PoE controller: its reset is released
+    Write,   // PoE controller: a frame arrives
+    Reset,   // PoE controller: its reset is released
+    Upgrade, // CPLD: its logic is programmed
     // Only flash partitions:
     Program,
     Erase,

@@ -13,6 +13,7 @@ enum class TraceKind : uint8_t {
     GpioInput,
     GpioOutput,
     GpioRead,
+    CpldUpgrade,
     OtherRequest, // a request code that the driver does not serve
     Open,         // a file of the board; the driver's node only when its open fails
     Sleep,
@@ -41,11 +42,11 @@ struct TraceRecord {
     uint8_t devAddr; // I2C device, or number of a flash partition
     uint32_t offset; // register, GPIO line, I2C or flash offset, code of other requests
     uint32_t length; // I2C, flash: bytes asked for
-    uint32_t value;  // register content, level, bytes done, block is bad, or baud
+    uint32_t value;  // register content, level, bytes done, block is bad, size of a file, or baud
     int32_t result;  // the driver's result word
     int32_t error;   // errno with which the open or the ioctl failed, else 0
     uint32_t stored; // how much of the data the record keeps
-    uint8_t data[kTraceDataSize]; // I2C: the data; opens: the path, zero-terminated
+    uint8_t data[kTraceDataSize]; // I2C: the data; opens, upgrades: the path, zero-terminated
 };
 
 constexpr uint32_t kTraceCapacity = 16384;

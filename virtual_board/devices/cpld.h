@@ -18,9 +18,16 @@ constexpr uint32_t kCpldSupplies = 30;
 
 constexpr uint16_t kCpldPoeAbsent = 0x4000; // in the control register; active-low presence
 
+/** The logic that was programmed last. What it does is not modelled: the registers stay. */
+struct CpldLogic {
+    uint32_t programmings; // since the board was made
+    uint32_t size, crc;    // of the image; 0 before the first programming
+};
+
 /** The world's face: what each register holds. */
 struct Cpld {
     uint16_t reg[kCpldRegisters];
+    CpldLogic logic;
 };
 
 /** The bus reads a register; false where there is none. */

@@ -24,6 +24,7 @@ std::string joined(const std::vector<std::string> &words, const std::string &non
 
 std::vector<std::string> asTexts(const std::vector<uint32_t> &numbers) {
     std::vector<std::string> texts;
+    texts.reserve(numbers.size());
     for (const uint32_t number : numbers)
         texts.push_back(std::to_string(number));
     return texts;

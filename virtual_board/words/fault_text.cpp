@@ -23,10 +23,11 @@ struct Word {
     Value value;
 };
 
-constexpr Word<FaultOp> kOps[] = {
-    {"any", FaultOp::Any},     {"open", FaultOp::Open},   {"read", FaultOp::Read},
-    {"write", FaultOp::Write}, {"reset", FaultOp::Reset}, {"program", FaultOp::Program},
-    {"erase", FaultOp::Erase}, {"info", FaultOp::Info},   {"change", FaultOp::Change}};
+constexpr Word<FaultOp> kOps[] = {{"any", FaultOp::Any},       {"open", FaultOp::Open},
+                                  {"read", FaultOp::Read},     {"write", FaultOp::Write},
+                                  {"reset", FaultOp::Reset},   {"program", FaultOp::Program},
+                                  {"erase", FaultOp::Erase},   {"info", FaultOp::Info},
+                                  {"change", FaultOp::Change}, {"upgrade", FaultOp::Upgrade}};
 constexpr Word<FaultWhen> kWhens[] = {
     {"once", FaultWhen::Once}, {"every", FaultWhen::Every}, {"from", FaultWhen::FromOn}};
 constexpr Word<FaultDevice> kDevices[] = {{"cpld", FaultDevice::Cpld}, {"gpio", FaultDevice::Gpio},
@@ -246,12 +247,19 @@ std::string effectText(const FaultRule &rule) {
 
 // Which effects a use of a device can have
 
+/** Refuses an upgrade of anything but the CPLD. */
+void checkNoUpgrade(const FaultRule &rule) {
+    if (rule.op == FaultOp::Upgrade)
+        throw Refused("upgrade is for the CPLD; give --device cpld");
+}
+
 bool isFlashOp(FaultOp op) {
     return op == FaultOp::Program || op == FaultOp::Erase || op == FaultOp::Info ||
            op == FaultOp::Change;
 }
 
 void checkFileRule(const FaultRule &rule) {
+    checkNoUpgrade(rule);
     if (isFlashOp(rule.op))
         throw Refused(std::string(wordOf(kOps, rule.op)) + " is for flash; give --device mtd12 "
                                                            "and the like");
@@ -306,6 +314,7 @@ void checkPoeRule(const FaultRule &rule) {
 }
 
 void checkMtdRule(const FaultRule &rule) {
+    checkNoUpgrade(rule);
     if (rule.op == FaultOp::Open || rule.op == FaultOp::Write || rule.op == FaultOp::Reset)
         throw Refused(
             "flash is read, programmed, erased and asked for its geometry; give --op read, "
@@ -334,6 +343,14 @@ void checkMtdRule(const FaultRule &rule) {
     }
 }
 
+void checkUpgradeRule(const FaultRule &rule) {
+    if (rule.hasOffset != 0)
+        throw Refused("an upgrade is of the whole CPLD; leave out --offset");
+    if (rule.effect == FaultEffect::Corrupt)
+        throw Refused("an upgrade can be refused, fail or get no answer; give refuse, ioctl-fails "
+                      "or no-answer");
+}
+
 void checkDeviceRule(const FaultRule &rule) {
     if (isFlashOp(rule.op))
         throw Refused(std::string(wordOf(kOps, rule.op)) + " is for flash; give --device mtd12 "
@@ -342,6 +359,10 @@ void checkDeviceRule(const FaultRule &rule) {
         throw Refused(effectText(rule) + " is for flash; give --device mtd12 and the like");
     if (rule.op == FaultOp::Reset)
         throw Refused("reset is for the PoE controller; give --device poe");
+    if (rule.device != FaultDevice::Cpld)
+        checkNoUpgrade(rule);
+    else if (rule.op == FaultOp::Upgrade)
+        checkUpgradeRule(rule);
     if (isPoeEffect(rule.effect))
         throw Refused(effectText(rule) + " is for the PoE controller; give --device poe");
     if (rule.op == FaultOp::Open)

@@ -131,7 +131,7 @@ void changeField(FlashGeometry &geometry, const std::string &word) {
             continue;
         const auto number = parseNumber(value, UINT32_MAX);
         if (!number.has_value())
-            throw Refused(name + " is a number of bytes, not '" + value + "'");
+            throw Refused(std::string(known) + " is a number of bytes, not '" + value + "'");
         geometry.*field = *number;
         return;
     }

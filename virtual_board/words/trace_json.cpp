@@ -28,6 +28,8 @@ const char *kindName(TraceKind kind) {
         return "gpio-output";
     case TraceKind::GpioRead:
         return "gpio-read";
+    case TraceKind::CpldUpgrade:
+        return "cpld-upgrade";
     case TraceKind::OtherRequest:
         return "request";
     case TraceKind::Open:
@@ -96,6 +98,8 @@ json detailsJson(const TraceRecord &record) {
         return {{"line", record.offset}, {"level", record.value}};
     case TraceKind::GpioRead:
         return {{"line", record.offset}, {"level", readValue(record)}};
+    case TraceKind::CpldUpgrade:
+        return {{"path", reinterpret_cast<const char *>(record.data)}, {"size", record.value}};
     case TraceKind::OtherRequest:
         return {{"code", record.offset}};
     case TraceKind::Open:

@@ -74,6 +74,9 @@ std::string requestText(const TraceRecord &record) {
         return text("GPIO output line %u = %u", record.offset, record.value);
     case TraceKind::GpioRead:
         return text("GPIO read   line %u = %u", record.offset, record.value);
+    case TraceKind::CpldUpgrade:
+        return text("CPLD upgrade %s, %u bytes", reinterpret_cast<const char *>(record.data),
+                    record.value);
     case TraceKind::OtherRequest:
         return text("request 0x%X", record.offset);
     case TraceKind::Open:

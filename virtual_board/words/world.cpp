@@ -86,6 +86,15 @@ std::string getGpio(const Target &target) {
     return gpioLevel(target.devices().gpio, target.number) ? "1" : "0";
 }
 
+std::string getLogic(const Target &target) {
+    const CpldLogic &logic = target.devices().cpld.logic;
+    if (logic.programmings == 0)
+        return "factory";
+    return std::to_string(logic.size) + " bytes, CRC-32 0x" + hex16Text(logic.crc >> 16).substr(2) +
+           hex16Text(logic.crc & 0xFFFF).substr(2) + ", programmed " +
+           std::to_string(logic.programmings) + " times";
+}
+
 void setGpio(const Target &target, const std::string &value) {
     const auto level = parseNumber(value, 1);
     if (!level.has_value())
@@ -175,6 +184,7 @@ constexpr PropertyType kProperties[] = {
     {"identity.serial", 0, 0, getSerial, setSerial, nullptr, false, Fitted::Always},
     {"identity.mac", 0, 0, getMac, setMac, nullptr, false, Fitted::Always},
     {"cpld.#", 0, kCpldRegisters - 1, getCpld, setCpld, "0x0000", false, Fitted::Always},
+    {"cpld.logic", 0, 0, getLogic, nullptr, nullptr, false, Fitted::Always},
     {"gpio.#", 0, kGpioLines - 1, getGpio, setGpio, "0", false, Fitted::Always},
     {"gpio.#.direction", 0, kGpioLines - 1, getDirection, nullptr, "input", false, Fitted::Always},
     {"eeprom.board", 0, 0, getBoardEeprom, setBoardEeprom, nullptr, true, Fitted::Always},
