@@ -13,6 +13,9 @@ constexpr uint32_t kSettingsBlocks = 2; // /dev/mtd4
 constexpr uint32_t kBankBlocks = 324;   // /dev/mtd12 and /dev/mtd14
 constexpr uint32_t kBankSize = kBankBlocks * kBlockSize;
 
+/** Where a bank has the copy of its image's header block: behind the largest image. */
+constexpr uint32_t kHeaderAt = 0x2700000;
+
 /** One parameter of the simulation that makes something fail. */
 struct ChipFault {
     std::string parameter, value;
