@@ -124,7 +124,8 @@ bool isErased(ByteView bytes) {
 
 uint64_t hostFileSize(const std::string &path) {
     struct stat info = {};
-    if (stat(path.c_str(), &info) != 0 || access(path.c_str(), R_OK) != 0)
+    const bsp::Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!file.isOpen() || fstat(file.get(), &info) != 0)
         throw Failure::file("open " + path, "give a file that can be read");
     if (!S_ISREG(info.st_mode))
         throw Failure(ExitCode::Host, path + " is not a regular file; give the right file");

@@ -19,10 +19,6 @@ uint32_t blocksOf(const FlashPartition &partition) {
     return static_cast<uint32_t>(partition.size() / partition.blockSize());
 }
 
-uint32_t msFor(uint64_t bytes, uint32_t bytesPerMs) {
-    return static_cast<uint32_t>(bytes / bytesPerMs) + 1;
-}
-
 std::vector<WorkStep> stepsFor(const FlashPartition &partition, uint64_t size) {
     return {{"erase the partition", blocksOf(partition) * kEraseMs},
             {"write the file", msFor(size, kBytesPerMsWritten)},

@@ -19,6 +19,10 @@ constexpr char kClearLine[] = "\r\x1b[K";
 
 } // namespace
 
+uint32_t msFor(uint64_t bytes, uint32_t bytesPerMs) {
+    return static_cast<uint32_t>(bytes / bytesPerMs) + 1;
+}
+
 std::string durationText(uint32_t seconds) {
     const std::string rest = std::to_string(seconds % 60) + " s";
     return seconds < 60 ? rest : std::to_string(seconds / 60) + " min " + rest;

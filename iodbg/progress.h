@@ -57,6 +57,9 @@ class Progress {
     uint32_t printedPercent_ = 0;
 };
 
+/** What so many bytes take at least, of work that does so many in a millisecond. */
+uint32_t msFor(uint64_t bytes, uint32_t bytesPerMs);
+
 /** "13 min 5 s" */
 std::string durationText(uint32_t seconds);
 

@@ -150,7 +150,11 @@ ExitCode set(Console &console, SetArguments arguments) {
     if (!arguments.backup.empty())
         writeHostFile(arguments.backup, before);
     const Bytes wanted = withValue(setting, arguments.value, before);
-    require(setting.write(arguments.value), std::string("set ") + setting.name);
+    // The console's rate alone is tried before it is stored.
+    if (const int32_t status = setting.write(arguments.value); status != BSP_OK)
+        throw Failure::board(std::string("set ") + setting.name, status,
+                             "nothing was stored, as the running console /dev/ttyS0 refuses it; "
+                             "the messages above say more");
     verify(arguments, before, wanted);
 
     Section section = {"", "", {}};

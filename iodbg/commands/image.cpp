@@ -10,6 +10,7 @@
 #include "iodbg/host_file.h"
 #include "iodbg/os_bank.h"
 
+#include <filesystem>
 #include <optional>
 
 namespace iodbg {
@@ -68,6 +69,10 @@ ExitCode pack(Console &console, const PackArguments &arguments) {
     const Bytes image = readHostFile(arguments.image, kLargestBootFile - kBootTrailerSize);
     if (image.empty())
         throw Failure(ExitCode::Host, arguments.image + " is empty; give the right file");
+    if (std::error_code error;
+        std::filesystem::equivalent(arguments.image, arguments.output, error))
+        throw Failure::usage(arguments.output +
+                             " is the image itself, which would be lost; choose another name");
     const Bytes file = packBootFile(image);
     writeHostFile(arguments.output, file);
     Section section = {"", "", {}};
@@ -126,7 +131,8 @@ void addPackBoot(const Command &image) {
 void addCheck(const Command &image) {
     const auto path = std::make_shared<std::string>();
     const Command command =
-        image.command("check", "Judge a boot-loader upgrade file, field by field");
+        image.command("check", "Judge a boot-loader upgrade file, field by field.\nA wrong one is "
+                               "exit code 4");
     command.argument("FILE", "The upgrade file", fileName(*path));
     command.does([path](Console &console) { return check(console, *path); });
 }

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -52,19 +53,24 @@ uint64_t storedSize(const FlashPartition &partition, bool hasHeader) {
     return size;
 }
 
-/** The library appends to what is there, so it gets a new file. */
+/** The library appends to what is there, so it gets a new file, in a folder that takes one. */
 void makeRoom(const ReadArguments &arguments) {
     struct stat info = {};
-    if (lstat(arguments.file.c_str(), &info) != 0)
-        return;
-    if (!S_ISREG(info.st_mode))
-        throw Failure(ExitCode::Host,
-                      arguments.file + " is not a regular file; choose another name");
-    if (!arguments.isForced)
-        throw Failure(ExitCode::Host,
-                      arguments.file + " exists; choose another name, or replace it with --force");
-    if (unlink(arguments.file.c_str()) != 0)
-        throw Failure::file("replace " + arguments.file, "choose another name");
+    if (lstat(arguments.file.c_str(), &info) == 0) {
+        if (!S_ISREG(info.st_mode))
+            throw Failure(ExitCode::Host,
+                          arguments.file + " is not a regular file; choose another name");
+        if (!arguments.isForced)
+            throw Failure(ExitCode::Host, arguments.file + " exists; choose another name, or "
+                                                           "replace it with --force");
+        if (unlink(arguments.file.c_str()) != 0)
+            throw Failure::file("replace " + arguments.file, "choose another name");
+    }
+    const bsp::Descriptor trial(
+        open(arguments.file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!trial.isOpen() || unlink(arguments.file.c_str()) != 0)
+        throw Failure::file("write " + arguments.file,
+                            "choose a folder that can be written and has space");
 }
 
 /** Compares the copy with the partition, since the library does not notice a full file system. */

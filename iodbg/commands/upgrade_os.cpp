@@ -7,6 +7,9 @@
 #include "iodbg/library_calls.h"
 #include "iodbg/os_bank.h"
 #include "iodbg/progress.h"
+#include "iodbg/reading_watch.h"
+
+#include <optional>
 
 namespace iodbg {
 
@@ -19,10 +22,6 @@ constexpr uint32_t kBytesPerMsRead = 8192;
 constexpr uint32_t kHeaderMs = 50;
 
 enum Step : size_t { kErase, kWrite, kHeader, kCompare };
-
-uint32_t msFor(uint64_t bytes, uint32_t bytesPerMs) {
-    return static_cast<uint32_t>(bytes / bytesPerMs) + 1;
-}
 
 std::vector<WorkStep> stepsFor(const FlashPartition &bank, uint64_t size) {
     return {{"erase the bank", static_cast<uint32_t>(bank.size() / bank.blockSize()) * kEraseMs},
@@ -148,9 +147,16 @@ ExitCode run(Console &console, const UpgradeArguments &arguments) {
     bool isTouched = false;
     int32_t status = BSP_OK;
     {
+        std::optional<ReadingWatch> reading;
         const CommandWatch watch([&](const std::string &command) {
             isTouched = true;
-            progress.reach(stepOf(command), 0);
+            reading.reset();
+            const Step step = stepOf(command);
+            progress.reach(step, 0);
+            if (step == kWrite)
+                reading.emplace(arguments.file, [&progress](uint64_t bytes) {
+                    progress.reach(kWrite, msFor(bytes, kBytesPerMsWritten));
+                });
         });
         status = bspImageUpgrade(BSP_IMAGE_OS, arguments.file.c_str(),
                                  static_cast<int32_t>(arguments.bank));

@@ -4,6 +4,8 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 
 namespace {
 
@@ -30,6 +32,26 @@ class BootCommandsTest : public FlashCommandsTest {
         page.resize(2048, '\0');
         page.replace(192, 16, "boot_pwd=Secret1");
         store(4, 0, page);
+    }
+    /** The board's library with another stty beside it, which fails. */
+    Environment withFailingStty() const {
+        namespace fs = std::filesystem;
+        const fs::path folder = hostFile("library");
+        const fs::path stty = folder / "vboard-tools/stty";
+        fs::create_directories(stty.parent_path());
+        std::ofstream(stty) << "#!/bin/sh\necho 'stty: no such console' >&2\nexit 1\n";
+        fs::permissions(stty, fs::perms::owner_all);
+        const std::string preload = "LD_PRELOAD=";
+        Environment environment = boardEnvironment(boardFolder());
+        for (std::string &variable : environment) {
+            if (!variable.starts_with(preload))
+                continue;
+            const fs::path library = variable.substr(preload.size());
+            fs::copy_file(library, folder / library.filename(),
+                          fs::copy_options::overwrite_existing);
+            variable = preload + (folder / library.filename()).string();
+        }
+        return environment;
     }
 };
 
@@ -192,6 +214,31 @@ TEST_F(BootCommandsTest, ABlockThatDidNotOpenForTheWriteIsFound) {
     EXPECT_EQ(block(), before);
 }
 
+TEST_F(BootCommandsTest, ARateThatTheConsoleRefusesIsNotStored) {
+    storeAll();
+    const std::string before = block();
+    const Words command = {builtProgram("iodbg"), "boot", "set", "baudrate", "9600"};
+    const ProcessResult result = run(command, withFailingStty());
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.out, "");
+    const Words lines = linesOf(result.err);
+    ASSERT_EQ(lines.size(), 3u) << result.err;
+    EXPECT_EQ(lines[0], "stty: no such console");
+    EXPECT_NE(lines[1].find(": set console baudrate to 9600 error, ret = 256"), std::string::npos)
+        << lines[1];
+    EXPECT_EQ(lines[2].find("iodbg: cannot set baudrate: BSP_E_FAILED (-1), "), 0u) << lines[2];
+    EXPECT_NE(lines[2].find("; nothing was stored, as the running console /dev/ttyS0 refuses it; "
+                            "the messages above say more"),
+              std::string::npos)
+        << lines[2];
+    EXPECT_EQ(block(), before);
+    EXPECT_EQ(flash(4).erases[0], 0u);
+    EXPECT_EQ(devices().console.speed, 115200u);
+    // Nothing else asks the console.
+    EXPECT_EQ(run({builtProgram("iodbg"), "boot", "set", "mode", "0"}, withFailingStty()).exitCode,
+              0);
+}
+
 TEST_F(BootCommandsTest, RefusesWordsThatAreNotRight) {
     const std::pair<const char *, const char *> cases[] = {
         {"boot", "A subcommand is required; see 'iodbg boot --help'"},
@@ -201,6 +248,11 @@ TEST_F(BootCommandsTest, RefusesWordsThatAreNotRight) {
         {"boot set mode", "VALUE is required"},
         {"boot set colour 1", "'colour' is none of mode"},
         {"boot set mode 2", "mode: '2' is not a number from 0 to 1"},
+        {"boot set mode -- -1", "mode: '-1' is not a number from 0 to 1"},
+        {"boot set flag -- -2147483649", "flag: '-2147483649' is not a number"},
+        {"boot set mode 1 0", "The following argument was not expected: 0"},
+        {"boot get mode flag", "The following argument was not expected: flag"},
+        {"boot set mode 1 --backup", "--backup"},
         {"boot set flag x", "flag: 'x' is not a number from -2147483648 to 2147483647"},
         {"boot set flag 2147483648", "flag: '2147483648' is not a number"},
         {"boot set baudrate 9601", "baudrate: '9601' is none of 9600|19200|38400|57600|115200"},
@@ -210,6 +262,11 @@ TEST_F(BootCommandsTest, RefusesWordsThatAreNotRight) {
     };
     for (const auto &[line, text] : cases)
         expectRefusal(wordsOf(line), 2, text);
+    expectRefusal({"boot", "set", "mode", ""}, 2, "mode: '' is not a number from 0 to 1");
+    expectRefusal({"boot", "set", "mode", "1", "--backup", ""}, 2, "'' is not the name of a file");
+    expectRefusal({"boot", "set", "mode", "1", "--backup", "/tmp"}, 4,
+                  "/tmp is not a regular file");
+    expectRefusal({"boot", "set", "mode", "1", "--backup", "/none/x"}, 4, "cannot write /none/x");
 }
 
 } // namespace

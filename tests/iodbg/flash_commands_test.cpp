@@ -2,12 +2,22 @@
 
 #include "tests/virtual_board/flash_test.h"
 
+#include <cerrno>
+#include <fstream>
+
 std::string FlashCommandsTest::stored(uint32_t number, uint32_t offset, size_t length) const {
     return Node("/dev/mtd" + std::to_string(number), O_RDONLY).read(offset, length);
 }
 
 void FlashCommandsTest::store(uint32_t number, uint32_t offset, const std::string &bytes) const {
     EXPECT_EQ(Node("/dev/mtd" + std::to_string(number)).write(offset, bytes), 0);
+}
+
+void FlashCommandsTest::expectUnreadable(const Words &arguments) {
+    std::ofstream(boardFile(kUnreadable)) << imageBytes(4096);
+    addFault(openFails(kUnreadable, EACCES)); // permissions would not keep root out
+    expectRefusal(arguments, 4, "cannot open /tmp/bsp/unreadable: Permission denied");
+    clearFaults();
 }
 
 std::string FlashCommandsTest::imageBytes(size_t size) {
@@ -23,3 +33,23 @@ std::string FlashCommandsTest::imageBytes(size_t size) {
 std::string FlashCommandsTest::makeImage(size_t size, const std::string &name) const {
     return makeFile(name, imageBytes(size));
 }
+
+namespace {
+
+TEST_F(FlashCommandsTest, EveryHelpNamesTheExitCodes) {
+    for (const char *line : {"upgrade", "upgrade os", "upgrade boot", "upgrade cpld", "image",
+                             "image info", "image pack-boot", "image check", "mtd", "mtd read",
+                             "mtd write", "mtd erase", "boot", "boot get", "boot set"}) {
+        Words words = wordsOf(line);
+        words.emplace_back("--help");
+        const ProcessResult help = iodbg(words);
+        EXPECT_EQ(help.exitCode, 0) << line;
+        for (const char *text :
+             {"\nExit codes:\n  0  done\n", "\n  1  the board or the library answered a failure\n",
+              "\n  2  wrong usage, or not confirmed; nothing was sent to the board\n",
+              "\n  3  written, but what reads back differs\n", "\n  4  a problem on this host"})
+            EXPECT_NE(help.out.find(text), std::string::npos) << line << text;
+    }
+}
+
+} // namespace

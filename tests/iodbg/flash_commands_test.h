@@ -26,6 +26,10 @@ class FlashCommandsTest : public IodbgTest {
     /** Programs bytes as a programming station does. */
     void store(uint32_t number, uint32_t offset, const std::string &bytes) const;
 
+    /** Expects a command to refuse kUnreadable, a file that its user may not read. */
+    void expectUnreadable(const Words &arguments);
+    static constexpr char kUnreadable[] = "/tmp/bsp/unreadable";
+
     /** A file whose bytes tell their place; its last 512 bytes are a header block's. */
     std::string makeImage(size_t size, const std::string &name = "os.img") const;
     static std::string imageBytes(size_t size);

@@ -3,6 +3,8 @@
 #include "flash/boot_loader.h"
 #include "tests/iodbg/flash_commands_test.h"
 
+#include <filesystem>
+
 namespace {
 
 class ImageCommandsTest : public FlashCommandsTest {
@@ -149,14 +151,32 @@ TEST_F(ImageCommandsTest, RefusesWordsAndFilesThatAreNotRight) {
     const std::string empty = makeFile("empty", "");
     expectRefusal({"image"}, 2, "A subcommand is required");
     expectRefusal({"image", "info", "--bank", "2"}, 2, "'2' is not a number from 0 to 1");
+    expectRefusal({"image", "info", "--bank", "-1"}, 2, "'-1' is not a number from 0 to 1");
+    expectRefusal({"image", "info", "--bank", ""}, 2, "'' is not a number from 0 to 1");
+    expectRefusal({"image", "info", "0"}, 2, "The following argument was not expected: 0");
     expectRefusal({"image", "info", "--bank", "x"}, 2, "'x' is not a number from 0 to 1");
     expectRefusal({"image", "pack-boot", empty}, 2, "OUT is required");
     expectRefusal({"image", "pack-boot", empty, hostFile("out")}, 4, "is empty");
     expectRefusal({"image", "pack-boot", hostFile("none"), hostFile("out")}, 4,
                   "No such file or directory");
-    expectRefusal({"image", "pack-boot", makeFile("a", "a"), "/none/out"}, 4, "cannot write");
+    const std::string file = makeFile("a", "a");
+    expectRefusal({"image", "pack-boot", file, "/none/out"}, 4, "cannot write /none/out");
+    expectRefusal({"image", "pack-boot", file, "/tmp"}, 4, "/tmp is not a regular file");
+    expectRefusal({"image", "pack-boot", file, ""}, 2, "OUT: '' is not the name of a file");
+    expectRefusal({"image", "pack-boot", "", file}, 2, "IN: '' is not the name of a file");
+    expectRefusal({"image", "pack-boot", "/tmp", hostFile("out")}, 4, "Is a directory");
+    std::filesystem::create_symlink(file, hostFile("same"));
+    for (const std::string &same : {file, hostFile("same")})
+        expectRefusal({"image", "pack-boot", file, same}, 2,
+                      same + " is the image itself, which would be lost; choose another name");
+    EXPECT_EQ(readFile(file), "a");
+    expectUnreadable({"image", "pack-boot", kUnreadable, hostFile("out")});
+    EXPECT_FALSE(std::filesystem::exists(hostFile("out")));
     expectRefusal({"image", "check"}, 2, "FILE is required");
     expectRefusal({"image", "check", hostFile("none")}, 4, "No such file or directory");
+    expectRefusal({"image", "check", "/tmp"}, 4, "Is a directory");
+    expectRefusal({"image", "check", empty}, 2, "has 0 bytes");
+    expectUnreadable({"image", "check", kUnreadable});
     expectRefusal({"image", "check", makeFile("short", std::string(80, 'x'))}, 2,
                   "has 80 bytes; a boot-loader upgrade file has 81 to 1048576");
 }

@@ -212,6 +212,9 @@ TEST_F(MtdCommandsTest, RefusesWordsThatAreNotRight) {
         {"mtd write mtd4", "FILE is required"},
         {"mtd erase", "DEVICE is required"},
         {"mtd erase mtd5 --yes", "'mtd5' is none of mtd0|mtd4|mtd12|mtd14, and no path"},
+        {"mtd read mtd99 x", "'mtd99' is none of mtd0|mtd4|mtd12|mtd14"},
+        {"mtd write mtd-1 x", "'mtd-1' is none of mtd0|mtd4|mtd12|mtd14"},
+        {"mtd read mtd4 x y", "The following argument was not expected: y"},
         {"mtd read 4 x", "'4' is none of mtd0|mtd4|mtd12|mtd14"},
         {"mtd erase mtd4 --header", "not expected"},
     };
@@ -221,6 +224,18 @@ TEST_F(MtdCommandsTest, RefusesWordsThatAreNotRight) {
                   "No such file or directory");
     expectRefusal({"mtd", "write", "mtd4", makeFile("empty", ""), "--yes"}, 4, "is empty");
     expectRefusal({"mtd", "write", "mtd4", "/tmp", "--yes"}, 4, "is not a regular file");
+    expectRefusal({"mtd", "write", "mtd4", "/dev/null", "--yes"}, 4, "is not a regular file");
+    expectRefusal({"mtd", "write", "mtd4", "", "--yes"}, 2, "FILE: '' is not the name of a file");
+    expectUnreadable({"mtd", "write", "mtd4", kUnreadable, "--yes"});
+    expectRefusal({"mtd", "write", "/dev/mtd13", makeFile("x", "x"), "--yes"}, 1,
+                  "cannot open /dev/mtd13");
+    expectRefusal({"mtd", "read", "mtd4", ""}, 2, "FILE: '' is not the name of a file");
+    expectRefusal({"mtd", "read", "mtd4", "/none/x"}, 4,
+                  "cannot write /none/x: No such file or directory; choose a folder that can be "
+                  "written and has space");
+    expectRefusal({"mtd", "read", "/dev/mtd13", hostFile("x")}, 1, "cannot open /dev/mtd13");
+    expectRefusal({"mtd", "read", makeFile("plain", "x"), hostFile("x")}, 1, "for its sizes");
+    expectRefusal({"mtd", "read", "", hostFile("x")}, 2, "'' is none of mtd0|mtd4|mtd12|mtd14");
     expectRefusal({"mtd", "erase", "/dev/none", "--yes"}, 1, "cannot open /dev/none");
     expectRefusal({"mtd", "erase", makeFile("plain", "x"), "--yes"}, 1, "for its sizes");
 }

@@ -1,8 +1,11 @@
 // iodbg upgrade.
 
 #include "tests/iodbg/flash_commands_test.h"
+#include "virtual_board/os/seam.h"
 
 #include <filesystem>
+#include <functional>
+#include <poll.h>
 
 namespace {
 
@@ -10,6 +13,25 @@ class UpgradeCommandsTest : public FlashCommandsTest {
   protected:
     ProcessResult upgradeOs(const std::string &file) const {
         return iodbg({"upgrade", "os", file, "--bank", "0", "--yes"});
+    }
+    /** Waits until something is true, up to ten seconds. */
+    static bool comesTrue(const std::function<bool()> &isTrue) {
+        constexpr int kTries = 1000;
+        for (int i = 0; i < kTries; ++i) {
+            if (isTrue())
+                return true;
+            poll(nullptr, 0, 10); // in real time, unlike a sleep on the board
+        }
+        return false;
+    }
+    /** The whole lines that tell of a step. */
+    static Words stepLines(const std::string &output, int step) {
+        Words lines;
+        for (const std::string &line : linesOf(output.substr(0, output.rfind('\n') + 1))) {
+            if (line.find("\"step\":" + std::to_string(step) + ",") != std::string::npos)
+                lines.push_back(line);
+        }
+        return lines;
     }
     void shrink(uint32_t number, uint32_t size) const {
         flash(number).geometry.size = size;
@@ -83,6 +105,35 @@ TEST_F(UpgradeCommandsTest, TellsProgramsOfAnImageInLines) {
               (Words{"event", "size_bytes", "target", "before", "file", "dry_run", "verified",
                      "bad_blocks", "shifted_bytes", "failures"}));
     EXPECT_EQ(jsonAt(lines.back(), "/bad_blocks"), "[]");
+}
+
+TEST_F(UpgradeCommandsTest, TellsHowFarTheToolIsWithAnImage) {
+    const std::string file = makeImage(kLargestImage);
+    Process upgrade = start({"upgrade", "os", file, "--bank", "0", "--yes", "--json"});
+    // The tool is held up at its next request, somewhere within the image.
+    ASSERT_TRUE(comesTrue([this] { return stored(12, 64 * kBankBlock, 1) != "\xFF"; }));
+    Words writes;
+    {
+        const vb::BoardLock lock(*vb::attachedFolder());
+        EXPECT_TRUE(comesTrue([&] {
+            writes = stepLines(upgrade.output(), 2);
+            return writes.size() > 1;
+        }));
+    }
+    ASSERT_GT(writes.size(), 1u);
+    const int before = std::stoi(jsonAt(writes.front(), "/percent"));
+    const int within = std::stoi(jsonAt(writes.back(), "/percent"));
+    EXPECT_GT(within, before);
+    const ProcessResult result = upgrade.wait();
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    int last = 0;
+    for (const std::string &line : linesOf(result.out)) {
+        if (jsonAt(line, "/event") != "\"progress\"")
+            continue;
+        EXPECT_GE(std::stoi(jsonAt(line, "/percent")), last);
+        last = std::stoi(jsonAt(line, "/percent"));
+    }
+    EXPECT_EQ(last, 100);
 }
 
 TEST_F(UpgradeCommandsTest, AnImageAroundBadBlocksIsWholeAndMoved) {
@@ -274,10 +325,24 @@ TEST_F(UpgradeCommandsTest, RefusesWordsAndFilesThatAreNotRight) {
                   "has 511 bytes; an operating-system image has 512 to 40894464");
     expectRefusal({"upgrade", "os", makeImage(kLargestImage + 1, "l"), "--bank", "0", "--yes"}, 2,
                   "has 40894465 bytes");
-    for (const char *kind : {"boot", "cpld"}) {
-        expectRefusal({"upgrade", kind}, 2, "FILE is required");
-        expectRefusal({"upgrade", kind, hostFile("none"), "--yes"}, 4, "No such file or directory");
+    expectRefusal({"upgrade", "os", file, "--bank", "-1"}, 2, "'-1' is not a number from 0 to 1");
+    expectRefusal({"upgrade", "os", file, "--bank", "0", "1"}, 2, "not expected: 1");
+    const std::pair<const char *, Words> kinds[] = {
+        {"os", {"--bank", "0", "--yes"}}, {"boot", {"--yes"}}, {"cpld", {"--yes"}}};
+    for (const auto &[kind, options] : kinds) {
+        const auto refuses = [&, name = kind, rest = options](const std::string &path) {
+            Words words = {"upgrade", name, path};
+            words.insert(words.end(), rest.begin(), rest.end());
+            return words;
+        };
+        expectRefusal({"upgrade", kind}, 2, "is required");
+        expectRefusal(refuses(""), 2, "FILE: '' is not the name of a file");
+        expectRefusal(refuses(hostFile("none")), 4, "No such file or directory");
+        expectRefusal(refuses("/tmp"), 4, "/tmp");
+        expectUnreadable(refuses(kUnreadable));
     }
+    expectRefusal({"upgrade", "os", makeFile("empty", ""), "--bank", "0", "--yes"}, 4, "is empty");
+    expectRefusal({"upgrade", "boot", makeFile("empty", ""), "--yes"}, 2, "has 0 bytes");
     expectRefusal({"upgrade", "cpld", makeFile("empty", ""), "--yes"}, 4, "is empty");
     expectRefusal({"upgrade", "boot", makeFile("short", "x"), "--yes"}, 2, "has 1 bytes");
     expectRefusal({"upgrade", "boot", makeFile("long", std::string(1048577, 'x')), "--yes"}, 4,

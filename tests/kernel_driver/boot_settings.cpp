@@ -6,9 +6,6 @@
 #include "tests/kernel_driver/files.h"
 #include "tests/kernel_driver/subjects.h"
 
-#include <algorithm>
-#include <cstddef>
-#include <cstring>
 #include <fcntl.h>
 #include <termios.h>
 #include <unistd.h>
@@ -55,25 +52,9 @@ void expectSettings(const Settings &expected) {
 const Settings kDefaults = {0, BSP_E_FAILED, kUntouched, 115200, 0, 1, ""};
 const Settings kStored = {1, BSP_OK, -7, 19200, 1, 0, "secret"};
 
-/** A page with the stored settings, as a boot loader writes it. */
-Bytes storedPage() {
-    struct Slot {
-        size_t offset;
-        const char *text;
-    };
-    constexpr Slot kSlots[] = {{0, "main_system=1"},   {32, "boot_type=-7"},
-                               {64, "baudrate=19200"}, {96, "password=1"},
-                               {128, "user_pwd=0"},    {192, "boot_pwd=secret"}};
-    Bytes page(kPageSize);
-    for (const Slot &slot : kSlots)
-        std::copy_n(slot.text, std::strlen(slot.text),
-                    page.begin() + static_cast<std::ptrdiff_t>(slot.offset));
-    return page;
-}
-
 void storeSettings() {
     expectSame("the block is erased", 0, eraseBlock(kPartition, 0));
-    expectSame("settings are stored", 0, writeDevice(kPartition, 0, storedPage()));
+    expectSame("settings are stored", 0, writeDevice(kPartition, 0, settingsPage()));
 }
 
 speed_t consoleSpeed() {
@@ -133,7 +114,7 @@ void checkBlocksThatCannotBeErased() {
     {
         const Chip chip({badBlock(kPartition, 0)});
         beginSection("boot settings: a bad block keeps them");
-        expectSame("settings are stored", 0, writeDevice(kPartition, 0, storedPage()));
+        expectSame("settings are stored", 0, writeDevice(kPartition, 0, settingsPage()));
         expectSilent("bspBootModeSet(0)", BSP_OK, [] { return bspBootModeSet(0); });
         expectSettings(kStored);
     }

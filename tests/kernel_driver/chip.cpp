@@ -81,6 +81,10 @@ ChipFault lostPage(uint32_t partition, uint32_t page, uint32_t reads) {
     return {"gravepages", chipPage(partition, page) + ":" + std::to_string(reads)};
 }
 
+ChipFault slowness() {
+    return {"do_delays", "1"};
+}
+
 Chip::Chip(const std::vector<ChipFault> &faults, uint32_t secondBankBlocks) {
     std::map<std::string, std::string> parameters;
     const auto add = [&parameters](const std::string &name, const std::string &value) {

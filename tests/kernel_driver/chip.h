@@ -13,7 +13,10 @@ constexpr uint32_t kSettingsBlocks = 2; // /dev/mtd4
 constexpr uint32_t kBankBlocks = 324;   // /dev/mtd12 and /dev/mtd14
 constexpr uint32_t kBankSize = kBankBlocks * kBlockSize;
 
-/** One parameter of the simulation that makes something fail. */
+/** Where a bank has the copy of its image's header block: behind the largest image. */
+constexpr uint32_t kHeaderAt = 0x2700000;
+
+/** One parameter of the simulation that makes something fail, or take long. */
 struct ChipFault {
     std::string parameter, value;
 };
@@ -26,6 +29,9 @@ ChipFault weakBlock(uint32_t partition, uint32_t block, uint32_t erases);
 ChipFault weakPage(uint32_t partition, uint32_t page, uint32_t writes);
 /** A page that can be read so many times, and is unreadable from then on. */
 ChipFault lostPage(uint32_t partition, uint32_t page, uint32_t reads);
+
+/** A chip that takes its time for each page and block, as real ones do. */
+ChipFault slowness();
 
 /** The simulated chip, erased, from here to the end of the block. */
 class Chip {

@@ -2,7 +2,9 @@
 
 #include "tests/kernel_driver/chip.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <fstream>
 #include <unistd.h>
 
@@ -65,4 +67,19 @@ Bytes joined(std::initializer_list<Bytes> pieces) {
     for (const Bytes &piece : pieces)
         bytes.insert(bytes.end(), piece.begin(), piece.end());
     return bytes;
+}
+
+Bytes settingsPage() {
+    struct Slot {
+        size_t offset;
+        const char *text;
+    };
+    constexpr Slot kSlots[] = {{0, "main_system=1"},   {32, "boot_type=-7"},
+                               {64, "baudrate=19200"}, {96, "password=1"},
+                               {128, "user_pwd=0"},    {192, "boot_pwd=secret"}};
+    Bytes page(kPageSize);
+    for (const Slot &slot : kSlots)
+        std::copy_n(slot.text, std::strlen(slot.text),
+                    page.begin() + static_cast<std::ptrdiff_t>(slot.offset));
+    return page;
 }

@@ -18,3 +18,5 @@ Bytes paddedToPage(Bytes content, uint8_t padding = 0);
 /** What becomes of a content that is programmed over another: bits are only cleared. */
 Bytes bothProgrammed(const Bytes &first, const Bytes &second);
 Bytes joined(std::initializer_list<Bytes> pieces);
+/** A page with boot settings, as a boot loader writes it. */
+Bytes settingsPage();

@@ -12,6 +12,7 @@ int main() {
     checkBootSettings();
     checkPartitions();
     checkImages();
+    checkIodbg();
     // scripts/test-kernel waits for this line.
     std::printf("\nkernel driver: %d checks, %d failed\n", checksMade(), checksFailed());
     return checksFailed() == 0 ? 0 : 1;

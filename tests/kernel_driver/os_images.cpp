@@ -11,7 +11,6 @@ namespace {
 
 constexpr char kImage[] = "/tmp/image";
 constexpr char kHeaderFile[] = "/tmp/bsp/osHeader.bin";
-constexpr uint32_t kHeaderAt = 0x2700000; // behind the largest image
 constexpr uint32_t kHeaderBlock = kHeaderAt / kBlockSize;
 constexpr uint32_t kHeaderSize = BSP_OS_HEADER_SIZE;
 constexpr uint32_t kSmallSize = 3 * kBlockSize + 1000;

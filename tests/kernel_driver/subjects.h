@@ -6,3 +6,5 @@ void checkDriver();
 void checkBootSettings();
 void checkPartitions();
 void checkImages();
+/** What iodbg makes of it all: it reads back what the library does not. */
+void checkIodbg();
