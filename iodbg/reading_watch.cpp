@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace iodbg {
 
@@ -41,27 +42,35 @@ bool isRunByThis(uint64_t process) {
     return false;
 }
 
+/** What a folder holds; of a process that ends meanwhile, or is another user's, what was seen. */
+std::vector<fs::path> pathsIn(const fs::path &folder) {
+    std::vector<fs::path> paths;
+    std::error_code error;
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error))
+        paths.push_back(entry->path());
+    return paths;
+}
+
 /** How far a process has read a file that it has open. */
 std::optional<uint64_t> positionIn(const fs::path &process, const struct stat &file) {
-    std::error_code error; // of a process that has ended meanwhile, or is another user's
-    for (const auto &entry : fs::directory_iterator(process / "fd", error)) {
+    for (const fs::path &path : pathsIn(process / "fd")) {
         struct stat info = {};
-        if (stat(entry.path().c_str(), &info) == 0 && info.st_dev == file.st_dev &&
+        if (stat(path.c_str(), &info) == 0 && info.st_dev == file.st_dev &&
             info.st_ino == file.st_ino)
-            return numberBehind(process / "fdinfo" / entry.path().filename(), "pos:");
+            return numberBehind(process / "fdinfo" / path.filename(), "pos:");
     }
     return {};
 }
 
 std::optional<uint64_t> positionOfPrograms(const struct stat &file) {
-    std::error_code error;
-    for (const auto &entry : fs::directory_iterator("/proc", error)) {
-        const std::string name = entry.path().filename();
+    for (const fs::path &path : pathsIn("/proc")) {
+        const std::string name = path.filename();
         uint64_t process = 0;
         const auto result = std::from_chars(name.data(), name.data() + name.size(), process);
         if (result.ec != std::errc())
             continue;
-        const std::optional<uint64_t> position = positionIn(entry.path(), file);
+        const std::optional<uint64_t> position = positionIn(path, file);
         if (position && isRunByThis(process))
             return position;
     }
