@@ -3,14 +3,11 @@
 // with the real tools.
 
 #include "bsp.h"
-#include "tests/support/process.h"
 #include "tests/virtual_board/flash_test.h"
-#include "virtual_board/os/seam.h"
 #include "virtual_board/words/trace_text.h"
 
 #include <algorithm>
 #include <cstring>
-#include <fstream>
 #include <functional>
 
 namespace {
@@ -52,29 +49,8 @@ void expectBytes(const std::string &seen, const std::string &expected) {
                                   << ", equal up to byte " << start;
 }
 
-std::string contentOf(const std::string &path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 class FlashTrapsTest : public FlashBoardTest {
   protected:
-    /** Puts the test on a board that the command makes. */
-    void useGeometry(const std::string &geometry) const {
-        vb::detachBoard();
-        const std::string folder = boardFolder() + "-" + geometry;
-        const ProcessResult made = run({builtProgram("vboard"), "create", "--model", "0x0709",
-                                        "--time", "virtual", "--mtd", geometry, folder});
-        ASSERT_EQ(made.exitCode, 0) << made.err;
-        vb::FolderError error = {};
-        ASSERT_TRUE(vb::attachBoard(folder.c_str(), error)) << error.text;
-    }
-
-    std::string file(const char *name, const std::string &content) const {
-        std::ofstream(boardFolder() + "/" + name, std::ios::binary) << content;
-        return boardFolder() + "/" + name;
-    }
-
     /** Expects a call to answer success, and the tools that it runs to print nothing but this. */
     static void expectSuccess(const std::function<int32_t()> &call, const std::string &complaint) {
         Answer answer = {-1};
