@@ -1,6 +1,6 @@
 // What becomes of the library's work on flash as real units have it: large pages, bad blocks, worn
-// ones. Each call here answers success. tests/kernel_driver/ saw the same on a real kernel's driver
-// with the real tools.
+// ones. Each call here answers success. tests/kernel_driver/ sees most of it on a real kernel's
+// driver with the real tools; only a block that fails to erase is erased there all the same.
 
 #include "bsp.h"
 #include "tests/virtual_board/flash_test.h"
