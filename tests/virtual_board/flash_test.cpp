@@ -65,17 +65,47 @@ TEST_F(FlashTest, NorTakesBytesAnywhereAndOnlyClearsBits) {
     EXPECT_EQ(flash(4).erases[1], 0u);
 }
 
-TEST_F(FlashTest, NandTakesWholePagesOnly) {
+TEST_F(FlashTest, NandTakesPagesAndQuartersOfThemOnly) {
     const Node node(kNand);
     const std::string page(kPage, 'p');
-    for (const auto &[offset, length] :
-         {std::pair(0u, kPage - 1), {0u, kPage + 1}, {1u, kPage}, {512u, 512u}, {0u, 256u}})
+    for (const auto &[offset, length] : {std::pair(0u, kPage - 1),
+                                         {0u, kPage + 1},
+                                         {1u, kPage},
+                                         {256u, kPage},
+                                         {0u, 256u},
+                                         {256u, 256u},
+                                         {0u, 511u},
+                                         {512u, 513u},
+                                         {511u, 512u}})
         EXPECT_EQ(node.write(offset, std::string(length, 'x')), EINVAL) << offset << ' ' << length;
     EXPECT_EQ(node.read(0, 2 * kPage), erased(2 * kPage));
+    EXPECT_EQ(node.write(3 * kPage + 512, std::string(512, 'q')), 0);
+    EXPECT_EQ(node.read(3 * kPage, kPage),
+              erased(512) + std::string(512, 'q') + erased(kPage - 1024));
+    EXPECT_EQ(node.write(4 * kPage - 512, std::string(1024, 'r')), 0); // into the next page
+    EXPECT_EQ(node.read(4 * kPage - 1024, 2048),
+              erased(512) + std::string(1024, 'r') + erased(512));
+    EXPECT_EQ(node.erase(0, kNandBlock), 0);
     EXPECT_EQ(node.write(kPage, page + page), 0);
     EXPECT_EQ(node.read(0, 4 * kPage), erased(kPage) + page + page + erased(kPage));
     EXPECT_EQ(node.write(kPage, std::string(kPage, '\x0F')), 0);
     EXPECT_EQ(node.read(kPage, kPage + 1), std::string(kPage, 'p' & 0x0F) + "p");
+}
+
+TEST_F(FlashTest, WritingNothingSucceedsInsideThePartition) {
+    const Node nand(kNand);
+    const Node nor(kNor);
+    addRule("mtd12", "program", "fails=EIO");
+    for (const uint32_t offset : {0u, 1u, 256u, kNandSize - 1})
+        EXPECT_EQ(pwrite(nand.fd(), "", 0, offset), 0) << offset;
+    EXPECT_EQ(pwrite(nor.fd(), "", 0, 1), 0);
+    flash(12).isWriteProtected = 1;
+    EXPECT_EQ(pwrite(nand.fd(), "", 0, 0), 0);
+    for (const uint32_t offset : {kNandSize, kNandSize + 1}) {
+        EXPECT_EQ(pwrite(nand.fd(), "", 0, offset), -1) << offset;
+        EXPECT_EQ(errno, ENOSPC);
+    }
+    EXPECT_EQ(board().faults.rule[0].matched, 0u);
 }
 
 TEST_F(FlashTest, TransfersEndWithThePartition) {
@@ -160,7 +190,7 @@ TEST_F(FlashTest, ErasesWholeBlocks) {
               (std::vector<uint32_t>{0, 1, 1, 1, 0}));
 }
 
-TEST_F(FlashTest, BadBlocksAreReadButNotChanged) {
+TEST_F(FlashTest, BadBlocksAreReadAndProgrammedButNotErased) {
     const Node node(kNand);
     const std::string page(kPage, 'p');
     ASSERT_EQ(node.write(kNandBlock, page), 0);
@@ -171,14 +201,17 @@ TEST_F(FlashTest, BadBlocksAreReadButNotChanged) {
     EXPECT_EQ(ioctl(node.fd(), MEMGETBADBLOCK, &offset), 1);
     EXPECT_EQ(flash(12).isBad[1], 1);
     EXPECT_EQ(node.read(kNandBlock, kPage), page);
-    EXPECT_EQ(node.write(kNandBlock + kPage, page), EIO);
-    EXPECT_EQ(node.read(kNandBlock + kPage, kPage), erased(kPage));
+    EXPECT_EQ(node.write(kNandBlock + kPage, page), 0);
+    EXPECT_EQ(node.read(kNandBlock + kPage, kPage), page);
+    EXPECT_EQ(node.write(kNandBlock + kPage, std::string(kPage, '\x0F')), 0);
+    EXPECT_EQ(node.read(kNandBlock + kPage, kPage), std::string(kPage, 'p' & 0x0F));
     EXPECT_EQ(node.erase(kNandBlock, kNandBlock), EIO);
     EXPECT_EQ(node.read(kNandBlock, kPage), page);
-    // What lies before it is done.
-    EXPECT_EQ(node.write(kNandBlock - kPage, page + page), EIO);
-    EXPECT_EQ(node.read(kNandBlock - kPage, kPage), page);
+    EXPECT_EQ(node.write(kNandBlock - kPage, page + page), 0); // a good page and one in it
+    EXPECT_EQ(node.read(kNandBlock - kPage, 2 * kPage), page + page);
+    // What lies before it is erased.
     EXPECT_EQ(node.erase(0, 2 * kNandBlock), EIO);
+    EXPECT_EQ(node.read(kNandBlock, kPage), page);
     EXPECT_EQ(node.read(kNandBlock - kPage, kPage), erased(kPage));
     for (offset = -1; offset < kNandSize + 2; offset += kNandSize + 1) {
         EXPECT_EQ(ioctl(node.fd(), MEMGETBADBLOCK, &offset), -1);
@@ -234,6 +267,26 @@ TEST_F(FlashTest, AWriteProtectedPartitionIsOnlyRead) {
     EXPECT_EQ(info.flags & MTD_WRITEABLE, 0u);
     EXPECT_EQ(before.read(0, 3), erased(3));
     const Node other("/dev/mtd14"); // which is not protected
+}
+
+TEST_F(FlashTest, StatisticsCountTheBadBlocks) {
+    const auto statistics = [](const char *path) {
+        const Node node(path, O_RDONLY);
+        mtd_ecc_stats stats = {7, 7, 7, 7};
+        EXPECT_EQ(ioctl(node.fd(), ECCGETSTATS, &stats), 0) << path;
+        return listed({stats.corrected, stats.failed, stats.badblocks, stats.bbtblocks});
+    };
+    EXPECT_EQ(statistics(kNand), "0 0 0 0");
+    flash(12).isBad[3] = flash(12).isBad[kNandSize / kNandBlock - 1] = 1;
+    EXPECT_EQ(statistics(kNand), "0 0 2 0");
+    EXPECT_EQ(statistics("/dev/mtd14"), "0 0 0 0");
+    EXPECT_EQ(statistics(kNor), "0 0 0 0");
+    addRule("mtd12", "any", "fails=EIO");
+    const Node node(kNand);
+    mtd_ecc_stats stats = {};
+    EXPECT_EQ(ioctl(node.fd(), ECCGETSTATS, &stats), -1);
+    EXPECT_EQ(errno, EIO);
+    EXPECT_EQ(stats.badblocks, 0u);
 }
 
 TEST_F(FlashTest, OtherRequestsAreUnknown) {

@@ -1,10 +1,13 @@
 #pragma once
 // A test that uses the board's flash partitions as programs do.
 
+#include "tests/support/process.h"
 #include "tests/support/virtual_board_test.h"
+#include "virtual_board/os/seam.h"
 #include "virtual_board/words/fault_text.h"
 
 #include <fcntl.h>
+#include <fstream>
 #include <mtd/mtd-user.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
@@ -60,6 +63,23 @@ class FlashBoardTest : public VirtualBoardTest {
 
     vb::Flash &flash(uint32_t number) const { return devices().flash[vb::flashIndex(number)]; }
 
+    /** Puts the test on a board of another geometry, made by the command. */
+    void useGeometry(const std::string &geometry) const {
+        vb::detachBoard();
+        const std::string folder = boardFolder() + "-" + geometry;
+        const ProcessResult made = run({builtProgram("vboard"), "create", "--model", "0x0709",
+                                        "--time", "virtual", "--mtd", geometry, folder});
+        ASSERT_EQ(made.exitCode, 0) << made.err;
+        vb::FolderError error = {};
+        ASSERT_TRUE(vb::attachBoard(folder.c_str(), error)) << error.text;
+    }
+
+    /** Stores a file beside the board's; its path. */
+    std::string file(const char *name, const std::string &content) const {
+        std::ofstream(boardFolder() + "/" + name, std::ios::binary) << content;
+        return boardFolder() + "/" + name;
+    }
+
     uint32_t addRule(const std::string &device, const std::string &op, const std::string &effect,
                      const std::string &offset = "", const std::string &nth = "1",
                      const std::string &when = "from") {
@@ -80,6 +100,11 @@ class FlashBoardTest : public VirtualBoardTest {
         return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
     }
 };
+
+inline std::string contentOf(const std::string &path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
 
 /** Bytes of erased flash. */
 inline std::string erased(size_t count) {

@@ -113,19 +113,21 @@ MtdAnswer mtdRead(const MtdRequest &request, uint64_t offset, uint8_t *data, siz
 
 MtdAnswer mtdWrite(const MtdRequest &request, uint64_t offset, const uint8_t *data, size_t length) {
     Use use(request, TraceKind::MtdWrite, offset, length);
-    Flash &flash = use.flash();
+    const Flash &flash = use.flash();
     if (offset >= flash.geometry.size)
         return use.answer(ENOSPC);
     const uint32_t count = onDevice(flash, offset, length);
+    if (count == 0)
+        return use.answer(0);
     if (const FlashStatus status = flashCheckProgram(flash, offset, count);
-        status != FlashStatus::Done || count == 0)
+        status != FlashStatus::Done)
         return use.answer(errnoOf(status));
     use.count(FaultOp::Program, offset, count, flash.geometry.pageSize);
     if (use.has(FaultEffect::Fails))
         return use.answer(use.fault->argument);
     FlashContent content(request.folder, request.index);
-    const FlashStatus status = flashProgram(flash, content.cells(), static_cast<uint32_t>(offset),
-                                            data, count, use.limit());
+    const FlashStatus status =
+        flashProgram(content.cells(), static_cast<uint32_t>(offset), data, count, use.limit());
     return use.changed(status, count);
 }
 
@@ -180,6 +182,14 @@ MtdAnswer mtdMarkBad(const MtdRequest &request, bool canWrite, int64_t offset) {
         return use.answer(use.fault->argument);
     flash.isBad[flashBlockOf(flash, static_cast<uint32_t>(offset))] = 1;
     return use.answer(0);
+}
+
+MtdAnswer mtdStatistics(const MtdRequest &request, uint32_t code) {
+    Use use(request, TraceKind::MtdOther, code, 0);
+    use.count(FaultOp::BadBlock, 0, 0, 1);
+    if (use.has(FaultEffect::Fails))
+        return use.answer(use.fault->argument);
+    return use.answer(0, flashBadBlocks(use.flash()));
 }
 
 MtdAnswer mtdOther(const MtdRequest &request, uint32_t code) {

@@ -19,7 +19,7 @@ struct MtdRequest {
 /** How a request went. */
 struct MtdAnswer {
     int error;       // errno, or 0
-    uint32_t value;  // bytes transferred; whether a block is bad
+    uint32_t value;  // bytes transferred; whether a block is bad; how many are
     bool isPowerCut; // the power went while it was carried out: the process ends here
 };
 
@@ -34,6 +34,8 @@ MtdAnswer mtdErase(const MtdRequest &request, bool canWrite, uint64_t offset, ui
 MtdAnswer mtdInfo(const MtdRequest &request);
 MtdAnswer mtdIsBad(const MtdRequest &request, int64_t offset);
 MtdAnswer mtdMarkBad(const MtdRequest &request, bool canWrite, int64_t offset);
+/** The partition's statistics, asked for by a request of some code: how many blocks are bad. */
+MtdAnswer mtdStatistics(const MtdRequest &request, uint32_t code);
 /** A request that the driver does not know. */
 MtdAnswer mtdOther(const MtdRequest &request, uint32_t code);
 

@@ -11,6 +11,8 @@ constexpr uint32_t kLowestEraseSize = 4096;
 constexpr uint32_t kHighestEraseSize = 1 << 19;
 constexpr uint32_t kHighestPageSize = 16384;
 constexpr uint32_t kHighestSpareSize = 2048;
+constexpr uint32_t kPartsOfPage = 4;
+constexpr uint32_t kLowestPartSize = 512;
 
 constexpr bool isPowerOfTwo(uint32_t number) {
     return number != 0 && (number & (number - 1)) == 0;
@@ -21,6 +23,14 @@ bool isInside(const Flash &flash, uint64_t offset, uint64_t length) {
 }
 
 } // namespace
+
+uint32_t flashProgramUnit(const FlashGeometry &geometry) {
+    return std::min(geometry.pageSize, std::max(geometry.pageSize / kPartsOfPage, kLowestPartSize));
+}
+
+uint32_t flashBadBlocks(const Flash &flash) {
+    return static_cast<uint32_t>(std::count(flash.isBad, flash.isBad + flashBlocks(flash), 1));
+}
 
 bool flashIsPossible(const FlashGeometry &geometry) {
     return (geometry.type == FlashType::Nor || geometry.type == FlashType::Nand) &&
@@ -43,7 +53,7 @@ FlashStatus flashCheckProgram(const Flash &flash, uint64_t offset, uint64_t leng
         return FlashStatus::OutOfRange;
     if (flash.isWriteProtected != 0)
         return FlashStatus::Protected;
-    const bool isWhole = (offset | length) % flash.geometry.pageSize == 0;
+    const bool isWhole = (offset | length) % flashProgramUnit(flash.geometry) == 0;
     return flash.geometry.type == FlashType::Nor || isWhole ? FlashStatus::Done
                                                             : FlashStatus::Unaligned;
 }
@@ -57,12 +67,10 @@ FlashStatus flashCheckErase(const Flash &flash, uint64_t offset, uint64_t length
     return isWhole ? FlashStatus::Done : FlashStatus::Unaligned;
 }
 
-FlashStatus flashProgram(Flash &flash, const FlashCells &cells, uint32_t offset,
-                         const uint8_t *data, uint32_t length, uint32_t limit) {
+FlashStatus flashProgram(const FlashCells &cells, uint32_t offset, const uint8_t *data,
+                         uint32_t length, uint32_t limit) {
     const uint32_t end = offset + std::min(length, limit);
     while (offset < end) {
-        if (flash.isBad[flashBlockOf(flash, offset)] != 0)
-            return FlashStatus::BadBlock;
         uint8_t bytes[kChunk];
         const uint32_t count = std::min(end - offset, kChunk - offset % kChunk);
         if (!cells.load(cells.context, offset, bytes, count))

@@ -8,7 +8,7 @@ namespace vb {
 
 enum class FlashType : uint32_t {
     Nor,  // programmed in any length, from any offset
-    Nand, // programmed in whole pages; blocks may be bad
+    Nand, // programmed in pages or quarters of them; blocks may be bad
 };
 
 struct FlashGeometry {
@@ -36,7 +36,7 @@ struct FlashCells {
 enum class FlashStatus {
     Done,
     OutOfRange,
-    Unaligned, // not whole erase blocks; NAND: not whole pages
+    Unaligned, // not whole erase blocks; NAND: not whole parts of pages
     Protected,
     BadBlock,
     CellsFailed,
@@ -50,6 +50,13 @@ constexpr uint32_t flashBlockOf(const Flash &flash, uint32_t offset) {
     return offset / flash.geometry.eraseSize;
 }
 
+/**
+ * What NAND is programmed in: chips take the quarters of a page one by one, each with its own error
+ * correction, which needs 512 bytes or more.
+ */
+uint32_t flashProgramUnit(const FlashGeometry &geometry);
+uint32_t flashBadBlocks(const Flash &flash);
+
 /** Whether a partition can have a geometry. */
 bool flashIsPossible(const FlashGeometry &geometry);
 /** Whether a partition's state is one that the functions below can work with. */
@@ -60,11 +67,12 @@ FlashStatus flashCheckProgram(const Flash &flash, uint64_t offset, uint64_t leng
 FlashStatus flashCheckErase(const Flash &flash, uint64_t offset, uint64_t length);
 
 /**
- * Programs bytes: bits are cleared, none is set. Ends at the first bad block; what lies before it
- * is programmed. No more than limit bytes are programmed: then the power is gone.
+ * Programs bytes: bits are cleared, none is set. No more than limit bytes are programmed: then the
+ * power is gone. A bad block takes its bytes like any other: it is for the users of flash to keep
+ * away from it. As it cannot be erased, bytes that go there twice are lost.
  */
-FlashStatus flashProgram(Flash &flash, const FlashCells &cells, uint32_t offset,
-                         const uint8_t *data, uint32_t length, uint32_t limit);
+FlashStatus flashProgram(const FlashCells &cells, uint32_t offset, const uint8_t *data,
+                         uint32_t length, uint32_t limit);
 
 /** Erases whole blocks up to the first bad one, but no more than limit bytes. */
 FlashStatus flashErase(Flash &flash, const FlashCells &cells, uint32_t offset, uint32_t length,

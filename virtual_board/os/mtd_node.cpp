@@ -106,6 +106,15 @@ vb::MtdAnswer serve(const vb::MtdRequest &request, int fd, uint32_t code, void *
         return vb::mtdIsBad(request, valueAt<int64_t>(argument));
     case MEMSETBADBLOCK:
         return vb::mtdMarkBad(request, canWrite(fd), valueAt<int64_t>(argument));
+    case ECCGETSTATS: {
+        const vb::MtdAnswer answer = vb::mtdStatistics(request, code);
+        if (answer.error == 0) {
+            mtd_ecc_stats stats = {}; // no page has a code that could have found errors
+            stats.badblocks = answer.value;
+            std::memcpy(argument, &stats, sizeof(stats));
+        }
+        return answer;
+    }
     default:
         return vb::mtdOther(request, code);
     }
