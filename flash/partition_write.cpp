@@ -36,8 +36,8 @@ constexpr uint32_t headerPageSize(uint32_t pageSize) {
 
 /**
  * Erases the partition; behind a length header only as far as the file reaches and one block more.
- * A block that cannot be erased is left as it is: its pages fail when they are written and are
- * skipped then.
+ * A block that cannot be erased is left as it is. Drivers take writes into bad blocks all the same,
+ * so that new data then mix with old: only reading back tells.
  */
 void erase(int device, const bsp::FlashGeometry &geometry, uint64_t fileSize, bool hasHeader) {
     if (geometry.erasesize == 0)
