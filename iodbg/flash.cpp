@@ -38,7 +38,7 @@ class ContentReader {
     void read(uint64_t offset, std::span<uint8_t> bytes) const {
         const size_t front = content_.front.size();
         while (!bytes.empty() && offset < front) {
-            bytes[0] = content_.front[offset++];
+            bytes[0] = content_.front[static_cast<size_t>(offset++)];
             bytes = bytes.subspan(1);
         }
         if (!file_.isOpen() || !readAt(file_.get(), offset - front, bytes))
@@ -151,8 +151,10 @@ Comparison compare(const FlashPartition &partition, const Content &content, Layo
     while (offset < content.size()) {
         if (layout == Layout::AroundBadBlocks)
             place = behindBadBlocks(partition, place, comparison);
-        const size_t count = std::min(partition.blockSize(), content.size() - offset);
-        const size_t onDevice = std::min<uint64_t>(count, partition.size() - place);
+        const auto count =
+            static_cast<size_t>(std::min<uint64_t>(partition.blockSize(), content.size() - offset));
+        const auto onDevice =
+            static_cast<size_t>(std::min<uint64_t>(count, partition.size() - place));
         reader.read(offset, {wanted.data(), count});
         partition.read(place, {stored.data(), onDevice});
         for (size_t i = 0; i < count; ++i) {

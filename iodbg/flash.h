@@ -27,8 +27,8 @@ class FlashPartition {
 
     const std::string &device() const { return device_; }
     uint64_t size() const { return geometry_.size; }
-    uint64_t blockSize() const { return geometry_.erasesize; }
-    uint64_t pageSize() const { return geometry_.writesize; }
+    size_t blockSize() const { return geometry_.erasesize; }
+    size_t pageSize() const { return geometry_.writesize; }
 
     void read(uint64_t offset, std::span<uint8_t> bytes) const;
     Bytes read(uint64_t offset, size_t length) const;

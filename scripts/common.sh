@@ -25,17 +25,22 @@ become_root() {
     fi
 }
 
-# configure_and_build PRESET [TARGET...]: quiet unless something goes wrong.
+# configure PRESET: quiet unless something goes wrong.
+configure() {
+    mkdir -p build
+    say "$1: configuring (build/$1)"
+    cmake --preset "$1" >"build/$1.configure.log" 2>&1 || {
+        cat "build/$1.configure.log" >&2
+        fail "the configuration '$1' does not configure; see above"
+    }
+}
+
+# configure_and_build PRESET [TARGET...]
 configure_and_build() {
     local preset=$1 targets=()
     shift
     (($# == 0)) || targets=(--target "$@")
-    mkdir -p build
-    say "$preset: configuring (build/$preset)"
-    cmake --preset "$preset" >"build/$preset.configure.log" 2>&1 || {
-        cat "build/$preset.configure.log" >&2
-        fail "the configuration '$preset' does not configure; see above"
-    }
+    configure "$preset"
     say "$preset: building"
     cmake --build --preset "$preset" ${targets[@]+"${targets[@]}"} ||
         fail "the configuration '$preset' does not build; see above"

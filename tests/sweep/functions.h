@@ -20,7 +20,7 @@ class Output {
 
     template <typename Type>
     Type *as() {
-        return reinterpret_cast<Type *>(bytes_.data());
+        return static_cast<Type *>(static_cast<void *>(bytes_.data())); // aligned for all
     }
     bool isUntouched() const {
         for (const uint8_t byte : bytes_) {

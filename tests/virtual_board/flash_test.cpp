@@ -97,12 +97,12 @@ TEST_F(FlashTest, WritingNothingSucceedsInsideThePartition) {
     const Node nor(kNor);
     addRule("mtd12", "program", "fails=EIO");
     for (const uint32_t offset : {0u, 1u, 256u, kNandSize - 1})
-        EXPECT_EQ(pwrite(nand.fd(), "", 0, offset), 0) << offset;
+        EXPECT_EQ(pwrite(nand.fd(), "", 0, static_cast<off_t>(offset)), 0) << offset;
     EXPECT_EQ(pwrite(nor.fd(), "", 0, 1), 0);
     flash(12).isWriteProtected = 1;
     EXPECT_EQ(pwrite(nand.fd(), "", 0, 0), 0);
     for (const uint32_t offset : {kNandSize, kNandSize + 1}) {
-        EXPECT_EQ(pwrite(nand.fd(), "", 0, offset), -1) << offset;
+        EXPECT_EQ(pwrite(nand.fd(), "", 0, static_cast<off_t>(offset)), -1) << offset;
         EXPECT_EQ(errno, ENOSPC);
     }
     EXPECT_EQ(board().faults.rule[0].matched, 0u);
