@@ -48,7 +48,7 @@ add_library(bsp_objects OBJECT
   poe/rtl8239/transport.cpp
   poe/service.cpp)
 target_include_directories(bsp_objects PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
-target_link_libraries(bsp_objects PRIVATE bsp_warnings bsp_sanitizers bsp_bare)
+target_link_libraries(bsp_objects PRIVATE bsp_warnings bsp_all_sanitizers bsp_bare)
 
 # The exported names are listed in one file; the linker exports these and nothing else.
 set(BSP_EXPORTS ${PROJECT_SOURCE_DIR}/cmake/exports.txt)

@@ -57,11 +57,19 @@ Bytes headerOf(const Content &image) {
     return readContent(image, image.size() - BSP_OS_HEADER_SIZE, BSP_OS_HEADER_SIZE);
 }
 
+/** The beginning of a header block, enough to tell images apart: its format is the image build's.
+ */
+std::string headerStart(const Bytes &header) {
+    constexpr size_t kShown = 48;
+    const std::string start = fieldText(ByteView(header).first(kShown));
+    return "'" + start + "'" + (fieldText(header) == start ? "" : "...");
+}
+
 std::string storedText(uint32_t bank) {
     Bytes header;
     if (readOsHeader(bank, header) != BSP_OK)
         return "a header block that cannot be read";
-    return isErased(header) ? "empty" : "'" + fieldText(header) + "'";
+    return isErased(header) ? "empty" : headerStart(header);
 }
 
 /** What the bank holds after the write. */
@@ -134,8 +142,8 @@ ExitCode run(Console &console, const UpgradeArguments &arguments) {
     const Content content = {{}, arguments.file, checkImage(arguments.file, bank)};
     const UpgradePlan plan = {
         "Image of " + name + ", " + bank.device(), storedText(arguments.bank),
-        arguments.file + ", " + std::to_string(content.fileSize) + " bytes, '" +
-            fieldText(headerOf(content)) + "'",
+        arguments.file + ", " + std::to_string(content.fileSize) + " bytes, " +
+            headerStart(headerOf(content)),
         "The upgrade must not be interrupted: the bank is then incomplete. The other bank is not "
         "touched."};
     Section section = {"", "", {}};

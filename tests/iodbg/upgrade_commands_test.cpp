@@ -211,11 +211,20 @@ TEST_F(UpgradeCommandsTest, FailingToolsAreTold) {
 TEST_F(UpgradeCommandsTest, AnEraseThatFailedUnseenIsFound) {
     EXPECT_EQ(upgradeOs(makeImage(300000)).exitCode, 0);
     spoil("mtd12", "erase", "fails=EIO"); // the tool says so and exits with 0
-    const ProcessResult result = upgradeOs(makeFile("other", std::string(300000, '\x55')));
+    const std::string other = makeFile("other", std::string(300000, 'U'));
+    const ProcessResult result = upgradeOs(other);
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_NE(result.err.find("bank 0 reads back differently: byte 0x0 of the file"),
               std::string::npos)
         << result.err;
+}
+
+TEST_F(UpgradeCommandsTest, ALongHeaderIsShownByItsStart) {
+    const std::string file = makeFile("long", std::string(1000, 'U'));
+    const ProcessResult planned =
+        iodbg({"upgrade", "os", file, "--bank", "0", "--dry-run", "--json"});
+    EXPECT_EQ(jsonAt(linesOf(planned.out).back(), "/file"),
+              "\"" + file + ", 1000 bytes, '" + std::string(48, 'U') + "'...\"");
 }
 
 TEST_F(UpgradeCommandsTest, ReplacesTheBootLoader) {

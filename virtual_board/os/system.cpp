@@ -44,10 +44,10 @@ char *boardCommand(const char *command, const char *tools, const char *board) {
     return line;
 }
 
-#ifdef VBOARD_IS_EMULATED
+#ifdef VBOARD_SHELL_IS_FOREIGN
 /**
- * Keeps the libraries to preload from the shell: under an emulator it is another machine's. The
- * board's tools do not need them.
+ * Keeps the libraries to preload from the shell: that of the machine of a cross build is of another
+ * kind and complains of them. The board's tools do not need them.
  */
 class WithoutPreload {
   public:
@@ -88,7 +88,7 @@ VB_SEAM(int, system, const char *command) {
         return -1;
     const vb::Devices &devices = folder->board()->devices;
     const uint32_t powerCuts = devices.powerCuts;
-#ifdef VBOARD_IS_EMULATED
+#ifdef VBOARD_SHELL_IS_FOREIGN
     const WithoutPreload withoutPreload;
 #endif
     const int status = VB_NEXT(system)(line);
