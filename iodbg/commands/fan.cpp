@@ -1,0 +1,52 @@
+// iodbg fan: the fans and their common speed level.
+
+#include "bsp.h"
+#include "iodbg/commands/commands.h"
+#include "iodbg/console.h"
+#include "iodbg/failure.h"
+#include "iodbg/fans.h"
+
+namespace iodbg {
+
+namespace {
+
+constexpr uint32_t kHighestLevel = 10;
+
+ExitCode show(Console &console) {
+    Model model;
+    require(readModel(model), "read the device id");
+    Report report;
+    Section section = {"", "", {}};
+    addFanLevel(report, section);
+    report.parts.emplace_back(section);
+    report.parts.emplace_back(fanTable(report, model));
+    return console.print(report);
+}
+
+ExitCode set(Console &console, uint32_t level) {
+    require(ioFanSpeedSet(1, static_cast<int32_t>(level)), "set the fans' level");
+    uint32_t stored = 0;
+    require(readFanLevel(stored), "read the fans' level back");
+    if (stored != level)
+        throw Failure(ExitCode::ReadBack,
+                      "the fans' level " + std::to_string(level) + " was written, and it reads " +
+                          std::to_string(stored) + "; check what else writes CPLD register 6");
+    Section section = {"", "", {}};
+    section.add("level", "Level", numberCell(level));
+    section.add("verified", "Verified",
+                flagCell(true, "read back; the fans take some seconds to follow", ""));
+    return console.print({{section}, {}});
+}
+
+} // namespace
+
+void addFanCommands(const Command &root) {
+    const Command fan = root.group("fan", "The fans");
+    fan.command("get", "Show level, presence and speed").does(show);
+    const auto level = std::make_shared<uint32_t>(0);
+    const Command setCommand = fan.command("set", "Set the level of all fans and read it back");
+    setCommand.argument("LEVEL", "1 (slowest) to 10", numberWithin(*level, 1, kHighestLevel));
+    setCommand.does([level](Console &console) { return set(console, *level); });
+}
+
+} // namespace iodbg

@@ -1,0 +1,82 @@
+// iodbg mdio: registers of the PHYs.
+
+#include "bsp.h"
+#include "iodbg/commands/commands.h"
+#include "iodbg/console.h"
+#include "iodbg/failure.h"
+#include "iodbg/format.h"
+
+namespace iodbg {
+
+namespace {
+
+constexpr uint32_t kHighestAddress = 31;
+constexpr uint32_t kHighestValue = 0xFFFF;
+
+/** The two address fields, as the command register has them. */
+struct MdioPlace {
+    uint32_t a = 0;
+    uint32_t b = 0;
+
+    std::string text() const {
+        return "MDIO register " + std::to_string(a) + "." + std::to_string(b);
+    }
+};
+
+uint32_t readRegister(const MdioPlace &place) {
+    uint32_t value = 0;
+    require(bsp_smi_read(0, place.a, 0, place.b, &value), "read " + place.text());
+    return value;
+}
+
+void addPlace(Section &section, const MdioPlace &place) {
+    section.add("a", "Address A", numberCell(place.a));
+    section.add("b", "Address B", numberCell(place.b));
+}
+
+ExitCode read(Console &console, const MdioPlace &place) {
+    const uint32_t value = readRegister(place);
+    Section section = {"", "", {}};
+    addPlace(section, place);
+    section.add("value", "Value", hexCell(value, 4));
+    return console.print({{section}, {}});
+}
+
+ExitCode write(Console &console, const MdioPlace &place, uint32_t value) {
+    const uint32_t before = readRegister(place);
+    require(bsp_smi_write(0, place.a, 0, place.b, value), "write " + place.text());
+    const uint32_t after = readRegister(place);
+    Section section = {"", "", {}};
+    addPlace(section, place);
+    section.add("before", "Before", hexCell(before, 4));
+    section.add("written", "Written", hexCell(value, 4));
+    section.add("after", "After", hexCell(after, 4));
+    return console.print({{section}, {}});
+}
+
+void addPlaceArguments(const Command &command, MdioPlace &place) {
+    command.argument("A", "Field in bits 2-6 of the MDIO command, 0-31",
+                     number(place.a, kHighestAddress));
+    command.argument("B", "Field in bits 7-11 of the MDIO command, 0-31",
+                     number(place.b, kHighestAddress));
+}
+
+} // namespace
+
+void addMdioCommands(const Command &root) {
+    const Command mdio = root.group("mdio", "Registers of the PHYs, over MDIO");
+    const auto place = std::make_shared<MdioPlace>();
+    const Command readCommand = mdio.command("read", "Read a register");
+    addPlaceArguments(readCommand, *place);
+    readCommand.does([place](Console &console) { return read(console, *place); });
+
+    const auto value = std::make_shared<uint32_t>(0);
+    const Command writeCommand =
+        mdio.command("write", "Write a register, and show it before and after.\nMany registers "
+                              "have bits that change by themselves, so nothing is compared");
+    addPlaceArguments(writeCommand, *place);
+    writeCommand.argument("VALUE", "0-0xFFFF", number(*value, kHighestValue));
+    writeCommand.does([place, value](Console &console) { return write(console, *place, *value); });
+}
+
+} // namespace iodbg

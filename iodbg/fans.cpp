@@ -1,0 +1,53 @@
+#include "iodbg/fans.h"
+
+#include "bsp.h"
+
+namespace iodbg {
+
+namespace {
+
+// The library sets the level and does not tell it.
+constexpr uint32_t kLevelRegister = 6;
+constexpr unsigned kLevelShift = 5;
+constexpr uint32_t kLevelMask = 0xF;
+
+Cell presenceCell(Report &report, const Model &model, uint32_t fan, const std::string &item) {
+    if (!model.hasFanPresence)
+        return {"unknown: no line tells", nullptr};
+    uint32_t isPresent = 0;
+    const int32_t status = ioFanPresentGet(static_cast<int32_t>(fan), &isPresent);
+    return report.tried(item + ".present", status, flagCell(isPresent != 0, "yes", "no"));
+}
+
+Cell speedCell(Report &report, uint32_t fan, const std::string &item) {
+    uint32_t speed = 0;
+    const int32_t status = ioFanSpeedGet(fan, &speed);
+    return report.tried(item + ".speed_rpm", status, numberCell(speed));
+}
+
+} // namespace
+
+int32_t readFanLevel(uint32_t &level) {
+    uint16_t content = 0;
+    const int32_t status = bspCpldGet(kLevelRegister, &content);
+    level = (content >> kLevelShift & kLevelMask) + 1;
+    return status;
+}
+
+void addFanLevel(Report &report, Section &section) {
+    uint32_t level = 0;
+    const int32_t status = readFanLevel(level);
+    section.add("level", "Level (1-10)", report.tried("level", status, numberCell(level)));
+}
+
+Table fanTable(Report &report, const Model &model) {
+    Table table = {"fans", {{"fan", "FAN"}, {"present", "PRESENT"}, {"speed_rpm", "RPM"}}, {}};
+    for (uint32_t fan = 1; fan <= model.fans; ++fan) {
+        const std::string item = "fan" + std::to_string(fan);
+        table.rows.push_back({numberCell(fan), presenceCell(report, model, fan, item),
+                              speedCell(report, fan, item)});
+    }
+    return table;
+}
+
+} // namespace iodbg

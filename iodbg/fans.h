@@ -1,0 +1,17 @@
+#pragma once
+// The fans as they are read.
+
+#include "iodbg/model.h"
+#include "iodbg/report.h"
+
+namespace iodbg {
+
+/** The common level, 1 to 10, as the CPLD holds it. */
+int32_t readFanLevel(uint32_t &level);
+
+void addFanLevel(Report &report, Section &section);
+
+/** A row for each fan of the model. */
+Table fanTable(Report &report, const Model &model);
+
+} // namespace iodbg
