@@ -1,9 +1,9 @@
 // Reset of the board, the PTP trigger line, and slots that this box does not have.
 
 #include "bsp.h"
-#include "chassis/register_bits.h"
+#include "kernel/reported_registers.h"
+#include "support/register_bits.h"
 
-#include <cstdio>
 #include <unistd.h>
 
 namespace {
@@ -13,16 +13,11 @@ constexpr uint32_t kPtpRegister = 6;   // shared with fans and PoE
 constexpr int kPtpBit = 15;
 constexpr useconds_t kPtpPulse = 100;
 
-int32_t drivePtpLine(bool level, const char *function) {
+int32_t drivePtpLine(bool level, bsp::CallSite site = bsp::CallSite::here()) {
     uint16_t reg = 0;
-    if (const int32_t status = bspCpldGet(kPtpRegister, &reg); status != BSP_OK) {
-        std::printf("%s-%d: bspCpldGet error. ret=%d \n", function, __LINE__, status);
+    if (const int32_t status = bsp::readRegister(kPtpRegister, &reg, site); status != BSP_OK)
         return status;
-    }
-    const int32_t status = bspCpldSet(kPtpRegister, bsp::withField(reg, kPtpBit, 1, level ? 1 : 0));
-    if (status != BSP_OK)
-        std::printf("%s-%d: bspCpldSet error. ret=%d \n", function, __LINE__, status);
-    return status;
+    return bsp::writeRegister(kPtpRegister, bsp::withField(reg, kPtpBit, 1, level ? 1 : 0), site);
 }
 
 } // namespace
@@ -32,10 +27,10 @@ int32_t bspHwReboot(void) {
 }
 
 int32_t bspPtpTriggerSet(uint32_t) {
-    if (const int32_t status = drivePtpLine(false, __func__); status != BSP_OK)
+    if (const int32_t status = drivePtpLine(false); status != BSP_OK)
         return status;
     usleep(kPtpPulse);
-    return drivePtpLine(true, __func__);
+    return drivePtpLine(true);
 }
 
 int32_t bspSlotPresentGet(uint32_t, uint32_t *) {

@@ -1,7 +1,7 @@
 // Front-panel LEDs.
 
 #include "bsp.h"
-#include "chassis/register_bits.h"
+#include "support/register_bits.h"
 #include "identity/board_catalogue.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include "bsp.h"
 #include "chassis/linear.h"
 #include "chassis/pmbus.h"
-#include "chassis/register_bits.h"
+#include "support/register_bits.h"
 #include "identity/board_catalogue.h"
 #include "identity/reported_steps.h"
 

@@ -1,10 +1,13 @@
 # libbsp.so, libbsp.a, and what an installed tree needs to be used.
 
 add_library(bsp_objects OBJECT
+  chassis/clock.cpp
   chassis/control.cpp
+  chassis/fan.cpp
   chassis/led.cpp
   chassis/pmbus.cpp
   chassis/power_supply.cpp
+  chassis/temperature.cpp
   chassis/watchdog.cpp
   facade/io.cpp
   flash/boot_loader.cpp
@@ -33,6 +36,8 @@ add_library(bsp_objects OBJECT
   kernel/cpld.cpp
   kernel/gpio.cpp
   kernel/i2c.cpp
+  kernel/mdio.cpp
+  kernel/reported_registers.cpp
   kernel/request.cpp
   poe/rtl8239/app_status.cpp
   poe/rtl8239/debug_commands.cpp
@@ -46,7 +51,12 @@ add_library(bsp_objects OBJECT
   poe/rtl8239/port_settings.cpp
   poe/rtl8239/queries.cpp
   poe/rtl8239/transport.cpp
-  poe/service.cpp)
+  poe/service.cpp
+  transceiver/lines.cpp
+  transceiver/memory.cpp)
+# The seconds of 32-bit systems end in January 2038 unless they are asked for 64 bits.
+set_source_files_properties(chassis/clock.cpp PROPERTIES
+  COMPILE_DEFINITIONS "_TIME_BITS=64;_FILE_OFFSET_BITS=64")
 target_include_directories(bsp_objects PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 target_link_libraries(bsp_objects PRIVATE bsp_warnings bsp_all_sanitizers bsp_bare)
 

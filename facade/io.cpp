@@ -165,6 +165,61 @@ int32_t ioSlotPowerStateSet(uint32_t slot, uint32_t state) {
     return bspSlotPowerStateSet(slot, state);
 }
 
+// Fans, temperature, clock
+int32_t ioFanSpeedGet(uint32_t fan, uint32_t *out) {
+    return bspFanSpeedGet(fan, out);
+}
+int32_t ioFanSpeedSet(uint32_t fan, int32_t level) {
+    return bspFanSpeedSet(fan, level);
+}
+int32_t ioFanPresentGet(int32_t fan, uint32_t *out) {
+    return bspFanPresentGet(fan, out);
+}
+int32_t ioTemperGet(uint32_t sensor, int32_t *out) {
+    return bspTemperGet(sensor, out);
+}
+int32_t ioRealtimeGet(BspCalendar *record) {
+    return bspRealtimeGet(record);
+}
+int32_t ioRealtimeSet(const BspCalendar *record) {
+    return bspRealtimeSet(record);
+}
+
+// Pluggable transceivers
+int32_t ioLaserBasicGet(uint32_t port, uint32_t offset, uint8_t *byte) {
+    return bspLaserBasicGet(port, offset, byte);
+}
+int32_t ioLaserAdvanceGet(uint32_t port, uint32_t offset, uint8_t *byte) {
+    return bspLaserAdvanceGet(port, offset, byte);
+}
+int32_t ioLaserPresentGet(uint32_t port, uint32_t *out) {
+    return bspLaserPresentGet(port, out);
+}
+int32_t ioLaserControlSet(uint32_t port, uint32_t state) {
+    return bspLaserControlSet(port, state);
+}
+int32_t ioLaserControlGet(uint32_t port, uint32_t *out) {
+    return bspLaserControlGet(port, out);
+}
+int32_t ioLaserRxLosGet(uint32_t port, uint32_t *out) {
+    return bspLaserRxLosGet(port, out);
+}
+int32_t ioLaserTxfaultGet(uint32_t port, uint32_t *out) {
+    return bspLaserTxfaultGet(port, out);
+}
+int32_t ioLaserPhyGet(uint32_t port, uint32_t reg, uint16_t *value) {
+    return bspLaserPhyGet(port, reg, value);
+}
+int32_t ioLaserPhySet(uint32_t port, uint32_t reg, uint32_t value) {
+    return bspLaserPhySet(port, reg, value & 0xFFFF);
+}
+int32_t ioLaserQsfpGet(uint32_t port, uint32_t offset, uint8_t *buf) {
+    return bspLaserQsfpRead(port, offset, buf, 1);
+}
+int32_t ioLaserQsfpSet(uint32_t port, uint32_t offset, uint32_t value) {
+    return bspLaserQsfpWrite(port, offset, value & 0xFF);
+}
+
 // Power over Ethernet
 int32_t ioPoeDeviceInit(void) {
     return bspPoeDeviceInit();

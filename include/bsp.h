@@ -767,6 +767,305 @@ BSP_API int32_t bspSlotPresentGet(uint32_t slot, uint32_t *out);
 BSP_API int32_t bspSlotPowerStateSet(uint32_t slot, uint32_t state);
 
 /* ------------------------------------------------------------------------------------------------
+ * Fans and temperature
+ * --------------------------------------------------------------------------------------------- */
+
+/**
+ * Reads the board's temperature from its sensor (I2C bus 0, channel 1, device 0x4F).
+ *
+ * @param sensor  ignored: there is one
+ * @param out     receives whole degrees Celsius, -128 to 127; must not be null (not checked)
+ * @return BSP_OK; the status of bspI2cRead()
+ */
+BSP_API int32_t bspTemperGet(uint32_t sensor, int32_t *out);
+
+/**
+ * Reads the speed of a fan from CPLD register 28 (fans 1 and 2) or 29 (fans 3 and 4): 120
+ * revolutions per minute for each of its tachometer's counts. Both fans of a two-fan model have one
+ * tachometer.
+ *
+ * @param fan  1 to 4 on a four-fan model, 1 or 2 on all others
+ * @param out  receives revolutions per minute, 0 to 30600; must not be null (not checked)
+ * @return BSP_OK; BSP_E_INVALID for another fan; the status of bspDevIdGet()
+ *         ("%s-%d: get devId failed\n" is printed) or of bspCpldGet()
+ */
+BSP_API int32_t bspFanSpeedGet(uint32_t fan, uint32_t *out);
+
+/**
+ * Sets the speed level of all fans: bits 5-8 of CPLD register 6 become level - 1, its other bits
+ * are kept. Nothing else may write that register meanwhile: it also has the PTP trigger line.
+ *
+ * @param fan    ignored: the fans share one level
+ * @param level  1 (slowest) to 10
+ * @return BSP_OK; BSP_E_INVALID for another level; the status of bspCpldGet() or bspCpldSet()
+ */
+BSP_API int32_t bspFanSpeedSet(uint32_t fan, int32_t level);
+
+/**
+ * Tells whether a fan is present. A line tells it of a pair of fans: on a four-fan model bit 0
+ * (fans 1 and 2) and bit 1 (fans 3 and 4) of CPLD register 30, on a two-fan model bit 8 of
+ * register 31. All other models have no such line, and the answer is 0.
+ *
+ * @param fan  1 to 4 on a four-fan model, 1 or 2 on all others
+ * @param out  receives 1 or 0; must not be null (not checked)
+ * @return BSP_OK; BSP_E_INVALID for another fan; the status of bspDevIdGet()
+ *         ("%s-%d: get devId failed\n" is printed) or of bspCpldGet()
+ */
+BSP_API int32_t bspFanPresentGet(int32_t fan, uint32_t *out);
+
+/* ------------------------------------------------------------------------------------------------
+ * Clock chip and system clock
+ *
+ * The battery-backed clock chip is on I2C bus 0, channel 1, device 0x51. Some models do not have
+ * it.
+ * --------------------------------------------------------------------------------------------- */
+
+/**
+ * A date and time. The chip stores any numbers; bspSysClockSync() takes them by the conventions of
+ * the C library's struct tm, whose first six members these are.
+ */
+typedef struct BspCalendar {
+    uint32_t second; /**< 0 to 59 */
+    uint32_t minute; /**< 0 to 59 */
+    uint32_t hour;   /**< 0 to 23 */
+    uint32_t day;    /**< of the month, 1 to 31 */
+    uint32_t month;  /**< 0 to 11 */
+    uint32_t year;   /**< since 1900; the chip holds 0 to 159 */
+} BspCalendar;
+
+/**
+ * Reads the clock chip on any model, one register after another: second, minute, hour, day, month,
+ * year (registers 2, 3, 4, 5, 7, 8). The decimal digits are decoded and not checked.
+ *
+ * @param year    receives the stored year; this and the other outputs must not be null (not
+ * checked)
+ * @param month   receives the stored month
+ * @param day     receives the stored day
+ * @param hour    receives the stored hour
+ * @param minute  receives the stored minute
+ * @param second  receives the stored second
+ * @return BSP_OK; the status of the first failed bspI2cRead(): what was read before it has been
+ *         stored, the other outputs are untouched
+ */
+BSP_API int32_t bsp_rtc_chip_get(uint16_t *year, uint8_t *month, uint8_t *day, uint8_t *hour,
+                                 uint8_t *minute, uint8_t *second);
+
+/**
+ * Writes the clock chip on any model, in the order and to the registers of bsp_rtc_chip_get(). The
+ * numbers are not checked: 0 to 159 read back as they were written; of the year the low byte
+ * counts.
+ *
+ * @return BSP_OK; the status of the first failed bspI2cWrite(): what comes before it is written
+ */
+BSP_API int32_t bsp_rtc_chip_set(uint32_t year, uint32_t month, uint32_t day, uint32_t hour,
+                                 uint32_t minute, uint32_t second);
+
+/**
+ * Reads the clock chip. A model without one answers BSP_OK at once.
+ *
+ * @param record  receives the chip's content, as bsp_rtc_chip_get() does, also up to a failure;
+ *                untouched on a model without the chip
+ * @return BSP_OK; the status of bspDevIdGet(); BSP_E_NULL on a model with the chip; the status of
+ *         bsp_rtc_chip_get()
+ */
+BSP_API int32_t bspRealtimeGet(BspCalendar *record);
+
+/**
+ * Writes the clock chip. A model without one answers BSP_OK at once.
+ *
+ * @param record  of the year 16 bits count, of all others 8; must not be null on a model with the
+ *                chip (not checked)
+ * @return BSP_OK; the status of bspDevIdGet() or of bsp_rtc_chip_set()
+ */
+BSP_API int32_t bspRealtimeSet(const BspCalendar *record);
+
+/**
+ * Sets the system clock from the clock chip, whose content is local time. A model without the chip
+ * sets it from a record of zeros. Whether the system clock could be set (it takes the privilege) is
+ * not told.
+ *
+ * @return BSP_OK; the status of bspRealtimeGet(), and then the system clock is left alone
+ */
+BSP_API int32_t bspSysClockSync(void);
+
+/** Starts the library: bspSysClockSync(), whatever comes of it. @return BSP_OK */
+BSP_API int32_t bspInit(void);
+
+/* ------------------------------------------------------------------------------------------------
+ * Pluggable transceivers
+ *
+ * Ports are numbered as on the front panel. Which of them are SFP cages, and on which I2C branch,
+ * depends on the model.
+ * --------------------------------------------------------------------------------------------- */
+
+/**
+ * Reads a device of the transceiver in a cage, in chunks as bspI2cEepromRead() does.
+ *
+ * @param port     an SFP cage of the board
+ * @param devAddr  7-bit device address, its low byte: 0x50 identification page, 0x51 diagnostics
+ *                 page, 0x56 PHY of a copper module
+ * @param offset   first byte, 0 to 255
+ * @param buf      receives len bytes; on failure the chunks before the failed one have arrived
+ * @param len      byte count, at least 1
+ * @return BSP_OK; BSP_E_NULL; BSP_E_INVALID when len is 0, when offset + len is above 256, or for a
+ *         port that is no SFP cage; the status of bspDevIdGet() or of bspI2cEepromRead()
+ */
+BSP_API int32_t bspLaserSfpRead(uint32_t port, uint32_t devAddr, uint32_t offset, uint8_t *buf,
+                                uint32_t len);
+
+/**
+ * Writes a device of the transceiver in a cage, in chunks as bspI2cEepromWrite() does; arguments
+ * and results as bspLaserSfpRead(). On failure the chunks before the failed one stay written.
+ */
+BSP_API int32_t bspLaserSfpWrite(uint32_t port, uint32_t devAddr, uint32_t offset,
+                                 const uint8_t *buf, uint32_t len);
+
+/** Reads a byte of the identification page (device 0x50). @return as bspLaserSfpRead() */
+BSP_API int32_t bspLaserBasicGet(uint32_t port, uint32_t offset, uint8_t *byte);
+
+/** Reads a byte of the diagnostics page (device 0x51). @return as bspLaserSfpRead() */
+BSP_API int32_t bspLaserAdvanceGet(uint32_t port, uint32_t offset, uint8_t *byte);
+
+/**
+ * Reads a register of a copper module's PHY (2 bytes of device 0x56, most significant byte first).
+ *
+ * @param reg    register number, 0 to 254
+ * @param value  receives the register's content; on failure what has arrived of it, else 0
+ * @return BSP_E_NULL, and value is not stored; otherwise as bspLaserSfpRead()
+ */
+BSP_API int32_t bspLaserPhyGet(uint32_t port, uint32_t reg, uint16_t *value);
+
+/**
+ * Writes a register of a copper module's PHY.
+ *
+ * @param reg    register number, 0 to 254
+ * @param value  its low 16 bits are written
+ * @return as bspLaserSfpWrite()
+ */
+BSP_API int32_t bspLaserPhySet(uint32_t port, uint32_t reg, uint32_t value);
+
+/** Whether a module has a copper port, and the mode of its PHY (register 27, bits 0-3). */
+enum BspCopperKind {
+    BSP_COPPER_NONE = 0,      /**< not a copper module */
+    BSP_COPPER_MODE_4 = 1,    /**< PHY mode 4 */
+    BSP_COPPER_MODE_12 = 2,   /**< PHY mode 12 */
+    BSP_COPPER_OTHER_MODE = 3 /**< any other PHY mode */
+};
+
+/**
+ * Recognises a copper module by its connector type (identification byte 2 is 0x22) and tells the
+ * mode of its PHY.
+ *
+ * @param kind  receives a code of ::BspCopperKind, also when the PHY cannot be read; untouched when
+ *              the connector type cannot be read, for whatever reason
+ * @return BSP_OK, also when the connector type cannot be read; BSP_E_NULL; the status of
+ *         bspLaserPhyGet()
+ */
+BSP_API int32_t bspElectricModerTypeGet(uint32_t port, uint16_t *kind);
+
+/** No board has QSFP cages. @return BSP_E_NOT_SUPPORTED; nothing is touched */
+BSP_API int32_t bspLaserQsfpRead(uint32_t port, uint32_t offset, uint8_t *buf, uint32_t len);
+
+/** No board has QSFP cages. @return BSP_E_NOT_SUPPORTED; nothing is touched */
+BSP_API int32_t bspLaserQsfpWrite(uint32_t port, uint32_t offset, uint32_t value);
+
+/** A transmitter's state. */
+enum BspLaserState {
+    BSP_LASER_ON = 1, /**< the transmitter-disable line is low */
+    BSP_LASER_OFF = 2 /**< the transmitter-disable line is high */
+};
+
+/**
+ * Tells whether a transceiver is in a cage. CPLD registers 19 to 21 for the front cages, register 8
+ * for the uplinks.
+ *
+ * @param port  an SFP cage of the board (not checked: what another port answers means nothing)
+ * @param out   receives 1 or 0; must not be null (not checked)
+ * @return BSP_OK; the status of bspDevIdGet(), or of bspCpldGet()
+ *         ("%s-%d: bspCpldGet error. ret=%d \n" is printed)
+ */
+BSP_API int32_t bspLaserPresentGet(uint32_t port, uint32_t *out);
+
+/**
+ * Switches a transmitter, read-modify-write of its transmitter-disable line's register (CPLD
+ * registers 25 to 27 for the front cages, register 12 for the uplinks). Nothing else may write that
+ * register meanwhile.
+ *
+ * @param port   an SFP cage of the board (not checked)
+ * @param state  BSP_LASER_ON (1) switches on, any other value off
+ * @return BSP_OK; the status of bspDevIdGet(), of bspCpldGet()
+ *         ("%s-%d: bspCpldGet error. ret=%d \n" is printed) or of bspCpldSet()
+ *         ("%s-%d: bspCpldSet error. ret=%d \n" is printed)
+ */
+BSP_API int32_t bspLaserControlSet(uint32_t port, uint32_t state);
+
+/**
+ * Reads a transmitter's state from the register that bspLaserControlSet() writes.
+ *
+ * @param out  receives a code of ::BspLaserState; otherwise as bspLaserPresentGet()
+ * @return as bspLaserPresentGet()
+ */
+BSP_API int32_t bspLaserControlGet(uint32_t port, uint32_t *out);
+
+/**
+ * Tells whether a receiver has lost its signal. CPLD registers 16 to 18 for the front cages,
+ * register 8 for the uplinks; on the models with 24 front cages the uplinks' line is that of
+ * bspLaserPresentGet().
+ *
+ * @param out  receives 1 (lost) or 0; otherwise as bspLaserPresentGet()
+ * @return as bspLaserPresentGet()
+ */
+BSP_API int32_t bspLaserRxLosGet(uint32_t port, uint32_t *out);
+
+/**
+ * Tells whether a transmitter has a fault. CPLD registers 22 to 24 for the front cages, register 12
+ * for the uplinks; on the models with 24 front cages the uplinks' line is that of
+ * bspLaserControlGet().
+ *
+ * @param out  receives 1 (fault) or 0; otherwise as bspLaserPresentGet()
+ * @return as bspLaserPresentGet()
+ */
+BSP_API int32_t bspLaserTxfaultGet(uint32_t port, uint32_t *out);
+
+/* ------------------------------------------------------------------------------------------------
+ * MDIO registers of the PHYs
+ *
+ * The switch controller's MDIO interface is a register in the memory of the processor (address
+ * 0x1B0007F4), which is mapped through /dev/mem for each call. It takes one command at a time and
+ * nothing is locked: callers see to it that only one of them, in all processes, uses it.
+ *
+ * The two address fields are the PHY's address and its register's number. Which is which is a
+ * matter of the switch controller; the library puts them into the command as they are given.
+ * --------------------------------------------------------------------------------------------- */
+
+/**
+ * Reads a PHY's register: writes the command, then polls until it is done, at most 19001 times with
+ * pauses of a microsecond.
+ *
+ * @param unit      ignored
+ * @param addrA     address field in bits 2-6 of the command, its low 5 bits
+ * @param reserved  ignored
+ * @param addrB     address field in bits 7-11 of the command, its low 5 bits
+ * @param value     receives the register's 16 bits; must not be null (not checked)
+ * @return BSP_OK; BSP_E_OPEN when /dev/mem cannot be opened ("Can't open /dev/mem " is printed as a
+ *         line); BSP_E_MAP when the register cannot be mapped ("Can't map physical memory: 0x%lx\n"
+ *         is printed); BSP_E_FAILED when the hardware reports an error ("%s: read failed \n" is
+ *         printed); BSP_E_TIMEOUT ("%s: read timeout \n" is printed)
+ */
+BSP_API int32_t bsp_smi_read(uint32_t unit, uint32_t addrA, uint32_t reserved, uint32_t addrB,
+                             uint32_t *value);
+
+/**
+ * Writes a PHY's register; otherwise as bsp_smi_read().
+ *
+ * @param data  its low 16 bits are written
+ * @return as bsp_smi_read(), but an error of the hardware is not printed and the other message is
+ *         "%s: write timeout \n"
+ */
+BSP_API int32_t bsp_smi_write(uint32_t unit, uint32_t addrA, uint32_t reserved, uint32_t addrB,
+                              uint32_t data);
+
+/* ------------------------------------------------------------------------------------------------
  * Flash partitions
  *
  * The partitions are MTD character devices. Writing and reading hold the flash lock
@@ -1427,6 +1726,40 @@ BSP_API int32_t ioPtpTriggerSet(uint32_t value);
 BSP_API int32_t ioSlotPresentGet(uint32_t slot, uint32_t *out);
 /** As bspSlotPowerStateSet(). */
 BSP_API int32_t ioSlotPowerStateSet(uint32_t slot, uint32_t state);
+/** As bspFanSpeedGet(). */
+BSP_API int32_t ioFanSpeedGet(uint32_t fan, uint32_t *out);
+/** As bspFanSpeedSet(). */
+BSP_API int32_t ioFanSpeedSet(uint32_t fan, int32_t level);
+/** As bspFanPresentGet(). */
+BSP_API int32_t ioFanPresentGet(int32_t fan, uint32_t *out);
+/** As bspTemperGet(). */
+BSP_API int32_t ioTemperGet(uint32_t sensor, int32_t *out);
+/** As bspRealtimeGet(). */
+BSP_API int32_t ioRealtimeGet(BspCalendar *record);
+/** As bspRealtimeSet(). */
+BSP_API int32_t ioRealtimeSet(const BspCalendar *record);
+/** As bspLaserBasicGet(). */
+BSP_API int32_t ioLaserBasicGet(uint32_t port, uint32_t offset, uint8_t *byte);
+/** As bspLaserAdvanceGet(). */
+BSP_API int32_t ioLaserAdvanceGet(uint32_t port, uint32_t offset, uint8_t *byte);
+/** As bspLaserPresentGet(). */
+BSP_API int32_t ioLaserPresentGet(uint32_t port, uint32_t *out);
+/** As bspLaserControlSet(). */
+BSP_API int32_t ioLaserControlSet(uint32_t port, uint32_t state);
+/** As bspLaserControlGet(). */
+BSP_API int32_t ioLaserControlGet(uint32_t port, uint32_t *out);
+/** As bspLaserRxLosGet(). */
+BSP_API int32_t ioLaserRxLosGet(uint32_t port, uint32_t *out);
+/** As bspLaserTxfaultGet(). */
+BSP_API int32_t ioLaserTxfaultGet(uint32_t port, uint32_t *out);
+/** As bspLaserPhyGet(). */
+BSP_API int32_t ioLaserPhyGet(uint32_t port, uint32_t reg, uint16_t *value);
+/** As bspLaserPhySet(), with the low 16 bits of value. */
+BSP_API int32_t ioLaserPhySet(uint32_t port, uint32_t reg, uint32_t value);
+/** bspLaserQsfpRead() of one byte. */
+BSP_API int32_t ioLaserQsfpGet(uint32_t port, uint32_t offset, uint8_t *buf);
+/** bspLaserQsfpWrite() of the low 8 bits of value. */
+BSP_API int32_t ioLaserQsfpSet(uint32_t port, uint32_t offset, uint32_t value);
 /** As bspPoeDeviceInit(). */
 BSP_API int32_t ioPoeDeviceInit(void);
 /** As bspPoeInitStatusSet(). */

@@ -1,0 +1,78 @@
+// Fans: the speed of each, whether it is there, and the level that all of them share.
+
+#include "bsp.h"
+#include "identity/board_catalogue.h"
+#include "identity/reported_steps.h"
+#include "support/register_bits.h"
+
+namespace {
+
+constexpr uint32_t kLevelRegister = 6; // shared with PoE and the PTP line
+constexpr int kLevelBit = 5;
+constexpr unsigned kLevelWidth = 4;
+constexpr int32_t kMinLevel = 1;
+constexpr int32_t kMaxLevel = 10;
+
+constexpr uint32_t kTachometerRegister = 28; // of the first pair of fans
+constexpr unsigned kTachometerWidth = 8;
+constexpr uint32_t kTachometerMask = 0xFF;
+constexpr uint32_t kRpmPerCount = 120;
+
+constexpr uint32_t kFansPerPair = 2; // share a register, and a presence line
+
+/** A fan's place: its pair, and which of the two it is. */
+struct FanPlace {
+    uint32_t pair, fanOfPair;
+};
+
+constexpr FanPlace placeOf(uint32_t fan) {
+    return {(fan - 1) / kFansPerPair, (fan - 1) % kFansPerPair};
+}
+
+/** The fans of the board, if it has one of that number. */
+int32_t findFan(uint32_t fan, const bsp::Fans **fans, bsp::CallSite site = bsp::CallSite::here()) {
+    uint32_t devId = 0;
+    if (const int32_t status = bsp::readDeviceId(&devId, site); status != BSP_OK)
+        return status;
+    *fans = &bsp::boardModel(devId).fans;
+    return fan >= 1 && fan <= (*fans)->count ? BSP_OK : BSP_E_INVALID;
+}
+
+} // namespace
+
+int32_t bspFanSpeedGet(uint32_t fan, uint32_t *out) {
+    const bsp::Fans *fans = nullptr;
+    if (const int32_t status = findFan(fan, &fans); status != BSP_OK)
+        return status;
+    const FanPlace place = placeOf(fan);
+    uint16_t reg = 0;
+    if (const int32_t status = bspCpldGet(kTachometerRegister + place.pair, &reg); status != BSP_OK)
+        return status;
+    const unsigned shift = fans->haveOwnTachometers ? place.fanOfPair * kTachometerWidth : 0;
+    *out = (uint32_t{reg} >> shift & kTachometerMask) * kRpmPerCount;
+    return BSP_OK;
+}
+
+int32_t bspFanSpeedSet(uint32_t, int32_t level) {
+    if (level < kMinLevel || level > kMaxLevel)
+        return BSP_E_INVALID;
+    uint16_t reg = 0;
+    if (const int32_t status = bspCpldGet(kLevelRegister, &reg); status != BSP_OK)
+        return status;
+    const auto code = static_cast<uint32_t>(level - kMinLevel);
+    return bspCpldSet(kLevelRegister, bsp::withField(reg, kLevelBit, kLevelWidth, code));
+}
+
+int32_t bspFanPresentGet(int32_t fan, uint32_t *out) {
+    const auto number = static_cast<uint32_t>(fan); // a negative one is above every count
+    const bsp::Fans *fans = nullptr;
+    if (const int32_t status = findFan(number, &fans); status != BSP_OK)
+        return status;
+    uint16_t reg = 0;
+    if (fans->presenceRegister != 0) {
+        if (const int32_t status = bspCpldGet(fans->presenceRegister, &reg); status != BSP_OK)
+            return status;
+    }
+    *out = bsp::hasBit(reg, fans->presenceBit + placeOf(number).pair) ? 1 : 0;
+    return BSP_OK;
+}

@@ -1,0 +1,23 @@
+// The board's temperature sensor.
+
+#include "bsp.h"
+
+namespace {
+
+constexpr uint32_t kSensorBus = 0;
+constexpr uint32_t kSensorChannel = 1;
+constexpr uint32_t kSensorDevice = 0x4F;
+
+} // namespace
+
+// The sensor is sent no register number: it answers the one that is selected when it starts, whose
+// first byte is the temperature in whole degrees.
+int32_t bspTemperGet(uint32_t, int32_t *out) {
+    uint8_t degrees = 0;
+    if (const int32_t status =
+            bspI2cRead(kSensorBus, kSensorChannel, kSensorDevice, 0, 0, &degrees, sizeof(degrees));
+        status != BSP_OK)
+        return status;
+    *out = static_cast<int8_t>(degrees);
+    return BSP_OK;
+}
