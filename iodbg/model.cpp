@@ -5,6 +5,15 @@
 
 namespace iodbg {
 
+namespace {
+
+void addCages(std::vector<uint32_t> &cages, const bsp::CageRange &range) {
+    for (uint32_t i = 0; i < range.ports; ++i)
+        cages.push_back(range.firstPort + i);
+}
+
+} // namespace
+
 int32_t readModel(Model &model) {
     uint32_t id = 0;
     const int32_t status = bspDevIdGet(&id);
@@ -14,6 +23,11 @@ int32_t readModel(Model &model) {
     model.hasSupplyLines = row.chassis != bsp::ChassisClass::Other;
     model.hasSupplyReadings = row.chassis == bsp::ChassisClass::TwoFan;
     model.poePorts = row.poePorts;
+    model.fans = row.fans.count;
+    model.hasFanPresence = row.fans.presenceRegister != 0;
+    model.hasClock = row.hasClock;
+    addCages(model.cages, row.frontCages);
+    addCages(model.cages, row.uplinkCages);
     return BSP_OK;
 }
 

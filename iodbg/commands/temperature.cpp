@@ -13,8 +13,7 @@ ExitCode show(Console &console) {
     int32_t celsius = 0;
     require(ioTemperGet(0, &celsius), "read the temperature sensor");
     Section section = {"", "", {}};
-    section.add("temperature_c", "Temperature",
-                {std::to_string(celsius) + " C", int64_t{celsius}});
+    section.add("temperature_c", "Temperature", {std::to_string(celsius) + " C", int64_t{celsius}});
     return console.print({{section}, {}});
 }
 

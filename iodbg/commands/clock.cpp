@@ -1,0 +1,185 @@
+// iodbg clock: the battery-backed clock chip and the system's clock.
+
+#include "bsp.h"
+#include "iodbg/commands/commands.h"
+#include "iodbg/console.h"
+#include "iodbg/failure.h"
+#include "iodbg/model.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <stdexcept>
+#include <string_view>
+
+namespace iodbg {
+
+namespace {
+
+constexpr uint32_t kFirstYear = 1900;
+constexpr uint32_t kLastYear = kFirstYear + 159; // what the chip's two digits hold
+
+// What a program can be expected to take between two looks at a clock, in seconds.
+constexpr int64_t kTolerance = 2;
+
+std::string calendarText(const BspCalendar &time) {
+    char text[80];
+    std::snprintf(text, sizeof(text), "%04u-%02u-%02u %02u:%02u:%02u", time.year + kFirstYear,
+                  time.month + 1, time.day, time.hour, time.minute, time.second);
+    return text;
+}
+
+/** The same as the C library has it, in which hours and days can be counted on. */
+std::tm tmOf(const BspCalendar &time) {
+    std::tm tm = {};
+    tm.tm_sec = static_cast<int>(time.second);
+    tm.tm_min = static_cast<int>(time.minute);
+    tm.tm_hour = static_cast<int>(time.hour);
+    tm.tm_mday = static_cast<int>(time.day);
+    tm.tm_mon = static_cast<int>(time.month);
+    tm.tm_year = static_cast<int>(time.year);
+    return tm;
+}
+
+/** Seconds since the epoch, without a time zone: for differences of chip times. */
+int64_t secondsOf(const BspCalendar &time) {
+    std::tm tm = tmOf(time);
+    return timegm(&tm);
+}
+
+/** Whether the numbers are a date and a time: a chip that was without power holds anything. */
+bool isDate(const BspCalendar &time) {
+    std::tm tm = tmOf(time);
+    timegm(&tm); // normalises what is out of range
+    return tm.tm_sec == static_cast<int>(time.second) &&
+           tm.tm_min == static_cast<int>(time.minute) &&
+           tm.tm_hour == static_cast<int>(time.hour) && tm.tm_mday == static_cast<int>(time.day) &&
+           tm.tm_mon == static_cast<int>(time.month);
+}
+
+BspCalendar calendarOf(const std::tm &tm) {
+    return {static_cast<uint32_t>(tm.tm_sec),  static_cast<uint32_t>(tm.tm_min),
+            static_cast<uint32_t>(tm.tm_hour), static_cast<uint32_t>(tm.tm_mday),
+            static_cast<uint32_t>(tm.tm_mon),  static_cast<uint32_t>(tm.tm_year)};
+}
+
+std::tm localNow() {
+    const std::time_t now = std::time(nullptr);
+    std::tm tm = {};
+    localtime_r(&now, &tm);
+    return tm;
+}
+
+BspCalendar readChip() {
+    Model model;
+    require(readModel(model), "read the device id");
+    if (!model.hasClock)
+        throw Failure::board("use the clock chip", BSP_E_NOT_SUPPORTED, "this model has none");
+    BspCalendar time = {};
+    require(ioRealtimeGet(&time), "read the clock chip");
+    return time;
+}
+
+std::string driftText(int64_t seconds) {
+    if (seconds == 0)
+        return "none";
+    return std::to_string(seconds < 0 ? -seconds : seconds) +
+           (seconds < 0 ? " s behind the system" : " s ahead of the system");
+}
+
+ExitCode get(Console &console) {
+    const BspCalendar time = readChip();
+    const BspCalendar now = calendarOf(localNow());
+    Section section = {"", "", {}};
+    section.add("chip", "Clock chip (local time)", textCell(calendarText(time)));
+    section.add("valid", "Valid",
+                flagCell(isDate(time), "yes",
+                         "no: the chip was without power; set it with 'iodbg clock set'"));
+    section.add("system", "System clock (local time)", textCell(calendarText(now)));
+    if (isDate(time)) {
+        const int64_t drift = secondsOf(time) - secondsOf(now);
+        section.add("drift_s", "Difference", {driftText(drift), drift});
+    }
+    return console.print({{section}, {}});
+}
+
+bool hasShapeOfTime(const std::string &word) {
+    constexpr std::string_view kShape = "0000-00-00T00:00:00";
+    return word.size() == kShape.size() &&
+           std::equal(word.begin(), word.end(), kShape.begin(), [](char given, char shape) {
+               if (shape == '0')
+                   return given >= '0' && given <= '9';
+               return given == shape || (shape == 'T' && given == ' ');
+           });
+}
+
+/** "now", or "2026-11-21T12:34:56", which may have a blank in the middle. */
+BspCalendar parseTime(const std::string &word) {
+    if (word == "now")
+        return calendarOf(localNow());
+    BspCalendar time = {};
+    bool isRight = hasShapeOfTime(word);
+    if (isRight) {
+        const auto number = [&](size_t offset, size_t digits) {
+            return static_cast<uint32_t>(std::stoul(word.substr(offset, digits)));
+        };
+        // Years and months that are out of range wrap around to numbers that are out of range.
+        time = {number(17, 2), number(14, 2),    number(11, 2),
+                number(8, 2),  number(5, 2) - 1, number(0, 4) - kFirstYear};
+        isRight = time.year <= kLastYear - kFirstYear && isDate(time);
+    }
+    if (!isRight)
+        throw std::invalid_argument("'" + word +
+                                    "' is no time from 1900 to 2059: give 'now', or one like "
+                                    "2026-11-21T12:34:56");
+    return time;
+}
+
+ExitCode set(Console &console, const BspCalendar &wanted) {
+    const BspCalendar before = readChip();
+    require(ioRealtimeSet(&wanted), "set the clock chip");
+    const BspCalendar after = readChip();
+    const int64_t passed = secondsOf(after) - secondsOf(wanted);
+    if (!isDate(after) || passed < 0 || passed > kTolerance)
+        throw Failure(ExitCode::ReadBack, "the clock chip was set to " + calendarText(wanted) +
+                                              " and reads " + calendarText(after) +
+                                              "; look at it again with 'iodbg clock get'");
+    Section section = {"", "", {}};
+    section.add("before", "Before", textCell(calendarText(before)));
+    section.add("after", "Now", textCell(calendarText(after)));
+    return console.print({{section}, {}});
+}
+
+ExitCode sync(Console &console) {
+    const BspCalendar time = readChip();
+    if (!isDate(time))
+        throw Failure(ExitCode::Board, "the clock chip holds no date and time, " +
+                                           calendarText(time) +
+                                           "; set it with 'iodbg clock set' first");
+    require(bspSysClockSync(), "set the system clock from the clock chip");
+    // The library does not tell whether the system took it.
+    const BspCalendar now = calendarOf(localNow());
+    const int64_t difference = secondsOf(now) - secondsOf(time);
+    if (difference < -kTolerance || difference > kTolerance)
+        throw Failure(ExitCode::ReadBack, "the system clock is " + calendarText(now) + " and not " +
+                                              calendarText(time) + "; setting it takes root");
+    Section section = {"", "", {}};
+    section.add("system", "System clock (local time)", textCell(calendarText(now)));
+    section.add("verified", "Verified", flagCell(true, "read back", ""));
+    return console.print({{section}, {}});
+}
+
+} // namespace
+
+void addClockCommands(const Command &root) {
+    const Command clock = root.group("clock", "The clock chip and the system's clock");
+    clock.command("get", "Show both").does(get);
+    const auto time = std::make_shared<BspCalendar>();
+    const Command setCommand = clock.command("set", "Set the clock chip and read it back");
+    setCommand.argument("TIME", "'now' (the system clock), or local time like 2026-11-21T12:34:56",
+                        [time](const std::string &word) { *time = parseTime(word); });
+    setCommand.does([time](Console &console) { return set(console, *time); });
+    clock.command("sync", "Set the system clock from the chip").does(sync);
+}
+
+} // namespace iodbg

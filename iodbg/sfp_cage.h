@@ -1,0 +1,26 @@
+#pragma once
+// An SFP cage: its lines, and the pages of the module in it.
+
+#include "iodbg/parse.h"
+#include "iodbg/report.h"
+
+#include <cstdint>
+
+namespace iodbg {
+
+struct CageLines {
+    uint32_t isPresent = 0;
+    uint32_t transmitter = 0; // BSP_LASER_ON or BSP_LASER_OFF
+    uint32_t hasLostSignal = 0;
+    uint32_t hasTxFault = 0;
+};
+
+/** Adds what the CPLD tells of a cage; lines: what could be read of them. */
+void addCageLines(Report &report, Section &section, uint32_t port, CageLines &lines);
+
+enum class SfpPage : uint32_t { Identification = 0x50, Diagnostics = 0x51, Phy = 0x56 };
+
+/** Reads the first bytes of a page; the library's status. */
+int32_t readSfpPage(uint32_t port, SfpPage page, size_t length, Bytes &bytes);
+
+} // namespace iodbg
