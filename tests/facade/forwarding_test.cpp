@@ -139,8 +139,9 @@ TEST(ForwardingTest, TheWholeFacadeIsForwardedButForTheseFunctions) {
     };
     EXPECT_EQ(others, (std::set<std::string>{"ioBiosUpgrade", "ioBiosVersionGet", "ioCardIdGet",
                                              "ioCardTypeGet", "ioCpldUpgrade", "ioFrameTypeGet",
-                                             "ioLaserQsfpGet", "ioLaserQsfpSet", "ioProductIdGet",
-                                             "ioRebootEx", "ioSlotIdGet", "ioSlotTypeGet"}));
+                                             "ioImageUpgrade", "ioLaserQsfpGet", "ioLaserQsfpSet",
+                                             "ioProductIdGet", "ioRebootEx", "ioSlotIdGet",
+                                             "ioSlotTypeGet"}));
     EXPECT_EQ(std::size(kForwarders) + others.size(), 102u);
 }
 

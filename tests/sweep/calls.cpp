@@ -114,6 +114,7 @@ void *swept_mmap(void *address, size_t size, int access, int flags, int fd, off_
 int swept_munmap(void *address, size_t size);
 int swept_usleep(useconds_t us);
 int swept_clock_settime(clockid_t clock, const void *time);
+int swept_clock_settime64(clockid_t clock, const void *time);
 }
 
 int swept_open(const char *path, int flags, ...) {
@@ -291,4 +292,9 @@ int swept_usleep(useconds_t us) {
 // The host's clock is never set.
 int swept_clock_settime(clockid_t, const void *) {
     return wayOf("clock_settime", 1) == 0 ? failed(EPERM, -1) : 0;
+}
+
+// Its name on 32-bit systems.
+int swept_clock_settime64(clockid_t clock, const void *time) {
+    return swept_clock_settime(clock, time);
 }
