@@ -1,13 +1,15 @@
 # Reads the facade's declarations in the public header, so that no function of it can be forgotten:
 #   FACADE_FORWARDERS   the file to include: FORWARDED(stem, (parameters), (arguments)) for each io
-#                       function with a bsp function of its stem and parameters, OTHER(name) for the rest
+#                       function with a bsp function of its stem and parameters, OTHER(name) for the
+#                       rest
 #   FACADE_STEMS        the stems of the former
 set(facade_header ${PROJECT_SOURCE_DIR}/include/bsp.h)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${facade_header})
 file(READ ${facade_header} facade_text)
 string(REPLACE ";" "@" facade_text "${facade_text}")
 string(REGEX REPLACE "[ \n]+" " " facade_text "${facade_text}")
-string(REGEX MATCHALL "BSP_API int32_t io[A-Za-z0-9]+\\([^)]*\\)@" facade_declarations "${facade_text}")
+string(REGEX MATCHALL "BSP_API int32_t io[A-Za-z0-9]+\\([^)]*\\)@" facade_declarations
+                      "${facade_text}")
 
 set(FACADE_STEMS "")
 set(facade_lines "")
