@@ -1,8 +1,8 @@
 // Front-panel LEDs.
 
 #include "bsp.h"
-#include "support/register_bits.h"
 #include "identity/board_catalogue.h"
+#include "support/register_bits.h"
 
 namespace {
 

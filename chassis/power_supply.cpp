@@ -3,9 +3,9 @@
 #include "bsp.h"
 #include "chassis/linear.h"
 #include "chassis/pmbus.h"
-#include "support/register_bits.h"
 #include "identity/board_catalogue.h"
 #include "identity/reported_steps.h"
+#include "support/register_bits.h"
 
 #include <cstdio>
 #include <unistd.h>

@@ -11,21 +11,21 @@
 namespace {
 
 // For the hardware reviewer: every row of the catalogue, and what an id without a row gets.
-constexpr char kCatalogue[] = "0x0109   other\n"
-                              "0x0309   four fans\n"
-                              "0x0409   four fans\n"
-                              "0x0509   four fans\n"
-                              "0x0609   four fans\n"
-                              "0x0709   two fans\n"
-                              "0x0809   two fans\n"
-                              "0x8209   other\n"
-                              "0x8309   four fans\n"
-                              "0x8409   four fans\n"
-                              "0x8509   four fans\n"
-                              "0x8609   four fans\n"
-                              "0x8709   two fans\n"
-                              "0x8809   two fans\n"
-                              "unknown  other\n";
+constexpr char kCatalogue[] = "0x0109   other, cages 25-30\n"
+                              "0x0309   four fans, clock, cages 25-30\n"
+                              "0x0409   four fans, cages 49-54\n"
+                              "0x0509   four fans, clock, cages 1-24 33-38\n"
+                              "0x0609   four fans, clock, cages 1-48 49-54\n"
+                              "0x0709   two fans, clock, cages 49-54\n"
+                              "0x0809   two fans, clock, cages 25-30\n"
+                              "0x8209   other, cages 25-30\n"
+                              "0x8309   four fans, cages 49-54\n"
+                              "0x8409   four fans, clock, cages 25-30\n"
+                              "0x8509   four fans, clock, cages 1-48 49-54\n"
+                              "0x8609   four fans, clock, cages 1-24 33-38\n"
+                              "0x8709   two fans, clock, cages 25-30\n"
+                              "0x8809   two fans, clock, cages 49-54\n"
+                              "unknown  other, cages 49-54\n";
 
 const char *chassisText(bsp::ChassisClass chassis) {
     switch (chassis) {
@@ -39,6 +39,18 @@ const char *chassisText(bsp::ChassisClass chassis) {
     return "?";
 }
 
+std::string cagesText(const bsp::CageRange &cages) {
+    if (cages.ports == 0)
+        return "";
+    return " " + std::to_string(cages.firstPort) + "-" +
+           std::to_string(cages.firstPort + cages.ports - 1);
+}
+
+std::string rowText(const bsp::BoardModel &model) {
+    return chassisText(model.chassis) + std::string(model.hasClock ? ", clock" : "") + ", cages" +
+           cagesText(model.frontCages) + cagesText(model.uplinkCages) + "\n";
+}
+
 std::string catalogueText() {
     constexpr uint32_t kUnknown = 0xFFFFFFFF;
     std::string text;
@@ -47,9 +59,9 @@ std::string catalogueText() {
         char id[16];
         std::snprintf(id, sizeof(id), "0x%04X", devId);
         if (model.devId == devId)
-            text += std::string(id) + "   " + chassisText(model.chassis) + "\n";
+            text += std::string(id) + "   " + rowText(model);
     }
-    return text + "unknown  " + chassisText(bsp::boardModel(kUnknown).chassis) + "\n";
+    return text + "unknown  " + rowText(bsp::boardModel(kUnknown));
 }
 
 TEST(BoardCatalogueTest, HoldsTheFamily) {
@@ -91,6 +103,17 @@ TEST(BoardCatalogueTest, ExactlyTheClassesModelsAreInThem) {
 TEST(BoardCatalogueTest, AgreesWithTheHardwareOnSupplyRecords) {
     for (const vb::Model &model : vb::kModels)
         EXPECT_EQ(bspDevIsTwoFanModel(model.devId) != 0, model.hasSupplyEeproms) << model.devId;
+}
+
+TEST(BoardCatalogueTest, AgreesWithTheHardwareOnCages) {
+    for (const vb::Model &model : vb::kModels) {
+        const bsp::BoardModel &row = bsp::boardModel(model.devId);
+        EXPECT_EQ(row.frontCages.ports, model.sfpPorts) << model.devId;
+        EXPECT_EQ(row.uplinkCages.ports, model.uplinks) << model.devId;
+        EXPECT_EQ(row.uplinkCages.firstPort, model.copperPorts + model.sfpPorts + 1) << model.devId;
+        EXPECT_EQ(row.cageLines.frontPorts, model.sfpPorts) << model.devId;
+        EXPECT_EQ(row.cageLines.firstUplink, row.uplinkCages.firstPort) << model.devId;
+    }
 }
 
 } // namespace

@@ -12,6 +12,8 @@ std::vector<I2cDevice *> &devices() {
     return all;
 }
 
+CpldDevice *cpld = nullptr;
+
 uint32_t word(const BspIoctlRecord &record, unsigned slot) {
     return static_cast<uint32_t>(record.slot[slot]);
 }
@@ -26,12 +28,25 @@ I2cDevice *addressed(unsigned long request, const BspIoctlRecord &record) {
     return nullptr;
 }
 
+template <typename Type>
+Type *pointer(const BspIoctlRecord &record, unsigned slot) {
+    return reinterpret_cast<Type *>(static_cast<uintptr_t>(record.slot[slot]));
+}
+
 int32_t serve(I2cDevice &device, unsigned long request, const BspIoctlRecord &record) {
-    const I2cRequest transfer = {
-        word(record, 2), word(record, 3),
-        reinterpret_cast<uint8_t *>(static_cast<uintptr_t>(record.slot[4])),
-        static_cast<int32_t>(word(record, 5))};
+    const I2cRequest transfer = {word(record, 2), word(record, 3), pointer<uint8_t>(record, 4),
+                                 static_cast<int32_t>(word(record, 5))};
     return request == BSP_REQ_I2C_READ ? device.read(transfer) : device.write(transfer);
+}
+
+bool isForCpld(unsigned long request) {
+    return cpld != nullptr && (request == BSP_REQ_CPLD_READ || request == BSP_REQ_CPLD_WRITE);
+}
+
+int32_t serveCpld(unsigned long request, const BspIoctlRecord &record) {
+    const uint32_t reg = word(record, 0);
+    return request == BSP_REQ_CPLD_READ ? cpld->read(reg, pointer<uint32_t>(record, 1))
+                                        : cpld->write(reg, word(record, 1));
 }
 
 } // namespace
@@ -45,6 +60,14 @@ I2cDevice::~I2cDevice() {
     std::erase(devices(), this);
 }
 
+CpldDevice::CpldDevice() {
+    cpld = this;
+}
+
+CpldDevice::~CpldDevice() {
+    cpld = nullptr;
+}
+
 // The linker lets every ioctl of the program come here first.
 extern "C" {
 int realIoctl(int fd, unsigned long request, void *argument) __asm__("__real_ioctl");
@@ -56,6 +79,10 @@ int wrappedIoctl(int fd, unsigned long request, ...) {
     va_start(arguments, request);
     auto *record = va_arg(arguments, BspIoctlRecord *);
     va_end(arguments);
+    if (isForCpld(request)) {
+        record->result = serveCpld(request, *record);
+        return 0;
+    }
     I2cDevice *device = addressed(request, *record);
     if (device == nullptr)
         return realIoctl(fd, request, record);

@@ -31,3 +31,16 @@ class I2cDevice {
     uint32_t busChannel_;
     uint32_t devAddr_;
 };
+
+/** Takes all requests for CPLD registers for as long as it exists. */
+class CpldDevice {
+  public:
+    CpldDevice();
+    CpldDevice(const CpldDevice &) = delete;
+    CpldDevice &operator=(const CpldDevice &) = delete;
+    virtual ~CpldDevice();
+
+    // Both answer the driver's result word, 0 for success.
+    virtual int32_t write(uint32_t reg, uint32_t value) = 0;
+    virtual int32_t read(uint32_t reg, uint32_t *value) = 0;
+};

@@ -106,6 +106,11 @@ void VirtualBoardTest::writeBoardFile(const std::string &pathOnBoard,
     ASSERT_TRUE(file.flush().good()) << pathOnBoard;
 }
 
+void VirtualBoardTest::pretendDeviceId(uint32_t devId) const {
+    writeBoardFile("/tmp/bsp/devId",
+                   std::string(reinterpret_cast<const char *>(&devId), sizeof(devId)));
+}
+
 void VirtualBoardTest::addFault(const vb::FaultRule &rule) {
     ASSERT_NE(vb::addFault(board().faults, rule), 0u);
 }

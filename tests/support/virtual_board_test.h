@@ -53,6 +53,9 @@ class VirtualBoardTest : public ::testing::Test {
     std::string readBoardFile(const std::string &pathOnBoard) const;
     void writeBoardFile(const std::string &pathOnBoard, const std::string &content) const;
 
+    /** Makes the board answer a device id, also one that no model has. */
+    void pretendDeviceId(uint32_t devId) const;
+
     /** The requests since the last call, each in the board's words. */
     std::vector<std::string> trace();
     /** The same without opens and sleeps: what reached the driver. */

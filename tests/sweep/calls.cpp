@@ -6,12 +6,15 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <iterator>
 #include <set>
 #include <sys/file.h>
 #include <sys/ioctl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
 
 namespace {
@@ -28,6 +31,14 @@ Outcome run;
 std::set<int> descriptors;
 std::set<std::FILE *> files;
 std::set<void *> memory;
+std::set<void *> mappings;
+
+// The page of the MDIO command register. The host's own memory is never opened.
+alignas(4096) uint32_t mdioPage[1024];
+constexpr size_t kMdioCommand = 0x7F4 / sizeof(uint32_t);
+constexpr uint32_t kMdioBusy = 1;
+constexpr uint32_t kMdioError = 1u << 28;
+bool isStuck = false; // busy for good
 
 /** The way in which this call is to fail, or kNotFailing. */
 int wayOf(const char *name, uint32_t ways) {
@@ -67,6 +78,8 @@ void sweep::begin(const Failure &wanted) {
     descriptors.clear();
     files.clear();
     memory.clear();
+    mappings.clear();
+    isStuck = false;
 }
 
 Outcome sweep::end() {
@@ -74,6 +87,7 @@ Outcome sweep::end() {
     run.openDescriptors = static_cast<uint32_t>(descriptors.size());
     run.openFiles = static_cast<uint32_t>(files.size());
     run.allocations = static_cast<uint32_t>(memory.size());
+    run.mappings = static_cast<uint32_t>(mappings.size());
     return run;
 }
 
@@ -96,6 +110,11 @@ void *swept_malloc(size_t size);
 void *swept_calloc(size_t count, size_t size);
 void swept_free(void *block);
 int swept_system(const char *command);
+void *swept_mmap(void *address, size_t size, int access, int flags, int fd, off_t offset);
+int swept_munmap(void *address, size_t size);
+int swept_usleep(useconds_t us);
+int swept_clock_settime(clockid_t clock, const void *time);
+int swept_clock_settime64(clockid_t clock, const void *time);
 }
 
 int swept_open(const char *path, int flags, ...) {
@@ -103,6 +122,8 @@ int swept_open(const char *path, int flags, ...) {
     va_start(arguments, flags);
     const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
+    if (std::strcmp(path, "/dev/mem") == 0)
+        path = "/dev/null"; // what is mapped is the sweep's
     return wayOf("open", 1) == 0 ? failed(EMFILE, -1) : opened(open(path, flags, mode));
 }
 
@@ -234,4 +255,46 @@ int swept_system(const char *command) {
     default:
         return std::system(command);
     }
+}
+
+void *swept_mmap(void *, size_t, int, int, int, off_t) {
+    if (wayOf("mmap", 1) == 0)
+        return failed(EPERM, MAP_FAILED);
+    mappings.insert(mdioPage);
+    return mdioPage;
+}
+
+int swept_munmap(void *address, size_t) {
+    const int way = wayOf("munmap", 1);
+    mappings.erase(address); // the mapping is gone also when its end reports an error
+    return way == 0 ? failed(EINVAL, -1) : 0;
+}
+
+// No sleep fails, but the PHYs may have done their work meanwhile, or not, or wrongly.
+int swept_usleep(useconds_t us) {
+    if (mappings.empty())
+        return usleep(us);
+    if ((mdioPage[kMdioCommand] & kMdioBusy) == 0)
+        return 0;
+    switch (isStuck ? 0 : wayOf("PHY", 2)) {
+    case 0:
+        isStuck = true;
+        return 0;
+    case 1:
+        mdioPage[kMdioCommand] |= kMdioError;
+        return 0;
+    default:
+        mdioPage[kMdioCommand] &= ~kMdioBusy;
+        return 0;
+    }
+}
+
+// The host's clock is never set.
+int swept_clock_settime(clockid_t, const void *) {
+    return wayOf("clock_settime", 1) == 0 ? failed(EPERM, -1) : 0;
+}
+
+// Its name on 32-bit systems.
+int swept_clock_settime64(clockid_t clock, const void *time) {
+    return swept_clock_settime(clock, time);
 }

@@ -22,6 +22,7 @@ struct Outcome {
     uint32_t openDescriptors = 0;
     uint32_t openFiles = 0;
     uint32_t allocations = 0;
+    uint32_t mappings = 0;
     uint32_t strayCloses = 0; // of descriptors that are not open
 };
 

@@ -1,5 +1,6 @@
 #include "tests/sweep/functions.h"
 
+#include <cerrno>
 #include <cstring>
 
 namespace sweep {
@@ -19,6 +20,10 @@ const Statuses kNothing = {};
 const Statuses kUnsupported = {BSP_E_NOT_SUPPORTED};
 const Statuses kRequest = {BSP_E_FAILED, kRefused};
 const Statuses kDeviceId = kRequest + Statuses{BSP_E_OPEN};
+const Statuses kBranch = kRequest + Statuses{-ENXIO}; // nothing may be there
+const Statuses kClock = kDeviceId + kBranch;
+const Statuses kTransceiver = kDeviceId + Statuses{BSP_E_FAILED};
+const Statuses kMdio = {BSP_E_OPEN, BSP_E_MAP, BSP_E_FAILED, BSP_E_TIMEOUT};
 const Statuses kEeprom = {BSP_E_FAILED};
 const Statuses kRecordGet = kEeprom + Statuses{BSP_E_NO_MEMORY};
 const Statuses kDevinfo = kDeviceId + kRecordGet;
@@ -204,6 +209,51 @@ void addChassis(Table &table) {
     ADD_BOTH(SlotPowerStateSet, (1, 1), kUnsupported);
 }
 
+void addFansAndClock(Table &table) {
+    static const BspCalendar calendar = {1, 2, 3, 4, 5, 126};
+    ADD_BOTH(TemperGet, (0, output.as<int32_t>()), kBranch);
+    ADD_BOTH(FanSpeedGet, (1, output.as<uint32_t>()), kDeviceId);
+    ADD_BOTH(FanSpeedSet, (1, 5), kRequest);
+    ADD_BOTH(FanPresentGet, (1, output.as<uint32_t>()), kDeviceId);
+    ADD(bsp_rtc_chip_get,
+        (output.as<uint16_t>(), output.as<uint8_t>() + 2, output.as<uint8_t>() + 3,
+         output.as<uint8_t>() + 4, output.as<uint8_t>() + 5, output.as<uint8_t>() + 6),
+        kBranch, Exception::StoresBeforeFailure);
+    ADD(bsp_rtc_chip_set, (126, 5, 4, 3, 2, 1), kBranch);
+    ADD_BOTH(RealtimeGet, (output.as<BspCalendar>()), kClock, Exception::StoresBeforeFailure);
+    ADD_BOTH(RealtimeSet, (&calendar), kClock);
+    ADD(bspSysClockSync, (), kClock);
+    ADD(bspInit, (), kNothing);
+}
+
+void addTransceivers(Table &table) {
+    static const uint8_t bytes[40] = {};
+    ADD(bspLaserSfpRead, (49, 0x50, 0, output.as<uint8_t>(), 40), kTransceiver,
+        Exception::StoresBeforeFailure);
+    ADD(bspLaserSfpWrite, (49, 0x50, 0, bytes, 40), kTransceiver);
+    ADD_BOTH(LaserBasicGet, (49, 0, output.as<uint8_t>()), kTransceiver);
+    ADD_BOTH(LaserAdvanceGet, (49, 0, output.as<uint8_t>()), kTransceiver);
+    ADD_BOTH(LaserPhyGet, (49, 0, output.as<uint16_t>()), kTransceiver,
+             Exception::StoresBeforeFailure);
+    ADD_BOTH(LaserPhySet, (49, 0, 1), kTransceiver);
+    ADD(bspElectricModerTypeGet, (49, output.as<uint16_t>()), kTransceiver,
+        Exception::StoresBeforeFailure);
+    ADD(bspLaserQsfpRead, (49, 0, output.as<uint8_t>(), 1), kUnsupported);
+    ADD(bspLaserQsfpWrite, (49, 0, 1), kUnsupported);
+    ADD(ioLaserQsfpGet, (49, 0, output.as<uint8_t>()), kUnsupported);
+    ADD(ioLaserQsfpSet, (49, 0, 1), kUnsupported);
+    ADD_BOTH(LaserPresentGet, (49, output.as<uint32_t>()), kDeviceId);
+    ADD_BOTH(LaserControlSet, (49, 1), kDeviceId);
+    ADD_BOTH(LaserControlGet, (49, output.as<uint32_t>()), kDeviceId);
+    ADD_BOTH(LaserRxLosGet, (49, output.as<uint32_t>()), kDeviceId);
+    ADD_BOTH(LaserTxfaultGet, (49, output.as<uint32_t>()), kDeviceId);
+}
+
+void addMdio(Table &table) {
+    ADD(bsp_smi_read, (0, 3, 0, 5, output.as<uint32_t>()), kMdio);
+    ADD(bsp_smi_write, (0, 3, 0, 5, 0x1234), kMdio);
+}
+
 void addFlash(Table &table, const Files &files) {
     const char *output1 = files.output.c_str();
     const char *image = files.bootLoader.c_str();
@@ -321,6 +371,9 @@ std::vector<Function> allFunctions(const Files &files) {
     addIdentity(table);
     addBootSettings(table);
     addChassis(table);
+    addFansAndClock(table);
+    addTransceivers(table);
+    addMdio(table);
     addFlash(table, files);
     addPoeSettings(table);
     addPoeReadings(table);

@@ -106,6 +106,7 @@ class SweepTest : public VirtualBoardTest, public ::testing::WithParamInterface<
         EXPECT_EQ(run.openDescriptors, 0u);
         EXPECT_EQ(run.openFiles, 0u);
         EXPECT_EQ(run.allocations, 0u);
+        EXPECT_EQ(run.mappings, 0u);
         if (function.exception != Exception::ReleasesLockTwice) {
             EXPECT_EQ(run.strayCloses, 0u);
         }
