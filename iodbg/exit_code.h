@@ -10,6 +10,7 @@ enum class ExitCode {
     Usage = 2,    // wrong usage, or not confirmed; nothing was sent to the board
     ReadBack = 3, // written, but what reads back differs
     Host = 4,     // a problem on this host: a file, standard output, memory
+    Faulty = 5,   // 'check' found a fault of the unit
 };
 
 /** The same for people, one line for each code. */
@@ -19,6 +20,7 @@ constexpr char kExitCodeHelp[] =
     "  1  the board or the library answered a failure\n"
     "  2  wrong usage, or not confirmed; nothing was sent to the board\n"
     "  3  written, but what reads back differs\n"
-    "  4  a problem on this host: a file, standard output, memory\n";
+    "  4  a problem on this host: a file, standard output, memory\n"
+    "  5  'check' found a fault of the unit\n";
 
 } // namespace iodbg

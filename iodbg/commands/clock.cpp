@@ -1,14 +1,13 @@
 // iodbg clock: the battery-backed clock chip and the system's clock.
 
 #include "bsp.h"
+#include "iodbg/calendar.h"
 #include "iodbg/commands/commands.h"
 #include "iodbg/console.h"
 #include "iodbg/failure.h"
 #include "iodbg/model.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <ctime>
 #include <stdexcept>
 #include <string_view>
 
@@ -16,59 +15,8 @@ namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kFirstYear = 1900;
-constexpr uint32_t kLastYear = kFirstYear + 159; // what the chip's two digits hold
-
 // What a program can be expected to take between two looks at a clock, in seconds.
 constexpr int64_t kTolerance = 2;
-
-std::string calendarText(const BspCalendar &time) {
-    char text[80];
-    std::snprintf(text, sizeof(text), "%04u-%02u-%02u %02u:%02u:%02u", time.year + kFirstYear,
-                  time.month + 1, time.day, time.hour, time.minute, time.second);
-    return text;
-}
-
-/** The same as the C library has it, in which hours and days can be counted on. */
-std::tm tmOf(const BspCalendar &time) {
-    std::tm tm = {};
-    tm.tm_sec = static_cast<int>(time.second);
-    tm.tm_min = static_cast<int>(time.minute);
-    tm.tm_hour = static_cast<int>(time.hour);
-    tm.tm_mday = static_cast<int>(time.day);
-    tm.tm_mon = static_cast<int>(time.month);
-    tm.tm_year = static_cast<int>(time.year);
-    return tm;
-}
-
-/** Seconds since the epoch, without a time zone: for differences of chip times. */
-int64_t secondsOf(const BspCalendar &time) {
-    std::tm tm = tmOf(time);
-    return timegm(&tm);
-}
-
-/** Whether the numbers are a date and a time: a chip that was without power holds anything. */
-bool isDate(const BspCalendar &time) {
-    std::tm tm = tmOf(time);
-    timegm(&tm); // normalises what is out of range
-    return tm.tm_sec == static_cast<int>(time.second) &&
-           tm.tm_min == static_cast<int>(time.minute) &&
-           tm.tm_hour == static_cast<int>(time.hour) && tm.tm_mday == static_cast<int>(time.day) &&
-           tm.tm_mon == static_cast<int>(time.month);
-}
-
-BspCalendar calendarOf(const std::tm &tm) {
-    return {static_cast<uint32_t>(tm.tm_sec),  static_cast<uint32_t>(tm.tm_min),
-            static_cast<uint32_t>(tm.tm_hour), static_cast<uint32_t>(tm.tm_mday),
-            static_cast<uint32_t>(tm.tm_mon),  static_cast<uint32_t>(tm.tm_year)};
-}
-
-std::tm localNow() {
-    const std::time_t now = std::time(nullptr);
-    std::tm tm = {};
-    localtime_r(&now, &tm);
-    return tm;
-}
 
 BspCalendar readChip() {
     Model model;
@@ -89,7 +37,7 @@ std::string driftText(int64_t seconds) {
 
 ExitCode get(Console &console) {
     const BspCalendar time = readChip();
-    const BspCalendar now = calendarOf(localNow());
+    const BspCalendar now = systemTime();
     Section section = {"", "", {}};
     section.add("chip", "Clock chip (local time)", textCell(calendarText(time)));
     section.add("valid", "Valid",
@@ -97,7 +45,7 @@ ExitCode get(Console &console) {
                          "no: the chip was without power; set it with 'iodbg clock set'"));
     section.add("system", "System clock (local time)", textCell(calendarText(now)));
     if (isDate(time)) {
-        const int64_t drift = secondsOf(time) - secondsOf(now);
+        const int64_t drift = secondsBetween(now, time);
         section.add("drift_s", "Difference", {driftText(drift), drift});
     }
     return console.print({{section}, {}});
@@ -116,7 +64,7 @@ bool hasShapeOfTime(const std::string &word) {
 /** "now", or "2026-11-21T12:34:56", which may have a blank in the middle. */
 BspCalendar parseTime(const std::string &word) {
     if (word == "now")
-        return calendarOf(localNow());
+        return systemTime();
     BspCalendar time = {};
     bool isRight = hasShapeOfTime(word);
     if (isRight) {
@@ -125,8 +73,8 @@ BspCalendar parseTime(const std::string &word) {
         };
         // Years and months that are out of range wrap around to numbers that are out of range.
         time = {number(17, 2), number(14, 2),    number(11, 2),
-                number(8, 2),  number(5, 2) - 1, number(0, 4) - kFirstYear};
-        isRight = time.year <= kLastYear - kFirstYear && isDate(time);
+                number(8, 2),  number(5, 2) - 1, number(0, 4) - kFirstCalendarYear};
+        isRight = time.year <= kLastCalendarYear - kFirstCalendarYear && isDate(time);
     }
     if (!isRight)
         throw std::invalid_argument("'" + word +
@@ -139,7 +87,7 @@ ExitCode set(Console &console, const BspCalendar &wanted) {
     const BspCalendar before = readChip();
     require(ioRealtimeSet(&wanted), "set the clock chip");
     const BspCalendar after = readChip();
-    const int64_t passed = secondsOf(after) - secondsOf(wanted);
+    const int64_t passed = secondsBetween(wanted, after);
     if (!isDate(after) || passed < 0 || passed > kTolerance)
         throw Failure(ExitCode::ReadBack, "the clock chip was set to " + calendarText(wanted) +
                                               " and reads " + calendarText(after) +
@@ -158,8 +106,8 @@ ExitCode sync(Console &console) {
                                            "; set it with 'iodbg clock set' first");
     require(bspSysClockSync(), "set the system clock from the clock chip");
     // The library does not tell whether the system took it.
-    const BspCalendar now = calendarOf(localNow());
-    const int64_t difference = secondsOf(now) - secondsOf(time);
+    const BspCalendar now = systemTime();
+    const int64_t difference = secondsBetween(time, now);
     if (difference < -kTolerance || difference > kTolerance)
         throw Failure(ExitCode::ReadBack, "the system clock is " + calendarText(now) + " and not " +
                                               calendarText(time) + "; setting it takes root");

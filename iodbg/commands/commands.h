@@ -6,6 +6,8 @@
 namespace iodbg {
 
 void addShowCommand(const Command &root);
+void addCheckCommand(const Command &root);
+void addInitCommand(const Command &root);
 void addIdentityCommands(const Command &root);
 void addEepromCommands(const Command &root);
 void addPowerCommand(const Command &root);
@@ -30,6 +32,8 @@ void addStatusCommand(const Command &root);
 
 inline void addCommands(const Command &root) {
     addShowCommand(root);
+    addCheckCommand(root);
+    addInitCommand(root);
     addIdentityCommands(root);
     addEepromCommands(root);
     addPowerCommand(root);

@@ -1,0 +1,61 @@
+#include "iodbg/calendar.h"
+
+#include <cstdio>
+#include <ctime>
+
+namespace iodbg {
+
+namespace {
+
+std::tm tmOf(const BspCalendar &time) {
+    std::tm tm = {};
+    tm.tm_sec = static_cast<int>(time.second);
+    tm.tm_min = static_cast<int>(time.minute);
+    tm.tm_hour = static_cast<int>(time.hour);
+    tm.tm_mday = static_cast<int>(time.day);
+    tm.tm_mon = static_cast<int>(time.month);
+    tm.tm_year = static_cast<int>(time.year);
+    return tm;
+}
+
+BspCalendar calendarOf(const std::tm &tm) {
+    return {static_cast<uint32_t>(tm.tm_sec),  static_cast<uint32_t>(tm.tm_min),
+            static_cast<uint32_t>(tm.tm_hour), static_cast<uint32_t>(tm.tm_mday),
+            static_cast<uint32_t>(tm.tm_mon),  static_cast<uint32_t>(tm.tm_year)};
+}
+
+int64_t secondsOf(const BspCalendar &time) {
+    std::tm tm = tmOf(time);
+    return timegm(&tm);
+}
+
+} // namespace
+
+std::string calendarText(const BspCalendar &time) {
+    char text[80];
+    std::snprintf(text, sizeof(text), "%04u-%02u-%02u %02u:%02u:%02u",
+                  time.year + kFirstCalendarYear, time.month + 1, time.day, time.hour, time.minute,
+                  time.second);
+    return text;
+}
+
+bool isDate(const BspCalendar &time) {
+    std::tm tm = tmOf(time);
+    timegm(&tm); // moves what is out of range
+    const BspCalendar moved = calendarOf(tm);
+    return moved.second == time.second && moved.minute == time.minute && moved.hour == time.hour &&
+           moved.day == time.day && moved.month == time.month;
+}
+
+int64_t secondsBetween(const BspCalendar &earlier, const BspCalendar &later) {
+    return secondsOf(later) - secondsOf(earlier);
+}
+
+BspCalendar systemTime() {
+    const std::time_t now = std::time(nullptr);
+    std::tm tm = {};
+    localtime_r(&now, &tm);
+    return calendarOf(tm);
+}
+
+} // namespace iodbg

@@ -1,0 +1,23 @@
+#pragma once
+// Dates and times as the clock chip holds them, in local time.
+
+#include "bsp.h"
+
+#include <cstdint>
+#include <string>
+
+namespace iodbg {
+
+constexpr uint32_t kFirstCalendarYear = 1900;
+constexpr uint32_t kLastCalendarYear = kFirstCalendarYear + 159; // what two stretched digits hold
+
+/** "2026-11-21 12:34:56" */
+std::string calendarText(const BspCalendar &time);
+/** Whether the numbers are a date and a time: a chip that was without power holds anything. */
+bool isDate(const BspCalendar &time);
+/** How many seconds a time is behind another, whatever the time zone. */
+int64_t secondsBetween(const BspCalendar &earlier, const BspCalendar &later);
+/** The system clock. */
+BspCalendar systemTime();
+
+} // namespace iodbg

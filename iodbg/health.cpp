@@ -1,0 +1,324 @@
+#include "iodbg/health.h"
+
+#include "bsp.h"
+#include "iodbg/boot_block.h"
+#include "iodbg/calendar.h"
+#include "iodbg/failure.h"
+#include "iodbg/flash.h"
+#include "iodbg/format.h"
+#include "iodbg/os_bank.h"
+#include "iodbg/record.h"
+#include "iodbg/report.h"
+#include "iodbg/sfp_cage.h"
+#include "iodbg/sfp_diagnostics.h"
+#include "iodbg/sfp_identification.h"
+#include "iodbg/status_table.h"
+
+#include <algorithm>
+#include <array>
+
+namespace iodbg {
+
+namespace {
+
+// Limits of the board's sensor, in degrees Celsius.
+constexpr int32_t kColdest = 0;
+constexpr int32_t kWarm = 60;
+constexpr int32_t kHot = 75;
+
+constexpr int64_t kTolerableDrift = 60; // seconds between chip and system
+
+Finding good(const std::string &subject, const std::string &text) {
+    return {subject, Severity::Good, text, ""};
+}
+
+/** Something that the library could not tell. */
+Finding unreadable(const std::string &subject, int32_t status) {
+    const StatusText text = explain(status);
+    return {subject, Severity::Fault,
+            "cannot be read: " + nameAndNumber(status) + ", " + text.meaning, text.next};
+}
+
+// Identity
+
+Finding recordFinding() {
+    BspDevinfo record;
+    if (const int32_t status = readRecord(Carrier{}, record); status != BSP_OK)
+        return unreadable("product record", status);
+    const Verdict verdict = judge(record);
+    if (!verdict.hasMagic)
+        return {"product record", Severity::Fault, "there is none",
+                "store one with 'iodbg identity set record --file FILE'"};
+    if (!verdict.isCrcRight())
+        return {"product record", Severity::Fault,
+                "its CRC is " + hexNumber(verdict.storedCrc, 8) + " and should be " +
+                    hexNumber(verdict.computedCrc, 8),
+                "compare it with the label, then store it again with --renew-crc"};
+    return good("product record", "whole");
+}
+
+Finding serialFinding() {
+    std::array<char, sizeof(BspDevinfo)> serial{};
+    uint32_t length = 0;
+    if (const int32_t status = ioSerialNumGet(serial.data(), &length); status != BSP_OK)
+        return unreadable("serial number", status);
+    if (serial[0] == '\0')
+        return {"serial number", Severity::Warning, "there is none",
+                "store it with 'iodbg identity set serial TEXT'"};
+    return good("serial number",
+                fieldText({reinterpret_cast<const uint8_t *>(serial.data()), serial.size()}));
+}
+
+Finding macFinding() {
+    Mac mac{};
+    if (const int32_t status = ioMacAddrGet(0, mac.data()); status != BSP_OK)
+        return unreadable("MAC address", status);
+    const bool isGroup = (mac[0] & 1) != 0;
+    const bool isZero = std::all_of(mac.begin(), mac.end(), [](uint8_t byte) { return byte == 0; });
+    if (isGroup || isZero)
+        return {"MAC address", Severity::Fault, macText(mac) + " is no address of a unit",
+                "store it with 'iodbg identity set mac'"};
+    return good("MAC address", macText(mac));
+}
+
+// Supplies
+
+Finding supplyFinding(const Model &model, int32_t supply) {
+    const std::string name = "supply " + std::to_string(supply);
+    int32_t answer = 0;
+    if (const int32_t status = ioPowerPresentGet(supply, &answer); status != BSP_OK)
+        return unreadable(name, status);
+    // In register 30 the library answers the active-low line itself.
+    if (model.hasSupplyLines == (answer != 0))
+        return {name, Severity::Warning, "not plugged", "plug it, or live without a spare one"};
+    int32_t code = 0;
+    if (const int32_t status = ioPowerStatusGet(supply, &code); status != BSP_OK)
+        return unreadable(name, status);
+    if (code != 0)
+        return {name, Severity::Fault, "its lines tell status " + std::to_string(code),
+                "check its cable and its own lamp; replace it"};
+    return good(name, "plugged, status 0");
+}
+
+// PoE
+
+void addPoePorts(Findings &findings, uint32_t ports) {
+    std::vector<int64_t> faulty;
+    for (uint32_t port = 1; port <= ports; ++port) {
+        uint32_t fault = 0;
+        if (const int32_t status = ioPoePortFaultGet(port, &fault); status != BSP_OK) {
+            findings.push_back(unreadable("PoE port " + std::to_string(port), status));
+            return;
+        }
+        if (fault != 0)
+            faulty.push_back(port);
+    }
+    if (faulty.empty())
+        findings.push_back(good("PoE ports", "none has a fault"));
+    else
+        findings.push_back({"PoE ports", Severity::Warning, "fault on " + listCell(faulty).text,
+                            "look at these devices and cables; 'iodbg poe status' tells more"});
+}
+
+// Flash
+
+Finding bootFinding() {
+    try {
+        if (isErased(readBootBlock()))
+            return {"boot settings", Severity::Warning, "none is stored, the defaults hold",
+                    "set them with 'iodbg boot set'"};
+    } catch (const Failure &failure) {
+        return {"boot settings", Severity::Fault, failure.what(), ""};
+    }
+    return good("boot settings", "stored");
+}
+
+Finding bankFinding(uint32_t bank) {
+    const std::string name = "bank " + std::to_string(bank);
+    Bytes header;
+    if (const int32_t status = readOsHeader(bank, header); status != BSP_OK)
+        return unreadable(name, status);
+    if (isErased(header))
+        return {name, Severity::Warning, "holds no image",
+                "write one with 'iodbg upgrade os FILE --bank " + std::to_string(bank) + "'"};
+    return good(name, "has the header of an image");
+}
+
+// Transceivers
+
+constexpr const char *kQuantityNames[kQuantities] = {
+    "temperature", "supply voltage", "bias current", "transmitted power", "received power"};
+
+void addMeasurements(Findings &findings, const std::string &name, const Diagnostics &diagnostics) {
+    for (const Measurement &measured : diagnostics.measurements) {
+        const char *quantity = kQuantityNames[static_cast<size_t>(measured.quantity)];
+        const bool isHigh = measured.judgement == Judgement::HighAlarm ||
+                            measured.judgement == Judgement::HighWarning;
+        const bool isAlarm =
+            measured.judgement == Judgement::HighAlarm || measured.judgement == Judgement::LowAlarm;
+        if (measured.judgement != Judgement::Normal)
+            findings.push_back({name, isAlarm ? Severity::Fault : Severity::Warning,
+                                std::string(quantity) + (isHigh ? " too high" : " too low"),
+                                "see 'iodbg sfp show'; check fibre and far end, then the module"});
+    }
+}
+
+void addLines(Findings &findings, const std::string &name, const CageLines &lines) {
+    if (lines.hasTxFault != 0)
+        findings.push_back({name, Severity::Fault, "transmitter fault", "replace the module"});
+    if (lines.hasLostSignal != 0 && lines.transmitter == BSP_LASER_ON)
+        findings.push_back({name, Severity::Warning, "no signal arrives",
+                            "check fibre or cable, and that the far end transmits"});
+}
+
+void addModule(Findings &findings, uint32_t port, const std::string &name) {
+    Bytes page;
+    if (const int32_t status =
+            readSfpPage(port, SfpPage::Identification, kIdentificationSize, page);
+        status != BSP_OK) {
+        findings.push_back(unreadable(name, status));
+        return;
+    }
+    const Identification module = identificationOf(page);
+    if (!module.base.isRight() || !module.extended.isRight())
+        findings.push_back({name, Severity::Warning, "a checksum of its identification is wrong",
+                            "see 'iodbg sfp show'; replace the module"});
+    if (!module.hasDiagnostics)
+        return;
+    if (const int32_t status = readSfpPage(port, SfpPage::Diagnostics, kDiagnosticsSize, page);
+        status != BSP_OK)
+        findings.push_back(unreadable(name, status));
+    else
+        addMeasurements(findings, name, diagnosticsOf(page, module.isExternallyCalibrated));
+}
+
+void addCage(Findings &findings, uint32_t port) {
+    const std::string name = "SFP port " + std::to_string(port);
+    Report report;
+    Section section;
+    CageLines lines;
+    addCageLines(report, section, port, lines);
+    if (!report.failures.empty()) {
+        findings.push_back(unreadable(name, report.failures.front().status));
+        return;
+    }
+    if (lines.isPresent == 0)
+        return;
+    const size_t before = findings.size();
+    // On the boards with 24 fibre ports the uplinks' status lines are other lines.
+    if (lines.hasLostSignal == 0 || lines.hasTxFault == 0)
+        addLines(findings, name, lines);
+    addModule(findings, port, name);
+    if (findings.size() == before)
+        findings.push_back(good(name, "module works"));
+}
+
+} // namespace
+
+Findings identityFindings() {
+    return {recordFinding(), serialFinding(), macFinding()};
+}
+
+Findings temperatureFindings() {
+    int32_t celsius = 0;
+    if (const int32_t status = ioTemperGet(0, &celsius); status != BSP_OK)
+        return {unreadable("temperature", status)};
+    const std::string text = std::to_string(celsius) + " C";
+    if (celsius > kHot)
+        return {
+            {"temperature", Severity::Fault, text + ", too hot", "check fans and air flow now"}};
+    if (celsius > kWarm || celsius < kColdest)
+        return {{"temperature", Severity::Warning, text, "check fans, air flow and the room"}};
+    return {good("temperature", text)};
+}
+
+Findings fanFindings(const Model &model) {
+    Findings findings;
+    for (uint32_t fan = 1; fan <= model.fans; ++fan) {
+        const std::string name = "fan " + std::to_string(fan);
+        uint32_t isPresent = 1;
+        uint32_t speed = 0;
+        int32_t status = model.hasFanPresence
+                             ? ioFanPresentGet(static_cast<int32_t>(fan), &isPresent)
+                             : int32_t{BSP_OK};
+        if (status == BSP_OK)
+            status = ioFanSpeedGet(fan, &speed);
+        if (status != BSP_OK)
+            findings.push_back(unreadable(name, status));
+        else if (isPresent == 0)
+            findings.push_back({name, Severity::Fault, "not there", "plug it"});
+        else if (speed == 0)
+            findings.push_back({name, Severity::Fault, "stands still", "replace it"});
+        else
+            findings.push_back(good(name, std::to_string(speed) + " rpm"));
+    }
+    return findings;
+}
+
+Findings supplyFindings(const Model &model) {
+    constexpr int32_t kWithPresence = 2;
+    int32_t count = 0;
+    if (const int32_t status = ioPowerNumGet(&count); status != BSP_OK)
+        return {unreadable("supplies", status)};
+    Findings findings;
+    for (int32_t supply = 1; supply <= std::min(count, kWithPresence); ++supply)
+        findings.push_back(supplyFinding(model, supply));
+    return findings;
+}
+
+Findings poeFindings(const Model &model) {
+    constexpr uint32_t kUpgradeFailed = 2;
+    constexpr char kName[] = "PoE controller";
+    if (model.poePorts == 0)
+        return {};
+    uint32_t isMissing = 0;
+    if (const int32_t status = bspPoeOnlineGet(&isMissing); status != BSP_OK)
+        return {unreadable(kName, status)};
+    if (isMissing != 0)
+        return {{kName, Severity::Fault, "missing", "check its card"}};
+    uint32_t firmware = 0;
+    if (ioPoeAppStatusGet(&firmware) == BSP_OK && firmware == kUpgradeFailed)
+        return {
+            {kName, Severity::Fault, "its last upgrade failed", "run 'iodbg poe upgrade FILE'"}};
+    uint32_t isInitialised = 0;
+    if (const int32_t status = ioPoeInitStatusGet(&isInitialised); status != BSP_OK)
+        return {unreadable(kName, status)};
+    if (isInitialised != 1)
+        return {{kName, Severity::Warning, "not initialised", "run 'iodbg poe init'"}};
+    Findings findings = {good(kName, "initialised")};
+    addPoePorts(findings, model.poePorts);
+    return findings;
+}
+
+Findings clockFindings(const Model &model) {
+    if (!model.hasClock)
+        return {};
+    BspCalendar time = {};
+    if (const int32_t status = ioRealtimeGet(&time); status != BSP_OK)
+        return {unreadable("clock", status)};
+    if (!isDate(time))
+        return {{"clock", Severity::Fault, "holds no date and time",
+                 "set it with 'iodbg clock set'; if it comes again, replace the battery"}};
+    const int64_t drift = secondsBetween(systemTime(), time);
+    if (drift > kTolerableDrift || drift < -kTolerableDrift)
+        return {{"clock", Severity::Warning,
+                 calendarText(time) + ", " + std::to_string(drift) + " s off the system clock",
+                 "set the wrong one: 'iodbg clock set now' or 'iodbg clock sync'"}};
+    return {good("clock", calendarText(time))};
+}
+
+Findings flashFindings() {
+    Findings findings = {bootFinding()};
+    for (uint32_t bank = 0; bank < kBanks; ++bank)
+        findings.push_back(bankFinding(bank));
+    return findings;
+}
+
+Findings transceiverFindings(const Model &model) {
+    Findings findings;
+    for (const uint32_t port : model.cages)
+        addCage(findings, port);
+    return findings;
+}
+
+} // namespace iodbg
