@@ -158,7 +158,7 @@ TEST_F(FolderTest, TheOtherByteOrderIsRefused) {
 
 TEST_F(FolderTest, AnotherVersionIsRefused) {
     patchHeader([](vb::BoardHeader &header) { ++header.version; });
-    EXPECT_SAYS(open(), "a board of another version (4, this build uses 3)");
+    EXPECT_SAYS(open(), "a board of another version (5, this build uses 4)");
 }
 
 TEST_F(FolderTest, ADamagedHeaderIsRefused) {

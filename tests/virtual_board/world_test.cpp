@@ -4,8 +4,7 @@
 
 #include "bsp.h"
 #include "tests/support/virtual_board_test.h"
-#include "virtual_board/os/seam.h"
-#include "virtual_board/words/values.h"
+#include "tests/support/world.h"
 
 #include <algorithm>
 #include <cstring>
@@ -15,31 +14,11 @@
 
 namespace {
 
-class WorldTest : public VirtualBoardTest {
-  protected:
-    static std::string get(const std::string &name) {
-        return vb::property(*vb::attachedFolder(), name);
-    }
-    static void set(const std::string &name, const std::string &value) {
-        vb::setProperty(*vb::attachedFolder(), name, value);
-    }
-    /** Why a change is refused. */
-    static std::string refusal(const std::string &name, const std::string &value) {
-        try {
-            set(name, value);
-        } catch (const vb::Refused &refused) {
-            return refused.what();
-        }
-        return "accepted";
-    }
-    static std::string refusal(const std::string &name) {
-        try {
-            return "accepted: " + get(name);
-        } catch (const vb::Refused &refused) {
-            return refused.what();
-        }
-    }
-};
+using world::get;
+using world::refusal;
+using world::set;
+
+using WorldTest = VirtualBoardTest;
 
 TEST_F(WorldTest, ANewBoard) {
     EXPECT_EQ(get("model"), "0x0709");
@@ -59,12 +38,13 @@ TEST_F(WorldTest, ANewBoard) {
 
 TEST_F(WorldTest, TheListHasEveryPropertyWithItsValue) {
     const std::vector<vb::Property> all = vb::properties(*vb::attachedFolder());
-    EXPECT_EQ(all.size(), 6u + 64 + 1 + 32 + 32 + 3 + 2 * 18 + 1 + 2 * 48 + 5 + 4 * 4 + 1);
+    EXPECT_EQ(all.size(),
+              6u + 64 + 1 + 32 + 32 + 3 + 2 * 18 + 1 + 2 * 48 + 5 + 2 * 3 + 4 + 2 + 4 * 4 + 1);
     for (const vb::Property &property : all)
         EXPECT_EQ(property.value, get(property.name)) << property.name;
     const auto shown = std::count_if(all.begin(), all.end(),
                                      [](const vb::Property &property) { return !property.isIdle; });
-    EXPECT_EQ(shown, 6 + 3 + 1 + 1 + 3 + 2 * 15 + 1 + 4 + 1);
+    EXPECT_EQ(shown, 6 + 5 + 1 + 1 + 3 + 2 * 15 + 1 + 4 + 2 * 2 + 3 + 1 + 1);
 }
 
 TEST_F(WorldTest, WhatIsSetIsWhatProgramsSee) {

@@ -1,6 +1,7 @@
 #include "virtual_board/board/board.h"
 
 #include "virtual_board/board/circuits.h"
+#include "virtual_board/board/climate_lines.h"
 #include "virtual_board/board/factory.h"
 
 #include <cstddef>
@@ -50,6 +51,9 @@ void buildBoard(Board &board, const Model &model, const FactoryData &factory,
         pmbusBuild(supply.pmbus);
         driveSupplyLines(board, index);
     }
+    buildClimate(board, model);
+    if (model.hasClock)
+        clockBuild(devices.clockChip);
 }
 
 } // namespace vb

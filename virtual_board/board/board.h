@@ -7,6 +7,8 @@
 #include "virtual_board/board/flash_partitions.h"
 #include "virtual_board/board/models.h"
 #include "virtual_board/board/trace.h"
+#include "virtual_board/devices/climate.h"
+#include "virtual_board/devices/clock_chip.h"
 #include "virtual_board/devices/console.h"
 #include "virtual_board/devices/cpld.h"
 #include "virtual_board/devices/eeprom.h"
@@ -45,11 +47,13 @@ struct Devices {
     Console console;
     uint32_t padding;
     Flash flash[kFlashPartitions];
+    Climate climate;
+    ClockChip clockChip;
 };
 
 constexpr char kBoardMagic[8] = {'V', 'B', 'O', 'A', 'R', 'D', '\n', '\0'};
 constexpr uint32_t kBoardByteOrder = 0x01020304;
-constexpr uint32_t kBoardVersion = 3;
+constexpr uint32_t kBoardVersion = 4;
 
 struct BoardHeader {
     char magic[8];

@@ -1,5 +1,7 @@
 #include "virtual_board/board/circuits.h"
 
+#include "virtual_board/board/climate_lines.h"
+
 namespace vb {
 
 namespace {
@@ -37,6 +39,8 @@ void advanceBoard(Board &board, uint64_t nowNs) {
     followResetLine(board, nowNs);
     if (devices.poe.isFitted != 0)
         poeAdvance(devices.poe, nowNs);
+    advanceClimate(board, nowNs);
+    clockAdvance(devices.clockChip, nowNs);
 }
 
 void registerWritten(Board &board, uint32_t reg, uint16_t before, uint64_t nowNs) {
@@ -51,6 +55,9 @@ void registerWritten(Board &board, uint32_t reg, uint16_t before, uint64_t nowNs
 
 void resetBoard(Board &board, ResetReason reason, uint64_t nowNs) {
     Devices &devices = board.devices;
+    advanceClimate(board, nowNs); // with the fans' level until now
+    if (reason == ResetReason::PowerOn)
+        clockPowerCycle(devices.clockChip, nowNs);
     cpldReset(devices.cpld);
     gpioReset(devices.gpio);
     const bool isHeld = !gpioLevel(devices.gpio, kPoeResetGpio);

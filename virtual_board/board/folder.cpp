@@ -69,6 +69,10 @@ bool isConsistent(const Board &board) {
     }
     if (!poeIsConsistent(board.devices.poe) || board.devices.lastReset > ResetReason::Watchdog)
         return false;
+    if (board.devices.clockChip.isFitted > 1)
+        return false;
+    if (!climateIsConsistent(board.devices.climate))
+        return false;
     for (const Flash &flash : board.devices.flash) {
         if (!flashIsConsistent(flash))
             return false;

@@ -2,6 +2,8 @@
 
 #include "virtual_board/board/poe_link.h"
 
+#include <cstring>
+
 namespace vb {
 
 namespace {
@@ -39,6 +41,33 @@ bool pmbusTransfer(PmbusSupply &supply, const I2cTransfer &transfer) {
     return true;
 }
 
+/** The sensor has one register, which no offset chooses and no write changes. */
+bool sensorTransfer(const Climate &climate, const I2cTransfer &transfer) {
+    uint8_t byte = 0;
+    if (!climateSense(climate, &byte))
+        return false;
+    if (transfer.isRead)
+        std::memset(transfer.data, byte, transfer.length);
+    return true;
+}
+
+bool clockTransfer(ClockChip &chip, const I2cTransfer &transfer) {
+    const uint32_t first = transfer.offsetLen == 0 ? 0 : transfer.offset;
+    if (chip.isFitted == 0)
+        return false;
+    if (transfer.isRead)
+        clockRead(chip, first, transfer.data, transfer.length);
+    else
+        clockWrite(chip, first, transfer.data, transfer.length);
+    return true;
+}
+
+bool chassisTransfer(Board &board, const I2cTransfer &transfer) {
+    if (transfer.devAddr == kSensorDevAddr)
+        return sensorTransfer(board.devices.climate, transfer);
+    return transfer.devAddr == kClockDevAddr && clockTransfer(board.devices.clockChip, transfer);
+}
+
 bool eepromTransfer(Board &board, const I2cTransfer &transfer) {
     Eeprom *eeprom = eepromOn(board, transfer.channel);
     if (eeprom == nullptr || transfer.devAddr - kEepromDevAddr >= eeprom->blocks)
@@ -58,6 +87,8 @@ bool i2cTransfer(Board &board, const I2cTransfer &transfer) {
         return poeTransfer(board, transfer);
     if (transfer.bus != kSystemBus)
         return false;
+    if (transfer.channel == kChassisChannel)
+        return chassisTransfer(board, transfer);
     Supply *supply = supplyOn(board, transfer.channel);
     if (supply != nullptr && transfer.devAddr == kPmbusDevAddr)
         return pmbusTransfer(supply->pmbus, transfer);

@@ -20,6 +20,7 @@ struct Model {
     uint8_t sfpPorts; // cages that take the place of copper ports
     uint8_t uplinks;  // SFP cages
     uint8_t fans;
+    bool hasClock; // a calendar clock with a battery
 };
 
 constexpr unsigned kModelCount = 14;

@@ -5,17 +5,21 @@ namespace vb {
 namespace {
 
 constexpr uint16_t kControlInputs = kCpldPoeAbsent | 0x0600; // and two supplies
+constexpr uint16_t kFanPresenceInput = 0x0100;
+
+bool isWiredToLogic(uint32_t reg) {
+    return reg == kCpldDeviceId || reg == kCpldVersion;
+}
 
 /** Bits of a register that are lines into the CPLD. */
 uint16_t inputsOf(uint32_t reg) {
     if (reg == kCpldControl)
         return kControlInputs;
-    const bool isInput = reg == kCpldDeviceId || reg == kCpldVersion || reg == kCpldSupplies;
+    if (reg == kCpldFanPresence)
+        return kFanPresenceInput;
+    const bool isInput = isWiredToLogic(reg) || reg == kCpldFanCounts ||
+                         reg == kCpldFanCounts + 1 || reg == kCpldSupplies;
     return isInput ? 0xFFFF : 0;
-}
-
-bool isWiredToLogic(uint32_t reg) {
-    return reg == kCpldDeviceId || reg == kCpldVersion;
 }
 
 } // namespace
@@ -58,8 +62,13 @@ const char *cpldRegisterName(uint32_t reg) {
     case kCpldPoeLamps + 1:
     case kCpldPoeLamps + 2:
         return "PoE lamps";
+    case kCpldFanCounts:
+    case kCpldFanCounts + 1:
+        return "fan speeds";
     case kCpldSupplies:
         return "supplies";
+    case kCpldFanPresence:
+        return "fans";
     default:
         return nullptr;
     }

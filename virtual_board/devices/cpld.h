@@ -13,8 +13,10 @@ constexpr uint32_t kCpldWatchdog = 4;
 constexpr uint32_t kCpldReset = 5;
 constexpr uint32_t kCpldControl = 6;
 constexpr uint32_t kCpldLamps = 7;
-constexpr uint32_t kCpldPoeLamps = 13; // and the two registers behind it, a bit for each port
+constexpr uint32_t kCpldPoeLamps = 13;  // and the two registers behind it, a bit for each port
+constexpr uint32_t kCpldFanCounts = 28; // and the register behind it, two fans in each
 constexpr uint32_t kCpldSupplies = 30;
+constexpr uint32_t kCpldFanPresence = 31;
 
 constexpr uint16_t kCpldPoeAbsent = 0x4000; // in the control register; active-low presence
 

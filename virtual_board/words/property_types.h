@@ -28,7 +28,7 @@ using PropertyGetter = std::string (*)(const PropertyTarget &);
 using PropertySetter = void (*)(const PropertyTarget &, const std::string &);
 
 /** On which models a property exists. */
-enum class Fitted { Always, PlugInSupplies, SupplyLines, Poe, Flash };
+enum class Fitted { Always, PlugInSupplies, SupplyLines, Poe, Flash, Fans, ClockChip };
 
 /** One property, or a numbered row of them: '#' stands for the number. */
 struct PropertyType {
@@ -48,6 +48,9 @@ std::vector<uint8_t> bytesToSet(const PropertyTarget &target, const std::string 
 
 /** Power in and out: supplies, PoE, watchdog and reset. */
 std::span<const PropertyType> powerProperties();
+
+/** Fans, temperature and clock. */
+std::span<const PropertyType> chassisProperties();
 
 /** Flash partitions and console. */
 std::span<const PropertyType> flashProperties();

@@ -26,6 +26,24 @@ std::optional<uint32_t> parseNumber(const std::string &text, uint32_t max) {
     return number.has_value() && *number <= max ? number : std::nullopt;
 }
 
+int32_t numberFrom(int32_t min, int32_t max, const std::string &text, const std::string &what) {
+    const auto number = parseDigits<int32_t>(text.data(), text.data() + text.size(), 10);
+    if (!number.has_value() || *number < min || *number > max)
+        throw Refused(what + " is " + std::to_string(min) + " to " + std::to_string(max) +
+                      ", not '" + text + "'");
+    return *number;
+}
+
+uint32_t wordIndex(const std::string &text, std::span<const char *const> words) {
+    std::string choices;
+    for (uint32_t index = 0; index < words.size(); ++index) {
+        if (text == words[index])
+            return index;
+        choices += (index == 0 ? "'" : ", '") + std::string(words[index]) + "'";
+    }
+    throw Refused("give one of " + choices + ", not '" + text + "'");
+}
+
 std::optional<std::vector<uint8_t>> parseHex(const std::string &text) {
     if (text.empty() || text.size() % 2 != 0)
         return std::nullopt;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -16,6 +17,12 @@ class Refused : public std::runtime_error {
 
 /** A number from 0 to max, decimal or hexadecimal with 0x; nothing for any other text. */
 std::optional<uint32_t> parseNumber(const std::string &text, uint32_t max);
+
+/** A number from min to max; other texts throw Refused, which says what of. */
+int32_t numberFrom(int32_t min, int32_t max, const std::string &text, const std::string &what);
+
+/** Which of some words a text is; others throw Refused. */
+uint32_t wordIndex(const std::string &text, std::span<const char *const> words);
 
 /** Pairs of hexadecimal digits, without anything between them; nothing for any other text. */
 std::optional<std::vector<uint8_t>> parseHex(const std::string &text);

@@ -201,6 +201,10 @@ bool exists(const PropertyType &type, const Model &model) {
         return model.supplyLines != SupplyLines::None;
     case Fitted::Poe:
         return model.poePorts != 0;
+    case Fitted::Fans:
+        return model.fans != 0;
+    case Fitted::ClockChip:
+        return model.hasClock;
     case Fitted::Flash:
     case Fitted::Always:
         break;
@@ -215,8 +219,24 @@ const Model &modelOf(const BoardFolder &folder) {
     return *model;
 }
 
+/** Why a model does not have what a property is about. */
+std::string absenceReason(Fitted fitted) {
+    switch (fitted) {
+    case Fitted::Poe:
+        return "it has no PoE";
+    case Fitted::Fans:
+        return "it has no fans";
+    case Fitted::ClockChip:
+        return "it has no clock";
+    default:
+        return "its supplies are built in";
+    }
+}
+
 /** The last number of a row on a model. */
 uint32_t lastOf(const PropertyType &type, const Model &model) {
+    if (type.fitted == Fitted::Fans)
+        return model.fans;
     return type.last == kPoePorts && type.fitted == Fitted::Poe ? model.poePorts : type.last;
 }
 
@@ -231,6 +251,8 @@ void forEachType(Visit visit) {
     for (const PropertyType &type : kProperties)
         visit(type);
     for (const PropertyType &type : powerProperties())
+        visit(type);
+    for (const PropertyType &type : chassisProperties())
         visit(type);
     for (const PropertyType &type : flashProperties())
         visit(type);
@@ -295,9 +317,8 @@ Reference resolve(const BoardFolder &folder, const std::string &fullName) {
     if (found.type == nullptr)
         throw Refused("there is no property '" + name + "'; 'vboard get DIR' lists them");
     if (!exists(*found.type, model))
-        throw Refused(
-            "there is no " + name + " on model " + hex16Text(model.devId) + ": " +
-            (found.type->fitted == Fitted::Poe ? "it has no PoE" : "its supplies are built in"));
+        throw Refused("there is no " + name + " on model " + hex16Text(model.devId) + ": " +
+                      absenceReason(found.type->fitted));
     if (at == std::string::npos)
         return found;
     if (!found.type->hasBytes)

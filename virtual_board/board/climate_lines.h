@@ -1,0 +1,15 @@
+#pragma once
+// How fans and temperature sensor are connected: level, tachometers and presence to the CPLD, and
+// what warms the board.
+
+#include "virtual_board/board/board.h"
+
+namespace vb {
+
+/** Builds fans and sensor as they are in a unit that idles. */
+void buildClimate(Board &board, const Model &model);
+
+/** Brings fans and temperature up to now, and what they tell to the CPLD. */
+void advanceClimate(Board &board, uint64_t nowNs);
+
+} // namespace vb
