@@ -1,0 +1,97 @@
+// iodbg check: each thing that can be wrong, and what is said of it.
+
+#include "tests/iodbg/iodbg_test.h"
+#include "virtual_board/os/seam.h"
+#include "virtual_board/words/world.h"
+
+#include <cerrno>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using vb::FaultDevice;
+using vb::FaultOp;
+
+class CheckCommandTest : public IodbgTest {
+  protected:
+    void setWorld(const std::string &name, const std::string &value) {
+        vb::setProperty(*vb::attachedFolder(), name, value);
+    }
+    /** "VERDICT FOUND" of a subject; the exit code must be this one. */
+    std::string verdictOn(const std::string &subject, int exitCode) const {
+        const auto answer = nlohmann::json::parse(json({"check"}, exitCode));
+        for (const auto &finding : answer["findings"]) {
+            if (finding["subject"] == subject)
+                return finding["verdict"].get<std::string>() + " " +
+                       finding["found"].get<std::string>();
+        }
+        return "nothing";
+    }
+};
+
+TEST_F(CheckCommandTest, ANewUnitHasNoFault) {
+    const std::string answer = json({"check"});
+    EXPECT_EQ(jsonAt(answer, "/faults"), "0");
+    EXPECT_EQ(verdictOn("product record", 0), "good whole");
+    EXPECT_EQ(verdictOn("fan 1", 0), "good 2400 rpm");
+    EXPECT_EQ(verdictOn("supply 2", 0), "good plugged, status 0");
+    EXPECT_EQ(verdictOn("PoE controller", 0), "warning not initialised");
+    EXPECT_EQ(verdictOn("bank 1", 0), "warning holds no image");
+    EXPECT_EQ(verdictOn("boot settings", 0), "warning none is stored, the defaults hold");
+}
+
+TEST_F(CheckCommandTest, ADamagedRecordIsAFault) {
+    record()[20] ^= 1;
+    EXPECT_EQ(verdictOn("product record", 5).substr(0, 20), "fault its CRC is 0x");
+    record()[0] = 'X';
+    EXPECT_EQ(verdictOn("product record", 5), "fault there is none");
+}
+
+TEST_F(CheckCommandTest, AnAddressOfNoUnitIsAFault) {
+    setWorld("identity.mac", "01:00:5e:10:00:00");
+    EXPECT_EQ(verdictOn("MAC address", 5), "fault 01:00:5E:10:00:01 is no address of a unit");
+}
+
+TEST_F(CheckCommandTest, FansAndSuppliesAreJudged) {
+    setWorld("fan.1.present", "no");
+    EXPECT_EQ(verdictOn("fan 1", 5), "fault not there");
+    setWorld("supply.2.present", "no");
+    EXPECT_EQ(verdictOn("supply 2", 5), "warning not plugged");
+    setWorld("supply.1.input", "failed");
+    EXPECT_EQ(verdictOn("supply 1", 5).substr(0, 29), "fault its lines tell status ");
+}
+
+TEST_F(CheckCommandTest, TheClockIsJudged) {
+    iodbg({"i2c", "write", "0", "1", "0x51", "7", "13"}); // a month of 13, counted from 0
+    EXPECT_EQ(verdictOn("clock", 5), "fault holds no date and time");
+    EXPECT_EQ(iodbg({"clock", "set", "now"}).exitCode, 0);
+    EXPECT_EQ(verdictOn("clock", 0).substr(0, 5), "good ");
+    useModel(0x0409);
+    EXPECT_EQ(verdictOn("clock", 0), "nothing") << "the model has none";
+}
+
+TEST_F(CheckCommandTest, ThePoeControllerIsJudged) {
+    EXPECT_EQ(iodbg({"poe", "init"}).exitCode, 0);
+    EXPECT_EQ(verdictOn("PoE controller", 0), "good initialised");
+    EXPECT_EQ(verdictOn("PoE ports", 0), "good none has a fault");
+    setWorld("poe.8.device", "class=3 over-current");
+    iodbg({"poe", "detect", "8"}); // a second passes
+    EXPECT_EQ(verdictOn("PoE ports", 0), "warning fault on 8");
+    setWorld("poe.controller", "missing");
+    EXPECT_EQ(verdictOn("PoE controller", 5), "fault missing");
+}
+
+TEST_F(CheckCommandTest, WhatCannotBeReadIsAFaultOfItsOwn) {
+    iodbg({"check"}); // from here on the model is known
+    addFault(at(refuse(FaultDevice::Cpld, FaultOp::Read, -EIO), 28));
+    EXPECT_EQ(verdictOn("fan 1", 5).substr(0, 21), "fault cannot be read:");
+    EXPECT_EQ(verdictOn("supply 1", 5), "good plugged, status 0") << "the others are judged";
+}
+
+TEST_F(CheckCommandTest, AUnitWhoseModelIsUnknownToTheBoardIsNotJudged) {
+    addFault(silence(FaultDevice::Cpld, FaultOp::Any));
+    const ProcessResult result = iodbg({"check"});
+    EXPECT_NE(result.exitCode, 0);
+}
+
+} // namespace
