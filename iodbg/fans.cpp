@@ -12,8 +12,10 @@ constexpr unsigned kLevelShift = 5;
 constexpr uint32_t kLevelMask = 0xF;
 
 Cell presenceCell(Report &report, const Model &model, uint32_t fan, const std::string &item) {
-    if (!model.hasFanPresence)
+    if (model.fanPresence == FanPresence::Unknown)
         return {"unknown: no line tells", nullptr};
+    if (model.fanPresence == FanPresence::SuppliesLine)
+        return {"unknown: its line is a supply's too", nullptr};
     uint32_t isPresent = 0;
     const int32_t status = ioFanPresentGet(static_cast<int32_t>(fan), &isPresent);
     return report.tried(item + ".present", status, flagCell(isPresent != 0, "yes", "no"));

@@ -103,6 +103,7 @@ Finding supplyFinding(const Model &model, int32_t supply) {
 // PoE
 
 void addPoePorts(Findings &findings, uint32_t ports) {
+    constexpr uint32_t kYes = 1; // 2: no
     std::vector<int64_t> faulty;
     for (uint32_t port = 1; port <= ports; ++port) {
         uint32_t fault = 0;
@@ -110,7 +111,7 @@ void addPoePorts(Findings &findings, uint32_t ports) {
             findings.push_back(unreadable("PoE port " + std::to_string(port), status));
             return;
         }
-        if (fault != 0)
+        if (fault == kYes)
             faulty.push_back(port);
     }
     if (faulty.empty())
@@ -238,7 +239,7 @@ Findings fanFindings(const Model &model) {
         const std::string name = "fan " + std::to_string(fan);
         uint32_t isPresent = 1;
         uint32_t speed = 0;
-        int32_t status = model.hasFanPresence
+        int32_t status = model.fanPresence == FanPresence::OwnLine
                              ? ioFanPresentGet(static_cast<int32_t>(fan), &isPresent)
                              : int32_t{BSP_OK};
         if (status == BSP_OK)
@@ -248,7 +249,8 @@ Findings fanFindings(const Model &model) {
         else if (isPresent == 0)
             findings.push_back({name, Severity::Fault, "not there", "plug it"});
         else if (speed == 0)
-            findings.push_back({name, Severity::Fault, "stands still", "replace it"});
+            findings.push_back(
+                {name, Severity::Fault, "stands still or is not there", "plug it, or replace it"});
         else
             findings.push_back(good(name, std::to_string(speed) + " rpm"));
     }

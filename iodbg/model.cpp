@@ -12,6 +12,14 @@ void addCages(std::vector<uint32_t> &cages, const bsp::CageRange &range) {
         cages.push_back(range.firstPort + i);
 }
 
+FanPresence presenceOf(const bsp::Fans &fans) {
+    constexpr uint32_t kSuppliesRegister = 30;
+    if (fans.presenceRegister == 0)
+        return FanPresence::Unknown;
+    return fans.presenceRegister == kSuppliesRegister ? FanPresence::SuppliesLine
+                                                      : FanPresence::OwnLine;
+}
+
 } // namespace
 
 int32_t readModel(Model &model) {
@@ -24,7 +32,7 @@ int32_t readModel(Model &model) {
     model.hasSupplyReadings = row.chassis == bsp::ChassisClass::TwoFan;
     model.poePorts = row.poePorts;
     model.fans = row.fans.count;
-    model.hasFanPresence = row.fans.presenceRegister != 0;
+    model.fanPresence = presenceOf(row.fans);
     model.hasClock = row.hasClock;
     addCages(model.cages, row.frontCages);
     addCages(model.cages, row.uplinkCages);

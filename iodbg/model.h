@@ -6,12 +6,19 @@
 
 namespace iodbg {
 
+/** What tells whether a fan is there. */
+enum class FanPresence {
+    Unknown, // nothing
+    OwnLine,
+    SuppliesLine, // a line that is a supply's presence line as well, and so tells nothing for sure
+};
+
 struct Model {
     bool hasSupplyLines = false;    // its supplies' lines are in CPLD register 30
     bool hasSupplyReadings = false; // its supplies measure, and tell over PMBus
     uint32_t poePorts = 0;
     uint32_t fans = 0;
-    bool hasFanPresence = false; // a line tells whether a fan is there
+    FanPresence fanPresence = FanPresence::Unknown;
     bool hasClock = false;
     std::vector<uint32_t> cages; // ports with an SFP cage, in rising order
 };
