@@ -31,8 +31,8 @@ bool isDriverNode(int fd);
 bool isMemoryNode(int fd);
 
 /**
- * What sleeps of a program that has mapped the page of registers do: the MDIO controller goes on. The
- * caller holds the board's lock.
+ * What sleeps of a program that has mapped the page of registers do: the MDIO controller goes on.
+ * The caller holds the board's lock.
  */
 void pollRegisterPage(const BoardFolder &folder);
 
