@@ -102,6 +102,7 @@ TEST_F(SfpTest, EachCageHasItsChannelAndLines) {
         EXPECT_EQ(bytesAt(cage.channel, 0x50, 0, 1), Bytes{0x03});
         EXPECT_TRUE(isSet(cage.present));
         EXPECT_EQ(isSet(cage.loss), cage.loss != kNone);
+        EXPECT_EQ(inputs(cage).size(), cage.loss != kNone ? 2u : 1u);
         EXPECT_FALSE(isSet(cage.fault));
         set(name + ".link", "up");
         EXPECT_EQ(inputs(cage), std::vector<Place>{cage.present});
