@@ -91,9 +91,21 @@ TEST_F(CommandTest, PanelDrawsThePortsWithTheirState) {
     EXPECT_NE(panel.find("[ 1 o][ 3 o]"), std::string::npos) << panel;
     EXPECT_NE(panel.find("[ 2 o][ 4 o]"), std::string::npos) << panel;
     EXPECT_NE(panel.find("uplinks [1] [2] [3] [4] [5] [6]\n"), std::string::npos) << panel;
+    EXPECT_NE(panel.find("fans    [1 2400 rpm] [2 2400 rpm]\n"), std::string::npos) << panel;
+    EXPECT_NE(panel.find("board   40 C, calendar 2024-01-01 00:00:00\n"), std::string::npos)
+        << panel;
     EXPECT_NE(panel.find("supplies [1 good, 102 W] [2 not plugged]"), std::string::npos) << panel;
+    vboard({"set", board(), "sfp.50.module", "sr"});
+    vboard({"set", board(), "sfp.51.module", "copper-mode4"});
+    vboard({"set", board(), "sfp.51.link", "up"});
+    vboard({"set", board(), "fan.1.present", "no"});
+    const std::string later = vboard({"panel", board()});
+    EXPECT_NE(later.find("uplinks [1] [2 sr no signal] [3 copper-mode4 up] [4] [5] [6]\n"),
+              std::string::npos)
+        << later;
+    EXPECT_NE(later.find("fans    [1 not plugged] [2 2400 rpm]\n"), std::string::npos) << later;
     EXPECT_EQ(panel.find('\x1b'), std::string::npos); // no terminal, no colours
-    EXPECT_EQ(vboard({"panel", board(), "--once"}), panel);
+    EXPECT_EQ(vboard({"panel", board(), "--once"}), later);
     expectFailure(2, "--watch", {"panel", board(), "--interval", "1"});
 }
 

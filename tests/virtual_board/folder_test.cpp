@@ -76,8 +76,9 @@ class FolderTest : public ::testing::Test {
 
 TEST_F(FolderTest, ANewBoardIsWholeAndUsable) {
     EXPECT_EQ(open(), "");
-    for (const char *file : {"board.state", "lock", "root/dev/bspHandle", "root/proc/cmdline",
-                             "root/dev/mtd0", "root/dev/mtd14", "flash/mtd0", "flash/mtd14"})
+    for (const char *file :
+         {"board.state", "lock", "registers", "root/dev/bspHandle", "root/dev/mem",
+          "root/proc/cmdline", "root/dev/mtd0", "root/dev/mtd14", "flash/mtd0", "flash/mtd14"})
         EXPECT_TRUE(fs::is_regular_file(path() + "/" + file)) << file;
     EXPECT_TRUE(fs::is_directory(path() + "/root/tmp/bsp"));
     EXPECT_EQ(fs::file_size(path() + "/board.state"), sizeof(vb::Board));
@@ -174,7 +175,8 @@ TEST_F(FolderTest, ImpossibleValuesAreRefused) {
 }
 
 TEST_F(FolderTest, AMissingFileIsRefused) {
-    for (const char *file : {"root/dev/bspHandle", "root/proc/cmdline"}) {
+    for (const char *file :
+         {"root/dev/bspHandle", "root/dev/mem", "root/proc/cmdline", "registers"}) {
         fs::rename(path() + "/" + file, path() + "/moved");
         EXPECT_SAYS(open(), std::string(file) + " is missing");
         fs::rename(path() + "/moved", path() + "/" + file);
@@ -231,6 +233,8 @@ TEST(BoardPath, IsTidiedAndRecognised) {
         {"/dev/mtd12", "/dev/mtd12", true},
         {"/dev/mtd7", "/dev/mtd7", true}, // which no board has, so that it is not the host's
         {"/dev/mt", "/dev/mt", false},
+        {"/dev/mem", "/dev/mem", true},
+        {"/dev/memory", "/dev/memory", false},
     };
     for (const auto &[path, tidy, isOfBoard] : cases) {
         char buffer[vb::kMaxBoardPath];

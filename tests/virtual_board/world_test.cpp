@@ -38,8 +38,8 @@ TEST_F(WorldTest, ANewBoard) {
 
 TEST_F(WorldTest, TheListHasEveryPropertyWithItsValue) {
     const std::vector<vb::Property> all = vb::properties(*vb::attachedFolder());
-    EXPECT_EQ(all.size(),
-              6u + 64 + 1 + 32 + 32 + 3 + 2 * 18 + 1 + 2 * 48 + 5 + 2 * 3 + 4 + 2 + 4 * 4 + 1);
+    EXPECT_EQ(all.size(), 6u + 64 + 1 + 32 + 32 + 3 + 2 * 18 + 1 + 2 * 48 + 5 + 2 * 3 + 4 + 2 +
+                              6 * 4 + 2 + 4 * 4 + 1);
     for (const vb::Property &property : all)
         EXPECT_EQ(property.value, get(property.name)) << property.name;
     const auto shown = std::count_if(all.begin(), all.end(),

@@ -52,6 +52,7 @@ void buildBoard(Board &board, const Model &model, const FactoryData &factory,
         driveSupplyLines(board, index);
     }
     buildClimate(board, model);
+    mdioBuild(devices.mdio);
     if (model.hasClock)
         clockBuild(devices.clockChip);
 }

@@ -13,8 +13,10 @@
 #include "virtual_board/devices/cpld.h"
 #include "virtual_board/devices/eeprom.h"
 #include "virtual_board/devices/gpio.h"
+#include "virtual_board/devices/mdio.h"
 #include "virtual_board/devices/pmbus_supply.h"
 #include "virtual_board/devices/poe_controller.h"
+#include "virtual_board/devices/sfp_module.h"
 #include "virtual_board/devices/watchdog.h"
 
 #include <cstdint>
@@ -49,6 +51,8 @@ struct Devices {
     Flash flash[kFlashPartitions];
     Climate climate;
     ClockChip clockChip;
+    SfpModule sfp[kMostPorts]; // by port of the panel; used where there is a cage
+    Mdio mdio;
 };
 
 constexpr char kBoardMagic[8] = {'V', 'B', 'O', 'A', 'R', 'D', '\n', '\0'};

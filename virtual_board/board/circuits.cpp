@@ -1,6 +1,7 @@
 #include "virtual_board/board/circuits.h"
 
 #include "virtual_board/board/climate_lines.h"
+#include "virtual_board/board/sfp_cages.h"
 
 namespace vb {
 
@@ -28,6 +29,12 @@ void driveLine(Cpld &cpld, uint32_t bit, bool level) {
     lines = static_cast<uint16_t>(level ? lines | mask : lines & ~mask);
 }
 
+/** The power comes back. */
+void switchOn(Board &board, uint64_t nowNs) {
+    clockPowerCycle(board.devices.clockChip, nowNs);
+    startSfpModules(board, nowNs);
+}
+
 } // namespace
 
 void advanceBoard(Board &board, uint64_t nowNs) {
@@ -41,6 +48,7 @@ void advanceBoard(Board &board, uint64_t nowNs) {
         poeAdvance(devices.poe, nowNs);
     advanceClimate(board, nowNs);
     clockAdvance(devices.clockChip, nowNs);
+    driveSfpLines(board, nowNs);
 }
 
 void registerWritten(Board &board, uint32_t reg, uint16_t before, uint64_t nowNs) {
@@ -57,7 +65,7 @@ void resetBoard(Board &board, ResetReason reason, uint64_t nowNs) {
     Devices &devices = board.devices;
     advanceClimate(board, nowNs); // with the fans' level until now
     if (reason == ResetReason::PowerOn)
-        clockPowerCycle(devices.clockChip, nowNs);
+        switchOn(board, nowNs);
     cpldReset(devices.cpld);
     gpioReset(devices.gpio);
     const bool isHeld = !gpioLevel(devices.gpio, kPoeResetGpio);

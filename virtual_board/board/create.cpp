@@ -125,7 +125,10 @@ bool fillFolder(TemporaryFolder &folder, const Model &model, const BoardOptions 
     if (!makeFlash(folder, options))
         return false;
     const std::string commandLine = options.commandLine + "\n";
-    return folder.writeFile(root + kNodePath, "", 0) && folder.writeFile(kLockFile, "", 0) &&
+    return folder.writeFile(root + kNodePath, "", 0) &&
+           folder.writeFile(root + kMemoryPath, "", 0) &&
+           folder.makeHole(kRegisterPageFile, kMdioPageSize) &&
+           folder.writeFile(kLockFile, "", 0) &&
            folder.writeFile(root + kCommandLinePath, commandLine.data(), commandLine.size()) &&
            folder.writeFile(kStateFile, board.get(), sizeof(Board));
 }

@@ -19,6 +19,7 @@ enum class FaultOp : uint8_t {
     Info,     // the geometry is asked for
     BadBlock, // a block is asked whether it is bad, or marked bad; rules reach it with Any
     Change,   // in rules: Program or Erase
+    Map,      // /dev/mem is mapped
 };
 enum class FaultWhen : uint8_t {
     Once,   // the n-th matching request
@@ -39,8 +40,8 @@ enum class FaultEffect : uint8_t {
     BadPort,       // what concerns port `argument` fails
     PowerLoss,     // its power fails for a moment: it starts anew
     NoEffect,      // the answer tells of success, and nothing has changed
-    // Only flash partitions:
-    Fails, // the call fails with errno `argument`; nothing is read, programmed or erased
+    // Flash partitions, and mappings of /dev/mem:
+    Fails, // the call fails with errno `argument`; nothing is done
     // Programs and erases of flash, and writes of files:
     PowerCut, // the first `argument` bytes are changed, then the process is killed
 };

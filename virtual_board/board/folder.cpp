@@ -73,6 +73,12 @@ bool isConsistent(const Board &board) {
         return false;
     if (!climateIsConsistent(board.devices.climate))
         return false;
+    if (!mdioIsConsistent(board.devices.mdio))
+        return false;
+    for (const SfpModule &module : board.devices.sfp) {
+        if (!sfpIsConsistent(module))
+            return false;
+    }
     for (const Flash &flash : board.devices.flash) {
         if (!flashIsConsistent(flash))
             return false;
@@ -108,13 +114,18 @@ bool BoardFolder::open(const char *path, FolderError &error) {
         return fail(error, "%s is damaged: %s holds impossible values; create the board again",
                     path, kStateFile);
     }
-    for (const char *needed : {kNodePath, kCommandLinePath}) {
+    for (const char *needed : {kNodePath, kMemoryPath, kCommandLinePath}) {
         if (access(hostPath(needed).text, R_OK) != 0) {
             close();
             return fail(error,
                         "%s is damaged: %s%s is missing or unreadable; create the board again",
                         path, kRootFolder, needed);
         }
+    }
+    if (sizeOf(ownFile(kRegisterPageFile).text) != kMdioPageSize) {
+        close();
+        return fail(error, "%s is damaged: %s is missing or no page; create the board again", path,
+                    kRegisterPageFile);
     }
     for (uint32_t index = 0; index < kFlashPartitions; ++index) {
         const FlashFileName name = flashFileName(index);

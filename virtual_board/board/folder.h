@@ -3,10 +3,11 @@
 //
 //   board.state   the whole board, mapped by every process of it
 //   lock          locked around each request
+//   registers     the page of memory with the MDIO command register, mapped by programs that use it
 //   flash/        what the flash partitions hold
-//   root/         the board's own files under their paths: /dev/bspHandle and /dev/mtdN
-//   (placeholders
-//                 that make the nodes' descriptors recognisable), /proc/cmdline, /tmp/bsp...
+//   root/         the board's own files under their paths: /dev/bspHandle, /dev/mem and /dev/mtdN
+//                 (placeholders that make the nodes' descriptors recognisable), /proc/cmdline,
+//                 /tmp/bsp...
 
 #include "virtual_board/board/board.h"
 #include "virtual_board/board/paths.h"
@@ -14,6 +15,7 @@
 namespace vb {
 
 constexpr char kStateFile[] = "board.state";
+constexpr char kRegisterPageFile[] = "registers";
 constexpr char kLockFile[] = "lock";
 constexpr char kRootFolder[] = "root";
 

@@ -1,6 +1,7 @@
 #include "virtual_board/board/i2c_bus.h"
 
 #include "virtual_board/board/poe_link.h"
+#include "virtual_board/board/sfp_cages.h"
 
 #include <cstring>
 
@@ -85,6 +86,8 @@ bool i2cTransfer(Board &board, const I2cTransfer &transfer) {
     if (transfer.bus == kPoeBus && transfer.channel == kPoeChannel &&
         transfer.devAddr == kPoeDevAddr)
         return poeTransfer(board, transfer);
+    if (transfer.bus == kSfpBus)
+        return sfpTransfer(board, transfer);
     if (transfer.bus != kSystemBus)
         return false;
     if (transfer.channel == kChassisChannel)

@@ -23,6 +23,8 @@ struct Model {
     bool hasClock; // a calendar clock with a battery
 };
 
+constexpr uint32_t kMostPorts = 54; // of a panel
+
 constexpr unsigned kModelCount = 14;
 extern const Model kModels[kModelCount];
 

@@ -6,8 +6,12 @@
 namespace vb {
 
 bool isBoardPath(const char *path) {
-    constexpr const char *kOwnFiles[] = {kNodePath, kCommandLinePath, kSharedFolderPath,
-                                         "/tmp/bspFlashLockFile", "/tmp/bspPoeLockFile"};
+    constexpr const char *kOwnFiles[] = {kNodePath,
+                                         kMemoryPath,
+                                         kCommandLinePath,
+                                         kSharedFolderPath,
+                                         "/tmp/bspFlashLockFile",
+                                         "/tmp/bspPoeLockFile"};
     for (const char *own : kOwnFiles) {
         if (std::strcmp(path, own) == 0)
             return true;

@@ -25,6 +25,8 @@ enum class TraceKind : uint8_t {
     MtdMarkBad,
     MtdOther, // an ioctl that the partition's driver does not serve
     Console,  // the console's speed is set
+    MdioRead,
+    MdioWrite,
 };
 
 /** The result of a request during which the power was cut, behind `value` bytes. */
@@ -39,8 +41,8 @@ struct TraceRecord {
     int32_t pid;
     TraceKind kind;
     uint8_t bus, channel;
-    uint8_t devAddr; // I2C device, or number of a flash partition
-    uint32_t offset; // register, GPIO line, I2C or flash offset, code of other requests
+    uint8_t devAddr; // I2C device, number of a flash partition, or first field of MDIO
+    uint32_t offset; // register, GPIO line, I2C or flash offset, code, second field of MDIO
     uint32_t length; // I2C, flash: bytes asked for
     uint32_t value;  // register content, level, bytes done, block is bad, size of a file, or baud
     int32_t result;  // the driver's result word

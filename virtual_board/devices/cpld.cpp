@@ -6,6 +6,8 @@ namespace {
 
 constexpr uint16_t kControlInputs = kCpldPoeAbsent | 0x0600; // and two supplies
 constexpr uint16_t kFanPresenceInput = 0x0100;
+constexpr uint16_t kUplinkInputs = 0x0FFF;
+constexpr uint16_t kUplinkFaultInputs = 0x003F;
 
 bool isWiredToLogic(uint32_t reg) {
     return reg == kCpldDeviceId || reg == kCpldVersion;
@@ -17,6 +19,12 @@ uint16_t inputsOf(uint32_t reg) {
         return kControlInputs;
     if (reg == kCpldFanPresence)
         return kFanPresenceInput;
+    if (reg == kCpldUplinkInputs)
+        return kUplinkInputs;
+    if (reg == kCpldUplinkTransmit)
+        return kUplinkFaultInputs;
+    if (reg >= kCpldSfpLoss && reg < kCpldSfpDisable)
+        return 0xFFFF;
     const bool isInput = isWiredToLogic(reg) || reg == kCpldFanCounts ||
                          reg == kCpldFanCounts + 1 || reg == kCpldSupplies;
     return isInput ? 0xFFFF : 0;
@@ -69,6 +77,26 @@ const char *cpldRegisterName(uint32_t reg) {
         return "supplies";
     case kCpldFanPresence:
         return "fans";
+    case kCpldUplinkInputs:
+        return "uplink inputs";
+    case kCpldUplinkTransmit:
+        return "uplink transmitters";
+    case kCpldSfpLoss:
+    case kCpldSfpLoss + 1:
+    case kCpldSfpLoss + 2:
+        return "SFP receive loss";
+    case kCpldSfpPresent:
+    case kCpldSfpPresent + 1:
+    case kCpldSfpPresent + 2:
+        return "SFP presence";
+    case kCpldSfpFault:
+    case kCpldSfpFault + 1:
+    case kCpldSfpFault + 2:
+        return "SFP transmit fault";
+    case kCpldSfpDisable:
+    case kCpldSfpDisable + 1:
+    case kCpldSfpDisable + 2:
+        return "SFP transmit disable";
     default:
         return nullptr;
     }

@@ -13,7 +13,14 @@ constexpr uint32_t kCpldWatchdog = 4;
 constexpr uint32_t kCpldReset = 5;
 constexpr uint32_t kCpldControl = 6;
 constexpr uint32_t kCpldLamps = 7;
-constexpr uint32_t kCpldPoeLamps = 13;  // and the two registers behind it, a bit for each port
+constexpr uint32_t kCpldPoeLamps = 13; // and the two registers behind it, a bit for each port
+// SFP cages: of the uplinks, and registers of three for those of front ports.
+constexpr uint32_t kCpldUplinkInputs = 8;    // receive loss from bit 0 on, presence from bit 6 on
+constexpr uint32_t kCpldUplinkTransmit = 12; // fault from bit 0 on, disable from bit 6 on
+constexpr uint32_t kCpldSfpLoss = 16;
+constexpr uint32_t kCpldSfpPresent = 19;
+constexpr uint32_t kCpldSfpFault = 22;
+constexpr uint32_t kCpldSfpDisable = 25;
 constexpr uint32_t kCpldFanCounts = 28; // and the register behind it, two fans in each
 constexpr uint32_t kCpldSupplies = 30;
 constexpr uint32_t kCpldFanPresence = 31;

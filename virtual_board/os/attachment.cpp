@@ -22,6 +22,7 @@ struct Identity {
     ino_t inode;
 };
 Identity node;
+Identity memory;
 Identity partitions[kFlashPartitions];
 
 Identity identityOf(const char *hostPath) {
@@ -32,6 +33,15 @@ Identity identityOf(const char *hostPath) {
 
 bool isSame(const Identity &identity, const struct stat &info) {
     return identity.isKnown && info.st_dev == identity.device && info.st_ino == identity.inode;
+}
+
+/** Whether a descriptor is one of a file of the attached board. */
+bool isOpenFile(int fd, const Identity &identity) {
+    const int savedErrno = errno;
+    struct stat info = {};
+    const bool isFile = attached != nullptr && fstat(fd, &info) == 0 && isSame(identity, info);
+    errno = savedErrno;
+    return isFile;
 }
 
 } // namespace
@@ -46,6 +56,7 @@ bool attachBoard(const char *path, FolderError &error) {
         std::snprintf(error.text, sizeof(error.text), "%s: %s cannot be examined", path, kNodePath);
         return false;
     }
+    memory = identityOf(folder->hostPath(kMemoryPath).text);
     // A board may go without a partition: its node is gone then.
     for (uint32_t index = 0; index < kFlashPartitions; ++index)
         partitions[index] = identityOf(folder->flashNode(index).text);
@@ -64,11 +75,11 @@ const BoardFolder *attachedFolder() {
 }
 
 bool isDriverNode(int fd) {
-    const int savedErrno = errno;
-    struct stat info = {};
-    const bool isNode = attached != nullptr && fstat(fd, &info) == 0 && isSame(node, info);
-    errno = savedErrno;
-    return isNode;
+    return isOpenFile(fd, node);
+}
+
+bool isMemoryNode(int fd) {
+    return isOpenFile(fd, memory);
 }
 
 uint32_t partitionOf(int fd) {

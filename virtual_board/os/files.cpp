@@ -14,6 +14,12 @@
 
 namespace {
 
+/** What reads and writes of the board's /dev/mem answer: its memory can only be mapped. */
+ssize_t refuseMemory() {
+    errno = EPERM;
+    return -1;
+}
+
 /** Opened as a stream, whose transfers within the C library no seam sees. */
 constexpr int kStream = -1;
 
@@ -49,8 +55,10 @@ uint32_t partitionAt(const char *boardPath) {
     return vb::kFlashPartitions;
 }
 
-/** The errno with which a partition's node refuses to be opened; 0 when it does not. */
-int partitionRefusal(const char *boardPath, int flags) {
+/** The errno with which /dev/mem or a partition's node refuses to be opened; 0 when it does not. */
+int nodeRefusal(const char *boardPath, int flags) {
+    if (flags == kStream && std::strcmp(boardPath, vb::kMemoryPath) == 0)
+        return ENOTSUP;
     const uint32_t partition = partitionAt(boardPath);
     if (partition == vb::kFlashPartitions)
         return 0;
@@ -71,7 +79,7 @@ Result openPath(const char *path, int flags, Result failed, Open openOnHost) {
         return openOnHost(path);
     const vb::FaultRule fault = fileFault(vb::FaultOp::Open, target.onBoard());
     const bool isFaulty = fault.id != 0 && fault.effect == vb::FaultEffect::OpenFails;
-    const int refusal = isFaulty ? fault.argument : partitionRefusal(target.onBoard(), flags);
+    const int refusal = isFaulty ? fault.argument : nodeRefusal(target.onBoard(), flags);
     Result result = failed;
     if (refusal != 0)
         errno = refusal;
@@ -212,6 +220,8 @@ VB_SEAM_FREOPEN(freopen64)
 VB_SEAM(ssize_t, read, int fd, void *data, size_t length) {
     if (const uint32_t partition = vb::partitionOf(fd); partition < vb::kFlashPartitions)
         return vb::readPartition(fd, partition, data, length);
+    if (vb::isMemoryNode(fd))
+        return refuseMemory();
     const vb::FaultRule fault = transferFault(fd, vb::FaultOp::Read);
     const ssize_t count = VB_NEXT(read)(fd, data, transferLength(fault, length));
     corruptTransfer(fault, data, count);
@@ -222,6 +232,8 @@ VB_SEAM(ssize_t, __read_chk, int fd, void *data, size_t length, size_t size) {
     const uint32_t partition = vb::partitionOf(fd);
     if (partition < vb::kFlashPartitions && length <= size)
         return vb::readPartition(fd, partition, data, length);
+    if (vb::isMemoryNode(fd))
+        return refuseMemory();
     const vb::FaultRule fault = transferFault(fd, vb::FaultOp::Read);
     const ssize_t count = VB_NEXT(__read_chk)(fd, data, transferLength(fault, length), size);
     corruptTransfer(fault, data, count);
@@ -231,6 +243,8 @@ VB_SEAM(ssize_t, __read_chk, int fd, void *data, size_t length, size_t size) {
 VB_SEAM(ssize_t, write, int fd, const void *data, size_t length) {
     if (const uint32_t partition = vb::partitionOf(fd); partition < vb::kFlashPartitions)
         return vb::writePartition(fd, partition, data, length);
+    if (vb::isMemoryNode(fd))
+        return refuseMemory();
     const vb::FaultRule fault = transferFault(fd, vb::FaultOp::Write);
     const ssize_t count = VB_NEXT(write)(fd, data, transferLength(fault, length));
     if (fault.id != 0 && fault.effect == vb::FaultEffect::PowerCut)

@@ -200,7 +200,8 @@ int partitionIoctl(int fd, uint32_t partition, unsigned long code, void *argumen
         const uint32_t partition = vb::partitionOf(fd);                                            \
         return partition < vb::kFlashPartitions                                                    \
                    ? vb::readPartitionAt(fd, partition, data, length, offset)                      \
-                   : VB_NEXT(symbol)(fd, data, length, offset);                                    \
+               : vb::isMemoryNode(fd) ? failWith(EPERM)                                            \
+                                      : VB_NEXT(symbol)(fd, data, length, offset);                 \
     }
 VB_SEAM_PREAD(pread, off_t)
 VB_SEAM_PREAD(pread64, off64_t)
@@ -220,7 +221,8 @@ VB_SEAM_PREAD_CHK(__pread64_chk, off64_t)
         const uint32_t partition = vb::partitionOf(fd);                                            \
         return partition < vb::kFlashPartitions                                                    \
                    ? vb::writePartitionAt(fd, partition, data, length, offset)                     \
-                   : VB_NEXT(symbol)(fd, data, length, offset);                                    \
+               : vb::isMemoryNode(fd) ? failWith(EPERM)                                            \
+                                      : VB_NEXT(symbol)(fd, data, length, offset);                 \
     }
 VB_SEAM_PWRITE(pwrite, off_t)
 VB_SEAM_PWRITE(pwrite64, off64_t)

@@ -27,6 +27,15 @@ inline Sender thisSender(const Board &board) {
 /** Whether a descriptor is one of the attached board's driver node. */
 bool isDriverNode(int fd);
 
+/** Whether a descriptor is one of the attached board's /dev/mem. */
+bool isMemoryNode(int fd);
+
+/**
+ * What sleeps of a program that has mapped the page of registers do: the MDIO controller goes on.
+ * The caller holds the board's lock.
+ */
+void pollRegisterPage(const BoardFolder &folder);
+
 /** Which of the attached board's flash partitions a descriptor is of; kFlashPartitions: none. */
 uint32_t partitionOf(int fd);
 

@@ -25,6 +25,7 @@ bool sleepOnBoard(uint64_t ns) {
         isVirtual = board.clock.mode == vb::TimeMode::Virtual;
         if (isVirtual)
             board.clock.sleptNs += ns;
+        vb::pollRegisterPage(*folder);
     }
     if (isVirtual)
         sched_yield();

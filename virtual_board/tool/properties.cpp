@@ -45,7 +45,7 @@ void printTable(const std::vector<vb::Property> &properties) {
     }
     std::fprintf(stderr,
                  "Not shown: CPLD registers that hold 0x0000, GPIO inputs at level 0, PoE ports "
-                 "without a device, what the flash holds.\n");
+                 "without a device, empty cages, MDIO registers, what the flash holds.\n");
 }
 
 } // namespace

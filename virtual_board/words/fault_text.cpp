@@ -23,11 +23,11 @@ struct Word {
     Value value;
 };
 
-constexpr Word<FaultOp> kOps[] = {{"any", FaultOp::Any},       {"open", FaultOp::Open},
-                                  {"read", FaultOp::Read},     {"write", FaultOp::Write},
-                                  {"reset", FaultOp::Reset},   {"program", FaultOp::Program},
-                                  {"erase", FaultOp::Erase},   {"info", FaultOp::Info},
-                                  {"change", FaultOp::Change}, {"upgrade", FaultOp::Upgrade}};
+constexpr Word<FaultOp> kOps[] = {
+    {"any", FaultOp::Any},         {"open", FaultOp::Open},   {"read", FaultOp::Read},
+    {"write", FaultOp::Write},     {"reset", FaultOp::Reset}, {"program", FaultOp::Program},
+    {"erase", FaultOp::Erase},     {"info", FaultOp::Info},   {"change", FaultOp::Change},
+    {"upgrade", FaultOp::Upgrade}, {"map", FaultOp::Map}};
 constexpr Word<FaultWhen> kWhens[] = {
     {"once", FaultWhen::Once}, {"every", FaultWhen::Every}, {"from", FaultWhen::FromOn}};
 constexpr Word<FaultDevice> kDevices[] = {{"cpld", FaultDevice::Cpld}, {"gpio", FaultDevice::Gpio},
@@ -98,7 +98,7 @@ void parsePath(FaultRule &rule, const std::string &path) {
     char tidy[kMaxBoardPath];
     if (!tidyPath(path.c_str(), tidy) || !isBoardPath(tidy))
         throw Refused(path + " is not one of the board's own files: /dev/bspHandle, /proc/cmdline, "
-                             "/dev/mtd0, /dev/mtd4, /dev/mtd12, /dev/mtd14, /tmp/bsp..., "
+                             "/dev/mem, /dev/mtd0, /dev/mtd4, /dev/mtd12, /dev/mtd14, /tmp/bsp..., "
                              "/tmp/bspFlashLockFile, /tmp/bspPoeLockFile");
     const size_t length = std::strlen(tidy);
     if (length >= kFaultPathSize)
@@ -247,8 +247,15 @@ std::string effectText(const FaultRule &rule) {
 
 // Which effects a use of a device can have
 
+/** Refuses a mapping of anything but /dev/mem. */
+void checkNoMapping(const FaultRule &rule) {
+    if (rule.op == FaultOp::Map)
+        throw Refused(std::string("map is for ") + kMemoryPath + ", with fails=ERRNO");
+}
+
 /** Refuses an upgrade of anything but the CPLD. */
 void checkNoUpgrade(const FaultRule &rule) {
+    checkNoMapping(rule);
     if (rule.op == FaultOp::Upgrade)
         throw Refused("upgrade is for the CPLD; give --device cpld");
 }
@@ -259,6 +266,13 @@ bool isFlashOp(FaultOp op) {
 }
 
 void checkFileRule(const FaultRule &rule) {
+    const bool isMemory = std::strcmp(rule.path, kMemoryPath) == 0;
+    if (isMemory && rule.op == FaultOp::Map && rule.effect == FaultEffect::Fails)
+        return;
+    if (isMemory && rule.effect != FaultEffect::OpenFails)
+        throw Refused(std::string(kMemoryPath) +
+                      " is opened and mapped: give open-fails=ERRNO with "
+                      "--op open, or fails=ERRNO with --op map");
     checkNoUpgrade(rule);
     if (isFlashOp(rule.op))
         throw Refused(std::string(wordOf(kOps, rule.op)) + " is for flash; give --device mtd12 "
@@ -359,6 +373,7 @@ void checkDeviceRule(const FaultRule &rule) {
         throw Refused(effectText(rule) + " is for flash; give --device mtd12 and the like");
     if (rule.op == FaultOp::Reset)
         throw Refused("reset is for the PoE controller; give --device poe");
+    checkNoMapping(rule);
     if (rule.device != FaultDevice::Cpld)
         checkNoUpgrade(rule);
     else if (rule.op == FaultOp::Upgrade)

@@ -1,6 +1,9 @@
 #include "virtual_board/words/panel_text.h"
 
+#include "virtual_board/board/sfp_cages.h"
 #include "virtual_board/devices/poe_measurements.h"
+#include "virtual_board/words/clock_text.h"
+#include "virtual_board/words/sfp_text.h"
 #include "virtual_board/words/values.h"
 
 namespace vb {
@@ -46,8 +49,9 @@ class Panel {
         const uint32_t ports = model_.copperPorts;
         for (uint32_t first = 1; first <= ports; first += kPortsPerBlock)
             all += portRow(first) + portRow(first + 1) + "\n";
-        all += places("SFP    ", model_.sfpPorts) + places("uplinks", model_.uplinks) +
-               places("fans   ", model_.fans) + supplies() + lamps();
+        all += cages("SFP    ", 1, model_.sfpPorts) +
+               cages("uplinks", model_.copperPorts + model_.sfpPorts + 1u, model_.uplinks) +
+               fans() + supplies() + climate() + lamps();
         return all + (model_.poePorts != 0 ? poeLine() + kLegend : "");
     }
 
@@ -87,11 +91,56 @@ class Panel {
         return row.empty() ? "" : row + "\n";
     }
 
-    static std::string places(const char *what, uint32_t count) {
-        std::string row;
-        for (uint32_t n = 1; n <= count; ++n)
-            row += " [" + std::to_string(n) + "]";
-        return row.empty() ? "" : what + row + "\n";
+    /** A module and how its link is. */
+    std::string moduleText(uint32_t port) const {
+        const SfpModule &module = board_.devices.sfp[port - 1];
+        const std::string kind = " " + std::string(sfpKindText(module.kind)) + " ";
+        if (module.kind == SfpKind::None)
+            return "";
+        const SfpCage cage = sfpCage(board_, port, nowNs_);
+        if (sfpHasTxFault(module, cage))
+            return kind + coloured("fault", kRed);
+        if (cage.isDisabled)
+            return kind + coloured("off", kYellow);
+        return kind + (sfpIsSignalLost(module) ? "no signal" : coloured("up", kGreen));
+    }
+
+    /** Cages in a row, numbered from 1, the first of which is that of a port. */
+    std::string cages(const char *what, uint32_t firstPort, uint32_t count) const {
+        if (count == 0)
+            return "";
+        std::string row = what;
+        for (uint32_t i = 0; i < count; ++i)
+            row += " [" + std::to_string(i + 1) + moduleText(firstPort + i) + "]";
+        return row + "\n";
+    }
+
+    std::string fanText(const Fan &fan) const {
+        if (fan.isPresent == 0)
+            return "not plugged";
+        const std::string speed = std::to_string(fan.rpm) + " rpm";
+        return fan.state == FanState::Good ? speed : coloured(speed, kRed);
+    }
+
+    std::string fans() const {
+        if (model_.fans == 0)
+            return "";
+        std::string row = "fans   ";
+        for (uint32_t index = 0; index < model_.fans; ++index)
+            row += " [" + std::to_string(index + 1) + " " +
+                   fanText(board_.devices.climate.fan[index]) + "]";
+        return row + "\n";
+    }
+
+    /** What the sensor and the calendar clock tell. */
+    std::string climate() const {
+        uint8_t degrees = 0;
+        const bool isSensed = climateSense(board_.devices.climate, &degrees);
+        const std::string warmth =
+            isSensed ? std::to_string(static_cast<int8_t>(degrees)) + " C" : "no sensor";
+        const ClockChip &chip = board_.devices.clockChip;
+        return "board   " + warmth +
+               (chip.isFitted != 0 ? ", calendar " + clockTimeText(clockTime(chip)) : "") + "\n";
     }
 
     std::string supplyText(const Supply &supply) const {

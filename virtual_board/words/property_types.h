@@ -28,7 +28,7 @@ using PropertyGetter = std::string (*)(const PropertyTarget &);
 using PropertySetter = void (*)(const PropertyTarget &, const std::string &);
 
 /** On which models a property exists. */
-enum class Fitted { Always, PlugInSupplies, SupplyLines, Poe, Flash, Fans, ClockChip };
+enum class Fitted { Always, PlugInSupplies, SupplyLines, Poe, Flash, Fans, ClockChip, Sfp };
 
 /** One property, or a numbered row of them: '#' stands for the number. */
 struct PropertyType {
@@ -51,6 +51,10 @@ std::span<const PropertyType> powerProperties();
 
 /** Fans, temperature and clock. */
 std::span<const PropertyType> chassisProperties();
+
+/** SFP cages and what is plugged into them, MDIO. */
+std::span<const PropertyType> sfpProperties();
+std::span<const PropertyType> mdioRegisterProperties();
 
 /** Flash partitions and console. */
 std::span<const PropertyType> flashProperties();

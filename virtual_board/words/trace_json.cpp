@@ -50,6 +50,10 @@ const char *kindName(TraceKind kind) {
         return "mtd-mark-bad";
     case TraceKind::MtdOther:
         return "mtd-request";
+    case TraceKind::MdioRead:
+        return "mdio-read";
+    case TraceKind::MdioWrite:
+        return "mdio-write";
     case TraceKind::Console:
         return "console";
     }
@@ -124,6 +128,9 @@ json detailsJson(const TraceRecord &record) {
         return {{"partition", record.devAddr}, {"offset", record.offset}};
     case TraceKind::MtdOther:
         return {{"partition", record.devAddr}, {"code", record.offset}};
+    case TraceKind::MdioRead:
+    case TraceKind::MdioWrite:
+        return {{"first", record.devAddr}, {"second", record.offset}, {"value", readValue(record)}};
     case TraceKind::Console:
         return {{"speed", record.value}};
     }

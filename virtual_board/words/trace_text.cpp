@@ -39,6 +39,15 @@ std::string i2cText(const TraceRecord &record) {
            (name.empty() ? "" : " (" + name + ")") + dataText(record);
 }
 
+std::string mdioText(const TraceRecord &record) {
+    return text("%u.%u", record.devAddr, record.offset) +
+           (record.error == 0 ? text(" = 0x%04X", record.value) : "");
+}
+
+bool isMdio(const TraceRecord &record) {
+    return record.kind == TraceKind::MdioRead || record.kind == TraceKind::MdioWrite;
+}
+
 std::string flashText(const TraceRecord &record) {
     return text("mtd%u 0x%x+0x%x", record.devAddr, record.offset, record.length);
 }
@@ -98,6 +107,10 @@ std::string requestText(const TraceRecord &record) {
         return text("MTD mark-bad mtd%u 0x%x", record.devAddr, record.offset);
     case TraceKind::MtdOther:
         return text("MTD request 0x%X mtd%u", record.offset, record.devAddr);
+    case TraceKind::MdioRead:
+        return "MDIO read  " + mdioText(record);
+    case TraceKind::MdioWrite:
+        return "MDIO write " + mdioText(record);
     case TraceKind::Console:
         return text("console speed %u", record.value);
     }
@@ -108,6 +121,8 @@ std::string requestText(const TraceRecord &record) {
 std::string failureText(const TraceRecord &record) {
     if (isOfFlash(record) && record.result == kPowerCutResult)
         return text(" -> power cut after 0x%x", record.value);
+    if (record.error != 0 && isMdio(record))
+        return " -> fails";
     if (record.error != 0 && (record.kind == TraceKind::Open || isOfFlash(record)))
         return text(" -> fails, errno %d (%s)", record.error, std::strerror(record.error));
     if (isTransfer(record) && record.value != record.length)

@@ -3,6 +3,7 @@
 #include "virtual_board/board/circuits.h"
 #include "virtual_board/board/create.h"
 #include "virtual_board/board/factory.h"
+#include "virtual_board/board/sfp_cages.h"
 #include "virtual_board/words/flash_text.h"
 #include "virtual_board/words/property_types.h"
 #include "virtual_board/words/values.h"
@@ -205,6 +206,7 @@ bool exists(const PropertyType &type, const Model &model) {
         return model.fans != 0;
     case Fitted::ClockChip:
         return model.hasClock;
+    case Fitted::Sfp: // on every model
     case Fitted::Flash:
     case Fitted::Always:
         break;
@@ -240,8 +242,18 @@ uint32_t lastOf(const PropertyType &type, const Model &model) {
     return type.last == kPoePorts && type.fitted == Fitted::Poe ? model.poePorts : type.last;
 }
 
+/** "1-24, 33-38". */
+std::string cagesText(const Model &model) {
+    const uint32_t uplink = model.copperPorts + uint32_t{model.sfpPorts} + 1;
+    const std::string front =
+        model.sfpPorts != 0 ? "1-" + std::to_string(model.sfpPorts) + ", " : "";
+    return front + std::to_string(uplink) + "-" + std::to_string(uplink + model.uplinks - 1);
+}
+
 /** Whether a row has a property of a number that lies between its first and its last. */
-bool isInRow(const PropertyType &type, uint32_t number) {
+bool isInRow(const PropertyType &type, const Model &model, uint32_t number) {
+    if (type.fitted == Fitted::Sfp)
+        return isSfpCage(model, number);
     return type.fitted != Fitted::Flash || flashIndex(number) < kFlashPartitions;
 }
 
@@ -253,6 +265,10 @@ void forEachType(Visit visit) {
     for (const PropertyType &type : powerProperties())
         visit(type);
     for (const PropertyType &type : chassisProperties())
+        visit(type);
+    for (const PropertyType &type : sfpProperties())
+        visit(type);
+    for (const PropertyType &type : mdioRegisterProperties())
         visit(type);
     for (const PropertyType &type : flashProperties())
         visit(type);
@@ -307,6 +323,8 @@ Reference resolve(const BoardFolder &folder, const std::string &fullName) {
             return;
         if (type.fitted == Fitted::Flash)
             flashIndexOf(*number);
+        if (type.fitted == Fitted::Sfp && !isSfpCage(model, *number))
+            throw Refused("there is no " + name + "; the cages are " + cagesText(model));
         const uint32_t last = lastOf(type, model);
         if (exists(type, model) && (*number < type.first || *number > last))
             throw Refused("there is no " + name + "; the numbers are " +
@@ -355,7 +373,7 @@ std::vector<Property> properties(const BoardFolder &folder) {
         if (!exists(type, model) || type.isLong)
             return;
         for (uint32_t number = type.first; number <= lastOf(type, model); ++number) {
-            if (!isInRow(type, number))
+            if (!isInRow(type, model, number))
                 continue;
             const std::string value = type.get({folder, number, std::nullopt, std::nullopt});
             const bool isIdle = type.idle != nullptr && value == type.idle;

@@ -1,5 +1,6 @@
 // Properties of the chassis: fans, temperature and calendar clock.
 
+#include "virtual_board/words/clock_text.h"
 #include "virtual_board/words/property_types.h"
 #include "virtual_board/words/values.h"
 
@@ -79,25 +80,11 @@ void setSensorState(const Target &target, const std::string &value) {
 // Clock
 
 std::string getClockTime(const Target &target) {
-    const ClockTime time = clockTime(target.devices().clockChip);
-    char text[80];
-    std::snprintf(text, sizeof(text), "%04u-%02u-%02u %02u:%02u:%02u", time.year, time.month,
-                  time.day, time.hour, time.minute, time.second);
-    return text;
+    return clockTimeText(clockTime(target.devices().clockChip));
 }
 
 void setClockTime(const Target &target, const std::string &value) {
-    ClockTime time = {};
-    int length = 0;
-    const int fields =
-        std::sscanf(value.c_str(), "%4u-%2u-%2u %2u:%2u:%2u%n", &time.year, &time.month, &time.day,
-                    &time.hour, &time.minute, &time.second, &length);
-    const bool isWhole = fields == 6 && static_cast<size_t>(length) == value.size();
-    if (!isWhole || !clockIsTime(time))
-        throw Refused("a time of the clock looks like '2024-02-29 23:59:59', from 1900 to 2059, "
-                      "not '" +
-                      value + "'");
-    clockSetTime(target.devices().clockChip, time, target.now());
+    clockSetTime(target.devices().clockChip, parseClockTime(value), target.now());
 }
 
 std::string getBattery(const Target &target) {
