@@ -152,6 +152,8 @@ constexpr const char *kQuantityNames[kQuantities] = {
 
 void addMeasurements(Findings &findings, const std::string &name, const Diagnostics &diagnostics) {
     for (const Measurement &measured : diagnostics.measurements) {
+        if (measured.quantity == Quantity::RxPower && diagnostics.hasLostSignal)
+            continue; // that has been said
         const char *quantity = kQuantityNames[static_cast<size_t>(measured.quantity)];
         const bool isHigh = measured.judgement == Judgement::HighAlarm ||
                             measured.judgement == Judgement::HighWarning;

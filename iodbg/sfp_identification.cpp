@@ -45,11 +45,13 @@ struct Reach {
     uint32_t unit;
     const char *medium;
 };
-constexpr Reach kReaches[] = {{14, 1000, "single-mode fibre"},
-                              {16, 10, "OM2"},
-                              {17, 10, "OM1"},
-                              {18, 1, "copper"},
-                              {19, 10, "OM3"}};
+constexpr Reach kFibreReaches[] = {{14, 1000, "single-mode fibre"},
+                                   {16, 10, "OM2"},
+                                   {17, 10, "OM1"},
+                                   {18, 10, "OM4"},
+                                   {19, 10, "OM3"}};
+constexpr Reach kCableReaches[] = {{18, 1, "cable"}};
+constexpr uint8_t kReachInKilometres = 14;
 constexpr uint8_t kReachInHundredMetres = 15; // of single-mode fibre, finer than byte 14
 
 constexpr size_t kKind = 0;
@@ -101,13 +103,18 @@ std::vector<std::string> compliancesOf(ByteView page) {
     return names;
 }
 
+uint32_t metresOf(ByteView page, const Reach &reach) {
+    if (reach.byte == kReachInKilometres && page[kReachInHundredMetres] != 0)
+        return page[kReachInHundredMetres] * 100u;
+    return page[reach.byte] * reach.unit;
+}
+
 std::vector<std::string> reachesOf(ByteView page) {
     std::vector<std::string> texts;
-    for (const Reach &reach : kReaches) {
-        uint32_t metres = page[reach.byte] * reach.unit;
-        if (reach.byte == 14 && page[kReachInHundredMetres] != 0)
-            metres = page[kReachInHundredMetres] * 100u;
-        if (metres != 0)
+    const std::span<const Reach> reaches =
+        isCable(page) ? std::span<const Reach>(kCableReaches) : kFibreReaches;
+    for (const Reach &reach : reaches) {
+        if (const uint32_t metres = metresOf(page, reach); metres != 0)
             texts.push_back(std::to_string(metres) + " m over " + reach.medium);
     }
     return texts;

@@ -121,10 +121,11 @@ bool IodbgTest::isLibrarysOwn(const std::string &path) const {
            (path == boardFile("/tmp/bsp/poeApp") && readFile(path).empty());
 }
 
-/** A file that stands for a flash partition: this test, which is on the board, would read all of
- * it. */
+/** A file that stands for a flash partition or for memory: this test, which is on the board, would
+ * read what it stands for. */
 static bool isPlaceholder(const std::filesystem::directory_entry &entry) {
-    return entry.path().filename().string().starts_with("mtd");
+    const std::string name = entry.path().filename();
+    return name.starts_with("mtd") || name == "mem";
 }
 
 BoardContent IodbgTest::content() const {

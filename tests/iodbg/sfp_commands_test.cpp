@@ -1,0 +1,151 @@
+// iodbg sfp and mdio.
+
+#include "tests/iodbg/iodbg_test.h"
+#include "virtual_board/os/seam.h"
+#include "virtual_board/words/world.h"
+
+#include <cerrno>
+
+namespace {
+
+using vb::FaultDevice;
+using vb::FaultOp;
+
+class SfpCommandsTest : public IodbgTest {
+  protected:
+    void plug(uint32_t port, const std::string &module) {
+        setWorld("sfp." + std::to_string(port) + ".module", module);
+    }
+    void setWorld(const std::string &name, const std::string &value) {
+        vb::setProperty(*vb::attachedFolder(), name, value);
+    }
+    std::string shown(uint32_t port, const std::string &key) const {
+        return jsonAt(json({"sfp", "show", std::to_string(port)}), "/" + key);
+    }
+};
+using MdioCommandsTest = SfpCommandsTest;
+
+TEST_F(SfpCommandsTest, ListsEveryCageOfTheModel) {
+    plug(49, "sr");
+    setWorld("sfp.49.link", "up");
+    const std::string answer = json({"sfp", "list"});
+    EXPECT_EQ(jsonAt(answer, "/cages/0"),
+              "{\"port\":49,\"present\":true,\"transmitter_on\":true,\"rx_loss\":false,"
+              "\"tx_fault\":false,\"compliance\":\"10GBASE-SR\",\"vendor\":\"VIRTUAL\","
+              "\"part_number\":\"VIRTUAL-SR\"}");
+    EXPECT_EQ(jsonAt(answer, "/cages/5/port"), "54");
+    EXPECT_EQ(jsonAt(answer, "/cages/5/present"), "false");
+    EXPECT_EQ(jsonAt(answer, "/cages/5/vendor"), "null");
+    useModel(0x0609);
+    EXPECT_EQ(jsonAt(json({"sfp", "list"}), "/cages/53/port"), "54");
+}
+
+TEST_F(SfpCommandsTest, ADeadModuleDoesNotHideTheOthers) {
+    plug(49, "dead");
+    plug(50, "lr");
+    const std::string answer = json({"sfp", "list"}, 1);
+    EXPECT_EQ(jsonAt(answer, "/cages/0/compliance"), "null");
+    EXPECT_EQ(jsonAt(answer, "/cages/1/compliance"), "\"10GBASE-LR\"");
+    EXPECT_EQ(jsonAt(answer, "/failures/0/item"), "\"port 49.identification\"");
+}
+
+TEST_F(SfpCommandsTest, ShowsWhatAModuleIs) {
+    plug(49, "lr");
+    EXPECT_EQ(shown(49, "kind"), "\"SFP or SFP+\"");
+    EXPECT_EQ(shown(49, "connector"), "\"LC\"");
+    EXPECT_EQ(shown(49, "wavelength_nm"), "1310");
+    EXPECT_EQ(shown(49, "base_checksum_ok"), "true");
+    EXPECT_EQ(shown(49, "extended_checksum_ok"), "true");
+    EXPECT_EQ(shown(49, "diagnostics_checksum_ok"), "true");
+    EXPECT_EQ(shown(49, "copper_kind"), "0");
+    plug(49, "dac");
+    EXPECT_EQ(shown(49, "wavelength_nm"), "null");
+    EXPECT_EQ(shown(49, "has_diagnostics"), "false");
+    EXPECT_EQ(shown(49, "reach"), "\"3 m over cable\"");
+    plug(49, "bad-checksum");
+    EXPECT_EQ(shown(49, "base_checksum_ok"), "false");
+    EXPECT_EQ(shown(49, "extended_checksum_ok"), "true");
+}
+
+TEST_F(SfpCommandsTest, TellsTheModeOfACopperModulesPhy) {
+    plug(49, "copper-mode4");
+    EXPECT_EQ(shown(49, "copper_kind"), "1");
+    plug(49, "copper-mode12");
+    EXPECT_EQ(shown(49, "copper_kind"), "2");
+    plug(49, "copper-other");
+    EXPECT_EQ(shown(49, "copper_kind"), "3");
+    EXPECT_EQ(jsonAt(json({"sfp", "phy", "49"}), "/registers/31/register"), "31");
+    plug(49, "sr");
+    expectFailure({"sfp", "phy", "49"}, 1, {"which may be no copper module"});
+}
+
+TEST_F(SfpCommandsTest, DiagnosticsAreDecodedAndJudged) {
+    plug(49, "sr");
+    setWorld("sfp.49.link", "up");
+    setWorld("sfp.49.rx-power", "500");
+    std::string answer = json({"sfp", "show", "49"});
+    EXPECT_EQ(jsonAt(answer, "/diagnostics/4/quantity"), "\"rx_power_nw\"");
+    EXPECT_EQ(jsonAt(answer, "/diagnostics/4/value"), "500000");
+    EXPECT_EQ(jsonAt(answer, "/diagnostics/4/judgement"), "\"normal\"");
+    EXPECT_EQ(jsonAt(answer, "/diagnostics/0/high_alarm"), "75000");
+    EXPECT_EQ(jsonAt(answer, "/diagnostics/0/low_alarm"), "-5000");
+    EXPECT_EQ(jsonAt(answer, "/diagnostics/1/value"), "3300000");
+    setWorld("sfp.49.rx-power", "60");
+    answer = json({"sfp", "show", "49"});
+    EXPECT_EQ(jsonAt(answer, "/diagnostics/4/judgement"), "\"low warning\"");
+    const ProcessResult result = iodbg({"sfp", "show", "49"});
+    EXPECT_NE(result.out.find("0.0600 mW (-12.22 dBm)"), std::string::npos) << result.out;
+}
+
+TEST_F(SfpCommandsTest, DumpsThePages) {
+    plug(49, "sr");
+    const std::string answer = json({"sfp", "dump", "49"});
+    EXPECT_EQ(jsonAt(answer, "/a0h").size(), 512u + 2);
+    EXPECT_EQ(jsonAt(answer, "/a0h").substr(0, 7), "\"030407");
+    plug(49, "dac");
+    EXPECT_EQ(jsonAt(json({"sfp", "dump", "49"}, 1), "/a2h"), "null");
+}
+
+TEST_F(SfpCommandsTest, SwitchesATransmitterAndReadsItsLineBack) {
+    plug(50, "sr");
+    EXPECT_EQ(jsonAt(json({"sfp", "tx", "50", "off"}), "/transmitter_on"), "false");
+    EXPECT_EQ(devices().cpld.reg[12] >> 7 & 1, 1);
+    EXPECT_EQ(jsonAt(json({"sfp", "tx", "50", "on"}), "/transmitter_on"), "true");
+    EXPECT_EQ(devices().cpld.reg[12] >> 7 & 1, 0);
+    addFault(silence(FaultDevice::Cpld, FaultOp::Write));
+    expectFailure({"sfp", "tx", "50", "off"}, 3, {"was written and did not change"});
+}
+
+TEST_F(SfpCommandsTest, OnlyCagesAreAsked) {
+    for (const char *command : {"show", "dump", "phy"}) {
+        expectFailure({"sfp", command, "48"}, 1, {"port 48", "49-54"});
+        expectRefusal({"sfp", command, "0"}, 2, "'0'");
+        expectRefusal({"sfp", command}, 2, "PORT is required");
+    }
+    expectFailure({"sfp", "tx", "1", "on"}, 1, {"port 1", "49-54"});
+    expectRefusal({"sfp", "tx", "49", "maybe"}, 2, "'maybe'");
+    expectRefusal({"sfp", "tx", "49"}, 2, "STATE is required");
+}
+
+TEST_F(MdioCommandsTest, ReadsAndWrites) {
+    setWorld("mdio.3.5", "0x1234");
+    EXPECT_EQ(jsonAt(json({"mdio", "read", "3", "5"}), ""),
+              "{\"a\":3,\"b\":5,\"value\":4660,\"failures\":[]}");
+    const std::string answer = json({"mdio", "write", "3", "5", "0xABCD"});
+    EXPECT_EQ(jsonAt(answer, "/before"), "4660");
+    EXPECT_EQ(jsonAt(answer, "/after"), "43981");
+}
+
+TEST_F(MdioCommandsTest, FailuresAreTold) {
+    setWorld("mdio.state", "error");
+    expectFailure({"mdio", "read", "3", "5"}, 1, {"cannot read MDIO register 3.5"});
+    setWorld("mdio.state", "stuck");
+    expectFailure({"mdio", "read", "3", "5"}, 1, {"BSP_E_TIMEOUT"});
+    for (const char *address : {"32", "x"}) {
+        expectRefusal({"mdio", "read", address, "1"}, 2, std::string("'") + address + "'");
+        expectRefusal({"mdio", "write", "1", address, "1"}, 2, std::string("'") + address + "'");
+    }
+    expectRefusal({"mdio", "write", "1", "1", "0x10000"}, 2, "'0x10000'");
+}
+
+} // namespace
