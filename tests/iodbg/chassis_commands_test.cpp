@@ -120,6 +120,17 @@ TEST_F(ClockCommandsTest, AChipThatHoldsNoDateIsToldOf) {
     expectFailure({"clock", "sync"}, 1, {"holds no date and time", "iodbg clock set"});
 }
 
+TEST_F(ClockCommandsTest, TheSystemClockIsSetFromTheChip) {
+    EXPECT_EQ(world("system-clock"), "host");
+    setWorld("rtc.time", "2051-02-28 12:34:56");
+    const std::string answer = json({"clock", "sync"});
+    EXPECT_EQ(jsonAt(answer, "/system").substr(0, 18), "\"2051-02-28 12:34:");
+    EXPECT_EQ(jsonAt(json({"clock", "get"}), "/system").substr(0, 15), "\"2051-02-28 12:");
+    EXPECT_NE(world("system-clock"), "host");
+    setWorld("rtc.time", "2001-01-01 00:00:00");
+    EXPECT_EQ(jsonAt(json({"init"}), "/system").substr(0, 18), "\"2001-01-01 00:00:");
+}
+
 TEST_F(ClockCommandsTest, AModelWithoutTheChipSaysSo) {
     useModel(0x0409);
     for (const Words &words : {Words{"clock", "get"}, {"clock", "set", "now"}, {"clock", "sync"}})

@@ -1,6 +1,7 @@
 // Sleeps. On a board with virtual time they advance the board's clock and return at once.
 
 #include "virtual_board/os/seam.h"
+#include "virtual_board/os/timespec64.h"
 
 #include <cerrno>
 #include <sched.h>
@@ -33,18 +34,6 @@ bool sleepOnBoard(uint64_t ns) {
     return isVirtual;
 }
 
-/** What 32-bit systems with 64-bit time pass instead of a timespec. */
-struct Timespec64 {
-    int64_t tv_sec;
-#if __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
-    int32_t padding;
-    int32_t tv_nsec;
-#else
-    int32_t tv_nsec;
-    int32_t padding;
-#endif
-};
-
 template <typename Time>
 bool isDuration(const Time *time) {
     return time != nullptr && time->tv_sec >= 0 && time->tv_nsec >= 0 &&
@@ -72,7 +61,7 @@ VB_SEAM(int, nanosleep, const timespec *time, timespec *rest) {
     return sleepFor(time) ? 0 : VB_NEXT(nanosleep)(time, rest);
 }
 
-VB_SEAM(int, __nanosleep64, const Timespec64 *time, Timespec64 *rest) {
+VB_SEAM(int, __nanosleep64, const vb::Timespec64 *time, vb::Timespec64 *rest) {
     return sleepFor(time) ? 0 : VB_NEXT(__nanosleep64)(time, rest);
 }
 
@@ -82,8 +71,8 @@ VB_SEAM(int, clock_nanosleep, clockid_t clock, int flags, const timespec *time, 
     return isOver ? 0 : VB_NEXT(clock_nanosleep)(clock, flags, time, rest);
 }
 
-VB_SEAM(int, __clock_nanosleep_time64, clockid_t clock, int flags, const Timespec64 *time,
-        Timespec64 *rest) {
+VB_SEAM(int, __clock_nanosleep_time64, clockid_t clock, int flags, const vb::Timespec64 *time,
+        vb::Timespec64 *rest) {
     const bool isOver = (flags & TIMER_ABSTIME) == 0 && sleepFor(time);
     return isOver ? 0 : VB_NEXT(__clock_nanosleep_time64)(clock, flags, time, rest);
 }

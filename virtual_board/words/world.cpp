@@ -41,6 +41,11 @@ std::string getClock(const Target &target) {
     return secondsText(clockNow(target.board().clock, hostNow()));
 }
 
+std::string getSystemClock(const Target &target) {
+    const int64_t offset = target.board().clock.systemOffsetNs;
+    return offset == 0 ? "host" : std::to_string(offset / 1000000000) + " s off the host's";
+}
+
 // The kernel's command line
 
 std::string getCommandLine(const Target &target) {
@@ -181,6 +186,7 @@ constexpr PropertyType kProperties[] = {
     {"model", 0, 0, getModel, nullptr, nullptr, false, Fitted::Always},
     {"time", 0, 0, getTime, setTime, nullptr, false, Fitted::Always},
     {"clock", 0, 0, getClock, nullptr, nullptr, false, Fitted::Always},
+    {"system-clock", 0, 0, getSystemClock, nullptr, nullptr, false, Fitted::Always},
     {"cmdline", 0, 0, getCommandLine, setCommandLine, nullptr, false, Fitted::Always},
     {"identity.serial", 0, 0, getSerial, setSerial, nullptr, false, Fitted::Always},
     {"identity.mac", 0, 0, getMac, setMac, nullptr, false, Fitted::Always},
