@@ -83,6 +83,7 @@ class FacadeTest : public VirtualBoardTest {
         const vb::Devices before = devices();
         trace();
         const Answer answer = answerOf(call);
+        forgetTime(devices());
         const Effect effect = {answer, Bytes(outputs.bytes.begin(), outputs.bytes.end()),
                                outputs.word, trace(), bytesOf(devices())};
         devices() = before;

@@ -35,6 +35,11 @@ TemporaryFolder::~TemporaryFolder() {
     removeFolder(path_);
 }
 
+void forgetTime(vb::Devices &devices) {
+    devices.climate = {};
+    devices.clockChip = {};
+}
+
 VirtualBoardTest::VirtualBoardTest(uint32_t devId) : devId_(devId) {}
 
 VirtualBoardTest::~VirtualBoardTest() {

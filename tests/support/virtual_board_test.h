@@ -29,6 +29,9 @@ using Lines = std::vector<std::string>;
 /** I2C requests in the board's words, without the bytes that travelled. */
 Lines withoutData(Lines lines);
 
+/** Takes out of a copy of a board what time alone changes, so that copies can be compared. */
+void forgetTime(vb::Devices &devices);
+
 /**
  * Attaches the test to a new board. When the test ends, every descriptor that was opened during it
  * must be closed again.

@@ -38,13 +38,13 @@ TEST_F(WorldTest, ANewBoard) {
 
 TEST_F(WorldTest, TheListHasEveryPropertyWithItsValue) {
     const std::vector<vb::Property> all = vb::properties(*vb::attachedFolder());
-    EXPECT_EQ(all.size(), 6u + 64 + 1 + 32 + 32 + 3 + 2 * 18 + 1 + 2 * 48 + 5 + 2 * 3 + 4 + 2 +
+    EXPECT_EQ(all.size(), 7u + 64 + 1 + 32 + 32 + 3 + 2 * 18 + 1 + 2 * 48 + 5 + 2 * 3 + 4 + 2 +
                               6 * 4 + 2 + 4 * 4 + 1);
     for (const vb::Property &property : all)
         EXPECT_EQ(property.value, get(property.name)) << property.name;
     const auto shown = std::count_if(all.begin(), all.end(),
                                      [](const vb::Property &property) { return !property.isIdle; });
-    EXPECT_EQ(shown, 6 + 5 + 1 + 1 + 3 + 2 * 15 + 1 + 4 + 2 * 2 + 3 + 1 + 1);
+    EXPECT_EQ(shown, 7 + 5 + 1 + 1 + 3 + 2 * 15 + 1 + 4 + 2 * 2 + 3 + 1 + 1);
 }
 
 TEST_F(WorldTest, WhatIsSetIsWhatProgramsSee) {
@@ -131,7 +131,7 @@ TEST_F(WorldTest, TheClockGoesOnWhenItsKindChanges) {
 }
 
 TEST_F(WorldTest, ARealClockDoesNotRunBehindItsStart) {
-    vb::Clock clock = {0, 1000, vb::TimeMode::Real, 0};
+    vb::Clock clock = {0, 1000, 0, vb::TimeMode::Real, 0};
     EXPECT_EQ(vb::clockNow(clock, 999), 0u);
     EXPECT_EQ(vb::clockNow(clock, 1007), 7u);
 }
