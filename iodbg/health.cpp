@@ -100,6 +100,38 @@ Finding supplyFinding(const Model &model, int32_t supply) {
     return good(name, "plugged, status 0");
 }
 
+// Fans
+
+struct FanState {
+    int32_t status = BSP_OK; // of what could not be read
+    uint32_t isPresent = 1;
+    uint32_t speed = 0;
+};
+
+FanState readFan(const Model &model, uint32_t fan) {
+    FanState state;
+    if (model.fanPresence == FanPresence::OwnLine)
+        state.status = ioFanPresentGet(static_cast<int32_t>(fan), &state.isPresent);
+    if (state.status == BSP_OK)
+        state.status = ioFanSpeedGet(fan, &state.speed);
+    return state;
+}
+
+/** All fans have the same level, so one that is much slower than another one wears out. */
+Finding fanFinding(const std::string &name, const FanState &fan, uint32_t fastest) {
+    if (fan.status != BSP_OK)
+        return unreadable(name, fan.status);
+    if (fan.isPresent == 0)
+        return {name, Severity::Fault, "not there", "plug it"};
+    if (fan.speed == 0)
+        return {name, Severity::Fault, "stands still or is not there", "plug it, or replace it"};
+    const std::string speed = std::to_string(fan.speed) + " rpm";
+    if (fan.speed < fastest - fastest / 4)
+        return {name, Severity::Warning, speed + ", another one " + std::to_string(fastest),
+                "clean it, then replace it"};
+    return good(name, speed);
+}
+
 // PoE
 
 void addPoePorts(Findings &findings, uint32_t ports) {
@@ -179,7 +211,9 @@ void addModule(Findings &findings, uint32_t port, const std::string &name) {
     if (const int32_t status =
             readSfpPage(port, SfpPage::Identification, kIdentificationSize, page);
         status != BSP_OK) {
-        findings.push_back(unreadable(name, status));
+        findings.push_back({name, Severity::Fault,
+                            "its identification cannot be read: " + nameAndNumber(status),
+                            "pull it and plug it again, then replace it"});
         return;
     }
     const Identification module = identificationOf(page);
@@ -236,26 +270,15 @@ Findings temperatureFindings() {
 }
 
 Findings fanFindings(const Model &model) {
-    Findings findings;
+    std::vector<FanState> fans;
+    uint32_t fastest = 0;
     for (uint32_t fan = 1; fan <= model.fans; ++fan) {
-        const std::string name = "fan " + std::to_string(fan);
-        uint32_t isPresent = 1;
-        uint32_t speed = 0;
-        int32_t status = model.fanPresence == FanPresence::OwnLine
-                             ? ioFanPresentGet(static_cast<int32_t>(fan), &isPresent)
-                             : int32_t{BSP_OK};
-        if (status == BSP_OK)
-            status = ioFanSpeedGet(fan, &speed);
-        if (status != BSP_OK)
-            findings.push_back(unreadable(name, status));
-        else if (isPresent == 0)
-            findings.push_back({name, Severity::Fault, "not there", "plug it"});
-        else if (speed == 0)
-            findings.push_back(
-                {name, Severity::Fault, "stands still or is not there", "plug it, or replace it"});
-        else
-            findings.push_back(good(name, std::to_string(speed) + " rpm"));
+        fans.push_back(readFan(model, fan));
+        fastest = std::max(fastest, fans.back().speed);
     }
+    Findings findings;
+    for (size_t i = 0; i < fans.size(); ++i)
+        findings.push_back(fanFinding("fan " + std::to_string(i + 1), fans[i], fastest));
     return findings;
 }
 
@@ -322,6 +345,8 @@ Findings transceiverFindings(const Model &model) {
     Findings findings;
     for (const uint32_t port : model.cages)
         addCage(findings, port);
+    if (findings.empty())
+        findings.push_back(good("SFP cages", "no module is plugged"));
     return findings;
 }
 

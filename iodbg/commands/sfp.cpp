@@ -39,7 +39,7 @@ void requireCage(uint32_t port) {
     if (std::find(cages.begin(), cages.end(), port) != cages.end())
         return;
     const std::vector<int64_t> numbers(cages.begin(), cages.end());
-    throw Failure::board(portName(port), BSP_E_INVALID,
+    throw Failure::board("use " + portName(port), BSP_E_INVALID,
                          "the SFP cages of this board are " + listCell(numbers).text);
 }
 

@@ -61,6 +61,64 @@ TEST_F(CheckCommandTest, FansAndSuppliesAreJudged) {
     EXPECT_EQ(verdictOn("supply 1", 5).substr(0, 28), "fault its lines tell status ");
 }
 
+TEST_F(CheckCommandTest, FansAreJudgedByTheirSpeed) {
+    useModel(0x0309); // its fans have a tachometer each
+    constexpr unsigned kMinute = 60; // a fan has reached its speed, or stands
+    setWorld("fan.2.state", "failing");
+    sleep(kMinute);
+    EXPECT_EQ(verdictOn("fan 2", 0), "warning 1200 rpm, another one 2400");
+    EXPECT_EQ(verdictOn("fan 4", 0), "good 2400 rpm");
+    setWorld("fan.2.state", "stuck");
+    sleep(kMinute);
+    EXPECT_EQ(verdictOn("fan 2", 5), "fault stands still or is not there");
+}
+
+TEST_F(CheckCommandTest, TheTemperatureIsJudged) {
+    constexpr unsigned kHour = 3600;
+    EXPECT_EQ(verdictOn("temperature", 0), "good 40 C");
+    setWorld("temperature.ambient", "50");
+    sleep(kHour);
+    EXPECT_EQ(verdictOn("temperature", 0), "warning 65 C");
+    setWorld("temperature.ambient", "85");
+    sleep(kHour);
+    EXPECT_EQ(verdictOn("temperature", 5), "fault 100 C, too hot");
+    setWorld("temperature.ambient", "-40");
+    sleep(kHour);
+    EXPECT_EQ(verdictOn("temperature", 0), "warning -25 C");
+    setWorld("temperature.state", "missing");
+    EXPECT_EQ(verdictOn("temperature", 5).substr(0, 21), "fault cannot be read:");
+}
+
+TEST_F(CheckCommandTest, TransceiversAreJudged) {
+    EXPECT_EQ(verdictOn("SFP cages", 0), "good no module is plugged");
+    setWorld("sfp.50.module", "sr");
+    EXPECT_EQ(verdictOn("SFP cages", 0), "nothing");
+    EXPECT_EQ(verdictOn("SFP port 50", 0), "warning no signal arrives");
+    setWorld("sfp.50.link", "up");
+    EXPECT_EQ(verdictOn("SFP port 50", 0), "good module works");
+    setWorld("sfp.50.rx-power", "60");
+    EXPECT_EQ(verdictOn("SFP port 50", 0), "warning received power too low");
+    setWorld("sfp.50.rx-power", "6000");
+    EXPECT_EQ(verdictOn("SFP port 50", 5), "fault received power too high");
+    setWorld("sfp.50.rx-power", "500");
+    setWorld("sfp.50.state", "tx-fault");
+    EXPECT_EQ(verdictOn("SFP port 50", 5), "fault transmitter fault");
+    setWorld("sfp.50.module", "bad-checksum");
+    setWorld("sfp.50.link", "up");
+    EXPECT_EQ(verdictOn("SFP port 50", 0), "warning a checksum of its identification is wrong");
+}
+
+TEST_F(CheckCommandTest, ATransceiverThatDoesNotAnswerIsAFault) {
+    setWorld("sfp.49.module", "lr");
+    setWorld("sfp.49.link", "up");
+    setWorld("sfp.49.state", "dead");
+    const std::string answer = iodbg({"check"}).out;
+    EXPECT_NE(answer.find("SFP port 49     FAULT    its identification cannot be read: "
+                          "BSP_E_FAILED (-1)"),
+              std::string::npos)
+        << answer;
+}
+
 TEST_F(CheckCommandTest, TheClockIsJudged) {
     iodbg({"i2c", "write", "0", "1", "0x51", "7", "13"}); // a month of 13, counted from 0
     EXPECT_EQ(verdictOn("clock", 5), "fault holds no date and time");

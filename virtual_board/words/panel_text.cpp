@@ -106,13 +106,17 @@ class Panel {
     }
 
     /** Cages in a row, numbered from 1, the first of which is that of a port. */
+    /** In rows that fit on a terminal when modules are plugged. */
     std::string cages(const char *what, uint32_t firstPort, uint32_t count) const {
-        if (count == 0)
-            return "";
-        std::string row = what;
-        for (uint32_t i = 0; i < count; ++i)
-            row += " [" + std::to_string(i + 1) + moduleText(firstPort + i) + "]";
-        return row + "\n";
+        constexpr uint32_t kCagesInRow = 12;
+        std::string rows;
+        for (uint32_t i = 0; i < count; ++i) {
+            if (i % kCagesInRow == 0)
+                rows += i == 0 ? what : "\n       ";
+            const uint32_t port = firstPort + i;
+            rows += " [" + std::to_string(port) + moduleText(port) + "]";
+        }
+        return count == 0 ? "" : rows + "\n";
     }
 
     std::string fanText(const Fan &fan) const {
