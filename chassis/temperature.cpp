@@ -18,6 +18,6 @@ int32_t bspTemperGet(uint32_t, int32_t *out) {
             bspI2cRead(kSensorBus, kSensorChannel, kSensorDevice, 0, 0, &degrees, sizeof(degrees));
         status != BSP_OK)
         return status;
-    *out = static_cast<int8_t>(degrees);
+    *out = degrees <= INT8_MAX ? degrees : degrees - (UINT8_MAX + 1);
     return BSP_OK;
 }
