@@ -212,7 +212,7 @@ void fillDiagnostics(SfpModule &module, const Traits &traits) {
 }
 
 void setPhy(SfpModule &module, uint32_t reg, int32_t value) {
-    storeWord(&module.phy[2 * reg], value);
+    storeWord(&module.phy[size_t{2} * reg], value);
 }
 
 void fillPhy(SfpModule &module, const Traits &traits) {
@@ -259,7 +259,7 @@ void measure(const SfpModule &module, const SfpCage &cage, int32_t (&value)[kQua
 void flag(const uint8_t *limits, const int32_t (&value)[kQuantities], uint8_t *flags) {
     for (uint32_t i = 0; i < kQuantities; ++i) {
         const auto limitAt = [&](uint32_t offset) {
-            const uint8_t *place = &limits[8 * i + offset];
+            const uint8_t *place = &limits[size_t{8} * i + offset];
             const int32_t word = place[0] << 8 | place[1];
             return i == 0 && word > INT16_MAX ? word - 65536 : word;
         };
@@ -339,7 +339,7 @@ void sfpMeasure(const SfpModule &module, const SfpCage &cage, uint8_t (&page)[kS
     int32_t value[kQuantities];
     measure(module, cage, value);
     for (uint32_t i = 0; i < kQuantities; ++i)
-        storeWord(&page[kMeasurements + 2 * i], value[i]);
+        storeWord(&page[kMeasurements + size_t{2} * i], value[i]);
     const uint32_t status = page[kStatus] | (cage.isDisabled ? kTxDisabled : 0) |
                             (sfpHasTxFault(module, cage) ? kTxFaultBit : 0) |
                             (sfpIsSignalLost(module) ? kRxLossBit : 0);
