@@ -62,7 +62,7 @@ TEST_F(CheckCommandTest, FansAndSuppliesAreJudged) {
 }
 
 TEST_F(CheckCommandTest, FansAreJudgedByTheirSpeed) {
-    useModel(0x0309); // its fans have a tachometer each
+    useModel(0x0309);                // its fans have a tachometer each
     constexpr unsigned kMinute = 60; // a fan has reached its speed, or stands
     setWorld("fan.2.state", "failing");
     sleep(kMinute);

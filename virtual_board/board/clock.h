@@ -9,8 +9,8 @@ namespace vb {
 enum class TimeMode : uint32_t { Real, Virtual };
 
 struct Clock {
-    alignas(8) uint64_t sleptNs;   // virtual: all sleeps since the board was made
-    alignas(8) uint64_t startedNs; // real: when the board was made, in the host's time
+    alignas(8) uint64_t sleptNs;       // virtual: all sleeps since the board was made
+    alignas(8) uint64_t startedNs;     // real: when the board was made, in the host's time
     alignas(8) int64_t systemOffsetNs; // the programs' system clock ahead of the host's; 0: not set
     TimeMode mode;
     uint32_t padding;
