@@ -4,7 +4,9 @@
 #include "bsp.h"
 #include "identity/board_catalogue.h"
 
+#include <algorithm>
 #include <ctime>
+#include <iterator>
 
 static_assert(sizeof(time_t) == 8, "the clock must outlive 2038");
 
@@ -63,6 +65,9 @@ int32_t findClock(bool *hasClock) {
 int32_t bsp_rtc_chip_get(uint16_t *year, uint8_t *month, uint8_t *day, uint8_t *hour,
                          uint8_t *minute, uint8_t *second) {
     uint8_t *const outputs[] = {second, minute, hour, day, month};
+    if (year == nullptr ||
+        std::find(std::begin(outputs), std::end(outputs), nullptr) != std::end(outputs))
+        return BSP_E_NULL;
     return readChip([&](unsigned field, uint8_t value) {
         if (field == kYear)
             *year = value;

@@ -41,6 +41,8 @@ int32_t findFan(uint32_t fan, const bsp::Fans **fans, bsp::CallSite site = bsp::
 } // namespace
 
 int32_t bspFanSpeedGet(uint32_t fan, uint32_t *out) {
+    if (out == nullptr)
+        return BSP_E_NULL;
     const bsp::Fans *fans = nullptr;
     if (const int32_t status = findFan(fan, &fans); status != BSP_OK)
         return status;
@@ -64,6 +66,8 @@ int32_t bspFanSpeedSet(uint32_t, int32_t level) {
 }
 
 int32_t bspFanPresentGet(int32_t fan, uint32_t *out) {
+    if (out == nullptr)
+        return BSP_E_NULL;
     const auto number = static_cast<uint32_t>(fan); // a negative one is above every count
     const bsp::Fans *fans = nullptr;
     if (const int32_t status = findFan(number, &fans); status != BSP_OK)

@@ -774,8 +774,8 @@ BSP_API int32_t bspSlotPowerStateSet(uint32_t slot, uint32_t state);
  * Reads the board's temperature from its sensor (I2C bus 0, channel 1, device 0x4F).
  *
  * @param sensor  ignored: there is one
- * @param out     receives whole degrees Celsius, -128 to 127; must not be null (not checked)
- * @return BSP_OK; the status of bspI2cRead()
+ * @param out     receives whole degrees Celsius, -128 to 127
+ * @return BSP_OK; BSP_E_NULL; the status of bspI2cRead()
  */
 BSP_API int32_t bspTemperGet(uint32_t sensor, int32_t *out);
 
@@ -785,8 +785,8 @@ BSP_API int32_t bspTemperGet(uint32_t sensor, int32_t *out);
  * tachometer.
  *
  * @param fan  1 to 4 on a four-fan model, 1 or 2 on all others
- * @param out  receives revolutions per minute, 0 to 30600; must not be null (not checked)
- * @return BSP_OK; BSP_E_INVALID for another fan; the status of bspDevIdGet()
+ * @param out  receives revolutions per minute, 0 to 30600
+ * @return BSP_OK; BSP_E_NULL; BSP_E_INVALID for another fan; the status of bspDevIdGet()
  *         ("%s-%d: get devId failed\n" is printed) or of bspCpldGet()
  */
 BSP_API int32_t bspFanSpeedGet(uint32_t fan, uint32_t *out);
@@ -807,8 +807,8 @@ BSP_API int32_t bspFanSpeedSet(uint32_t fan, int32_t level);
  * register 31. All other models have no such line, and the answer is 0.
  *
  * @param fan  1 to 4 on a four-fan model, 1 or 2 on all others
- * @param out  receives 1 or 0; must not be null (not checked)
- * @return BSP_OK; BSP_E_INVALID for another fan; the status of bspDevIdGet()
+ * @param out  receives 1 or 0
+ * @return BSP_OK; BSP_E_NULL; BSP_E_INVALID for another fan; the status of bspDevIdGet()
  *         ("%s-%d: get devId failed\n" is printed) or of bspCpldGet()
  */
 BSP_API int32_t bspFanPresentGet(int32_t fan, uint32_t *out);
@@ -837,15 +837,15 @@ typedef struct BspCalendar {
  * Reads the clock chip on any model, one register after another: second, minute, hour, day, month,
  * year (registers 2, 3, 4, 5, 7, 8). The decimal digits are decoded and not checked.
  *
- * @param year    receives the stored year; this and the other outputs must not be null (not
- * checked)
+ * @param year    receives the stored year
  * @param month   receives the stored month
  * @param day     receives the stored day
  * @param hour    receives the stored hour
  * @param minute  receives the stored minute
  * @param second  receives the stored second
- * @return BSP_OK; the status of the first failed bspI2cRead(): what was read before it has been
- *         stored, the other outputs are untouched
+ * @return BSP_OK; BSP_E_NULL when an output is null, before anything is read; the status of the
+ *         first failed bspI2cRead(): what was read before it has been stored, the other outputs
+ *         are untouched
  */
 BSP_API int32_t bsp_rtc_chip_get(uint16_t *year, uint8_t *month, uint8_t *day, uint8_t *hour,
                                  uint8_t *minute, uint8_t *second);
@@ -1046,11 +1046,11 @@ BSP_API int32_t bspLaserTxfaultGet(uint32_t port, uint32_t *out);
  * @param addrA     address field in bits 2-6 of the command, its low 5 bits
  * @param reserved  ignored
  * @param addrB     address field in bits 7-11 of the command, its low 5 bits
- * @param value     receives the register's 16 bits; must not be null (not checked)
- * @return BSP_OK; BSP_E_OPEN when /dev/mem cannot be opened ("Can't open /dev/mem " is printed as a
- *         line); BSP_E_MAP when the register cannot be mapped ("Can't map physical memory: 0x%lx\n"
- *         is printed); BSP_E_FAILED when the hardware reports an error ("%s: read failed \n" is
- *         printed); BSP_E_TIMEOUT ("%s: read timeout \n" is printed)
+ * @param value     receives the register's 16 bits
+ * @return BSP_OK; BSP_E_NULL; BSP_E_OPEN when /dev/mem cannot be opened ("Can't open /dev/mem " is
+ *         printed as a line); BSP_E_MAP when the register cannot be mapped ("Can't map physical
+ *         memory: 0x%lx\n" is printed); BSP_E_FAILED when the hardware reports an error
+ *         ("%s: read failed \n" is printed); BSP_E_TIMEOUT ("%s: read timeout \n" is printed)
  */
 BSP_API int32_t bsp_smi_read(uint32_t unit, uint32_t addrA, uint32_t reserved, uint32_t addrB,
                              uint32_t *value);

@@ -87,6 +87,8 @@ int32_t run(uint32_t command, uint32_t *word) {
 } // namespace
 
 int32_t bsp_smi_read(uint32_t, uint32_t addrA, uint32_t, uint32_t addrB, uint32_t *value) {
+    if (value == nullptr)
+        return BSP_E_NULL;
     uint32_t word = 0;
     const int32_t status = run(addressed(addrA, addrB), &word);
     if (status == BSP_E_FAILED)

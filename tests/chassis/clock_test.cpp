@@ -289,4 +289,19 @@ TEST_F(ClockTest, AnUnreadableChipLeavesTheSystemClockAlone) {
     EXPECT_EQ(systemClock.settings, Lines{});
 }
 
+TEST_F(ClockTest, NullOutputsOfTheChipAreRefusedBeforeItIsAsked) {
+    for (int null = 0; null < 6; ++null) {
+        uint16_t year = 1;
+        uint8_t byte[5] = {};
+        const auto out = [&](int field) { return field == null ? nullptr : &byte[field - 1]; };
+        EXPECT_EQ(answerOf([&] {
+                      return bsp_rtc_chip_get(null == 0 ? nullptr : &year, out(1), out(2), out(3),
+                                              out(4), out(5));
+                  }),
+                  Answer{BSP_E_NULL})
+            << null;
+    }
+    EXPECT_EQ(chip.take(), Lines{});
+}
+
 } // namespace

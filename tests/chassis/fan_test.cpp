@@ -169,4 +169,13 @@ TEST_F(FanTest, LevelFailuresAreThoseOfTheRegister) {
     EXPECT_EQ(cpld.take(), (Lines{"read 6", "write 6 = 0040"}));
 }
 
+TEST_F(FanTest, NullOutputsAreRefusedBeforeAnythingIsAsked) {
+    for (const uint32_t fan : {1u, 5u}) {
+        EXPECT_EQ(answerOf([&] { return bspFanSpeedGet(fan, nullptr); }), Answer{BSP_E_NULL});
+        EXPECT_EQ(answerOf([&] { return bspFanPresentGet(static_cast<int32_t>(fan), nullptr); }),
+                  Answer{BSP_E_NULL});
+    }
+    EXPECT_EQ(cpld.take(), Lines{});
+}
+
 } // namespace

@@ -47,4 +47,9 @@ TEST_F(TemperatureTest, DependsOnNoModel) {
     EXPECT_EQ(bspTemperGet(0, &out), BSP_OK);
 }
 
+TEST_F(TemperatureTest, ANullOutputIsRefusedBeforeTheSensorIsAsked) {
+    EXPECT_EQ(answerOf([] { return bspTemperGet(0, nullptr); }), Answer{BSP_E_NULL});
+    EXPECT_EQ(sensor.take(), Lines{});
+}
+
 } // namespace

@@ -248,4 +248,9 @@ TEST_F(MdioTest, WithoutTheRegistersTheMemoryIsClosed) {
     EXPECT_EQ(mdio.calls, (Lines{"open", kMap, "close"}));
 }
 
+TEST_F(MdioTest, ANullValueIsRefusedBeforeAnything) {
+    EXPECT_EQ(answerOf([] { return bsp_smi_read(0, 3, 0, 5, nullptr); }), Answer{BSP_E_NULL});
+    EXPECT_EQ(mdio.calls, Lines{});
+}
+
 } // namespace
