@@ -274,7 +274,7 @@ int swept_usleep(useconds_t us) {
         return usleep(us);
     vb::MdioState &controller = vb::attachedFolder()->board()->devices.mdio.state;
     if (controller == vb::MdioState::Stuck)
-        return usleep(us);
+        return 0; // for good: thousands of polls need not ask
     switch (wayOf("controller", 2)) {
     case 0:
         controller = vb::MdioState::Stuck;

@@ -28,6 +28,7 @@ const Statuses kPowerInfo = kDeviceId + Statuses{BSP_E_FAILED};
 const Statuses kExchange = {BSP_E_POE_UNAVAILABLE, BSP_E_POE_WRITE,   BSP_E_POE_READ,
                             BSP_E_POE_FRAME,       BSP_E_POE_CONTENT, BSP_E_POE_STATUS,
                             BSP_E_POE_LOCK};
+const Statuses kNoSlot = {BSP_E_POE_UNAVAILABLE}; // of the driver
 const Statuses kAppStatus = {BSP_E_POE_UNAVAILABLE, BSP_E_POE_OPEN};
 const Statuses kPoeInit = kExchange + kRequest + Statuses{BSP_E_POE_OPEN};
 const Statuses kPoeUpgrade = kExchange + Statuses{BSP_E_POE_INVALID, BSP_E_POE_NO_MEMORY,
@@ -149,7 +150,7 @@ void addIdentity(Table &table) {
     ADD_BOTH(BoardPowerInfoGet, (1, output.as<void>()), kUnsupported, Exception::NeverSucceeds);
     ADD(bspI2cEepromRead, (0, 0, 0x51, 0, output.as<uint8_t>(), 40), kEeprom,
         Exception::StoresBeforeFailure);
-    ADD(bspI2cEepromWrite, (0, 0, 0x51, 0x300, bytes, 4), kEeprom);
+    ADD(bspI2cEepromWrite, (0, 0, 0x50, 0x300, bytes, 4), kEeprom);
     ADD(bspLocalEepromRead, (0, output.as<uint8_t>(), 40), kEeprom, Exception::StoresBeforeFailure);
     ADD(bspLocalEepromWrite, (0x300, bytes, 4), kEeprom);
     ADD(bspPowerEepromRead, (1, 0, output.as<uint8_t>(), 40), kEeprom,
@@ -165,7 +166,7 @@ void addIdentity(Table &table) {
     ADD_BOTH(MacAddrSet, (0, mac), kDevinfo);
     ADD_BOTH(SerialNumGet, (output.as<char>() + 8, output.as<uint32_t>()), kDevinfo);
     ADD_BOTH(SerialNumSet, ("SN1", 3), kDevinfo);
-    ADD_BOTH(MfgDateGet, (output.as<char>()), kNothing);
+    ADD_BOTH(MfgDateGet, (output.as<char>()), kNothing, Exception::StoresNothing);
     ADD_BOTH(MfgDateSet, ("2026"), kNothing);
     ADD(bsp_crc32_cal, (0, bytes, 4) == 0 ? BSP_E_FAILED : BSP_OK, kNothing);
 }
@@ -318,9 +319,9 @@ void addPoeService(Table &table, const Files &files) {
     ADD(bspPoeOptDriver, (&port, BSP_POE_PORT_POWER_GET, output.as<void>()), kExchange);
     ADD_BOTH(PoeDeviceInit, (), kPoeInit, Exception::None, kForwarder);
     ADD_BOTH(PoeAppUpgradeSet, (firmware), kPoeUpgrade, Exception::None, kForwarder);
-    ADD(bspPoeDebugAllInfoGet, (), kExchange);
-    ADD(bspPoeDebugPortInfoGet, (1), kExchange);
-    ADD(bspPoeDebugSwVersionGet, (), kExchange);
+    ADD(bspPoeDebugAllInfoGet, (), kNoSlot, Exception::NeverSucceeds);
+    ADD(bspPoeDebugPortInfoGet, (1), kNoSlot, Exception::NeverSucceeds);
+    ADD(bspPoeDebugSwVersionGet, (), kNoSlot, Exception::NeverSucceeds);
     ADD(bspPoeDebugChipDispatch, (0, 6, vector), kExchange);
     ADD(bspPoeDebugChipDispatchHelp, (-1), Statuses{BSP_E_POE_UNAVAILABLE});
     ADD(bspPoeRtl8239DebugDispatch, (0, 6, vector), kExchange);

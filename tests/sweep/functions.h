@@ -43,6 +43,7 @@ class Output {
 enum class Exception {
     None,
     NeverSucceeds,       // no board has what it asks for
+    StoresNothing,       // nor what it is to answer
     StoresBeforeFailure, // the output holds what was read before the failure
     ReleasesLockTwice,   // also closes the lock file's descriptor a second time
 };
