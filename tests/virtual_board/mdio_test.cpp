@@ -45,7 +45,7 @@ class MdioTest : public VirtualBoardTest {
         int error() const { return error_; }
         int fd() const { return fd_; }
         volatile uint32_t &command() const {
-            return *reinterpret_cast<volatile uint32_t *>(static_cast<char *>(memory_) + kCommand);
+            return static_cast<volatile uint32_t *>(memory_)[kCommand / sizeof(uint32_t)];
         }
         /** Gives a command and polls; how many polls found it busy, up to most. */
         uint32_t run(uint32_t word, uint32_t most = 100) const {
