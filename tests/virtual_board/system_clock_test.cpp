@@ -277,6 +277,7 @@ TEST_F(SystemClockTest, RefusesWhatTheKernelDoes) {
     EXPECT_EQ(wideCalls().set(CLOCK_REALTIME, kLastSecond + 1, 0), EINVAL);
     EXPECT_EQ(wideCalls().set(CLOCK_REALTIME, INT64_MAX, 0), EINVAL);
     EXPECT_EQ(wideCalls().setDay(kLastSecond + 1, 0, nullptr), EINVAL);
+    EXPECT_EQ(wideCalls().setDay(kIn2030, INT64_MAX / 1000 + 1, nullptr), EINVAL);
     EXPECT_FALSE(isSet());
     EXPECT_EQ(wideCalls().set(CLOCK_REALTIME, kLastSecond, 999999999), 0);
     EXPECT_TRUE(isSet());
