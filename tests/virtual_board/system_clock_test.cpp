@@ -200,6 +200,11 @@ TEST_F(SystemClockTest, ABoardStartsWithTheHostsTime) {
     for (const Calls &calls : allCalls()) {
         SCOPED_TRACE(calls.name);
         expectReadings(calls, hostSeconds());
+        const auto before = static_cast<int64_t>(vb::hostNow());
+        const Moment now = calls.get(CLOCK_REALTIME);
+        const int64_t read = now.seconds * 1000000000 + now.fraction;
+        EXPECT_LE(before, read);
+        EXPECT_LE(read, static_cast<int64_t>(vb::hostNow()));
     }
     EXPECT_FALSE(isSet());
 }
@@ -253,7 +258,8 @@ TEST_F(SystemClockTest, AFractionIsSetAndReadToTheNanosecond) {
 }
 
 TEST_F(SystemClockTest, Year2051NeedsWideSeconds) {
-    for (const int64_t seconds : {int64_t{0x80000000}, kIn2051, kLastSecond - kLate}) {
+    for (const int64_t seconds :
+         {int64_t{0x80000000}, kIn2051, int64_t{0x100000000} + 1000, kLastSecond - kLate}) {
         EXPECT_EQ(wideCalls().set(CLOCK_REALTIME, seconds, 0), 0);
         expectReadings(wideCalls(), seconds);
         EXPECT_EQ(wideCalls().setDay(seconds, 0, nullptr), 0);
