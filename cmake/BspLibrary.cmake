@@ -58,7 +58,7 @@ add_library(bsp_objects OBJECT
 set_source_files_properties(chassis/clock.cpp PROPERTIES
   COMPILE_DEFINITIONS "_TIME_BITS=64;_FILE_OFFSET_BITS=64")
 target_include_directories(bsp_objects PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
-target_link_libraries(bsp_objects PRIVATE bsp_warnings bsp_all_sanitizers bsp_bare)
+target_link_libraries(bsp_objects PRIVATE bsp_warnings bsp_all_sanitizers bsp_coverage bsp_bare)
 
 # The exported names are listed in one file; the linker exports these and nothing else.
 set(BSP_EXPORTS ${PROJECT_SOURCE_DIR}/cmake/exports.txt)
@@ -74,11 +74,14 @@ add_library(bsp::bsp ALIAS bsp) # its name in the installed package
 set_target_properties(bsp PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1
                                      LINK_DEPENDS "${version_script}")
 target_link_options(bsp PRIVATE -Wl,--version-script=${version_script})
-target_link_libraries(bsp PRIVATE $<BUILD_INTERFACE:bsp_sanitizers>)
+target_link_libraries(bsp PRIVATE $<BUILD_INTERFACE:bsp_sanitizers> $<BUILD_INTERFACE:bsp_coverage>)
 bsp_link_bare(bsp)
 
 add_library(bsp_static STATIC $<TARGET_OBJECTS:bsp_objects>)
 set_target_properties(bsp_static PROPERTIES OUTPUT_NAME bsp LINKER_LANGUAGE C)
+if(BSP_COVERAGE)
+  target_link_options(bsp_static INTERFACE $<BUILD_INTERFACE:--coverage>)
+endif()
 
 foreach(library bsp bsp_static)
   target_include_directories(${library} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>

@@ -3,6 +3,7 @@
 #   bsp_sanitizers  AddressSanitizer; empty unless BSP_SANITIZE is on
 #   bsp_all_sanitizers  UndefinedBehaviorSanitizer too, where records, registers and frames are taken
 #                   apart; tools and tests would take a third longer to build
+#   bsp_coverage    counters of what is run; empty unless BSP_COVERAGE is on
 #   bsp_bare        code that runs without a C++ run-time library: the library itself, and the part of
 #                   the virtual board that is loaded into other programs
 
@@ -25,6 +26,12 @@ target_link_libraries(bsp_all_sanitizers INTERFACE bsp_sanitizers)
 if(BSP_SANITIZE)
   target_compile_options(bsp_all_sanitizers INTERFACE
     -fsanitize=undefined -fno-sanitize-recover=all)
+endif()
+
+add_library(bsp_coverage INTERFACE)
+if(BSP_COVERAGE)
+  target_compile_options(bsp_coverage INTERFACE --coverage -fprofile-abs-path)
+  target_link_options(bsp_coverage INTERFACE --coverage)
 endif()
 
 add_library(bsp_bare INTERFACE)

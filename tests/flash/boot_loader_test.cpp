@@ -3,6 +3,7 @@
 #include "flash/boot_loader.h"
 
 #include "bsp.h"
+#include "tests/support/boot_loader_file.h"
 #include "tests/support/fake_flash.h"
 
 #include <cstring>
@@ -11,45 +12,14 @@
 namespace {
 
 constexpr char kFile[] = "/images/boot.bin";
-constexpr size_t kTrailer = 80;
-
-void put(Bytes &bytes, size_t offset, uint32_t value) {
-    for (size_t i = 0; i < 4; ++i)
-        bytes[offset + i] = static_cast<uint8_t>(value >> (24 - 8 * i));
-}
-
-/** CRC-32 bit by bit, apart from the library's own. */
-uint32_t crcOf(const Bytes &bytes) {
-    uint32_t crc = 0xFFFFFFFF;
-    for (const uint8_t byte : bytes) {
-        crc ^= byte;
-        for (int bit = 0; bit < 8; ++bit)
-            crc = crc >> 1 ^ ((crc & 1) != 0 ? 0xEDB88320 : 0);
-    }
-    return ~crc;
-}
-
-void seal(Bytes &file) {
-    const size_t at = file.size() - kTrailer;
-    const auto trailer = file.begin() + static_cast<ptrdiff_t>(at);
-    put(file, at + 12,
-        crcOf(joined({Bytes(trailer, trailer + 12), Bytes(trailer + 16, file.end())})));
-}
+using boot_loader_file::crcOf;
+using boot_loader_file::kTrailer;
+using boot_loader_file::put;
+using boot_loader_file::seal;
 
 /** A valid upgrade file of so many bytes. */
 Bytes upgradeFile(size_t size) {
-    Bytes file = patterned(size - kTrailer);
-    const uint32_t dataCrc = crcOf(file);
-    Bytes trailer(kTrailer, 0);
-    put(trailer, 0, 0x424F4F54);
-    put(trailer, 4, 0x11223344);
-    put(trailer, 8, 80);
-    put(trailer, 16, 0x55667788);
-    put(trailer, 20, dataCrc);
-    std::memcpy(trailer.data() + 32, "ZENTRAV48_BOOT", 14);
-    file.insert(file.end(), trailer.begin(), trailer.end());
-    seal(file);
-    return file;
+    return boot_loader_file::of(patterned(size - kTrailer));
 }
 
 class BootLoaderTest : public testing::Test {

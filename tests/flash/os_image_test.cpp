@@ -238,6 +238,19 @@ TEST_F(OsImageTest, TheLongestCommandLineHas127Characters) {
     }
 }
 
+TEST_F(OsImageTest, EachCommandLineIsMeasured) {
+    flash.files["f"].content = patterned(600);
+    // The longest of partition names: for all commands, for the image alone, for not even the
+    // erase.
+    constexpr size_t kForAll = 127 - 51, kForErase = 127 - 19;
+    for (const size_t length : {kForAll, kForAll + 1, kForErase, kForErase + 1}) {
+        const std::string device(length, 'd');
+        const Answer answer = flash.run([&] { return bsp_os_image_write(device.c_str(), "f"); });
+        EXPECT_EQ(answer, (length == kForAll ? kSilentSuccess : Answer{-1})) << length;
+        EXPECT_EQ(flash.callsOf("system").empty(), length != kForAll) << length;
+    }
+}
+
 // The header block
 
 TEST_F(OsImageTest, TheHeaderIsDumpedUnderTheLockAndReadBehindIt) {

@@ -1,6 +1,7 @@
 // Copying a flash partition into a file.
 
 #include "bsp.h"
+#include "flash/partition.h"
 #include "tests/support/fake_flash.h"
 
 #include <gtest/gtest.h>
@@ -179,6 +180,11 @@ TEST_F(PartitionReadTest, NeedsBothNames) {
               (Answer{BSP_E_NULL}));
     EXPECT_EQ(flash.run([] { return bsp_mtd_read_to_file(kDevice, nullptr, 0); }),
               (Answer{BSP_E_NULL}));
+    EXPECT_EQ(flash.calls, (Calls{}));
+}
+
+TEST_F(PartitionReadTest, PlacesThatNoFileHasAreNotSought) {
+    EXPECT_EQ(flash.run([] { return bsp::seekTo(1000, UINT64_MAX) ? 1 : 0; }), (Answer{0}));
     EXPECT_EQ(flash.calls, (Calls{}));
 }
 

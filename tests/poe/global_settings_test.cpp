@@ -84,6 +84,8 @@ const Call kInvalid[] = {
     [] { return rtl8239CmdPortPairMappingSet(0, 1, 0, 0, -1, 0x20); },
     [] { return rtl8239CmdPortPairMappingSet(0, 1, 0, 0, 8, 0x20); },
     [] { return rtl8239CmdPortPairMappingSet(0, 1, 0, 0, 254, 0x20); },
+    [] { return rtl8239CmdPortPairMappingSet(0, 1, 0, 0, 1, -1); },
+    [] { return rtl8239CmdPortPairMappingSet(0, 1, 0, 0, 1, 256); },
     [] { return rtl8239CmdGlobalParamSet(32999, 57000); },
     [] { return rtl8239CmdGlobalParamSet(49001, 57000); },
     [] { return rtl8239CmdGlobalParamSet(33000, 56999); },

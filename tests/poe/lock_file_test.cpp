@@ -37,6 +37,14 @@ TEST_F(LockFileTest, IsHeldFromOpenToClose) {
     EXPECT_EQ(fcntl(fd, F_GETFD), -1);
 }
 
+TEST_F(LockFileTest, NeedNotTellHowLockingWent) {
+    const int32_t fd = bspPoeLockFileOpen(nullptr);
+    EXPECT_GT(fd, 0);
+    EXPECT_FALSE(isFree());
+    bspPoeLockFileClose(fd);
+    EXPECT_TRUE(isFree());
+}
+
 TEST_F(LockFileTest, IsUnlockedAlsoWhenAnotherDescriptorSharesTheLock) {
     int32_t result = 0;
     const int32_t fd = bspPoeLockFileOpen(&result);

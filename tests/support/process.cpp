@@ -1,5 +1,7 @@
 #include "tests/support/process.h"
 
+#include "tests/support/host_clock.h"
+
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -46,6 +48,7 @@ std::vector<std::string> emulated(const std::vector<std::string> &argv,
 /** Executes a program of the build, under the emulator where it needs one. */
 [[noreturn]] void executeBuilt(const std::vector<std::string> &argv,
                                const Environment &environment) {
+    protectHostClock();
     if (isEmulated())
         execute(emulated(argv, environment), {});
     execute(argv, environment);

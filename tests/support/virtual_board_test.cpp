@@ -1,6 +1,7 @@
 #include "tests/support/virtual_board_test.h"
 
 #include "tests/support/files.h"
+#include "tests/support/host_clock.h"
 #include "virtual_board/os/seam.h"
 #include "virtual_board/words/trace_text.h"
 
@@ -40,7 +41,9 @@ void forgetTime(vb::Devices &devices) {
     devices.clockChip = {};
 }
 
-VirtualBoardTest::VirtualBoardTest(uint32_t devId) : devId_(devId) {}
+VirtualBoardTest::VirtualBoardTest(uint32_t devId) : devId_(devId) {
+    protectHostClock();
+}
 
 VirtualBoardTest::~VirtualBoardTest() {
     vb::detachBoard();

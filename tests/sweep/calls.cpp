@@ -1,6 +1,7 @@
 #include "tests/sweep/calls.h"
 
 #include "bsp.h"
+#include "virtual_board/os/seam.h"
 
 #include <cerrno>
 #include <cstdarg>
@@ -32,13 +33,6 @@ std::set<int> descriptors;
 std::set<std::FILE *> files;
 std::set<void *> memory;
 std::set<void *> mappings;
-
-// The page of the MDIO command register. The host's own memory is never opened.
-alignas(4096) uint32_t mdioPage[1024];
-constexpr size_t kMdioCommand = 0x7F4 / sizeof(uint32_t);
-constexpr uint32_t kMdioBusy = 1;
-constexpr uint32_t kMdioError = 1u << 28;
-bool isStuck = false; // busy for good
 
 /** The way in which this call is to fail, or kNotFailing. */
 int wayOf(const char *name, uint32_t ways) {
@@ -79,7 +73,6 @@ void sweep::begin(const Failure &wanted) {
     files.clear();
     memory.clear();
     mappings.clear();
-    isStuck = false;
 }
 
 Outcome sweep::end() {
@@ -115,6 +108,10 @@ int swept_munmap(void *address, size_t size);
 int swept_usleep(useconds_t us);
 int swept_clock_settime(clockid_t clock, const void *time);
 int swept_clock_settime64(clockid_t clock, const void *time);
+
+// The seam's calls of these names, whose times are of the size that the name stands for.
+int setClock(clockid_t clock, const void *time) __asm__("clock_settime");
+int setClock64(clockid_t clock, const void *time) __asm__("__clock_settime64");
 }
 
 int swept_open(const char *path, int flags, ...) {
@@ -122,8 +119,6 @@ int swept_open(const char *path, int flags, ...) {
     va_start(arguments, flags);
     const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
-    if (std::strcmp(path, "/dev/mem") == 0)
-        path = "/dev/null"; // what is mapped is the sweep's
     return wayOf("open", 1) == 0 ? failed(EMFILE, -1) : opened(open(path, flags, mode));
 }
 
@@ -257,44 +252,47 @@ int swept_system(const char *command) {
     }
 }
 
-void *swept_mmap(void *, size_t, int, int, int, off_t) {
+void *swept_mmap(void *address, size_t size, int access, int flags, int fd, off_t offset) {
     if (wayOf("mmap", 1) == 0)
         return failed(EPERM, MAP_FAILED);
-    mappings.insert(mdioPage);
-    return mdioPage;
+    void *mapping = mmap(address, size, access, flags, fd, offset);
+    if (mapping != MAP_FAILED)
+        mappings.insert(mapping);
+    return mapping;
 }
 
-int swept_munmap(void *address, size_t) {
+int swept_munmap(void *address, size_t size) {
     const int way = wayOf("munmap", 1);
-    mappings.erase(address); // the mapping is gone also when its end reports an error
-    return way == 0 ? failed(EINVAL, -1) : 0;
+    mappings.erase(address);
+    const int result = munmap(address, size); // the mapping is gone also when this reports an error
+    return way == 0 ? failed(EINVAL, -1) : result;
 }
 
-// No sleep fails, but the PHYs may have done their work meanwhile, or not, or wrongly.
+// No sleep fails, but the MDIO controller may do its work meanwhile, or not, or wrongly.
 int swept_usleep(useconds_t us) {
     if (mappings.empty())
         return usleep(us);
-    if ((mdioPage[kMdioCommand] & kMdioBusy) == 0)
-        return 0;
-    switch (isStuck ? 0 : wayOf("PHY", 2)) {
+    vb::MdioState &controller = vb::attachedFolder()->board()->devices.mdio.state;
+    if (controller == vb::MdioState::Stuck)
+        return 0; // for good: thousands of polls need not ask
+    switch (wayOf("controller", 2)) {
     case 0:
-        isStuck = true;
-        return 0;
+        controller = vb::MdioState::Stuck;
+        break;
     case 1:
-        mdioPage[kMdioCommand] |= kMdioError;
-        return 0;
+        controller = vb::MdioState::Error;
+        break;
     default:
-        mdioPage[kMdioCommand] &= ~kMdioBusy;
-        return 0;
+        break;
     }
+    return usleep(us);
 }
 
-// The host's clock is never set.
-int swept_clock_settime(clockid_t, const void *) {
-    return wayOf("clock_settime", 1) == 0 ? failed(EPERM, -1) : 0;
+int swept_clock_settime(clockid_t clock, const void *time) {
+    return wayOf("clock_settime", 1) == 0 ? failed(EPERM, -1) : setClock(clock, time);
 }
 
 // Its name on 32-bit systems.
 int swept_clock_settime64(clockid_t clock, const void *time) {
-    return swept_clock_settime(clock, time);
+    return wayOf("clock_settime", 1) == 0 ? failed(EPERM, -1) : setClock64(clock, time);
 }

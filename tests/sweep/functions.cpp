@@ -1,6 +1,5 @@
 #include "tests/sweep/functions.h"
 
-#include <cerrno>
 #include <cstring>
 
 namespace sweep {
@@ -20,17 +19,16 @@ const Statuses kNothing = {};
 const Statuses kUnsupported = {BSP_E_NOT_SUPPORTED};
 const Statuses kRequest = {BSP_E_FAILED, kRefused};
 const Statuses kDeviceId = kRequest + Statuses{BSP_E_OPEN};
-const Statuses kBranch = kRequest + Statuses{-ENXIO}; // nothing may be there
-const Statuses kClock = kDeviceId + kBranch;
-const Statuses kTransceiver = kDeviceId + Statuses{BSP_E_FAILED};
 const Statuses kMdio = {BSP_E_OPEN, BSP_E_MAP, BSP_E_FAILED, BSP_E_TIMEOUT};
 const Statuses kEeprom = {BSP_E_FAILED};
+const Statuses kTransceiver = kDeviceId + kEeprom;
 const Statuses kRecordGet = kEeprom + Statuses{BSP_E_NO_MEMORY};
 const Statuses kDevinfo = kDeviceId + kRecordGet;
 const Statuses kPowerInfo = kDeviceId + Statuses{BSP_E_FAILED};
 const Statuses kExchange = {BSP_E_POE_UNAVAILABLE, BSP_E_POE_WRITE,   BSP_E_POE_READ,
                             BSP_E_POE_FRAME,       BSP_E_POE_CONTENT, BSP_E_POE_STATUS,
                             BSP_E_POE_LOCK};
+const Statuses kNoSlot = {BSP_E_POE_UNAVAILABLE}; // of the driver
 const Statuses kAppStatus = {BSP_E_POE_UNAVAILABLE, BSP_E_POE_OPEN};
 const Statuses kPoeInit = kExchange + kRequest + Statuses{BSP_E_POE_OPEN};
 const Statuses kPoeUpgrade = kExchange + Statuses{BSP_E_POE_INVALID, BSP_E_POE_NO_MEMORY,
@@ -108,15 +106,15 @@ void addRequests(Table &table, const char *image) {
     ADD(bspI2cRead_handle, (0, 0x51, 0, 1, output.as<uint8_t>(), 4), kRequest);
     ADD(bspI2cWrite_handle, (0, 0x51, 0x300, 1, "abc", 3), kRequest);
     ADD(bspSpiXfer_handle, (0, 0, 0, 0, 0, 0), // no buffer, which the driver refuses
-        kRequest + Statuses{-14});
+        kRequest + Statuses{-14}, Exception::NeverSucceeds);
     ADD(bspGpioDirectionInput_handle, (5), kRequest);
     ADD(bspGpioDirectionOutput_handle, (5, 1), kRequest);
     ADD(bspGpioGetValue_handle, (5, &word), kRequest);
     ADD(bspCpldUpgrade_handle, (programmingBlock(), image), kRequest);
     ADD(bspCpldGet, (1, output.as<uint16_t>()), kRequest);
     ADD(bspCpldSet, (20, 1), kRequest);
-    ADD(bspFpgaGet, (1, output.as<uint16_t>()), kUnsupported);
-    ADD(bspFpgaSet, (1, 1), kUnsupported);
+    ADD(bspFpgaGet, (1, output.as<uint16_t>()), kUnsupported, Exception::NeverSucceeds);
+    ADD(bspFpgaSet, (1, 1), kUnsupported, Exception::NeverSucceeds);
     ADD(bspI2cRead, (0, 0, 0x51, 0, 1, output.as<uint8_t>(), 4), kRequest);
     ADD(bspI2cWrite, (0, 0, 0x51, 0x300, 1, reinterpret_cast<const uint8_t *>("abc"), 3), kRequest);
     ADD(bspGpioDirectionInput, (5), kRequest);
@@ -147,12 +145,12 @@ void addIdentity(Table &table) {
     ADD(ioFrameTypeGet, (0, output.as<uint32_t>()), kNothing);
     ADD(ioSlotTypeGet, (0, output.as<uint32_t>()), kNothing);
     ADD(ioCardTypeGet, (0, output.as<uint32_t>()), kNothing);
-    ADD_BOTH(BoardDescGet, (output.as<char>()), kUnsupported);
-    ADD_BOTH(BoardDescSet, ("text"), kUnsupported);
-    ADD_BOTH(BoardPowerInfoGet, (1, output.as<void>()), kUnsupported);
+    ADD_BOTH(BoardDescGet, (output.as<char>()), kUnsupported, Exception::NeverSucceeds);
+    ADD_BOTH(BoardDescSet, ("text"), kUnsupported, Exception::NeverSucceeds);
+    ADD_BOTH(BoardPowerInfoGet, (1, output.as<void>()), kUnsupported, Exception::NeverSucceeds);
     ADD(bspI2cEepromRead, (0, 0, 0x51, 0, output.as<uint8_t>(), 40), kEeprom,
         Exception::StoresBeforeFailure);
-    ADD(bspI2cEepromWrite, (0, 0, 0x51, 0x300, bytes, 4), kEeprom);
+    ADD(bspI2cEepromWrite, (0, 0, 0x50, 0x300, bytes, 4), kEeprom);
     ADD(bspLocalEepromRead, (0, output.as<uint8_t>(), 40), kEeprom, Exception::StoresBeforeFailure);
     ADD(bspLocalEepromWrite, (0x300, bytes, 4), kEeprom);
     ADD(bspPowerEepromRead, (1, 0, output.as<uint8_t>(), 40), kEeprom,
@@ -168,7 +166,7 @@ void addIdentity(Table &table) {
     ADD_BOTH(MacAddrSet, (0, mac), kDevinfo);
     ADD_BOTH(SerialNumGet, (output.as<char>() + 8, output.as<uint32_t>()), kDevinfo);
     ADD_BOTH(SerialNumSet, ("SN1", 3), kDevinfo);
-    ADD_BOTH(MfgDateGet, (output.as<char>()), kNothing);
+    ADD_BOTH(MfgDateGet, (output.as<char>()), kNothing, Exception::StoresNothing);
     ADD_BOTH(MfgDateSet, ("2026"), kNothing);
     ADD(bsp_crc32_cal, (0, bytes, 4) == 0 ? BSP_E_FAILED : BSP_OK, kNothing);
 }
@@ -205,48 +203,51 @@ void addChassis(Table &table) {
     ADD(bspHwReboot, (), kRequest);
     ADD(ioRebootEx, (1), kNothing);
     ADD_BOTH(PtpTriggerSet, (0), kRequest);
-    ADD_BOTH(SlotPresentGet, (1, output.as<uint32_t>()), kUnsupported);
-    ADD_BOTH(SlotPowerStateSet, (1, 1), kUnsupported);
+    ADD_BOTH(SlotPresentGet, (1, output.as<uint32_t>()), kUnsupported, Exception::NeverSucceeds);
+    ADD_BOTH(SlotPowerStateSet, (1, 1), kUnsupported, Exception::NeverSucceeds);
 }
 
 void addFansAndClock(Table &table) {
     static const BspCalendar calendar = {1, 2, 3, 4, 5, 126};
-    ADD_BOTH(TemperGet, (0, output.as<int32_t>()), kBranch);
+    ADD_BOTH(TemperGet, (0, output.as<int32_t>()), kRequest);
     ADD_BOTH(FanSpeedGet, (1, output.as<uint32_t>()), kDeviceId);
     ADD_BOTH(FanSpeedSet, (1, 5), kRequest);
     ADD_BOTH(FanPresentGet, (1, output.as<uint32_t>()), kDeviceId);
     ADD(bsp_rtc_chip_get,
         (output.as<uint16_t>(), output.as<uint8_t>() + 2, output.as<uint8_t>() + 3,
          output.as<uint8_t>() + 4, output.as<uint8_t>() + 5, output.as<uint8_t>() + 6),
-        kBranch, Exception::StoresBeforeFailure);
-    ADD(bsp_rtc_chip_set, (126, 5, 4, 3, 2, 1), kBranch);
-    ADD_BOTH(RealtimeGet, (output.as<BspCalendar>()), kClock, Exception::StoresBeforeFailure);
-    ADD_BOTH(RealtimeSet, (&calendar), kClock);
-    ADD(bspSysClockSync, (), kClock);
+        kRequest, Exception::StoresBeforeFailure);
+    ADD(bsp_rtc_chip_set, (126, 5, 4, 3, 2, 1), kRequest);
+    ADD_BOTH(RealtimeGet, (output.as<BspCalendar>()), kDeviceId, Exception::StoresBeforeFailure);
+    ADD_BOTH(RealtimeSet, (&calendar), kDeviceId);
+    ADD(bspSysClockSync, (), kDeviceId);
     ADD(bspInit, (), kNothing);
 }
 
 void addTransceivers(Table &table) {
+    constexpr uint32_t kOptical = 49, kCopper = 50; // modules of these kinds are plugged there
     static const uint8_t bytes[40] = {};
-    ADD(bspLaserSfpRead, (49, 0x50, 0, output.as<uint8_t>(), 40), kTransceiver,
+    ADD(bspLaserSfpRead, (kOptical, 0x50, 0, output.as<uint8_t>(), 40), kTransceiver,
         Exception::StoresBeforeFailure);
-    ADD(bspLaserSfpWrite, (49, 0x50, 0, bytes, 40), kTransceiver);
-    ADD_BOTH(LaserBasicGet, (49, 0, output.as<uint8_t>()), kTransceiver);
-    ADD_BOTH(LaserAdvanceGet, (49, 0, output.as<uint8_t>()), kTransceiver);
-    ADD_BOTH(LaserPhyGet, (49, 0, output.as<uint16_t>()), kTransceiver,
+    ADD(bspLaserSfpWrite, (kOptical, 0x51, 128, bytes, 40), kTransceiver);
+    ADD_BOTH(LaserBasicGet, (kOptical, 0, output.as<uint8_t>()), kTransceiver);
+    ADD_BOTH(LaserAdvanceGet, (kOptical, 0, output.as<uint8_t>()), kTransceiver);
+    ADD_BOTH(LaserPhyGet, (kCopper, 0, output.as<uint16_t>()), kTransceiver,
              Exception::StoresBeforeFailure);
-    ADD_BOTH(LaserPhySet, (49, 0, 1), kTransceiver);
-    ADD(bspElectricModerTypeGet, (49, output.as<uint16_t>()), kTransceiver,
+    ADD_BOTH(LaserPhySet, (kCopper, 0, 1), kTransceiver);
+    ADD(bspElectricModerTypeGet, (kCopper, output.as<uint16_t>()), kTransceiver,
         Exception::StoresBeforeFailure);
-    ADD(bspLaserQsfpRead, (49, 0, output.as<uint8_t>(), 1), kUnsupported);
-    ADD(bspLaserQsfpWrite, (49, 0, 1), kUnsupported);
-    ADD(ioLaserQsfpGet, (49, 0, output.as<uint8_t>()), kUnsupported);
-    ADD(ioLaserQsfpSet, (49, 0, 1), kUnsupported);
-    ADD_BOTH(LaserPresentGet, (49, output.as<uint32_t>()), kDeviceId);
-    ADD_BOTH(LaserControlSet, (49, 1), kDeviceId);
-    ADD_BOTH(LaserControlGet, (49, output.as<uint32_t>()), kDeviceId);
-    ADD_BOTH(LaserRxLosGet, (49, output.as<uint32_t>()), kDeviceId);
-    ADD_BOTH(LaserTxfaultGet, (49, output.as<uint32_t>()), kDeviceId);
+    ADD(bspLaserQsfpRead, (kOptical, 0, output.as<uint8_t>(), 1), kUnsupported,
+        Exception::NeverSucceeds);
+    ADD(bspLaserQsfpWrite, (kOptical, 0, 1), kUnsupported, Exception::NeverSucceeds);
+    ADD(ioLaserQsfpGet, (kOptical, 0, output.as<uint8_t>()), kUnsupported,
+        Exception::NeverSucceeds);
+    ADD(ioLaserQsfpSet, (kOptical, 0, 1), kUnsupported, Exception::NeverSucceeds);
+    ADD_BOTH(LaserPresentGet, (kOptical, output.as<uint32_t>()), kDeviceId);
+    ADD_BOTH(LaserControlSet, (kOptical, 1), kDeviceId);
+    ADD_BOTH(LaserControlGet, (kOptical, output.as<uint32_t>()), kDeviceId);
+    ADD_BOTH(LaserRxLosGet, (kOptical, output.as<uint32_t>()), kDeviceId);
+    ADD_BOTH(LaserTxfaultGet, (kOptical, output.as<uint32_t>()), kDeviceId);
 }
 
 void addMdio(Table &table) {
@@ -318,9 +319,9 @@ void addPoeService(Table &table, const Files &files) {
     ADD(bspPoeOptDriver, (&port, BSP_POE_PORT_POWER_GET, output.as<void>()), kExchange);
     ADD_BOTH(PoeDeviceInit, (), kPoeInit, Exception::None, kForwarder);
     ADD_BOTH(PoeAppUpgradeSet, (firmware), kPoeUpgrade, Exception::None, kForwarder);
-    ADD(bspPoeDebugAllInfoGet, (), kExchange);
-    ADD(bspPoeDebugPortInfoGet, (1), kExchange);
-    ADD(bspPoeDebugSwVersionGet, (), kExchange);
+    ADD(bspPoeDebugAllInfoGet, (), kNoSlot, Exception::NeverSucceeds);
+    ADD(bspPoeDebugPortInfoGet, (1), kNoSlot, Exception::NeverSucceeds);
+    ADD(bspPoeDebugSwVersionGet, (), kNoSlot, Exception::NeverSucceeds);
     ADD(bspPoeDebugChipDispatch, (0, 6, vector), kExchange);
     ADD(bspPoeDebugChipDispatchHelp, (-1), Statuses{BSP_E_POE_UNAVAILABLE});
     ADD(bspPoeRtl8239DebugDispatch, (0, 6, vector), kExchange);

@@ -20,8 +20,11 @@ class Output {
 
     template <typename Type>
     Type *as() {
+        isAskedFor_ = true;
         return static_cast<Type *>(static_cast<void *>(bytes_.data())); // aligned for all
     }
+    /** Whether the call has been given it. */
+    bool isAskedFor() const { return isAskedFor_; }
     bool isUntouched() const {
         for (const uint8_t byte : bytes_) {
             if (byte != kUntouched)
@@ -33,11 +36,14 @@ class Output {
   private:
     static constexpr uint8_t kUntouched = 0xE7;
     alignas(8) std::array<uint8_t, 1024> bytes_;
+    bool isAskedFor_ = false;
 };
 
 /** What of the rules a function is free from, by its documentation. */
 enum class Exception {
     None,
+    NeverSucceeds,       // no board has what it asks for
+    StoresNothing,       // nor what it is to answer
     StoresBeforeFailure, // the output holds what was read before the failure
     ReleasesLockTwice,   // also closes the lock file's descriptor a second time
 };

@@ -144,6 +144,25 @@ TEST_F(MdioTest, ALaterCommandReplacesTheOneUnderWay) {
     EXPECT_EQ(get("mdio.2.2"), "0x2222");
 }
 
+TEST_F(MdioTest, ACommandThatIsTakenBackStartsAnew) {
+    const Page page;
+    set("mdio.busy-polls", "5");
+    page.command() = readWord(1, 1);
+    usleep(1);
+    usleep(1);
+    page.command() = 0;
+    usleep(1);
+    EXPECT_EQ(page.command(), 0u);
+    EXPECT_EQ(page.run(readWord(1, 1)), 5u);
+}
+
+TEST_F(MdioTest, AnAnswerReplacesTheDataOfTheCommand) {
+    set("mdio.3.5", "0x1234");
+    const Page page;
+    page.run(0xFFFFu << 12 | readWord(3, 5));
+    EXPECT_EQ(page.data(), 0x1234);
+}
+
 TEST_F(MdioTest, ACommandThatNobodyWaitsForEndsAllTheSame) {
     Page page;
     set("mdio.busy-polls", "50");

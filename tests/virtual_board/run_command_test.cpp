@@ -91,6 +91,15 @@ TEST_F(RunTest, VirtualTimeHoldsForWholeShellScripts) {
     EXPECT_EQ(vboard({"get", board(), "clock"}), "600.000000000\n");
 }
 
+TEST_F(RunTest, TheSystemClockThatAProgramSetsIsTheBoards) {
+    EXPECT_EQ(onBoard({"date", "-u", "-s", "@2570445296", "+%F"}).out, "2051-06-15\n");
+    EXPECT_EQ(onBoard({"date", "-u", "+%F"}).out, "2051-06-15\n");
+    EXPECT_NE(run({"date", "-u", "+%F"}).out, "2051-06-15\n");
+    EXPECT_NE(vboard({"get", board(), "system-clock"}), "host\n");
+    EXPECT_NE(onBoard({"date", "-u", "-s", "@-1"}).exitCode, 0);
+    EXPECT_EQ(onBoard({"date", "-u", "+%F"}).out, "2051-06-15\n");
+}
+
 TEST_F(RunTest, ShellsFindTheToolsOfTheBoard) {
     const ProcessResult result =
         onBoard({"sh", "-c", "flash_erase -q /dev/mtd12 0 0 && stty -F /dev/ttyS0 9600"});

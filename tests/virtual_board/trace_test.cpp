@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "tests/support/virtual_board_test.h"
+#include "tests/support/world.h"
 #include "virtual_board/words/trace_json.h"
 
 #include <cerrno>
@@ -96,6 +97,26 @@ TEST_F(TraceTest, GpioRequestsAsJson) {
                                       "errno": 0})"));
     bspGpioDirectionInput(3);
     EXPECT_EQ(last(), json::parse(R"({"kind": "gpio-input", "line": 3, "result": 0, "errno": 0})"));
+}
+
+TEST_F(TraceTest, MdioCommandsAsJson) {
+    EXPECT_EQ(bsp_smi_write(0, 3, 0, 31, 0xABCD), BSP_OK);
+    EXPECT_EQ(last(), json::parse(R"({"kind": "mdio-write", "first": 3, "second": 31,
+                                      "value": 43981, "errno": 0})"));
+    uint32_t value = 0;
+    EXPECT_EQ(bsp_smi_read(0, 3, 0, 31, &value), BSP_OK);
+    EXPECT_EQ(last(), json::parse(R"({"kind": "mdio-read", "first": 3, "second": 31,
+                                      "value": 43981, "errno": 0})"));
+    world::set("mdio.state", "error");
+    EXPECT_EQ(bsp_smi_read(0, 31, 0, 2, &value), BSP_E_FAILED);
+    EXPECT_EQ(last(), json({{"kind", "mdio-read"},
+                            {"first", 31},
+                            {"second", 2},
+                            {"value", nullptr},
+                            {"errno", EIO}}));
+    EXPECT_EQ(bsp_smi_write(0, 31, 0, 2, 1), BSP_E_FAILED);
+    EXPECT_EQ(last()["kind"], "mdio-write");
+    EXPECT_EQ(last()["errno"], EIO);
 }
 
 TEST_F(TraceTest, OtherRequestsOpensAndSleepsAsJson) {

@@ -1,5 +1,5 @@
 // The system clock. A program that sets it sets the board's, which from then on is so far off the
-// host's; the host's own stays as it is. Only CLOCK_REALTIME is concerned.
+// host's; the host's own stays as it is. Of the kernel's clocks only this one is concerned.
 
 #include "virtual_board/os/seam.h"
 #include "virtual_board/os/timespec64.h"
@@ -13,9 +13,12 @@ namespace {
 constexpr int64_t kNsPerSecond = 1000000000;
 constexpr int64_t kNsPerMicrosecond = 1000;
 
-template <typename Time>
-int64_t nsOf(const Time &time) {
-    return static_cast<int64_t>(time.tv_sec) * kNsPerSecond + time.tv_nsec;
+// Where the kernel's time ends: 30 years before its nanoseconds do, so that it can run on.
+constexpr int64_t kEndOfTime = 8277292036;
+
+int refused(int error) {
+    errno = error;
+    return -1;
 }
 
 /** How far the board's clock is ahead; 0 where nobody has set it. */
@@ -24,42 +27,98 @@ int64_t offsetNs() {
     return folder != nullptr ? folder->board()->clock.systemOffsetNs : 0;
 }
 
-/** Moves a time of the host's by so much. */
-template <typename Time>
-void move(Time *time, int64_t ns) {
-    const int64_t moved = nsOf(*time) + ns;
-    time->tv_sec = static_cast<decltype(time->tv_sec)>(moved / kNsPerSecond);
-    time->tv_nsec = static_cast<decltype(time->tv_nsec)>(moved % kNsPerSecond);
+int64_t boardNow() {
+    return static_cast<int64_t>(vb::hostNow()) + offsetNs();
 }
 
-/** Sets the board's clock; false when the call is not for it. */
-template <typename Time>
-bool setClock(clockid_t clock, const Time *time) {
-    const vb::BoardFolder *folder = vb::attachedFolder();
-    if (folder == nullptr || clock != CLOCK_REALTIME || time == nullptr)
-        return false;
-    const vb::BoardLock lock(*folder);
-    folder->board()->clock.systemOffsetNs = nsOf(*time) - static_cast<int64_t>(vb::hostNow());
-    return true;
+bool isReadFromBoard(clockid_t clock) {
+    return (clock == CLOCK_REALTIME || clock == CLOCK_REALTIME_COARSE) && offsetNs() != 0;
 }
 
-/** Moves what the C library has answered to a question for a clock. */
+bool isSetOnBoard(clockid_t clock) {
+    return clock == CLOCK_REALTIME && vb::attachedFolder() != nullptr;
+}
+
+/** Sets the board's clock, or refuses what the kernel does. */
+int setClock(int64_t seconds, int64_t ns) {
+    if (seconds < 0 || seconds >= kEndOfTime || ns < 0 || ns >= kNsPerSecond)
+        return refused(EINVAL);
+    const vb::BoardFolder &folder = *vb::attachedFolder();
+    const vb::BoardLock lock(folder);
+    folder.board()->clock.systemOffsetNs =
+        seconds * kNsPerSecond + ns - static_cast<int64_t>(vb::hostNow());
+    return 0;
+}
+
+template <typename Time>
+int setClock(const Time *time) {
+    return time != nullptr ? setClock(time->tv_sec, time->tv_nsec) : refused(EFAULT);
+}
+
+/** Without a time it is the zone that is set, which a board has none of. */
+template <typename Time>
+int setTimeOfDay(const Time *time, const void *zone) {
+    if (time == nullptr)
+        return 0;
+    if (zone != nullptr || time->tv_usec < 0 || time->tv_usec >= kNsPerSecond / kNsPerMicrosecond)
+        return refused(EINVAL);
+    return setClock(time->tv_sec, time->tv_usec * kNsPerMicrosecond);
+}
+
+/** Stores the board's time; seconds of 32 bits may not hold it. */
+template <typename Seconds, typename Fraction>
+int storeNow(Seconds &seconds, Fraction &fraction, int64_t nsOfFraction) {
+    const int64_t now = boardNow();
+    const auto whole = static_cast<Seconds>(now / kNsPerSecond);
+    if (whole != now / kNsPerSecond)
+        return refused(EOVERFLOW);
+    seconds = whole;
+    fraction = static_cast<Fraction>(now % kNsPerSecond / nsOfFraction);
+    return 0;
+}
+
+/** Replaces what the C library has answered to a question for a clock. */
 template <typename Time>
 int answer(int result, clockid_t clock, Time *time) {
-    if (result == 0 && clock == CLOCK_REALTIME && time != nullptr)
-        if (const int64_t ns = offsetNs(); ns != 0)
-            move(time, ns);
-    return result;
+    return result == 0 && isReadFromBoard(clock) ? storeNow(time->tv_sec, time->tv_nsec, 1)
+                                                 : result;
+}
+
+template <typename Time>
+int answerTimeOfDay(int result, Time *time) {
+    return result == 0 && isReadFromBoard(CLOCK_REALTIME) && time != nullptr
+               ? storeNow(time->tv_sec, time->tv_usec, kNsPerMicrosecond)
+               : result;
+}
+
+template <typename Seconds>
+Seconds answerSeconds(Seconds now, Seconds *out) {
+    int64_t fraction = 0;
+    if (isReadFromBoard(CLOCK_REALTIME) && storeNow(now, fraction, 1) != 0)
+        now = -1;
+    else if (out != nullptr)
+        *out = now;
+    return now;
 }
 
 } // namespace
 
 VB_SEAM(int, clock_settime, clockid_t clock, const timespec *time) {
-    return setClock(clock, time) ? 0 : VB_NEXT(clock_settime)(clock, time);
+    return isSetOnBoard(clock) ? setClock(time) : VB_NEXT(clock_settime)(clock, time);
 }
 
 VB_SEAM(int, __clock_settime64, clockid_t clock, const vb::Timespec64 *time) {
-    return setClock(clock, time) ? 0 : VB_NEXT(__clock_settime64)(clock, time);
+    return isSetOnBoard(clock) ? setClock(time) : VB_NEXT(__clock_settime64)(clock, time);
+}
+
+VB_SEAM(int, settimeofday, const timeval *time, const void *zone) {
+    return isSetOnBoard(CLOCK_REALTIME) ? setTimeOfDay(time, zone)
+                                        : VB_NEXT(settimeofday)(time, zone);
+}
+
+VB_SEAM(int, __settimeofday64, const vb::Timeval64 *time, const void *zone) {
+    return isSetOnBoard(CLOCK_REALTIME) ? setTimeOfDay(time, zone)
+                                        : VB_NEXT(__settimeofday64)(time, zone);
 }
 
 VB_SEAM(int, clock_gettime, clockid_t clock, timespec *time) {
@@ -71,25 +130,17 @@ VB_SEAM(int, __clock_gettime64, clockid_t clock, vb::Timespec64 *time) {
 }
 
 VB_SEAM(time_t, time, time_t *out) {
-    const time_t now = VB_NEXT(time)(nullptr) + static_cast<time_t>(offsetNs() / kNsPerSecond);
-    if (out != nullptr)
-        *out = now;
-    return now;
+    return answerSeconds(VB_NEXT(time)(nullptr), out);
 }
 
 VB_SEAM(int64_t, __time64, int64_t *out) {
-    const int64_t now = VB_NEXT(__time64)(nullptr) + offsetNs() / kNsPerSecond;
-    if (out != nullptr)
-        *out = now;
-    return now;
+    return answerSeconds(VB_NEXT(__time64)(nullptr), out);
 }
 
 VB_SEAM(int, gettimeofday, timeval *time, void *zone) {
-    const int result = VB_NEXT(gettimeofday)(time, zone);
-    if (const int64_t ns = offsetNs(); result == 0 && time != nullptr && ns != 0) {
-        timespec moved = {time->tv_sec, static_cast<long>(time->tv_usec * kNsPerMicrosecond)};
-        move(&moved, ns);
-        *time = {moved.tv_sec, static_cast<suseconds_t>(moved.tv_nsec / kNsPerMicrosecond)};
-    }
-    return result;
+    return answerTimeOfDay(VB_NEXT(gettimeofday)(time, zone), time);
+}
+
+VB_SEAM(int, __gettimeofday64, vb::Timeval64 *time, void *zone) {
+    return answerTimeOfDay(VB_NEXT(__gettimeofday64)(time, zone), time);
 }

@@ -16,4 +16,10 @@ struct Timespec64 {
 #endif
 };
 
+/** And instead of a timeval. */
+struct Timeval64 {
+    int64_t tv_sec;
+    int64_t tv_usec;
+};
+
 } // namespace vb
