@@ -43,6 +43,15 @@ bool setClock(clockid_t clock, const Time *time) {
     return true;
 }
 
+/** Whole seconds on the board's clock; what the C library has answered where nobody has set it.
+ * Both fractions count, and the C library's answer to this question is a little behind its other
+ * clocks.
+ */
+int64_t wholeSeconds(int64_t answered) {
+    const int64_t ns = offsetNs();
+    return ns == 0 ? answered : (static_cast<int64_t>(vb::hostNow()) + ns) / kNsPerSecond;
+}
+
 /** Moves what the C library has answered to a question for a clock. */
 template <typename Time>
 int answer(int result, clockid_t clock, Time *time) {
@@ -71,14 +80,14 @@ VB_SEAM(int, __clock_gettime64, clockid_t clock, vb::Timespec64 *time) {
 }
 
 VB_SEAM(time_t, time, time_t *out) {
-    const time_t now = VB_NEXT(time)(nullptr) + static_cast<time_t>(offsetNs() / kNsPerSecond);
+    const auto now = static_cast<time_t>(wholeSeconds(VB_NEXT(time)(nullptr)));
     if (out != nullptr)
         *out = now;
     return now;
 }
 
 VB_SEAM(int64_t, __time64, int64_t *out) {
-    const int64_t now = VB_NEXT(__time64)(nullptr) + offsetNs() / kNsPerSecond;
+    const int64_t now = wholeSeconds(VB_NEXT(__time64)(nullptr));
     if (out != nullptr)
         *out = now;
     return now;
