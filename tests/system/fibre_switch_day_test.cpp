@@ -21,17 +21,6 @@ class FibreSwitchDay : public UnitTest {
     std::string pluggedPorts() const;
 };
 
-/** What is said of every unit without software and settings. */
-Lines withEmptyFlash(Lines lines) {
-    for (const char *finding :
-         {"warning boot settings: none is stored, the defaults hold; set them with 'iodbg boot "
-          "set'",
-          "warning bank 0: holds no image; write one with 'iodbg upgrade os FILE --bank 0'",
-          "warning bank 1: holds no image; write one with 'iodbg upgrade os FILE --bank 1'"})
-        lines.emplace_back(finding);
-    return lines;
-}
-
 std::string FibreSwitchDay::pluggedPorts() const {
     std::string ports;
     const Json answer = json("sfp list");
@@ -45,7 +34,7 @@ std::string FibreSwitchDay::pluggedPorts() const {
 
 void FibreSwitchDay::firstStart() const {
     iodbg("init");
-    EXPECT_EQ(complaints(0), withEmptyFlash({}));
+    EXPECT_EQ(complaints(0), withEmptyFlash());
     EXPECT_EQ(json("show")["board"]["device_id"], 0x0609);
     EXPECT_EQ(json("power")["supply1"]["has_readings"], false);
 }
@@ -71,7 +60,7 @@ void FibreSwitchDay::modulesInAllKindsOfCages() const {
     set("sfp.54.state", "tx-fault");
     set("sfp.16.module", "none");
     iodbg("clock sync");
-    Lines expected = withEmptyFlash({});
+    Lines expected = withEmptyFlash();
     expected.emplace_back(
         "warning SFP port 48: no signal arrives; check fibre or cable, and that the "
         "far end transmits");
@@ -113,7 +102,7 @@ void FibreSwitchDay::aSupplyIsPulled() const {
                         "lamp; replace it"}));
     set("supply.1.present", "yes");
     set("supply.2.input", "good");
-    EXPECT_EQ(complaints(0), withEmptyFlash({}));
+    EXPECT_EQ(complaints(0), withEmptyFlash());
 }
 
 void FibreSwitchDay::aPhyIsAsked() const {
@@ -141,7 +130,7 @@ void FibreSwitchDay::powerIsSwitchedOff() const {
     set("rtc.battery", "good");
     iodbg("clock set 2026-06-01T12:00:00");
     iodbg("clock sync");
-    EXPECT_EQ(complaints(0), withEmptyFlash({}));
+    EXPECT_EQ(complaints(0), withEmptyFlash());
 }
 
 TEST_F(FibreSwitchDay, FromTheCartonToThePowerCut) {

@@ -6,12 +6,7 @@
 
 namespace {
 
-/** What is said of a unit that nobody has given software and settings. */
-const Lines kEmptyFlash = {
-    "warning boot settings: none is stored, the defaults hold; set them with 'iodbg boot set'",
-    "warning bank 0: holds no image; write one with 'iodbg upgrade os FILE --bank 0'",
-    "warning bank 1: holds no image; write one with 'iodbg upgrade os FILE --bank 1'"};
-
+/** What `boot get` tells once the settings are as the installer wants them. */
 constexpr char kSettings[] =
     "{\"mode\":1,\"flag\":2,\"baudrate\":9600,\"console_password\":true,\"user_password\":true,"
     "\"password\":\"s3cret\",\"erased\":false,\"failures\":[]}";
@@ -69,14 +64,14 @@ void PoeSwitchDay::firstStart() const {
     EXPECT_EQ(json("init")["system"].get<std::string>().substr(0, 18), "2024-01-01 00:00:0");
     EXPECT_EQ(
         complaints(5),
-        (Lines{"fault product record: there is none; store one with 'iodbg identity set record "
-               "--file FILE'",
-               "fault serial number: cannot be read: BSP_E_NO_RECORD (1017), the EEPROM holds no "
-               "product information record; write a whole record with 'iodbg identity set record'",
-               "fault MAC address: cannot be read: BSP_E_NO_RECORD (1017), the EEPROM holds no "
-               "product information record; write a whole record with 'iodbg identity set record'",
-               "warning PoE controller: not initialised; run 'iodbg poe init'", kEmptyFlash[0],
-               kEmptyFlash[1], kEmptyFlash[2]}));
+        withEmptyFlash(
+            {"fault product record: there is none; store one with 'iodbg identity set record "
+             "--file FILE'",
+             "fault serial number: cannot be read: BSP_E_NO_RECORD (1017), the EEPROM holds no "
+             "product information record; write a whole record with 'iodbg identity set record'",
+             "fault MAC address: cannot be read: BSP_E_NO_RECORD (1017), the EEPROM holds no "
+             "product information record; write a whole record with 'iodbg identity set record'",
+             "warning PoE controller: not initialised; run 'iodbg poe init'"}));
 }
 
 void PoeSwitchDay::identity() const {
@@ -242,12 +237,12 @@ void PoeSwitchDay::aFanAndASupplyFail() const {
     set("fan.1.present", "no");
     set("supply.2.present", "no");
     iodbg("clock sync");
-    Lines expected = {"fault fan 1: not there; plug it", "fault fan 2: not there; plug it",
-                      "fault supply 1: its lines tell status 1; check its cable and its own lamp; "
-                      "replace it",
-                      "warning supply 2: not plugged; plug it, or live without a spare one"};
-    expected.insert(expected.end(), std::begin(kEmptyFlash), std::end(kEmptyFlash));
-    EXPECT_EQ(complaints(5), expected);
+    EXPECT_EQ(complaints(5),
+              withEmptyFlash(
+                  {"fault fan 1: not there; plug it", "fault fan 2: not there; plug it",
+                   "fault supply 1: its lines tell status 1; check its cable and its own lamp; "
+                   "replace it",
+                   "warning supply 2: not plugged; plug it, or live without a spare one"}));
 }
 
 void PoeSwitchDay::everythingIsRepaired() const {
@@ -260,7 +255,7 @@ void PoeSwitchDay::everythingIsRepaired() const {
     EXPECT_EQ(column(json("fan get")["fans"], "speed_rpm"), "7200 7200");
     iodbg("led set lamp4 off");
     iodbg("led set system 1");
-    EXPECT_EQ(complaints(0), kEmptyFlash);
+    EXPECT_EQ(complaints(0), withEmptyFlash());
 }
 
 void PoeSwitchDay::settings() const {

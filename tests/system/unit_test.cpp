@@ -75,6 +75,16 @@ std::string UnitTest::makeFile(const std::string &name, const std::string &bytes
     return path(name);
 }
 
+Lines withEmptyFlash(Lines findings) {
+    for (const char *finding :
+         {"warning boot settings: none is stored, the defaults hold; set them with 'iodbg boot "
+          "set'",
+          "warning bank 0: holds no image; write one with 'iodbg upgrade os FILE --bank 0'",
+          "warning bank 1: holds no image; write one with 'iodbg upgrade os FILE --bank 1'"})
+        findings.emplace_back(finding);
+    return findings;
+}
+
 std::string column(const Json &rows, const std::string &key) {
     std::string text;
     for (const Json &row : rows)

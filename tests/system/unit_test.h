@@ -50,6 +50,9 @@ class UnitTest : public CommandTest {
     mutable Environment environment_; // asked for once
 };
 
+/** The findings of a unit that nobody has given software and settings, behind others. */
+Lines withEmptyFlash(Lines findings = {});
+
 /** The value of a key in every element of an array: "4 4 0". */
 std::string column(const Json &rows, const std::string &key);
 
