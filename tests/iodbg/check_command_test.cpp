@@ -73,11 +73,20 @@ TEST_F(CheckCommandTest, AFanThatIsSlowerThanTheOthersIsAFault) {
     EXPECT_EQ(verdictOn("fan 4", 0), "good 1800 rpm");
 }
 
+TEST_F(CheckCommandTest, AModelNeedNotHaveFans) {
+    useModel(0x0109);
+    EXPECT_EQ(verdictOn("fan 1", 0), "good none seen");
+    devices().cpld.reg[28] = 0x0014; // the first one turns after all
+    EXPECT_EQ(verdictOn("fan 1", 5), "good 2400 rpm");
+    EXPECT_EQ(verdictOn("fan 2", 5), "fault stands still or is not there");
+}
+
 TEST_F(CheckCommandTest, TheClockIsJudged) {
     iodbg({"i2c", "write", "0", "1", "0x51", "7", "13"}); // a month of 13, counted from 0
     EXPECT_EQ(verdictOn("clock", 5), "fault holds no date and time");
     setWorld("rtc.battery", "empty");
     setWorld("power", "cycle");
+    passSeconds(5); // the PoE controller starts
     EXPECT_EQ(verdictOn("clock", 5), "fault has lost the time");
     EXPECT_EQ(iodbg({"clock", "set", "now"}).exitCode, 0);
     EXPECT_EQ(verdictOn("clock", 0).substr(0, 5), "good ");
