@@ -24,6 +24,7 @@ class PoeSwitchDay : public UnitTest {
     void everythingIsRepaired() const;
     void settings() const;
     void watchdog() const;
+    void anEngineerLooksInside() const;
     void operatingSystemUpgrade() const;
     void bootLoaderAndLogicUpgrade() const;
     void poeFirmwareUpgrade() const;
@@ -151,12 +152,20 @@ void PoeSwitchDay::devicesArePlugged() const {
     iodbg("poe detect 1,2,4");
     EXPECT_EQ(get({"poe.1.state", "poe.2.state", "poe.3.state", "poe.4.state"}),
               (Lines{"delivering", "idle", "idle", "idle"}));
-    iodbg("poe set mode 1 manual");
-    iodbg("poe off 1");
+    iodbg("poe set mode 1 semi");
+    EXPECT_EQ(column(json("poe off 1")["ports"], "delivering"), "false");
     EXPECT_EQ(json("poe info")["poe"]["drawn_mw"], 5500);
+    EXPECT_EQ(column(json("poe on 1")["ports"], "delivering"), "true");
     iodbg("poe set mode 1 auto");
-    iodbg("poe detect 1");
     EXPECT_EQ(json("poe info")["poe"]["drawn_mw"], 23500);
+
+    iodbg("poe set priority 7 1"); // the most important port takes what another one has
+    set("poe.7.device", "class=4 requests=25500 draws=20000");
+    iodbg("poe detect 7");
+    EXPECT_EQ(get({"poe.1.state", "poe.7.state"}), (Lines{"denied", "delivering"}));
+    set("poe.7.device", "none");
+    iodbg("poe detect 7");
+    EXPECT_EQ(get({"poe.1.state", "poe.7.state"}), (Lines{"delivering", "idle"}));
 }
 
 void PoeSwitchDay::modulesArePlugged() const {
@@ -280,6 +289,29 @@ void PoeSwitchDay::watchdog() const {
     EXPECT_EQ(json("poe info")["poe"]["initialised"], false);
 }
 
+void PoeSwitchDay::anEngineerLooksInside() const {
+    EXPECT_EQ(column(json("cpld get 1 2")["registers"], "value"), "1801 4882"); // 0x0709, 0x1312
+    EXPECT_EQ(json("cpld set 10 0x1234")["after"], 0x1234);
+    EXPECT_EQ(json("gpio get 19")["level"], 1);
+    iodbg("gpio set 5 1");
+    iodbg("ptp pulse");
+    iodbg("led set poe 18 off");
+    iodbg("led set indexed 2 on");
+    EXPECT_EQ(get({"cpld.10", "gpio.5.direction", "gpio.5", "ptp.pulses", "cpld.14", "cpld.7"}),
+              (Lines{"0x1234", "output", "1", "1", "0x0002", "0x0080"}));
+    EXPECT_EQ(json("i2c read 0 1 0x4F 0 1 --offset-length 0")["data_hex"], "23");
+    EXPECT_EQ(json("temperature")["temperature_c"], 35);
+    EXPECT_EQ(json("eeprom dump --offset 0x100 --length 8")["data_hex"], "444556494E464F00");
+    EXPECT_EQ(json("mtd read mtd4 " + path("settings"))["size_bytes"], 262144);
+    EXPECT_EQ(readFile(path("settings")).substr(0, 13), "main_system=1");
+    EXPECT_EQ(json("status 1017")["status_name"], "BSP_E_NO_RECORD");
+    const Json board = json("show")["board"];
+    EXPECT_EQ(board["hardware_version"], "A.3");
+    EXPECT_EQ(board["cpld_version"], "V1.2");
+    EXPECT_EQ(board["boot_loader_version"], "1.2.3");
+    EXPECT_EQ(board["serial_number"], "SW-0042");
+}
+
 void PoeSwitchDay::operatingSystemUpgrade() const {
     const std::string first = makeFile("os-1.img", osImage("system 1"));
     const std::string second = makeFile("os-2.img", osImage("system 2", 500000));
@@ -371,6 +403,7 @@ TEST_F(PoeSwitchDay, FromTheLineToTheNight) {
     everythingIsRepaired();
     settings();
     watchdog();
+    anEngineerLooksInside();
     operatingSystemUpgrade();
     bootLoaderAndLogicUpgrade();
     poeFirmwareUpgrade();
