@@ -47,6 +47,15 @@ bool isDate(const BspCalendar &time) {
            moved.day == time.day && moved.month == time.month;
 }
 
+int32_t readTimeLost(bool &isLost) {
+    constexpr uint32_t kBus = 0, kChannel = 1, kChip = 0x51, kSecondsRegister = 2;
+    constexpr uint8_t kLostBit = 0x80;
+    uint8_t seconds = 0;
+    const int32_t status = bspI2cRead(kBus, kChannel, kChip, kSecondsRegister, 1, &seconds, 1);
+    isLost = (seconds & kLostBit) != 0;
+    return status;
+}
+
 int64_t secondsBetween(const BspCalendar &earlier, const BspCalendar &later) {
     return secondsOf(later) - secondsOf(earlier);
 }

@@ -27,6 +27,7 @@ constexpr int32_t kWarm = 60;
 constexpr int32_t kHot = 75;
 
 constexpr int64_t kTolerableDrift = 60; // seconds between chip and system
+constexpr uint32_t kSlowPart = 4;       // a fan that lacks this part of another's speed is failing
 
 Finding good(const std::string &subject, const std::string &text) {
     return {subject, Severity::Good, text, ""};
@@ -81,6 +82,40 @@ Finding macFinding() {
     return good("MAC address", macText(mac));
 }
 
+// Fans
+
+struct FanState {
+    int32_t status;
+    uint32_t isPresent;
+    uint32_t speed;
+};
+
+FanState readFan(const Model &model, uint32_t fan) {
+    FanState state = {BSP_OK, 1, 0};
+    if (model.fanPresence == FanPresence::OwnLine)
+        state.status = ioFanPresentGet(static_cast<int32_t>(fan), &state.isPresent);
+    if (state.status == BSP_OK)
+        state.status = ioFanSpeedGet(fan, &state.speed);
+    return state;
+}
+
+/** fastest: the speed of the fastest fan of the unit. All run at one level, so they are alike. */
+Finding fanFinding(const std::string &name, const FanState &fan, uint32_t fastest, bool canBeNone) {
+    if (fan.status != BSP_OK)
+        return unreadable(name, fan.status);
+    if (canBeNone)
+        return good(name, "none seen");
+    if (fan.isPresent == 0)
+        return {name, Severity::Fault, "not there", "plug it"};
+    if (fan.speed == 0)
+        return {name, Severity::Fault, "stands still or is not there", "plug it, or replace it"};
+    const std::string text = std::to_string(fan.speed) + " rpm";
+    if (fan.speed < fastest / kSlowPart * (kSlowPart - 1))
+        return {name, Severity::Fault, text + ", while the fastest has " + std::to_string(fastest),
+                "replace it"};
+    return good(name, text);
+}
+
 // Supplies
 
 Finding supplyFinding(const Model &model, int32_t supply) {
@@ -98,38 +133,6 @@ Finding supplyFinding(const Model &model, int32_t supply) {
         return {name, Severity::Fault, "its lines tell status " + std::to_string(code),
                 "check its cable and its own lamp; replace it"};
     return good(name, "plugged, status 0");
-}
-
-// Fans
-
-struct FanState {
-    int32_t status = BSP_OK; // of what could not be read
-    uint32_t isPresent = 1;
-    uint32_t speed = 0;
-};
-
-FanState readFan(const Model &model, uint32_t fan) {
-    FanState state;
-    if (model.fanPresence == FanPresence::OwnLine)
-        state.status = ioFanPresentGet(static_cast<int32_t>(fan), &state.isPresent);
-    if (state.status == BSP_OK)
-        state.status = ioFanSpeedGet(fan, &state.speed);
-    return state;
-}
-
-/** All fans have the same level, so one that is much slower than another one wears out. */
-Finding fanFinding(const std::string &name, const FanState &fan, uint32_t fastest) {
-    if (fan.status != BSP_OK)
-        return unreadable(name, fan.status);
-    if (fan.isPresent == 0)
-        return {name, Severity::Fault, "not there", "plug it"};
-    if (fan.speed == 0)
-        return {name, Severity::Fault, "stands still or is not there", "plug it, or replace it"};
-    const std::string speed = std::to_string(fan.speed) + " rpm";
-    if (fan.speed < fastest - fastest / 4)
-        return {name, Severity::Warning, speed + ", another one " + std::to_string(fastest),
-                "clean it, then replace it"};
-    return good(name, speed);
 }
 
 // PoE
@@ -182,10 +185,19 @@ Finding bankFinding(uint32_t bank) {
 constexpr const char *kQuantityNames[kQuantities] = {
     "temperature", "supply voltage", "bias current", "transmitted power", "received power"};
 
+/** Whether a measurement out of its limits only shows what has been said, or what was asked for. */
+bool isExplained(const Measurement &measured, const Diagnostics &diagnostics) {
+    if (measured.quantity == Quantity::RxPower)
+        return diagnostics.hasLostSignal;
+    const bool isTransmitters =
+        measured.quantity == Quantity::BiasCurrent || measured.quantity == Quantity::TxPower;
+    return isTransmitters && (diagnostics.isTxDisabled || diagnostics.hasTxFault);
+}
+
 void addMeasurements(Findings &findings, const std::string &name, const Diagnostics &diagnostics) {
     for (const Measurement &measured : diagnostics.measurements) {
-        if (measured.quantity == Quantity::RxPower && diagnostics.hasLostSignal)
-            continue; // that has been said
+        if (isExplained(measured, diagnostics))
+            continue;
         const char *quantity = kQuantityNames[static_cast<size_t>(measured.quantity)];
         const bool isHigh = measured.judgement == Judgement::HighAlarm ||
                             measured.judgement == Judgement::HighWarning;
@@ -211,9 +223,8 @@ void addModule(Findings &findings, uint32_t port, const std::string &name) {
     if (const int32_t status =
             readSfpPage(port, SfpPage::Identification, kIdentificationSize, page);
         status != BSP_OK) {
-        findings.push_back({name, Severity::Fault,
-                            "its identification cannot be read: " + nameAndNumber(status),
-                            "pull it and plug it again, then replace it"});
+        findings.push_back({name, Severity::Fault, "does not answer: " + nameAndNumber(status),
+                            "pull the module and plug it again; then replace it"});
         return;
     }
     const Identification module = identificationOf(page);
@@ -247,7 +258,9 @@ void addCage(Findings &findings, uint32_t port) {
         addLines(findings, name, lines);
     addModule(findings, port, name);
     if (findings.size() == before)
-        findings.push_back(good(name, "module works"));
+        findings.push_back(good(name, lines.transmitter == BSP_LASER_ON
+                                          ? "module works"
+                                          : "its transmitter is switched off"));
 }
 
 } // namespace
@@ -277,8 +290,11 @@ Findings fanFindings(const Model &model) {
         fastest = std::max(fastest, fans.back().speed);
     }
     Findings findings;
-    for (size_t i = 0; i < fans.size(); ++i)
-        findings.push_back(fanFinding("fan " + std::to_string(i + 1), fans[i], fastest));
+    // The library counts two on models of which nothing tells whether they have any.
+    const bool canBeNone = model.fanPresence == FanPresence::Unknown && fastest == 0;
+    for (uint32_t fan = 1; fan <= model.fans; ++fan)
+        findings.push_back(
+            fanFinding("fan " + std::to_string(fan), fans[fan - 1], fastest, canBeNone));
     return findings;
 }
 
@@ -295,6 +311,7 @@ Findings supplyFindings(const Model &model) {
 
 Findings poeFindings(const Model &model) {
     constexpr uint32_t kUpgradeFailed = 2;
+    constexpr uint32_t kNoAnswer = 2;
     constexpr char kName[] = "PoE controller";
     if (model.poePorts == 0)
         return {};
@@ -307,9 +324,13 @@ Findings poeFindings(const Model &model) {
     if (ioPoeAppStatusGet(&firmware) == BSP_OK && firmware == kUpgradeFailed)
         return {
             {kName, Severity::Fault, "its last upgrade failed", "run 'iodbg poe upgrade FILE'"}};
-    uint32_t isInitialised = 0;
+    uint32_t isInitialised = kNoAnswer; // which it stays without being a failure
     if (const int32_t status = ioPoeInitStatusGet(&isInitialised); status != BSP_OK)
         return {unreadable(kName, status)};
+    if (isInitialised == kNoAnswer)
+        return {{kName, Severity::Fault, "does not answer",
+                 "try again in a few seconds; if it stays so, write its firmware anew with 'iodbg "
+                 "poe upgrade FILE'"}};
     if (isInitialised != 1)
         return {{kName, Severity::Warning, "not initialised", "run 'iodbg poe init'"}};
     Findings findings = {good(kName, "initialised")};
@@ -323,8 +344,11 @@ Findings clockFindings(const Model &model) {
     BspCalendar time = {};
     if (const int32_t status = ioRealtimeGet(&time); status != BSP_OK)
         return {unreadable("clock", status)};
-    if (!isDate(time))
-        return {{"clock", Severity::Fault, "holds no date and time",
+    bool isLost = false;
+    if (const int32_t status = readTimeLost(isLost); status != BSP_OK)
+        return {unreadable("clock", status)};
+    if (isLost || !isDate(time))
+        return {{"clock", Severity::Fault, isLost ? "has lost the time" : "holds no date and time",
                  "set it with 'iodbg clock set'; if it comes again, replace the battery"}};
     const int64_t drift = secondsBetween(systemTime(), time);
     if (drift > kTolerableDrift || drift < -kTolerableDrift)

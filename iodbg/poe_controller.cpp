@@ -12,7 +12,7 @@ constexpr int32_t kFirstSupply = 1;
 
 /** What the last firmware upgrade left. */
 Cell appStatusCell(uint32_t status) {
-    constexpr const char *kWords[] = {"usable", "upgrade started, not finished",
+    constexpr const char *kWords[] = {"usable", "upgrade started, not initialised since",
                                       "upgrade failed: run 'iodbg poe upgrade'"};
     return {status < 3 ? kWords[status] : "unknown", int64_t{status}};
 }

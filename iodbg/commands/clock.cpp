@@ -28,6 +28,13 @@ BspCalendar readChip() {
     return time;
 }
 
+/** Whether what the chip counts is the time. */
+bool isTime(const BspCalendar &time) {
+    bool isLost = false;
+    require(readTimeLost(isLost), "read the clock chip");
+    return isDate(time) && !isLost;
+}
+
 std::string driftText(int64_t seconds) {
     if (seconds == 0)
         return "none";
@@ -37,14 +44,15 @@ std::string driftText(int64_t seconds) {
 
 ExitCode get(Console &console) {
     const BspCalendar time = readChip();
+    const bool isValid = isTime(time);
     const BspCalendar now = systemTime();
     Section section = {"", "", {}};
     section.add("chip", "Clock chip (local time)", textCell(calendarText(time)));
-    section.add("valid", "Valid",
-                flagCell(isDate(time), "yes",
-                         "no: the chip was without power; set it with 'iodbg clock set'"));
+    section.add(
+        "valid", "Valid",
+        flagCell(isValid, "yes", "no: the chip was without power; set it with 'iodbg clock set'"));
     section.add("system", "System clock (local time)", textCell(calendarText(now)));
-    if (isDate(time)) {
+    if (isValid) {
         const int64_t drift = secondsBetween(now, time);
         section.add("drift_s", "Difference", {driftText(drift), drift});
     }
@@ -100,7 +108,7 @@ ExitCode set(Console &console, const BspCalendar &wanted) {
 
 ExitCode sync(Console &console) {
     const BspCalendar time = readChip();
-    if (!isDate(time))
+    if (!isTime(time))
         throw Failure(ExitCode::Board, "the clock chip holds no date and time, " +
                                            calendarText(time) +
                                            "; set it with 'iodbg clock set' first");

@@ -120,6 +120,16 @@ TEST_F(ClockCommandsTest, AChipThatHoldsNoDateIsToldOf) {
     expectFailure({"clock", "sync"}, 1, {"holds no date and time", "iodbg clock set"});
 }
 
+TEST_F(ClockCommandsTest, ATimeThatWasLostIsToldOf) {
+    setWorld("rtc.battery", "empty");
+    setWorld("power", "cycle");
+    EXPECT_EQ(jsonKeys(json({"clock", "get"}), ""), (Words{"chip", "valid", "system", "failures"}));
+    EXPECT_EQ(jsonAt(json({"clock", "get"}), "/valid"), "false");
+    expectFailure({"clock", "sync"}, 1, {"holds no date and time", "iodbg clock set"});
+    EXPECT_EQ(iodbg({"clock", "set", "now"}).exitCode, 0);
+    EXPECT_EQ(jsonAt(json({"clock", "get"}), "/valid"), "true");
+}
+
 TEST_F(ClockCommandsTest, TheSystemClockIsSetFromTheChip) {
     EXPECT_EQ(world("system-clock"), "host");
     setWorld("rtc.time", "2051-02-28 12:34:56");

@@ -59,7 +59,7 @@ TEST_F(PoeCommandsTest, TellsOfTheController) {
 
 TEST_F(PoeCommandsTest, TellsWhatAnUpgradeLeft) {
     writeBoardFile("/tmp/bsp/poeApp", "\1");
-    EXPECT_NE(iodbg({"poe", "info"}).out.find("upgrade started, not finished\n"),
+    EXPECT_NE(iodbg({"poe", "info"}).out.find("upgrade started, not initialised since\n"),
               std::string::npos);
     writeBoardFile("/tmp/bsp/poeApp", "\2");
     EXPECT_NE(iodbg({"poe", "info"}).out.find("upgrade failed: run 'iodbg poe upgrade'\n"),

@@ -1,5 +1,6 @@
 #pragma once
-// A test that uses the `vboard` program, with a board of model 0x0709 and virtual time.
+// A test that uses the `vboard` program, with a board of virtual time: of model 0x0709, unless the test
+// wants another.
 
 #include "tests/support/files.h"
 #include "tests/support/process.h"
@@ -13,8 +14,9 @@ using Words = std::vector<std::string>;
 
 class CommandTest : public ::testing::Test {
   protected:
+    explicit CommandTest(std::string model = "0x0709") : model_(std::move(model)) {}
     void SetUp() override {
-        ASSERT_EQ(vboard({"create", "--model", "0x0709", "--time", "virtual", board()}), "");
+        ASSERT_EQ(vboard({"create", "--model", model_, "--time", "virtual", board()}), "");
     }
 
     std::string board() const { return path("board"); }
@@ -59,5 +61,6 @@ class CommandTest : public ::testing::Test {
     }
 
   private:
+    std::string model_;
     TemporaryFolder folder_;
 };

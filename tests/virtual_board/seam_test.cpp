@@ -167,6 +167,18 @@ TEST_F(SeamTest, VirtualSleepsAdvanceTheClockAndReturnAtOnce) {
     EXPECT_EQ(now(), 782500000010u);
 }
 
+TEST_F(SeamTest, WholeSecondsAreThoseOfTheClockThatWasSet) {
+    constexpr time_t kSet =
+        2000000000; // later than today's, of which a part of a second has passed
+    const timespec wanted = {kSet, 0};
+    EXPECT_EQ(clock_settime(CLOCK_REALTIME, &wanted), 0);
+    const time_t seconds = time(nullptr);
+    EXPECT_GE(seconds, kSet);
+    timespec now = {};
+    EXPECT_EQ(clock_gettime(CLOCK_REALTIME, &now), 0);
+    EXPECT_LE(seconds, now.tv_sec);
+}
+
 TEST_F(SeamTest, RealSleepsTakeTheirTime) {
     vb::setTimeMode(board().clock, vb::TimeMode::Real, vb::hostNow());
     const uint64_t before = vb::clockNow(board().clock, vb::hostNow());

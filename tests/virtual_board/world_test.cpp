@@ -273,6 +273,19 @@ TEST_F(WorldTest, WatchdogResetAndPowerAreShown) {
     EXPECT_EQ(get("ptp.pulses"), "1");
 }
 
+TEST_F(WorldTest, WhatIsInMemoryIsGoneWithThePower) {
+    writeBoardFile("/tmp/bsp/poeApp", "\2");
+    writeBoardFile("/tmp/bspPoeLockFile", "");
+    const timespec later = {2000000000, 0};
+    EXPECT_EQ(clock_settime(CLOCK_REALTIME, &later), 0);
+    EXPECT_NE(get("system-clock"), "host");
+    set("power", "cycle");
+    EXPECT_NE(access("/tmp/bsp/poeApp", F_OK), 0);
+    EXPECT_NE(access("/tmp/bspPoeLockFile", F_OK), 0);
+    EXPECT_EQ(access("/tmp/bsp", W_OK), 0);
+    EXPECT_EQ(get("system-clock"), "host");
+}
+
 TEST_F(WorldTest, ModelsWithBuiltInSuppliesHaveNoSupplyProperties) {
     useModel(0x0109);
     EXPECT_NE(refusal("supply.1.present").find("no supply.1.present on model 0x0109"),

@@ -7,6 +7,9 @@
 #include "virtual_board/words/values.h"
 
 #include <cstdlib>
+#include <dirent.h>
+#include <memory>
+#include <unistd.h>
 
 namespace vb {
 
@@ -154,9 +157,23 @@ std::string getPower(const Target &) {
     return "on";
 }
 
+/** Removes the files of a folder. Positions in folders have 64 bits also where programs have 32. */
+void emptyFolder(const std::string &path) {
+    const std::unique_ptr<DIR, int (*)(DIR *)> folder(opendir(path.c_str()), closedir);
+    if (folder == nullptr)
+        return;
+    while (const dirent64 *entry = readdir64(folder.get()))
+        unlink((path + "/" + entry->d_name).c_str()); // which leaves folders
+}
+
+/** What is in main memory does not outlive the power: the files in /tmp and the system clock. */
 void setPower(const Target &target, const std::string &value) {
     if (value != "cycle")
         throw Refused("power can be set to 'cycle': off and on again");
+    const std::string shared = target.folder.hostPath(kSharedFolderPath).text;
+    emptyFolder(shared);
+    emptyFolder(shared.substr(0, shared.rfind('/')));
+    target.board().clock.systemOffsetNs = 0;
     resetBoard(target.board(), ResetReason::PowerOn, target.now());
 }
 

@@ -1,0 +1,146 @@
+// A day in the life of a switch of fibre ports: it has no PoE, built-in supplies, and four fans
+// that each tell their own speed, but whose presence lines are the supplies', too.
+
+#include "tests/system/unit_test.h"
+
+namespace {
+
+class FibreSwitchDay : public UnitTest {
+  protected:
+    FibreSwitchDay() : UnitTest("0x0609") {}
+
+    void firstStart() const;
+    void noPoe() const;
+    void modulesInAllKindsOfCages() const;
+    void fansFailOneByOne() const;
+    void aSupplyIsPulled() const;
+    void aPhyIsAsked() const;
+    void powerIsSwitchedOff() const;
+
+    /** "plugged" cages among all: "1 17 48". */
+    std::string pluggedPorts() const;
+};
+
+std::string FibreSwitchDay::pluggedPorts() const {
+    std::string ports;
+    const Json answer = json("sfp list");
+    EXPECT_EQ(answer["cages"].size(), 54u);
+    for (const Json &cage : answer["cages"]) {
+        if (cage["present"] == true)
+            ports += (ports.empty() ? "" : " ") + cage["port"].dump();
+    }
+    return ports;
+}
+
+void FibreSwitchDay::firstStart() const {
+    iodbg("init");
+    EXPECT_EQ(complaints(0), withEmptyFlash());
+    EXPECT_EQ(json("show")["board"]["device_id"], 0x0609);
+    EXPECT_EQ(json("power")["supply1"]["has_readings"], false);
+}
+
+void FibreSwitchDay::noPoe() const {
+    EXPECT_EQ(refusal("poe init", 1),
+              "iodbg: this model has no PoE; 'iodbg show' tells which it is");
+    EXPECT_EQ(json("led")["poe"]["ports"], 0);
+}
+
+void FibreSwitchDay::modulesInAllKindsOfCages() const {
+    EXPECT_EQ(pluggedPorts(), "");
+    for (const char *port : {"1", "16", "17", "48", "49", "54"}) {
+        set("sfp." + std::string(port) + ".module", "lr");
+        set("sfp." + std::string(port) + ".link", "up");
+    }
+    EXPECT_EQ(pluggedPorts(), "1 16 17 48 49 54");
+    for (const char *port : {"1", "17", "48", "54"})
+        EXPECT_EQ(json("sfp show " + std::string(port))["serial_number"],
+                  "SFP00000" + std::string(2 - std::string(port).size(), '0') + port);
+    iodbg("sfp tx 17 off");
+    set("sfp.48.link", "down");
+    set("sfp.54.state", "tx-fault");
+    set("sfp.16.module", "none");
+    iodbg("clock sync");
+    Lines expected = withEmptyFlash();
+    expected.emplace_back(
+        "warning SFP port 48: no signal arrives; check fibre or cable, and that the "
+        "far end transmits");
+    expected.emplace_back("fault SFP port 54: transmitter fault; replace the module");
+    EXPECT_EQ(complaints(5), expected);
+    for (const char *port : {"1", "17", "48", "49", "54"})
+        set("sfp." + std::string(port) + ".module", "none");
+    iodbg("sfp tx 17 on");
+    EXPECT_EQ(pluggedPorts(), "");
+}
+
+void FibreSwitchDay::fansFailOneByOne() const {
+    iodbg("fan set 10");
+    set("fan.2.present", "no");
+    set("fan.3.state", "failing");
+    set("fan.4.state", "stuck");
+    pass(30);
+    EXPECT_EQ(column(json("fan get")["fans"], "speed_rpm"), "13200 0 6600 0");
+    EXPECT_EQ(
+        complaints(5),
+        withEmptyFlash({"fault fan 2: stands still or is not there; plug it, or replace it",
+                        "fault fan 3: 6600 rpm, while the fastest has 13200; replace it",
+                        "fault fan 4: stands still or is not there; plug it, or replace it"}));
+    set("fan.2.present", "yes");
+    set("fan.3.state", "good");
+    set("fan.4.state", "good");
+    iodbg("fan set 1");
+    pass(30);
+    EXPECT_EQ(column(json("fan get")["fans"], "speed_rpm"), "2400 2400 2400 2400");
+}
+
+void FibreSwitchDay::aSupplyIsPulled() const {
+    set("supply.1.present", "no");
+    set("supply.2.input", "failed");
+    EXPECT_EQ(
+        complaints(5),
+        withEmptyFlash({"warning supply 1: not plugged; plug it, or live without a spare one",
+                        "fault supply 2: its lines tell status 1; check its cable and its own "
+                        "lamp; replace it"}));
+    set("supply.1.present", "yes");
+    set("supply.2.input", "good");
+    EXPECT_EQ(complaints(0), withEmptyFlash());
+}
+
+void FibreSwitchDay::aPhyIsAsked() const {
+    set("mdio.3.5", "0x1234");
+    EXPECT_EQ(json("mdio read 3 5")["value"], 0x1234);
+    EXPECT_EQ(json("mdio write 3 5 0xABCD")["after"], 0xABCD);
+    EXPECT_EQ(get({"mdio.3.5"}), Lines{"0xABCD"});
+}
+
+void FibreSwitchDay::powerIsSwitchedOff() const {
+    iodbg("clock set 2026-06-01T12:00:00");
+    iodbg("clock sync");
+    set("power", "cycle");
+    EXPECT_EQ(get({"reset.reason", "system-clock", "rtc.time"}),
+              (Lines{"power-on", "host", "2026-06-01 12:00:00"}));
+    set("rtc.battery", "empty");
+    set("power", "cycle");
+    EXPECT_EQ(
+        complaints(5),
+        withEmptyFlash({"fault clock: has lost the time; set it with 'iodbg clock set'; if it "
+                        "comes again, replace the battery"}));
+    EXPECT_EQ(refusal("clock sync", 1),
+              "iodbg: the clock chip holds no date and time, 1900-01-01 00:00:00; set it with "
+              "'iodbg clock set' first");
+    set("rtc.battery", "good");
+    iodbg("clock set 2026-06-01T12:00:00");
+    iodbg("clock sync");
+    EXPECT_EQ(complaints(0), withEmptyFlash());
+}
+
+TEST_F(FibreSwitchDay, FromTheCartonToThePowerCut) {
+    firstStart();
+    noPoe();
+    modulesInAllKindsOfCages();
+    fansFailOneByOne();
+    aSupplyIsPulled();
+    aPhyIsAsked();
+    powerIsSwitchedOff();
+}
+
+} // namespace
