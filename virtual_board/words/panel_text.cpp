@@ -57,6 +57,7 @@ class Panel {
 
   private:
     static constexpr uint32_t kPortsPerBlock = 24;
+    static constexpr uint32_t kCagesPerRow = 12;
     static constexpr char kLegend[] =
         "       * delivers  ~ powering up  . nothing  - denied  ! fault  blank: off;  o LED lit\n";
 
@@ -105,14 +106,15 @@ class Panel {
         return kind + (sfpIsSignalLost(module) ? "no signal" : coloured("up", kGreen));
     }
 
-    /** Cages in a row, numbered from 1, the first of which is that of a port. */
+    /** Cages in rows, numbered from 1, the first of which is that of a port. */
     std::string cages(const char *what, uint32_t firstPort, uint32_t count) const {
-        if (count == 0)
-            return "";
-        std::string row = what;
-        for (uint32_t i = 0; i < count; ++i)
-            row += " [" + std::to_string(i + 1) + moduleText(firstPort + i) + "]";
-        return row + "\n";
+        std::string rows;
+        for (uint32_t i = 0; i < count; ++i) {
+            if (i % kCagesPerRow == 0)
+                rows += i == 0 ? what : "\n       ";
+            rows += " [" + std::to_string(i + 1) + moduleText(firstPort + i) + "]";
+        }
+        return rows.empty() ? "" : rows + "\n";
     }
 
     std::string fanText(const Fan &fan) const {
