@@ -70,7 +70,7 @@ void BadPowerDay::aCutInTheSettings() const {
                      "warning boot settings: none is stored, the defaults hold; set them with "
                      "'iodbg boot set'"}));
     iodbg("boot set mode 1");
-    const Json settings = json("boot get");
+    Json settings = json("boot get");
     EXPECT_EQ(settings["mode"], 1);
     EXPECT_EQ(settings["flag"], nullptr) << "lost with the rest of the block";
 }
