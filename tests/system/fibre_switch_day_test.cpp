@@ -72,7 +72,7 @@ void FibreSwitchDay::modulesInAllKindsOfCages() const {
                "        [13] [14] [15] [16] [17 lr off] [18] [19] [20] [21] [22] [23] [24]",
                "        [25] [26] [27] [28] [29] [30] [31] [32] [33] [34] [35] [36]",
                "        [37] [38] [39] [40] [41] [42] [43] [44] [45] [46] [47] [48 lr no signal]",
-               "uplinks [1 lr up] [2] [3] [4] [5] [6 lr fault]",
+               "uplinks [49 lr up] [50] [51] [52] [53] [54 lr fault]",
                "fans    [1 2400 rpm] [2 2400 rpm] [3 2400 rpm] [4 2400 rpm]",
                "supplies [1 good] [2 good]", "board   40 C", "lamps   system 0, 4 0, 5 0"}));
     for (const char *port : {"1", "17", "48", "49", "54"})
