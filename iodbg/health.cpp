@@ -12,7 +12,6 @@
 #include "iodbg/sfp_cage.h"
 #include "iodbg/sfp_diagnostics.h"
 #include "iodbg/sfp_identification.h"
-#include "iodbg/status_table.h"
 
 #include <algorithm>
 #include <array>
@@ -30,13 +29,6 @@ constexpr int64_t kTolerableDrift = 60; // seconds between chip and system
 
 Finding good(const std::string &subject, const std::string &text) {
     return {subject, Severity::Good, text, ""};
-}
-
-/** Something that the library could not tell. */
-Finding unreadable(const std::string &subject, int32_t status) {
-    const StatusText text = explain(status);
-    return {subject, Severity::Fault,
-            "cannot be read: " + nameAndNumber(status) + ", " + text.meaning, text.next};
 }
 
 // Identity
@@ -195,25 +187,29 @@ void addModule(Findings &findings, uint32_t port, const std::string &name) {
         addMeasurements(findings, name, diagnosticsOf(page, module.isExternallyCalibrated));
 }
 
-void addCage(Findings &findings, uint32_t port) {
-    const std::string name = "SFP port " + std::to_string(port);
-    Report report;
-    Section section;
+std::string cageName(uint32_t port) {
+    return "SFP " + portName(port);
+}
+
+/** What the lines of a cage tell; false when there is no module, or nothing can be read. */
+bool addCageLines(Findings &findings, const Model &model, uint32_t port) {
     CageLines lines;
-    addCageLines(report, section, port, lines);
-    if (!report.failures.empty()) {
-        findings.push_back(unreadable(name, report.failures.front().status));
-        return;
+    if (const int32_t status = readCageLines(port, lines); status != BSP_OK) {
+        findings.push_back(unreadable(cageName(port), status));
+        return false;
     }
-    if (lines.isPresent == 0)
-        return;
+    if (lines.isPresent != 0 && model.hasCageStatus(port))
+        addLines(findings, cageName(port), lines);
+    return lines.isPresent != 0;
+}
+
+void addCage(Findings &findings, const Model &model, uint32_t port) {
     const size_t before = findings.size();
-    // On the boards with 24 fibre ports the uplinks' status lines are other lines.
-    if (lines.hasLostSignal == 0 || lines.hasTxFault == 0)
-        addLines(findings, name, lines);
-    addModule(findings, port, name);
+    if (!addCageLines(findings, model, port))
+        return;
+    addModule(findings, port, cageName(port));
     if (findings.size() == before)
-        findings.push_back(good(name, "module works"));
+        findings.push_back(good(cageName(port), "module works"));
 }
 
 } // namespace
@@ -270,7 +266,7 @@ Findings supplyFindings(const Model &model) {
     return findings;
 }
 
-Findings poeFindings(const Model &model) {
+Findings poeControllerFindings(const Model &model) {
     constexpr uint32_t kUpgradeFailed = 2;
     constexpr char kName[] = "PoE controller";
     if (model.poePorts == 0)
@@ -289,8 +285,13 @@ Findings poeFindings(const Model &model) {
         return {unreadable(kName, status)};
     if (isInitialised != 1)
         return {{kName, Severity::Warning, "not initialised", "run 'iodbg poe init'"}};
-    Findings findings = {good(kName, "initialised")};
-    addPoePorts(findings, model.poePorts);
+    return {good(kName, "initialised")};
+}
+
+Findings poeFindings(const Model &model) {
+    Findings findings = poeControllerFindings(model);
+    if (!findings.empty() && findings.front().severity == Severity::Good)
+        addPoePorts(findings, model.poePorts);
     return findings;
 }
 
@@ -321,7 +322,14 @@ Findings flashFindings() {
 Findings transceiverFindings(const Model &model) {
     Findings findings;
     for (const uint32_t port : model.cages)
-        addCage(findings, port);
+        addCage(findings, model, port);
+    return findings;
+}
+
+Findings cageLineFindings(const Model &model) {
+    Findings findings;
+    for (const uint32_t port : model.cages)
+        addCageLines(findings, model, port);
     return findings;
 }
 

@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "iodbg/calendar.h"
+#include "iodbg/clocks.h"
 #include "iodbg/commands/commands.h"
 #include "iodbg/console.h"
 #include "iodbg/failure.h"
@@ -28,26 +29,10 @@ BspCalendar readChip() {
     return time;
 }
 
-std::string driftText(int64_t seconds) {
-    if (seconds == 0)
-        return "none";
-    return std::to_string(seconds < 0 ? -seconds : seconds) +
-           (seconds < 0 ? " s behind the system" : " s ahead of the system");
-}
-
 ExitCode get(Console &console) {
     const BspCalendar time = readChip();
-    const BspCalendar now = systemTime();
     Section section = {"", "", {}};
-    section.add("chip", "Clock chip (local time)", textCell(calendarText(time)));
-    section.add("valid", "Valid",
-                flagCell(isDate(time), "yes",
-                         "no: the chip was without power; set it with 'iodbg clock set'"));
-    section.add("system", "System clock (local time)", textCell(calendarText(now)));
-    if (isDate(time)) {
-        const int64_t drift = secondsBetween(now, time);
-        section.add("drift_s", "Difference", {driftText(drift), drift});
-    }
+    addClocks(section, time);
     return console.print({{section}, {}});
 }
 

@@ -81,6 +81,21 @@ TEST_F(CheckCommandTest, ThePoeControllerIsJudged) {
     EXPECT_EQ(verdictOn("PoE controller", 5), "fault missing");
 }
 
+TEST_F(CheckCommandTest, ModulesAreJudged) {
+    setWorld("sfp.49.module", "sr");
+    EXPECT_EQ(verdictOn("SFP port 49", 0), "warning no signal arrives");
+    setWorld("sfp.49.link", "up");
+    EXPECT_EQ(verdictOn("SFP port 49", 0), "good module works");
+    EXPECT_EQ(verdictOn("SFP port 50", 0), "nothing");
+}
+
+TEST_F(CheckCommandTest, LinesThatTellNothingAreNotJudged) {
+    useModel(0x0509); // the uplinks' loss line is their presence line
+    setWorld("sfp.33.module", "sr");
+    setWorld("sfp.33.link", "up");
+    EXPECT_EQ(verdictOn("SFP port 33", 0), "good module works");
+}
+
 TEST_F(CheckCommandTest, WhatCannotBeReadIsAFaultOfItsOwn) {
     iodbg({"check"}); // from here on the model is known
     addFault(at(refuse(FaultDevice::Cpld, FaultOp::Read, -EIO), 28));
