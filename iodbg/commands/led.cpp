@@ -68,7 +68,7 @@ void addSet(const Command &setGroup, const LampKind &kind) {
     if (kind.index != nullptr)
         command.argument(kind.index, "1-" + std::to_string(kind.lamps),
                          numberFromOne(setting->lamp, kind.lamps));
-    command.argument("STATE", kind.highestState == 1 ? "off|on, or 0|1" : "off, or 0-3",
+    command.argument("STATE", kind.highestState == 1 ? "off|on, or 0|1" : "off|0|1|2|3",
                      stateOf(kind, setting->state));
     command.does([&kind, setting](Console &console) { return set(console, kind, *setting); });
 }

@@ -285,8 +285,7 @@ void addSfpCommands(const Command &root) {
     const auto state = std::make_shared<uint32_t>(0);
     const Command tx = sfp.command("tx", "Switch a transmitter, and read its line back");
     tx.argument("PORT", "Front-panel port of the cage", numberFromOne(*port));
-    tx.argument("STATE", "on or off",
-                oneOf(*state, {{"on", BSP_LASER_ON}, {"off", BSP_LASER_OFF}}));
+    tx.argument("STATE", "on|off", oneOf(*state, {{"on", BSP_LASER_ON}, {"off", BSP_LASER_OFF}}));
     tx.does([port, state](Console &console) { return switchTransmitter(console, *port, *state); });
 }
 
