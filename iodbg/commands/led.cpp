@@ -6,6 +6,8 @@
 #include "iodbg/failure.h"
 #include "iodbg/lamps.h"
 
+#include <stdexcept>
+
 namespace iodbg {
 
 namespace {
@@ -51,13 +53,22 @@ ExitCode set(Console &console, const LampKind &kind, const Setting &setting) {
     return console.print({{section}, {}});
 }
 
+const char *statesOf(const LampKind &kind) {
+    return kind.highestState == 1 ? "off|on|0|1" : "off|0|1|2|3";
+}
+
 /** Takes off and on, or the state's number. */
 Parser stateOf(const LampKind &kind, uint32_t &target) {
     return [&kind, &target](const std::string &word) {
-        if (word == "off" || (word == "on" && kind.highestState == 1))
+        if (word == "off" || (word == "on" && kind.highestState == 1)) {
             target = word == "on" ? 1 : 0;
-        else
+            return;
+        }
+        try {
             number(target, kind.highestState)(word);
+        } catch (const std::invalid_argument &) {
+            throw std::invalid_argument("'" + word + "' is none of " + statesOf(kind));
+        }
     };
 }
 
@@ -68,8 +79,7 @@ void addSet(const Command &setGroup, const LampKind &kind) {
     if (kind.index != nullptr)
         command.argument(kind.index, "1-" + std::to_string(kind.lamps),
                          numberFromOne(setting->lamp, kind.lamps));
-    command.argument("STATE", kind.highestState == 1 ? "off|on, or 0|1" : "off|0|1|2|3",
-                     stateOf(kind, setting->state));
+    command.argument("STATE", statesOf(kind), stateOf(kind, setting->state));
     command.does([&kind, setting](Console &console) { return set(console, kind, *setting); });
 }
 

@@ -4,18 +4,18 @@
 #include <string>
 #include <vector>
 
-/** An argument or an option as help lists it. */
+/** An argument, an option or a command as help lists it. */
 struct HelpEntry {
     std::string name;  // "LEVEL", "--every"
     std::string value; // what names an option's value: "SECONDS"; empty when it takes none
+    std::string text;  // what is said of it
 };
 
 struct CommandHelp {
     std::vector<std::string> path; // "fan", "set"
     std::vector<std::string> call; // the same with a word for each argument of its groups
-    std::vector<HelpEntry> arguments, options; // without --help
-    std::vector<std::string> commands;
-    bool isGroup; // does nothing without one of its commands
+    std::vector<HelpEntry> arguments, options, commands; // without --help
+    bool isGroup;                                        // does nothing without one of its commands
     std::string text;
 
     /** "fan set" */

@@ -31,6 +31,8 @@ class CheckCommandTest : public IodbgTest {
 
 TEST_F(CheckCommandTest, ANewUnitHasNoFault) {
     const std::string answer = json({"check"});
+    EXPECT_EQ(jsonKeys(answer, ""), (Words{"findings", "faults", "warnings", "failures"}));
+    EXPECT_EQ(jsonKeys(answer, "/findings/0"), (Words{"subject", "verdict", "found", "advice"}));
     EXPECT_EQ(jsonAt(answer, "/faults"), "0");
     EXPECT_EQ(verdictOn("product record", 0), "good whole");
     EXPECT_EQ(verdictOn("fan 1", 0), "good 2400 rpm");

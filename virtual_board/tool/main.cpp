@@ -180,9 +180,10 @@ void addFaultAdd(CLI::App &fault, Arguments &arguments, Command &todo) {
               "cpld|gpio|i2c|i2c:BUS.CHANNEL.DEVICE|poe|mtd0|mtd4|mtd12|mtd14, or the path of a "
               "file of the board")
         .required();
-    addOption(command, "--op", "OPERATION", words.op,
-              "any|open|read|write (poe: a frame)|reset (poe only); flash: "
-              "read|program|erase|change (program or erase)|info (the geometry)")
+    addOption(
+        command, "--op", "OPERATION", words.op,
+        "any|open|read|write (poe: a frame)|reset (poe)|upgrade (cpld)|map (/dev/mem); flash: "
+        "read|program|erase|change (program or erase)|info (the geometry)")
         .capture_default_str();
     addOption(
         command, "--offset", "N", words.offset,
@@ -232,7 +233,8 @@ void addTrace(CLI::App &app, Arguments &arguments, Command &todo) {
                                    "  vboard trace board --json --clear\n");
     addFolder(command, trace.folder);
     command.add_flag("--json", trace.asJson, "Print one JSON object per line");
-    addOption(command, "--last", "N", trace.last, "Only the last N requests");
+    addOption(command, "--last", "N", trace.last, "Only the last N requests")
+        .check(CLI::Range(uint32_t{0}, UINT32_MAX).description(""));
     CLI::Option *follow =
         command.add_flag("--follow", trace.isFollowing, "Go on with new requests until stopped");
     command.add_flag("--clear", trace.isClearing, "Forget the requests after showing them")
