@@ -111,7 +111,9 @@ std::vector<Cell> supplyRow(Report &report, const Model &model, uint32_t supply)
     Section section = {"supply" + std::to_string(supply), "", {}};
     const Place place = {report, section, model, static_cast<int32_t>(supply)};
     addPresence(place);
-    const Cell plugged = section.fields.front().cell;
+    Cell plugged = section.fields.front().cell;
+    if (plugged.value == Value{false})
+        plugged.text = "no";
     addStatus(place);
     return {numberCell(supply), plugged, section.fields.back().cell};
 }
