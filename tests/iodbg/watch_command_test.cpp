@@ -43,7 +43,7 @@ TEST_F(WatchCommandTest, ShowsARoundForPeople) {
     for (const char *text :
          {"\nSFP port 26  warning  no signal arrives", "\nclock        warning  2051-02-28 12:34:5",
           "\nClimate\n  Temperature       ", "\n  Fan level (1-10)  1\n", "\nFAN  PRESENT",
-          "\nSUPPLY  PLUGGED  STATUS\n1       yes      0\n2       no       1\n",
+          "\nSUPPLY  PLUGGED  STATUS\n1       yes      0\n2       no       3\n",
           "\nSFP cages\n  Modules in         26\n  Loss of signal     26\n"
           "  Transmitter fault  none\n",
           "\nClock\n  Clock chip (local time)    2051-02-28 12:34:56\n", "\nFront panel\n"})
