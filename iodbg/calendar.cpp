@@ -47,12 +47,16 @@ bool isDate(const BspCalendar &time) {
            moved.day == time.day && moved.month == time.month;
 }
 
-int32_t readTimeLost(bool &isLost) {
+int32_t readChipTime(ChipTime &chip) {
+    // The library leaves the bit for lost time out of the seconds.
     constexpr uint32_t kBus = 0, kChannel = 1, kChip = 0x51, kSecondsRegister = 2;
     constexpr uint8_t kLostBit = 0x80;
+    chip = {};
+    if (const int32_t status = ioRealtimeGet(&chip.time); status != BSP_OK)
+        return status;
     uint8_t seconds = 0;
     const int32_t status = bspI2cRead(kBus, kChannel, kChip, kSecondsRegister, 1, &seconds, 1);
-    isLost = (seconds & kLostBit) != 0;
+    chip.isLost = (seconds & kLostBit) != 0;
     return status;
 }
 

@@ -15,9 +15,14 @@ constexpr uint32_t kLastCalendarYear = kFirstCalendarYear + 159; // what two str
 std::string calendarText(const BspCalendar &time);
 /** Whether the numbers are a date and a time: a chip that was without power holds anything. */
 bool isDate(const BspCalendar &time);
-/** Whether the chip tells that it was without power since it was set, so that what it counts is no
- * time: the library leaves that bit of its seconds out. */
-int32_t readTimeLost(bool &isLost);
+/** What the clock chip holds. */
+struct ChipTime {
+    BspCalendar time;
+    bool isLost; // it was without power since it was set, so what it counts is no time
+
+    bool isValid() const { return !isLost && isDate(time); }
+};
+int32_t readChipTime(ChipTime &chip);
 /** How many seconds a time is behind another, whatever the time zone. */
 int64_t secondsBetween(const BspCalendar &earlier, const BspCalendar &later);
 /** The system clock. */

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace iodbg {
@@ -29,14 +30,14 @@ int takeStandardOutput() {
 Console::Console() : out_(takeStandardOutput()) {}
 
 void Console::beginLongWork() {
-    isLongWork_ = true;
+    answerInLines();
     std::signal(SIGPIPE, SIG_IGN); // work on hardware is not left half done for want of a reader
 }
 
 AnswerForm Console::form() const {
     if (!isJson_)
         return AnswerForm::Text;
-    return isLongWork_ ? AnswerForm::JsonLines : AnswerForm::Json;
+    return isInLines_ ? AnswerForm::JsonLines : AnswerForm::Json;
 }
 
 Console::LibraryOutput::LibraryOutput(const Console &console) {
@@ -56,6 +57,16 @@ ExitCode Console::print(const Report &report, const std::string &text) const {
 void Console::printText(const std::string &text) const {
     if (!writeAll(out_.get(), {reinterpret_cast<const uint8_t *>(text.data()), text.size()}))
         throw Failure::file("write to standard output", "lead it where there is space");
+}
+
+std::optional<Console::TerminalSize> Console::terminalSize() const {
+    constexpr TerminalSize kUsual = {24, 80};
+    if (isatty(out_.get()) != 1)
+        return {};
+    winsize size = {};
+    const bool isKnown =
+        ioctl(out_.get(), TIOCGWINSZ, &size) == 0 && size.ws_row > 0 && size.ws_col > 0;
+    return isKnown ? TerminalSize{size.ws_row, size.ws_col} : kUsual;
 }
 
 ExitCode Console::print(const Failure &failure) const {

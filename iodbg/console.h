@@ -6,6 +6,8 @@
 #include "iodbg/report.h"
 #include "support/owned.h"
 
+#include <cstddef>
+#include <optional>
 #include <string>
 
 namespace iodbg {
@@ -19,7 +21,9 @@ class Console {
 
     /** Whether answers are for programs. */
     bool &isJson() { return isJson_; }
-    /** From here on answers for programs are lines, and a reader that goes away ends nothing. */
+    /** From here on answers for programs are lines. */
+    void answerInLines() { isInLines_ = true; }
+    /** The same, and a reader that goes away ends nothing. */
     void beginLongWork();
     AnswerForm form() const;
 
@@ -29,6 +33,12 @@ class Console {
     ExitCode print(const Report &report, const std::string &text) const;
 
     void printText(const std::string &text) const;
+
+    /** Rows and columns of the terminal that answers go to; none when they go elsewhere. */
+    struct TerminalSize {
+        size_t rows, columns;
+    };
+    std::optional<TerminalSize> terminalSize() const;
 
     /** Lets the library print on standard output for once; what it prints is the answer. */
     template <typename Call>
@@ -52,7 +62,7 @@ class Console {
 
     bsp::Descriptor out_;
     bool isJson_ = false;
-    bool isLongWork_ = false;
+    bool isInLines_ = false;
 };
 
 } // namespace iodbg

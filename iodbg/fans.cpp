@@ -36,10 +36,11 @@ int32_t readFanLevel(uint32_t &level) {
     return status;
 }
 
-void addFanLevel(Report &report, Section &section) {
-    uint32_t level = 0;
-    const int32_t status = readFanLevel(level);
-    section.add("level", "Level (1-10)", report.tried("level", status, numberCell(level)));
+int32_t readFanLevel(Cell &level) {
+    uint32_t number = 0;
+    const int32_t status = readFanLevel(number);
+    level = numberCell(number);
+    return status;
 }
 
 Table fanTable(Report &report, const Model &model) {

@@ -8,8 +8,7 @@ namespace iodbg {
 
 /** The common level, 1 to 10, as the CPLD holds it. */
 int32_t readFanLevel(uint32_t &level);
-
-void addFanLevel(Report &report, Section &section);
+int32_t readFanLevel(Cell &level);
 
 /** A row for each fan of the model. */
 Table fanTable(Report &report, const Model &model);

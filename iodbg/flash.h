@@ -15,7 +15,7 @@
 
 namespace iodbg {
 
-constexpr char kFlashDeviceHelp[] = "mtd0, mtd4, mtd12, mtd14, or the path of a device";
+constexpr char kFlashDeviceHelp[] = "mtd0|mtd4|mtd12|mtd14, or the path of a device";
 
 /** Stores the path of a partition's device. */
 Parser flashDevice(std::string &path);

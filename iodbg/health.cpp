@@ -33,13 +33,6 @@ Finding good(const std::string &subject, const std::string &text) {
     return {subject, Severity::Good, text, ""};
 }
 
-/** Something that the library could not tell. */
-Finding unreadable(const std::string &subject, int32_t status) {
-    const StatusText text = explain(status);
-    return {subject, Severity::Fault,
-            "cannot be read: " + nameAndNumber(status) + ", " + text.meaning, text.next};
-}
-
 // Identity
 
 Finding recordFinding() {
@@ -240,27 +233,31 @@ void addModule(Findings &findings, uint32_t port, const std::string &name) {
         addMeasurements(findings, name, diagnosticsOf(page, module.isExternallyCalibrated));
 }
 
-void addCage(Findings &findings, uint32_t port) {
-    const std::string name = "SFP port " + std::to_string(port);
-    Report report;
-    Section section;
-    CageLines lines;
-    addCageLines(report, section, port, lines);
-    if (!report.failures.empty()) {
-        findings.push_back(unreadable(name, report.failures.front().status));
-        return;
+std::string cageName(uint32_t port) {
+    return "SFP " + portName(port);
+}
+
+/** What the lines of a cage tell; false when there is no module, or nothing can be read. */
+bool addCageLines(Findings &findings, const Model &model, uint32_t port, CageLines &lines) {
+    if (const int32_t status = readCageLines(port, lines); status != BSP_OK) {
+        findings.push_back(unreadable(cageName(port), status));
+        return false;
     }
-    if (lines.isPresent == 0)
-        return;
+    if (lines.isPresent != 0 && model.hasCageStatus(port))
+        addLines(findings, cageName(port), lines);
+    return lines.isPresent != 0;
+}
+
+void addCage(Findings &findings, const Model &model, uint32_t port) {
     const size_t before = findings.size();
-    // On the boards with 24 fibre ports the uplinks' status lines are other lines.
-    if (lines.hasLostSignal == 0 || lines.hasTxFault == 0)
-        addLines(findings, name, lines);
-    addModule(findings, port, name);
+    CageLines lines;
+    if (!addCageLines(findings, model, port, lines))
+        return;
+    addModule(findings, port, cageName(port));
     if (findings.size() == before)
-        findings.push_back(good(name, lines.transmitter == BSP_LASER_ON
-                                          ? "module works"
-                                          : "its transmitter is switched off"));
+        findings.push_back(good(cageName(port), lines.transmitter == BSP_LASER_ON
+                                                    ? "module works"
+                                                    : "its transmitter is switched off"));
 }
 
 } // namespace
@@ -309,7 +306,7 @@ Findings supplyFindings(const Model &model) {
     return findings;
 }
 
-Findings poeFindings(const Model &model) {
+Findings poeControllerFindings(const Model &model) {
     constexpr uint32_t kUpgradeFailed = 2;
     constexpr uint32_t kNoAnswer = 2;
     constexpr char kName[] = "PoE controller";
@@ -333,29 +330,32 @@ Findings poeFindings(const Model &model) {
                  "poe upgrade FILE'"}};
     if (isInitialised != 1)
         return {{kName, Severity::Warning, "not initialised", "run 'iodbg poe init'"}};
-    Findings findings = {good(kName, "initialised")};
-    addPoePorts(findings, model.poePorts);
+    return {good(kName, "initialised")};
+}
+
+Findings poeFindings(const Model &model) {
+    Findings findings = poeControllerFindings(model);
+    if (!findings.empty() && findings.front().severity == Severity::Good)
+        addPoePorts(findings, model.poePorts);
     return findings;
 }
 
 Findings clockFindings(const Model &model) {
     if (!model.hasClock)
         return {};
-    BspCalendar time = {};
-    if (const int32_t status = ioRealtimeGet(&time); status != BSP_OK)
+    ChipTime chip;
+    if (const int32_t status = readChipTime(chip); status != BSP_OK)
         return {unreadable("clock", status)};
-    bool isLost = false;
-    if (const int32_t status = readTimeLost(isLost); status != BSP_OK)
-        return {unreadable("clock", status)};
-    if (isLost || !isDate(time))
-        return {{"clock", Severity::Fault, isLost ? "has lost the time" : "holds no date and time",
+    if (!chip.isValid())
+        return {{"clock", Severity::Fault,
+                 chip.isLost ? "has lost the time" : "holds no date and time",
                  "set it with 'iodbg clock set'; if it comes again, replace the battery"}};
-    const int64_t drift = secondsBetween(systemTime(), time);
+    const int64_t drift = secondsBetween(systemTime(), chip.time);
     if (drift > kTolerableDrift || drift < -kTolerableDrift)
         return {{"clock", Severity::Warning,
-                 calendarText(time) + ", " + std::to_string(drift) + " s off the system clock",
+                 calendarText(chip.time) + ", " + std::to_string(drift) + " s off the system clock",
                  "set the wrong one: 'iodbg clock set now' or 'iodbg clock sync'"}};
-    return {good("clock", calendarText(time))};
+    return {good("clock", calendarText(chip.time))};
 }
 
 Findings flashFindings() {
@@ -368,9 +368,17 @@ Findings flashFindings() {
 Findings transceiverFindings(const Model &model) {
     Findings findings;
     for (const uint32_t port : model.cages)
-        addCage(findings, port);
+        addCage(findings, model, port);
     if (findings.empty())
         findings.push_back(good("SFP cages", "no module is plugged"));
+    return findings;
+}
+
+Findings cageLineFindings(const Model &model) {
+    Findings findings;
+    CageLines lines;
+    for (const uint32_t port : model.cages)
+        addCageLines(findings, model, port, lines);
     return findings;
 }
 

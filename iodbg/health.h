@@ -1,26 +1,10 @@
 #pragma once
 // What is wrong with the unit, and what to do about it.
 
+#include "iodbg/findings.h"
 #include "iodbg/model.h"
 
-#include <string>
-#include <vector>
-
 namespace iodbg {
-
-enum class Severity {
-    Good,
-    Warning, // works, but somebody should look at it
-    Fault,   // does not do what it is for
-};
-
-struct Finding {
-    std::string subject; // "fan 2"
-    Severity severity;
-    std::string text;   // what was found
-    std::string advice; // what to do; empty when there is nothing to do
-};
-using Findings = std::vector<Finding>;
 
 // Each looks at one part of the unit and finds at least one thing to say, if only that it is good.
 Findings identityFindings();
@@ -31,5 +15,9 @@ Findings poeFindings(const Model &model);
 Findings clockFindings(const Model &model);
 Findings flashFindings();
 Findings transceiverFindings(const Model &model);
+
+// The quick part of two of them, for those who look often. A cage that is well says nothing.
+Findings poeControllerFindings(const Model &model);
+Findings cageLineFindings(const Model &model);
 
 } // namespace iodbg

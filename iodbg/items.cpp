@@ -7,11 +7,10 @@
 namespace iodbg {
 
 void addItems(Report &report, Section &section, std::span<const Item> items) {
-    const std::string prefix = section.key.empty() ? "" : section.key + ".";
     for (const Item &item : items) {
         Cell cell;
         const int32_t status = item.read(cell);
-        section.add(item.key, item.label, report.tried(prefix + item.key, status, cell));
+        section.add(item.key, item.label, report.tried(section.path(item.key), status, cell));
     }
 }
 

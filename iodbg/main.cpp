@@ -15,8 +15,9 @@ using namespace iodbg;
 
 ExitCode runCommand(Console &console, int argc, const char *const *argv) {
     CommandLine line("Reads and changes what is on the board: identity, EEPROMs, power supplies, "
-                     "LEDs, watchdog, PoE, flash, upgrades, boot settings, CPLD registers, I2C "
-                     "devices, GPIO lines.",
+                     "fans, temperature, clock, LEDs, watchdog, PoE, SFP modules, flash, upgrades, "
+                     "boot settings, CPLD registers, I2C devices, GPIO lines, MDIO registers; "
+                     "judges and watches the unit.",
                      kExitCodeHelp, "iodbg " IODBG_VERSION);
     line.root().flag("--json", "Answer in JSON", console.isJson());
     addCommands(line.root());

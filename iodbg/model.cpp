@@ -36,6 +36,9 @@ int32_t readModel(Model &model) {
     model.hasClock = row.hasClock;
     addCages(model.cages, row.frontCages);
     addCages(model.cages, row.uplinkCages);
+    constexpr uint8_t kPresenceBit = 6; // of the first uplink
+    if (row.cageLines.uplinkStatusBit == kPresenceBit)
+        model.firstCageWithoutStatus = row.cageLines.firstUplink;
     return BSP_OK;
 }
 

@@ -21,6 +21,10 @@ struct Model {
     FanPresence fanPresence = FanPresence::Unknown;
     bool hasClock = false;
     std::vector<uint32_t> cages; // ports with an SFP cage, in rising order
+    /** From here on a cage's loss and fault lines are its presence and disable lines. */
+    uint32_t firstCageWithoutStatus = UINT32_MAX;
+
+    bool hasCageStatus(uint32_t port) const { return port < firstCageWithoutStatus; }
 };
 
 int32_t readModel(Model &model);

@@ -1,5 +1,8 @@
 #include "iodbg/parse.h"
 
+#include "iodbg/format.h"
+
+#include <algorithm>
 #include <charconv>
 #include <stdexcept>
 #include <string_view>
@@ -29,6 +32,13 @@ bool readDigits(std::string_view digits, int base, Number &value) {
     const char *end = digits.data() + digits.size();
     const auto [rest, error] = std::from_chars(digits.data(), end, value, base);
     return error == std::errc() && rest == end;
+}
+
+/** "0.1" of 100 */
+std::string shortSeconds(uint32_t milliseconds) {
+    std::string text = thousandths(milliseconds);
+    text.erase(text.find_last_not_of('0') + 1);
+    return text.back() == '.' ? text.substr(0, text.size() - 1) : text;
 }
 
 /** The byte of exactly two hexadecimal digits. */
@@ -89,6 +99,23 @@ Parser numberFromOne(uint32_t &target, uint32_t highest) {
 Parser numberWithin(uint32_t &target, uint32_t lowest, uint32_t highest) {
     return [&target, lowest, highest](const std::string &word) {
         target = static_cast<uint32_t>(parseNumber(word, lowest, highest));
+    };
+}
+
+Parser seconds(uint32_t &milliseconds, uint32_t lowest, uint32_t highest) {
+    return [&milliseconds, lowest, highest](const std::string &word) {
+        constexpr size_t kDecimals = 3;
+        const size_t point = std::min(word.find('.'), word.size());
+        std::string digits = word.substr(0, point);
+        std::string decimals = point < word.size() ? word.substr(point + 1) : "0";
+        const bool hasShape = !digits.empty() && !decimals.empty() && decimals.size() <= kDecimals;
+        decimals.resize(kDecimals, '0');
+        uint32_t value = 0;
+        if (!hasShape || !readDigits(std::string_view(digits += decimals), 10, value) ||
+            value < lowest || value > highest)
+            refuse(word, "is not a number of seconds from " + shortSeconds(lowest) + " to " +
+                             shortSeconds(highest) + ", with up to three decimals");
+        milliseconds = value;
     };
 }
 

@@ -30,6 +30,8 @@ Parser number(uint32_t &target, uint32_t highest = UINT32_MAX);
 Parser numberFromOne(uint32_t &target, uint32_t highest = UINT32_MAX);
 /** A number from lowest to highest. */
 Parser numberWithin(uint32_t &target, uint32_t lowest, uint32_t highest);
+/** Stores seconds as milliseconds: "2", "0.5", with up to three decimals. */
+Parser seconds(uint32_t &milliseconds, uint32_t lowest, uint32_t highest);
 /** One of some words, each of which stands for a number. */
 Parser oneOf(uint32_t &target, const std::vector<std::pair<std::string, uint32_t>> &words);
 Parser text(std::string &target);

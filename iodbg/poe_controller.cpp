@@ -48,27 +48,41 @@ int32_t readRated(Cell &cell) {
     return status;
 }
 
-constexpr Item kItems[] = {
+constexpr Item kStateItems[] = {
     {"application_status", "Firmware", readAppStatus},
     {"application_version", "Firmware version", readText<ioPoeAppVersionGet>},
     {"initialised", "Initialised", readInitialised},
+};
+constexpr Item kPowerItems[] = {
     {"budget_mw", "Power budget, W", readPower<ioPoeGlobalMaxPowerGet>},
     {"drawn_mw", "Power drawn, W", readPower<ioPoeGlobalPowerGet>},
+};
+constexpr Item kRatedItem[] = {
     {"rated_per_supply_mw", "Rated for each supply, W", readRated},
 };
 
 } // namespace
 
+const std::span<const Item> kPoePowerItems = kPowerItems;
+
 void addPoeController(Report &report) {
     Section section = {"poe", "PoE", {}};
+    if (addPoePresence(report, section)) {
+        for (const std::span<const Item> items :
+             {std::span<const Item>(kStateItems), kPoePowerItems, {kRatedItem}})
+            addItems(report, section, items);
+    }
+    report.parts.emplace_back(section);
+}
+
+bool addPoePresence(Report &report, Section &section) {
+    constexpr char kKey[] = "controller_present";
     uint32_t isMissing = 0;
     const int32_t status = bspPoeOnlineGet(&isMissing);
-    section.add("controller_present", "Controller",
-                report.tried("poe.controller_present", status,
-                             flagCell(isMissing == 0, "present", "missing")));
-    if (status == BSP_OK && isMissing == 0)
-        addItems(report, section, kItems);
-    report.parts.emplace_back(section);
+    section.add(
+        kKey, "Controller",
+        report.tried(section.path(kKey), status, flagCell(isMissing == 0, "present", "missing")));
+    return status == BSP_OK && isMissing == 0;
 }
 
 } // namespace iodbg

@@ -1,7 +1,9 @@
 #pragma once
 // What the PoE controller says of itself and of all ports together.
 
-#include "iodbg/report.h"
+#include "iodbg/items.h"
+
+#include <span>
 
 namespace iodbg {
 
@@ -10,5 +12,11 @@ namespace iodbg {
  * that is missing is not asked.
  */
 void addPoeController(Report &report);
+
+/** Adds whether the controller is there; false when it cannot be asked. */
+bool addPoePresence(Report &report, Section &section);
+
+/** The power budget, and what is drawn of it; an exchange with the controller for each. */
+extern const std::span<const Item> kPoePowerItems;
 
 } // namespace iodbg

@@ -11,7 +11,6 @@ namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kIsDelivering = 2;
 constexpr uint32_t kIsFaulty = 1;
 
 /** A reading of the library's, and what becomes of it. */
@@ -111,7 +110,7 @@ Cell poeClassCell(uint32_t deviceClass) {
 }
 
 Cell poeDeliveringCell(uint32_t disconnect) {
-    return flagCell(disconnect == kIsDelivering, "on", "off");
+    return flagCell(disconnect == kPoeIsDelivering, "on", "off");
 }
 
 Cell milliCell(uint32_t thousandthsOfUnit) {
@@ -143,7 +142,7 @@ std::vector<Cell> readPoePort(Report &report, uint32_t port) {
         uint32_t value = 0;
         const int32_t status = reading.get(port, &value);
         if (reading.get == ioPoePortDisconnectGet)
-            hasPower = status == BSP_OK && value == kIsDelivering;
+            hasPower = status == BSP_OK && value == kPoeIsDelivering;
         isUnreachable = isSilent(status);
         cells.push_back(report.tried(prefix + reading.item.key, status, reading.cell(value)));
     }

@@ -15,6 +15,9 @@ constexpr uint32_t kPoeModeSemi = 1;   // it detects and classifies; power comes
 constexpr uint32_t kPoeModeManual = 2; // every step comes on command
 constexpr uint32_t kPoeModeDisabled = 5;
 
+/** What the library answers of a port that delivers power. */
+constexpr uint32_t kPoeIsDelivering = 2;
+
 // Each makes a cell of a value that the library answered.
 Cell poeNumberCell(uint32_t number);
 Cell poeModeCell(uint32_t mode);

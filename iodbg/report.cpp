@@ -31,6 +31,8 @@ std::string toText(const Section &section) {
 }
 
 std::string toText(const Table &table) {
+    if (table.rows.empty())
+        return "";
     std::vector<std::vector<std::string>> lines(1);
     for (const Column &column : table.columns)
         lines[0].push_back(column.label);
@@ -102,9 +104,9 @@ Cell Report::tried(const std::string &item, int32_t status, const Cell &cell) {
 std::string Report::toText() const {
     std::string text;
     for (const auto &part : parts) {
-        if (!text.empty())
-            text += "\n";
-        text += std::visit([](const auto &content) { return iodbg::toText(content); }, part);
+        const std::string shown =
+            std::visit([](const auto &content) { return iodbg::toText(content); }, part);
+        text += (text.empty() || shown.empty() ? "" : "\n") + shown;
     }
     if (!failures.empty())
         text += "\nFailures\n";

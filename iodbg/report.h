@@ -42,6 +42,10 @@ struct Section {
     void add(const std::string &fieldKey, const std::string &label, const Cell &cell) {
         fields.push_back({fieldKey, label, cell});
     }
+    /** The path of one of its keys: "board.device_id". */
+    std::string path(const std::string &fieldKey) const {
+        return key.empty() ? fieldKey : key + "." + fieldKey;
+    }
 };
 
 struct Column {
@@ -49,7 +53,7 @@ struct Column {
     std::string label;
 };
 
-/** Rows of the same shape; one array of the JSON. */
+/** Rows of the same shape; one array of the JSON. Without rows people see nothing of it. */
 struct Table {
     std::string key;
     std::vector<Column> columns;
@@ -72,6 +76,7 @@ enum class AnswerForm {
 struct Report {
     std::vector<std::variant<Section, Table>> parts;
     std::vector<FailedItem> failures;
+    std::string event = "result"; // what it is among the lines of an answer in lines
 
     /** The cell of an item that was tried to read: its value, or the failure, which is noted. */
     Cell tried(const std::string &item, int32_t status, const Cell &cell);

@@ -41,7 +41,7 @@ void addStatus(Json &object, int32_t status) {
 }
 
 /** Lines tell what they are, since several kinds come. */
-Json beginAnswer(AnswerForm form, const char *event) {
+Json beginAnswer(AnswerForm form, const std::string &event) {
     Json answer = Json::object();
     if (form == AnswerForm::JsonLines)
         answer["event"] = event;
@@ -61,7 +61,7 @@ std::string toJsonLine(const Section &section) {
 }
 
 std::string Report::toJson(AnswerForm form) const {
-    Json answer = beginAnswer(form, "result");
+    Json answer = beginAnswer(form, event);
     for (const auto &part : parts)
         std::visit([&](const auto &content) { addPart(answer, content); }, part);
     answer["failures"] = Json::array();

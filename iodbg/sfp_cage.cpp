@@ -4,9 +4,24 @@
 
 namespace iodbg {
 
+std::string portName(uint32_t port) {
+    return "port " + std::to_string(port);
+}
+
+int32_t readCageLines(uint32_t port, CageLines &lines) {
+    int32_t status = ioLaserPresentGet(port, &lines.isPresent);
+    if (status == BSP_OK)
+        status = ioLaserControlGet(port, &lines.transmitter);
+    if (status == BSP_OK)
+        status = ioLaserRxLosGet(port, &lines.hasLostSignal);
+    if (status == BSP_OK)
+        status = ioLaserTxfaultGet(port, &lines.hasTxFault);
+    return status;
+}
+
 void addCageLines(Report &report, Section &section, uint32_t port, CageLines &lines) {
     const auto add = [&](const char *key, const char *label, int32_t status, const Cell &cell) {
-        section.add(key, label, report.tried(section.key + "." + key, status, cell));
+        section.add(key, label, report.tried(section.path(key), status, cell));
     };
     int32_t status = ioLaserPresentGet(port, &lines.isPresent);
     add("present", "Module", status, flagCell(lines.isPresent != 0, "plugged", "none"));

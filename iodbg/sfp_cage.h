@@ -15,6 +15,12 @@ struct CageLines {
     uint32_t hasTxFault = 0;
 };
 
+/** "port 49" */
+std::string portName(uint32_t port);
+
+/** Reads all lines; the first status that is not BSP_OK. */
+int32_t readCageLines(uint32_t port, CageLines &lines);
+
 /** Adds what the CPLD tells of a cage; lines: what could be read of them. */
 void addCageLines(Report &report, Section &section, uint32_t port, CageLines &lines);
 

@@ -148,6 +148,13 @@ PageChecksum checksumOf(ByteView page, size_t first, size_t last) {
     return {page[last + 1], sum};
 }
 
+std::string listed(const std::vector<std::string> &words) {
+    std::string text;
+    for (const std::string &word : words)
+        text += (text.empty() ? "" : ", ") + word;
+    return text.empty() ? "none told" : text;
+}
+
 Identification identificationOf(ByteView page) {
     Identification module = {};
     module.kind = nameOf(kKinds, page[kKind]);

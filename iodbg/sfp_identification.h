@@ -35,6 +35,9 @@ struct Identification {
     PageChecksum base, extended;
 };
 
+/** "10GBASE-SR, 1000BASE-SX" */
+std::string listed(const std::vector<std::string> &words);
+
 /** page: kIdentificationSize bytes. */
 Identification identificationOf(ByteView page);
 

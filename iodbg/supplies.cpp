@@ -3,6 +3,8 @@
 #include "bsp.h"
 #include "iodbg/format.h"
 
+#include <vector>
+
 namespace iodbg {
 
 namespace {
@@ -40,7 +42,7 @@ struct Place {
 
     void add(const std::string &key, const std::string &label, int32_t status,
              const Cell &cell) const {
-        section.add(key, label, report.tried(section.key + "." + key, status, cell));
+        section.add(key, label, report.tried(section.path(key), status, cell));
     }
 };
 
@@ -104,7 +106,27 @@ void addReadings(const Place &place, Readings readings) {
     }
 }
 
+/** A supply's presence and status; the other fields do not fit into a table. */
+std::vector<Cell> supplyRow(Report &report, const Model &model, uint32_t supply) {
+    Section section = {"supply" + std::to_string(supply), "", {}};
+    const Place place = {report, section, model, static_cast<int32_t>(supply)};
+    addPresence(place);
+    Cell plugged = section.fields.front().cell;
+    if (plugged.value == Value{false})
+        plugged.text = "no";
+    addStatus(place);
+    return {numberCell(supply), plugged, section.fields.back().cell};
+}
+
 } // namespace
+
+Table supplyTable(Report &report, const Model &model) {
+    Table table = {
+        "supplies", {{"supply", "SUPPLY"}, {"plugged", "PLUGGED"}, {"status", "STATUS"}}, {}};
+    for (uint32_t supply = 1; supply <= kSuppliesWithPresence; ++supply)
+        table.rows.push_back(supplyRow(report, model, supply));
+    return table;
+}
 
 bool addSupply(Report &report, Section &section, const Model &model, uint32_t supply,
                Readings readings) {

@@ -15,4 +15,7 @@ enum class Readings { Main, All };
 bool addSupply(Report &report, Section &section, const Model &model, uint32_t supply,
                Readings readings);
 
+/** A row for each supply with a presence line: plugged or not, status. */
+Table supplyTable(Report &report, const Model &model);
+
 } // namespace iodbg

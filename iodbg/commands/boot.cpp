@@ -173,8 +173,7 @@ Parser settingName(const BootSetting *&target) {
     return [&target](const std::string &word) { target = &bootSetting(word); };
 }
 
-constexpr char kSettingsHelp[] =
-    "mode, flag, baudrate, console-password, user-password or password";
+constexpr char kSettingsHelp[] = "mode|flag|baudrate|console-password|user-password|password";
 
 void addGet(const Command &boot) {
     const auto arguments = std::make_shared<GetArguments>();

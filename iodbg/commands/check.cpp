@@ -5,28 +5,12 @@
 #include "iodbg/failure.h"
 #include "iodbg/health.h"
 
-#include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace iodbg {
 
 namespace {
-
-const char *severityText(Severity severity) {
-    switch (severity) {
-    case Severity::Good:
-        return "good";
-    case Severity::Warning:
-        return "warning";
-    case Severity::Fault:
-        return "FAULT";
-    }
-    return "?";
-}
-
-const char *severityKey(Severity severity) {
-    return severity == Severity::Fault ? "fault" : severityText(severity);
-}
 
 Findings examine() {
     Model model;
@@ -39,29 +23,13 @@ Findings examine() {
     return all;
 }
 
-int64_t countOf(const Findings &findings, Severity severity) {
-    return std::count_if(findings.begin(), findings.end(), [severity](const Finding &finding) {
-        return finding.severity == severity;
-    });
-}
-
 ExitCode check(Console &console) {
     const Findings findings = examine();
-    Table table = {
-        "findings",
-        {{"subject", "SUBJECT"}, {"verdict", "VERDICT"}, {"found", "FOUND"}, {"advice", "TO DO"}},
-        {}};
-    for (const Finding &finding : findings)
-        table.rows.push_back(
-            {textCell(finding.subject),
-             {severityText(finding.severity), std::string(severityKey(finding.severity))},
-             textCell(finding.text),
-             finding.advice.empty() ? Cell{"", nullptr} : textCell(finding.advice)});
     Section summary = {"", "", {}};
     const int64_t faults = countOf(findings, Severity::Fault);
     summary.add("faults", "Faults", numberCell(faults));
     summary.add("warnings", "Warnings", numberCell(countOf(findings, Severity::Warning)));
-    console.print({{table, summary}, {}});
+    console.print({{findingsTable(findings), summary}, {}});
     return faults == 0 ? ExitCode::Ok : ExitCode::Faulty;
 }
 

@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "iodbg/calendar.h"
+#include "iodbg/clocks.h"
 #include "iodbg/commands/commands.h"
 #include "iodbg/console.h"
 #include "iodbg/failure.h"
@@ -18,44 +19,20 @@ namespace {
 // What a program can be expected to take between two looks at a clock, in seconds.
 constexpr int64_t kTolerance = 2;
 
-BspCalendar readChip() {
+ChipTime readChip() {
     Model model;
     require(readModel(model), "read the device id");
     if (!model.hasClock)
         throw Failure::board("use the clock chip", BSP_E_NOT_SUPPORTED, "this model has none");
-    BspCalendar time = {};
-    require(ioRealtimeGet(&time), "read the clock chip");
-    return time;
-}
-
-/** Whether what the chip counts is the time. */
-bool isTime(const BspCalendar &time) {
-    bool isLost = false;
-    require(readTimeLost(isLost), "read the clock chip");
-    return isDate(time) && !isLost;
-}
-
-std::string driftText(int64_t seconds) {
-    if (seconds == 0)
-        return "none";
-    return std::to_string(seconds < 0 ? -seconds : seconds) +
-           (seconds < 0 ? " s behind the system" : " s ahead of the system");
+    ChipTime chip;
+    require(readChipTime(chip), "read the clock chip");
+    return chip;
 }
 
 ExitCode get(Console &console) {
-    const BspCalendar time = readChip();
-    const bool isValid = isTime(time);
-    const BspCalendar now = systemTime();
+    const ChipTime chip = readChip();
     Section section = {"", "", {}};
-    section.add("chip", "Clock chip (local time)", textCell(calendarText(time)));
-    section.add(
-        "valid", "Valid",
-        flagCell(isValid, "yes", "no: the chip was without power; set it with 'iodbg clock set'"));
-    section.add("system", "System clock (local time)", textCell(calendarText(now)));
-    if (isValid) {
-        const int64_t drift = secondsBetween(now, time);
-        section.add("drift_s", "Difference", {driftText(drift), drift});
-    }
+    addClocks(section, chip);
     return console.print({{section}, {}});
 }
 
@@ -92,11 +69,12 @@ BspCalendar parseTime(const std::string &word) {
 }
 
 ExitCode set(Console &console, const BspCalendar &wanted) {
-    const BspCalendar before = readChip();
+    const BspCalendar before = readChip().time;
     require(ioRealtimeSet(&wanted), "set the clock chip");
-    const BspCalendar after = readChip();
+    const ChipTime chip = readChip();
+    const BspCalendar &after = chip.time;
     const int64_t passed = secondsBetween(wanted, after);
-    if (!isDate(after) || passed < 0 || passed > kTolerance)
+    if (!chip.isValid() || passed < 0 || passed > kTolerance)
         throw Failure(ExitCode::ReadBack, "the clock chip was set to " + calendarText(wanted) +
                                               " and reads " + calendarText(after) +
                                               "; look at it again with 'iodbg clock get'");
@@ -107,8 +85,9 @@ ExitCode set(Console &console, const BspCalendar &wanted) {
 }
 
 ExitCode sync(Console &console) {
-    const BspCalendar time = readChip();
-    if (!isTime(time))
+    const ChipTime chip = readChip();
+    const BspCalendar &time = chip.time;
+    if (!chip.isValid())
         throw Failure(ExitCode::Board, "the clock chip holds no date and time, " +
                                            calendarText(time) +
                                            "; set it with 'iodbg clock set' first");

@@ -7,6 +7,7 @@ namespace iodbg {
 
 void addShowCommand(const Command &root);
 void addCheckCommand(const Command &root);
+void addWatchCommand(const Command &root);
 void addInitCommand(const Command &root);
 void addIdentityCommands(const Command &root);
 void addEepromCommands(const Command &root);
@@ -33,6 +34,7 @@ void addStatusCommand(const Command &root);
 inline void addCommands(const Command &root) {
     addShowCommand(root);
     addCheckCommand(root);
+    addWatchCommand(root);
     addInitCommand(root);
     addIdentityCommands(root);
     addEepromCommands(root);

@@ -5,19 +5,21 @@
 #include "iodbg/console.h"
 #include "iodbg/failure.h"
 #include "iodbg/fans.h"
+#include "iodbg/items.h"
 
 namespace iodbg {
 
 namespace {
 
 constexpr uint32_t kHighestLevel = 10;
+constexpr Item kLevelItem[] = {{"level", "Level (1-10)", readFanLevel}};
 
 ExitCode show(Console &console) {
     Model model;
     require(readModel(model), "read the device id");
     Report report;
     Section section = {"", "", {}};
-    addFanLevel(report, section);
+    addItems(report, section, kLevelItem);
     report.parts.emplace_back(section);
     report.parts.emplace_back(fanTable(report, model));
     return console.print(report);

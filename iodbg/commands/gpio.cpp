@@ -55,7 +55,7 @@ void addGpioCommands(const Command &root) {
 
     const Command setCommand = gpio.command("set", "Make a line an output and drive it");
     setCommand.argument("LINE", "Number of the line", number(arguments->line));
-    setCommand.argument("LEVEL", "0 or 1", number(arguments->level, 1));
+    setCommand.argument("LEVEL", "0|1", number(arguments->level, 1));
     setCommand.does([arguments](Console &console) { return set(console, *arguments); });
 }
 

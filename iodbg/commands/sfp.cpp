@@ -7,6 +7,7 @@
 #include "iodbg/format.h"
 #include "iodbg/model.h"
 #include "iodbg/sfp_cage.h"
+#include "iodbg/sfp_cage_table.h"
 #include "iodbg/sfp_diagnostics.h"
 #include "iodbg/sfp_identification.h"
 
@@ -29,25 +30,13 @@ std::vector<uint32_t> readCages() {
     return model.cages;
 }
 
-std::string portName(uint32_t port) {
-    return "port " + std::to_string(port);
-}
-
 /** The library does not check the ports of its lines, so iodbg does. */
 void requireCage(uint32_t port) {
     const std::vector<uint32_t> cages = readCages();
     if (std::find(cages.begin(), cages.end(), port) != cages.end())
         return;
-    const std::vector<int64_t> numbers(cages.begin(), cages.end());
     throw Failure::board("use " + portName(port), BSP_E_INVALID,
-                         "the SFP cages of this board are " + listCell(numbers).text);
-}
-
-std::string joined(const std::vector<std::string> &words) {
-    std::string text;
-    for (const std::string &word : words)
-        text += (text.empty() ? "" : ", ") + word;
-    return text.empty() ? "none told" : text;
+                         "the SFP cages of this board are " + portsCell(cages).text);
 }
 
 Cell checksumCell(const PageChecksum &sum) {
@@ -58,51 +47,10 @@ Cell checksumCell(const PageChecksum &sum) {
 
 // sfp list
 
-Cell unread(int32_t status) {
-    return {"cannot be read: status " + std::to_string(status), nullptr};
-}
-
-std::vector<Cell> cageRow(Report &report, uint32_t port) {
-    CageLines lines;
-    Section section = {portName(port), "", {}};
-    addCageLines(report, section, port, lines);
-    std::vector<Cell> row = {numberCell(port)};
-    for (const Field &field : section.fields)
-        row.push_back(field.cell);
-    Bytes page;
-    if (lines.isPresent == 0) {
-        row.insert(row.end(), 3, {"", nullptr});
-        return row;
-    }
-    if (const int32_t status =
-            readSfpPage(port, SfpPage::Identification, kIdentificationSize, page);
-        status != BSP_OK) {
-        row.push_back(report.tried(section.key + ".identification", status, unread(status)));
-        row.insert(row.end(), 2, {"", nullptr});
-        return row;
-    }
-    const Identification module = identificationOf(page);
-    row.push_back(textCell(joined(module.compliances)));
-    row.push_back(textCell(module.vendor));
-    row.push_back(textCell(module.partNumber));
-    return row;
-}
-
 ExitCode list(Console &console) {
+    const std::vector<uint32_t> cages = readCages();
     Report report;
-    Table table = {"cages",
-                   {{"port", "PORT"},
-                    {"present", "MODULE"},
-                    {"transmitter_on", "TX"},
-                    {"rx_loss", "RX LOSS"},
-                    {"tx_fault", "TX FAULT"},
-                    {"compliance", "KIND"},
-                    {"vendor", "VENDOR"},
-                    {"part_number", "PART"}},
-                   {}};
-    for (const uint32_t port : readCages())
-        table.rows.push_back(cageRow(report, port));
-    report.parts.emplace_back(table);
+    report.parts.emplace_back(cageTable(report, cages));
     return console.print(report);
 }
 
@@ -111,13 +59,13 @@ ExitCode list(Console &console) {
 void addIdentification(Section &section, const Identification &module) {
     section.add("kind", "Kind", textCell(module.kind));
     section.add("connector", "Connector", textCell(module.connector));
-    section.add("compliance", "Compliance", textCell(joined(module.compliances)));
+    section.add("compliance", "Compliance", textCell(listed(module.compliances)));
     section.add("encoding", "Encoding", textCell(module.encoding));
     section.add("rate_mbaud", "Rate, Mbaud", numberCell(module.rateMbaud));
     section.add("wavelength_nm", "Wavelength, nm",
                 module.wavelengthNm == 0 ? Cell{"none: copper", nullptr}
                                          : numberCell(module.wavelengthNm));
-    section.add("reach", "Reach", textCell(joined(module.reaches)));
+    section.add("reach", "Reach", textCell(listed(module.reaches)));
     section.add("vendor", "Vendor", textCell(module.vendor));
     section.add("oui", "Vendor's OUI", textCell(module.oui));
     section.add("part_number", "Part number", textCell(module.partNumber));
@@ -337,8 +285,7 @@ void addSfpCommands(const Command &root) {
     const auto state = std::make_shared<uint32_t>(0);
     const Command tx = sfp.command("tx", "Switch a transmitter, and read its line back");
     tx.argument("PORT", "Front-panel port of the cage", numberFromOne(*port));
-    tx.argument("STATE", "on or off",
-                oneOf(*state, {{"on", BSP_LASER_ON}, {"off", BSP_LASER_OFF}}));
+    tx.argument("STATE", "on|off", oneOf(*state, {{"on", BSP_LASER_ON}, {"off", BSP_LASER_OFF}}));
     tx.does([port, state](Console &console) { return switchTransmitter(console, *port, *state); });
 }
 

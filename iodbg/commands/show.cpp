@@ -1,10 +1,14 @@
 // iodbg show: the board at a glance. What cannot be read does not hide the rest.
 
+#include "iodbg/climate.h"
+#include "iodbg/clocks.h"
 #include "iodbg/commands/commands.h"
 #include "iodbg/console.h"
+#include "iodbg/fans.h"
 #include "iodbg/identity_items.h"
 #include "iodbg/poe_controller.h"
 #include "iodbg/record.h"
+#include "iodbg/sfp_cage_table.h"
 #include "iodbg/supplies.h"
 
 namespace iodbg {
@@ -59,24 +63,56 @@ void addSupplies(Report &report, const Model &model, int32_t status) {
     }
 }
 
+/** Temperature and fans. */
+void addClimate(Report &report, const Model &model) {
+    Section section = {"climate", "Climate", {}};
+    addItems(report, section, kClimateItems);
+    report.parts.emplace_back(section);
+    report.parts.emplace_back(fanTable(report, model));
+}
+
+/** The cages, and the modules in them: a line for each module. */
+void addCages(Report &report, const Model &model) {
+    Section section = {"sfp", "SFP cages", {}};
+    section.add("ports", "Ports", portsCell(model.cages));
+    CageSummary summary;
+    const int32_t status = readCages(model, summary);
+    section.add("plugged", "Modules in",
+                report.tried(section.path("plugged"), status, portsCell(summary.plugged)));
+    report.parts.emplace_back(section);
+    report.parts.emplace_back(cageTable(report, summary.plugged));
+}
+
 /** On models with PoE; a controller that is not there is said, not asked. */
 void addPoe(Report &report, const Model &model) {
     if (model.poePorts > 0)
         addPoeController(report);
 }
 
+/** status: of reading the model. One that cannot be read has no clock, PoE or cages. */
+void addModelsParts(Report &report, const Model &model, int32_t status) {
+    addClimate(report, model);
+    if (model.hasClock)
+        addClocks(report);
+    addSupplies(report, model, status);
+    addPoe(report, model);
+    if (!model.cages.empty())
+        addCages(report, model);
+}
+
 } // namespace
 
 void addShowCommand(const Command &root) {
-    root.command("show", "Show the board: versions, identity, product record, supplies, PoE")
+    root.command("show",
+                 "Show the board: versions, identity, product record, temperature, fans, clock, "
+                 "supplies, PoE, SFP cages")
         .does([](Console &console) {
             Report report;
             addBoard(report);
             addRecord(report);
-            Model model; // one that cannot be read has no PoE
+            Model model;
             const int32_t status = readModel(model);
-            addSupplies(report, model, status);
-            addPoe(report, model);
+            addModelsParts(report, model, status);
             return console.print(report);
         });
 }

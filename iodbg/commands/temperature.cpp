@@ -1,6 +1,6 @@
 // iodbg temperature: the board's sensor.
 
-#include "bsp.h"
+#include "iodbg/climate.h"
 #include "iodbg/commands/commands.h"
 #include "iodbg/console.h"
 #include "iodbg/failure.h"
@@ -10,10 +10,10 @@ namespace iodbg {
 namespace {
 
 ExitCode show(Console &console) {
-    int32_t celsius = 0;
-    require(ioTemperGet(0, &celsius), "read the temperature sensor");
+    Cell celsius;
+    require(readTemperature(celsius), "read the temperature sensor");
     Section section = {"", "", {}};
-    section.add("temperature_c", "Temperature", {std::to_string(celsius) + " C", int64_t{celsius}});
+    section.add("temperature_c", "Temperature", celsius);
     return console.print({{section}, {}});
 }
 

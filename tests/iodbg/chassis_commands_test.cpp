@@ -44,6 +44,21 @@ TEST_F(FanCommandsTest, ShowsLevelPresenceAndSpeed) {
     EXPECT_EQ(jsonAt(json({"fan", "get"}), "/fans/0/present"), "false");
 }
 
+TEST_F(ChassisCommandsTest, AnswerProgramsWithStableKeys) {
+    const std::string fans = json({"fan", "get"});
+    EXPECT_EQ(jsonKeys(fans, ""), (Words{"level", "fans", "failures"}));
+    EXPECT_EQ(jsonKeys(fans, "/fans/0"), (Words{"fan", "present", "speed_rpm"}));
+    EXPECT_EQ(jsonKeys(json({"fan", "set", "3"}), ""), (Words{"level", "verified", "failures"}));
+    EXPECT_EQ(jsonKeys(json({"temperature"}), ""), (Words{"temperature_c", "failures"}));
+    EXPECT_EQ(jsonKeys(json({"clock", "get"}), ""),
+              (Words{"chip", "valid", "system", "drift_s", "failures"}));
+    EXPECT_EQ(jsonKeys(json({"clock", "set", "now"}), ""), (Words{"before", "after", "failures"}));
+    EXPECT_EQ(jsonKeys(json({"clock", "sync"}), ""), (Words{"system", "verified", "failures"}));
+    EXPECT_EQ(jsonKeys(json({"init"}), ""), (Words{"system", "failures"}));
+    iodbg({"i2c", "write", "0", "1", "0x51", "7", "13"}); // a month of 13, counted from 0
+    EXPECT_EQ(jsonKeys(json({"clock", "get"}), ""), (Words{"chip", "valid", "system", "failures"}));
+}
+
 TEST_F(FanCommandsTest, SaysWhereNoLineTellsOfPresence) {
     useModel(0x0109);
     EXPECT_EQ(jsonAt(json({"fan", "get"}), "/fans/1/present"), "null");

@@ -33,6 +33,8 @@ class CheckCommandTest : public IodbgTest {
 
 TEST_F(CheckCommandTest, ANewUnitHasNoFault) {
     const std::string answer = json({"check"});
+    EXPECT_EQ(jsonKeys(answer, ""), (Words{"findings", "faults", "warnings", "failures"}));
+    EXPECT_EQ(jsonKeys(answer, "/findings/0"), (Words{"subject", "verdict", "found", "advice"}));
     EXPECT_EQ(jsonAt(answer, "/faults"), "0");
     EXPECT_EQ(verdictOn("product record", 0), "good whole");
     EXPECT_EQ(verdictOn("fan 1", 0), "good 2400 rpm");
@@ -164,6 +166,13 @@ TEST_F(CheckCommandTest, ModulesAreJudged) {
     EXPECT_EQ(verdictOn("SFP port 49", 0), "good its transmitter is switched off");
     setWorld("sfp.49.module", "dead");
     EXPECT_EQ(verdictOn("SFP port 49", 5), "fault does not answer: BSP_E_FAILED (-1)");
+}
+
+TEST_F(CheckCommandTest, LinesThatTellNothingAreNotJudged) {
+    useModel(0x0509); // the uplinks' loss line is their presence line
+    setWorld("sfp.33.module", "sr");
+    setWorld("sfp.33.link", "up");
+    EXPECT_EQ(verdictOn("SFP port 33", 0), "good module works");
 }
 
 TEST_F(CheckCommandTest, WhatCannotBeReadIsAFaultOfItsOwn) {

@@ -185,9 +185,9 @@ TEST_F(LedCommandsTest, RefusesWrongWords) {
     expectUntouched({"led", "set", "lamp6", "on"}, "'lamp6' is not known here");
     expectUntouched({"led", "set", "2", "on"}, "'2' is not known here");
     expectUntouched({"led", "set", "system"}, "STATE is required");
-    expectUntouched({"led", "set", "system", "4"}, "STATE: '4' is not a number from 0 to 3");
-    expectUntouched({"led", "set", "system", "on"}, "STATE: 'on' is not a number");
-    expectUntouched({"led", "set", "lamp4", "2"}, "STATE: '2' is not a number from 0 to 1");
+    expectUntouched({"led", "set", "system", "4"}, "STATE: '4' is none of off|0|1|2|3");
+    expectUntouched({"led", "set", "system", "on"}, "STATE: 'on' is none of off|0|1|2|3");
+    expectUntouched({"led", "set", "lamp4", "2"}, "STATE: '2' is none of off|on|0|1");
     expectUntouched({"led", "set", "lamp5", "red"}, "STATE: 'red'");
     expectUntouched({"led", "set", "lamp4", "1", "on"}, "not expected");
     expectUntouched({"led", "set", "indexed", "on"}, "LAMP: 'on' is not a number from 1 to 10");

@@ -115,9 +115,10 @@ void IodbgTest::expectRefusal(const Words &arguments, int exitCode, const std::s
     EXPECT_TRUE(content() == before) << ::testing::PrintToString(arguments);
 }
 
-/** Files that the library makes for whoever asks it first: device id, PoE lock and status. */
+/** Files that the library makes for whoever asks it first: device id, locks and PoE status. */
 bool IodbgTest::isLibrarysOwn(const std::string &path) const {
     return path == boardFile("/tmp/bsp/devId") || path == boardFile("/tmp/bspPoeLockFile") ||
+           path == boardFile("/tmp/bspFlashLockFile") ||
            (path == boardFile("/tmp/bsp/poeApp") && readFile(path).empty());
 }
 
@@ -132,10 +133,11 @@ BoardContent IodbgTest::content() const {
     BoardContent content;
     const auto copy = std::make_unique<vb::Devices>(devices());
     forgetTime(*copy);
-    // The supplies' models count how often they are read, and the PoE controller keeps its last
-    // answer.
+    // The supplies' models count how often they are read, the PoE controller keeps its last answer,
+    // and the MDIO bus knows how long its last command took.
     for (vb::Supply &supply : copy->supply)
         supply.pmbus.reads = 0;
+    copy->mdio.pollsLeft = 0;
     copy->poe.replyReadyNs = 0;
     copy->poe.replyLength = 0;
     std::fill(std::begin(copy->poe.reply), std::end(copy->poe.reply), uint8_t{0});

@@ -1,6 +1,7 @@
 // What holds for the whole of iodbg: help, version, JSON errors, and that reading changes nothing.
 
 #include "tests/iodbg/iodbg_test.h"
+#include "tests/support/world.h"
 
 #include <regex>
 
@@ -13,8 +14,14 @@ TEST_F(ProgramTest, HelpNamesCommandsAndExitCodes) {
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
     for (const char *text :
-         {"show", "identity", "eeprom", "cpld", "i2c", "gpio", "status", "power", "led", "watchdog",
-          "ptp", "reboot", "--json", "  3  written, but what reads back differs\n"})
+         {"show", "check",       "watch",   "init",  "identity", "eeprom", "power",
+          "fan",  "temperature", "clock",   "led",   "watchdog", "ptp",    "reboot",
+          "cpld", "i2c",         "gpio",    "poe",   "sfp",      "mdio",   "image",
+          "boot", "mtd",         "upgrade", "status"})
+        EXPECT_NE(result.out.find("\n  " + std::string(text) + " "), std::string::npos) << text;
+    for (const char *text : {"fans", "temperature", "clock", "SFP modules", "MDIO", "--json",
+                             "  3  written, but what reads back differs\n",
+                             "  5  'check' found a fault of the unit\n"})
         EXPECT_NE(result.out.find(text), std::string::npos) << text;
     EXPECT_NE(iodbg({"cpld", "set", "--help"}).out.find("VALUE"), std::string::npos);
 }
@@ -93,6 +100,9 @@ TEST_F(ProgramTest, ExplainsSingleStatuses) {
 
 TEST_F(ProgramTest, ReadingChangesNothing) {
     devices().gpio.external[3] = 1;
+    world::set("sfp.49.module", "copper-mode4");
+    world::set("sfp.50.module", "sr");
+    world::set("rtc.time", "2051-02-28 12:34:56");
     const BoardContent before = content();
     for (const Words &command :
          {Words{"show"},
@@ -119,6 +129,22 @@ TEST_F(ProgramTest, ReadingChangesNothing) {
           Words{"led"},
           Words{"led", "get"},
           Words{"watchdog", "get"},
+          Words{"check"},
+          Words{"watch", "--count", "1"},
+          Words{"fan", "get"},
+          Words{"temperature"},
+          Words{"clock", "get"},
+          Words{"sfp", "list"},
+          Words{"sfp", "show", "50"},
+          Words{"sfp", "dump", "50"},
+          Words{"sfp", "phy", "49"},
+          Words{"mdio", "read", "3", "5"},
+          Words{"poe", "info"},
+          Words{"poe", "status", "3-4"},
+          Words{"poe", "port", "3"},
+          Words{"image", "info"},
+          Words{"boot", "get"},
+          Words{"mtd", "read", "mtd4", hostFile("settings")},
           Words{"status"},
           Words{"status", "1002"},
           Words{"--version"},

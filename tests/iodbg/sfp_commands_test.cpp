@@ -40,6 +40,59 @@ TEST_F(SfpCommandsTest, ListsEveryCageOfTheModel) {
     EXPECT_EQ(jsonAt(json({"sfp", "list"}), "/cages/53/port"), "54");
 }
 
+TEST_F(SfpCommandsTest, AnswersProgramsWithStableKeys) {
+    plug(49, "sr");
+    const std::string list = json({"sfp", "list"});
+    EXPECT_EQ(jsonKeys(list, ""), (Words{"cages", "failures"}));
+    const std::string module = json({"sfp", "show", "49"});
+    EXPECT_EQ(jsonKeys(module, ""), (Words{"port",
+                                           "present",
+                                           "transmitter_on",
+                                           "rx_loss",
+                                           "tx_fault",
+                                           "kind",
+                                           "connector",
+                                           "compliance",
+                                           "encoding",
+                                           "rate_mbaud",
+                                           "wavelength_nm",
+                                           "reach",
+                                           "vendor",
+                                           "oui",
+                                           "part_number",
+                                           "revision",
+                                           "serial_number",
+                                           "date",
+                                           "base_checksum_ok",
+                                           "extended_checksum_ok",
+                                           "copper_kind",
+                                           "has_diagnostics",
+                                           "diagnostics_checksum_ok",
+                                           "data_ready",
+                                           "diagnostics",
+                                           "failures"}));
+    EXPECT_EQ(jsonKeys(module, "/diagnostics/0"),
+              (Words{"quantity", "value", "judgement", "low_alarm", "low_warning", "high_warning",
+                     "high_alarm"}));
+    EXPECT_EQ(jsonKeys(json({"sfp", "show", "50"}), ""),
+              (Words{"port", "present", "transmitter_on", "rx_loss", "tx_fault", "failures"}));
+    EXPECT_EQ(jsonKeys(json({"sfp", "dump", "49"}), ""), (Words{"a0h", "a2h", "failures"}));
+    EXPECT_EQ(jsonKeys(json({"sfp", "tx", "49", "on"}), ""),
+              (Words{"port", "transmitter_on", "failures"}));
+    plug(49, "copper-mode4");
+    const std::string phy = json({"sfp", "phy", "49"});
+    EXPECT_EQ(jsonKeys(phy, ""), (Words{"registers", "failures"}));
+    EXPECT_EQ(jsonKeys(phy, "/registers/0"), (Words{"register", "value"}));
+}
+
+TEST_F(SfpCommandsTest, WhatALineAnswersIsNamedByItsKey) {
+    iodbg({"sfp", "list"}); // from here on the model is known
+    addFault(at(refuse(FaultDevice::Cpld, FaultOp::Read, -EIO), 12));
+    const std::string answer = json({"sfp", "show", "49"}, 1);
+    EXPECT_EQ(jsonAt(answer, "/failures/0/item"), "\"transmitter_on\"");
+    EXPECT_EQ(jsonAt(answer, "/present"), "false");
+}
+
 TEST_F(SfpCommandsTest, ADeadModuleDoesNotHideTheOthers) {
     plug(49, "dead");
     plug(50, "lr");
@@ -132,6 +185,7 @@ TEST_F(MdioCommandsTest, ReadsAndWrites) {
     EXPECT_EQ(jsonAt(json({"mdio", "read", "3", "5"}), ""),
               "{\"a\":3,\"b\":5,\"value\":4660,\"failures\":[]}");
     const std::string answer = json({"mdio", "write", "3", "5", "0xABCD"});
+    EXPECT_EQ(jsonKeys(answer, ""), (Words{"a", "b", "before", "written", "after", "failures"}));
     EXPECT_EQ(jsonAt(answer, "/before"), "4660");
     EXPECT_EQ(jsonAt(answer, "/after"), "43981");
 }

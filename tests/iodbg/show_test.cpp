@@ -1,9 +1,11 @@
 // iodbg show.
 
 #include "tests/iodbg/iodbg_test.h"
+#include "tests/support/world.h"
 #include "virtual_board/board/circuits.h"
 
 #include <cerrno>
+#include <regex>
 
 namespace {
 
@@ -11,77 +13,104 @@ using vb::FaultDevice;
 using vb::FaultOp;
 using ShowTest = IodbgTest;
 
+/** The lines that depend on the host's clock. */
+std::string withoutSystemTime(const std::string &text) {
+    return std::regex_replace(text, std::regex("  (System clock|Difference).*\n"), "");
+}
+
 TEST_F(ShowTest, PrintsTheBoardForPeople) {
     const ProcessResult result = iodbg({"show"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
-    EXPECT_EQ(result.out, "Board\n"
-                          "  Model (device id)                0x0709\n"
-                          "  Device serial version            0x09\n"
-                          "  Hardware version                 A.3\n"
-                          "  CPLD version                     V1.2\n"
-                          "  FPGA version                     ---\n"
-                          "  Boot-loader version              1.2.3\n"
-                          "  Serial number                    VB00000001\n"
-                          "  Base MAC (stored)                02:00:5E:10:00:00\n"
-                          "  Board MAC (base, last byte + 1)  02:00:5E:10:00:01\n"
-                          "\n"
-                          "Product record\n"
-                          "  Magic check   ok\n"
-                          "  CRC check     ok\n"
-                          "  CRC stored    0x2F346F7C\n"
-                          "  CRC computed  0x2F346F7C\n"
-                          "\n"
-                          "Supply 1\n"
-                          "  Plugged         yes\n"
-                          "  Presence line   0 (active low)\n"
-                          "  Status          0\n"
-                          "  Type            1\n"
-                          "  Readings        taken over PMBus\n"
-                          "  Output voltage  54.000 V\n"
-                          "  Output power    102.625 W\n"
-                          "  Temperature 1   28 C\n"
-                          "  Record          readable\n"
-                          "  Product name    AC SUPPLY 54V\n"
-                          "  Serial number   PSU0000001\n"
-                          "  Product data 1  5649525455414C000000000000000000\n"
-                          "  Product data 2  414320535550504C5920353456" +
-                              std::string(38, '0') +
-                              "\n"
-                              "  Product data 3  00000000\n"
-                              "\n"
-                              "Supply 2\n"
-                              "  Plugged         yes\n"
-                              "  Presence line   0 (active low)\n"
-                              "  Status          0\n"
-                              "  Type            1\n"
-                              "  Readings        taken over PMBus\n"
-                              "  Output voltage  54.000 V\n"
-                              "  Output power    102.625 W\n"
-                              "  Temperature 1   28 C\n"
-                              "  Record          readable\n"
-                              "  Product name    AC SUPPLY 54V\n"
-                              "  Serial number   PSU0000002\n"
-                              "  Product data 1  5649525455414C000000000000000000\n"
-                              "  Product data 2  414320535550504C5920353456" +
-                              std::string(38, '0') +
-                              "\n"
-                              "  Product data 3  00000000\n"
-                              "\n"
-                              "PoE\n"
-                              "  Controller                present\n"
-                              "  Firmware                  usable\n"
-                              "  Firmware version          V1.0.0.0\n"
-                              "  Initialised               no\n"
-                              "  Power budget, W           0.000\n"
-                              "  Power drawn, W            0.000\n"
-                              "  Rated for each supply, W  1440.000\n");
+    EXPECT_EQ(withoutSystemTime(result.out),
+              "Board\n"
+              "  Model (device id)                0x0709\n"
+              "  Device serial version            0x09\n"
+              "  Hardware version                 A.3\n"
+              "  CPLD version                     V1.2\n"
+              "  FPGA version                     ---\n"
+              "  Boot-loader version              1.2.3\n"
+              "  Serial number                    VB00000001\n"
+              "  Base MAC (stored)                02:00:5E:10:00:00\n"
+              "  Board MAC (base, last byte + 1)  02:00:5E:10:00:01\n"
+              "\n"
+              "Product record\n"
+              "  Magic check   ok\n"
+              "  CRC check     ok\n"
+              "  CRC stored    0x2F346F7C\n"
+              "  CRC computed  0x2F346F7C\n"
+              "\n"
+              "Climate\n"
+              "  Temperature       40 C\n"
+              "  Fan level (1-10)  1\n"
+              "\n"
+              "FAN  PRESENT  RPM\n"
+              "1    yes      2400\n"
+              "2    yes      2400\n"
+              "\n"
+              "Clock\n"
+              "  Clock chip (local time)    2024-01-01 00:00:00\n"
+              "  Valid                      yes\n"
+              "\n"
+              "Supply 1\n"
+              "  Plugged         yes\n"
+              "  Presence line   0 (active low)\n"
+              "  Status          0\n"
+              "  Type            1\n"
+              "  Readings        taken over PMBus\n"
+              "  Output voltage  54.000 V\n"
+              "  Output power    102.625 W\n"
+              "  Temperature 1   28 C\n"
+              "  Record          readable\n"
+              "  Product name    AC SUPPLY 54V\n"
+              "  Serial number   PSU0000001\n"
+              "  Product data 1  5649525455414C000000000000000000\n"
+              "  Product data 2  414320535550504C5920353456" +
+                  std::string(38, '0') +
+                  "\n"
+                  "  Product data 3  00000000\n"
+                  "\n"
+                  "Supply 2\n"
+                  "  Plugged         yes\n"
+                  "  Presence line   0 (active low)\n"
+                  "  Status          0\n"
+                  "  Type            1\n"
+                  "  Readings        taken over PMBus\n"
+                  "  Output voltage  54.000 V\n"
+                  "  Output power    102.625 W\n"
+                  "  Temperature 1   28 C\n"
+                  "  Record          readable\n"
+                  "  Product name    AC SUPPLY 54V\n"
+                  "  Serial number   PSU0000002\n"
+                  "  Product data 1  5649525455414C000000000000000000\n"
+                  "  Product data 2  414320535550504C5920353456" +
+                  std::string(38, '0') +
+                  "\n"
+                  "  Product data 3  00000000\n"
+                  "\n"
+                  "PoE\n"
+                  "  Controller                present\n"
+                  "  Firmware                  usable\n"
+                  "  Firmware version          V1.0.0.0\n"
+                  "  Initialised               no\n"
+                  "  Power budget, W           0.000\n"
+                  "  Power drawn, W            0.000\n"
+                  "  Rated for each supply, W  1440.000\n"
+                  "\n"
+                  "SFP cages\n"
+                  "  Ports       49-54\n"
+                  "  Modules in  none\n");
 }
 
 TEST_F(ShowTest, AnswersProgramsWithStableKeys) {
     const std::string answer = json({"show"});
-    EXPECT_EQ(jsonKeys(answer, ""),
-              (Words{"board", "record", "supply1", "supply2", "poe", "failures"}));
+    EXPECT_EQ(jsonKeys(answer, ""), (Words{"board", "record", "climate", "fans", "clock", "supply1",
+                                           "supply2", "poe", "sfp", "cages", "failures"}));
+    EXPECT_EQ(jsonAt(answer, "/climate"), "{\"temperature_c\":40,\"fan_level\":1}");
+    EXPECT_EQ(jsonAt(answer, "/fans/1"), "{\"fan\":2,\"present\":true,\"speed_rpm\":2400}");
+    EXPECT_EQ(jsonKeys(answer, "/clock"), (Words{"chip", "valid", "system", "drift_s"}));
+    EXPECT_EQ(jsonAt(answer, "/sfp"), "{\"ports\":[49,50,51,52,53,54],\"plugged\":[]}");
+    EXPECT_EQ(jsonAt(answer, "/cages"), "[]");
     EXPECT_EQ(
         jsonKeys(answer, "/board"),
         (Words{"device_id", "device_serial_version", "hardware_version", "cpld_version",
@@ -123,6 +152,53 @@ TEST_F(ShowTest, SaysThatAModelHasNoSupplyRecords) {
               "\"has_readings\":false,\"has_record\":false}");
 }
 
+TEST_F(ShowTest, ListsTheModulesAlone) {
+    world::set("sfp.50.module", "lr");
+    const std::string answer = json({"show"});
+    EXPECT_EQ(jsonAt(answer, "/sfp/plugged"), "[50]");
+    EXPECT_EQ(jsonKeys(answer, "/cages").size(), 1u);
+    EXPECT_EQ(jsonAt(answer, "/cages/0"), jsonAt(json({"sfp", "list"}), "/cages/1"));
+}
+
+TEST_F(ShowTest, AModelWithoutAClockHasNone) {
+    useModel(0x0409);
+    EXPECT_EQ(jsonKeys(json({"show"}), ""), (Words{"board", "record", "climate", "fans", "supply1",
+                                                   "supply2", "sfp", "cages", "failures"}));
+}
+
+TEST_F(ShowTest, WhatIsUnreadableHidesNothingElse) {
+    world::set("sfp.50.module", "dead");
+    iodbg({"show"}); // from here on the model is known
+    vb::FaultRule sensor = refuse(FaultDevice::I2c, FaultOp::Read, -ENXIO);
+    sensor.hasAddress = 1;
+    sensor.channel = 1;
+    vb::FaultRule clock = sensor;
+    sensor.devAddr = 0x4F;
+    clock.devAddr = 0x51;
+    for (const vb::FaultRule &rule :
+         {sensor, clock, at(refuse(FaultDevice::Cpld, FaultOp::Read, -EIO), 28)})
+        addFault(rule);
+    const std::string answer = json({"show"}, 1);
+    EXPECT_EQ(jsonAt(answer, "/climate"), "{\"temperature_c\":null,\"fan_level\":1}");
+    EXPECT_EQ(jsonAt(answer, "/fans/0"), "{\"fan\":1,\"present\":true,\"speed_rpm\":null}");
+    EXPECT_EQ(jsonAt(answer, "/clock"), "{\"chip\":null}");
+    EXPECT_EQ(jsonAt(answer, "/supply1/plugged"), "true");
+    EXPECT_EQ(jsonAt(answer, "/cages/0/port"), "50");
+    EXPECT_EQ(jsonAt(answer, "/cages/0/vendor"), "null");
+    for (const auto &[i, item] : {std::pair{0, "climate.temperature_c"},
+                                  {1, "fan1.speed_rpm"},
+                                  {2, "fan2.speed_rpm"},
+                                  {3, "clock.chip"},
+                                  {4, "port 50.identification"}})
+        EXPECT_EQ(jsonAt(answer, "/failures/" + std::to_string(i) + "/item"),
+                  "\"" + std::string(item) + "\"");
+
+    addFault(at(refuse(FaultDevice::Cpld, FaultOp::Read, -EIO), 8));
+    const std::string dark = json({"show"}, 1);
+    EXPECT_EQ(jsonAt(dark, "/sfp/plugged"), "null");
+    EXPECT_EQ(jsonAt(dark, "/failures/4/item"), "\"sfp.plugged\"");
+}
+
 TEST_F(ShowTest, DoesNotAskAnUnpluggedSupply) {
     devices().supply[1].isPresent = 0;
     vb::driveSupplyLines(board(), 1);
@@ -162,7 +238,8 @@ TEST_F(ShowTest, SaysThatThePoeControllerIsMissing) {
     EXPECT_EQ(jsonAt(json({"show"}), "/poe"), "{\"controller_present\":false}");
     useModel(0x8609);
     EXPECT_EQ(jsonKeys(json({"show"}), ""),
-              (Words{"board", "record", "supply1", "supply2", "failures"}));
+              (Words{"board", "record", "climate", "fans", "clock", "supply1", "supply2", "sfp",
+                     "cages", "failures"}));
 }
 
 TEST_F(ShowTest, ShowsTheRestWhenTheCpldRefuses) {

@@ -56,6 +56,14 @@ for program in iodbg vboard; do
     echo "ok    installed $program starts"
 done
 
+for program in iodbg vboard; do
+    completion=$prefix/share/bash-completion/completions/$program
+    bash -c '. "$1" && complete -p "$2"' bash "$completion" "$program" >/dev/null
+    echo "ok    installed completion of $program can be loaded"
+    [ -s "$prefix/share/man/man1/$program.1" ]
+    echo "ok    installed manual page of $program"
+done
+
 "${emulator[@]}" "$prefix/bin/vboard" create --model 0x0709 "$work/board"
 VBOARD_DIR=$work/board "$libraries/vboard-tools/flash_erase" -q /dev/mtd4 0 1
 erased=$("${emulator[@]}" "$prefix/bin/vboard" get "$work/board" flash.4.erase-counts)

@@ -39,6 +39,20 @@ struct Arguments {
     double interval = 1;
 };
 
+// In help a word by its position is its name alone, and an option's value has a name that says more
+// than its type.
+template <typename Target>
+CLI::Option &addArgument(CLI::App &command, const std::string &name, Target &target,
+                         const std::string &help) {
+    return *command.add_option(name, target, help)->type_name("");
+}
+
+template <typename Target>
+CLI::Option &addOption(CLI::App &command, const std::string &name, const std::string &valueName,
+                       Target &target, const std::string &help) {
+    return *command.add_option(name, target, help)->type_name(valueName);
+}
+
 CLI::App &addCommand(CLI::App &parent, const std::string &name, const std::string &description,
                      const std::string &examples) {
     CLI::App &command = *parent.add_subcommand(name, description);
@@ -47,7 +61,7 @@ CLI::App &addCommand(CLI::App &parent, const std::string &name, const std::strin
 }
 
 void addFolder(CLI::App &command, std::string &folder) {
-    command.add_option("DIR", folder, "The board's folder")->required();
+    addArgument(command, "DIR", folder, "The board's folder").required();
 }
 
 void addJson(CLI::App &command, bool &asJson) {
@@ -68,22 +82,20 @@ void addCreate(CLI::App &app, Arguments &arguments, Command &todo) {
                    "  vboard create --model 0x0109 --time virtual --serial SN42 board\n"
                    "  vboard create --model 0x0709 --mtd 12:page=4096,spare=128 board\n");
     addFolder(command, create.folder);
-    command.add_option("--model", create.model, "Device id; 'vboard list-models' lists them")
-        ->required();
-    command
-        .add_option("--time", create.time,
-                    "real, or virtual: sleeps advance the board's clock and return at once")
-        ->check(CLI::IsMember({"real", "virtual"}))
+    addOption(command, "--model", "ID", create.model, "Device id; 'vboard list-models' lists them")
+        .required();
+    addOption(command, "--time", "WORD", create.time,
+              "real|virtual: virtually, sleeps advance the board's clock and return at once")
+        .check(CLI::IsMember({"real", "virtual"}).description(""))
         ->capture_default_str();
-    command.add_option("--serial", create.serial, "Serial number")->capture_default_str();
-    command.add_option("--mac", create.mac, "MAC address")->capture_default_str();
-    command.add_option("--cmdline", create.commandLine, "Kernel command line")
-        ->capture_default_str();
-    command
-        .add_option("--mtd", create.flash,
-                    "Geometry of a flash partition, as in 4:size=262144,erase=131072,page=2048,"
-                    "spare=64,type=nand; partitions are 0, 4, 12 and 14")
-        ->expected(1)
+    addOption(command, "--serial", "TEXT", create.serial, "Serial number").capture_default_str();
+    addOption(command, "--mac", "MAC", create.mac, "MAC address").capture_default_str();
+    addOption(command, "--cmdline", "TEXT", create.commandLine, "Kernel command line")
+        .capture_default_str();
+    addOption(command, "--mtd", "GEOMETRY", create.flash,
+              "Geometry of a flash partition, as in 4:size=262144,erase=131072,page=2048,spare=64,"
+              "type=nand; partitions are 0, 4, 12 and 14")
+        .expected(1)
         ->take_all();
     command.callback([&] { todo = [&] { vboard::create(arguments.create); }; });
 }
@@ -129,7 +141,7 @@ void addGet(CLI::App &app, Arguments &arguments, Command &todo) {
                    "  vboard get board cpld.2 supply.1.present\n"
                    "  vboard get board eeprom.board@0x100+16\n");
     addFolder(command, arguments.folder);
-    command.add_option("NAME", arguments.names, "Properties");
+    addArgument(command, "NAME", arguments.names, "Properties");
     addJson(command, arguments.asJson);
     command.callback([&] {
         todo = [&] { vboard::getProperties(arguments.folder, arguments.names, arguments.asJson); };
@@ -144,8 +156,8 @@ void addSet(CLI::App &app, Arguments &arguments, Command &todo) {
                                    "  vboard set board eeprom.board@0x100 00ff\n"
                                    "  vboard set board identity.mac 02:00:5e:10:00:01\n");
     addFolder(command, arguments.folder);
-    command.add_option("NAME", arguments.name, "Property")->required();
-    command.add_option("VALUE", arguments.value, "Its new value")->required();
+    addArgument(command, "NAME", arguments.name, "Property").required();
+    addArgument(command, "VALUE", arguments.value, "Its new value").required();
     command.callback([&] {
         todo = [&] { vboard::setProperty(arguments.folder, arguments.name, arguments.value); };
     });
@@ -164,33 +176,29 @@ void addFaultAdd(CLI::App &fault, Arguments &arguments, Command &todo) {
         "  vboard fault board add --device mtd12 --op program --offset 0x800 --when from "
         "--effect fails=EIO\n"
         "  vboard fault board add --device mtd4 --op change --nth 2 --effect power-cut=100\n");
-    command
-        .add_option(
-            "--device", words.device,
-            "cpld, gpio, i2c, i2c:BUS.CHANNEL.DEVICE, poe, mtd0, mtd4, mtd12, mtd14, or the path "
-            "of a file of the board")
-        ->required();
-    command
-        .add_option("--op", words.op,
-                    "any, open, read, write (poe: a frame), reset (poe only); flash: read, "
-                    "program, erase, change (program or erase), info (the geometry)")
-        ->capture_default_str();
-    command.add_option(
-        "--offset", words.offset,
-        "Only this register, line, offset inside an I2C device, PoE command, or page "
-        "or block of flash (its offset)");
-    command.add_option("--nth", words.nth, "Which matching request, counted from 1")
-        ->capture_default_str();
-    command.add_option("--when", words.when, "once, every (n-th), or from (the n-th on)")
-        ->capture_default_str();
-    command
-        .add_option("--effect", words.effect,
-                    "refuse=RESULT, open-fails=ERRNO, ioctl-fails=ERRNO, short=BYTES, "
-                    "corrupt=INDEX:MASK, no-answer; poe: late-answer=READ, wrong-echo, "
-                    "wrong-checksum, bad-port=PORT (from 0), power-loss, no-effect; flash: "
-                    "fails=ERRNO; flash "
-                    "and writes of files: power-cut=BYTES")
-        ->required();
+    addOption(command, "--device", "DEVICE", words.device,
+              "cpld|gpio|i2c|i2c:BUS.CHANNEL.DEVICE|poe|mtd0|mtd4|mtd12|mtd14, or the path of a "
+              "file of the board")
+        .required();
+    addOption(
+        command, "--op", "OPERATION", words.op,
+        "any|open|read|write (poe: a frame)|reset (poe)|upgrade (cpld)|map (/dev/mem); flash: "
+        "read|program|erase|change (program or erase)|info (the geometry)")
+        .capture_default_str();
+    addOption(
+        command, "--offset", "N", words.offset,
+        "Only this register, line, offset inside an I2C device, PoE command, or page or block "
+        "of flash (its offset)");
+    addOption(command, "--nth", "N", words.nth, "Which matching request, counted from 1")
+        .capture_default_str();
+    addOption(command, "--when", "WORD", words.when,
+              "once|every|from: once, every n-th, or the n-th and all behind it")
+        .capture_default_str();
+    addOption(command, "--effect", "EFFECT", words.effect,
+              "refuse=RESULT|open-fails=ERRNO|ioctl-fails=ERRNO|short=BYTES|corrupt=INDEX:MASK|"
+              "no-answer; poe: late-answer=READ|wrong-echo|wrong-checksum|bad-port=PORT (from 0)|"
+              "power-loss|no-effect; flash: fails=ERRNO|power-cut=BYTES (also of writes of files)")
+        .required();
     command.callback([&] { todo = [&] { vboard::addFault(arguments.folder, arguments.fault); }; });
 }
 
@@ -211,7 +219,7 @@ void addFault(CLI::App &app, Arguments &arguments, Command &todo) {
     CLI::App &clear = addCommand(fault, "clear", "Remove rules; without a number, all",
                                  "  vboard fault board clear\n"
                                  "  vboard fault board clear 1 3\n");
-    clear.add_option("ID", arguments.ids, "Numbers of rules");
+    addArgument(clear, "ID", arguments.ids, "Numbers of rules");
     clear.callback([&] { todo = [&] { vboard::clearFaults(arguments.folder, arguments.ids); }; });
 }
 
@@ -225,7 +233,8 @@ void addTrace(CLI::App &app, Arguments &arguments, Command &todo) {
                                    "  vboard trace board --json --clear\n");
     addFolder(command, trace.folder);
     command.add_flag("--json", trace.asJson, "Print one JSON object per line");
-    command.add_option("--last", trace.last, "Only the last N requests");
+    addOption(command, "--last", "N", trace.last, "Only the last N requests")
+        .check(CLI::Range(uint32_t{0}, UINT32_MAX).description(""));
     CLI::Option *follow =
         command.add_flag("--follow", trace.isFollowing, "Go on with new requests until stopped");
     command.add_flag("--clear", trace.isClearing, "Forget the requests after showing them")
@@ -242,9 +251,10 @@ void addPanel(CLI::App &app, Arguments &arguments, Command &todo) {
         command.add_flag("--watch", arguments.isWatching, "Draw it again until stopped");
     command.add_flag("--once", arguments.isOnce, "Draw it once, as without --watch")
         ->excludes(watch);
-    command.add_option("--interval", arguments.interval, "Seconds between drawings")
-        ->needs(watch)
-        ->check(CLI::Range(0.1, 3600.0))
+    addOption(command, "--interval", "SECONDS", arguments.interval,
+              "Seconds between drawings, 0.1-3600")
+        .needs(watch)
+        ->check(CLI::Range(0.1, 3600.0).description(""))
         ->capture_default_str();
     command.callback([&] {
         todo = [&] {
@@ -263,8 +273,8 @@ void addFlash(CLI::App &app, Arguments &arguments, Command &todo) {
     flash.require_subcommand(0, 1);
     CLI::App &markBad = addCommand(flash, "mark-bad", "Make a block of NAND a bad one",
                                    "  vboard flash board mark-bad 12 7\n");
-    markBad.add_option("PARTITION", arguments.partition, "0, 4, 12 or 14")->required();
-    markBad.add_option("BLOCK", arguments.block, "Number of the block, from 0")->required();
+    addArgument(markBad, "PARTITION", arguments.partition, "0|4|12|14").required();
+    addArgument(markBad, "BLOCK", arguments.block, "Number of the block, from 0").required();
     markBad.callback([&] {
         todo = [&] {
             vboard::markBadBlock(arguments.folder, arguments.partition, arguments.block);

@@ -1,0 +1,21 @@
+#pragma once
+// A text that is drawn again and again at the same place of a terminal.
+
+#include "iodbg/console.h"
+
+#include <string>
+#include <vector>
+
+namespace iodbg {
+
+enum class Emphasis { None, Bold, Inverse };
+
+struct ScreenLine {
+    std::string text;
+    Emphasis emphasis = Emphasis::None;
+};
+
+/** What replaces all that a terminal shows; what it has no room for is left out, and said. */
+std::string screenText(const std::vector<ScreenLine> &lines, const Console::TerminalSize &size);
+
+} // namespace iodbg

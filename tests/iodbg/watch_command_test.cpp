@@ -1,0 +1,226 @@
+// iodbg watch.
+
+#include "tests/iodbg/iodbg_test.h"
+#include "tests/support/world.h"
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <regex>
+
+namespace {
+
+using vb::FaultDevice;
+using vb::FaultOp;
+
+class WatchCommandTest : public IodbgTest {
+  protected:
+    /** The lines of so many rounds. */
+    Words rounds(const std::string &count, int exitCode = 0) const {
+        const ProcessResult result = iodbg({"watch", "--json", "--count", count});
+        EXPECT_EQ(result.exitCode, exitCode) << result.err;
+        return linesOf(result.out);
+    }
+    void waitUntilSlept(uint64_t seconds) const {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        while (*const_cast<volatile uint64_t *>(&board().clock.sleptNs) < seconds * 1000000000u)
+            ASSERT_LT(std::chrono::steady_clock::now(), deadline);
+    }
+};
+
+TEST_F(WatchCommandTest, ShowsARoundForPeople) {
+    useModel(0x0309);
+    world::set("rtc.time", "2051-02-28 12:34:56");
+    world::set("sfp.26.module", "sr");
+    world::set("supply.2.present", "no");
+    const ProcessResult result = iodbg({"watch", "--count", "1"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+    const Words lines = linesOf(result.out);
+    EXPECT_TRUE(std::regex_match(
+        lines.at(0), std::regex("[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9:]{8}  0 faults, [0-9] warnings")))
+        << lines.at(0);
+    for (const char *text :
+         {"\nSFP port 26  warning  no signal arrives", "\nclock        warning  2051-02-28 12:34:5",
+          "\nClimate\n  Temperature       ", "\n  Fan level (1-10)  1\n", "\nFAN  PRESENT",
+          "\nSUPPLY  PLUGGED  STATUS\n1       yes      0\n2       no       3\n",
+          "\nSFP cages\n  Modules in         26\n  Loss of signal     26\n"
+          "  Transmitter fault  none\n",
+          "\nClock\n  Clock chip (local time)    2051-02-28 12:34:56\n", "\nFront panel\n"})
+        EXPECT_NE(result.out.find(text), std::string::npos) << text << "\n" << result.out;
+    EXPECT_EQ(result.out.find("PoE"), std::string::npos) << "the model has none";
+}
+
+TEST_F(WatchCommandTest, AnswersProgramsInLines) {
+    const Words lines = rounds("2");
+    ASSERT_EQ(lines.size(), 2u);
+    for (const std::string &line : lines) {
+        EXPECT_EQ(jsonKeys(line, ""),
+                  (Words{"event", "time", "findings", "climate", "fans", "supplies", "poe", "sfp",
+                         "clock", "panel", "failures"}));
+        EXPECT_EQ(jsonAt(line, "/event"), "\"round\"");
+        EXPECT_EQ(jsonAt(line, "/climate"), "{\"temperature_c\":40,\"fan_level\":1}");
+        EXPECT_EQ(jsonAt(line, "/fans/0"), "{\"fan\":1,\"present\":true,\"speed_rpm\":2400}");
+        EXPECT_EQ(jsonAt(line, "/supplies/1"), "{\"supply\":2,\"plugged\":true,\"status\":0}");
+        EXPECT_EQ(jsonKeys(line, "/poe"), (Words{"controller_present", "budget_mw", "drawn_mw",
+                                                 "ports_on", "ports_asked"}));
+        EXPECT_EQ(jsonAt(line, "/sfp"), "{\"plugged\":[],\"rx_loss\":[],\"tx_fault\":[]}");
+        EXPECT_EQ(jsonKeys(line, "/panel"),
+                  (Words{"register_7", "system", "lamp4", "lamp5", "indexed_on"}));
+        EXPECT_EQ(jsonKeys(line, "/findings/0"), (Words{"subject", "verdict", "found", "advice"}));
+        EXPECT_EQ(jsonAt(line, "/findings/0/found"), "\"not initialised\"") << "not what is good";
+    }
+}
+
+TEST_F(WatchCommandTest, WhatChangesIsSeen) {
+    useModel(0x8609);
+    Process process = start({"watch", "--json", "--interval", "3600"});
+    waitUntilSlept(3600);
+    world::set("fan.1.present", "no");
+    world::set("sfp.3.module", "sr");
+    waitUntilSlept(now() / 1000000000u + 3 * 3600);
+    process.signal(SIGINT);
+    const Words lines = linesOf(process.wait().out);
+    EXPECT_EQ(jsonAt(lines.front(), "/sfp/plugged"), "[]");
+    EXPECT_EQ(jsonAt(lines.back(), "/sfp/plugged"), "[3]");
+    EXPECT_EQ(jsonAt(lines.back(), "/sfp/rx_loss"), "[3]");
+    EXPECT_EQ(jsonAt(lines.back(), "/fans/0/speed_rpm"), "0");
+    EXPECT_EQ(jsonAt(lines.back(), "/findings/0/found"), "\"stands still or is not there\"");
+}
+
+TEST_F(WatchCommandTest, SleepsBetweenTheRoundsAlone) {
+    useModel(0x0309);
+    const auto slept = [&](const Words &options) {
+        Words words = {"watch"};
+        words.insert(words.end(), options.begin(), options.end());
+        trace();
+        EXPECT_EQ(iodbg(words).exitCode, 0);
+        Lines sleeps;
+        for (const std::string &line : trace()) {
+            if (line.starts_with("sleep ") && line != "sleep 1000 us")
+                sleeps.push_back(line);
+        }
+        return sleeps;
+    };
+    EXPECT_EQ(slept({"--count", "3"}), (Lines{"sleep 2000000 us", "sleep 2000000 us"}));
+    EXPECT_EQ(slept({"--count", "2", "--interval", "0.1"}), Lines{"sleep 100000 us"});
+    EXPECT_EQ(slept({"--count", "2", "--interval", "1.25"}),
+              (Lines{"sleep 1000000 us", "sleep 250000 us"}));
+    EXPECT_EQ(slept({"--count", "1", "--interval", "3600"}), Lines{});
+}
+
+TEST_F(WatchCommandTest, AsksAFewPoePortsEachRound) {
+    ASSERT_EQ(iodbg({"poe", "init"}).exitCode, 0);
+    world::set("poe.8.device", "class=4 draws=18000");
+    const uint64_t before = now();
+    const Words lines = rounds("13");
+    ASSERT_EQ(lines.size(), 13u);
+    EXPECT_EQ(jsonAt(lines[0], "/poe/ports_on"), "[]");
+    EXPECT_EQ(jsonAt(lines[0], "/poe/ports_asked"), "4");
+    EXPECT_EQ(jsonAt(lines[2], "/poe/ports_on"), "[8]");
+    EXPECT_EQ(jsonAt(lines[11], "/poe/ports_asked"), "48");
+    EXPECT_EQ(jsonAt(lines[12], "/poe/ports_asked"), "48") << "it begins again";
+    EXPECT_EQ(jsonAt(lines[12], "/poe/ports_on"), "[8]");
+    EXPECT_EQ(jsonAt(lines[12], "/poe/drawn_mw"), "18000");
+    EXPECT_LT(now() - before, (13 * 1500 + 12 * 2000) * 1000000ull) << "a round takes 1.4 s";
+}
+
+TEST_F(WatchCommandTest, ASilentPoeControllerIsNotAskedForItsPorts) {
+    iodbg({"show"});
+    addFault(silence(FaultDevice::Poe, FaultOp::Write));
+    const Words lines = rounds("1", 1);
+    EXPECT_EQ(jsonAt(lines[0], "/poe"),
+              "{\"controller_present\":true,\"budget_mw\":null,\"drawn_mw\":null}");
+    clearFaults();
+    world::set("poe.controller", "missing");
+    EXPECT_EQ(jsonAt(rounds("1")[0], "/poe"), "{\"controller_present\":false}");
+}
+
+TEST_F(WatchCommandTest, WhatCannotBeReadEndsNothing) {
+    useModel(0x0309);
+    iodbg({"show"}); // from here on the model is known
+    vb::FaultRule once = at(refuse(FaultDevice::Cpld, FaultOp::Read, -EIO, 1), 8);
+    once.when = vb::FaultWhen::Once;
+    addFault(once);
+    addFault(at(refuse(FaultDevice::Cpld, FaultOp::Read, -EIO, 7), 28));
+    const Words lines = rounds("2", 1);
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(jsonAt(lines[0], "/failures"), "[]");
+    EXPECT_NE(lines[0].find("SFP port 25"), std::string::npos) << "among the findings";
+    EXPECT_EQ(jsonAt(lines[1], "/failures/0/item"), "\"fan1.speed_rpm\"");
+    EXPECT_EQ(jsonAt(lines[1], "/fans/0/speed_rpm"), "null");
+    EXPECT_EQ(jsonAt(lines[1], "/supplies/0/plugged"), "true");
+}
+
+TEST_F(WatchCommandTest, TheLastRoundDecidesTheExitCode) {
+    useModel(0x0309);
+    iodbg({"show"});
+    vb::FaultRule once = at(refuse(FaultDevice::Cpld, FaultOp::Read, -EIO, 3), 28);
+    once.when = vb::FaultWhen::Once; // the findings have read it twice, for fan 1 and fan 2
+    addFault(once);
+    const Words lines = rounds("2");
+    EXPECT_EQ(jsonAt(lines.at(0), "/failures/0/item"), "\"fan1.speed_rpm\"");
+    EXPECT_EQ(jsonAt(lines.at(1), "/failures"), "[]");
+}
+
+TEST_F(WatchCommandTest, AnUnknownModelIsAskedAgain) {
+    vb::FaultRule once = openFails("/tmp/bsp/devId", EACCES);
+    once.when = vb::FaultWhen::Once;
+    addFault(once);
+    const Words lines = rounds("2");
+    EXPECT_EQ(jsonAt(lines.at(0), "/model"), "{\"device_id\":null}");
+    EXPECT_EQ(jsonAt(lines.at(0), "/findings/0/verdict"), "\"fault\"");
+    EXPECT_EQ(jsonAt(lines.at(1), "/climate/fan_level"), "1");
+}
+
+TEST_F(WatchCommandTest, CtrlCEndsItWell) {
+    for (const Words &command : {Words{"watch"}, Words{"watch", "--json"}}) {
+        const uint64_t before = now() / 1000000000u;
+        Process process = start(command);
+        waitUntilSlept(before + 10);
+        process.signal(SIGINT);
+        const ProcessResult result = process.wait();
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_EQ(result.err, "");
+        EXPECT_TRUE(result.out.ends_with("\n")) << "a round is shown whole";
+    }
+}
+
+TEST_F(WatchCommandTest, IsDrawnInPlaceOnATerminal) {
+    world::set("fan.1.present", "no");
+    const std::string shown = iodbgOnTerminal({"watch", "--count", "2"});
+    const std::string home = "\x1b[H\x1b[1m2";
+    const size_t second = shown.rfind(home);
+    EXPECT_EQ(shown.find(home), 0u) << shown;
+    EXPECT_NE(second, 0u);
+    EXPECT_EQ(shown.substr(second - 3, 3), "\x1b[J") << "what was below is cleared";
+    EXPECT_EQ(shown.substr(shown.size() - 3), "\x1b[J");
+    EXPECT_NE(shown.find("\n\x1b[7mfan 1           FAULT    not there"), std::string::npos)
+        << shown;
+    EXPECT_NE(shown.find("\n\x1b[1mPoE controller  warning  not init"), std::string::npos) << shown;
+    const std::string picture = shown.substr(second);
+    EXPECT_EQ(std::count(picture.begin(), picture.end(), '\n'), 23)
+        << "24 rows, one for the cursor";
+    EXPECT_NE(picture.find(" more lines: the terminal is too small)"), std::string::npos);
+    for (const std::string &line :
+         linesOf(std::regex_replace(picture, std::regex("\x1b\\[[0-9]*[A-Za-z]|\r"), "")))
+        EXPECT_LE(line.size(), 80u) << line;
+}
+
+TEST_F(WatchCommandTest, CtrlCOnATerminalEndsTheLine) {
+    const std::string shown =
+        iodbgOnTerminal({"watch", "--interval", "1"}, {"\x1b[J", std::string(1, '\x03')});
+    EXPECT_TRUE(shown.ends_with("\r\n")) << shown.substr(shown.size() - 20);
+}
+
+TEST_F(WatchCommandTest, RefusesWrongWords) {
+    for (const char *interval : {"0", "0.099", "3600.001", "-1", "x", "1.", ".5", "1.2345", "1e1",
+                                 "0x2", "1.5.2", "99999999999999999999", "+1", " 1"})
+        expectRefusal({"watch", "--count", "1", "--interval=" + std::string(interval)}, 2,
+                      "--interval: '" + std::string(interval) +
+                          "' is not a number of seconds from 0.1 to 3600");
+    expectRefusal({"watch", "--count", "0"}, 2, "--count: '0' is not a number from 1");
+    expectRefusal({"watch", "now"}, 2, "now");
+}
+
+} // namespace
