@@ -71,7 +71,7 @@ void nextDay(ClockChip &chip) {
 uint32_t weekdayOf(const ClockTime &time) {
     uint32_t days = 1; // 1 January 1900 was a Monday
     for (uint32_t year = kClockFirstYear; year < time.year; ++year)
-        days += year % 4 == 0 && year != kClockFirstYear ? 366 : 365;
+        days += year % 4 == 0 && year != kClockFirstYear ? 366u : 365u;
     for (uint32_t month = 1; month < time.month; ++month)
         days += daysOf(month - 1, time.year);
     return (days + time.day - 1) % 7;
