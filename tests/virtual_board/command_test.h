@@ -1,6 +1,6 @@
 #pragma once
-// A test that uses the `vboard` program, with a board of virtual time: of model 0x0709, unless the test
-// wants another.
+// A test that uses the `vboard` program, with a board of virtual time: of model 0x0709, unless the
+// test wants another.
 
 #include "tests/support/files.h"
 #include "tests/support/process.h"
