@@ -1,24 +1,13 @@
 #include "tests/command_lines/help_tree.h"
 
-#include "tests/support/process.h"
+#include "tests/iodbg/iodbg_test.h"
 
 #include <algorithm>
-#include <sstream>
 #include <stdexcept>
 
 namespace {
 
-using Words = std::vector<std::string>;
-
 constexpr char kAnyArgument[] = "x"; // of a group that takes one; nothing is done with it
-
-Words splitWords(const std::string &line) {
-    std::istringstream stream(line);
-    Words words;
-    for (std::string word; stream >> word;)
-        words.push_back(word);
-    return words;
-}
 
 /** A line of help as its names and its text, which begins in a column of its own or below. */
 struct HelpLine {
@@ -31,7 +20,7 @@ struct HelpLine {
         const bool isFull = gap == std::string::npos && line.size() > kColumn;
         const size_t end =
             isFull && line[kColumn - 1] == ' ' ? kColumn : std::min(gap, line.size());
-        names = splitWords(line.substr(0, end));
+        names = wordsOf(line.substr(0, end));
         text = line.substr(std::min(line.find_first_not_of(' ', end), line.size()));
     }
 };

@@ -1,17 +1,12 @@
 // The manual pages against what the programs say of themselves.
 
 #include "tests/command_lines/help_tree.h"
-#include "tests/support/process.h"
+#include "tests/iodbg/iodbg_test.h"
 
 #include <algorithm>
-#include <fstream>
-#include <gtest/gtest.h>
 #include <map>
-#include <sstream>
 
 namespace {
-
-using Words = std::vector<std::string>;
 
 /** A command as its page describes it. */
 struct Entry {
@@ -22,16 +17,7 @@ struct Entry {
 };
 
 std::string readPage(const std::string &program) {
-    std::ifstream file(std::string(BSP_TEST_MAN_PAGES) + "/" + program + ".1");
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-Words wordsOf(const std::string &line) {
-    std::istringstream stream(line);
-    Words words;
-    for (std::string word; stream >> word;)
-        words.push_back(word);
-    return words;
+    return readFile(std::string(BSP_TEST_MAN_PAGES) + "/" + program + ".1");
 }
 
 bool isCapital(const std::string &word) {
