@@ -92,16 +92,31 @@ FanState readFan(const Model &model, uint32_t fan) {
     return state;
 }
 
+Finding absentFan(const Model &model, const std::string &name) {
+    if (model.fansShareTachometer)
+        return {name, Severity::Fault, "it or its neighbour is missing", "look which, plug it"};
+    return {name, Severity::Fault, "not there", "plug it"};
+}
+
+Finding standingFan(const Model &model, const std::string &name) {
+    if (model.fansShareTachometer)
+        return {name, Severity::Fault, "it or its neighbour stands still",
+                "look which, replace it"};
+    return {name, Severity::Fault, "stands still or is not there", "plug it, or replace it"};
+}
+
 /** fastest: the speed of the fastest fan of the unit. All run at one level, so they are alike. */
-Finding fanFinding(const std::string &name, const FanState &fan, uint32_t fastest, bool canBeNone) {
+Finding fanFinding(const Model &model, const std::string &name, const FanState &fan,
+                   uint32_t fastest) {
     if (fan.status != BSP_OK)
         return unreadable(name, fan.status);
-    if (canBeNone)
+    // The library counts two on models of which nothing tells whether they have any.
+    if (model.fanPresence == FanPresence::Unknown && fastest == 0)
         return good(name, "none seen");
     if (fan.isPresent == 0)
-        return {name, Severity::Fault, "not there", "plug it"};
+        return absentFan(model, name);
     if (fan.speed == 0)
-        return {name, Severity::Fault, "stands still or is not there", "plug it, or replace it"};
+        return standingFan(model, name);
     const std::string text = std::to_string(fan.speed) + " rpm";
     if (fan.speed < fastest / kSlowPart * (kSlowPart - 1))
         return {name, Severity::Fault, text + ", while the fastest has " + std::to_string(fastest),
@@ -287,11 +302,8 @@ Findings fanFindings(const Model &model) {
         fastest = std::max(fastest, fans.back().speed);
     }
     Findings findings;
-    // The library counts two on models of which nothing tells whether they have any.
-    const bool canBeNone = model.fanPresence == FanPresence::Unknown && fastest == 0;
     for (uint32_t fan = 1; fan <= model.fans; ++fan)
-        findings.push_back(
-            fanFinding("fan " + std::to_string(fan), fans[fan - 1], fastest, canBeNone));
+        findings.push_back(fanFinding(model, "fan " + std::to_string(fan), fans[fan - 1], fastest));
     return findings;
 }
 

@@ -33,6 +33,7 @@ int32_t readModel(Model &model) {
     model.poePorts = row.poePorts;
     model.fans = row.fans.count;
     model.fanPresence = presenceOf(row.fans);
+    model.fansShareTachometer = !row.fans.haveOwnTachometers;
     model.hasClock = row.hasClock;
     addCages(model.cages, row.frontCages);
     addCages(model.cages, row.uplinkCages);

@@ -19,6 +19,7 @@ struct Model {
     uint32_t poePorts = 0;
     uint32_t fans = 0;
     FanPresence fanPresence = FanPresence::Unknown;
+    bool fansShareTachometer = false; // and the presence line, two of them
     bool hasClock = false;
     std::vector<uint32_t> cages; // ports with an SFP cage, in rising order
     /** From here on a cage's loss and fault lines are its presence and disable lines. */

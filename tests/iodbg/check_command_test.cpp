@@ -58,7 +58,11 @@ TEST_F(CheckCommandTest, AnAddressOfNoUnitIsAFault) {
 
 TEST_F(CheckCommandTest, FansAndSuppliesAreJudged) {
     setWorld("fan.1.present", "no");
-    EXPECT_EQ(verdictOn("fan 1", 5), "fault not there");
+    EXPECT_EQ(verdictOn("fan 1", 5), "fault it or its neighbour is missing");
+    setWorld("fan.1.present", "yes");
+    setWorld("fan.1.state", "stuck");
+    passSeconds(10);
+    EXPECT_EQ(verdictOn("fan 2", 5), "fault it or its neighbour stands still");
     setWorld("supply.2.present", "no");
     EXPECT_EQ(verdictOn("supply 2", 5), "warning not plugged");
     setWorld("supply.1.input", "failed");

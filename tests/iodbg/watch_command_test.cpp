@@ -195,7 +195,8 @@ TEST_F(WatchCommandTest, IsDrawnInPlaceOnATerminal) {
     EXPECT_NE(second, 0u);
     EXPECT_EQ(shown.substr(second - 3, 3), "\x1b[J") << "what was below is cleared";
     EXPECT_EQ(shown.substr(shown.size() - 3), "\x1b[J");
-    EXPECT_NE(shown.find("\n\x1b[7mfan 1           FAULT    not there"), std::string::npos)
+    EXPECT_NE(shown.find("\n\x1b[7mfan 1           FAULT    it or its neighbour is missing"),
+              std::string::npos)
         << shown;
     EXPECT_NE(shown.find("\n\x1b[1mPoE controller  warning  not init"), std::string::npos) << shown;
     const std::string picture = shown.substr(second);

@@ -259,7 +259,8 @@ void PoeSwitchDay::aFanAndASupplyFail() const {
     iodbg("clock sync");
     EXPECT_EQ(complaints(5),
               withEmptyFlash(
-                  {"fault fan 1: not there; plug it", "fault fan 2: not there; plug it",
+                  {"fault fan 1: it or its neighbour is missing; look which, plug it",
+                   "fault fan 2: it or its neighbour is missing; look which, plug it",
                    "fault supply 1: its lines tell status 1; check its cable and its own lamp; "
                    "replace it",
                    "warning supply 2: not plugged; plug it, or live without a spare one"}));
