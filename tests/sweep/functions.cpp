@@ -43,9 +43,13 @@ const Statuses kOsWrite = kShell + Statuses{BSP_E_LOCK,       BSP_E_FAILED,    B
 const Statuses kBootWrite = {BSP_E_SHORT_READ, BSP_E_FAILED, BSP_E_NO_MEMORY, BSP_E_OPEN};
 
 // Work of hundreds or thousands of frames, whose later calls are all alike. Its forwarders are only
-// shown to forward what fails. The 32-bit builds are emulated or sanitized and go fewer steps: each
-// is the whole work once more.
-constexpr bool kIsFast = sizeof(void *) == 8;
+// shown to forward what fails. Emulated and sanitized builds go fewer steps: each is the whole work
+// once more.
+#if defined(__SANITIZE_ADDRESS__) || __SIZEOF_POINTER__ < 8
+constexpr bool kIsFast = false;
+#else
+constexpr bool kIsFast = true;
+#endif
 constexpr Depth kManyFrames = {60, kIsFast ? 111 : 1110};
 constexpr Depth kThousandsOfFrames = {kIsFast ? 40 : 20, kIsFast ? 1480 : 14800};
 constexpr Depth kForwarder = {kIsFast ? 20 : 8, 7400};
