@@ -42,25 +42,27 @@ struct Moment {
 
 // The calls under their plain names, and under those for 64-bit time.
 struct Plain {
-    using Spec = timespec;
-    using Val = timeval;
+    using Nanotime = timespec;
+    using Microtime = timeval;
     using Seconds = time_t;
-    static int set(clockid_t clock, const Spec *time) { return clock_settime(clock, time); }
-    static int get(clockid_t clock, Spec *time) { return clock_gettime(clock, time); }
-    static int setDay(const Val *time, const void *zone) {
+    static int set(clockid_t clock, const Nanotime *time) { return clock_settime(clock, time); }
+    static int get(clockid_t clock, Nanotime *time) { return clock_gettime(clock, time); }
+    static int setDay(const Microtime *time, const void *zone) {
         return settimeofday(time, static_cast<const struct timezone *>(zone));
     }
-    static int getDay(Val *time) { return gettimeofday(time, nullptr); }
+    static int getDay(Microtime *time) { return gettimeofday(time, nullptr); }
     static Seconds seconds(Seconds *out) { return time(out); }
 };
 struct Wide {
-    using Spec = vb::Timespec64;
-    using Val = vb::Timeval64;
+    using Nanotime = vb::Timespec64;
+    using Microtime = vb::Timeval64;
     using Seconds = int64_t;
-    static int set(clockid_t clock, const Spec *time) { return wideClockSettime(clock, time); }
-    static int get(clockid_t clock, Spec *time) { return wideClockGettime(clock, time); }
-    static int setDay(const Val *time, const void *zone) { return wideSettimeofday(time, zone); }
-    static int getDay(Val *time) { return wideGettimeofday(time, nullptr); }
+    static int set(clockid_t clock, const Nanotime *time) { return wideClockSettime(clock, time); }
+    static int get(clockid_t clock, Nanotime *time) { return wideClockGettime(clock, time); }
+    static int setDay(const Microtime *time, const void *zone) {
+        return wideSettimeofday(time, zone);
+    }
+    static int getDay(Microtime *time) { return wideGettimeofday(time, nullptr); }
     static Seconds seconds(Seconds *out) { return wideTime(out); }
 };
 
@@ -73,29 +75,29 @@ class Calls {
         calls.name = name;
         calls.seconds = sizeof(typename Api::Seconds);
         calls.set = [](clockid_t clock, int64_t seconds, int64_t ns) {
-            typename Api::Spec time{};
+            typename Api::Nanotime time{};
             time.tv_sec = static_cast<decltype(time.tv_sec)>(seconds);
             time.tv_nsec = static_cast<decltype(time.tv_nsec)>(ns);
             return errorOf(Api::set(clock, &time));
         };
         calls.setNull = [] {
-            const typename Api::Spec *volatile none = nullptr;
+            const typename Api::Nanotime *volatile none = nullptr;
             return errorOf(Api::set(CLOCK_REALTIME, none));
         };
         calls.get = [](clockid_t clock) {
-            typename Api::Spec time{};
+            typename Api::Nanotime time{};
             const int error = errorOf(Api::get(clock, &time));
             return Moment{time.tv_sec, time.tv_nsec, error};
         };
         calls.setDay = [](int64_t seconds, int64_t us, const void *zone) {
-            typename Api::Val time{};
+            typename Api::Microtime time{};
             time.tv_sec = static_cast<decltype(time.tv_sec)>(seconds);
             time.tv_usec = static_cast<decltype(time.tv_usec)>(us);
             return errorOf(Api::setDay(&time, zone));
         };
         calls.setZone = [](const void *zone) { return errorOf(Api::setDay(nullptr, zone)); };
         calls.getDay = [] {
-            typename Api::Val time{};
+            typename Api::Microtime time{};
             const int error = errorOf(Api::getDay(&time));
             return Moment{time.tv_sec, time.tv_usec, error};
         };
@@ -240,8 +242,8 @@ TEST_F(SystemClockTest, AFractionIsSetAndReadToTheNanosecond) {
     const int64_t offset = board().clock.systemOffsetNs;
     const auto host = [] { return static_cast<int64_t>(vb::hostNow()); };
     int64_t before = host();
-    const Moment spec = calls.get(CLOCK_REALTIME);
-    const int64_t read = spec.seconds * 1000000000 + spec.fraction - offset;
+    const Moment precise = calls.get(CLOCK_REALTIME);
+    const int64_t read = precise.seconds * 1000000000 + precise.fraction - offset;
     EXPECT_LE(before, read);
     EXPECT_LE(read, host());
     before = host();
