@@ -42,6 +42,10 @@ std::string hexNumber(uint32_t value, int digits) {
     return text;
 }
 
+std::string registerName(uint32_t reg) {
+    return "CPLD register " + std::to_string(reg);
+}
+
 std::string hexBytes(ByteView bytes) {
     return joinedHex(bytes, "");
 }

@@ -12,6 +12,9 @@ using ByteView = std::span<const uint8_t>;
 /** "0x0709" */
 std::string hexNumber(uint32_t value, int digits);
 
+/** "CPLD register 7" */
+std::string registerName(uint32_t reg);
+
 /** "444556", in the form that commands accept. */
 std::string hexBytes(ByteView bytes);
 

@@ -13,6 +13,7 @@
 #include "iodbg/sfp_diagnostics.h"
 #include "iodbg/sfp_identification.h"
 #include "iodbg/status_table.h"
+#include "iodbg/supplies.h"
 
 #include <algorithm>
 #include <array>
@@ -128,11 +129,10 @@ Finding fanFinding(const Model &model, const std::string &name, const FanState &
 
 Finding supplyFinding(const Model &model, int32_t supply) {
     const std::string name = "supply " + std::to_string(supply);
-    int32_t answer = 0;
-    if (const int32_t status = ioPowerPresentGet(supply, &answer); status != BSP_OK)
+    bool isPlugged = false;
+    if (const int32_t status = readPlugged(model, supply, isPlugged); status != BSP_OK)
         return unreadable(name, status);
-    // In register 30 the library answers the active-low line itself.
-    if (model.hasSupplyLines == (answer != 0))
+    if (!isPlugged)
         return {name, Severity::Warning, "not plugged", "plug it, or live without a spare one"};
     int32_t code = 0;
     if (const int32_t status = ioPowerStatusGet(supply, &code); status != BSP_OK)
@@ -308,12 +308,11 @@ Findings fanFindings(const Model &model) {
 }
 
 Findings supplyFindings(const Model &model) {
-    constexpr int32_t kWithPresence = 2;
     int32_t count = 0;
     if (const int32_t status = ioPowerNumGet(&count); status != BSP_OK)
         return {unreadable("supplies", status)};
     Findings findings;
-    for (int32_t supply = 1; supply <= std::min(count, kWithPresence); ++supply)
+    for (int32_t supply = 1; supply <= std::min(count, kSuppliesWithPresence); ++supply)
         findings.push_back(supplyFinding(model, supply));
     return findings;
 }

@@ -1,6 +1,7 @@
 #include "iodbg/lamps.h"
 
 #include "bsp.h"
+#include "iodbg/format.h"
 #include "iodbg/model.h"
 
 #include <vector>
@@ -84,10 +85,6 @@ std::string stateWord(const LampKind &kind, uint32_t state) {
 
 Cell stateCell(const LampKind &kind, uint32_t state) {
     return {stateWord(kind, state), int64_t{state}};
-}
-
-std::string registerName(uint32_t reg) {
-    return "CPLD register " + std::to_string(reg);
 }
 
 void addPanelLamps(Report &report) {

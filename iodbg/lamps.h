@@ -35,9 +35,6 @@ extern const std::span<const LampKind> kLampKinds;
 std::string stateWord(const LampKind &kind, uint32_t state);
 Cell stateCell(const LampKind &kind, uint32_t state);
 
-/** "CPLD register 7" */
-std::string registerName(uint32_t reg);
-
 void addPanelLamps(Report &report);
 void addPoeLamps(Report &report);
 

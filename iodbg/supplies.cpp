@@ -9,8 +9,6 @@ namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kSuppliesWithPresence = 2;
-
 /** A reading, in the library's unit for programs. */
 struct Reading {
     const char *key;
@@ -48,20 +46,18 @@ struct Place {
 
 /** False when the supply is known not to be plugged. */
 bool addPresence(const Place &place) {
-    if (place.supply > static_cast<int32_t>(kSuppliesWithPresence)) {
+    if (place.supply > kSuppliesWithPresence) {
         place.section.add("plugged", "Plugged", {"unknown: it has no presence line", nullptr});
         return true;
     }
-    int32_t answer = 0;
-    const int32_t status = ioPowerPresentGet(place.supply, &answer);
-    // The line is active low on every model. In register 30 the library answers the line itself,
-    // of the other models' supplies whether they are there.
-    const bool line = place.model.hasSupplyLines == (answer != 0);
-    place.add("plugged", "Plugged", status, flagCell(!line, "yes", "no: it is not asked further"));
+    bool isPlugged = false;
+    const int32_t status = readPlugged(place.model, place.supply, isPlugged);
+    place.add("plugged", "Plugged", status,
+              flagCell(isPlugged, "yes", "no: it is not asked further"));
     if (status == BSP_OK)
         place.section.add("presence_line", "Presence line",
-                          {line ? "1 (active low)" : "0 (active low)", int64_t{line}});
-    return status != BSP_OK || !line;
+                          {isPlugged ? "0 (active low)" : "1 (active low)", int64_t{!isPlugged}});
+    return status != BSP_OK || isPlugged;
 }
 
 void addStatus(const Place &place) {
@@ -107,9 +103,9 @@ void addReadings(const Place &place, Readings readings) {
 }
 
 /** A supply's presence and status; the other fields do not fit into a table. */
-std::vector<Cell> supplyRow(Report &report, const Model &model, uint32_t supply) {
+std::vector<Cell> supplyRow(Report &report, const Model &model, int32_t supply) {
     Section section = {"supply" + std::to_string(supply), "", {}};
-    const Place place = {report, section, model, static_cast<int32_t>(supply)};
+    const Place place = {report, section, model, supply};
     addPresence(place);
     Cell plugged = section.fields.front().cell;
     if (plugged.value == Value{false})
@@ -120,10 +116,19 @@ std::vector<Cell> supplyRow(Report &report, const Model &model, uint32_t supply)
 
 } // namespace
 
+int32_t readPlugged(const Model &model, int32_t supply, bool &isPlugged) {
+    int32_t answer = 0;
+    const int32_t status = ioPowerPresentGet(supply, &answer);
+    // The line is active low on every model. In register 30 the library answers the line itself,
+    // of the other models' supplies whether they are there.
+    isPlugged = model.hasSupplyLines != (answer != 0);
+    return status;
+}
+
 Table supplyTable(Report &report, const Model &model) {
     Table table = {
         "supplies", {{"supply", "SUPPLY"}, {"plugged", "PLUGGED"}, {"status", "STATUS"}}, {}};
-    for (uint32_t supply = 1; supply <= kSuppliesWithPresence; ++supply)
+    for (int32_t supply = 1; supply <= kSuppliesWithPresence; ++supply)
         table.rows.push_back(supplyRow(report, model, supply));
     return table;
 }

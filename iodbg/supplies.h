@@ -8,6 +8,12 @@ namespace iodbg {
 
 enum class Readings { Main, All };
 
+/** The first ones; the others of a model have no presence line. */
+constexpr int32_t kSuppliesWithPresence = 2;
+
+/** Reads whether one of them is plugged. */
+int32_t readPlugged(const Model &model, int32_t supply, bool &isPlugged);
+
 /**
  * Adds to a section what is known of a supply; items that fail are noted in the report. False when
  * the supply is known not to be plugged: it is asked for nothing then, and nothing is to ask it.

@@ -13,10 +13,6 @@ namespace {
 constexpr uint32_t kScannedRegisters = 64;
 constexpr int kRegisterDigits = 4;
 
-std::string registerName(uint32_t reg) {
-    return "CPLD register " + std::to_string(reg);
-}
-
 uint16_t readRegister(uint32_t reg) {
     uint16_t value = 0;
     require(bspCpldGet(reg, &value), "read " + registerName(reg));

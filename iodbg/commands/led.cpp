@@ -4,6 +4,7 @@
 #include "iodbg/commands/commands.h"
 #include "iodbg/console.h"
 #include "iodbg/failure.h"
+#include "iodbg/format.h"
 #include "iodbg/lamps.h"
 
 #include <stdexcept>

@@ -1,8 +1,7 @@
 // iodbg fan, temperature and clock.
 
 #include "tests/iodbg/iodbg_test.h"
-#include "virtual_board/os/seam.h"
-#include "virtual_board/words/world.h"
+#include "tests/support/world.h"
 
 #include <cerrno>
 
@@ -13,12 +12,6 @@ using vb::FaultOp;
 
 class ChassisCommandsTest : public IodbgTest {
   protected:
-    void setWorld(const std::string &name, const std::string &value) {
-        vb::setProperty(*vb::attachedFolder(), name, value);
-    }
-    std::string world(const std::string &name) const {
-        return vb::property(*vb::attachedFolder(), name);
-    }
     void failSensor(int32_t result) {
         vb::FaultRule rule = refuse(FaultDevice::I2c, FaultOp::Read, result);
         rule.hasAddress = 1;
@@ -40,7 +33,7 @@ TEST_F(FanCommandsTest, ShowsLevelPresenceAndSpeed) {
                           "FAN  PRESENT  RPM\n"
                           "1    yes      2400\n"
                           "2    yes      2400\n");
-    setWorld("fan.1.present", "no");
+    world::set("fan.1.present", "no");
     EXPECT_EQ(jsonAt(json({"fan", "get"}), "/fans/0/present"), "false");
 }
 
@@ -98,15 +91,16 @@ TEST_F(FanCommandsTest, RefusesWrongWords) {
 }
 
 TEST_F(TemperatureCommandTest, ShowsTheSensor) {
-    setWorld("temperature.ambient", "-40");
-    EXPECT_EQ(iodbg({"temperature"}).out, "Temperature  " + world("temperature.sensor") + " C\n");
-    EXPECT_EQ(jsonAt(json({"temperature"}), "/temperature_c"), world("temperature.sensor"));
+    world::set("temperature.ambient", "-40");
+    EXPECT_EQ(iodbg({"temperature"}).out,
+              "Temperature  " + world::get("temperature.sensor") + " C\n");
+    EXPECT_EQ(jsonAt(json({"temperature"}), "/temperature_c"), world::get("temperature.sensor"));
     failSensor(-ENXIO);
     expectFailure({"temperature"}, 1, {"cannot read the temperature sensor"});
 }
 
 TEST_F(ClockCommandsTest, ShowsBothClocks) {
-    setWorld("rtc.time", "2051-02-28 12:34:56");
+    world::set("rtc.time", "2051-02-28 12:34:56");
     const std::string answer = json({"clock", "get"});
     EXPECT_EQ(jsonAt(answer, "/chip"), "\"2051-02-28 12:34:56\"");
     EXPECT_EQ(jsonAt(answer, "/valid"), "true");
@@ -119,7 +113,7 @@ TEST_F(ClockCommandsTest, SetsTheChipAndReadsItBack) {
         std::string shown = time;
         shown[10] = ' ';
         EXPECT_EQ(jsonAt(json({"clock", "set", time}), "/after"), "\"" + shown + "\"");
-        EXPECT_EQ(world("rtc.time"), shown);
+        EXPECT_EQ(world::get("rtc.time"), shown);
     }
     EXPECT_EQ(iodbg({"clock", "set", "now"}).exitCode, 0);
     const int64_t drift = std::stoll(jsonAt(json({"clock", "get"}), "/drift_s"));
@@ -136,8 +130,8 @@ TEST_F(ClockCommandsTest, AChipThatHoldsNoDateIsToldOf) {
 }
 
 TEST_F(ClockCommandsTest, ATimeThatWasLostIsToldOf) {
-    setWorld("rtc.battery", "empty");
-    setWorld("power", "cycle");
+    world::set("rtc.battery", "empty");
+    world::set("power", "cycle");
     EXPECT_EQ(jsonKeys(json({"clock", "get"}), ""), (Words{"chip", "valid", "system", "failures"}));
     EXPECT_EQ(jsonAt(json({"clock", "get"}), "/valid"), "false");
     expectFailure({"clock", "sync"}, 1, {"holds no date and time", "iodbg clock set"});
@@ -146,13 +140,13 @@ TEST_F(ClockCommandsTest, ATimeThatWasLostIsToldOf) {
 }
 
 TEST_F(ClockCommandsTest, TheSystemClockIsSetFromTheChip) {
-    EXPECT_EQ(world("system-clock"), "host");
-    setWorld("rtc.time", "2051-02-28 12:34:56");
+    EXPECT_EQ(world::get("system-clock"), "host");
+    world::set("rtc.time", "2051-02-28 12:34:56");
     const std::string answer = json({"clock", "sync"});
     EXPECT_EQ(jsonAt(answer, "/system").substr(0, 18), "\"2051-02-28 12:34:");
     EXPECT_EQ(jsonAt(json({"clock", "get"}), "/system").substr(0, 15), "\"2051-02-28 12:");
-    EXPECT_NE(world("system-clock"), "host");
-    setWorld("rtc.time", "2001-01-01 00:00:00");
+    EXPECT_NE(world::get("system-clock"), "host");
+    world::set("rtc.time", "2001-01-01 00:00:00");
     EXPECT_EQ(jsonAt(json({"init"}), "/system").substr(0, 18), "\"2001-01-01 00:00:");
 }
 

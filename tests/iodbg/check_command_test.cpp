@@ -1,8 +1,7 @@
 // iodbg check: each thing that can be wrong, and what is said of it.
 
 #include "tests/iodbg/iodbg_test.h"
-#include "virtual_board/os/seam.h"
-#include "virtual_board/words/world.h"
+#include "tests/support/world.h"
 
 #include <cerrno>
 #include <nlohmann/json.hpp>
@@ -15,9 +14,6 @@ using vb::FaultOp;
 
 class CheckCommandTest : public IodbgTest {
   protected:
-    void setWorld(const std::string &name, const std::string &value) {
-        vb::setProperty(*vb::attachedFolder(), name, value);
-    }
     static void passSeconds(unsigned seconds) { sleep(seconds); }
     /** "VERDICT FOUND" of a subject; the exit code must be this one. */
     std::string verdictOn(const std::string &subject, int exitCode) const {
@@ -52,26 +48,26 @@ TEST_F(CheckCommandTest, ADamagedRecordIsAFault) {
 }
 
 TEST_F(CheckCommandTest, AnAddressOfNoUnitIsAFault) {
-    setWorld("identity.mac", "01:00:5e:10:00:00");
+    world::set("identity.mac", "01:00:5e:10:00:00");
     EXPECT_EQ(verdictOn("MAC address", 5), "fault 01:00:5E:10:00:01 is no address of a unit");
 }
 
 TEST_F(CheckCommandTest, FansAndSuppliesAreJudged) {
-    setWorld("fan.1.present", "no");
+    world::set("fan.1.present", "no");
     EXPECT_EQ(verdictOn("fan 1", 5), "fault it or its neighbour is missing");
-    setWorld("fan.1.present", "yes");
-    setWorld("fan.1.state", "stuck");
+    world::set("fan.1.present", "yes");
+    world::set("fan.1.state", "stuck");
     passSeconds(10);
     EXPECT_EQ(verdictOn("fan 2", 5), "fault it or its neighbour stands still");
-    setWorld("supply.2.present", "no");
+    world::set("supply.2.present", "no");
     EXPECT_EQ(verdictOn("supply 2", 5), "warning not plugged");
-    setWorld("supply.1.input", "failed");
+    world::set("supply.1.input", "failed");
     EXPECT_EQ(verdictOn("supply 1", 5).substr(0, 28), "fault its lines tell status ");
 }
 
 TEST_F(CheckCommandTest, AFanThatIsSlowerThanTheOthersIsAFault) {
     useModel(0x0309);
-    setWorld("fan.3.state", "failing");
+    world::set("fan.3.state", "failing");
     passSeconds(10);
     EXPECT_EQ(verdictOn("fan 3", 5), "fault 1200 rpm, while the fastest has 2400");
     EXPECT_EQ(verdictOn("fan 4", 5), "good 2400 rpm");
@@ -90,42 +86,42 @@ TEST_F(CheckCommandTest, AModelNeedNotHaveFans) {
 TEST_F(CheckCommandTest, TheTemperatureIsJudged) {
     constexpr unsigned kHour = 3600;
     EXPECT_EQ(verdictOn("temperature", 0), "good 40 C");
-    setWorld("temperature.ambient", "50");
+    world::set("temperature.ambient", "50");
     passSeconds(kHour);
     EXPECT_EQ(verdictOn("temperature", 0), "warning 65 C");
-    setWorld("temperature.ambient", "85");
+    world::set("temperature.ambient", "85");
     passSeconds(kHour);
     EXPECT_EQ(verdictOn("temperature", 5), "fault 100 C, too hot");
-    setWorld("temperature.ambient", "-40");
+    world::set("temperature.ambient", "-40");
     passSeconds(kHour);
     EXPECT_EQ(verdictOn("temperature", 0), "warning -25 C");
-    setWorld("temperature.state", "missing");
+    world::set("temperature.state", "missing");
     EXPECT_EQ(verdictOn("temperature", 5).substr(0, 21), "fault cannot be read:");
 }
 
 TEST_F(CheckCommandTest, TransceiversAreJudged) {
     EXPECT_EQ(verdictOn("SFP cages", 0), "good no module is plugged");
-    setWorld("sfp.50.module", "sr");
+    world::set("sfp.50.module", "sr");
     EXPECT_EQ(verdictOn("SFP cages", 0), "nothing");
     EXPECT_EQ(verdictOn("SFP port 50", 0), "warning no signal arrives");
-    setWorld("sfp.50.link", "up");
+    world::set("sfp.50.link", "up");
     EXPECT_EQ(verdictOn("SFP port 50", 0), "good module works");
-    setWorld("sfp.50.rx-power", "60");
+    world::set("sfp.50.rx-power", "60");
     EXPECT_EQ(verdictOn("SFP port 50", 0), "warning received power too low");
-    setWorld("sfp.50.rx-power", "6000");
+    world::set("sfp.50.rx-power", "6000");
     EXPECT_EQ(verdictOn("SFP port 50", 5), "fault received power too high");
-    setWorld("sfp.50.rx-power", "500");
-    setWorld("sfp.50.state", "tx-fault");
+    world::set("sfp.50.rx-power", "500");
+    world::set("sfp.50.state", "tx-fault");
     EXPECT_EQ(verdictOn("SFP port 50", 5), "fault transmitter fault");
-    setWorld("sfp.50.module", "bad-checksum");
-    setWorld("sfp.50.link", "up");
+    world::set("sfp.50.module", "bad-checksum");
+    world::set("sfp.50.link", "up");
     EXPECT_EQ(verdictOn("SFP port 50", 0), "warning a checksum of its identification is wrong");
 }
 
 TEST_F(CheckCommandTest, ATransceiverThatDoesNotAnswerIsAFault) {
-    setWorld("sfp.49.module", "lr");
-    setWorld("sfp.49.link", "up");
-    setWorld("sfp.49.state", "dead");
+    world::set("sfp.49.module", "lr");
+    world::set("sfp.49.link", "up");
+    world::set("sfp.49.state", "dead");
     const std::string answer = iodbg({"check"}).out;
     EXPECT_NE(answer.find("SFP port 49     FAULT    does not answer: BSP_E_FAILED (-1)"),
               std::string::npos)
@@ -135,8 +131,8 @@ TEST_F(CheckCommandTest, ATransceiverThatDoesNotAnswerIsAFault) {
 TEST_F(CheckCommandTest, TheClockIsJudged) {
     iodbg({"i2c", "write", "0", "1", "0x51", "7", "13"}); // a month of 13, counted from 0
     EXPECT_EQ(verdictOn("clock", 5), "fault holds no date and time");
-    setWorld("rtc.battery", "empty");
-    setWorld("power", "cycle");
+    world::set("rtc.battery", "empty");
+    world::set("power", "cycle");
     passSeconds(5); // the PoE controller starts
     EXPECT_EQ(verdictOn("clock", 5), "fault has lost the time");
     EXPECT_EQ(iodbg({"clock", "set", "now"}).exitCode, 0);
@@ -149,10 +145,10 @@ TEST_F(CheckCommandTest, ThePoeControllerIsJudged) {
     EXPECT_EQ(iodbg({"poe", "init"}).exitCode, 0);
     EXPECT_EQ(verdictOn("PoE controller", 0), "good initialised");
     EXPECT_EQ(verdictOn("PoE ports", 0), "good none has a fault");
-    setWorld("poe.8.device", "class=3 over-current");
+    world::set("poe.8.device", "class=3 over-current");
     iodbg({"poe", "detect", "8"}); // a second passes
     EXPECT_EQ(verdictOn("PoE ports", 0), "warning fault on 8");
-    setWorld("poe.controller", "missing");
+    world::set("poe.controller", "missing");
     EXPECT_EQ(verdictOn("PoE controller", 5), "fault missing");
 }
 
@@ -163,19 +159,19 @@ TEST_F(CheckCommandTest, AControllerThatDoesNotAnswerIsAFault) {
 }
 
 TEST_F(CheckCommandTest, ModulesAreJudged) {
-    setWorld("sfp.49.module", "sr");
-    setWorld("sfp.49.link", "up");
+    world::set("sfp.49.module", "sr");
+    world::set("sfp.49.link", "up");
     EXPECT_EQ(verdictOn("SFP port 49", 0), "good module works");
     EXPECT_EQ(iodbg({"sfp", "tx", "49", "off"}).exitCode, 0);
     EXPECT_EQ(verdictOn("SFP port 49", 0), "good its transmitter is switched off");
-    setWorld("sfp.49.module", "dead");
+    world::set("sfp.49.module", "dead");
     EXPECT_EQ(verdictOn("SFP port 49", 5), "fault does not answer: BSP_E_FAILED (-1)");
 }
 
 TEST_F(CheckCommandTest, LinesThatTellNothingAreNotJudged) {
     useModel(0x0509); // the uplinks' loss line is their presence line
-    setWorld("sfp.33.module", "sr");
-    setWorld("sfp.33.link", "up");
+    world::set("sfp.33.module", "sr");
+    world::set("sfp.33.link", "up");
     EXPECT_EQ(verdictOn("SFP port 33", 0), "good module works");
 }
 

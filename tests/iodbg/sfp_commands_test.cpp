@@ -1,8 +1,7 @@
 // iodbg sfp and mdio.
 
 #include "tests/iodbg/iodbg_test.h"
-#include "virtual_board/os/seam.h"
-#include "virtual_board/words/world.h"
+#include "tests/support/world.h"
 
 #include <cerrno>
 
@@ -14,10 +13,7 @@ using vb::FaultOp;
 class SfpCommandsTest : public IodbgTest {
   protected:
     void plug(uint32_t port, const std::string &module) {
-        setWorld("sfp." + std::to_string(port) + ".module", module);
-    }
-    void setWorld(const std::string &name, const std::string &value) {
-        vb::setProperty(*vb::attachedFolder(), name, value);
+        world::set("sfp." + std::to_string(port) + ".module", module);
     }
     std::string shown(uint32_t port, const std::string &key) const {
         return jsonAt(json({"sfp", "show", std::to_string(port)}), "/" + key);
@@ -27,7 +23,7 @@ using MdioCommandsTest = SfpCommandsTest;
 
 TEST_F(SfpCommandsTest, ListsEveryCageOfTheModel) {
     plug(49, "sr");
-    setWorld("sfp.49.link", "up");
+    world::set("sfp.49.link", "up");
     const std::string answer = json({"sfp", "list"});
     EXPECT_EQ(jsonAt(answer, "/cages/0"),
               "{\"port\":49,\"present\":true,\"transmitter_on\":true,\"rx_loss\":false,"
@@ -134,8 +130,8 @@ TEST_F(SfpCommandsTest, TellsTheModeOfACopperModulesPhy) {
 
 TEST_F(SfpCommandsTest, DiagnosticsAreDecodedAndJudged) {
     plug(49, "sr");
-    setWorld("sfp.49.link", "up");
-    setWorld("sfp.49.rx-power", "500");
+    world::set("sfp.49.link", "up");
+    world::set("sfp.49.rx-power", "500");
     std::string answer = json({"sfp", "show", "49"});
     EXPECT_EQ(jsonAt(answer, "/diagnostics/4/quantity"), "\"rx_power_nw\"");
     EXPECT_EQ(jsonAt(answer, "/diagnostics/4/value"), "500000");
@@ -143,7 +139,7 @@ TEST_F(SfpCommandsTest, DiagnosticsAreDecodedAndJudged) {
     EXPECT_EQ(jsonAt(answer, "/diagnostics/0/high_alarm"), "75000");
     EXPECT_EQ(jsonAt(answer, "/diagnostics/0/low_alarm"), "-5000");
     EXPECT_EQ(jsonAt(answer, "/diagnostics/1/value"), "3300000");
-    setWorld("sfp.49.rx-power", "60");
+    world::set("sfp.49.rx-power", "60");
     answer = json({"sfp", "show", "49"});
     EXPECT_EQ(jsonAt(answer, "/diagnostics/4/judgement"), "\"low warning\"");
     const ProcessResult result = iodbg({"sfp", "show", "49"});
@@ -181,7 +177,7 @@ TEST_F(SfpCommandsTest, OnlyCagesAreAsked) {
 }
 
 TEST_F(MdioCommandsTest, ReadsAndWrites) {
-    setWorld("mdio.3.5", "0x1234");
+    world::set("mdio.3.5", "0x1234");
     EXPECT_EQ(jsonAt(json({"mdio", "read", "3", "5"}), ""),
               "{\"a\":3,\"b\":5,\"value\":4660,\"failures\":[]}");
     const std::string answer = json({"mdio", "write", "3", "5", "0xABCD"});
@@ -191,9 +187,9 @@ TEST_F(MdioCommandsTest, ReadsAndWrites) {
 }
 
 TEST_F(MdioCommandsTest, FailuresAreTold) {
-    setWorld("mdio.state", "error");
+    world::set("mdio.state", "error");
     expectFailure({"mdio", "read", "3", "5"}, 1, {"cannot read MDIO register 3.5"});
-    setWorld("mdio.state", "stuck");
+    world::set("mdio.state", "stuck");
     expectFailure({"mdio", "read", "3", "5"}, 1, {"BSP_E_TIMEOUT"});
     for (const char *address : {"32", "x"}) {
         expectRefusal({"mdio", "read", address, "1"}, 2, std::string("'") + address + "'");

@@ -18,10 +18,6 @@ struct LinePlace {
     uint32_t bit;
 };
 
-uint32_t firstUplink(const Model &model) {
-    return model.copperPorts + uint32_t{model.sfpPorts} + 1;
-}
-
 /** Where the lines of one cage are. */
 struct Places {
     LinePlace present, loss, fault, disable;
@@ -85,6 +81,10 @@ uint32_t portAt(const Model &model, uint32_t channel) {
 }
 
 } // namespace
+
+uint32_t firstUplink(const Model &model) {
+    return model.copperPorts + uint32_t{model.sfpPorts} + 1;
+}
 
 bool isSfpCage(const Model &model, uint32_t port) {
     const uint32_t uplink = port - firstUplink(model);

@@ -8,6 +8,9 @@ namespace vb {
 
 constexpr uint32_t kSfpBus = 1;
 
+/** The port of the first uplink: they are behind all other ports. */
+uint32_t firstUplink(const Model &model);
+
 /** Whether a model has a cage at a port of its panel. */
 bool isSfpCage(const Model &model, uint32_t port);
 

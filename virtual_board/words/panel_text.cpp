@@ -50,8 +50,8 @@ class Panel {
         for (uint32_t first = 1; first <= ports; first += kPortsPerBlock)
             all += portRow(first) + portRow(first + 1) + "\n";
         all += cages("SFP    ", 1, model_.sfpPorts) +
-               cages("uplinks", model_.copperPorts + model_.sfpPorts + 1u, model_.uplinks) +
-               fans() + supplies() + climate() + lamps();
+               cages("uplinks", firstUplink(model_), model_.uplinks) + fans() + supplies() +
+               climate() + lamps();
         return all + (model_.poePorts != 0 ? poeLine() + kLegend : "");
     }
 

@@ -46,6 +46,10 @@ struct PropertyType {
 std::vector<uint8_t> bytesToSet(const PropertyTarget &target, const std::string &value,
                                 uint32_t size, const std::string &what);
 
+/** The part of size bytes that a name asks for, in hexadecimal digits; or Refused. */
+std::string bytesText(const PropertyTarget &target, const uint8_t *bytes, uint32_t size,
+                      const std::string &what);
+
 /** Power in and out: supplies, PoE, watchdog and reset. */
 std::span<const PropertyType> powerProperties();
 

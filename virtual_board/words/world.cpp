@@ -115,13 +115,7 @@ std::string getDirection(const Target &target) {
 // EEPROMs
 
 std::string getBytes(const Eeprom &eeprom, const Target &target) {
-    const uint32_t size = eepromSize(eeprom);
-    const uint32_t offset = target.offset.value_or(0);
-    const uint32_t length = target.length.value_or(offset < size ? size - offset : 1);
-    if (length == 0 || offset >= size || length > size - offset)
-        throw Refused("the EEPROM has bytes 0 to " + std::to_string(size - 1) +
-                      "; give a range inside: @OFFSET+LENGTH");
-    return hexText(eeprom.bytes + offset, length);
+    return bytesText(target, eeprom.bytes, eepromSize(eeprom), "EEPROM");
 }
 
 void setBytes(Eeprom &eeprom, const Target &target, const std::string &value) {
@@ -250,7 +244,7 @@ uint32_t lastOf(const PropertyType &type, const Model &model) {
 
 /** "1-24, 33-38". */
 std::string cagesText(const Model &model) {
-    const uint32_t uplink = model.copperPorts + uint32_t{model.sfpPorts} + 1;
+    const uint32_t uplink = firstUplink(model);
     const std::string front =
         model.sfpPorts != 0 ? "1-" + std::to_string(model.sfpPorts) + ", " : "";
     return front + std::to_string(uplink) + "-" + std::to_string(uplink + model.uplinks - 1);
@@ -369,6 +363,16 @@ std::vector<uint8_t> bytesToSet(const PropertyTarget &target, const std::string 
                       std::to_string(bytes->size()) + " bytes from " + std::to_string(offset) +
                       " on would end behind them");
     return *bytes;
+}
+
+std::string bytesText(const PropertyTarget &target, const uint8_t *bytes, uint32_t size,
+                      const std::string &what) {
+    const uint32_t offset = target.offset.value_or(0);
+    const uint32_t length = target.length.value_or(offset < size ? size - offset : 1);
+    if (length == 0 || offset >= size || length > size - offset)
+        throw Refused("the " + what + " has bytes 0 to " + std::to_string(size - 1) +
+                      "; give a range inside: @OFFSET+LENGTH");
+    return hexText(bytes + offset, length);
 }
 
 std::vector<Property> properties(const BoardFolder &folder) {

@@ -73,14 +73,8 @@ void setRxPower(const Target &target, const std::string &value) {
     module.isLinkUp = 1;
 }
 
-/** The part of a page that a name asks for. */
 std::string partOf(const uint8_t (&page)[kSfpPageSize], const Target &target) {
-    const uint32_t offset = target.offset.value_or(0);
-    const uint32_t length =
-        target.length.value_or(offset < kSfpPageSize ? kSfpPageSize - offset : 1);
-    if (length == 0 || offset >= kSfpPageSize || length > kSfpPageSize - offset)
-        throw Refused("the page has bytes 0 to 255; give a range inside: @OFFSET+LENGTH");
-    return hexText(page + offset, length);
+    return bytesText(target, page, kSfpPageSize, "page");
 }
 
 void setPart(uint8_t (&page)[kSfpPageSize], const Target &target, const std::string &value) {
