@@ -27,7 +27,7 @@ std::vector<Cell> cageRow(Report &report, uint32_t port) {
     if (const int32_t status =
             readSfpPage(port, SfpPage::Identification, kIdentificationSize, page);
         status != BSP_OK) {
-        row.push_back(report.tried(section.key + ".identification", status, unread(status)));
+        row.push_back(report.tried(section.path("identification"), status, unread(status)));
         row.insert(row.end(), 2, {"", nullptr});
         return row;
     }

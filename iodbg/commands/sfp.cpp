@@ -161,7 +161,7 @@ void addCopper(Report &report, Section &section, uint32_t port) {
     uint16_t kind = BSP_COPPER_NONE;
     const int32_t status = bspElectricModerTypeGet(port, &kind);
     section.add("copper_kind", "Copper",
-                report.tried(section.key + ".copper_kind", status, {copperText(kind), kind}));
+                report.tried(section.path("copper_kind"), status, {copperText(kind), kind}));
 }
 
 void addDiagnostics(Report &report, Section &section, uint32_t port, const Identification &module) {
@@ -174,7 +174,7 @@ void addDiagnostics(Report &report, Section &section, uint32_t port, const Ident
     const int32_t status = readSfpPage(port, SfpPage::Diagnostics, kDiagnosticsSize, page);
     if (status != BSP_OK) {
         section.add("diagnostics_checksum_ok", "Checksum, diagnostics",
-                    report.tried(section.key + ".diagnostics", status, {}));
+                    report.tried(section.path("diagnostics"), status, {}));
         return;
     }
     const Diagnostics diagnostics = diagnosticsOf(page, module.isExternallyCalibrated);

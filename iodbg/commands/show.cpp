@@ -54,7 +54,7 @@ void addSupplies(Report &report, const Model &model, int32_t status) {
         if (status == BSP_OK)
             mayBePlugged = addSupply(report, section, model, number, Readings::Main);
         else
-            section.add("plugged", "Plugged", report.tried(section.key + ".plugged", status, {}));
+            section.add("plugged", "Plugged", report.tried(section.path("plugged"), status, {}));
         if (mayBePlugged)
             addSupplyRecord(report, section, supply);
         else

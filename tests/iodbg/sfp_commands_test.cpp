@@ -89,6 +89,19 @@ TEST_F(SfpCommandsTest, WhatALineAnswersIsNamedByItsKey) {
     EXPECT_EQ(jsonAt(answer, "/present"), "false");
 }
 
+TEST_F(SfpCommandsTest, APageThatCannotBeReadIsNamedByItsKey) {
+    plug(49, "sr");
+    vb::FaultRule rule = refuse(FaultDevice::I2c, FaultOp::Read, -EIO);
+    rule.hasAddress = 1;
+    rule.bus = 1;
+    rule.channel = 0;
+    rule.devAddr = 0x51;
+    addFault(rule);
+    const std::string answer = json({"sfp", "show", "49"}, 1);
+    EXPECT_EQ(jsonAt(answer, "/failures/0/item"), "\"diagnostics\"");
+    EXPECT_EQ(jsonAt(answer, "/part_number"), "\"VIRTUAL-SR\"");
+}
+
 TEST_F(SfpCommandsTest, ADeadModuleDoesNotHideTheOthers) {
     plug(49, "dead");
     plug(50, "lr");
