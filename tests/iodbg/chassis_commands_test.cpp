@@ -141,7 +141,7 @@ TEST_F(ClockCommandsTest, ATimeThatWasLostIsToldOf) {
 
 TEST_F(ClockCommandsTest, TheSystemClockIsSetFromTheChip) {
     EXPECT_EQ(world::get("system-clock"), "host");
-    world::set("rtc.time", "2051-02-28 12:34:56");
+    world::set("rtc.time", "2051-02-28 12:34:00");
     const std::string answer = json({"clock", "sync"});
     EXPECT_EQ(jsonAt(answer, "/system").substr(0, 18), "\"2051-02-28 12:34:");
     EXPECT_EQ(jsonAt(json({"clock", "get"}), "/system").substr(0, 15), "\"2051-02-28 12:");
