@@ -45,3 +45,9 @@ function(bsp_link_bare target)
   set_target_properties(${target} PROPERTIES LINKER_LANGUAGE C)
   target_link_options(${target} PRIVATE -Wl,-z,defs -Wl,-z,text -Wl,--gc-sections -Wl,--as-needed)
 endfunction()
+
+# Compiles eight sources at a time where that is asked for: most of the time goes into the headers
+# that they share. Names in their unnamed namespaces have to differ.
+function(bsp_compile_together)
+  set_target_properties(${ARGN} PROPERTIES UNITY_BUILD ${BSP_UNITY_BUILD})
+endfunction()

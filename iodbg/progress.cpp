@@ -15,7 +15,7 @@ namespace iodbg {
 namespace {
 
 constexpr uint32_t kBarWidth = 30;
-constexpr char kClearLine[] = "\r\x1b[K";
+constexpr char kStartLineOver[] = "\r\x1b[K";
 
 } // namespace
 
@@ -38,7 +38,7 @@ Progress::Progress(Console &console, std::string task, const std::vector<WorkSte
 
 Progress::~Progress() {
     if (hasBar_)
-        std::fputs(kClearLine, stderr);
+        std::fputs(kStartLineOver, stderr);
 }
 
 double Progress::secondsElapsed() const {
@@ -80,7 +80,7 @@ void Progress::print(const Position &position) {
                                   {"seconds_left", "", numberCell(position.secondsLeft)}}};
         console_.printText(toJsonLine(section));
     } else if (isTerminal_) {
-        std::fputs((kClearLine + barText(position)).c_str(), stderr);
+        std::fputs((kStartLineOver + barText(position)).c_str(), stderr);
         std::fflush(stderr);
         hasBar_ = true;
     } else if (only_ == Only::Everywhere && position.step != printedStep_) {

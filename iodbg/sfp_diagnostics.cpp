@@ -9,7 +9,7 @@ namespace iodbg {
 namespace {
 
 /** Where a quantity lies in the page, and how its numbers are meant. */
-struct Place {
+struct Layout {
     Quantity quantity;
     uint8_t limits; // high alarm, low alarm, high warning, low warning: two bytes each
     uint8_t value;
@@ -19,7 +19,7 @@ struct Place {
     double unit;
 };
 
-constexpr Place kPlaces[kQuantities] = {
+constexpr Layout kLayouts[kQuantities] = {
     {Quantity::Temperature, 0, 96, 112, 7, 84, 86, true, 1.0 / 256},
     {Quantity::SupplyVoltage, 8, 98, 112, 5, 88, 90, false, 0.0001},
     {Quantity::BiasCurrent, 16, 100, 112, 3, 76, 78, false, 0.002},
@@ -56,36 +56,36 @@ double calibratedRxPower(ByteView page, double raw) {
     return sum;
 }
 
-double calibrated(ByteView page, const Place &place, double raw) {
-    if (place.quantity == Quantity::RxPower)
+double calibrated(ByteView page, const Layout &layout, double raw) {
+    if (layout.quantity == Quantity::RxPower)
         return calibratedRxPower(page, raw);
-    return rawAt(page, place.slope, false) / 256 * raw + rawAt(page, place.offset, true);
+    return rawAt(page, layout.slope, false) / 256 * raw + rawAt(page, layout.offset, true);
 }
 
 bool isFlagged(ByteView page, size_t byte, unsigned bit) {
     return (page[byte] >> bit & 1) != 0;
 }
 
-Judgement judgementOf(ByteView page, const Place &place) {
-    const size_t warnings = place.flagByte + kWarningsBehindAlarms;
-    if (isFlagged(page, place.flagByte, place.flagBit))
+Judgement judgementOf(ByteView page, const Layout &layout) {
+    const size_t warnings = layout.flagByte + kWarningsBehindAlarms;
+    if (isFlagged(page, layout.flagByte, layout.flagBit))
         return Judgement::HighAlarm;
-    if (isFlagged(page, place.flagByte, place.flagBit - 1u))
+    if (isFlagged(page, layout.flagByte, layout.flagBit - 1u))
         return Judgement::LowAlarm;
-    if (isFlagged(page, warnings, place.flagBit))
+    if (isFlagged(page, warnings, layout.flagBit))
         return Judgement::HighWarning;
-    return isFlagged(page, warnings, place.flagBit - 1u) ? Judgement::LowWarning
-                                                         : Judgement::Normal;
+    return isFlagged(page, warnings, layout.flagBit - 1u) ? Judgement::LowWarning
+                                                          : Judgement::Normal;
 }
 
-Measurement measurementAt(ByteView page, const Place &place, bool isExternallyCalibrated) {
-    const double raw = rawAt(page, place.value, place.isSigned);
+Measurement measurementAt(ByteView page, const Layout &layout, bool isExternallyCalibrated) {
+    const double raw = rawAt(page, layout.value, layout.isSigned);
     const auto limit = [&](size_t index) {
-        return rawAt(page, place.limits + 2 * index, place.isSigned) * place.unit;
+        return rawAt(page, layout.limits + 2 * index, layout.isSigned) * layout.unit;
     };
-    const double value = isExternallyCalibrated ? calibrated(page, place, raw) : raw;
-    return {place.quantity, value * place.unit,      limit(0), limit(1), limit(2),
-            limit(3),       judgementOf(page, place)};
+    const double value = isExternallyCalibrated ? calibrated(page, layout, raw) : raw;
+    return {layout.quantity, value * layout.unit,      limit(0), limit(1), limit(2),
+            limit(3),        judgementOf(page, layout)};
 }
 
 } // namespace
@@ -93,7 +93,7 @@ Measurement measurementAt(ByteView page, const Place &place, bool isExternallyCa
 Diagnostics diagnosticsOf(ByteView page, bool isExternallyCalibrated) {
     Diagnostics diagnostics = {};
     for (size_t i = 0; i < kQuantities; ++i)
-        diagnostics.measurements[i] = measurementAt(page, kPlaces[i], isExternallyCalibrated);
+        diagnostics.measurements[i] = measurementAt(page, kLayouts[i], isExternallyCalibrated);
     diagnostics.isTxDisabled = isFlagged(page, kStatus, 7);
     diagnostics.hasTxFault = isFlagged(page, kStatus, 2);
     diagnostics.hasLostSignal = isFlagged(page, kStatus, 1);

@@ -29,7 +29,7 @@ ChipTime readChip() {
     return chip;
 }
 
-ExitCode get(Console &console) {
+ExitCode showBoth(Console &console) {
     const ChipTime chip = readChip();
     Section section = {"", "", {}};
     addClocks(section, chip);
@@ -108,7 +108,7 @@ ExitCode sync(Console &console) {
 
 void addClockCommands(const Command &root) {
     const Command clock = root.group("clock", "The clock chip and the system's clock");
-    clock.command("get", "Show both").does(get);
+    clock.command("get", "Show both").does(showBoth);
     const auto time = std::make_shared<BspCalendar>();
     const Command setCommand = clock.command("set", "Set the clock chip and read it back");
     setCommand.argument("TIME", "'now' (the system clock), or local time like 2026-11-21T12:34:56",

@@ -9,7 +9,7 @@ namespace iodbg {
 
 namespace {
 
-struct Arguments {
+struct LineArguments {
     uint32_t line = 0;
     uint32_t level = 0;
 };
@@ -27,11 +27,11 @@ Report describe(uint32_t line, uint32_t level) {
     return {{section}, {}};
 }
 
-ExitCode get(Console &console, const Arguments &arguments) {
+ExitCode get(Console &console, const LineArguments &arguments) {
     return console.print(describe(arguments.line, readLevel(arguments.line)));
 }
 
-ExitCode set(Console &console, const Arguments &arguments) {
+ExitCode set(Console &console, const LineArguments &arguments) {
     const std::string name = "GPIO line " + std::to_string(arguments.line);
     require(bspGpioDirectionOutput(arguments.line, static_cast<int32_t>(arguments.level)),
             "drive " + name);
@@ -46,7 +46,7 @@ ExitCode set(Console &console, const Arguments &arguments) {
 } // namespace
 
 void addGpioCommands(const Command &root) {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<LineArguments>();
     const Command gpio = root.group("gpio", "GPIO lines");
 
     const Command getCommand = gpio.command("get", "Read the level of a line");

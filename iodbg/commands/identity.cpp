@@ -12,7 +12,7 @@ namespace iodbg {
 
 namespace {
 
-struct Arguments {
+struct GetArguments {
     std::string item; // empty: all
     Carrier carrier;
     std::string output;
@@ -20,14 +20,14 @@ struct Arguments {
     bool asksFor(const char *name) const { return item.empty() || item == name; }
 };
 
-void checkArguments(const Arguments &arguments) {
+void checkArguments(const GetArguments &arguments) {
     if (arguments.item != "record" && !arguments.output.empty())
         throw Failure::usage("--output saves a record; ask with 'iodbg identity get record'");
     if (arguments.item == "mac" && !arguments.carrier.isBoard())
         throw Failure::usage("a supply has no MAC address; leave --index out");
 }
 
-void addBoardItems(Report &report, const Arguments &arguments) {
+void addBoardItems(Report &report, const GetArguments &arguments) {
     Section section = {"", "", {}};
     if (arguments.asksFor("serial"))
         addItems(report, section, kSerialItems);
@@ -37,7 +37,7 @@ void addBoardItems(Report &report, const Arguments &arguments) {
         report.parts.emplace_back(section);
 }
 
-void addRecord(Report &report, const Arguments &arguments, const BspDevinfo &record) {
+void addRecord(Report &report, const GetArguments &arguments, const BspDevinfo &record) {
     const Carrier &carrier = arguments.carrier;
     Section section = {"record", "Product record of " + carrier.name(), {}};
     if (carrier.isBoard()) {
@@ -62,7 +62,7 @@ void addSupplySerial(Report &report, const BspDevinfo &record) {
     report.parts.emplace_back(section);
 }
 
-ExitCode get(Console &console, const Arguments &arguments) {
+ExitCode get(Console &console, const GetArguments &arguments) {
     checkArguments(arguments);
     const Carrier &carrier = arguments.carrier;
     Report report;
@@ -92,7 +92,7 @@ Parser itemName(std::string &target) {
 void addIdentityCommands(const Command &root) {
     const Command identity = root.group("identity", "Serial number, MAC address, product records");
 
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<GetArguments>();
     const Command command = identity.command("get", "Read what the board knows of itself");
     command.optionalArgument("ITEM", "serial|mac|record (default: all)", itemName(arguments->item));
     command.option("--index", kCarrierWords, "Whose (default board)", carrier(arguments->carrier));

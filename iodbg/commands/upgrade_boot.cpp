@@ -38,7 +38,7 @@ std::string runningVersion() {
     return "version " + text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
-ExitCode run(Console &console, const UpgradeArguments &arguments) {
+ExitCode upgradeBoot(Console &console, const UpgradeArguments &arguments) {
     console.beginLongWork();
     const Bytes file = readBootFile(arguments.file);
     const FlashPartition partition(kDevice);
@@ -74,7 +74,7 @@ void addUpgradeBoot(const Command &upgrade) {
     const Command command = upgrade.command("boot", "Write a new boot loader");
     addUpgradeArguments(command, *arguments,
                         "The upgrade file, see 'iodbg image check'; up to 1048576 bytes");
-    command.does([arguments](Console &console) { return run(console, *arguments); });
+    command.does([arguments](Console &console) { return upgradeBoot(console, *arguments); });
 }
 
 } // namespace iodbg

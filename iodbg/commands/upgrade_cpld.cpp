@@ -18,7 +18,7 @@ std::string version() {
                                                    : "a version that cannot be read";
 }
 
-ExitCode run(Console &console, const UpgradeArguments &arguments) {
+ExitCode upgradeCpld(Console &console, const UpgradeArguments &arguments) {
     console.beginLongWork();
     const uint64_t size = hostFileSize(arguments.file);
     const UpgradePlan plan = {
@@ -49,7 +49,7 @@ void addUpgradeCpld(const Command &upgrade) {
     const auto arguments = std::make_shared<UpgradeArguments>();
     const Command command = upgrade.command("cpld", "Program the CPLD; nothing reads it back");
     addUpgradeArguments(command, *arguments, "The image, which the kernel module opens");
-    command.does([arguments](Console &console) { return run(console, *arguments); });
+    command.does([arguments](Console &console) { return upgradeCpld(console, *arguments); });
 }
 
 } // namespace iodbg

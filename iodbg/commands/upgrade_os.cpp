@@ -135,7 +135,7 @@ void addBadBlocks(Section &section, const FlashPartition &bank, const Comparison
     section.add("shifted_bytes", "Moved behind them by, bytes", numberCell(shift));
 }
 
-ExitCode run(Console &console, const UpgradeArguments &arguments) {
+ExitCode upgradeOs(Console &console, const UpgradeArguments &arguments) {
     console.beginLongWork();
     const std::string name = "bank " + std::to_string(arguments.bank);
     const FlashPartition bank(bankDevice(arguments.bank));
@@ -193,7 +193,7 @@ void addUpgradeOs(const Command &upgrade) {
     addUpgradeArguments(command, *arguments, "The image: 512 to 40894464 bytes");
     command.requiredOption("--bank", "0|1", "The bank that is replaced",
                            number(arguments->bank, kBanks - 1));
-    command.does([arguments](Console &console) { return run(console, *arguments); });
+    command.does([arguments](Console &console) { return upgradeOs(console, *arguments); });
 }
 
 } // namespace iodbg

@@ -20,6 +20,8 @@ struct PropertyTarget {
 
     Board &board() const { return *folder.board(); }
     Devices &devices() const { return board().devices; }
+    /** The N-th supply. */
+    Supply &supply() const { return devices().supply[number - 1]; }
     /** The board's time. */
     uint64_t now() const { return clockNow(board().clock, hostNow()); }
 };

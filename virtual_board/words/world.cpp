@@ -131,16 +131,12 @@ void setBoardEeprom(const Target &target, const std::string &value) {
     setBytes(target.devices().eeprom, target, value);
 }
 
-Supply &supplyOf(const Target &target) {
-    return target.devices().supply[target.number - 1];
-}
-
 std::string getSupplyEeprom(const Target &target) {
-    return getBytes(supplyOf(target).eeprom, target);
+    return getBytes(target.supply().eeprom, target);
 }
 
 void setSupplyEeprom(const Target &target, const std::string &value) {
-    setBytes(supplyOf(target).eeprom, target, value);
+    setBytes(target.supply().eeprom, target, value);
 }
 
 // The factory's record

@@ -33,43 +33,39 @@ bool isFirst(const std::string &value, const char *first, const char *second) {
 
 // Supplies
 
-Supply &supplyOf(const Target &target) {
-    return target.devices().supply[target.number - 1];
-}
-
 std::string getPresent(const Target &target) {
-    return supplyOf(target).isPresent != 0 ? "yes" : "no";
+    return target.supply().isPresent != 0 ? "yes" : "no";
 }
 
 void setPresent(const Target &target, const std::string &value) {
-    supplyOf(target).isPresent = isFirst(value, "yes", "no") ? 1 : 0;
+    target.supply().isPresent = isFirst(value, "yes", "no") ? 1 : 0;
     driveSupplyLines(target.board(), target.number - 1);
 }
 
 template <uint32_t PmbusSupply::*flag>
 std::string getFailed(const Target &target) {
-    return supplyOf(target).pmbus.*flag != 0 ? "failed" : "good";
+    return target.supply().pmbus.*flag != 0 ? "failed" : "good";
 }
 
 template <uint32_t PmbusSupply::*flag>
 void setFailed(const Target &target, const std::string &value) {
-    supplyOf(target).pmbus.*flag = isFirst(value, "failed", "good") ? 1 : 0;
+    target.supply().pmbus.*flag = isFirst(value, "failed", "good") ? 1 : 0;
     driveSupplyLines(target.board(), target.number - 1);
 }
 
 template <uint32_t PmbusSupply::*field>
 std::string getAmount(const Target &target) {
-    return std::to_string(supplyOf(target).pmbus.*field);
+    return std::to_string(target.supply().pmbus.*field);
 }
 
 template <uint32_t PmbusSupply::*field, uint32_t max>
 void setAmount(const Target &target, const std::string &value) {
-    supplyOf(target).pmbus.*field = numberOf(value, max, "this");
+    target.supply().pmbus.*field = numberOf(value, max, "this");
 }
 
 template <uint32_t index>
 std::string getDegrees(const Target &target) {
-    return std::to_string(supplyOf(target).pmbus.degrees[index]);
+    return std::to_string(target.supply().pmbus.degrees[index]);
 }
 
 template <uint32_t index>
@@ -77,7 +73,7 @@ void setDegrees(const Target &target, const std::string &value) {
     const bool isNegative = value.starts_with('-');
     const auto degrees = static_cast<int32_t>(
         numberOf(value.substr(isNegative ? 1 : 0), 1000, "a temperature's amount"));
-    supplyOf(target).pmbus.degrees[index] = isNegative ? -degrees : degrees;
+    target.supply().pmbus.degrees[index] = isNegative ? -degrees : degrees;
 }
 
 // Single lines of a supply
