@@ -12,7 +12,7 @@ constexpr uint8_t kTriggerSet = 0; // second byte of the detection trigger's fra
 constexpr uint8_t kTriggerGet = 1;
 
 constexpr size_t pairAt(int pair) {
-    return static_cast<size_t>(2 + 2 * pair);
+    return 2 + 2 * static_cast<size_t>(pair);
 }
 
 constexpr void storePair(Frame &frame, int pair, int32_t port, uint8_t value) {
