@@ -26,6 +26,10 @@ const char *severityKey(Severity severity) {
 
 } // namespace
 
+Finding good(const std::string &subject, const std::string &text) {
+    return {subject, Severity::Good, text, ""};
+}
+
 Finding unreadable(const std::string &subject, int32_t status) {
     const StatusText text = explain(status);
     return {subject, Severity::Fault,

@@ -23,6 +23,9 @@ struct Finding {
 };
 using Findings = std::vector<Finding>;
 
+/** Something that is as it should be. */
+Finding good(const std::string &subject, const std::string &text);
+
 /** Something that the library could not tell. */
 Finding unreadable(const std::string &subject, int32_t status);
 
