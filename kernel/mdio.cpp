@@ -68,8 +68,23 @@ int32_t waitUntilDone(const volatile uint32_t &command, uint32_t *word) {
     return BSP_E_TIMEOUT;
 }
 
+/** Says why a command failed, as long as its page is there. */
+using Complaint = void (*)(int32_t status);
+
+void complainOfRead(int32_t status) {
+    if (status == BSP_E_FAILED)
+        std::printf("bsp_smi_read: read failed \n");
+    if (status == BSP_E_TIMEOUT)
+        std::printf("bsp_smi_read: read timeout \n");
+}
+
+void complainOfWrite(int32_t status) {
+    if (status == BSP_E_TIMEOUT)
+        std::printf("bsp_smi_write: write timeout \n");
+}
+
 /** Runs a command; *word is then the register with its answer. */
-int32_t run(uint32_t command, uint32_t *word) {
+int32_t run(uint32_t command, Complaint complain, uint32_t *word) {
     const bsp::Descriptor memory(open(kMemoryPath, O_RDWR | O_CLOEXEC));
     if (!memory.isOpen()) {
         std::printf("Can't open %s \n", kMemoryPath);
@@ -81,7 +96,9 @@ int32_t run(uint32_t command, uint32_t *word) {
         return BSP_E_MAP;
     }
     page.command() = command | kBusy;
-    return waitUntilDone(page.command(), word);
+    const int32_t status = waitUntilDone(page.command(), word);
+    complain(status);
+    return status;
 }
 
 } // namespace
@@ -90,11 +107,7 @@ int32_t bsp_smi_read(uint32_t, uint32_t addrA, uint32_t, uint32_t addrB, uint32_
     if (value == nullptr)
         return BSP_E_NULL;
     uint32_t word = 0;
-    const int32_t status = run(addressed(addrA, addrB), &word);
-    if (status == BSP_E_FAILED)
-        std::printf("%s: read failed \n", __func__);
-    if (status == BSP_E_TIMEOUT)
-        std::printf("%s: read timeout \n", __func__);
+    const int32_t status = run(addressed(addrA, addrB), complainOfRead, &word);
     if (status != BSP_OK)
         return status;
     *value = word >> kDataShift & kDataMask;
@@ -103,9 +116,6 @@ int32_t bsp_smi_read(uint32_t, uint32_t addrA, uint32_t, uint32_t addrB, uint32_
 
 int32_t bsp_smi_write(uint32_t, uint32_t addrA, uint32_t, uint32_t addrB, uint32_t data) {
     uint32_t word = 0;
-    const int32_t status =
-        run(addressed(addrA, addrB) | kWrite | (data & kDataMask) << kDataShift, &word);
-    if (status == BSP_E_TIMEOUT)
-        std::printf("%s: write timeout \n", __func__);
-    return status;
+    return run(addressed(addrA, addrB) | kWrite | (data & kDataMask) << kDataShift, complainOfWrite,
+               &word);
 }

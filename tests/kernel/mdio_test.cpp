@@ -28,7 +28,8 @@ using Lines = std::vector<std::string>;
 struct Controller {
     bool isMissing = false;
     bool cannotBeMapped = false;
-    int donePolls = 1; // pauses until the register changes
+    bool tellsOfUnmapping = false; // on standard output, among what the library prints
+    int donePolls = 1;             // pauses until the register changes
     std::function<uint32_t(uint32_t)> answer = [](uint32_t sent) { return sent & ~kBusy; };
 
     Lines calls;
@@ -101,6 +102,8 @@ void *wrappedMmap(void *address, size_t size, int access, int flags, int fd, off
 }
 
 int wrappedMunmap(void *address, size_t size) {
+    if (controller->tellsOfUnmapping)
+        std::printf("(unmapped)\n");
     controller->calls.push_back(
         format("unmap %zu%s", size, address == controller->page ? "" : " of something else"));
     return 0;
@@ -226,6 +229,15 @@ TEST_F(MdioTest, AnErrorEndsTheCommandWhetherOrNotItIsBusy) {
         EXPECT_EQ(mdio.pauses, 3);
         EXPECT_EQ(mdio.calls, kWhole);
     }
+}
+
+TEST_F(MdioTest, FailuresAreToldBeforeThePageIsGivenBack) {
+    mdio.tellsOfUnmapping = true;
+    mdio.answer = [](uint32_t) { return kError; };
+    EXPECT_EQ(read(), (Answer{BSP_E_FAILED, "bsp_smi_read: read failed \n(unmapped)\n"}));
+    mdio.donePolls = kNever;
+    EXPECT_EQ(read(), (Answer{BSP_E_TIMEOUT, "bsp_smi_read: read timeout \n(unmapped)\n"}));
+    EXPECT_EQ(write(), (Answer{BSP_E_TIMEOUT, "bsp_smi_write: write timeout \n(unmapped)\n"}));
 }
 
 TEST_F(MdioTest, WithoutTheMemoryNothingIsDone) {
