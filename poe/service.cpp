@@ -269,11 +269,10 @@ int32_t bspPoeDebugChipDispatchHelp(int32_t index) {
 }
 
 int32_t bspPoePortVoltageGet(uint32_t port, uint32_t *out) {
-    if (out == nullptr)
-        return BSP_E_POE_NULL;
     uint32_t millivolts = 0;
-    if (const int32_t status = readPort(BSP_POE_PORT_VOLTAGE_GET, port, &millivolts);
-        status != BSP_OK)
+    uint32_t *reading = out != nullptr ? &millivolts : nullptr; // which the driver refuses
+    const int32_t status = readPort(BSP_POE_PORT_VOLTAGE_GET, port, reading);
+    if (status != BSP_OK || out == nullptr)
         return status;
     *out = static_cast<uint32_t>(static_cast<int32_t>(millivolts) / 1000);
     return BSP_OK;

@@ -100,8 +100,10 @@ struct Rtl8239Query4E {
     uint8_t byte[8];
 };
 struct Rtl8239Query4F {
-    uint32_t voltage[2]; // millivolts
-    uint16_t word[2];
+    struct {
+        uint32_t voltage; // millivolts
+        uint16_t word;
+    } pair[2];
 };
 struct Rtl8239Query50 {
     uint8_t value[12]; // 4 bits each

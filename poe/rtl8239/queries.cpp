@@ -180,9 +180,9 @@ int32_t rtl8239CmdQuery4EGet(int32_t port, Rtl8239Query4E *out) {
 
 int32_t rtl8239CmdQuery4FGet(int32_t port, Rtl8239Query4F *out) {
     return queryPort(requestFrame(kQuery4F), port, out, [](const Frame &reply) {
-        return Rtl8239Query4F{.voltage = {voltageAt(reply, 3), voltageAt(reply, 7)},
-                              .word = {static_cast<uint16_t>(wordAt(reply, 5)),
-                                       static_cast<uint16_t>(wordAt(reply, 9))}};
+        return Rtl8239Query4F{
+            .pair = {{voltageAt(reply, 3), static_cast<uint16_t>(wordAt(reply, 5))},
+                     {voltageAt(reply, 7), static_cast<uint16_t>(wordAt(reply, 9))}}};
     });
 }
 

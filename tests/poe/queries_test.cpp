@@ -129,7 +129,8 @@ Asked query4F() {
     return ask<Rtl8239Query4F>(
         [](Rtl8239Query4F *out) { return rtl8239CmdQuery4FGet(5, out); },
         [](const Rtl8239Query4F &record) {
-            return listed({record.voltage[0], record.word[0], record.voltage[1], record.word[1]});
+            const auto &[first, second] = record.pair;
+            return listed({first.voltage, first.word, second.voltage, second.word});
         });
 }
 Asked query50() {

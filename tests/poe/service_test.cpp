@@ -260,6 +260,7 @@ TEST_F(ServiceTest, WithoutADriverEveryOperationIsUnavailable) {
     uint32_t volts = kMark;
     EXPECT_EQ(bspPoePortVoltageGet(1, &volts), BSP_E_POE_UNAVAILABLE);
     EXPECT_EQ(volts, kMark);
+    EXPECT_EQ(bspPoePortVoltageGet(1, nullptr), BSP_E_POE_UNAVAILABLE);
     EXPECT_TRUE(controller.exchanges().empty());
 }
 
@@ -288,6 +289,9 @@ TEST_F(ServiceTest, VoltageIsInWholeVolts) {
     controller.answer({"04"});
     EXPECT_EQ(bspPoePortVoltageGet(kPort, &value), BSP_E_POE_CONTENT);
     EXPECT_EQ(value, kMark);
+    EXPECT_FALSE(controller.exchanges().empty());
+    EXPECT_EQ(bspPoePortVoltageGet(kPort, nullptr), BSP_E_POE_NULL);
+    EXPECT_TRUE(controller.exchanges().empty());
 }
 
 TEST_F(ServiceTest, RatedPowerIsAFixedBudgetForEachSupply) {
