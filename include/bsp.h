@@ -7,15 +7,16 @@
  * the same stem, and both layers are exported.
  *
  * Conventions that hold for every function:
- *  - The result is a status: BSP_OK (0) or one of the codes of ::BspStatus. A negative value that
- * is not in that list comes from the operating system (the kernel module's node could not be
- * opened, or its ioctl failed); a value that a function documents as "driver's own code" is the
- * result word that the kernel module wrote.
+ *  - The result is a status: BSP_OK (0) or one of the codes of ::BspStatus. When the node of the
+ *    kernel module cannot be opened, or its ioctl fails, it is what open or ioctl answered, which
+ *    is -1; a value that a function documents as "driver's own code" is the result word that the
+ *    kernel module wrote.
  *  - Data goes through buffers that the caller owns and sizes. Unless a function says otherwise its
  *    outputs are untouched when it fails.
- *  - Every call opens what it needs and closes it again. Nothing is kept between calls, nothing is
- *    locked unless a function says so.
- *  - Diagnostics are printed on standard output and never replace the status.
+ *  - Every call opens what it needs and closes it again. Nothing is kept between calls. Only flash
+ *    and the PoE controller are locked, as their sections say.
+ *  - Diagnostics are printed on standard output, the system's own reasons (perror) on standard
+ *    error. They never replace the status.
  */
 #ifndef BSP_H
 #define BSP_H
@@ -120,7 +121,7 @@ BSP_API int32_t bspFuncIoctl_handle(uint32_t request, BspIoctlRecord *record);
  * @param reg    register number
  * @param value  the driver stores the register's content here as a 32-bit word
  * @return BSP_OK; BSP_E_NULL; the negative status of bspFuncIoctl_handle(); or the driver's own
- * code
+ *         code
  */
 BSP_API int32_t bspFpgaGet_handle(uint32_t reg, uint32_t *value);
 
@@ -182,7 +183,7 @@ BSP_API int32_t bspGpioDirectionOutput_handle(uint32_t pin, int32_t level);
  *
  * @param value  the driver stores the level here as a 32-bit word
  * @return BSP_OK; BSP_E_NULL; the negative status of bspFuncIoctl_handle(); or the driver's own
- * code
+ *         code
  */
 BSP_API int32_t bspGpioGetValue_handle(uint32_t pin, uint32_t *value);
 
@@ -262,7 +263,7 @@ BSP_API int32_t bspGpioGetValue(uint32_t pin, uint32_t *value);
  *
  * @param devId  receives the id; must not be null (not checked)
  * @return BSP_OK; BSP_E_OPEN when the cache file can be neither opened nor created; or the status
- * of bspCpldGet()
+ *         of bspCpldGet()
  */
 BSP_API int32_t bspDevIdGet(uint32_t *devId);
 
@@ -307,7 +308,7 @@ BSP_API int32_t bspFpgaVersionGet(char *text);
  * @param version  receives exactly 6 bytes and no terminating zero, so zero-fill a buffer of 7
  *                 beforehand; untouched when the command line has no "bootver="
  * @return BSP_OK, also when the key is absent; BSP_E_FAILED (-1, not BSP_E_NULL) for a null buffer
- * or when /proc/cmdline cannot be opened ("open /proc/cmdline fail" is printed as a line)
+ *         or when /proc/cmdline cannot be opened ("open /proc/cmdline fail" is printed as a line)
  */
 BSP_API int32_t bspUbootVersionGet(char *version);
 
@@ -412,7 +413,7 @@ BSP_API int32_t bspLocalPieGet(BspDevinfo *record);
  * Writes the board's product information record.
  *
  * @param record  128 bytes that begin with the magic; its CRC field is computed here, so the
- * caller's copy changes even when the write then fails
+ *                caller's copy changes even when the write then fails
  * @return BSP_OK; BSP_E_NULL; BSP_E_NO_RECORD when the magic is missing (nothing is written); the
  *         status of bspLocalEepromWrite()
  */
@@ -463,7 +464,7 @@ BSP_API uint32_t bsp_crc32_cal(uint32_t crc, const uint8_t *buf, uint32_t len);
  * @param index   0, 0x50 or 0x51
  * @param record  128 bytes
  * @return BSP_OK; BSP_E_NULL; BSP_E_NOT_SUPPORTED for any other index or a supply on a model
- * without supply records; BSP_E_INVALID for a supply above 2; the status of bspDevIdGet()
+ *         without supply records; BSP_E_INVALID for a supply above 2; the status of bspDevIdGet()
  *         ("%s-%d: get devId failed\n" is printed), of bspLocalPieGet() or of bspPowerPieGet()
  */
 BSP_API int32_t bspDevinfoGet(uint32_t index, BspDevinfo *record);
@@ -485,7 +486,7 @@ BSP_API int32_t bspDevinfoSet(uint32_t index, BspDevinfo *record);
  *               nothing is carried); any other index gives the stored base address
  * @param mac    receives 6 bytes, first octet first
  * @return BSP_OK; BSP_E_NULL; the status of bspDevinfoGet() ("%s-%d: devinfo get failed\n" is
- * printed)
+ *         printed)
  */
 BSP_API int32_t bspMacAddrGet(uint32_t index, uint8_t *mac);
 
@@ -495,7 +496,7 @@ BSP_API int32_t bspMacAddrGet(uint32_t index, uint8_t *mac);
  *
  * @param mac  6 bytes, first octet first
  * @return BSP_OK; BSP_E_NULL; the status of bspDevinfoGet() ("%s-%d: devinfo get failed\n" is
- * printed) or of bspDevinfoSet() ("%s-%d: devinfo set failed\n" is printed)
+ *         printed) or of bspDevinfoSet() ("%s-%d: devinfo set failed\n" is printed)
  */
 BSP_API int32_t bspMacAddrSet(uint32_t index, const uint8_t *mac);
 
@@ -507,7 +508,7 @@ BSP_API int32_t bspMacAddrSet(uint32_t index, const uint8_t *mac);
  * @param len     receives the number of characters, up to the first zero byte of the field (a field
  *                without one runs on into the bytes behind it, to the record's end at the latest)
  * @return BSP_OK; BSP_E_NULL; the status of bspDevinfoGet() ("%s-%d: devinfo get failed\n" is
- * printed)
+ *         printed)
  */
 BSP_API int32_t bspSerialNumGet(char *serial, uint32_t *len);
 
@@ -517,8 +518,7 @@ BSP_API int32_t bspSerialNumGet(char *serial, uint32_t *len);
  * @param serial  len bytes
  * @param len     1 to 31
  * @return BSP_OK; BSP_E_NULL; BSP_E_INVALID for a length out of range; the status of
- * bspDevinfoGet()
- *         ("%s-%d: devinfo get failed\n" is printed) or of bspDevinfoSet()
+ *         bspDevinfoGet() ("%s-%d: devinfo get failed\n" is printed) or of bspDevinfoSet()
  *         ("%s-%d: devinfo set failed\n" is printed)
  */
 BSP_API int32_t bspSerialNumSet(const char *serial, int32_t len);
@@ -649,7 +649,7 @@ typedef struct BspPowerInfo {
  * @param out  receives the count, also when it is refused; must not be null (not checked)
  * @return BSP_OK; the status of bspDevIdGet() ("%s-%d: get devId failed\n" is printed) or of
  *         bspDevinfoGet() ("%s-%d: devinfo get failed\n" is printed); BSP_E_INVALID for a count
- * above 6 ("%s-%d: power num %d > max %d\n" is printed)
+ *         above 6 ("%s-%d: power num %d > max %d\n" is printed)
  */
 BSP_API int32_t bspPowerNumGet(int32_t *out);
 
@@ -660,7 +660,7 @@ BSP_API int32_t bspPowerNumGet(int32_t *out);
  * @param index  1 or 2 on every model
  * @param out    receives 1 or 0; must not be null (not checked)
  * @return BSP_OK; BSP_E_INVALID; the status of bspDevIdGet() ("%s-%d: get devId failed\n" is
- * printed) or of bspCpldGet()
+ *         printed) or of bspCpldGet()
  */
 BSP_API int32_t bspPowerPresentGet(int32_t index, int32_t *out);
 
@@ -674,9 +674,9 @@ BSP_API int32_t bspPowerPresentGet(int32_t index, int32_t *out);
  * @param index  supply, counted from 1 (not checked on models with fixed supplies)
  * @param out    receives the type
  * @return BSP_OK; BSP_E_NULL; BSP_E_FAILED while the bit above is set; BSP_E_INVALID for a supply
- * that the board's record does not have ("%s-%d: power index %d > powerNum %d\n" is printed); the
- *         status of bspDevIdGet() ("%s-%d: get devId failed\n" is printed), of bspDevinfoGet()
- *         ("%s-%d: devinfo get failed\n" is printed) or of bspCpldGet()
+ *         that the board's record does not have ("%s-%d: power index %d > powerNum %d\n" is
+ *         printed); the status of bspDevIdGet() ("%s-%d: get devId failed\n" is printed), of
+ *         bspDevinfoGet() ("%s-%d: devinfo get failed\n" is printed) or of bspCpldGet()
  */
 BSP_API int32_t bspPowerTypeGet(int32_t index, int32_t *out);
 
@@ -686,8 +686,9 @@ BSP_API int32_t bspPowerTypeGet(int32_t index, int32_t *out);
  *
  * @param index  supply, counted from 1
  * @param out    receives the status code; must not be null (not checked)
- * @return BSP_OK; BSP_E_INVALID for an index above the count; the status of bspDevIdGet()
- *         ("%s-%d: get devId failed\n" is printed), of bspPowerNumGet() or of bspCpldGet()
+ * @return BSP_OK; BSP_E_INVALID for an index below 1 or above the count; the status of
+ *         bspDevIdGet() ("%s-%d: get devId failed\n" is printed), of bspPowerNumGet() or of
+ *         bspCpldGet()
  */
 BSP_API int32_t bspPowerStatusGet(int32_t index, int32_t *out);
 
@@ -695,12 +696,12 @@ BSP_API int32_t bspPowerStatusGet(int32_t index, int32_t *out);
  * Takes all live readings of a supply over PMBus (bus 0, channel index + 1, device 0x58): at least
  * 900 ms on a two-fan model. On all others the type alone is filled.
  *
- * @param index  1 or 2
+ * @param index  1 or 2 on a two-fan model; on others what bspPowerTypeGet() takes
  * @param info   cleared first; readings before a failure keep their values; must not be null (not
  *               checked)
  * @return BSP_OK; the status of bspPowerTypeGet() ("%s-%d: get power type failed, ret=%d\n" is
- *         printed) or of bspDevIdGet() ("%s-%d: get devId failed\n" is printed); BSP_E_FAILED when
- * a reading fails, or for an index other than 1 and 2 on a two-fan model
+ *         printed) or of bspDevIdGet() ("%s-%d: get devId failed\n" is printed); BSP_E_FAILED
+ *         when a reading fails, or for an index other than 1 and 2 on a two-fan model
  */
 BSP_API int32_t bspPowerInfoGet(int32_t index, BspPowerInfo *info);
 
@@ -714,12 +715,13 @@ BSP_API int32_t bspPowerInfoGet(int32_t index, BspPowerInfo *info);
  * @param unit    ignored
  * @param index   lamp or PoE port, counted from 1, for the kinds 7 and 9
  * @param kind    1: system lamp (register 7, bits 0-1); 4 and 5: register 7, bit 4 or 5; 7:
- * register 7, bit index + 5; 9: PoE port (registers 13 to 15, a bit for each port, active low)
+ *                register 7, bit index + 5; 9: PoE port (registers 13 to 15, a bit for each port,
+ *                active low)
  * @param colour  ignored
  * @param state   0 to 3 for kind 1, 0 or 1 for the others
  * @return BSP_OK; BSP_E_NOT_SUPPORTED for another kind, for kind 9 on a model without PoE, and for
- * the states 2 and 3 of a lamp that has two; BSP_E_INVALID for a state above 3 or a port that the
- *         model does not have; the status of bspDevIdGet(), bspCpldGet() or bspCpldSet()
+ *         the states 2 and 3 of a lamp that has two; BSP_E_INVALID for a state above 3 or a port
+ *         that the model does not have; the status of bspDevIdGet(), bspCpldGet() or bspCpldSet()
  */
 BSP_API int32_t bspLedStateSet(uint32_t unit, uint32_t index, uint32_t kind, uint32_t colour,
                                uint32_t state);
@@ -852,8 +854,8 @@ BSP_API int32_t bsp_rtc_chip_get(uint16_t *year, uint8_t *month, uint8_t *day, u
 
 /**
  * Writes the clock chip on any model, in the order and to the registers of bsp_rtc_chip_get(). The
- * numbers are not checked: 0 to 159 read back as they were written; of the year the low byte
- * counts.
+ * numbers are not checked. What reads back as it was written: minute and second 0 to 79, day and
+ * hour 0 to 39, month 0 to 19, year 0 to 159, of which the low byte counts.
  *
  * @return BSP_OK; the status of the first failed bspI2cWrite(): what comes before it is written
  */
@@ -873,7 +875,7 @@ BSP_API int32_t bspRealtimeGet(BspCalendar *record);
 /**
  * Writes the clock chip. A model without one answers BSP_OK at once.
  *
- * @param record  of the year 16 bits count, of all others 8; must not be null on a model with the
+ * @param record  of each number the low 8 bits count; must not be null on a model with the
  *                chip (not checked)
  * @return BSP_OK; the status of bspDevIdGet() or of bsp_rtc_chip_set()
  */
@@ -1080,8 +1082,9 @@ BSP_API int32_t bsp_smi_write(uint32_t unit, uint32_t addrA, uint32_t reserved, 
  * @param file       path of the file
  * @param device     path of the partition's device
  * @param hasHeader  not 0: the file's length (4 bytes, big-endian) and the marker A1 02 A3 04 are
- *                   written in front of it, and blocks behind the file are left as they are; 0: the
- *                   whole partition is erased, and the file starts at offset 0
+ *                   written in front of it, and the erasing ends with the first block that begins
+ *                   behind the file's size (the next one that can be erased); 0: the whole
+ *                   partition is erased, and the file starts at offset 0
  * @return BSP_OK: written, or refused with a message and nothing touched because the file is larger
  *         than the partition or there is no memory;
  *         BSP_E_NULL;
@@ -1105,9 +1108,9 @@ BSP_API int32_t bsp_mtd_write_from_file(const char *file, const char *device, in
  * @param hasHeader  not 0: copies the file that was written with a length header; 0: copies the
  *                   whole partition
  * @return BSP_OK, also when a partition has no valid length header (then no file is made);
- *         BSP_E_NULL; BSP_E_LOCK; BSP_E_OPEN; BSP_E_ERASE when the geometry query fails (messages
- *         are printed with these three); BSP_E_NO_MEMORY; BSP_E_WRITE when a seek of the device
- *         fails; BSP_E_SHORT_READ
+ *         BSP_E_NULL; BSP_E_LOCK; BSP_E_OPEN; BSP_E_ERASE when the geometry query fails;
+ *         BSP_E_NO_MEMORY (messages are printed with these four); BSP_E_WRITE when a seek of
+ *         the device fails; BSP_E_SHORT_READ
  */
 BSP_API int32_t bsp_mtd_read_to_file(const char *device, const char *file, int32_t hasHeader);
 
@@ -1141,9 +1144,9 @@ enum BspImageKind {
  * @param header  receives BSP_OS_HEADER_SIZE bytes
  * @param bank    0 for /dev/mtd12, any other value for /dev/mtd14
  * @return BSP_OK; BSP_E_NULL; BSP_E_LOCK; BSP_E_FAILED when the command fails; BSP_E_OPEN or
- *         BSP_E_SHORT_READ when the command's output (/tmp/bsp/osHeader.bin) cannot be read; or the
- *         status of the command that removes it. Messages are printed with all but the first and
- * the last failure
+ *         BSP_E_SHORT_READ when the command's output (/tmp/bsp/osHeader.bin) cannot be read; or
+ *         the status of the command that removes it. Messages are printed with all but the first
+ *         and the last failure
  */
 BSP_API int32_t bspOsImageInfoGet(uint8_t *header, int32_t bank);
 
@@ -1154,8 +1157,8 @@ BSP_API int32_t bspOsImageInfoGet(uint8_t *header, int32_t bank);
  * Operating system (BSP_IMAGE_OS): erases the bank, writes the file and a copy of its header block
  * (by the commands flash_erase and nandwrite, under the flash lock). A failure after the erase
  * leaves the bank erased or incomplete; the other bank is never touched. The file has at most
- * 40894464 bytes (39 MiB) and at least 512. Messages are printed with all failures but BSP_E_NULL
- * and those of the header block's bytes.
+ * 40894464 bytes (39 MiB) and at least 512. Messages are printed with all failures but
+ * BSP_E_NULL, a path that is too long, and the removal of the work file.
  *  - BSP_E_NULL; BSP_E_SHORT_READ for a missing file or a header block that cannot be read;
  *    BSP_E_FAILED for a file that is too large, for a path that is too long for a command line (127
  *    characters), or when a command fails; BSP_E_LOCK; BSP_E_NO_MEMORY; BSP_E_OPEN; BSP_E_WRITE for
@@ -1163,11 +1166,11 @@ BSP_API int32_t bspOsImageInfoGet(uint8_t *header, int32_t bank);
  *    removes the work file.
  *
  * Boot loader (BSP_IMAGE_BOOT): checks the file (trailer of 80 bytes: magic, board name, length,
- * two CRCs), then erases /dev/mtd0 and writes it.
+ * two CRCs), then erases /dev/mtd0 and writes it, under the flash lock.
  *  - BSP_E_NULL; BSP_E_SHORT_READ for a missing file or one that cannot be read whole; BSP_E_FAILED
  *    for a file above 1 MiB or one that fails the check (messages are printed); BSP_E_NO_MEMORY;
- *    BSP_E_OPEN. A write to flash that fails is printed ("Update bios file error(%d), ...") and
- *    answers BSP_OK all the same.
+ *    BSP_E_OPEN. A write to flash that fails, also for a lock that cannot be taken, is printed
+ *    ("Update bios file error(%d), ...") and answers BSP_OK all the same.
  *
  * CPLD (BSP_IMAGE_CPLD): the kernel module opens the file and programs the CPLD.
  *  - the status of bspCpldUpgrade_handle().
@@ -1269,7 +1272,9 @@ typedef enum BspPoeOperation {
 
 /* Below, an "exchange status" is one of BSP_E_POE_UNAVAILABLE (no controller, or a request that it
  * refuses), BSP_E_POE_WRITE, BSP_E_POE_READ, BSP_E_POE_FRAME, BSP_E_POE_STATUS, BSP_E_POE_CONTENT
- * and BSP_E_POE_LOCK. */
+ * and BSP_E_POE_LOCK. An exchange holds the lock /tmp/bspPoeLockFile and waits for others to
+ * release it: for minutes while another process upgrades the controller. Where the lock file cannot
+ * be opened it goes on without it. */
 
 /**
  * Tells whether the PoE controller is missing: CPLD register 6, bit 14.
@@ -1283,7 +1288,7 @@ BSP_API int32_t bspPoeOnlineGet(uint32_t *out);
  * Chooses the driver for this board as it is now.
  *
  * @return the driver's table; null on models without PoE, when the device id cannot be read, and
- * when the controller is missing
+ *         when the controller is missing
  */
 BSP_API const BspPoeDriver *bspPoeDriverGet(void);
 
@@ -1305,7 +1310,7 @@ BSP_API int32_t bspPoeOptDriver(const uint32_t *portRef, uint32_t op, void *arg)
  * seconds, more than 200 ms for each of some 220 frames.
  *
  * @return BSP_OK; BSP_E_POE_UNAVAILABLE, also after a failed firmware upgrade (nothing is sent
- * then); BSP_E_POE_OPEN when the application status file cannot be opened; the status of
+ *         then); BSP_E_POE_OPEN when the application status file cannot be opened; the status of
  *         bspGpioDirectionOutput(); an exchange status of the first step that failed
  */
 BSP_API int32_t bspPoeDeviceInit(void);
@@ -1344,7 +1349,7 @@ BSP_API int32_t bspPoeGlobalPowerGet(uint32_t *out);
  *
  * @param supplyIndex  supply, counted from 1
  * @return BSP_OK; BSP_E_NULL; BSP_E_NOT_SUPPORTED on a model without PoE or for an index outside 1
- * to the supply count; the status of bspDevIdGet() or bspPowerNumGet()
+ *         to the supply count; the status of bspDevIdGet() or bspPowerNumGet()
  */
 BSP_API int32_t bspPoeGlobalRatedPowerGet(int32_t supplyIndex, uint32_t *out);
 
@@ -1445,12 +1450,12 @@ BSP_API int32_t bspPoePortFaultGet(uint32_t port, uint32_t *out);
  * bspPoePortCurrentGet() */
 BSP_API int32_t bspPoePortDetectionGet(uint32_t port, uint32_t *out);
 
-/** Class of the device at a port (from 1): 1 to 8, 9 unknown, else 0; command 0x42. @return as
- * bspPoePortCurrentGet() */
+/** Class of the device at a port (from 1): 1 to 8, 9 for the codes 0 and 12, else 0; command 0x42.
+ * @return as bspPoePortCurrentGet() */
 BSP_API int32_t bspPoePortClassificationGet(uint32_t port, uint32_t *out);
 
-/** Disconnection of a port (from 1): 2 while it delivers power, else 1; command 0x42. @return as
- * bspPoePortCurrentGet() */
+/** Disconnection of a port (from 1): 2 at port status 2, which is delivering power, else 1; command
+ * 0x42. @return as bspPoePortCurrentGet() */
 BSP_API int32_t bspPoePortDisconnectGet(uint32_t port, uint32_t *out);
 
 /** Inrush mode of a port (from 1): 0 to 8; command 0x49. @return as bspPoePortCurrentGet() */
@@ -1470,7 +1475,7 @@ BSP_API int32_t bspPoePortLedStateSet(uint32_t port, uint32_t state);
  * upgrade that started, 2 one that failed.
  *
  * @return BSP_OK; BSP_E_POE_UNAVAILABLE; BSP_E_POE_NULL; BSP_E_POE_OPEN ("%s-%d: open %s file
- * filed, %d \n" is printed with errno)
+ *         filed, %d \n" is printed with errno)
  */
 BSP_API int32_t bspPoeAppStatusGet(uint32_t *out);
 
@@ -1479,8 +1484,8 @@ BSP_API int32_t bspPoeAppStatusGet(uint32_t *out);
  *
  * @param file  image of 51200 to 196608 bytes, a multiple of 4
  * @return BSP_OK; BSP_E_POE_NULL; BSP_E_POE_INVALID for a file that does not exist or has another
- * size; BSP_E_POE_NO_MEMORY; BSP_E_POE_OPEN; BSP_E_POE_SHORT_READ; BSP_E_POE_LOCK; an exchange
- *         status of the block that failed
+ *         size; BSP_E_POE_NO_MEMORY; BSP_E_POE_OPEN; BSP_E_POE_SHORT_READ; BSP_E_POE_LOCK; an
+ *         exchange status of the block that failed
  */
 BSP_API int32_t bspPoeAppUpgradeSet(const char *file);
 
@@ -1594,8 +1599,8 @@ BSP_API int32_t bspPoeRtl8239DebugDispatchHelp(int32_t index);
  * The debug command "poeCommand": sends the words from argv[3] on, hexadecimal bytes, as one frame.
  *
  * @param row   row of the command in the help
- * @return the status of bspPoeRtl8239DbgUdfCmd(); BSP_E_FAILED without a byte (the usage is
- * printed)
+ * @return BSP_E_POE_NULL for null words; BSP_E_FAILED without a byte (the usage is printed); the
+ *         status of bspPoeRtl8239DbgUdfCmd()
  */
 BSP_API int32_t bspPoeRtl8239DbgPoeCommand(int32_t row, int32_t argc, char **argv);
 /**
