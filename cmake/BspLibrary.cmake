@@ -59,21 +59,20 @@ set_source_files_properties(chassis/clock.cpp PROPERTIES
   COMPILE_DEFINITIONS "_TIME_BITS=64;_FILE_OFFSET_BITS=64")
 target_include_directories(bsp_objects PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 target_link_libraries(bsp_objects PRIVATE bsp_warnings bsp_all_sanitizers bsp_coverage bsp_bare)
+# Debug information is what the library's binary interface is judged by; 'cmake --install --strip'
+# leaves it out.
+if(NOT BSP_SANITIZE)
+  target_compile_options(bsp_objects PRIVATE -g -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+endif()
 
 # The exported names are listed in one file; the linker exports these and nothing else.
-set(BSP_EXPORTS ${PROJECT_SOURCE_DIR}/cmake/exports.txt)
-set(version_script ${PROJECT_BINARY_DIR}/libbsp.map)
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${BSP_EXPORTS})
-file(STRINGS ${BSP_EXPORTS} exports)
-list(JOIN exports ";\n    " export_lines)
-file(CONFIGURE OUTPUT ${version_script} @ONLY
-     CONTENT "BSP_1 {\n  global:\n    @export_lines@;\n  local: *;\n};\n")
+set(BSP_EXPORTS ${PROJECT_SOURCE_DIR}/cmake/libbsp.map)
 
 add_library(bsp SHARED $<TARGET_OBJECTS:bsp_objects>)
 add_library(bsp::bsp ALIAS bsp) # its name in the installed package
 set_target_properties(bsp PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 1
-                                     LINK_DEPENDS "${version_script}")
-target_link_options(bsp PRIVATE -Wl,--version-script=${version_script})
+                                     LINK_DEPENDS ${BSP_EXPORTS})
+target_link_options(bsp PRIVATE -Wl,--version-script=${BSP_EXPORTS})
 target_link_libraries(bsp PRIVATE $<BUILD_INTERFACE:bsp_sanitizers> $<BUILD_INTERFACE:bsp_coverage>)
 bsp_link_bare(bsp)
 
