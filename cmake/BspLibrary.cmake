@@ -39,6 +39,8 @@ add_library(bsp_objects OBJECT
   kernel/mdio.cpp
   kernel/reported_registers.cpp
   kernel/request.cpp
+  kernel/status_text.cpp
+  kernel/version.cpp
   poe/rtl8239/app_status.cpp
   poe/rtl8239/debug_commands.cpp
   poe/rtl8239/device_init.cpp

@@ -34,6 +34,28 @@ extern "C" {
 #endif
 
 /* ------------------------------------------------------------------------------------------------
+ * Version
+ * --------------------------------------------------------------------------------------------- */
+
+/** A version as one number, so that versions can be compared: 0x00010100 is 1.1.0. */
+#define BSP_VERSION_NUMBER(major, minor, patch) ((major) << 16 | (minor) << 8 | (patch))
+
+#define BSP_VERSION_MAJOR 1 /**< grows when programs have to be changed or compiled anew */
+#define BSP_VERSION_MINOR 1 /**< grows with what is added */
+#define BSP_VERSION_PATCH 0 /**< grows with what is mended */
+
+/** The version of this header. */
+#define BSP_VERSION BSP_VERSION_NUMBER(BSP_VERSION_MAJOR, BSP_VERSION_MINOR, BSP_VERSION_PATCH)
+
+/**
+ * Tells the version of the library that is loaded, which may be newer than the header that a
+ * program was compiled with. Since 1.1.
+ *
+ * @return the library's ::BSP_VERSION
+ */
+BSP_API uint32_t bspLibraryVersion(void);
+
+/* ------------------------------------------------------------------------------------------------
  * Status codes
  * --------------------------------------------------------------------------------------------- */
 
@@ -53,8 +75,8 @@ enum BspStatus {
     BSP_E_WRITE = 1014,         /**< a seek or a write to flash failed */
     BSP_E_MAP = 1015,           /**< the MDIO register page could not be mapped */
     BSP_E_NO_RECORD = 1017,     /**< the EEPROM holds no product information record */
-    BSP_E_FAILED = -1,          /**< generic failure */
-    BSP_E_EEPROM_SPAN = -1002,  /**< an EEPROM transfer would end beyond byte 1023 */
+    BSP_E_FAILED = -1, /**< generic failure: a transfer failed, or the kernel module's node did */
+    BSP_E_EEPROM_SPAN = -1002, /**< an EEPROM transfer would end beyond byte 1023 */
     BSP_E_POE_UNAVAILABLE =
         -1100,                 /**< no PoE controller, or its state does not allow the request */
     BSP_E_POE_NULL = -1101,    /**< a required PoE pointer is null */
@@ -69,6 +91,21 @@ enum BspStatus {
     BSP_E_POE_OPEN = -1111,      /**< the application status file or a firmware file did not open */
     BSP_E_POE_SHORT_READ = -1112 /**< a firmware file gave fewer bytes than its size */
 };
+
+/** A status in words. */
+typedef struct BspStatusText {
+    const char *name;    /**< as in ::BspStatus: "BSP_E_INVALID"; empty for a foreign code */
+    const char *meaning; /**< one line, without a full stop */
+} BspStatusText;
+
+/**
+ * Puts a status into words. The texts are constants of the library. Since 1.1.
+ *
+ * @param[in] status  what a function answered
+ * @return its texts, never null; a code that is not one of ::BspStatus comes from the kernel module
+ *         or the operating system and has an empty name
+ */
+BSP_API const BspStatusText *bspStatusText(int32_t status);
 
 /* ------------------------------------------------------------------------------------------------
  * Requests to the kernel module (/dev/bspHandle)

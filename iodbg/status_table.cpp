@@ -9,71 +9,46 @@ namespace iodbg {
 namespace {
 
 struct Row {
-    int32_t code;
-    const char *name;
-    const char *meaning;
+    int32_t status;
     const char *next;
 };
 
-#define STATUS(name) name, #name
+// What to do about each status that the library defines.
 constexpr Row kRows[] = {
-    {STATUS(BSP_OK), "success", "nothing to do"},
-    {STATUS(BSP_E_NOT_SUPPORTED), "the board has no such thing, or the index has no mapping",
-     "look up the model with 'iodbg show' and ask only for what it has"},
-    {STATUS(BSP_E_NULL), "a required buffer or output pointer is null",
-     "correct the calling program"},
-    {STATUS(BSP_E_INVALID), "an argument is out of range, or a record fails its CRC",
-     "check the argument; for a record, see 'iodbg show', and write a whole one with 'iodbg "
-     "identity set record'"},
-    {STATUS(BSP_E_TIMEOUT), "the MDIO interface stayed busy for the whole poll",
-     "try again; if it stays, reset the board"},
-    {STATUS(BSP_E_NO_MEMORY), "a working buffer could not be allocated",
-     "free memory on the board and try again"},
-    {STATUS(BSP_E_LOCK), "the flash lock could not be taken",
-     "check that /tmp/bspFlashLockFile can be written"},
-    {STATUS(BSP_E_OPEN), "a device node or file could not be opened",
-     "check that the folder /tmp/bsp and the device's node exist and may be opened"},
-    {STATUS(BSP_E_SHORT_READ), "fewer bytes than required were read",
-     "check that the file or partition is whole"},
-    {STATUS(BSP_E_ERASE), "the flash geometry query or the erase failed",
-     "check the kernel log for flash errors"},
-    {STATUS(BSP_E_WRITE), "a seek or a write to flash failed",
-     "check the kernel log for flash errors, then write again"},
-    {STATUS(BSP_E_MAP), "the MDIO register page could not be mapped",
-     "check that the program may map /dev/mem"},
-    {STATUS(BSP_E_NO_RECORD), "the EEPROM holds no product information record",
-     "write a whole record with 'iodbg identity set record'"},
-    {STATUS(BSP_E_FAILED), "generic failure: a transfer failed, or the kernel module's node did",
+    {BSP_OK, "nothing to do"},
+    {BSP_E_NOT_SUPPORTED, "look up the model with 'iodbg show' and ask only for what it has"},
+    {BSP_E_NULL, "correct the calling program"},
+    {BSP_E_INVALID, "check the argument; for a record, see 'iodbg show', and write a whole one "
+                    "with 'iodbg identity set record'"},
+    {BSP_E_TIMEOUT, "try again; if it stays, reset the board"},
+    {BSP_E_NO_MEMORY, "free memory on the board and try again"},
+    {BSP_E_LOCK, "check that /tmp/bspFlashLockFile can be written"},
+    {BSP_E_OPEN, "check that the folder /tmp/bsp and the device's node exist and may be opened"},
+    {BSP_E_SHORT_READ, "check that the file or partition is whole"},
+    {BSP_E_ERASE, "check the kernel log for flash errors"},
+    {BSP_E_WRITE, "check the kernel log for flash errors, then write again"},
+    {BSP_E_MAP, "check that the program may map /dev/mem"},
+    {BSP_E_NO_RECORD, "write a whole record with 'iodbg identity set record'"},
+    {BSP_E_FAILED,
      "check that /dev/bspHandle exists and the device is plugged in; messages above say more"},
-    {STATUS(BSP_E_EEPROM_SPAN), "an EEPROM transfer would end beyond byte 1023",
-     "choose a smaller offset or length"},
-    {STATUS(BSP_E_POE_UNAVAILABLE), "no PoE controller, or its state does not allow the request",
-     "check that the model has PoE and the controller is online"},
-    {STATUS(BSP_E_POE_NULL), "a required PoE pointer is null", "correct the calling program"},
-    {STATUS(BSP_E_POE_INVALID), "a PoE argument is out of range", "check port and value"},
-    {STATUS(BSP_E_POE_WRITE), "a request frame could not be written to the controller",
-     "check the controller's bus, then reset the controller"},
-    {STATUS(BSP_E_POE_READ), "a reply frame could not be read from the controller",
-     "check the controller's bus, then reset the controller"},
-    {STATUS(BSP_E_POE_FRAME), "the reply does not echo the request, or its checksum is wrong",
-     "try again; if it stays, reset the controller"},
-    {STATUS(BSP_E_POE_STATUS), "the controller reports failure for the request or a port",
-     "check the port's state and the value"},
-    {STATUS(BSP_E_POE_CONTENT), "the reply names another port or carries an unknown value",
-     "try again; if it stays, check the controller's firmware version"},
-    {STATUS(BSP_E_POE_LOCK), "the PoE lock file could not be locked",
-     "check that /tmp/bspPoeLockFile can be written"},
-    {STATUS(BSP_E_POE_NO_MEMORY), "the controller's firmware image could not be buffered",
-     "free memory on the board and try again"},
-    {STATUS(BSP_E_POE_OPEN), "the application status file or a firmware file did not open",
-     "check the file's path and permissions"},
-    {STATUS(BSP_E_POE_SHORT_READ), "a firmware file gave fewer bytes than its size",
-     "copy the file again"},
+    {BSP_E_EEPROM_SPAN, "choose a smaller offset or length"},
+    {BSP_E_POE_UNAVAILABLE, "check that the model has PoE and the controller is online"},
+    {BSP_E_POE_NULL, "correct the calling program"},
+    {BSP_E_POE_INVALID, "check port and value"},
+    {BSP_E_POE_WRITE, "check the controller's bus, then reset the controller"},
+    {BSP_E_POE_READ, "check the controller's bus, then reset the controller"},
+    {BSP_E_POE_FRAME, "try again; if it stays, reset the controller"},
+    {BSP_E_POE_STATUS, "check the port's state and the value"},
+    {BSP_E_POE_CONTENT, "try again; if it stays, check the controller's firmware version"},
+    {BSP_E_POE_LOCK, "check that /tmp/bspPoeLockFile can be written"},
+    {BSP_E_POE_NO_MEMORY, "free memory on the board and try again"},
+    {BSP_E_POE_OPEN, "check the file's path and permissions"},
+    {BSP_E_POE_SHORT_READ, "copy the file again"},
 };
-#undef STATUS
 
 StatusText textOf(const Row &row) {
-    return {row.code, row.name, row.meaning, row.next};
+    const BspStatusText &text = *bspStatusText(row.status);
+    return {row.status, text.name, text.meaning, row.next};
 }
 
 /** The kernel module answers as it likes; drivers mostly answer negative error numbers. */
@@ -98,7 +73,7 @@ std::vector<StatusText> allStatuses() {
 
 StatusText explain(int32_t status) {
     for (const Row &row : kRows) {
-        if (row.code == status)
+        if (row.status == status)
             return textOf(row);
     }
     return foreignStatus(status);

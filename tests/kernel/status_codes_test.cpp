@@ -4,7 +4,27 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <string>
+
 namespace {
+
+/** What bsp.h says of the status codes, between the braces of the enumeration. */
+std::string documentedStatuses() {
+    std::ifstream file(BSP_TEST_HEADER);
+    const std::string header{std::istreambuf_iterator<char>(file), {}};
+    const size_t start = header.find("enum BspStatus {");
+    if (start == std::string::npos)
+        return "";
+    return header.substr(start, header.find("};", start) - start);
+}
+
+/** Everything between single spaces. */
+std::string unwrapped(const std::string &text) {
+    return std::regex_replace(text, std::regex("[ \n*]+"), " ");
+}
 
 TEST(StatusCodesTest, HaveTheirNumbers) {
     const struct {
@@ -40,6 +60,35 @@ TEST(StatusCodesTest, HaveTheirNumbers) {
     };
     for (const auto &code : codes)
         EXPECT_EQ(code.name, code.number);
+}
+
+TEST(StatusCodesTest, AreInWordsWhatTheHeaderSays) {
+    const std::string statuses = documentedStatuses();
+    const std::regex line(R"((BSP_\w+) =\s+(-?\d+),?\s+/\*\*<([^/]+)\*/)");
+    int documented = 0;
+    for (std::sregex_iterator it(statuses.begin(), statuses.end(), line), end; it != end; ++it) {
+        SCOPED_TRACE((*it)[1]);
+        const BspStatusText *text = bspStatusText(std::stoi((*it)[2]));
+        EXPECT_EQ(text->name, (*it)[1].str());
+        EXPECT_EQ(" " + std::string(text->meaning) + " ", unwrapped((*it)[3]));
+        ++documented;
+    }
+    EXPECT_EQ(documented, 27);
+}
+
+TEST(StatusCodesTest, AForeignCodeHasNoName) {
+    for (const int32_t status : {1, 1005, -2, -5, -1003, -1109, -1113, INT32_MIN, INT32_MAX}) {
+        SCOPED_TRACE(status);
+        EXPECT_STREQ(bspStatusText(status)->name, "");
+        EXPECT_STREQ(bspStatusText(status)->meaning,
+                     "an answer of the kernel module or the operating system");
+    }
+}
+
+TEST(VersionTest, TheLibraryHasThatOfItsHeader) {
+    EXPECT_EQ(bspLibraryVersion(), uint32_t{BSP_VERSION});
+    EXPECT_EQ(BSP_VERSION_NUMBER(1, 2, 3), 0x010203);
+    EXPECT_LT(BSP_VERSION_NUMBER(1, 0, 9), BSP_VERSION);
 }
 
 TEST(StatusCodesTest, RequestCodesHaveTheirNumbers) {

@@ -172,6 +172,8 @@ void addIdentity(Table &table) {
     ADD_BOTH(SerialNumSet, ("SN1", 3), kDevinfo);
     ADD_BOTH(MfgDateGet, (output.as<char>()), kNothing, Exception::StoresNothing);
     ADD_BOTH(MfgDateSet, ("2026"), kNothing);
+    ADD(bspLibraryVersion, () == BSP_VERSION ? BSP_OK : BSP_E_FAILED, kNothing);
+    ADD(bspStatusText, (BSP_OK) != nullptr ? BSP_OK : BSP_E_FAILED, kNothing);
     ADD(bsp_crc32_cal, (0, bytes, 4) == 0 ? BSP_E_FAILED : BSP_OK, kNothing);
 }
 
