@@ -36,6 +36,9 @@ expect_same "its name is libbsp.so.1" "libbsp.so.1" \
     "$(sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p' <<<"$dynamic")"
 expect_same "it exports what the list of exports names, with its versions" "$listed" "$exported"
 expect_same "the header declares what it exports" "$exported_names" "$declared"
+expect_same "a program passes plain integers to all of it" "$exported_names" \
+    "$( (sed -nE 's/.*[ *](bsp\w+|io\w+)\(.*/\1/p' "$source/tests/package/plain_integers.cpp" &&
+        echo bspPoeRtl8239Driver) | sort)"
 expect_same "it has no text relocations" "" "$(grep TEXTREL <<<"$dynamic" || true)"
 expect_same "no object of it has static constructors or destructors" "" \
     "$(grep -E '\.(init_array|ctors|fini_array|dtors|preinit_array)' <<<"$archive_sections" || true)"
