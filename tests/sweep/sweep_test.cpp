@@ -3,27 +3,24 @@
 // Standard output is the only thing that never fails. Run with --gtest_filter='*Sweep*' the program
 // prints how many functions, points and runs.
 
-#include "tests/support/boot_loader_file.h"
-#include "tests/support/virtual_board_test.h"
-#include "tests/support/world.h"
 #include "tests/sweep/calls.h"
 #include "tests/sweep/functions.h"
+#include "tests/sweep/working_board.h"
 
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <sstream>
-#include <unistd.h>
 
 namespace {
 
 using sweep::Exception;
 using sweep::Failure;
-using sweep::Files;
 using sweep::Function;
 using sweep::Outcome;
 using sweep::Output;
+using sweep::Silence;
+using sweep::WorkingBoardTest;
 
 constexpr uint32_t kParts = 8;
 
@@ -34,57 +31,10 @@ std::string describe(const Function &function, const Failure &failure, const Out
     return text.str();
 }
 
-/** Leads both standard streams to nowhere as long as it lives. */
-class Silence {
-  public:
-    Silence() {
-        std::fflush(stdout);
-        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-        dup2(nowhere, STDOUT_FILENO);
-        dup2(nowhere, STDERR_FILENO);
-        close(nowhere);
-    }
-    Silence(const Silence &) = delete;
-    Silence &operator=(const Silence &) = delete;
-    ~Silence() {
-        std::fflush(stdout);
-        dup2(savedOut_, STDOUT_FILENO);
-        dup2(savedErr_, STDERR_FILENO);
-        close(savedOut_);
-        close(savedErr_);
-    }
-
-  private:
-    int savedOut_ = dup(STDOUT_FILENO);
-    int savedErr_ = dup(STDERR_FILENO);
-};
-
-class SweepTest : public VirtualBoardTest, public ::testing::WithParamInterface<uint32_t> {
+class SweepTest : public WorkingBoardTest, public ::testing::WithParamInterface<uint32_t> {
   protected:
-    /**
-     * A board on which everything works: an initialised PoE controller, settings, images, an
-     * optical and a copper module.
-     */
     void SetUp() override {
-        VirtualBoardTest::SetUp();
-        const auto file = [this](const char *name, const std::string &content) {
-            std::ofstream(boardFolder() + "/" + name, std::ios::binary) << content;
-            return boardFolder() + "/" + name;
-        };
-        const boot_loader_file::Bytes boot =
-            boot_loader_file::of(boot_loader_file::Bytes(3000, uint8_t{'x'}));
-        files_ = {file("os", std::string(4096, 'x')), file("boot", {boot.begin(), boot.end()}),
-                  file("firmware", std::string(51200, 'x')), "/tmp/bsp/output"};
-        std::ofstream(boardFile("/tmp/bspPoeLockFile"), std::ios::binary) << '\x10';
-        printedBy([this] {
-            ASSERT_EQ(bspPoeDeviceInit(), BSP_OK);
-            ASSERT_EQ(bspPoePortModeSet(2, 1), BSP_OK);
-            ASSERT_EQ(bspBootFlagSet(1), BSP_OK);
-            ASSERT_EQ(bsp_mtd_write_from_file(files_.bootLoader.c_str(), "/dev/mtd0", 1), BSP_OK);
-        });
-        world::set("sfp.49.module", "sr");
-        world::set("sfp.49.link", "up");
-        world::set("sfp.50.module", "copper-mode4");
+        WorkingBoardTest::SetUp();
         *devices_ = devices();
     }
 
@@ -163,7 +113,6 @@ class SweepTest : public VirtualBoardTest, public ::testing::WithParamInterface<
             nth += nth < function.depth.first ? 1 : function.depth.step;
     }
 
-    Files files_;
     uint32_t points_ = 0;
     uint32_t runs_ = 0;
 
