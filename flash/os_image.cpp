@@ -64,12 +64,6 @@ int32_t runReported(const ShellCommand &command, const char *work, const char *d
     return BSP_E_FAILED;
 }
 
-int32_t headerFailed(int32_t status, CallSite site = CallSite::here()) {
-    if (status != BSP_OK)
-        reportLine("get OS file header failed.", site);
-    return status;
-}
-
 int32_t removeHeaderFile() {
     return ShellCommand("rm -f %s", kHeaderFile).run();
 }
@@ -102,9 +96,10 @@ int32_t bsp_os_image_write(const char *device, const char *file) {
         return status;
     if (const int32_t status = runReported(writeImage, "write", device); status != BSP_OK)
         return status;
-    if (const int32_t status = headerFailed(bsp_os_file_header_to_file(file, kHeaderFile));
-        status != BSP_OK)
+    if (const int32_t status = bsp_os_file_header_to_file(file, kHeaderFile); status != BSP_OK) {
+        reportLine("get OS file header failed.", CallSite::here());
         return status;
+    }
     if (const int32_t status = runReported(writeHeader, "write", device); status != BSP_OK)
         return status;
     return removeHeaderFile();
@@ -170,12 +165,11 @@ int32_t bspOsImageInfoGet(uint8_t *header, int32_t bank) {
         std::printf("%s-%d: dump %s error, ret = %d\nn", __func__, __LINE__, device, result);
         return BSP_E_FAILED;
     }
-    uint8_t block[kHeaderSize];
-    if (const int32_t status = headerFailed(bsp_os_header_file_to_buffer(kHeaderFile, block));
-        status != BSP_OK)
+    if (const int32_t status = bsp_os_header_file_to_buffer(kHeaderFile, header);
+        status != BSP_OK) {
+        reportLine("get OS header file failed.", CallSite::here());
         return status;
-    if (const int32_t status = removeHeaderFile(); status != BSP_OK)
-        return status;
-    std::copy(std::begin(block), std::end(block), header);
-    return BSP_OK;
+    }
+    // The caller has the header by now, whatever becomes of the file.
+    return removeHeaderFile();
 }

@@ -1182,8 +1182,8 @@ enum BspImageKind {
  * @param bank    0 for /dev/mtd12, any other value for /dev/mtd14
  * @return BSP_OK; BSP_E_NULL; BSP_E_LOCK; BSP_E_FAILED when the command fails; BSP_E_OPEN or
  *         BSP_E_SHORT_READ when the command's output (/tmp/bsp/osHeader.bin) cannot be read; or
- *         the status of the command that removes it. Messages are printed with all but the first
- *         and the last failure
+ *         the status of the command that removes it, and then the header is stored all the same.
+ *         Messages are printed with all but the first and the last failure
  */
 BSP_API int32_t bspOsImageInfoGet(uint8_t *header, int32_t bank);
 

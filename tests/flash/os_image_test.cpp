@@ -283,7 +283,7 @@ TEST_F(OsImageTest, HeaderFailuresLeaveTheBufferAlone) {
         int64_t result;
         Answer answer;
     };
-    const std::string headerFailed = "bspOsImageInfoGet-#: get OS file header failed.\r\n";
+    const std::string headerFailed = "bspOsImageInfoGet-#: get OS header file failed.\r\n";
     const Case cases[] = {
         {"system nanddump", 256, {-1, "bspOsImageInfoGet-#: dump /dev/mtd14 error, ret = 256\nn"}},
         {"system nanddump", -1, {-1, "bspOsImageInfoGet-#: dump /dev/mtd14 error, ret = -1\nn"}},
@@ -293,7 +293,6 @@ TEST_F(OsImageTest, HeaderFailuresLeaveTheBufferAlone) {
           "bsp_os_header_file_to_buffer-#: open /tmp/bsp/osHeader.bin fail.\r\n" + headerFailed}},
         {"read /tmp/bsp/", -1, {BSP_E_SHORT_READ, headerFailed}},
         {"read /tmp/bsp/", 511, {BSP_E_SHORT_READ, headerFailed}},
-        {kRemove.c_str(), 256, {256}},
     };
     for (const Case &row : cases) {
         SCOPED_TRACE(row.call);
@@ -313,6 +312,17 @@ TEST_F(OsImageTest, HeaderFailuresLeaveTheBufferAlone) {
     EXPECT_EQ(buffer, untouched);
     EXPECT_EQ(flash.run([] { return bspOsImageInfoGet(nullptr, 0); }), (Answer{BSP_E_NULL}));
     EXPECT_EQ(flash.calls, (Calls{}));
+}
+
+TEST_F(OsImageTest, AHeaderThatWasReadIsStoredWhateverTheRemovalAnswers) {
+    for (const int32_t result : {256, -1}) {
+        dump(patterned(512));
+        flash.clearFailures();
+        flash.fail(kRemove, 1, result);
+        EXPECT_EQ(readHeader(), (Answer{result}));
+        EXPECT_TRUE(flash.allFailed());
+        EXPECT_EQ(buffer, joined({patterned(512), Bytes{0xA5}}));
+    }
 }
 
 // The steps by themselves

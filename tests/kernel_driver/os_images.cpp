@@ -226,7 +226,7 @@ void checkSmallBank() {
     Bytes header(kHeaderSize);
     expectPrinted(expectStatus("bspOsImageInfoGet(bank 1)", BSP_E_SHORT_READ,
                                [&] { return bspOsImageInfoGet(header.data(), 1); }),
-                  "get OS file header failed.\r\n");
+                  "get OS header file failed.\r\n");
     expectSame("the caller's buffer is untouched", Bytes(kHeaderSize), header);
 }
 

@@ -268,7 +268,7 @@ void addFlash(Table &table, const Files &files) {
     ADD(bsp_mtd_read_to_file, ("/dev/mtd0", output1, 1), kMtdRead);
     ADD(bsp_mtd_erase, ("/dev/mtd0"), Statuses{BSP_E_OPEN, BSP_E_ERASE});
     const char *osImage = files.osImage.c_str();
-    ADD_BOTH(OsImageInfoGet, (output.as<uint8_t>(), 0), kOsInfo);
+    ADD_BOTH(OsImageInfoGet, (output.as<uint8_t>(), 0), kOsInfo, Exception::StoresBeforeFailure);
     ADD(bspImageUpgrade, (BSP_IMAGE_OS, osImage, 1), kOsWrite);
     ADD(ioImageUpgrade, (osImage, 1), kOsWrite);
     ADD(ioBiosUpgrade, (image), kBootWrite, Exception::ReleasesLockTwice);
