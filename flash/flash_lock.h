@@ -33,7 +33,17 @@ class FlashLock {
     ~FlashLock() { bsp_flash_lock_release(fd_); }
 
     bool hasFailed() const { return result_ != 0; }
-    int32_t descriptor() const { return fd_; }
+
+    /**
+     * Gives the lock back before the end of the block, whose own release then has no descriptor: it
+     * tries in vain and says so. It must not try the number of the closed file, which another
+     * thread may have by then.
+     */
+    void release() {
+        bsp_flash_lock_release(fd_);
+        if (fd_ != 0)
+            fd_ = -1;
+    }
 
   private:
     int32_t result_ = 0;

@@ -149,7 +149,7 @@ int32_t writeFile(const char *file, const char *device, uint64_t fileSize, bool 
 int32_t bsp_mtd_write_from_file(const char *file, const char *device, int32_t hasHeader) {
     if (file == nullptr || device == nullptr)
         return BSP_E_NULL;
-    const bsp::FlashLock lock;
+    bsp::FlashLock lock;
     if (lock.hasFailed()) {
         std::printf("%s-%d \r\n", __func__, __LINE__);
         return BSP_E_FAILED;
@@ -157,10 +157,9 @@ int32_t bsp_mtd_write_from_file(const char *file, const char *device, int32_t ha
     struct stat info = {};
     if (stat(file, &info) != 0) {
         std::printf("%s-%d \r\n", __func__, __LINE__);
-        // Released here, and once more by its owner on the way out. The second release finds the
-        // descriptor closed, tries in vain and says so. Kept: callers rely on the answer and on
+        // Released here, and once more in vain at the end. Kept: callers rely on the answer and on
         // what is printed as they are.
-        bsp_flash_lock_release(lock.descriptor());
+        lock.release();
         return BSP_E_FAILED;
     }
     return writeFile(file, device, static_cast<uint64_t>(info.st_size), hasHeader != 0);

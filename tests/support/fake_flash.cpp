@@ -62,6 +62,8 @@ struct FakeCalls {
     }
 
     static std::string nameOf(int fd) {
+        if (fd == -1)
+            return "no descriptor";
         const auto *file = find(fd);
         if (file == nullptr)
             return "unknown descriptor";

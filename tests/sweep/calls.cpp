@@ -127,7 +127,7 @@ int swept_open(const char *path, int flags, ...) {
 
 int swept_close(int fd) {
     const int way = wayOf("close", 1);
-    if (descriptors.erase(fd) == 0)
+    if (fd >= 0 && descriptors.erase(fd) == 0)
         ++run.strayCloses;
     const int result = close(fd); // the descriptor is gone also when closing reports an error
     return way == 0 ? failed(EIO, -1) : result;

@@ -23,7 +23,7 @@ struct Outcome {
     uint32_t openFiles = 0;
     uint32_t allocations = 0;
     uint32_t mappings = 0;
-    uint32_t strayCloses = 0; // of descriptors that are not open
+    uint32_t strayCloses = 0; // of numbers that the call does not have open
 };
 
 /** From here to end() the calls are counted, and one may fail. */

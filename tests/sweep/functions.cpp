@@ -264,14 +264,14 @@ void addMdio(Table &table) {
 void addFlash(Table &table, const Files &files) {
     const char *output1 = files.output.c_str();
     const char *image = files.bootLoader.c_str();
-    ADD(bsp_mtd_write_from_file, (image, "/dev/mtd0", 1), kMtdWrite, Exception::ReleasesLockTwice);
+    ADD(bsp_mtd_write_from_file, (image, "/dev/mtd0", 1), kMtdWrite);
     ADD(bsp_mtd_read_to_file, ("/dev/mtd0", output1, 1), kMtdRead);
     ADD(bsp_mtd_erase, ("/dev/mtd0"), Statuses{BSP_E_OPEN, BSP_E_ERASE});
     const char *osImage = files.osImage.c_str();
     ADD_BOTH(OsImageInfoGet, (output.as<uint8_t>(), 0), kOsInfo, Exception::StoresBeforeFailure);
     ADD(bspImageUpgrade, (BSP_IMAGE_OS, osImage, 1), kOsWrite);
     ADD(ioImageUpgrade, (osImage, 1), kOsWrite);
-    ADD(ioBiosUpgrade, (image), kBootWrite, Exception::ReleasesLockTwice);
+    ADD(ioBiosUpgrade, (image), kBootWrite);
     ADD(ioCpldUpgrade, (image), kRequest);
 }
 

@@ -45,7 +45,6 @@ enum class Exception {
     NeverSucceeds,       // no board has what it asks for
     StoresNothing,       // nor what it is to answer
     StoresBeforeFailure, // the output holds what was read before the failure
-    ReleasesLockTwice,   // also closes the lock file's descriptor a second time
 };
 
 /** Which of a function's calls fail. */
