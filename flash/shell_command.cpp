@@ -27,6 +27,8 @@ bool isPlain(const char *name) {
 bsp::ShellWord::ShellWord(const char *name) {
     const char *quote = isPlain(name) ? "" : "'";
     append(quote);
+    if (*name == '-')
+        append("./");
     for (; *name != '\0'; ++name) {
         const char character[] = {*name, '\0'};
         append(*name == '\'' ? "'\\''" : character);

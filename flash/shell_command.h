@@ -9,7 +9,8 @@ namespace bsp {
 constexpr size_t kCommandSize = 128; // with the terminating zero
 
 /** A file name as one word of a command line: bare, or in single quotes when it holds characters
- * that mean something to the shell.
+ * that mean something to the shell. A name that begins with "-" goes as "./-name", or the command
+ * would take it for an option.
  */
 class ShellWord {
   public:

@@ -210,6 +210,13 @@ TEST_F(OsImageTest, NamesThatMeanSomethingToTheShellAreQuoted) {
         {"a\nb", "'a\nb'"},
         {"a\\b", "'a\\b'"},
         {"a*", "'a*'"},
+        // What the tool would take for an option is a file of this folder.
+        {"--help", "./--help"},
+        {"-", "./-"},
+        {"-my image", "'./-my image'"},
+        {"-'", "'./-'\\'''"},
+        {"./-a", "./-a"},
+        {"a-", "a-"},
     };
     for (const auto &row : cases) {
         flash.files[row.name].content = patterned(600);
@@ -217,7 +224,16 @@ TEST_F(OsImageTest, NamesThatMeanSomethingToTheShellAreQuoted) {
         const Calls commands = flash.callsOf("system");
         ASSERT_EQ(commands.size(), 4u);
         EXPECT_EQ(commands[1], std::string("system nandwrite -q -p /dev/mtd12 ") + row.word);
+        EXPECT_EQ(flash.callsOf("stat"), Calls(2, std::string("stat ") + row.name));
     }
+}
+
+TEST_F(OsImageTest, MessagesNameAFileAsTheCallerDoes) {
+    flash.files["--help"].content = patterned(600);
+    flash.fail("open --help");
+    EXPECT_EQ(write("--help"),
+              (Answer{BSP_E_OPEN, "bsp_os_file_header_to_file-#: open --help fail.\r\n"
+                                  "bsp_os_image_write-#: get OS file header failed.\r\n"}));
 }
 
 TEST_F(OsImageTest, TheLongestCommandLineHas127Characters) {
@@ -229,8 +245,10 @@ TEST_F(OsImageTest, TheLongestCommandLineHas127Characters) {
     EXPECT_EQ(named(std::string(room, 'a')), kSilentSuccess);
     EXPECT_EQ(flash.callsOf("system")[1].size(), std::string("system ").size() + 127);
     EXPECT_EQ(named(std::string(room - 2, ' ')), kSilentSuccess) << "quotes count";
+    EXPECT_EQ(named("-" + std::string(room - 3, 'a')), kSilentSuccess) << "so does ./";
     for (const std::string &name :
          {std::string(room + 1, 'a'), std::string(room - 1, ' '), std::string(room, '\''),
+          "-" + std::string(room - 2, 'a'), "-" + std::string(room - 4, ' '),
           std::string(126, '\''), std::string(127, 'a'), std::string(128, 'a'),
           std::string(4000, '\''), std::string(4000, 'a')}) {
         EXPECT_EQ(named(name), (Answer{-1}));

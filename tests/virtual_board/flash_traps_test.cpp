@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <functional>
 
 namespace {
@@ -222,6 +223,19 @@ class ImageTrapsTest : public FlashTrapsTest {
 
     const std::string first_ = patterned(kImageSize, 1), second_ = patterned(kImageSize, 2);
 };
+
+TEST_F(ImageTrapsTest, AnImageWhoseNameLooksLikeAnOptionIsWritten) {
+    const std::filesystem::path folder = std::filesystem::current_path();
+    std::filesystem::current_path(boardFolder());
+    for (const char *name : {"--help", "-m", "-"}) {
+        const std::string image = patterned(kPage, static_cast<uint32_t>(name[1]));
+        file(name, image);
+        expectSuccess([&] { return bspImageUpgrade(BSP_IMAGE_OS, name, 0); }, "");
+        expectBytes(bank(0, 2 * kPage), image + erased(kPage));
+        expectBytes(headerTold(), headerOf(image));
+    }
+    std::filesystem::current_path(folder);
+}
 
 TEST_F(ImageTrapsTest, ABadBlockMovesAnImageOnButNotItsHeader) {
     flash(12).isBad[2] = 1;
