@@ -125,7 +125,7 @@ int32_t bsp_os_file_header_to_file(const char *imageFile, const char *headerFile
         return BSP_E_WRITE;
     if (!bsp::readWhole(image.get(), header.get(), kHeaderSize))
         return BSP_E_SHORT_READ;
-    const bsp::Descriptor copy(openReported(headerFile, O_RDWR | O_CREAT, 0644));
+    const bsp::Descriptor copy(openReported(headerFile, O_RDWR | O_CREAT | O_NOFOLLOW, 0644));
     if (!copy.isOpen())
         return BSP_E_OPEN;
     [[maybe_unused]] const ssize_t written = write(copy.get(), header.get(), kHeaderSize);
@@ -135,7 +135,7 @@ int32_t bsp_os_file_header_to_file(const char *imageFile, const char *headerFile
 int32_t bsp_os_header_file_to_buffer(const char *headerFile, uint8_t *buffer) {
     if (headerFile == nullptr || buffer == nullptr)
         return BSP_E_NULL;
-    const bsp::Descriptor file(openReported(headerFile, O_RDONLY));
+    const bsp::Descriptor file(openReported(headerFile, O_RDONLY | O_NOFOLLOW));
     if (!file.isOpen())
         return BSP_E_OPEN;
     uint8_t header[kHeaderSize];

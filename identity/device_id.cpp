@@ -2,10 +2,10 @@
 
 #include "bsp.h"
 #include "identity/identity_registers.h"
+#include "support/kept_file.h"
 #include "support/owned.h"
 
 #include <cstdio>
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace {
@@ -16,7 +16,7 @@ constexpr char kCacheName[] = "devId";
 int32_t bspDevIdGet(uint32_t *devId) {
     char path[64];
     std::snprintf(path, sizeof(path), "%s%s", kCacheFolder, kCacheName);
-    const bsp::Descriptor cache(open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0644));
+    const bsp::Descriptor cache(bsp::openKeptFile(path));
     if (!cache.isOpen())
         return BSP_E_OPEN;
 

@@ -1,6 +1,8 @@
 #pragma once
 // The files whose locks keep the processes of a board apart.
 
+#include "support/kept_file.h"
+
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
@@ -13,7 +15,7 @@ namespace bsp {
  * error and answered as 0.
  */
 inline int openLockFile(const char *path, const char *complaint) {
-    int fd = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    int fd = openKeptFile(path);
     if (fd == 0) {
         fd = fcntl(fd, F_DUPFD_CLOEXEC, 1);
         close(0);

@@ -2,11 +2,11 @@
 // a file that lives as long as the boot.
 
 #include "bsp.h"
+#include "support/kept_file.h"
 #include "support/owned.h"
 
 #include <cerrno>
 #include <cstdio>
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace {
@@ -15,7 +15,7 @@ namespace {
 int openStatusFile(const char *function, int line) {
     char path[64];
     std::snprintf(path, sizeof(path), "%s%s", "/tmp/bsp/", "poeApp");
-    const int fd = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    const int fd = bsp::openKeptFile(path);
     if (fd < 0)
         std::printf("%s-%d: open %s file filed, %d \n", function, line, path, errno);
     return fd;

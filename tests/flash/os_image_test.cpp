@@ -56,7 +56,7 @@ const Calls kCopyingTheHeader = {
     "open /images/os.bin read-only",
     "seek /images/os.bin 2488",
     "read /images/os.bin 512",
-    "open /tmp/bsp/osHeader.bin read-write create 0644",
+    "open /tmp/bsp/osHeader.bin read-write create 0644 no-link",
     "write /tmp/bsp/osHeader.bin 512",
     "close /tmp/bsp/osHeader.bin",
     "close /images/os.bin",
@@ -279,8 +279,8 @@ TEST_F(OsImageTest, TheHeaderIsDumpedUnderTheLockAndReadBehindIt) {
                       {"system nanddump -q -s 0x2700000 -l 0x200 /dev/mtd12 -f "
                        "/tmp/bsp/osHeader.bin"},
                       kUnlocking,
-                      {"open /tmp/bsp/osHeader.bin read-only", "read /tmp/bsp/osHeader.bin 512",
-                       "close /tmp/bsp/osHeader.bin", kRemove}}));
+                      {"open /tmp/bsp/osHeader.bin read-only no-link",
+                       "read /tmp/bsp/osHeader.bin 512", "close /tmp/bsp/osHeader.bin", kRemove}}));
     EXPECT_EQ(buffer, joined({patterned(512), Bytes{0xA5}}));
 }
 

@@ -15,7 +15,7 @@ TEST(IdentityRequestsTest, TheDeviceIdCacheIsOpenedForReadingAndWritingAndCreate
     recorder.openResult = -1;
     uint32_t devId = 0xA5A5A5A5;
     EXPECT_EQ(answerOf([&] { return bspDevIdGet(&devId); }), Answer{BSP_E_OPEN});
-    EXPECT_EQ(recorder.calls, (Lines{"open /tmp/bsp/devId read-write create 0644"}));
+    EXPECT_EQ(recorder.calls, (Lines{"open /tmp/bsp/devId read-write create 0644 no-link"}));
     EXPECT_EQ(devId, 0xA5A5A5A5);
 }
 

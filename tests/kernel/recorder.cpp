@@ -37,8 +37,10 @@ std::string accessOf(int flags, mode_t mode) {
     if ((flags & O_CREAT) != 0)
         std::snprintf(octal, sizeof(octal), " create %04o", static_cast<unsigned>(mode));
     text += octal;
-    // Nothing but these two may be asked for: no truncation, no appending.
-    constexpr int kExpected = O_ACCMODE | O_CREAT | O_CLOEXEC | O_LARGEFILE;
+    if ((flags & O_NOFOLLOW) != 0)
+        text += " no-link";
+    // Nothing else may be asked for: no truncation, no appending.
+    constexpr int kExpected = O_ACCMODE | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_LARGEFILE;
     return text + ((flags & ~kExpected) != 0 ? " with other flags" : "");
 }
 

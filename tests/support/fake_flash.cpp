@@ -40,9 +40,11 @@ std::string accessOf(int flags, mode_t mode) {
         text += " sync";
     else if ((flags & O_DSYNC) != 0)
         text += " data-sync";
+    if ((flags & O_NOFOLLOW) != 0)
+        text += " no-link";
     if ((flags & O_CLOEXEC) == 0)
         text += " inherited";
-    constexpr int kKnown = O_ACCMODE | O_CREAT | O_SYNC | O_CLOEXEC | O_LARGEFILE;
+    constexpr int kKnown = O_ACCMODE | O_CREAT | O_SYNC | O_NOFOLLOW | O_CLOEXEC | O_LARGEFILE;
     return text + ((flags & ~kKnown) != 0 ? " and more" : "");
 }
 
@@ -482,7 +484,7 @@ Bytes joined(std::initializer_list<Bytes> pieces) {
     return joinedLists(pieces);
 }
 
-const Calls kLocking = {"open /tmp/bspFlashLockFile read-write create 0644",
+const Calls kLocking = {"open /tmp/bspFlashLockFile read-write create 0644 no-link",
                         "lock /tmp/bspFlashLockFile"};
 const Calls kUnlocking = {"unlock /tmp/bspFlashLockFile", "close /tmp/bspFlashLockFile"};
 

@@ -4,6 +4,7 @@
 #include "tests/support/virtual_board_test.h"
 #include "virtual_board/os/seam.h"
 
+#include <cerrno>
 #include <chrono>
 #include <dirent.h>
 #include <fcntl.h>
@@ -86,6 +87,16 @@ TEST_F(SeamTest, TheSharedFolderIsListedFromTheBoard) {
     }
     closedir(folder);
     EXPECT_EQ(names, Lines{"only"});
+}
+
+TEST_F(SeamTest, ALinkOnTheBoardIsRefusedWhereNoneIsWanted) {
+    put("/tmp/bsp/file", "here");
+    fs::create_symlink("file", boardFile("/tmp/bsp/link"));
+    EXPECT_EQ(readAll("/tmp/bsp/link"), "here");
+    EXPECT_EQ(open("/tmp/bsp/link", O_RDWR | O_CREAT | O_NOFOLLOW, 0644), -1);
+    EXPECT_EQ(errno, ELOOP);
+    EXPECT_EQ(openat(AT_FDCWD, "/tmp/bsp/link", O_RDONLY | O_NOFOLLOW), -1);
+    EXPECT_EQ(errno, ELOOP);
 }
 
 TEST_F(SeamTest, StreamsOpenOnTheBoard) {
