@@ -41,6 +41,7 @@ add_library(bsp_objects OBJECT
   kernel/request.cpp
   kernel/status_text.cpp
   kernel/version.cpp
+  poe/port_records.cpp
   poe/rtl8239/app_status.cpp
   poe/rtl8239/debug_commands.cpp
   poe/rtl8239/device_init.cpp
@@ -50,6 +51,7 @@ add_library(bsp_objects OBJECT
   poe/rtl8239/lock_file.cpp
   poe/rtl8239/operations.cpp
   poe/rtl8239/port_map.cpp
+  poe/rtl8239/port_records.cpp
   poe/rtl8239/port_settings.cpp
   poe/rtl8239/queries.cpp
   poe/rtl8239/transport.cpp

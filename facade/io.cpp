@@ -314,3 +314,12 @@ int32_t ioPoeAppUpgradeSet(const char *file) {
 int32_t ioPoeAppVersionGet(char *text) {
     return bspPoeAppVersionGet(text);
 }
+int32_t ioPoePortStateGet(uint32_t port, BspPoePortState *state) {
+    return bspPoePortStateGet(port, state);
+}
+int32_t ioPoePortMeasurementGet(uint32_t port, BspPoePortMeasurement *measurement) {
+    return bspPoePortMeasurementGet(port, measurement);
+}
+int32_t ioPoePortSettingsGet(uint32_t port, BspPoePortSettings *settings) {
+    return bspPoePortSettingsGet(port, settings);
+}

@@ -1649,6 +1649,89 @@ BSP_API int32_t bspPoeRtl8239DbgPoeCommand(int32_t row, int32_t argc, char **arg
 BSP_API int32_t bspPoeRtl8239DbgUdfCmd(const uint8_t *data, int32_t count);
 
 /* ------------------------------------------------------------------------------------------------
+ * PoE ports in few exchanges (since version 1.1)
+ *
+ * One call for each of a port's state, measurement and settings, instead of one for each value: the
+ * values of a record come from as few exchanges as the controller allows, and those of one exchange
+ * from one moment. An exchange takes 200 ms at least. The values are those of the functions that
+ * each member names; so are the statuses and what is printed. A driver that does not know these
+ * questions is asked for value after value.
+ * --------------------------------------------------------------------------------------------- */
+
+/** What goes on at a port, command 0x42: one exchange. */
+typedef struct BspPoePortState {
+    uint32_t detection;      /**< as bspPoePortDetectionGet(): 1 to 7, else 0 */
+    uint32_t classification; /**< as bspPoePortClassificationGet(): 1 to 8, 9 for unknown, else 0 */
+    uint32_t fault;          /**< as bspPoePortFaultGet(): 1 yes, 2 no */
+    uint32_t disconnect;     /**< as bspPoePortDisconnectGet(): 2 delivering power, else 1 */
+} BspPoePortState;
+
+/** BspPoePortMeasurement::temperature of a controller that does not tell it. */
+#define BSP_POE_TEMPERATURE_UNKNOWN INT32_MIN
+
+/** What a port draws at one moment, command 0x44: one exchange. */
+typedef struct BspPoePortMeasurement {
+    uint32_t voltageMv; /**< millivolts */
+    uint32_t voltageV;  /**< the same in volts, as bspPoePortVoltageGet(): truncated toward zero */
+    uint32_t currentMa; /**< milliamperes, as bspPoePortCurrentGet() */
+    uint32_t powerMw;   /**< milliwatts, as bspPoePortPowerGet() */
+    /** Temperature, (220 - code) x 1250 / 1000 of the controller's 16-bit code; the controller's
+     * documentation has its unit. No other function tells it. */
+    int32_t temperature;
+} BspPoePortMeasurement;
+
+/**
+ * How a port is set, command 0x48 and then 0x49: two exchanges, each with a status of its own, so
+ * that one that fails hides nothing of the other. Its members hold UINT32_MAX then.
+ */
+typedef struct BspPoePortSettings {
+    int32_t modeStatus;    /**< of the mode, as bspPoePortModeGet() answers */
+    uint32_t mode;         /**< as bspPoePortModeGet(): 0, 1, 2, or 5 for a disabled port */
+    int32_t powerStatus;   /**< of limit and inrush mode, as bspPoePortMaxPowerGet() answers */
+    uint32_t powerLimitMw; /**< milliwatts, as bspPoePortMaxPowerGet() */
+    uint32_t inrushMode;   /**< as bspPoePortInrushModeGet(): 0 to 8 */
+} BspPoePortSettings;
+
+/**
+ * Reads what goes on at a port: detection, class, fault, disconnection.
+ *
+ * @param[in]  port   counted from 1
+ * @param[out] state  receives the record; untouched unless the call answers BSP_OK
+ * @return BSP_OK; BSP_E_POE_NULL; BSP_E_POE_INVALID for a port out of range; BSP_E_POE_CONTENT when
+ *         the reply names another port; an exchange status
+ */
+BSP_API int32_t bspPoePortStateGet(uint32_t port, BspPoePortState *state);
+
+/**
+ * Reads what a port draws: voltage, current, power, temperature. A port that does not deliver power
+ * draws nothing: bspPoePortStateGet() tells.
+ *
+ * @param[in]  port         counted from 1
+ * @param[out] measurement  receives the record; untouched unless the call answers BSP_OK
+ * @return as bspPoePortStateGet()
+ */
+BSP_API int32_t bspPoePortMeasurementGet(uint32_t port, BspPoePortMeasurement *measurement);
+
+/**
+ * Reads how a port is set: mode, power limit, inrush mode. Both exchanges are made, whatever the
+ * first one answers.
+ *
+ * @param[in]  port      counted from 1
+ * @param[out] settings  receives the record with the status of each exchange; untouched unless the
+ *                       call answers BSP_OK
+ * @return BSP_OK when one of the exchanges gave its values; BSP_E_POE_NULL; else the status of the
+ *         first one, which is as bspPoePortModeGet() answers
+ */
+BSP_API int32_t bspPoePortSettingsGet(uint32_t port, BspPoePortSettings *settings);
+
+/** As bspPoePortStateGet(). */
+BSP_API int32_t ioPoePortStateGet(uint32_t port, BspPoePortState *state);
+/** As bspPoePortMeasurementGet(). */
+BSP_API int32_t ioPoePortMeasurementGet(uint32_t port, BspPoePortMeasurement *measurement);
+/** As bspPoePortSettingsGet(). */
+BSP_API int32_t ioPoePortSettingsGet(uint32_t port, BspPoePortSettings *settings);
+
+/* ------------------------------------------------------------------------------------------------
  * Facade: what management software calls. Unless said otherwise a function is the bsp* function of
  * the same stem: same arguments, same status.
  * --------------------------------------------------------------------------------------------- */

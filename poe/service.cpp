@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "identity/board_catalogue.h"
+#include "poe/units.h"
 
 #include <cstdint>
 
@@ -274,7 +275,7 @@ int32_t bspPoePortVoltageGet(uint32_t port, uint32_t *out) {
     const int32_t status = readPort(BSP_POE_PORT_VOLTAGE_GET, port, reading);
     if (status != BSP_OK || out == nullptr)
         return status;
-    *out = static_cast<uint32_t>(static_cast<int32_t>(millivolts) / 1000);
+    *out = bsp::wholeVolts(millivolts);
     return BSP_OK;
 }
 

@@ -41,7 +41,7 @@ struct Rtl8239PortStatus {
 struct Rtl8239PortMeasurement {
     uint32_t voltage;    // millivolts
     uint32_t current;    // milliamperes
-    int32_t temperature; // degrees Celsius
+    int32_t temperature; // (220 - code) x 1.25, whose unit the controller's data sheet has
     uint32_t power;      // milliwatts
 };
 

@@ -2,22 +2,17 @@
 
 #include "bsp.h"
 #include "poe/rtl8239/commands.h"
+#include "poe/rtl8239/port_values.h"
 #include "poe/rtl8239/transport.h"
 
 #include <cstdio>
 
 namespace {
 
-// Values of the operations' arguments and results.
+using namespace bsp::rtl8239;
+
 constexpr uint32_t kOn = 1;
 constexpr uint32_t kOff = 2;
-constexpr uint32_t kModeDisabled = 5;
-constexpr uint32_t kHighestMode = 2;
-
-// Values of the controller.
-constexpr uint8_t kStatusDelivering = 2;
-constexpr uint8_t kStatusFault = 4;
-constexpr int32_t kInrushLast = 9; // the callers' 8
 
 constexpr int32_t asPort(uint32_t port) {
     return static_cast<int32_t>(port);
@@ -64,13 +59,6 @@ int32_t enablePower(uint32_t port, bool isOn) {
     if (isOn)
         return setPort(rtl8239CmdPortEnableSet, port, 2);
     return setPortTwice(rtl8239CmdPortEnableSet, 0, rtl8239CmdPortEnableSet, 1, port);
-}
-
-uint32_t classOf(const Rtl8239PortStatus &status) {
-    constexpr uint32_t kUnknownClass = 9;
-    if (status.classification >= 1 && status.classification <= 8)
-        return status.classification;
-    return status.classification == 0 || status.classification == 12 ? kUnknownClass : 0;
 }
 
 } // namespace
@@ -149,10 +137,7 @@ int32_t bspPoeRtl8239PortModeGet(uint32_t port, uint32_t *out) {
     Rtl8239PortConfig config{};
     if (const int32_t status = rtl8239CmdQuery48Get(asPort(port), &config); status != BSP_OK)
         return status;
-    if (config.enable != 0 && config.funcMode > kHighestMode)
-        return BSP_E_POE_CONTENT;
-    *out = config.enable == 0 ? kModeDisabled : config.funcMode;
-    return BSP_OK;
+    return readMode(config, *out);
 }
 
 int32_t bspPoeRtl8239PortPowerOnSet(uint32_t port, uint32_t on) {
@@ -194,7 +179,7 @@ int32_t bspPoeRtl8239PortInrushModeSet(uint32_t port, uint32_t mode) {
     if (mode > 8)
         return BSP_E_POE_INVALID;
     return setPort(rtl8239CmdPortInrushModeSet, port,
-                   mode == 8 ? kInrushLast : static_cast<int32_t>(mode));
+                   mode == 8 ? int32_t{kInrushLast} : static_cast<int32_t>(mode));
 }
 
 int32_t bspPoeRtl8239PortForceInrushSet(uint32_t port, uint32_t force) {
@@ -228,27 +213,19 @@ int32_t bspPoeRtl8239PortMaxPowerGet(uint32_t port, uint32_t *out) {
 }
 
 int32_t bspPoeRtl8239PortInrushModeGet(uint32_t port, uint32_t *out) {
-    return readPort(rtl8239CmdQuery49Get, port, out, [](const Rtl8239PortPowerConfig &record) {
-        return record.inrushMode == kInrushLast ? 8u : uint32_t{record.inrushMode};
-    });
+    return readPort(rtl8239CmdQuery49Get, port, out, inrushModeOf);
 }
 
 int32_t bspPoeRtl8239PortFaultGet(uint32_t port, uint32_t *out) {
-    return readPort(rtl8239CmdPortStatusGet, port, out, [](const Rtl8239PortStatus &record) {
-        return record.status == kStatusFault ? 1u : 2u;
-    });
+    return readPort(rtl8239CmdPortStatusGet, port, out, faultOf);
 }
 
 int32_t bspPoeRtl8239PortDisconnectGet(uint32_t port, uint32_t *out) {
-    return readPort(rtl8239CmdPortStatusGet, port, out, [](const Rtl8239PortStatus &record) {
-        return record.status == kStatusDelivering ? 2u : 1u;
-    });
+    return readPort(rtl8239CmdPortStatusGet, port, out, disconnectOf);
 }
 
 int32_t bspPoeRtl8239PortDetectionGet(uint32_t port, uint32_t *out) {
-    return readPort(rtl8239CmdPortStatusGet, port, out, [](const Rtl8239PortStatus &record) {
-        return record.detection >= 1 && record.detection <= 7 ? uint32_t{record.detection} : 0u;
-    });
+    return readPort(rtl8239CmdPortStatusGet, port, out, detectionOf);
 }
 
 int32_t bspPoeRtl8239PortClassificationGet(uint32_t port, uint32_t *out) {

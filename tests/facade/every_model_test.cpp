@@ -183,6 +183,14 @@ TEST_F(EveryModelTest, PoeController) {
         EXPECT_EQ(ioPoeGlobalPowerGet(&value), row.poePorts != 0 ? BSP_OK : BSP_E_POE_UNAVAILABLE);
         EXPECT_EQ(value == kMark, row.poePorts == 0);
         EXPECT_EQ(requests().empty(), row.poePorts == 0);
+        BspPoePortState state{};
+        BspPoePortMeasurement measurement{};
+        BspPoePortSettings settings{};
+        for (const int32_t status :
+             {ioPoePortStateGet(1, &state), ioPoePortMeasurementGet(1, &measurement),
+              ioPoePortSettingsGet(1, &settings)})
+            EXPECT_EQ(status, row.poePorts != 0 ? BSP_OK : BSP_E_POE_UNAVAILABLE);
+        EXPECT_EQ(requests().empty(), row.poePorts == 0);
         // The driver asks for itself, too.
         value = kMark;
         EXPECT_EQ(bspPoeRtl8239GlobalPowerGet(&value),

@@ -15,6 +15,9 @@ BspDevinfo record;
 BspSupplyRecord supply;
 BspPowerInfo readings;
 BspCalendar calendar;
+BspPoePortState state;
+BspPoePortMeasurement measurement;
+BspPoePortSettings settings;
 
 } // namespace
 
@@ -302,6 +305,12 @@ int32_t callEveryFunction() {
     status += ioPoeAppStatusGet(&word);
     status += ioPoeAppUpgradeSet("1");
     status += ioPoeAppVersionGet(text);
+    status += bspPoePortStateGet(1, &state);
+    status += ioPoePortStateGet(1, &state);
+    status += bspPoePortMeasurementGet(1, &measurement);
+    status += ioPoePortMeasurementGet(1, &measurement);
+    status += bspPoePortSettingsGet(1, &settings);
+    status += ioPoePortSettingsGet(1, &settings);
     word += bspLibraryVersion();
     word += bsp_crc32_cal(1, bytes, 1);
     status += bspPoeDriverGet()->deviceInit();

@@ -33,6 +33,9 @@ union Output {
     int32_t integer;
     char text[64];
     BspPowerInfo power;
+    BspPoePortState state;
+    BspPoePortMeasurement measurement;
+    BspPoePortSettings settings;
 };
 
 using Call = int32_t (*)(Output &out);
@@ -97,6 +100,9 @@ const Forwarded kForwarded[] = {
     FORWARDED(PoeAppStatusGet, &out.number),
     FORWARDED(PoeAppUpgradeSet, "/tmp/bsp/devId"),
     FORWARDED(PoeAppVersionGet, out.text),
+    FORWARDED(PoePortStateGet, 6, &out.state),
+    FORWARDED(PoePortMeasurementGet, 6, &out.measurement),
+    FORWARDED(PoePortSettingsGet, 6, &out.settings),
 };
 
 class FacadeTest : public PoeTest {

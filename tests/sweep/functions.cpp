@@ -306,6 +306,9 @@ void addPoeReadings(Table &table) {
     ADD_BOTH(PoePortClassificationGet, (1, output.as<uint32_t>()), kExchange);
     ADD_BOTH(PoePortDisconnectGet, (1, output.as<uint32_t>()), kExchange);
     ADD_BOTH(PoePortInrushModeGet, (1, output.as<uint32_t>()), kExchange);
+    ADD_BOTH(PoePortStateGet, (1, output.as<BspPoePortState>()), kExchange);
+    ADD_BOTH(PoePortMeasurementGet, (1, output.as<BspPoePortMeasurement>()), kExchange);
+    ADD_BOTH(PoePortSettingsGet, (1, output.as<BspPoePortSettings>()), kExchange);
     ADD_BOTH(PoeAppStatusGet, (output.as<uint32_t>()), kAppStatus);
     ADD_BOTH(PoeAppVersionGet, (output.as<char>()), kExchange);
 }
