@@ -15,7 +15,10 @@ constexpr uint32_t kOsHeaderPlace = 39 * 1024 * 1024; // of the header block's c
 /** "/dev/mtd12" */
 std::string bankDevice(uint32_t bank);
 
-/** Reads a bank's header block; the library's status. */
+/**
+ * Reads a bank's header block; the library's status. Throws where others could put their own header
+ * in its place, on its way through the shared folder.
+ */
 int32_t readOsHeader(uint32_t bank, Bytes &header);
 
 } // namespace iodbg

@@ -24,8 +24,12 @@ Finding bootFinding() {
 Finding bankFinding(uint32_t bank) {
     const std::string name = "bank " + std::to_string(bank);
     Bytes header;
-    if (const int32_t status = readOsHeader(bank, header); status != BSP_OK)
-        return unreadable(name, status);
+    try {
+        if (const int32_t status = readOsHeader(bank, header); status != BSP_OK)
+            return unreadable(name, status);
+    } catch (const Failure &failure) {
+        return {name, Severity::Fault, failure.what(), ""};
+    }
     if (isErased(header))
         return {name, Severity::Warning, "holds no image",
                 "write one with 'iodbg upgrade os FILE --bank " + std::to_string(bank) + "'"};

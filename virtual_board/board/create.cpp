@@ -58,7 +58,11 @@ class TemporaryFolder {
     bool makeFolder(const std::string &name) {
         made_.push_back(path_ + "/" + name);
         std::error_code failure;
-        return fs::create_directory(made_.back(), failure);
+        // As the board's start scripts make them, whatever the user's umask is.
+        fs::create_directory(made_.back(), failure);
+        if (!failure)
+            fs::permissions(made_.back(), fs::perms(0755), failure);
+        return !failure;
     }
 
     bool writeFile(const std::string &name, const void *data, size_t size) {
