@@ -67,10 +67,10 @@ bool FlashContent::erase(uint32_t offset, uint32_t length) const {
                   static_cast<off_t>(length)) == 0)
         return true;
     // File systems without holes.
-    constexpr uint8_t kErased[kChunk] = {};
+    constexpr uint8_t kErasedChunk[kChunk] = {};
     while (length > 0) {
         const uint32_t count = std::min(length, kChunk);
-        if (!writeAll(fd_, kErased, count, offset))
+        if (!writeAll(fd_, kErasedChunk, count, offset))
             return false;
         offset += count;
         length -= count;
