@@ -13,8 +13,14 @@
  *    kernel module wrote.
  *  - Data goes through buffers that the caller owns and sizes. Unless a function says otherwise its
  *    outputs are untouched when it fails.
+ *  - Pointers are trusted. A null one is answered where a function lists BSP_E_NULL or
+ *    BSP_E_POE_NULL. Any other null or wrong pointer, a buffer that is smaller than documented, and
+ *    a text without a zero behind it end the process or spoil its memory.
  *  - Every call opens what it needs and closes it again. Nothing is kept between calls. Only flash
  *    and the PoE controller are locked, as their sections say.
+ *  - The library keeps two lock files in /tmp, and devId, poeApp and osHeader.bin in the directory
+ *    /tmp/bsp, which start-up has to make: root's, mode 0755. A link in the place of one of these
+ *    files is not followed: it is as a file that cannot be opened.
  *  - Diagnostics are printed on standard output, the system's own reasons (perror) on standard
  *    error. They never replace the status.
  */
@@ -1110,6 +1116,12 @@ BSP_API int32_t bsp_smi_write(uint32_t unit, uint32_t addrA, uint32_t reserved, 
  * The partitions are MTD character devices. Writing and reading hold the flash lock
  * (/tmp/bspFlashLockFile, a record lock of the process) for the whole transfer; where the lock file
  * cannot be opened they go on without it.
+ *
+ * A record lock keeps processes apart, not the threads of one: those all get it at once. And a
+ * process loses it as soon as any of its threads closes any descriptor of the lock file, as each
+ * flash call does at its end: then other processes come in while the first thread still works. So a
+ * process does its flash work, header reads and upgrades included, in one thread at a time, and
+ * leaves the lock file alone.
  * --------------------------------------------------------------------------------------------- */
 
 /**
@@ -1178,6 +1190,12 @@ enum BspImageKind {
  * the command nanddump, under the flash lock). The block is not interpreted: an empty bank gives
  * 512 bytes of 0xFF.
  *
+ * The command's output is one file for all, and it is read after the lock was given back. Of two
+ * processes that read headers at once, one may get the header of the other's bank with BSP_OK (one
+ * time in twenty when both do nothing else), or find the file incomplete or gone; a header read in
+ * the last moments of an upgrade may take the upgrade's file away. Callers see to it that one
+ * process at a time reads headers or upgrades.
+ *
  * @param header  receives BSP_OS_HEADER_SIZE bytes
  * @param bank    0 for /dev/mtd12, any other value for /dev/mtd14
  * @return BSP_OK; BSP_E_NULL; BSP_E_LOCK; BSP_E_FAILED when the command fails; BSP_E_OPEN or
@@ -1198,9 +1216,9 @@ BSP_API int32_t bspOsImageInfoGet(uint8_t *header, int32_t bank);
  * BSP_E_NULL, a path that is too long, and the removal of the work file.
  *  - BSP_E_NULL; BSP_E_SHORT_READ for a missing file or a header block that cannot be read;
  *    BSP_E_FAILED for a file that is too large, for a path that is too long for a command line (127
- *    characters), or when a command fails; BSP_E_LOCK; BSP_E_NO_MEMORY; BSP_E_OPEN; BSP_E_WRITE for
- *    a file of fewer than 512 bytes (found after it was written); or the status of the command that
- *    removes the work file.
+ *    characters; one that begins with "-" is two longer there), or when a command fails;
+ *    BSP_E_LOCK; BSP_E_NO_MEMORY; BSP_E_OPEN; BSP_E_WRITE for a file of fewer than 512 bytes (found
+ *    after it was written); or the status of the command that removes the work file.
  *
  * Boot loader (BSP_IMAGE_BOOT): checks the file (trailer of 80 bytes: magic, board name, length,
  * two CRCs), then erases /dev/mtd0 and writes it, under the flash lock.
