@@ -40,8 +40,8 @@ int32_t findFan(uint32_t fan, const bsp::Fans **fans, bsp::CallSite site = bsp::
 
 } // namespace
 
-int32_t bspFanSpeedGet(uint32_t fan, uint32_t *out) {
-    if (out == nullptr)
+int32_t bspFanSpeedGet(uint32_t fan, uint32_t *rpm) {
+    if (rpm == nullptr)
         return BSP_E_NULL;
     const bsp::Fans *fans = nullptr;
     if (const int32_t status = findFan(fan, &fans); status != BSP_OK)
@@ -51,7 +51,7 @@ int32_t bspFanSpeedGet(uint32_t fan, uint32_t *out) {
     if (const int32_t status = bspCpldGet(kTachometerRegister + place.pair, &reg); status != BSP_OK)
         return status;
     const unsigned shift = fans->haveOwnTachometers ? place.fanOfPair * kTachometerWidth : 0;
-    *out = (uint32_t{reg} >> shift & kTachometerMask) * kRpmPerCount;
+    *rpm = (uint32_t{reg} >> shift & kTachometerMask) * kRpmPerCount;
     return BSP_OK;
 }
 

@@ -12,14 +12,14 @@ constexpr uint32_t kSensorDevice = 0x4F;
 
 // The sensor is sent no register number: it answers the one that is selected when it starts, whose
 // first byte is the temperature in whole degrees.
-int32_t bspTemperGet(uint32_t, int32_t *out) {
-    if (out == nullptr)
+int32_t bspTemperGet(uint32_t, int32_t *celsius) {
+    if (celsius == nullptr)
         return BSP_E_NULL;
     uint8_t degrees = 0;
     if (const int32_t status =
             bspI2cRead(kSensorBus, kSensorChannel, kSensorDevice, 0, 0, &degrees, sizeof(degrees));
         status != BSP_OK)
         return status;
-    *out = degrees <= INT8_MAX ? degrees : degrees - (UINT8_MAX + 1);
+    *celsius = degrees <= INT8_MAX ? degrees : degrees - (UINT8_MAX + 1);
     return BSP_OK;
 }

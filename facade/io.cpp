@@ -75,11 +75,11 @@ int32_t ioBootFlagGet(int32_t *flag) {
 int32_t ioBootFlagSet(int32_t flag) {
     return bspBootFlagSet(flag);
 }
-int32_t ioBaudrateGet(uint32_t *rate) {
-    return bspBaudrateGet(rate);
+int32_t ioBaudrateGet(uint32_t *baud) {
+    return bspBaudrateGet(baud);
 }
-int32_t ioBaudrateSet(uint32_t rate) {
-    return bspBaudrateSet(rate);
+int32_t ioBaudrateSet(uint32_t baud) {
+    return bspBaudrateSet(baud);
 }
 int32_t ioConsolePwdValidGet(uint32_t *valid) {
     return bspConsolePwdValidGet(valid);
@@ -166,8 +166,8 @@ int32_t ioSlotPowerStateSet(uint32_t slot, uint32_t state) {
 }
 
 // Fans, temperature, clock
-int32_t ioFanSpeedGet(uint32_t fan, uint32_t *out) {
-    return bspFanSpeedGet(fan, out);
+int32_t ioFanSpeedGet(uint32_t fan, uint32_t *rpm) {
+    return bspFanSpeedGet(fan, rpm);
 }
 int32_t ioFanSpeedSet(uint32_t fan, int32_t level) {
     return bspFanSpeedSet(fan, level);
@@ -175,8 +175,8 @@ int32_t ioFanSpeedSet(uint32_t fan, int32_t level) {
 int32_t ioFanPresentGet(int32_t fan, uint32_t *out) {
     return bspFanPresentGet(fan, out);
 }
-int32_t ioTemperGet(uint32_t sensor, int32_t *out) {
-    return bspTemperGet(sensor, out);
+int32_t ioTemperGet(uint32_t sensor, int32_t *celsius) {
+    return bspTemperGet(sensor, celsius);
 }
 int32_t ioRealtimeGet(BspCalendar *record) {
     return bspRealtimeGet(record);
@@ -230,8 +230,8 @@ int32_t ioPoeInitStatusSet(uint32_t status) {
 int32_t ioPoeInitStatusGet(uint32_t *out) {
     return bspPoeInitStatusGet(out);
 }
-int32_t ioPoeGlobalMaxPowerSet(uint32_t power) {
-    return bspPoeGlobalMaxPowerSet(power);
+int32_t ioPoeGlobalMaxPowerSet(uint32_t milliwatts) {
+    return bspPoeGlobalMaxPowerSet(milliwatts);
 }
 int32_t ioPoePortModeSet(uint32_t port, uint32_t mode) {
     return bspPoePortModeSet(port, mode);
@@ -248,8 +248,8 @@ int32_t ioPoePortClassificationSet(uint32_t port) {
 int32_t ioPoePortPrioritySet(uint32_t port, uint32_t priority) {
     return bspPoePortPrioritySet(port, priority);
 }
-int32_t ioPoePortMaxPowerSet(uint32_t port, uint32_t power) {
-    return bspPoePortMaxPowerSet(port, power);
+int32_t ioPoePortMaxPowerSet(uint32_t port, uint32_t milliwatts) {
+    return bspPoePortMaxPowerSet(port, milliwatts);
 }
 int32_t ioPoePortLegacyEnableSet(uint32_t port, uint32_t enable) {
     return bspPoePortLegacyEnableSet(port, enable);
@@ -266,29 +266,29 @@ int32_t ioPoePortMaxPowerTypeSet(uint32_t port, uint32_t type) {
 int32_t ioPoePortLedStateSet(uint32_t port, uint32_t state) {
     return bspPoePortLedStateSet(port, state);
 }
-int32_t ioPoeGlobalMaxPowerGet(uint32_t *out) {
-    return bspPoeGlobalMaxPowerGet(out);
+int32_t ioPoeGlobalMaxPowerGet(uint32_t *milliwatts) {
+    return bspPoeGlobalMaxPowerGet(milliwatts);
 }
-int32_t ioPoeGlobalRatedPowerGet(int32_t supplyIndex, uint32_t *out) {
-    return bspPoeGlobalRatedPowerGet(supplyIndex, out);
+int32_t ioPoeGlobalRatedPowerGet(int32_t supplyIndex, uint32_t *milliwatts) {
+    return bspPoeGlobalRatedPowerGet(supplyIndex, milliwatts);
 }
-int32_t ioPoeGlobalPowerGet(uint32_t *out) {
-    return bspPoeGlobalPowerGet(out);
+int32_t ioPoeGlobalPowerGet(uint32_t *milliwatts) {
+    return bspPoeGlobalPowerGet(milliwatts);
 }
 int32_t ioPoePortModeGet(uint32_t port, uint32_t *out) {
     return bspPoePortModeGet(port, out);
 }
-int32_t ioPoePortCurrentGet(uint32_t port, uint32_t *out) {
-    return bspPoePortCurrentGet(port, out);
+int32_t ioPoePortCurrentGet(uint32_t port, uint32_t *milliamperes) {
+    return bspPoePortCurrentGet(port, milliamperes);
 }
-int32_t ioPoePortVoltageGet(uint32_t port, uint32_t *out) {
-    return bspPoePortVoltageGet(port, out);
+int32_t ioPoePortVoltageGet(uint32_t port, uint32_t *volts) {
+    return bspPoePortVoltageGet(port, volts);
 }
-int32_t ioPoePortPowerGet(uint32_t port, uint32_t *out) {
-    return bspPoePortPowerGet(port, out);
+int32_t ioPoePortPowerGet(uint32_t port, uint32_t *milliwatts) {
+    return bspPoePortPowerGet(port, milliwatts);
 }
-int32_t ioPoePortMaxPowerGet(uint32_t port, uint32_t *out) {
-    return bspPoePortMaxPowerGet(port, out);
+int32_t ioPoePortMaxPowerGet(uint32_t port, uint32_t *milliwatts) {
+    return bspPoePortMaxPowerGet(port, milliwatts);
 }
 int32_t ioPoePortFaultGet(uint32_t port, uint32_t *out) {
     return bspPoePortFaultGet(port, out);

@@ -104,20 +104,20 @@ int32_t bspBootFlagSet(int32_t flag) {
     return storeNumber(kBootFlag, flag);
 }
 
-int32_t bspBaudrateGet(uint32_t *rate) {
-    if (rate == nullptr)
+int32_t bspBaudrateGet(uint32_t *baud) {
+    if (baud == nullptr)
         return BSP_E_NULL;
     SlotText text;
     const char *value = findValue(kBaudrate, text);
-    *rate = value != nullptr ? static_cast<uint32_t>(std::strtoul(value, nullptr, 10))
+    *baud = value != nullptr ? static_cast<uint32_t>(std::strtoul(value, nullptr, 10))
                              : kDefaultBaudrate;
     return BSP_OK;
 }
 
-int32_t bspBaudrateSet(uint32_t rate) {
-    const auto printedRate = static_cast<int32_t>(rate);
+int32_t bspBaudrateSet(uint32_t baud) {
+    const auto printedRate = static_cast<int32_t>(baud);
     const auto *const end = std::end(kBaudrates);
-    const auto *const found = std::find(std::begin(kBaudrates), end, rate);
+    const auto *const found = std::find(std::begin(kBaudrates), end, baud);
     if (found == end) {
         std::printf("%s-%d: Baudrate %d is not supported. i=%d\n", __func__, __LINE__, printedRate,
                     static_cast<int>(found - std::begin(kBaudrates)));

@@ -170,8 +170,8 @@ int32_t bspPoeOptDriver(const uint32_t *portRef, uint32_t op, void *arg) {
 int32_t bspPoeDeviceInit(void) {
     return readAll(BSP_POE_DEVICE_INIT, nullptr);
 }
-int32_t bspPoeGlobalMaxPowerSet(uint32_t power) {
-    return setAll(BSP_POE_GLOBAL_MAX_POWER_SET, power);
+int32_t bspPoeGlobalMaxPowerSet(uint32_t milliwatts) {
+    return setAll(BSP_POE_GLOBAL_MAX_POWER_SET, milliwatts);
 }
 int32_t bspPoeInitStatusSet(uint32_t status) {
     return setAll(BSP_POE_INIT_STATUS_SET, status);
@@ -194,8 +194,8 @@ int32_t bspPoePortClassificationSet(uint32_t port) {
 int32_t bspPoePortPrioritySet(uint32_t port, uint32_t priority) {
     return setPort(BSP_POE_PORT_PRIORITY_SET, port, priority);
 }
-int32_t bspPoePortMaxPowerSet(uint32_t port, uint32_t power) {
-    return setPort(BSP_POE_PORT_MAX_POWER_SET, port, power);
+int32_t bspPoePortMaxPowerSet(uint32_t port, uint32_t milliwatts) {
+    return setPort(BSP_POE_PORT_MAX_POWER_SET, port, milliwatts);
 }
 int32_t bspPoePortLegacyEnableSet(uint32_t port, uint32_t enable) {
     return setPort(BSP_POE_PORT_LEGACY_ENABLE_SET, port, enable);
@@ -209,23 +209,23 @@ int32_t bspPoePortForceInrushSet(uint32_t port, uint32_t force) {
 int32_t bspPoePortMaxPowerTypeSet(uint32_t port, uint32_t type) {
     return setPort(BSP_POE_PORT_MAX_POWER_TYPE_SET, port, type);
 }
-int32_t bspPoeGlobalMaxPowerGet(uint32_t *out) {
-    return readAll(BSP_POE_GLOBAL_MAX_POWER_GET, out);
+int32_t bspPoeGlobalMaxPowerGet(uint32_t *milliwatts) {
+    return readAll(BSP_POE_GLOBAL_MAX_POWER_GET, milliwatts);
 }
-int32_t bspPoeGlobalPowerGet(uint32_t *out) {
-    return readAll(BSP_POE_GLOBAL_POWER_GET, out);
+int32_t bspPoeGlobalPowerGet(uint32_t *milliwatts) {
+    return readAll(BSP_POE_GLOBAL_POWER_GET, milliwatts);
 }
 int32_t bspPoePortModeGet(uint32_t port, uint32_t *out) {
     return readPort(BSP_POE_PORT_MODE_GET, port, out);
 }
-int32_t bspPoePortCurrentGet(uint32_t port, uint32_t *out) {
-    return readPort(BSP_POE_PORT_CURRENT_GET, port, out);
+int32_t bspPoePortCurrentGet(uint32_t port, uint32_t *milliamperes) {
+    return readPort(BSP_POE_PORT_CURRENT_GET, port, milliamperes);
 }
-int32_t bspPoePortPowerGet(uint32_t port, uint32_t *out) {
-    return readPort(BSP_POE_PORT_POWER_GET, port, out);
+int32_t bspPoePortPowerGet(uint32_t port, uint32_t *milliwatts) {
+    return readPort(BSP_POE_PORT_POWER_GET, port, milliwatts);
 }
-int32_t bspPoePortMaxPowerGet(uint32_t port, uint32_t *out) {
-    return readPort(BSP_POE_PORT_MAX_POWER_GET, port, out);
+int32_t bspPoePortMaxPowerGet(uint32_t port, uint32_t *milliwatts) {
+    return readPort(BSP_POE_PORT_MAX_POWER_GET, port, milliwatts);
 }
 int32_t bspPoePortFaultGet(uint32_t port, uint32_t *out) {
     return readPort(BSP_POE_PORT_FAULT_GET, port, out);
@@ -269,18 +269,18 @@ int32_t bspPoeDebugChipDispatchHelp(int32_t index) {
     return bspPoeOptDriver(&row, BSP_POE_DEBUG_DISPATCH_HELP, nullptr);
 }
 
-int32_t bspPoePortVoltageGet(uint32_t port, uint32_t *out) {
+int32_t bspPoePortVoltageGet(uint32_t port, uint32_t *volts) {
     uint32_t millivolts = 0;
-    uint32_t *reading = out != nullptr ? &millivolts : nullptr; // which the driver refuses
+    uint32_t *reading = volts != nullptr ? &millivolts : nullptr; // which the driver refuses
     const int32_t status = readPort(BSP_POE_PORT_VOLTAGE_GET, port, reading);
-    if (status != BSP_OK || out == nullptr)
+    if (status != BSP_OK || volts == nullptr)
         return status;
-    *out = bsp::wholeVolts(millivolts);
+    *volts = bsp::wholeVolts(millivolts);
     return BSP_OK;
 }
 
-int32_t bspPoeGlobalRatedPowerGet(int32_t supplyIndex, uint32_t *out) {
-    if (out == nullptr)
+int32_t bspPoeGlobalRatedPowerGet(int32_t supplyIndex, uint32_t *milliwatts) {
+    if (milliwatts == nullptr)
         return BSP_E_NULL;
     uint32_t devId = 0;
     if (const int32_t status = bspDevIdGet(&devId); status != BSP_OK)
@@ -292,7 +292,7 @@ int32_t bspPoeGlobalRatedPowerGet(int32_t supplyIndex, uint32_t *out) {
         return status;
     if (supplyIndex < 1 || supplyIndex > supplies)
         return BSP_E_NOT_SUPPORTED;
-    *out = kRatedPower;
+    *milliwatts = kRatedPower;
     return BSP_OK;
 }
 

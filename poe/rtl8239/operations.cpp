@@ -90,15 +90,15 @@ int32_t bspPoeRtl8239AppVersionGet(char *text) {
     return BSP_OK;
 }
 
-int32_t bspPoeRtl8239GlobalMaxPowerSet(uint32_t power) {
+int32_t bspPoeRtl8239GlobalMaxPowerSet(uint32_t milliwatts) {
     const BspPoePortMap *map = bspPoeRtl8239PortMapGet();
     if (map == nullptr)
         return BSP_E_POE_UNAVAILABLE;
-    return rtl8239CmdGlobalPowerSourceSet(static_cast<int32_t>(map->powerBank), power, 0);
+    return rtl8239CmdGlobalPowerSourceSet(static_cast<int32_t>(map->powerBank), milliwatts, 0);
 }
 
-int32_t bspPoeRtl8239GlobalMaxPowerGet(uint32_t *out) {
-    if (out == nullptr)
+int32_t bspPoeRtl8239GlobalMaxPowerGet(uint32_t *milliwatts) {
+    if (milliwatts == nullptr)
         return BSP_E_POE_NULL;
     const BspPoePortMap *map = bspPoeRtl8239PortMapGet();
     if (map == nullptr)
@@ -108,17 +108,17 @@ int32_t bspPoeRtl8239GlobalMaxPowerGet(uint32_t *out) {
             rtl8239CmdGlobalPowerSourceGet(static_cast<int32_t>(map->powerBank), &source);
         status != BSP_OK)
         return status;
-    *out = source.power;
+    *milliwatts = source.power;
     return BSP_OK;
 }
 
-int32_t bspPoeRtl8239GlobalPowerGet(uint32_t *out) {
-    if (out == nullptr)
+int32_t bspPoeRtl8239GlobalPowerGet(uint32_t *milliwatts) {
+    if (milliwatts == nullptr)
         return BSP_E_POE_NULL;
     Rtl8239PowerTotals totals{};
     if (const int32_t status = rtl8239CmdQuery41Get(&totals); status != BSP_OK)
         return status;
-    *out = totals.power7;
+    *milliwatts = totals.power7;
     return BSP_OK;
 }
 
@@ -167,8 +167,8 @@ int32_t bspPoeRtl8239PortPrioritySet(uint32_t port, uint32_t priority) {
     return setPort(rtl8239CmdPortPrioritySet, port, 3 - static_cast<int32_t>(priority));
 }
 
-int32_t bspPoeRtl8239PortMaxPowerSet(uint32_t port, uint32_t power) {
-    return rtl8239CmdPortMaxPowerValueExtSet(asPort(port), asPort(port), power);
+int32_t bspPoeRtl8239PortMaxPowerSet(uint32_t port, uint32_t milliwatts) {
+    return rtl8239CmdPortMaxPowerValueExtSet(asPort(port), asPort(port), milliwatts);
 }
 
 int32_t bspPoeRtl8239PortLegacyEnableSet(uint32_t port, uint32_t enable) {
@@ -192,23 +192,23 @@ int32_t bspPoeRtl8239PortMaxPowerTypeSet(uint32_t port, uint32_t type) {
     return setPort(rtl8239CmdPortMaxPowerTypeSet, port, static_cast<int32_t>(type));
 }
 
-int32_t bspPoeRtl8239PortVoltageGet(uint32_t port, uint32_t *out) {
-    return readPort(rtl8239CmdPortMeasurementGet, port, out,
+int32_t bspPoeRtl8239PortVoltageGet(uint32_t port, uint32_t *millivolts) {
+    return readPort(rtl8239CmdPortMeasurementGet, port, millivolts,
                     [](const Rtl8239PortMeasurement &record) { return record.voltage; });
 }
 
-int32_t bspPoeRtl8239PortCurrentGet(uint32_t port, uint32_t *out) {
-    return readPort(rtl8239CmdPortMeasurementGet, port, out,
+int32_t bspPoeRtl8239PortCurrentGet(uint32_t port, uint32_t *milliamperes) {
+    return readPort(rtl8239CmdPortMeasurementGet, port, milliamperes,
                     [](const Rtl8239PortMeasurement &record) { return record.current; });
 }
 
-int32_t bspPoeRtl8239PortPowerGet(uint32_t port, uint32_t *out) {
-    return readPort(rtl8239CmdPortMeasurementGet, port, out,
+int32_t bspPoeRtl8239PortPowerGet(uint32_t port, uint32_t *milliwatts) {
+    return readPort(rtl8239CmdPortMeasurementGet, port, milliwatts,
                     [](const Rtl8239PortMeasurement &record) { return record.power; });
 }
 
-int32_t bspPoeRtl8239PortMaxPowerGet(uint32_t port, uint32_t *out) {
-    return readPort(rtl8239CmdQuery49Get, port, out,
+int32_t bspPoeRtl8239PortMaxPowerGet(uint32_t port, uint32_t *milliwatts) {
+    return readPort(rtl8239CmdQuery49Get, port, milliwatts,
                     [](const Rtl8239PortPowerConfig &record) { return record.powerLimit; });
 }
 
