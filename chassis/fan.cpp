@@ -10,13 +10,10 @@ namespace {
 constexpr uint32_t kLevelRegister = 6; // shared with PoE and the PTP line
 constexpr int kLevelBit = 5;
 constexpr unsigned kLevelWidth = 4;
-constexpr int32_t kMinLevel = 1;
-constexpr int32_t kMaxLevel = 10;
 
 constexpr uint32_t kTachometerRegister = 28; // of the first pair of fans
 constexpr unsigned kTachometerWidth = 8;
 constexpr uint32_t kTachometerMask = 0xFF;
-constexpr uint32_t kRpmPerCount = 120;
 
 constexpr uint32_t kFansPerPair = 2; // share a register, and a presence line
 
@@ -51,17 +48,17 @@ int32_t bspFanSpeedGet(uint32_t fan, uint32_t *rpm) {
     if (const int32_t status = bspCpldGet(kTachometerRegister + place.pair, &reg); status != BSP_OK)
         return status;
     const unsigned shift = fans->haveOwnTachometers ? place.fanOfPair * kTachometerWidth : 0;
-    *rpm = (uint32_t{reg} >> shift & kTachometerMask) * kRpmPerCount;
+    *rpm = (uint32_t{reg} >> shift & kTachometerMask) * BSP_FAN_STEP_RPM;
     return BSP_OK;
 }
 
 int32_t bspFanSpeedSet(uint32_t, int32_t level) {
-    if (level < kMinLevel || level > kMaxLevel)
+    if (level < BSP_FAN_LEVEL_MIN || level > BSP_FAN_LEVEL_MAX)
         return BSP_E_INVALID;
     uint16_t reg = 0;
     if (const int32_t status = bspCpldGet(kLevelRegister, &reg); status != BSP_OK)
         return status;
-    const auto code = static_cast<uint32_t>(level - kMinLevel);
+    const auto code = static_cast<uint32_t>(level - BSP_FAN_LEVEL_MIN);
     return bspCpldSet(kLevelRegister, bsp::withField(reg, kLevelBit, kLevelWidth, code));
 }
 
@@ -77,6 +74,7 @@ int32_t bspFanPresentGet(int32_t fan, uint32_t *out) {
         if (const int32_t status = bspCpldGet(fans->presenceRegister, &reg); status != BSP_OK)
             return status;
     }
-    *out = bsp::hasBit(reg, fans->presenceBit + placeOf(number).pair) ? 1 : 0;
+    *out = bsp::hasBit(reg, fans->presenceBit + placeOf(number).pair) ? BSP_FAN_PRESENT
+                                                                      : BSP_FAN_MISSING;
     return BSP_OK;
 }

@@ -10,14 +10,6 @@ constexpr uint32_t kLampRegister = 7;
 constexpr uint32_t kPoeLampRegister = 13; // the first of several, 16 ports each
 constexpr uint32_t kPortsPerRegister = 16;
 
-enum Kind : uint32_t {
-    kSystemLamp = 1,
-    kLamp4 = 4,
-    kLamp5 = 5,
-    kIndexedLamp = 7,
-    kPoePortLamp = 9,
-};
-
 /** Where a lamp's field lies. */
 struct Lamp {
     uint32_t reg;
@@ -41,19 +33,19 @@ int32_t findPoePortLamp(uint32_t index, Lamp *lamp) {
 
 int32_t findLamp(uint32_t kind, uint32_t index, Lamp *lamp) {
     switch (kind) {
-    case kSystemLamp:
+    case BSP_LED_SYSTEM:
         *lamp = {kLampRegister, 0, 2};
         return BSP_OK;
-    case kLamp4:
+    case BSP_LED_4:
         *lamp = {kLampRegister, 4, 1};
         return BSP_OK;
-    case kLamp5:
+    case BSP_LED_5:
         *lamp = {kLampRegister, 5, 1};
         return BSP_OK;
-    case kIndexedLamp:
+    case BSP_LED_INDEXED:
         *lamp = {kLampRegister, int64_t{index} + 5, 1};
         return BSP_OK;
-    case kPoePortLamp:
+    case BSP_LED_POE_PORT:
         return findPoePortLamp(index, lamp);
     default:
         return BSP_E_NOT_SUPPORTED;
@@ -63,11 +55,11 @@ int32_t findLamp(uint32_t kind, uint32_t index, Lamp *lamp) {
 /** What is written for a state: the system lamp has four, the others on and off. */
 int32_t encodeState(uint32_t kind, uint32_t state, uint32_t *value) {
     constexpr uint32_t kSystemLampCodes[] = {0, 3, 2, 1};
-    if (state > 3)
+    if (state > BSP_LED_STATE_3)
         return BSP_E_INVALID;
-    if (kind != kSystemLamp && state > 1)
+    if (kind != BSP_LED_SYSTEM && state > BSP_LED_STATE_1)
         return BSP_E_NOT_SUPPORTED;
-    *value = kind == kSystemLamp ? kSystemLampCodes[state] : state;
+    *value = kind == BSP_LED_SYSTEM ? kSystemLampCodes[state] : state;
     return BSP_OK;
 }
 

@@ -15,9 +15,6 @@ namespace {
 using bsp::ChassisClass;
 using bsp::hasBit;
 
-constexpr int32_t kFixedSupplies = 2;
-constexpr int32_t kMaxSupplies = sizeof(BspDevinfo::supplyType);
-
 constexpr uint32_t kSupplyRegister = 30;       // models with fixed supplies
 constexpr uint32_t kOtherPresenceRegister = 6; // other models, active low
 constexpr int32_t kOtherPresenceBit = 8;       // plus the supply's number
@@ -30,15 +27,12 @@ constexpr int64_t kStatusLineA = 3;
 constexpr int64_t kStatusLineB = 5;
 constexpr int64_t kStatusLineC = 7;
 
-constexpr int32_t kTypeLineSet = 1;
-constexpr int32_t kTypeLineClear = 2;
-
 constexpr int kReadAttempts = 3;
 constexpr useconds_t kRejectedPause = 5000;
 constexpr int kVoutExponent = -9; // VOUT_MODE 0x17
 
 constexpr bool isFixedSupply(int32_t index) {
-    return index >= 1 && index <= kFixedSupplies;
+    return index >= 1 && index <= BSP_FIXED_SUPPLIES;
 }
 
 bool hasFixedSupplies(uint32_t devId) {
@@ -50,7 +44,7 @@ int32_t typeFromRecord(int32_t index, int32_t *type, bsp::CallSite site) {
     if (const int32_t status = bsp::readBoardRecord(&record, site); status != BSP_OK)
         return status;
     const int32_t count = record.supplyCount;
-    if (index < 1 || index > count || index > kMaxSupplies) {
+    if (index < 1 || index > count || index > BSP_SUPPLIES_MAX) {
         std::printf("%s-%d: power index %d > powerNum %d\n", site.function, site.line, index,
                     count);
         return BSP_E_INVALID;
@@ -67,22 +61,22 @@ int32_t typeFromLines(int32_t index, int32_t *type) {
     // the type of a fixed supply while it is clear.
     if (hasBit(lines, index + kPresenceLine))
         return BSP_E_FAILED;
-    *type = hasBit(lines, index + kTypeLine) ? kTypeLineSet : kTypeLineClear;
+    *type = hasBit(lines, index + kTypeLine) ? BSP_SUPPLY_TYPE_1 : BSP_SUPPLY_TYPE_2;
     return BSP_OK;
 }
 
 int32_t fourFanStatus(uint16_t lines, int32_t index) {
     if (hasBit(lines, index + kStatusLineA))
-        return 3;
+        return BSP_SUPPLY_STATUS_3;
     if (hasBit(lines, index + kStatusLineB) && hasBit(lines, index + kTypeLine))
-        return 1;
-    return hasBit(lines, index + kStatusLineC) ? 0 : 2;
+        return BSP_SUPPLY_STATUS_1;
+    return hasBit(lines, index + kStatusLineC) ? BSP_SUPPLY_STATUS_0 : BSP_SUPPLY_STATUS_2;
 }
 
 int32_t twoFanStatus(uint16_t lines, int32_t index) {
     if (!hasBit(lines, index + kStatusLineC))
-        return 1;
-    return hasBit(lines, index + kStatusLineB) ? 0 : 4;
+        return BSP_SUPPLY_STATUS_1;
+    return hasBit(lines, index + kStatusLineB) ? BSP_SUPPLY_STATUS_0 : BSP_SUPPLY_STATUS_4;
 }
 
 /** What a live reading is, and where it goes. */
@@ -137,7 +131,7 @@ int32_t bspPowerNumGet(int32_t *out) {
     if (const int32_t status = bsp::readDeviceId(&devId); status != BSP_OK)
         return status;
     if (hasFixedSupplies(devId)) {
-        *out = kFixedSupplies;
+        *out = BSP_FIXED_SUPPLIES;
         return BSP_OK;
     }
     BspDevinfo record{};
@@ -145,8 +139,8 @@ int32_t bspPowerNumGet(int32_t *out) {
         return status;
     // The count is stored even when it is refused, so that the caller sees the bad value.
     *out = record.supplyCount;
-    if (*out > kMaxSupplies) {
-        std::printf("%s-%d: power num %d > max %d\n", __func__, __LINE__, *out, kMaxSupplies);
+    if (*out > BSP_SUPPLIES_MAX) {
+        std::printf("%s-%d: power num %d > max %d\n", __func__, __LINE__, *out, BSP_SUPPLIES_MAX);
         return BSP_E_INVALID;
     }
     return BSP_OK;
@@ -190,7 +184,7 @@ int32_t bspPowerStatusGet(int32_t index, int32_t *out) {
         return BSP_E_INVALID;
     const ChassisClass chassis = bsp::boardModel(devId).chassis;
     if (chassis == ChassisClass::Other) {
-        *out = 0;
+        *out = BSP_SUPPLY_STATUS_0;
         return BSP_OK;
     }
     uint16_t lines = 0;

@@ -4,19 +4,17 @@
 
 namespace {
 
-constexpr uint32_t kWatchdogLine = 0;
 constexpr uint32_t kPeriodRegister = 4;
 constexpr unsigned kPeriodShift = 2; // bits 7-2
-constexpr uint32_t kMaxPeriod = 63;
 
 } // namespace
 
 int32_t bspWatchdogFeed(void) {
-    uint32_t level = 0;
+    uint32_t level = BSP_GPIO_LOW;
     // A line that cannot be read counts as low; the edge is what matters.
-    if (bspGpioGetValue(kWatchdogLine, &level) != BSP_OK)
-        level = 0;
-    bspGpioDirectionOutput(kWatchdogLine, level == 0 ? 1 : 0);
+    if (bspGpioGetValue(BSP_GPIO_WATCHDOG, &level) != BSP_OK)
+        level = BSP_GPIO_LOW;
+    bspGpioDirectionOutput(BSP_GPIO_WATCHDOG, level == BSP_GPIO_LOW ? BSP_GPIO_HIGH : BSP_GPIO_LOW);
     return BSP_OK;
 }
 
@@ -26,7 +24,7 @@ int32_t bspWatchdogStart(void) {
 }
 
 int32_t bspWatchdogStop(void) {
-    return bspWatchdogPeriodSet(0);
+    return bspWatchdogPeriodSet(BSP_WATCHDOG_OFF);
 }
 
 int32_t bspWatchdogPeriodGet(uint32_t *period) {
@@ -40,7 +38,7 @@ int32_t bspWatchdogPeriodGet(uint32_t *period) {
 }
 
 int32_t bspWatchdogPeriodSet(uint32_t period) {
-    if (period > kMaxPeriod)
+    if (period > BSP_WATCHDOG_PERIOD_MAX)
         return BSP_E_INVALID;
     return bspCpldSet(kPeriodRegister, period << kPeriodShift);
 }

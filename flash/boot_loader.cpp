@@ -7,6 +7,7 @@
 #include "support/byte_order.h"
 #include "support/owned.h"
 
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -14,32 +15,23 @@
 
 namespace {
 
-constexpr char kDevice[] = "/dev/mtd0";
-constexpr uint32_t kLargestFile = 1048576;
-
-// The trailer. Its fields are big-endian.
-constexpr uint32_t kTrailerSize = 80;
-constexpr uint32_t kMagicAt = 0;
-constexpr uint32_t kLengthAt = 8;
-constexpr uint32_t kTrailerCrcAt = 12;
-constexpr uint32_t kBehindTrailerCrc = 16;
-constexpr uint32_t kDataCrcAt = 20;
-constexpr uint32_t kNameAt = 32;
-constexpr uint32_t kMagic = 0x424F4F54; // "BOOT"
-constexpr char kBoardName[] = "ZENTRAV48_BOOT";
+constexpr uint32_t kTrailerSize = sizeof(BspBootTrailer);
+static_assert(kTrailerSize == 80 && offsetof(BspBootTrailer, boardName) == 32);
 
 using FileBuffer = std::unique_ptr<uint8_t, bsp::FreeMemory>;
 
-bool isForThisBoard(const uint8_t *trailer) {
-    const char *name = reinterpret_cast<const char *>(trailer + kNameAt);
-    return bsp::loadBe32(trailer + kMagicAt) == kMagic &&
-           std::strncmp(name, kBoardName, kTrailerSize - kNameAt) == 0;
+bool isForThisBoard(const BspBootTrailer &trailer) {
+    return bsp::loadBe32(trailer.magic) == BSP_BOOT_MAGIC &&
+           std::strncmp(trailer.boardName, BSP_BOOT_BOARD_NAME, sizeof(trailer.boardName)) == 0;
 }
 
 /** The CRC of all of the trailer but the field that holds it. */
-uint32_t trailerCrc(const uint8_t *trailer) {
-    const uint32_t front = bsp_crc32_cal(0, trailer, kTrailerCrcAt);
-    return bsp_crc32_cal(front, trailer + kBehindTrailerCrc, kTrailerSize - kBehindTrailerCrc);
+uint32_t trailerCrc(const BspBootTrailer &trailer) {
+    constexpr uint32_t kCrcAt = offsetof(BspBootTrailer, trailerCrc);
+    constexpr uint32_t kBehindCrc = kCrcAt + sizeof(trailer.trailerCrc);
+    const auto *bytes = reinterpret_cast<const uint8_t *>(&trailer);
+    const uint32_t front = bsp_crc32_cal(0, bytes, kCrcAt);
+    return bsp_crc32_cal(front, bytes + kBehindCrc, kTrailerSize - kBehindCrc);
 }
 
 int32_t refuse(const char *message) {
@@ -52,9 +44,9 @@ int32_t readFile(const char *path, FileBuffer &data, uint32_t *size) {
     struct stat info = {};
     if (stat(path, &info) != 0)
         return BSP_E_SHORT_READ;
-    if (info.st_size > static_cast<off_t>(kLargestFile))
+    if (info.st_size > static_cast<off_t>(BSP_BOOT_FILE_MAX))
         return refuse("Bios file size error.\r");
-    data.reset(static_cast<uint8_t *>(std::malloc(kLargestFile)));
+    data.reset(static_cast<uint8_t *>(std::malloc(BSP_BOOT_FILE_MAX)));
     if (data == nullptr)
         return BSP_E_NO_MEMORY;
     const bsp::File file(std::fopen(path, "rb"));
@@ -76,14 +68,15 @@ int32_t bsp_bios_file_check(const uint8_t *data, uint32_t size) {
     if (size < kTrailerSize)
         return refuse("Bios file header error(0).");
     const uint32_t dataSize = size - kTrailerSize;
-    const uint8_t *trailer = data + dataSize;
+    BspBootTrailer trailer;
+    std::memcpy(&trailer, data + dataSize, kTrailerSize);
     if (!isForThisBoard(trailer))
         return refuse("Bios file header error(0).");
-    if (bsp::loadBe32(trailer + kLengthAt) != kTrailerSize)
+    if (bsp::loadBe32(trailer.length) != kTrailerSize)
         return refuse("Bios file header error(1).");
-    if (bsp::loadBe32(trailer + kTrailerCrcAt) != trailerCrc(trailer))
+    if (bsp::loadBe32(trailer.trailerCrc) != trailerCrc(trailer))
         return refuse("Bios file header error(2).");
-    if (bsp::loadBe32(trailer + kDataCrcAt) != bsp_crc32_cal(0, data, dataSize))
+    if (bsp::loadBe32(trailer.imageCrc) != bsp_crc32_cal(0, data, dataSize))
         return refuse("Bios file data error.");
     return BSP_OK;
 }
@@ -101,7 +94,9 @@ int32_t bsp::upgradeBootLoader(const char *file) {
     }
     // The file is read again by its name. A failed write is told on the console alone; callers rely
     // on the answer 0 and look at the message.
-    if (const int32_t status = bsp_mtd_write_from_file(file, kDevice, 0); status != BSP_OK)
+    if (const int32_t status =
+            bsp_mtd_write_from_file(file, BSP_MTD_BOOT_LOADER, BSP_MTD_WITHOUT_HEADER);
+        status != BSP_OK)
         std::printf("Update bios file error(%d), you'd better try again...\r\n", status);
     return BSP_OK;
 }

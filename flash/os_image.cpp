@@ -21,9 +21,6 @@ using bsp::ShellWord;
 
 namespace {
 
-constexpr off_t kLargestImage = 0x2700000;
-constexpr unsigned kHeaderOffset = 0x2700000; // of the header block's copy in a partition
-constexpr unsigned kHeaderSize = BSP_OS_HEADER_SIZE;
 constexpr char kHeaderFile[] = "/tmp/bsp/osHeader.bin";
 
 /** A message of this file: prefix, text, carriage return. */
@@ -38,9 +35,9 @@ int32_t readImageSize(const char *file, off_t *size, CallSite site = CallSite::h
         reportLine("OS file state get failed", site);
         return BSP_E_SHORT_READ;
     }
-    if (info.st_size > kLargestImage) {
+    if (info.st_size > BSP_OS_IMAGE_MAX) {
         std::printf("%s-%d: OS file size %d > max %d\r\n", site.function, site.line,
-                    static_cast<int>(info.st_size), static_cast<int>(kLargestImage));
+                    static_cast<int>(info.st_size), BSP_OS_IMAGE_MAX);
         return BSP_E_FAILED;
     }
     *size = info.st_size;
@@ -81,8 +78,8 @@ int32_t bsp_os_image_write(const char *device, const char *file) {
     const ShellWord image(file);
     const ShellCommand erase("flash_erase -q %s 0 0", partition.text());
     const ShellCommand writeImage("nandwrite -q -p %s %s", partition.text(), image.text());
-    const ShellCommand writeHeader("nandwrite -q -p -s %#x %s %s", kHeaderOffset, partition.text(),
-                                   kHeaderFile);
+    const ShellCommand writeHeader("nandwrite -q -p -s %#x %s %s", BSP_OS_HEADER_PLACE,
+                                   partition.text(), kHeaderFile);
     // A name that is too long is refused while the old image is still there.
     if (!erase.fits() || !writeImage.fits() || !writeHeader.fits())
         return BSP_E_FAILED;
@@ -111,7 +108,7 @@ int32_t bsp_os_file_header_to_file(const char *imageFile, const char *headerFile
     off_t size = 0;
     if (const int32_t status = readImageSize(imageFile, &size); status != BSP_OK)
         return status;
-    const bsp::PageBuffer header(static_cast<uint8_t *>(std::malloc(kHeaderSize)));
+    const bsp::PageBuffer header(static_cast<uint8_t *>(std::malloc(BSP_OS_HEADER_SIZE)));
     if (header == nullptr) {
         reportLine("malloc fail.", CallSite::here());
         return BSP_E_NO_MEMORY;
@@ -120,15 +117,15 @@ int32_t bsp_os_file_header_to_file(const char *imageFile, const char *headerFile
     if (!image.isOpen())
         return BSP_E_OPEN;
     // An image without room for a header block has no such position.
-    const off_t start = size - static_cast<off_t>(kHeaderSize);
+    const off_t start = size - static_cast<off_t>(BSP_OS_HEADER_SIZE);
     if (start < 0 || lseek(image.get(), start, SEEK_SET) != start)
         return BSP_E_WRITE;
-    if (!bsp::readWhole(image.get(), header.get(), kHeaderSize))
+    if (!bsp::readWhole(image.get(), header.get(), BSP_OS_HEADER_SIZE))
         return BSP_E_SHORT_READ;
     const bsp::Descriptor copy(openReported(headerFile, O_RDWR | O_CREAT | O_NOFOLLOW, 0644));
     if (!copy.isOpen())
         return BSP_E_OPEN;
-    [[maybe_unused]] const ssize_t written = write(copy.get(), header.get(), kHeaderSize);
+    [[maybe_unused]] const ssize_t written = write(copy.get(), header.get(), BSP_OS_HEADER_SIZE);
     return BSP_OK;
 }
 
@@ -138,7 +135,7 @@ int32_t bsp_os_header_file_to_buffer(const char *headerFile, uint8_t *buffer) {
     const bsp::Descriptor file(openReported(headerFile, O_RDONLY | O_NOFOLLOW));
     if (!file.isOpen())
         return BSP_E_OPEN;
-    uint8_t header[kHeaderSize];
+    uint8_t header[BSP_OS_HEADER_SIZE];
     if (!bsp::readWhole(file.get(), header, sizeof(header)))
         return BSP_E_SHORT_READ;
     std::copy(std::begin(header), std::end(header), buffer);
@@ -156,8 +153,8 @@ int32_t bspOsImageInfoGet(uint8_t *header, int32_t bank) {
             reportLine("flash lock failed", CallSite::here());
             return BSP_E_LOCK;
         }
-        result = ShellCommand("nanddump -q -s %#x -l %#x %s -f %s", kHeaderOffset, kHeaderSize,
-                              device, kHeaderFile)
+        result = ShellCommand("nanddump -q -s %#x -l %#x %s -f %s", BSP_OS_HEADER_PLACE,
+                              BSP_OS_HEADER_SIZE, device, kHeaderFile)
                      .run();
     }
     if (result != 0) {

@@ -9,7 +9,7 @@ namespace bsp {
 
 /** The partition of a bank: 0, or any other value for the second. */
 constexpr const char *bankDevice(int32_t bank) {
-    return bank == 0 ? "/dev/mtd12" : "/dev/mtd14";
+    return bank == BSP_OS_BANK_0 ? BSP_MTD_OS_BANK_0 : BSP_MTD_OS_BANK_1;
 }
 
 } // namespace bsp

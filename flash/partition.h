@@ -1,6 +1,7 @@
 #pragma once
 // What writing, reading and erasing a flash partition share.
 
+#include "bsp.h"
 #include "support/mtd.h"
 #include "support/owned.h"
 
@@ -14,7 +15,6 @@ namespace bsp {
 using PageBuffer = std::unique_ptr<uint8_t, FreeMemory>;
 
 /** In front of a stored file there may be its length, big-endian, and a marker. */
-constexpr uint32_t kLengthHeaderSize = 8;
 constexpr uint8_t kLengthMarker[] = {0xA1, 0x02, 0xA3, 0x04};
 
 /** Opens a partition, or the file beside it, with synchronous I/O; a failure is printed. */

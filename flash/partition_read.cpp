@@ -21,16 +21,16 @@ struct Extent {
 /** Where the stored file lies, told by the length header. Nothing of an empty or foreign partition.
  */
 int32_t findStoredFile(int device, uint32_t partitionSize, Extent &extent) {
-    uint8_t header[bsp::kLengthHeaderSize] = {};
+    uint8_t header[BSP_MTD_HEADER_SIZE] = {};
     if (!bsp::readWhole(device, header, sizeof(header)))
         return BSP_E_SHORT_READ;
     const uint32_t length = bsp::loadBe32(header);
     const bool isMarked =
         std::memcmp(header + 4, bsp::kLengthMarker, sizeof(bsp::kLengthMarker)) == 0;
     // An erased length, FFFFFFFF, fits into no partition.
-    const bool fits = uint64_t{length} + bsp::kLengthHeaderSize <= partitionSize;
+    const bool fits = uint64_t{length} + BSP_MTD_HEADER_SIZE <= partitionSize;
     if (isMarked && fits)
-        extent = {bsp::kLengthHeaderSize, length};
+        extent = {BSP_MTD_HEADER_SIZE, length};
     return BSP_OK;
 }
 

@@ -29,9 +29,9 @@ struct Transfer {
 
 /** The bytes written first. Pages smaller than the length header, as NOR flash has, are joined. */
 constexpr uint32_t headerPageSize(uint32_t pageSize) {
-    if (pageSize >= bsp::kLengthHeaderSize)
+    if (pageSize >= BSP_MTD_HEADER_SIZE)
         return pageSize;
-    return (bsp::kLengthHeaderSize + pageSize - 1) / pageSize * pageSize;
+    return (BSP_MTD_HEADER_SIZE + pageSize - 1) / pageSize * pageSize;
 }
 
 /**
@@ -55,12 +55,12 @@ void erase(int device, const bsp::FlashGeometry &geometry, uint64_t fileSize, bo
  */
 int32_t writeHeaderPage(Transfer &transfer) {
     const uint32_t size = headerPageSize(transfer.pageSize);
-    const auto count = static_cast<uint32_t>(
-        std::min<uint64_t>(transfer.remaining, size - bsp::kLengthHeaderSize));
+    const auto count =
+        static_cast<uint32_t>(std::min<uint64_t>(transfer.remaining, size - BSP_MTD_HEADER_SIZE));
     std::memset(transfer.page, 0, size);
     bsp::storeBe32(transfer.page, static_cast<uint32_t>(transfer.remaining));
     std::copy(std::begin(bsp::kLengthMarker), std::end(bsp::kLengthMarker), transfer.page + 4);
-    if (!bsp::readWhole(transfer.file, transfer.page + bsp::kLengthHeaderSize, count))
+    if (!bsp::readWhole(transfer.file, transfer.page + BSP_MTD_HEADER_SIZE, count))
         return BSP_E_SHORT_READ;
     [[maybe_unused]] const ssize_t written = write(transfer.device, transfer.page, size);
 

@@ -1,12 +1,14 @@
 #pragma once
 // Command lines for the system's shell.
 
+#include "bsp.h"
+
 #include <cstddef>
 #include <cstdlib>
 
 namespace bsp {
 
-constexpr size_t kCommandSize = 128; // with the terminating zero
+constexpr size_t kCommandSize = BSP_COMMAND_LINE_MAX + 1; // with the terminating zero
 
 /** A file name as one word of a command line: bare, or in single quotes when it holds characters
  * that mean something to the shell. A name that begins with "-" goes as "./-name", or the command

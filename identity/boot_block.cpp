@@ -9,14 +9,10 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace {
-constexpr char kDevice[] = "/dev/mtd4";
-}
-
 int32_t bsp::readBootBlock(uint8_t *block) {
     if (block == nullptr)
         return BSP_E_NULL;
-    const Descriptor device(open(kDevice, O_RDONLY | O_CLOEXEC));
+    const Descriptor device(open(BSP_MTD_BOOT_SETTINGS, O_RDONLY | O_CLOEXEC));
     if (!device.isOpen())
         return BSP_E_OPEN;
     uint8_t stored[kBootBlockSize];
@@ -29,7 +25,7 @@ int32_t bsp::readBootBlock(uint8_t *block) {
 int32_t bsp::writeBootBlock(const uint8_t *block) {
     if (block == nullptr)
         return BSP_E_NULL;
-    const Descriptor device(open(kDevice, O_RDWR | O_DSYNC | O_CLOEXEC));
+    const Descriptor device(open(BSP_MTD_BOOT_SETTINGS, O_RDWR | O_DSYNC | O_CLOEXEC));
     if (!device.isOpen())
         return BSP_E_OPEN;
     FlashGeometry geometry = {};

@@ -1,5 +1,5 @@
 #pragma once
-// The block of boot settings: the first 256 bytes of /dev/mtd4.
+// The block of boot settings: the first 256 bytes of its partition.
 
 #include <cstddef>
 #include <cstdint>

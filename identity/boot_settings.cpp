@@ -26,8 +26,8 @@ constexpr Slot kUserPassword = {128, 32, "user_pwd="};
 constexpr Slot kBootPassword = {192, 64, "boot_pwd="};
 constexpr size_t kLargestSlot = 64;
 
-constexpr uint32_t kBaudrates[] = {9600, 19200, 38400, 57600, 115200};
-constexpr uint32_t kDefaultBaudrate = 115200;
+constexpr uint32_t kBaudrates[] = {BSP_BAUDRATE_9600, BSP_BAUDRATE_19200, BSP_BAUDRATE_38400,
+                                   BSP_BAUDRATE_57600, BSP_BAUDRATE_115200};
 
 /** What a slot holds, with room for the zero that ends the text of a slot without one. */
 using SlotText = std::array<char, kLargestSlot + 1>;
@@ -110,7 +110,7 @@ int32_t bspBaudrateGet(uint32_t *baud) {
     SlotText text;
     const char *value = findValue(kBaudrate, text);
     *baud = value != nullptr ? static_cast<uint32_t>(std::strtoul(value, nullptr, 10))
-                             : kDefaultBaudrate;
+                             : uint32_t{BSP_BAUDRATE_DEFAULT};
     return BSP_OK;
 }
 

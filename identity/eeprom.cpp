@@ -8,19 +8,15 @@
 
 namespace {
 
-constexpr uint32_t kBlockSize = 256; // each block answers at a device address of its own
-constexpr uint32_t kPageSize = 16;   // longest chunk; a write wraps at the end of its page
+constexpr uint32_t kBlockSize = BSP_EEPROM_BLOCK_SIZE;
+constexpr uint32_t kPageSize = BSP_EEPROM_PAGE_SIZE; // a write wraps at its end
 constexpr useconds_t kChunkPause = 1000;
 
-constexpr uint32_t kEepromBus = 0;
-constexpr uint32_t kEepromDevice = 0x50;
-constexpr uint32_t kLocalChannel = 0;
-
 constexpr bool isSupply(uint32_t supply) {
-    return supply == 1 || supply == 2;
+    return supply >= 1 && supply <= BSP_FIXED_SUPPLIES;
 }
 constexpr uint32_t supplyChannel(uint32_t supply) {
-    return supply + 1;
+    return BSP_EEPROM_SUPPLY_1_CHANNEL + supply - 1;
 }
 
 bool isNull(const uint8_t *buf, bsp::CallSite site = bsp::CallSite::here()) {
@@ -89,13 +85,15 @@ int32_t bspI2cEepromWrite(uint32_t bus, uint32_t channel, uint32_t devAddr, uint
 int32_t bspLocalEepromRead(uint32_t offset, uint8_t *buf, uint32_t len) {
     if (isNull(buf))
         return BSP_E_NULL;
-    return bspI2cEepromRead(kEepromBus, kLocalChannel, kEepromDevice, offset, buf, len);
+    return bspI2cEepromRead(BSP_EEPROM_BUS, BSP_EEPROM_BOARD_CHANNEL, BSP_EEPROM_ADDRESS, offset,
+                            buf, len);
 }
 
 int32_t bspLocalEepromWrite(uint32_t offset, const uint8_t *buf, uint32_t len) {
     if (isNull(buf))
         return BSP_E_NULL;
-    return bspI2cEepromWrite(kEepromBus, kLocalChannel, kEepromDevice, offset, buf, len);
+    return bspI2cEepromWrite(BSP_EEPROM_BUS, BSP_EEPROM_BOARD_CHANNEL, BSP_EEPROM_ADDRESS, offset,
+                             buf, len);
 }
 
 int32_t bspPowerEepromRead(uint32_t supply, uint32_t offset, uint8_t *buf, uint32_t len) {
@@ -103,7 +101,8 @@ int32_t bspPowerEepromRead(uint32_t supply, uint32_t offset, uint8_t *buf, uint3
         return BSP_E_NULL;
     if (!isSupply(supply))
         return BSP_E_INVALID;
-    return bspI2cEepromRead(kEepromBus, supplyChannel(supply), kEepromDevice, offset, buf, len);
+    return bspI2cEepromRead(BSP_EEPROM_BUS, supplyChannel(supply), BSP_EEPROM_ADDRESS, offset, buf,
+                            len);
 }
 
 int32_t bspPowerEepromWrite(uint32_t supply, uint32_t offset, const uint8_t *buf, uint32_t len) {
@@ -111,5 +110,6 @@ int32_t bspPowerEepromWrite(uint32_t supply, uint32_t offset, const uint8_t *buf
         return BSP_E_NULL;
     if (!isSupply(supply))
         return BSP_E_INVALID;
-    return bspI2cEepromWrite(kEepromBus, supplyChannel(supply), kEepromDevice, offset, buf, len);
+    return bspI2cEepromWrite(BSP_EEPROM_BUS, supplyChannel(supply), BSP_EEPROM_ADDRESS, offset, buf,
+                             len);
 }

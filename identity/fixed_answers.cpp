@@ -14,27 +14,26 @@ int32_t answer(uint32_t *output, uint32_t value) {
 } // namespace
 
 int32_t ioProductIdGet(uint32_t, uint32_t *productId) {
-    return answer(productId, 1);
+    return answer(productId, BSP_PRODUCT_ID);
 }
 int32_t ioSlotIdGet(uint32_t, uint32_t *slotId) {
-    return answer(slotId, 1);
+    return answer(slotId, BSP_SLOT_ID);
 }
 int32_t ioCardIdGet(uint32_t, uint32_t *cardId) {
-    return answer(cardId, 0);
+    return answer(cardId, BSP_CARD_ID);
 }
 int32_t ioFrameTypeGet(uint32_t, uint32_t *type) {
-    return answer(type, 1);
+    return answer(type, BSP_FRAME_TYPE);
 }
 int32_t ioSlotTypeGet(uint32_t, uint32_t *type) {
-    return answer(type, 1);
+    return answer(type, BSP_SLOT_TYPE);
 }
 int32_t ioCardTypeGet(uint32_t, uint32_t *type) {
-    return answer(type, 1);
+    return answer(type, BSP_CARD_TYPE);
 }
 
-// The board counts its slot from 0, the facade's ioSlotIdGet from 1.
 int32_t bspBoardSlotIdGet(uint32_t *slotId) {
-    return answer(slotId, 0);
+    return answer(slotId, BSP_BOARD_SLOT_ID);
 }
 
 int32_t bspBoardDescGet(char *) {

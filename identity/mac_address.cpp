@@ -14,7 +14,7 @@ int32_t bspMacAddrGet(uint32_t index, uint8_t *mac) {
     std::memcpy(mac, record.mac, sizeof(record.mac));
     // Index 0 is the address above the base. Only the last byte counts up, so the addresses of a
     // unit never leave the block of 256 that its base lies in.
-    if (index == 0)
+    if (index == BSP_MAC_ABOVE_BASE)
         mac[sizeof(record.mac) - 1]++;
     return BSP_OK;
 }

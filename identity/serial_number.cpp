@@ -25,8 +25,8 @@ int32_t bspSerialNumSet(const char *serial, int32_t len) {
     BspDevinfo record{};
     if (serial == nullptr)
         return BSP_E_NULL;
-    // The field keeps a terminating zero.
-    if (len < 1 || static_cast<size_t>(len) >= sizeof(record.serial))
+    static_assert(BSP_SERIAL_NUMBER_MAX == sizeof(record.serial) - 1, "keeps a terminating zero");
+    if (len < BSP_SERIAL_NUMBER_MIN || len > BSP_SERIAL_NUMBER_MAX)
         return BSP_E_INVALID;
     if (const int32_t status = bsp::readBoardRecord(&record); status != BSP_OK)
         return status;

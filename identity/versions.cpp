@@ -32,14 +32,12 @@ int32_t bspCpldVersionGet(char *text) {
 int32_t bspFpgaVersionGet(char *text) {
     if (text == nullptr)
         return BSP_E_NULL;
-    constexpr char kNoVersion[] = "---";
-    std::memcpy(text, kNoVersion, sizeof(kNoVersion));
+    std::memcpy(text, BSP_FPGA_VERSION_NONE, BSP_FPGA_VERSION_SIZE);
     return BSP_OK;
 }
 
 int32_t bspUbootVersionGet(char *version) {
     constexpr char kKey[] = "bootver=";
-    constexpr size_t kVersionLength = 6;
     constexpr size_t kLineSize = 256;
 
     // Callers of this function test for -1 alone, so a null buffer answers it too.
@@ -52,10 +50,10 @@ int32_t bspUbootVersionGet(char *version) {
     }
 
     // The zeros behind the line stand for what a version at its very end lacks.
-    char line[kLineSize + kVersionLength] = {};
+    char line[kLineSize + BSP_BOOT_VERSION_LENGTH] = {};
     if (std::fgets(line, kLineSize, commandLine.get()) == nullptr)
         return BSP_OK;
     if (const char *key = std::strstr(line, kKey); key != nullptr)
-        std::memcpy(version, key + std::strlen(kKey), kVersionLength);
+        std::memcpy(version, key + std::strlen(kKey), BSP_BOOT_VERSION_LENGTH);
     return BSP_OK;
 }

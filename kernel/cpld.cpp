@@ -38,7 +38,7 @@ int32_t bspCpldGet(uint32_t reg, uint16_t *value) {
 }
 
 int32_t bspCpldSet(uint32_t reg, uint32_t value) {
-    return bspFpgaSet_handle(reg, value & 0xFFFF);
+    return bspFpgaSet_handle(reg, value & BSP_CPLD_VALUE_MAX);
 }
 
 int32_t bspFpgaGet(uint32_t, uint16_t *) {

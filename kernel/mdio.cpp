@@ -19,10 +19,10 @@ constexpr size_t kCommandOffset = 0x7F4;
 // The command register.
 constexpr uint32_t kBusy = 1u << 0; // set by us, cleared by the hardware
 constexpr uint32_t kWrite = 1u << 1;
-constexpr uint32_t kAddressMask = 0x1F;
+constexpr uint32_t kAddressMask = BSP_MDIO_ADDRESS_MAX;
 constexpr unsigned kAddressAShift = 2;
 constexpr unsigned kAddressBShift = 7;
-constexpr uint32_t kDataMask = 0xFFFF;
+constexpr uint32_t kDataMask = BSP_MDIO_VALUE_MAX;
 constexpr unsigned kDataShift = 12;
 constexpr uint32_t kError = 1u << 28;
 

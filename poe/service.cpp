@@ -9,8 +9,6 @@
 namespace {
 
 constexpr uint32_t kNoPort = UINT32_MAX;
-constexpr uint32_t kRatedPower = 1440000; // milliwatts for each supply
-constexpr uint32_t kPoeLamp = 9;
 
 bool hasPoe(uint32_t devId) {
     return bsp::boardModel(devId).poePorts != 0;
@@ -154,8 +152,8 @@ const BspPoeDriver *bspPoeDriverGet(void) {
     // An id that cannot be read stays 0, which has no controller.
     if (bspDevIdGet(&devId) != BSP_OK || !hasPoe(devId))
         return nullptr;
-    uint32_t isMissing = 1;
-    if (bspPoeOnlineGet(&isMissing) != BSP_OK || isMissing != 0)
+    uint32_t presence = BSP_POE_CONTROLLER_MISSING;
+    if (bspPoeOnlineGet(&presence) != BSP_OK || presence != BSP_POE_CONTROLLER_PRESENT)
         return nullptr;
     return &bspPoeRtl8239Driver;
 }
@@ -292,11 +290,12 @@ int32_t bspPoeGlobalRatedPowerGet(int32_t supplyIndex, uint32_t *milliwatts) {
         return status;
     if (supplyIndex < 1 || supplyIndex > supplies)
         return BSP_E_NOT_SUPPORTED;
-    *milliwatts = kRatedPower;
+    *milliwatts = BSP_POE_RATED_POWER_MW;
     return BSP_OK;
 }
 
 // The LED's line is active low.
 int32_t bspPoePortLedStateSet(uint32_t port, uint32_t state) {
-    return bspLedStateSet(1, port, kPoeLamp, 2, state == 1 ? 0 : 1);
+    return bspLedStateSet(1, port, BSP_LED_POE_PORT, 2,
+                          state == BSP_POE_LED_ON ? BSP_LED_STATE_0 : BSP_LED_STATE_1);
 }

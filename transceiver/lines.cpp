@@ -62,7 +62,7 @@ int32_t readLevel(const Line &line, uint32_t port, uint32_t whenClear, uint32_t 
 } // namespace
 
 int32_t bspLaserPresentGet(uint32_t port, uint32_t *out) {
-    return readLevel(kPresent, port, 0, 1, out);
+    return readLevel(kPresent, port, BSP_LASER_MISSING, BSP_LASER_PRESENT, out);
 }
 
 int32_t bspLaserControlSet(uint32_t port, uint32_t state) {
@@ -79,9 +79,9 @@ int32_t bspLaserControlGet(uint32_t port, uint32_t *out) {
 }
 
 int32_t bspLaserRxLosGet(uint32_t port, uint32_t *out) {
-    return readLevel(kRxLos, port, 0, 1, out);
+    return readLevel(kRxLos, port, BSP_LASER_SIGNAL_GOOD, BSP_LASER_SIGNAL_LOST, out);
 }
 
 int32_t bspLaserTxfaultGet(uint32_t port, uint32_t *out) {
-    return readLevel(kTxFault, port, 0, 1, out);
+    return readLevel(kTxFault, port, BSP_LASER_FAULT_NONE, BSP_LASER_FAULT, out);
 }

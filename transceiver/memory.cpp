@@ -5,17 +5,6 @@
 
 namespace {
 
-constexpr uint32_t kIdentificationPage = 0x50;
-constexpr uint32_t kDiagnosticsPage = 0x51;
-constexpr uint32_t kModulePhy = 0x56;
-constexpr uint32_t kMemorySize = 256;
-
-constexpr uint32_t kConnectorOffset = 2;
-constexpr uint8_t kConnectorRj45 = 0x22;
-
-constexpr uint32_t kPhyStatusRegister = 27; // with the PHY's interface mode
-constexpr uint16_t kPhyModeMask = 0x0F;
-
 /** The I2C branch that a cage is on. */
 struct Branch {
     uint32_t bus, channel;
@@ -45,7 +34,7 @@ int32_t transferBytes(Transfer transfer, uint32_t port, uint32_t devAddr, uint32
                       Byte *buf, uint32_t len) {
     if (buf == nullptr)
         return BSP_E_NULL;
-    if (len == 0 || uint64_t{offset} + len > kMemorySize)
+    if (len == 0 || uint64_t{offset} + len > BSP_SFP_MEMORY_SIZE)
         return BSP_E_INVALID;
     Branch branch{};
     if (const int32_t status = findCage(port, &branch); status != BSP_OK)
@@ -54,7 +43,7 @@ int32_t transferBytes(Transfer transfer, uint32_t port, uint32_t devAddr, uint32
 }
 
 constexpr uint16_t moduleKind(uint16_t phyStatus) {
-    switch (phyStatus & kPhyModeMask) {
+    switch (phyStatus & BSP_SFP_PHY_MODE_MASK) {
     case 4:
         return BSP_COPPER_MODE_4;
     case 12:
@@ -77,25 +66,25 @@ int32_t bspLaserSfpWrite(uint32_t port, uint32_t devAddr, uint32_t offset, const
 }
 
 int32_t bspLaserBasicGet(uint32_t port, uint32_t offset, uint8_t *byte) {
-    return bspLaserSfpRead(port, kIdentificationPage, offset, byte, 1);
+    return bspLaserSfpRead(port, BSP_SFP_IDENTIFICATION, offset, byte, 1);
 }
 
 int32_t bspLaserAdvanceGet(uint32_t port, uint32_t offset, uint8_t *byte) {
-    return bspLaserSfpRead(port, kDiagnosticsPage, offset, byte, 1);
+    return bspLaserSfpRead(port, BSP_SFP_DIAGNOSTICS, offset, byte, 1);
 }
 
 int32_t bspLaserPhyGet(uint32_t port, uint32_t reg, uint16_t *value) {
     if (value == nullptr)
         return BSP_E_NULL;
     uint8_t bytes[2] = {0, 0};
-    const int32_t status = bspLaserSfpRead(port, kModulePhy, reg, bytes, sizeof(bytes));
+    const int32_t status = bspLaserSfpRead(port, BSP_SFP_PHY, reg, bytes, sizeof(bytes));
     *value = static_cast<uint16_t>(bytes[0] << 8 | bytes[1]); // also of what a failed read gave
     return status;
 }
 
 int32_t bspLaserPhySet(uint32_t port, uint32_t reg, uint32_t value) {
     const uint8_t bytes[2] = {static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value)};
-    return bspLaserSfpWrite(port, kModulePhy, reg, bytes, sizeof(bytes));
+    return bspLaserSfpWrite(port, BSP_SFP_PHY, reg, bytes, sizeof(bytes));
 }
 
 int32_t bspElectricModerTypeGet(uint32_t port, uint16_t *kind) {
@@ -103,14 +92,14 @@ int32_t bspElectricModerTypeGet(uint32_t port, uint16_t *kind) {
         return BSP_E_NULL;
     uint8_t connector = 0;
     // A cage whose module does not answer, or is missing, is nobody's failure.
-    if (bspLaserBasicGet(port, kConnectorOffset, &connector) != BSP_OK)
+    if (bspLaserBasicGet(port, BSP_SFP_CONNECTOR_OFFSET, &connector) != BSP_OK)
         return BSP_OK;
-    if (connector != kConnectorRj45) {
+    if (connector != BSP_SFP_CONNECTOR_RJ45) {
         *kind = BSP_COPPER_NONE;
         return BSP_OK;
     }
     uint16_t phyStatus = 0;
-    const int32_t status = bspLaserPhyGet(port, kPhyStatusRegister, &phyStatus);
+    const int32_t status = bspLaserPhyGet(port, BSP_SFP_PHY_MODE_REGISTER, &phyStatus);
     *kind = moduleKind(phyStatus);
     return status;
 }

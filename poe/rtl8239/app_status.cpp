@@ -29,9 +29,9 @@ int32_t bspPoeRtl8239AppStatusGet(uint32_t *out) {
     const bsp::Descriptor file(openStatusFile(__func__, __LINE__));
     if (!file.isOpen())
         return BSP_E_POE_OPEN;
-    uint8_t status = 0;
+    uint8_t status = BSP_POE_APP_USABLE;
     const bool isStored = read(file.get(), &status, 1) == 1;
-    *out = isStored ? status : 0;
+    *out = isStored ? status : uint8_t{BSP_POE_APP_USABLE};
     return BSP_OK;
 }
 

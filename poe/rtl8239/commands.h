@@ -6,6 +6,8 @@
 // failure, or BSP_E_POE_CONTENT when a reply names another port than asked. Outputs are written on
 // success only.
 
+#include "bsp.h"
+
 #include <cstdint>
 
 /** Controller firmware and hardware, command 0x40. */
@@ -54,7 +56,7 @@ struct Rtl8239Query45 {
 struct Rtl8239Query46 {
     bool flag2[2]; // bits 1 and 2 of byte 2
     bool flag3[2]; // bits 1 and 2 of byte 3
-    bool port[48];
+    bool port[BSP_POE_PORTS_MAX];
 };
 
 /** Settings of a port, command 0x48. */

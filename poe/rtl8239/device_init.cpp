@@ -1,7 +1,6 @@
 // The sequence that makes the controller ready: reset, mapping, defaults, budget.
 
 #include "bsp.h"
-#include "poe/rtl8239/app_status.h"
 #include "poe/rtl8239/commands.h"
 #include "poe/rtl8239/transport.h"
 
@@ -19,13 +18,13 @@ constexpr int32_t kInrushTwoPair = 3;
 
 /** A controller whose upgrade failed holds nothing to initialise; an interrupted one gets a try. */
 int32_t checkApplication() {
-    uint32_t appStatus = 0;
+    uint32_t appStatus = BSP_POE_APP_USABLE;
     if (const int32_t status = bspPoeRtl8239AppStatusGet(&appStatus); status != BSP_OK)
         return status;
-    if (appStatus == kAppUpgradeFailed)
+    if (appStatus == BSP_POE_APP_UPGRADE_FAILED)
         return BSP_E_POE_UNAVAILABLE;
-    if (appStatus == kAppUpgradeStarted)
-        return bspPoeRtl8239AppStatusSet(kAppUsable);
+    if (appStatus == BSP_POE_APP_UPGRADE_STARTED)
+        return bspPoeRtl8239AppStatusSet(BSP_POE_APP_USABLE);
     return BSP_OK;
 }
 
@@ -40,7 +39,8 @@ int32_t resetController() {
 }
 
 int32_t mapPorts(const BspPoePortMap &map) {
-    if (const int32_t status = rtl8239CmdPortMappingEnableSet(0, kRtl8239Ports); status != BSP_OK)
+    if (const int32_t status = rtl8239CmdPortMappingEnableSet(0, BSP_POE_PORTS_MAX);
+        status != BSP_OK)
         return status;
     for (int32_t index = 0; index < map.recordCount; ++index) {
         const BspPoePort &port = map.port[index];

@@ -13,18 +13,16 @@
 
 namespace bsp::rtl8239 {
 
-constexpr int32_t kPortCount = kRtl8239Ports;
-
 constexpr bool isWithin(int32_t value, int32_t lowest, int32_t highest) {
     return value >= lowest && value <= highest;
 }
 
 constexpr bool isPort(int32_t port) {
-    return isWithin(port, 0, kPortCount - 1);
+    return isWithin(port, 0, BSP_POE_PORTS_MAX - 1);
 }
 
 constexpr bool isPortRange(int32_t firstPort, int32_t lastPort) {
-    return firstPort >= 0 && lastPort >= firstPort && lastPort < kPortCount;
+    return firstPort >= 0 && lastPort >= firstPort && lastPort < BSP_POE_PORTS_MAX;
 }
 
 constexpr uint8_t asFlag(int32_t value) {
@@ -47,9 +45,9 @@ constexpr uint64_t ceilDivide(uint64_t value, uint64_t divisor) {
 }
 
 // The controller's units.
-constexpr uint32_t kPowerUnit = 100;      // milliwatts
-constexpr uint32_t kPowerLimitUnit = 400; // milliwatts
-constexpr uint32_t kVoltageUnit = 64450;  // microvolts
+constexpr uint32_t kPowerUnit = BSP_POE_BUDGET_STEP_MW;
+constexpr uint32_t kPowerLimitUnit = BSP_POE_PORT_LIMIT_STEP_MW;
+constexpr uint32_t kVoltageUnit = 64450; // microvolts
 
 constexpr uint32_t powerAt(const Frame &frame, size_t at) {
     return wordAt(frame, at) * kPowerUnit;

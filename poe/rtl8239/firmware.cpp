@@ -4,7 +4,6 @@
 #include "poe/rtl8239/firmware.h"
 
 #include "bsp.h"
-#include "poe/rtl8239/app_status.h"
 #include "poe/rtl8239/commands.h"
 #include "poe/rtl8239/exchange.h"
 #include "support/owned.h"
@@ -21,9 +20,6 @@ namespace {
 
 using namespace bsp::rtl8239;
 
-constexpr off_t kSmallestImage = 51200;
-constexpr off_t kLargestImage = 0x30000;
-constexpr off_t kImageUnit = 4;
 constexpr size_t kImageBuffer = 0x40000;
 
 constexpr int32_t kBlockSize = 32;
@@ -75,8 +71,8 @@ int32_t readImage(const char *path, ImageBuffer &image, int32_t *size) {
     struct stat info = {};
     if (stat(path, &info) != 0)
         return BSP_E_POE_INVALID;
-    if (info.st_size < kSmallestImage || info.st_size > kLargestImage ||
-        info.st_size % kImageUnit != 0) {
+    if (info.st_size < BSP_POE_FIRMWARE_MIN || info.st_size > BSP_POE_FIRMWARE_MAX ||
+        info.st_size % BSP_POE_FIRMWARE_STEP != 0) {
         std::printf("The firmware file's size is error...\r\n");
         return BSP_E_POE_INVALID;
     }
@@ -107,9 +103,9 @@ int32_t replaceApplication(const uint8_t *image, int32_t size, bool isAppRunning
         rtl8239CmdJumpToLoader();
         sleep(kLoaderSeconds);
     }
-    bspPoeRtl8239AppStatusSet(kAppUpgradeStarted);
+    bspPoeRtl8239AppStatusSet(BSP_POE_APP_UPGRADE_STARTED);
     if (const int32_t status = rtl8239CmdFirmwareDownload(image, size); status != BSP_OK) {
-        bspPoeRtl8239AppStatusSet(kAppUpgradeFailed);
+        bspPoeRtl8239AppStatusSet(BSP_POE_APP_UPGRADE_FAILED);
         return status;
     }
     sleep(kRestSeconds);

@@ -1,12 +1,14 @@
 #pragma once
 // The controller's frames: 12 bytes each way. The last byte is the sum of the others.
 
+#include "bsp.h"
+
 #include <array>
 #include <cstdint>
 
 namespace bsp::rtl8239 {
 
-constexpr int kFrameSize = 12;
+constexpr int kFrameSize = BSP_POE_FRAME_SIZE;
 constexpr int kChecksumAt = 11;
 constexpr uint8_t kUnused = 0xFF; // what bytes without a meaning hold
 

@@ -63,7 +63,7 @@ int32_t rtl8239CmdGlobalPowerSourceSet(int32_t bank, uint32_t power, uint32_t re
 }
 
 int32_t rtl8239CmdPortMappingEnableSet(int32_t enable, int32_t portCount) {
-    if (!isWithin(portCount, 0, kPortCount))
+    if (!isWithin(portCount, 0, BSP_POE_PORTS_MAX))
         return BSP_E_POE_INVALID;
     Frame request = requestFrame(kPortMappingEnable);
     request[2] = asFlag(enable);

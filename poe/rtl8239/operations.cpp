@@ -11,9 +11,6 @@ namespace {
 
 using namespace bsp::rtl8239;
 
-constexpr uint32_t kOn = 1;
-constexpr uint32_t kOff = 2;
-
 constexpr int32_t asPort(uint32_t port) {
     return static_cast<int32_t>(port);
 }
@@ -35,11 +32,11 @@ int32_t setPort(int32_t (*set)(int32_t, int32_t, int32_t), uint32_t port, int32_
     return set(asPort(port), asPort(port), value);
 }
 
-/** Sends a setting that callers switch on with 1 and off with 2. */
+/** Sends a setting that callers switch on and off. */
 int32_t switchPort(int32_t (*set)(int32_t, int32_t, int32_t), uint32_t port, uint32_t value) {
-    if (value != kOn && value != kOff)
+    if (value != BSP_POE_ON && value != BSP_POE_OFF)
         return BSP_E_POE_INVALID;
-    return setPort(set, port, value == kOn ? 1 : 0);
+    return setPort(set, port, value == BSP_POE_ON ? 1 : 0);
 }
 
 /** Two settings of one port, the second only when the first succeeded. */
@@ -74,7 +71,7 @@ int32_t bspPoeRtl8239InitStatusGet(uint32_t *out) {
     // A controller that does not answer says nothing about its initialisation; callers rely on the
     // value that they put in.
     if (rtl8239CmdQuery41Get(&totals) == BSP_OK)
-        *out = totals.power4 != 0 ? 1 : 0;
+        *out = totals.power4 != 0 ? BSP_POE_INITIALISED : BSP_POE_NOT_INITIALISED;
     return BSP_OK;
 }
 
@@ -123,10 +120,10 @@ int32_t bspPoeRtl8239GlobalPowerGet(uint32_t *milliwatts) {
 }
 
 int32_t bspPoeRtl8239PortModeSet(uint32_t port, uint32_t mode) {
-    if (mode <= kHighestMode)
+    if (mode <= BSP_POE_MODE_2)
         return setPortTwice(rtl8239CmdPortFuncModeSet, static_cast<int32_t>(mode),
                             rtl8239CmdPortEnableSet, 1, port);
-    if (mode == kModeDisabled)
+    if (mode == BSP_POE_MODE_DISABLED)
         return setPortTwice(rtl8239CmdPortEnableSet, 0, rtl8239CmdPortFuncModeSet, 0, port);
     return BSP_E_POE_INVALID;
 }
@@ -145,11 +142,12 @@ int32_t bspPoeRtl8239PortPowerOnSet(uint32_t port, uint32_t on) {
     if (const int32_t status = rtl8239CmdQuery48Get(asPort(port), &config); status != BSP_OK)
         return status;
     // How a port is switched depends on its function mode.
-    if (config.funcMode != 1 && config.funcMode != 2)
+    if (config.funcMode != BSP_POE_MODE_1 && config.funcMode != BSP_POE_MODE_2)
         return BSP_E_POE_UNAVAILABLE;
-    if (on != kOn && on != kOff)
+    if (on != BSP_POE_ON && on != BSP_POE_OFF)
         return BSP_E_POE_INVALID;
-    return config.funcMode == 2 ? forcePower(port, on == kOn) : enablePower(port, on == kOn);
+    const bool isOn = on == BSP_POE_ON;
+    return config.funcMode == BSP_POE_MODE_2 ? forcePower(port, isOn) : enablePower(port, isOn);
 }
 
 int32_t bspPoeRtl8239PortDetectionSet(uint32_t port) {
@@ -161,10 +159,11 @@ int32_t bspPoeRtl8239PortClassificationSet(uint32_t port) {
 }
 
 int32_t bspPoeRtl8239PortPrioritySet(uint32_t port, uint32_t priority) {
-    // Callers count from the most important, 1; the controller counts up to it from 0.
-    if (priority < 1 || priority > 3)
+    if (priority < BSP_POE_PRIORITY_MIN || priority > BSP_POE_PRIORITY_MAX)
         return BSP_E_POE_INVALID;
-    return setPort(rtl8239CmdPortPrioritySet, port, 3 - static_cast<int32_t>(priority));
+    // The controller's scale runs the other way, down to 0.
+    return setPort(rtl8239CmdPortPrioritySet, port,
+                   static_cast<int32_t>(BSP_POE_PRIORITY_MAX - priority));
 }
 
 int32_t bspPoeRtl8239PortMaxPowerSet(uint32_t port, uint32_t milliwatts) {
@@ -176,10 +175,11 @@ int32_t bspPoeRtl8239PortLegacyEnableSet(uint32_t port, uint32_t enable) {
 }
 
 int32_t bspPoeRtl8239PortInrushModeSet(uint32_t port, uint32_t mode) {
-    if (mode > 8)
+    if (mode > BSP_POE_INRUSH_MODE_MAX)
         return BSP_E_POE_INVALID;
     return setPort(rtl8239CmdPortInrushModeSet, port,
-                   mode == 8 ? int32_t{kInrushLast} : static_cast<int32_t>(mode));
+                   mode == BSP_POE_INRUSH_MODE_MAX ? int32_t{kInrushLast}
+                                                   : static_cast<int32_t>(mode));
 }
 
 int32_t bspPoeRtl8239PortForceInrushSet(uint32_t port, uint32_t force) {
@@ -187,7 +187,7 @@ int32_t bspPoeRtl8239PortForceInrushSet(uint32_t port, uint32_t force) {
 }
 
 int32_t bspPoeRtl8239PortMaxPowerTypeSet(uint32_t port, uint32_t type) {
-    if (type != 1 && type != 2)
+    if (type < BSP_POE_LIMIT_TYPE_MIN || type > BSP_POE_LIMIT_TYPE_MAX)
         return BSP_E_POE_INVALID;
     return setPort(rtl8239CmdPortMaxPowerTypeSet, port, static_cast<int32_t>(type));
 }

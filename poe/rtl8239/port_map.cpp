@@ -26,9 +26,9 @@ constexpr BspPoePort wirePort(uint32_t port, bool isFitted) {
 
 constexpr BspPoePortMap wireBoard(uint8_t portCount) {
     BspPoePortMap map{};
-    for (uint32_t port = 0; port < kRtl8239Ports; ++port)
+    for (uint32_t port = 0; port < BSP_POE_PORTS_MAX; ++port)
         map.port[port] = wirePort(port, port < portCount);
-    map.recordCount = kRtl8239Ports;
+    map.recordCount = BSP_POE_PORTS_MAX;
     map.portCount = portCount;
     map.powerBank = 0;
     map.totalPower = kTotalPower;
@@ -45,8 +45,9 @@ const BspPoePortMap *bspPoeRtl8239PortMapGet(void) {
     if (bspDevIdGet(&devId) != BSP_OK)
         return nullptr;
     const uint8_t ports = bsp::boardModel(devId).poePorts;
-    uint32_t isMissing = 1;
-    if (ports == 0 || bspPoeOnlineGet(&isMissing) != BSP_OK || isMissing != 0)
+    uint32_t presence = BSP_POE_CONTROLLER_MISSING;
+    if (ports == 0 || bspPoeOnlineGet(&presence) != BSP_OK ||
+        presence != BSP_POE_CONTROLLER_PRESENT)
         return nullptr;
     return ports == kMap48.portCount ? &kMap48 : &kMap24;
 }

@@ -1,9 +1,9 @@
 #pragma once
 // Which channels of which power-sourcing device serve a port.
 
-#include <cstdint>
+#include "bsp.h"
 
-constexpr uint32_t kRtl8239Ports = 48;
+#include <cstdint>
 
 /** How one port is wired. */
 struct BspPoePort {
@@ -17,7 +17,7 @@ struct BspPoePort {
 
 /** What the controller is told of the board at initialisation. */
 struct BspPoePortMap {
-    BspPoePort port[kRtl8239Ports];
+    BspPoePort port[BSP_POE_PORTS_MAX];
     uint8_t recordCount; // ports that the controller is told about
     uint8_t portCount;   // ports that the board has
     uint16_t padding;

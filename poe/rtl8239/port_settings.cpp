@@ -7,8 +7,6 @@ namespace {
 
 using namespace bsp::rtl8239;
 
-constexpr uint32_t kHighestPowerLimit = 102000;
-
 /** What a setting is called in its failure message, and how it is sent. */
 struct PortSetting {
     Command command;
@@ -99,7 +97,7 @@ int32_t rtl8239CmdPortMaxPowerTypeSet(int32_t firstPort, int32_t lastPort, int32
 }
 
 int32_t rtl8239CmdPortMaxPowerValueExtSet(int32_t firstPort, int32_t lastPort, uint32_t power) {
-    if (power > kHighestPowerLimit)
+    if (power > BSP_POE_PORT_LIMIT_MAX_MW)
         return BSP_E_POE_INVALID;
     return setPortsToAny(firstPort, lastPort, {kPortMaxPowerValueExt, "max power value"},
                          static_cast<uint32_t>(ceilDivide(power, kPowerLimitUnit)));

@@ -8,41 +8,40 @@
 
 namespace bsp::rtl8239 {
 
-constexpr uint32_t kModeDisabled = 5;
-constexpr uint32_t kHighestMode = 2;
-constexpr uint8_t kInrushLast = 9; // the callers' 8
+constexpr uint8_t kInrushLast = 9; // the callers' BSP_POE_INRUSH_MODE_MAX
 
 /** The mode; BSP_E_POE_CONTENT for one that nobody knows. */
 inline int32_t readMode(const Rtl8239PortConfig &config, uint32_t &mode) {
-    if (config.enable != 0 && config.funcMode > kHighestMode)
+    if (config.enable != 0 && config.funcMode > BSP_POE_MODE_2)
         return BSP_E_POE_CONTENT;
-    mode = config.enable == 0 ? kModeDisabled : config.funcMode;
+    mode = config.enable == 0 ? uint32_t{BSP_POE_MODE_DISABLED} : config.funcMode;
     return BSP_OK;
 }
 
 constexpr uint32_t inrushModeOf(const Rtl8239PortPowerConfig &config) {
-    return config.inrushMode == kInrushLast ? 8u : uint32_t{config.inrushMode};
+    return config.inrushMode == kInrushLast ? BSP_POE_INRUSH_MODE_MAX : uint32_t{config.inrushMode};
 }
 
 constexpr uint32_t faultOf(const Rtl8239PortStatus &state) {
     constexpr uint8_t kStatusFault = 4;
-    return state.status == kStatusFault ? 1u : 2u;
+    return state.status == kStatusFault ? BSP_POE_FAULT : BSP_POE_FAULT_NONE;
 }
 
 constexpr uint32_t disconnectOf(const Rtl8239PortStatus &state) {
     constexpr uint8_t kStatusDelivering = 2;
-    return state.status == kStatusDelivering ? 2u : 1u;
+    return state.status == kStatusDelivering ? BSP_POE_DELIVERING : BSP_POE_DISCONNECTED;
 }
 
 constexpr uint32_t detectionOf(const Rtl8239PortStatus &state) {
-    return state.detection >= 1 && state.detection <= 7 ? uint32_t{state.detection} : 0u;
+    return state.detection <= BSP_POE_DETECTION_MAX ? state.detection
+                                                    : uint32_t{BSP_POE_DETECTION_NONE};
 }
 
 constexpr uint32_t classOf(const Rtl8239PortStatus &state) {
-    constexpr uint32_t kUnknownClass = 9;
-    if (state.classification >= 1 && state.classification <= 8)
+    if (state.classification >= 1 && state.classification <= BSP_POE_CLASS_MAX)
         return state.classification;
-    return state.classification == 0 || state.classification == 12 ? kUnknownClass : 0;
+    return state.classification == 0 || state.classification == 12 ? BSP_POE_CLASS_0_OR_12
+                                                                   : BSP_POE_CLASS_NONE;
 }
 
 } // namespace bsp::rtl8239

@@ -63,7 +63,7 @@ int32_t queryPorts(const Frame &blank, const char *name, int32_t firstPort, int3
                    uint8_t highest, uint8_t *values, bsp::CallSite site = bsp::CallSite::here()) {
     if (!isPortRange(firstPort, lastPort) || values == nullptr)
         return BSP_E_POE_INVALID;
-    uint8_t answers[kPortCount] = {};
+    uint8_t answers[BSP_POE_PORTS_MAX] = {};
     const int32_t status = forEachFrame(firstPort, lastPort, [&](int32_t port, int count) {
         Frame request = blank;
         for (int i = 0; i < count; ++i)
@@ -111,7 +111,7 @@ Rtl8239Query46 decodeQuery46(const Frame &reply) {
         out.flag2[i] = bitOf(reply[2], i + 1);
         out.flag3[i] = bitOf(reply[3], i + 1);
     }
-    for (unsigned port = 0; port < kRtl8239Ports; ++port)
+    for (unsigned port = 0; port < BSP_POE_PORTS_MAX; ++port)
         out.port[port] = bitOf(reply[4 + port / 8], port % 8);
     return out;
 }

@@ -15,7 +15,6 @@ using namespace bsp::rtl8239;
 constexpr uint32_t kBus = 16;
 constexpr uint32_t kSegment = 0;
 constexpr uint32_t kDevice = 0x20;
-constexpr uint32_t kResetLine = 19;
 
 // What the controller's firmware needs between the steps of an exchange.
 constexpr useconds_t kSettle = 100000;
@@ -194,10 +193,10 @@ int32_t bspPoeOnlineGet(uint32_t *out) {
         std::printf("%s-%d: bspCpldGet error. ret=%d \n", __func__, __LINE__, status);
         return status;
     }
-    *out = (reg & kMissing) != 0 ? 1 : 0;
+    *out = (reg & kMissing) != 0 ? BSP_POE_CONTROLLER_MISSING : BSP_POE_CONTROLLER_PRESENT;
     return BSP_OK;
 }
 
 int32_t bspPoeRtl8239ResetSet(uint32_t value) {
-    return bspGpioDirectionOutput(kResetLine, value != 0 ? 0 : 1);
+    return bspGpioDirectionOutput(BSP_GPIO_POE_RESET, value != 0 ? BSP_GPIO_LOW : BSP_GPIO_HIGH);
 }
