@@ -61,9 +61,9 @@ Bytes packBootFile(ByteView image) {
 }
 
 Bytes readBootFile(const std::string &path) {
-    Bytes file = readHostFile(path, kLargestBootFile);
+    Bytes file = readHostFileOrInput(path, kLargestBootFile);
     if (file.size() <= kBootTrailerSize)
-        throw Failure::usage("'" + path + "' has " + std::to_string(file.size()) +
+        throw Failure::usage("'" + inputName(path) + "' has " + std::to_string(file.size()) +
                              " bytes; a boot-loader upgrade file has 81 to 1048576; make one with "
                              "'iodbg image pack-boot'");
     return file;

@@ -25,6 +25,11 @@ int takeStandardOutput() {
     return own;
 }
 
+void requireWritten(bool isWritten) {
+    if (!isWritten)
+        throw Failure::file("write to standard output", "lead it where there is space");
+}
+
 } // namespace
 
 Console::Console() : out_(takeStandardOutput()) {}
@@ -41,8 +46,7 @@ AnswerForm Console::form() const {
 }
 
 Console::LibraryOutput::LibraryOutput(const Console &console) {
-    if (dup2(console.out_.get(), STDOUT_FILENO) < 0)
-        throw Failure::file("write to standard output", "lead it where there is space");
+    requireWritten(dup2(console.out_.get(), STDOUT_FILENO) >= 0);
 }
 
 Console::LibraryOutput::~LibraryOutput() {
@@ -55,8 +59,16 @@ ExitCode Console::print(const Report &report, const std::string &text) const {
 }
 
 void Console::printText(const std::string &text) const {
-    if (!writeAll(out_.get(), {reinterpret_cast<const uint8_t *>(text.data()), text.size()}))
-        throw Failure::file("write to standard output", "lead it where there is space");
+    const ByteView bytes(reinterpret_cast<const uint8_t *>(text.data()), text.size());
+    if (isDataGiven_)
+        writeAll(STDERR_FILENO, bytes);
+    else
+        requireWritten(writeAll(out_.get(), bytes));
+}
+
+void Console::giveData(ByteView data) {
+    isDataGiven_ = true;
+    requireWritten(writeAll(out_.get(), data));
 }
 
 std::optional<Console::TerminalSize> Console::terminalSize() const {

@@ -3,6 +3,7 @@
 // prints its diagnostics there too, and these are led to standard error.
 
 #include "iodbg/exit_code.h"
+#include "iodbg/format.h"
 #include "iodbg/report.h"
 #include "support/owned.h"
 
@@ -34,6 +35,9 @@ class Console {
 
     void printText(const std::string &text) const;
 
+    /** Gives bytes on standard output, which then carries them alone: answers go to people. */
+    void giveData(ByteView data);
+
     /** Rows and columns of the terminal that answers go to; none when they go elsewhere. */
     struct TerminalSize {
         size_t rows, columns;
@@ -63,6 +67,7 @@ class Console {
     bsp::Descriptor out_;
     bool isJson_ = false;
     bool isInLines_ = false;
+    bool isDataGiven_ = false;
 };
 
 } // namespace iodbg

@@ -1,5 +1,7 @@
 #include "iodbg/flash.h"
 
+#include "iodbg/host_file.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -7,6 +9,7 @@
 #include <fcntl.h>
 #include <stdexcept>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 namespace iodbg {
@@ -51,6 +54,11 @@ class ContentReader {
     bsp::Descriptor file_;
 };
 
+/** The number of a partition's device. Every other one is the same partition, for reading only. */
+dev_t partitionNumber(const struct stat &device) {
+    return makedev(major(device.st_rdev), minor(device.st_rdev) / 2);
+}
+
 void note(Comparison &comparison, const Comparison::Difference &difference) {
     if (!comparison.first)
         comparison.first = difference;
@@ -85,6 +93,16 @@ FlashPartition::FlashPartition(const std::string &device)
         throw failure("open " + device);
     if (bsp::queryGeometry(file_.get(), geometry_) < 0 || geometry_.erasesize == 0)
         throw failure("ask " + device + " for its sizes");
+}
+
+bool FlashPartition::isAt(const std::string &device) const {
+    struct stat own = {};
+    struct stat other = {};
+    if (fstat(file_.get(), &own) != 0 || stat(device.c_str(), &other) != 0)
+        return false;
+    if (!S_ISCHR(own.st_mode) || !S_ISCHR(other.st_mode))
+        return own.st_dev == other.st_dev && own.st_ino == other.st_ino;
+    return partitionNumber(own) == partitionNumber(other);
 }
 
 Failure FlashPartition::failure(const std::string &what) const {
@@ -123,6 +141,7 @@ bool isErased(ByteView bytes) {
 }
 
 uint64_t hostFileSize(const std::string &path) {
+    requireNamedFile(path);
     struct stat info = {};
     const bsp::Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     if (!file.isOpen() || fstat(file.get(), &info) != 0)

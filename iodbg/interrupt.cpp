@@ -1,5 +1,6 @@
 #include "iodbg/interrupt.h"
 
+#include <array>
 #include <unistd.h>
 
 namespace iodbg {
@@ -7,6 +8,9 @@ namespace iodbg {
 namespace {
 
 constexpr int kDone = 0;
+
+/** What ends a program that is used as it should be. */
+constexpr std::array kEndingSignals = {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGXCPU, SIGXFSZ};
 
 void end(int) {
     _exit(kDone);
@@ -18,6 +22,29 @@ void endOnNewLine(int) {
     _exit(kDone);
 }
 
+const BeforeEnd *latest = nullptr;
+std::array<struct sigaction, kEndingSignals.size()> usualActions;
+
+/** Has ending signals handled, but for those that the caller of this program has ignored. */
+void handleEndingSignals(void (*handler)(int)) {
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags =
+        static_cast<int>(SA_RESETHAND | SA_NODEFER); // so that the handler can raise it once more
+    for (size_t i = 0; i < kEndingSignals.size(); ++i) {
+        sigaction(kEndingSignals[i], nullptr, &usualActions[i]);
+        if (usualActions[i].sa_handler == SIG_DFL)
+            sigaction(kEndingSignals[i], &action, nullptr);
+    }
+}
+
+void leaveEndingSignals() {
+    for (size_t i = 0; i < kEndingSignals.size(); ++i) {
+        if (usualActions[i].sa_handler == SIG_DFL)
+            sigaction(kEndingSignals[i], &usualActions[i], nullptr);
+    }
+}
+
 } // namespace
 
 void endOnInterrupt(bool isOnTerminal) {
@@ -25,14 +52,36 @@ void endOnInterrupt(bool isOnTerminal) {
 }
 
 Uninterrupted::Uninterrupted() {
-    sigset_t interrupt;
-    sigemptyset(&interrupt);
-    sigaddset(&interrupt, SIGINT);
-    sigprocmask(SIG_BLOCK, &interrupt, &before_);
+    sigset_t ending;
+    sigemptyset(&ending);
+    for (const int signal : kEndingSignals)
+        sigaddset(&ending, signal);
+    sigprocmask(SIG_BLOCK, &ending, &before_);
 }
 
 Uninterrupted::~Uninterrupted() {
     sigprocmask(SIG_SETMASK, &before_, nullptr);
+}
+
+BeforeEnd::BeforeEnd(Work work, const void *subject) : work_(work), subject_(subject) {
+    const Uninterrupted whole;
+    earlier_ = latest;
+    latest = this;
+    if (earlier_ == nullptr)
+        handleEndingSignals(end);
+}
+
+BeforeEnd::~BeforeEnd() {
+    const Uninterrupted whole;
+    latest = earlier_;
+    if (latest == nullptr)
+        leaveEndingSignals();
+}
+
+void BeforeEnd::end(int signal) {
+    for (const BeforeEnd *work = latest; work != nullptr; work = work->earlier_)
+        work->work_(work->subject_);
+    raise(signal);
 }
 
 } // namespace iodbg

@@ -1,5 +1,5 @@
 #pragma once
-// Work that goes on until somebody presses Ctrl-C, which is then its proper end.
+// Signals that end the program: when they may, and what is put in order before they do.
 
 #include <csignal>
 
@@ -11,7 +11,7 @@ namespace iodbg {
  */
 void endOnInterrupt(bool isOnTerminal);
 
-/** As long as it lives, Ctrl-C waits: an exchange with the hardware is not left half done. */
+/** As long as it lives, Ctrl-C and its like wait: nothing is left half done. */
 class Uninterrupted {
   public:
     Uninterrupted();
@@ -21,6 +21,28 @@ class Uninterrupted {
 
   private:
     sigset_t before_{};
+};
+
+/**
+ * As long as it lives, a signal that ends the program calls a function first, which may do only
+ * what is safe in the middle of anything else. Those that live at the same time are all called, the
+ * latest first.
+ */
+class BeforeEnd {
+  public:
+    using Work = void (*)(const void *subject);
+
+    BeforeEnd(Work work, const void *subject);
+    BeforeEnd(const BeforeEnd &) = delete;
+    BeforeEnd &operator=(const BeforeEnd &) = delete;
+    ~BeforeEnd();
+
+  private:
+    static void end(int signal);
+
+    Work work_;
+    const void *subject_;
+    const BeforeEnd *earlier_;
 };
 
 } // namespace iodbg

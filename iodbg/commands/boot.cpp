@@ -70,6 +70,7 @@ struct SetArguments {
     const BootSetting *setting = nullptr;
     std::string value;
     std::string backup;
+    bool isForced = false;
 };
 
 /** What the old settings were, for those who have to store them anew. */
@@ -148,7 +149,7 @@ ExitCode set(Console &console, SetArguments arguments) {
     // Without the old block the library would store this setting alone.
     const Bytes before = readBootBlock();
     if (!arguments.backup.empty())
-        writeHostFile(arguments.backup, before);
+        save(console, {arguments.backup, arguments.isForced, true}, before);
     const Bytes wanted = withValue(setting, arguments.value, before);
     // The console's rate alone is tried before it is stored.
     if (const int32_t status = setting.write(arguments.value); status != BSP_OK)
@@ -195,8 +196,10 @@ void addSet(const Command &boot) {
                      "standard input)",
                      text(arguments->value));
     command.option("--backup", "FILE",
-                   "Save the block first, the password included; 'mtd write mtd4 FILE' restores it",
+                   "Save the block first, the password included, - is standard output; 'mtd write "
+                   "mtd4 FILE' restores it",
                    fileName(arguments->backup));
+    command.flag("--force", "Replace a backup that exists", arguments->isForced);
     command.does([arguments](Console &console) { return set(console, *arguments); });
 }
 

@@ -41,6 +41,7 @@ struct DumpArguments {
     uint32_t offset = 0;
     std::optional<uint32_t> length;
     std::string output;
+    bool isForced = false;
 };
 
 Section describe(const DumpArguments &arguments, const Bytes &data) {
@@ -60,8 +61,9 @@ ExitCode dump(Console &console, const DumpArguments &arguments) {
 
     Section section = describe(arguments, data);
     if (!arguments.output.empty()) {
-        writeHostFile(arguments.output, data);
-        section.add("output", "Saved in", textCell(arguments.output));
+        const Destination destination = {arguments.output, arguments.isForced};
+        save(console, destination, data);
+        section.add("output", "Saved in", textCell(destination.name()));
         return console.print({{section}, {}});
     }
     section.add("data_hex", "Data", textCell(hexBytes(data)));
@@ -81,9 +83,9 @@ Bytes dataOf(const WriteArguments &arguments) {
         throw Failure::usage("give the bytes either as HEX or with --file");
     if (arguments.file.empty())
         return arguments.data;
-    Bytes content = readHostFile(arguments.file, arguments.carrier.eepromSize());
+    Bytes content = readHostFileOrInput(arguments.file, arguments.carrier.eepromSize());
     if (content.empty())
-        throw Failure(ExitCode::Host, arguments.file + " is empty; give the right file");
+        throw Failure(ExitCode::Host, inputName(arguments.file) + " is empty; give the right file");
     return content;
 }
 
@@ -127,7 +129,9 @@ void addDump(const Command &eeprom) {
     command.option(
         "--length", "N", "How many bytes (default: up to the end)",
         [arguments](const std::string &word) { number(arguments->length.emplace())(word); });
-    command.option("--output", "FILE", "Save the bytes in a file", fileName(arguments->output));
+    command.option("--output", "FILE", "Save the bytes in a file, - is standard output",
+                   fileName(arguments->output));
+    command.flag("--force", kForceHelp, arguments->isForced);
     command.does([arguments](Console &console) { return dump(console, *arguments); });
 }
 
@@ -137,7 +141,8 @@ void addWrite(const Command &eeprom) {
     addDevice(command, arguments->carrier);
     command.argument("OFFSET", "First byte", number(arguments->offset));
     command.optionalArgument("HEX", "The bytes, two hexadecimal digits each", hex(arguments->data));
-    command.option("--file", "FILE", "Take the bytes from a file", fileName(arguments->file));
+    command.option("--file", "FILE", "Take the bytes from a file, - is standard input",
+                   fileName(arguments->file));
     command.flag("--dry-run", "Show what would change, change nothing", arguments->isDryRun);
     command.does([arguments](Console &console) { return write(console, *arguments); });
 }

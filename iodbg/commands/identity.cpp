@@ -16,6 +16,7 @@ struct GetArguments {
     std::string item; // empty: all
     Carrier carrier;
     std::string output;
+    bool isForced = false;
 
     bool asksFor(const char *name) const { return item.empty() || item == name; }
 };
@@ -37,7 +38,8 @@ void addBoardItems(Report &report, const GetArguments &arguments) {
         report.parts.emplace_back(section);
 }
 
-void addRecord(Report &report, const GetArguments &arguments, const BspDevinfo &record) {
+void addRecord(Console &console, Report &report, const GetArguments &arguments,
+               const BspDevinfo &record) {
     const Carrier &carrier = arguments.carrier;
     Section section = {"record", "Product record of " + carrier.name(), {}};
     if (carrier.isBoard()) {
@@ -48,8 +50,9 @@ void addRecord(Report &report, const GetArguments &arguments, const BspDevinfo &
     }
     addFields(section, carrier, record);
     if (!arguments.output.empty()) {
-        writeHostFile(arguments.output, bytesOf(record));
-        section.add("output", "Saved in", textCell(arguments.output));
+        const Destination destination = {arguments.output, arguments.isForced};
+        save(console, destination, bytesOf(record));
+        section.add("output", "Saved in", textCell(destination.name()));
     }
     report.parts.emplace_back(section);
 }
@@ -74,7 +77,7 @@ ExitCode get(Console &console, const GetArguments &arguments) {
         if (arguments.item == "serial")
             addSupplySerial(report, record);
         else
-            addRecord(report, arguments, record);
+            addRecord(console, report, arguments, record);
     }
     return console.print(report);
 }
@@ -96,8 +99,9 @@ void addIdentityCommands(const Command &root) {
     const Command command = identity.command("get", "Read what the board knows of itself");
     command.optionalArgument("ITEM", "serial|mac|record (default: all)", itemName(arguments->item));
     command.option("--index", kCarrierWords, "Whose (default board)", carrier(arguments->carrier));
-    command.option("--output", "FILE", "Save the record's 128 bytes in a file",
+    command.option("--output", "FILE", "Save the record's 128 bytes, - is standard output",
                    fileName(arguments->output));
+    command.flag("--force", kForceHelp, arguments->isForced);
     command.does([arguments](Console &console) { return get(console, *arguments); });
 
     addIdentitySetCommands(identity);

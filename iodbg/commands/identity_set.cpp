@@ -102,7 +102,7 @@ struct RecordArguments {
 /** Refuses a file that would be stored, but not as what it is. */
 void checkRecord(const RecordArguments &arguments, const BspDevinfo &record) {
     const auto refuse = [&](const std::string &reason) {
-        throw Failure(ExitCode::Host, arguments.file + " " + reason);
+        throw Failure(ExitCode::Host, inputName(arguments.file) + " " + reason);
     };
     if (!arguments.carrier.isBoard()) {
         if (const int offset = firstByteWithoutPlace(record); offset >= 0)
@@ -122,10 +122,11 @@ void checkRecord(const RecordArguments &arguments, const BspDevinfo &record) {
 
 BspDevinfo recordIn(const RecordArguments &arguments) {
     BspDevinfo record;
-    const Bytes content = readHostFile(arguments.file, sizeof(record));
+    const Bytes content = readHostFileOrInput(arguments.file, sizeof(record));
     if (content.size() != sizeof(record))
-        throw Failure(ExitCode::Host, arguments.file + " has " + std::to_string(content.size()) +
-                                          " bytes; a record has " + std::to_string(sizeof(record)));
+        throw Failure(ExitCode::Host, inputName(arguments.file) + " has " +
+                                          std::to_string(content.size()) + " bytes; a record has " +
+                                          std::to_string(sizeof(record)));
     std::memcpy(&record, content.data(), sizeof(record));
     checkRecord(arguments, record);
     if (arguments.carrier.isBoard())
@@ -195,8 +196,9 @@ void addSetRecord(const Command &group) {
     const auto arguments = std::make_shared<RecordArguments>();
     const Command command = group.command("record", "Store a whole record from a file");
     command.option("--index", kCarrierWords, "Whose (default board)", carrier(arguments->carrier));
-    command.requiredOption("--file", "FILE", "128 bytes, as 'identity get record --output' saves",
-                           fileName(arguments->file));
+    command.requiredOption(
+        "--file", "FILE", "128 bytes, as 'identity get record --output' saves; - is standard input",
+        fileName(arguments->file));
     command.flag("--renew-crc", "Accept a file whose CRC does not match, and store the right one",
                  arguments->isCrcRenewed);
     addDryRun(command, arguments->isDryRun);

@@ -63,20 +63,23 @@ ExitCode showBanks(Console &console, std::optional<uint32_t> only) {
 struct PackArguments {
     std::string image;
     std::string output;
+    bool isForced = false;
 };
 
 ExitCode pack(Console &console, const PackArguments &arguments) {
-    const Bytes image = readHostFile(arguments.image, kLargestBootFile - kBootTrailerSize);
+    const Bytes image = readHostFileOrInput(arguments.image, kLargestBootFile - kBootTrailerSize);
     if (image.empty())
-        throw Failure(ExitCode::Host, arguments.image + " is empty; give the right file");
+        throw Failure(ExitCode::Host,
+                      inputName(arguments.image) + " is empty; give the right file");
     if (std::error_code error;
         std::filesystem::equivalent(arguments.image, arguments.output, error))
         throw Failure::usage(arguments.output +
                              " is the image itself, which would be lost; choose another name");
     const Bytes file = packBootFile(image);
-    writeHostFile(arguments.output, file);
+    const Destination destination = {arguments.output, arguments.isForced};
+    save(console, destination, file);
     Section section = {"", "", {}};
-    section.add("output", "Saved in", textCell(arguments.output));
+    section.add("output", "Saved in", textCell(destination.name()));
     section.add("size_bytes", "Size, bytes", numberCell(static_cast<int64_t>(file.size())));
     for (const BootField &field : bootFields(file)) {
         if (field.name == "trailer CRC")
@@ -102,7 +105,7 @@ ExitCode check(Console &console, const std::string &path) {
                               flagCell(field.isRight(), "right", "wrong")});
     }
     Section section = {"", "", {}};
-    section.add("file", "File", textCell(path));
+    section.add("file", "File", textCell(inputName(path)));
     section.add("size_bytes", "Size, bytes", numberCell(static_cast<int64_t>(file.size())));
     section.add("valid", "Boot-loader upgrade file",
                 flagCell(isValid, "valid", "not valid: the board would refuse it"));
@@ -123,8 +126,10 @@ void addPackBoot(const Command &image) {
     const auto arguments = std::make_shared<PackArguments>();
     const Command command =
         image.command("pack-boot", "Make an upgrade file of a boot-loader image");
-    command.argument("IN", "The image, up to 1048496 bytes", fileName(arguments->image));
-    command.argument("OUT", "The upgrade file", fileName(arguments->output));
+    command.argument("IN", "The image, up to 1048496 bytes; - is standard input",
+                     fileName(arguments->image));
+    command.argument("OUT", "The upgrade file; - is standard output", fileName(arguments->output));
+    command.flag("--force", kForceHelp, arguments->isForced);
     command.does([arguments](Console &console) { return pack(console, *arguments); });
 }
 
@@ -133,7 +138,7 @@ void addCheck(const Command &image) {
     const Command command =
         image.command("check", "Judge a boot-loader upgrade file, field by field.\nA wrong one is "
                                "exit code 4");
-    command.argument("FILE", "The upgrade file", fileName(*path));
+    command.argument("FILE", "The upgrade file, - is standard input", fileName(*path));
     command.does([path](Console &console) { return check(console, *path); });
 }
 

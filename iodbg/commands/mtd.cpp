@@ -1,6 +1,7 @@
 // iodbg mtd: flash partitions as a whole, or the file that one holds behind a length header.
 
 #include "bsp.h"
+#include "iodbg/boot_block.h"
 #include "iodbg/commands/commands.h"
 #include "iodbg/confirm.h"
 #include "iodbg/console.h"
@@ -14,9 +15,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <fcntl.h>
+#include <optional>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace iodbg {
 
@@ -53,36 +53,17 @@ uint64_t storedSize(const FlashPartition &partition, bool hasHeader) {
     return size;
 }
 
-/** The library appends to what is there, so it gets a new file, in a folder that takes one. */
-void makeRoom(const ReadArguments &arguments) {
-    struct stat info = {};
-    if (lstat(arguments.file.c_str(), &info) == 0) {
-        if (!S_ISREG(info.st_mode))
-            throw Failure(ExitCode::Host,
-                          arguments.file + " is not a regular file; choose another name");
-        if (!arguments.isForced)
-            throw Failure(ExitCode::Host, arguments.file + " exists; choose another name, or "
-                                                           "replace it with --force");
-        if (unlink(arguments.file.c_str()) != 0)
-            throw Failure::file("replace " + arguments.file, "choose another name");
-    }
-    const bsp::Descriptor trial(
-        open(arguments.file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    if (!trial.isOpen() || unlink(arguments.file.c_str()) != 0)
-        throw Failure::file("write " + arguments.file,
-                            "choose a folder that can be written and has space");
-}
-
 /** Compares the copy with the partition, since the library does not notice a full file system. */
-void verifyCopy(const FlashPartition &partition, const ReadArguments &arguments, uint64_t size) {
+void verifyCopy(const FlashPartition &partition, const ReadArguments &arguments,
+                const std::string &copy, uint64_t size) {
     struct stat info = {};
-    const bool isThere = stat(arguments.file.c_str(), &info) == 0;
+    const bool isThere = stat(copy.c_str(), &info) == 0;
     const uint64_t copied = isThere ? static_cast<uint64_t>(info.st_size) : 0;
     if (copied != size)
-        throw Failure(ExitCode::Host, arguments.file + " took " + std::to_string(copied) + " of " +
-                                          sizeText(size) +
+        throw Failure(ExitCode::Host, "the new " + arguments.file + " took " +
+                                          std::to_string(copied) + " of " + sizeText(size) +
                                           "; choose a folder that can be written and has space");
-    Content content = {{}, arguments.file, size};
+    Content content = {{}, copy, size};
     if (arguments.hasHeader)
         content.front = partition.read(0, kLengthHeaderSize);
     const Comparison comparison = compare(partition, content, Layout::Straight, [](uint64_t) {});
@@ -95,14 +76,17 @@ void verifyCopy(const FlashPartition &partition, const ReadArguments &arguments,
 ExitCode read(Console &console, const ReadArguments &arguments) {
     const FlashPartition partition(arguments.device);
     const uint64_t size = storedSize(partition, arguments.hasHeader);
-    makeRoom(arguments);
-    require(bsp_mtd_read_to_file(arguments.device.c_str(), arguments.file.c_str(),
+    const Destination destination = {arguments.file, arguments.isForced,
+                                     partition.isAt(kBootBlockDevice)};
+    Saving copy(console, destination);
+    require(bsp_mtd_read_to_file(arguments.device.c_str(), copy.path().c_str(),
                                  arguments.hasHeader ? 1 : 0),
             "read " + arguments.device);
-    verifyCopy(partition, arguments, size);
+    verifyCopy(partition, arguments, copy.path(), size);
+    copy.finish();
     Section section = {"", "", {}};
     section.add("device", "Device", textCell(arguments.device));
-    section.add("output", "Saved in", textCell(arguments.file));
+    section.add("output", "Saved in", textCell(destination.name()));
     section.add("size_bytes", "Size, bytes", numberCell(static_cast<int64_t>(size)));
     return console.print({{section}, {}});
 }
@@ -117,15 +101,43 @@ struct WriteArguments {
     bool isYes = false;
 };
 
-Content contentOf(const WriteArguments &arguments, const FlashPartition &partition) {
-    Content content = {{}, arguments.file, hostFileSize(arguments.file)};
+/** The bytes of standard input in a file, where the library and the comparison find them. */
+class InputFile {
+  public:
+    explicit InputFile(const WriteArguments &arguments) {
+        constexpr size_t kLargest = 1048576; // the settings of a boot loader, and more
+        if (!isStandardStream(arguments.file))
+            return;
+        if (!arguments.isYes && !arguments.isDryRun)
+            throw Failure::usage("standard input has the file, so that it cannot have the answer "
+                                 "to a question; say --yes");
+        const Bytes content = readHostFileOrInput(arguments.file, kLargest);
+        if (content.empty())
+            throw Failure(ExitCode::Host,
+                          inputName(arguments.file) + " is empty; give the right file");
+        file_.emplace(folderForTemporaryFiles(), "a temporary file");
+        if (!writeAll(file_->descriptor(), content))
+            throw Failure::file("write a temporary file", "give the name of a file instead");
+    }
+
+    /** What to read instead of the file that was given. */
+    std::string path(const std::string &given) const { return file_ ? file_->path() : given; }
+
+  private:
+    std::optional<TemporaryFile> file_;
+};
+
+Content contentOf(const WriteArguments &arguments, const std::string &path,
+                  const FlashPartition &partition) {
+    Content content = {{}, path, hostFileSize(path)};
     if (arguments.hasHeader) {
         content.front.resize(kLengthHeaderSize);
         bsp::storeBe32(content.front.data(), static_cast<uint32_t>(content.fileSize));
         std::copy(kLengthMarker.begin(), kLengthMarker.end(), content.front.begin() + 4);
     }
     if (content.size() > partition.size())
-        throw Failure::usage("'" + arguments.file + "' has " + sizeText(content.fileSize) +
+        throw Failure::usage("'" + inputName(arguments.file) + "' has " +
+                             sizeText(content.fileSize) +
                              (arguments.hasHeader ? ", 8 more with the length header" : "") + "; " +
                              partition.device() + " holds " + std::to_string(partition.size()));
     return content;
@@ -145,17 +157,19 @@ Failure writeFailure(const WriteArguments &arguments, int32_t status, const std:
     const std::string hint = found + "; write again, and see the kernel log for flash errors";
     if (!explain(status).name.empty() && status != BSP_E_FAILED)
         return Failure::board("write " + arguments.device, status, hint);
-    return {ExitCode::Board, "cannot write all of " + arguments.file + " into " + arguments.device +
-                                 ": the library answered " + std::to_string(status) + "; " + hint};
+    return {ExitCode::Board, "cannot write all of " + inputName(arguments.file) + " into " +
+                                 arguments.device + ": the library answered " +
+                                 std::to_string(status) + "; " + hint};
 }
 
 ExitCode write(Console &console, const WriteArguments &arguments) {
     console.beginLongWork();
     const FlashPartition partition(arguments.device);
-    const Content content = contentOf(arguments, partition);
+    const InputFile input(arguments);
+    const Content content = contentOf(arguments, input.path(arguments.file), partition);
     Section section = {"", "", {}};
     section.add("device", "Device", textCell(arguments.device));
-    section.add("file", "File", textCell(arguments.file));
+    section.add("file", "File", textCell(inputName(arguments.file)));
     section.add("size_bytes", "Size, bytes", numberCell(static_cast<int64_t>(content.fileSize)));
     section.add("dry_run", "Dry run",
                 flagCell(arguments.isDryRun, "yes, nothing was changed", "no"));
@@ -166,7 +180,7 @@ ExitCode write(Console &console, const WriteArguments &arguments) {
 
     PartitionWork work(console, "mtd write", partition, content);
     const int32_t status = work.write([&] {
-        return bsp_mtd_write_from_file(arguments.file.c_str(), arguments.device.c_str(),
+        return bsp_mtd_write_from_file(content.file.c_str(), arguments.device.c_str(),
                                        arguments.hasHeader ? 1 : 0);
     });
     const std::string found = work.readBack();
@@ -206,9 +220,9 @@ void addRead(const Command &mtd) {
     const auto arguments = std::make_shared<ReadArguments>();
     const Command command = mtd.command("read", "Copy a partition into a file");
     command.argument("DEVICE", kFlashDeviceHelp, flashDevice(arguments->device));
-    command.argument("FILE", "The copy", fileName(arguments->file));
+    command.argument("FILE", "The copy, - is standard output", fileName(arguments->file));
     command.flag("--header", kHeaderHelp, arguments->hasHeader);
-    command.flag("--force", "Replace a file that exists", arguments->isForced);
+    command.flag("--force", kForceHelp, arguments->isForced);
     command.does([arguments](Console &console) { return read(console, *arguments); });
 }
 
@@ -216,7 +230,7 @@ void addWrite(const Command &mtd) {
     const auto arguments = std::make_shared<WriteArguments>();
     const Command command = mtd.command("write", "Replace a partition's content by a file's");
     command.argument("DEVICE", kFlashDeviceHelp, flashDevice(arguments->device));
-    command.argument("FILE", "The new content", fileName(arguments->file));
+    command.argument("FILE", "The new content, - is standard input", fileName(arguments->file));
     command.flag("--header", "Write it behind a length header, and erase no more than it needs",
                  arguments->hasHeader);
     command.flag("--dry-run", "Check the file, change nothing", arguments->isDryRun);

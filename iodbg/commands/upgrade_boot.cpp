@@ -5,6 +5,7 @@
 #include "iodbg/commands/upgrade_parts.h"
 #include "iodbg/failure.h"
 #include "iodbg/flash_work.h"
+#include "iodbg/host_file.h"
 
 #include <array>
 
@@ -40,6 +41,7 @@ std::string runningVersion() {
 
 ExitCode upgradeBoot(Console &console, const UpgradeArguments &arguments) {
     console.beginLongWork();
+    requireNamedFile(arguments.file);
     const Bytes file = readBootFile(arguments.file);
     const FlashPartition partition(kDevice);
     checkFile(arguments.file, file, partition);

@@ -34,7 +34,7 @@ TEST_F(EepromCommandsTest, DumpsUpToTheEnd) {
 
 TEST_F(EepromCommandsTest, SavesADumpInAFile) {
     const std::string file = makeFile("dump", "what was there before");
-    const std::string answer = json({"eeprom", "dump", "--output", file});
+    const std::string answer = json({"eeprom", "dump", "--output", file, "--force"});
     EXPECT_EQ(jsonAt(answer, "/output"), "\"" + file + "\"");
     const auto *bytes = reinterpret_cast<const char *>(devices().eeprom.bytes);
     EXPECT_EQ(readFile(file), std::string(bytes, 1024));
@@ -46,7 +46,7 @@ TEST_F(EepromCommandsTest, AFileThatCannotBeWrittenWholeStaysAsItWas) {
     const std::string file = makeFile("dump", "what was there before");
     {
         const FileSizeLimit limit(512);
-        expectFailure({"eeprom", "dump", "--output", file}, 4,
+        expectFailure({"eeprom", "dump", "--output", file, "--force"}, 4,
                       {"cannot write " + file, "File too large"});
     }
     EXPECT_EQ(readFile(file), "what was there before");

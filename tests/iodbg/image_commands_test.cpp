@@ -12,7 +12,9 @@ class ImageCommandsTest : public FlashCommandsTest {
     /** A valid upgrade file of an image of this size. */
     std::string packed(size_t size) const {
         const std::string file = hostFile("boot.bin");
-        EXPECT_EQ(iodbg({"image", "pack-boot", makeImage(size, "boot.raw"), file}).exitCode, 0);
+        EXPECT_EQ(
+            iodbg({"image", "pack-boot", makeImage(size, "boot.raw"), file, "--force"}).exitCode,
+            0);
         return file;
     }
     std::string withByte(const std::string &path, size_t fromEnd, char byte) const {
@@ -88,7 +90,7 @@ TEST_F(ImageCommandsTest, PacksAnUpgradeFile) {
     EXPECT_EQ(file.substr(13, 8), std::string("\0\0\0\0\0\0\0\x50", 8));
     EXPECT_EQ(file.substr(25, 8), std::string("\0\0\0\0\xCB\xF4\x39\x26", 8));
     EXPECT_EQ(file.substr(41), "ZENTRAV48_BOOT" + std::string(34, '\0'));
-    EXPECT_EQ(jsonKeys(json({"image", "pack-boot", in, out}), ""),
+    EXPECT_EQ(jsonKeys(json({"image", "pack-boot", in, out, "--force"}), ""),
               (Words{"output", "size_bytes", "trailer_crc", "image_crc", "failures"}));
 }
 

@@ -39,7 +39,9 @@ class UpgradeCommandsTest : public FlashCommandsTest {
     }
     std::string bootFile(size_t size = 5000) const {
         const std::string file = hostFile("boot.bin");
-        EXPECT_EQ(iodbg({"image", "pack-boot", makeImage(size, "boot.raw"), file}).exitCode, 0);
+        EXPECT_EQ(
+            iodbg({"image", "pack-boot", makeImage(size, "boot.raw"), file, "--force"}).exitCode,
+            0);
         return file;
     }
 };

@@ -232,7 +232,7 @@ void checkGoodPartition() {
     expectSame("the first block is erased", erased(kBlockSize), readCells(0, 0, kBlockSize));
 
     beginSection("iodbg: a boot loader");
-    iodbg(kDone, "image pack-boot /tmp/file /tmp/boot");
+    iodbg(kDone, "image pack-boot /tmp/file /tmp/boot --force");
     expectPrinted(iodbg(kDone, "upgrade boot /tmp/boot --yes"), kFileVerified);
     expectSame("it is in the partition", readFile("/tmp/boot"), readCells(0, 0, kImageSize + 80));
 }
@@ -266,7 +266,7 @@ void checkWornPartition() {
                   "iodbg: /dev/mtd0 reads back differently: byte 0x2800 of the file, at 0x2800 in "
                   "/dev/mtd0, is ");
     beginSection("iodbg: a page under a boot loader wears out");
-    iodbg(kDone, "image pack-boot /tmp/file /tmp/boot");
+    iodbg(kDone, "image pack-boot /tmp/file /tmp/boot --force");
     expectPrinted(iodbg(kReadsBackDifferently, "upgrade boot /tmp/boot --yes"),
                   "; do not reset the board: repeat the upgrade until it is verified\n");
 }
