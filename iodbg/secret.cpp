@@ -1,6 +1,7 @@
 #include "iodbg/secret.h"
 
 #include "iodbg/failure.h"
+#include "iodbg/interrupt.h"
 
 #include <cstdio>
 #include <termios.h>
@@ -18,23 +19,30 @@ class NoEcho {
             return;
         termios silent = before_;
         silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+        silent.c_cc[VSUSP] = _POSIX_VDISABLE; // nobody gets a silent terminal by stopping this
         if (tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent) != 0)
             throw Failure::file("hide what is typed", "give the password on standard input");
     }
     NoEcho(const NoEcho &) = delete;
     NoEcho &operator=(const NoEcho &) = delete;
-    ~NoEcho() {
-        if (isTerminal_) {
-            tcsetattr(STDIN_FILENO, TCSAFLUSH, &before_);
-            std::fputc('\n', stderr); // the one that was not shown
-        }
-    }
+    ~NoEcho() { restore(this); }
 
     bool isTerminal() const { return isTerminal_; }
 
   private:
+    /** Also called in the middle of anything else, by Ctrl-C. */
+    static void restore(const void *noEcho) {
+        const auto *self = static_cast<const NoEcho *>(noEcho);
+        if (!self->isTerminal_)
+            return;
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &self->before_);
+        constexpr char kNewLine = '\n'; // the one that was not shown
+        [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, &kNewLine, 1);
+    }
+
     termios before_{};
     bool isTerminal_;
+    BeforeEnd restoring_{restore, this};
 };
 
 } // namespace

@@ -101,13 +101,18 @@ std::string changedSettings(ByteView wanted, ByteView after) {
     return names.empty() ? "bytes between the settings" : names;
 }
 
+/** Why the flash cannot take a block of settings, if that is so. */
+std::string pageSizeReason(uint64_t pageSize) {
+    if (pageSize <= kBootBlockSize)
+        return "";
+    return "; the flash takes only whole pages of " + std::to_string(pageSize) +
+           " bytes, and so no setting of these 256";
+}
+
 std::string repairText(const SetArguments &arguments, uint64_t pageSize) {
     const std::string file = arguments.backup.empty() ? "FILE" : arguments.backup;
-    std::string text;
-    if (pageSize > kBootBlockSize)
-        text = "; the flash takes only whole pages of " + std::to_string(pageSize) +
-               " bytes, and so no setting of these 256";
-    text += "; write the block back with 'iodbg mtd write mtd4 " + file + "'";
+    const std::string text = pageSizeReason(pageSize) +
+                             "; write the block back with 'iodbg mtd write mtd4 " + file + "'";
     return arguments.backup.empty() ? text + ", FILE being its 256 bytes (--backup saves them)"
                                     : text;
 }
@@ -120,9 +125,14 @@ void verify(const SetArguments &arguments, const Bytes &before, const Bytes &wan
     if (after == wanted && status == BSP_OK && value == arguments.value)
         return;
     const std::string name = arguments.setting->name;
-    if (after == before)
-        throw Failure(ExitCode::ReadBack, name + " was not stored, the block is as it was; check "
-                                                 "the kernel log for flash errors");
+    if (after == before) {
+        const std::string reason = pageSizeReason(partition.pageSize());
+        throw Failure(ExitCode::ReadBack,
+                      name + " was not stored, the block is as it was" +
+                          (reason.empty() ? "; check the kernel log for flash errors"
+                                          : reason + ": write a whole block of settings with "
+                                                     "'iodbg mtd write mtd4 FILE'"));
+    }
     const std::string repair =
         "; " + oldValues(before) + repairText(arguments, partition.pageSize());
     if (isErased(after))

@@ -3,6 +3,7 @@
 #include "tests/iodbg/flash_commands_test.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -163,6 +164,33 @@ TEST_F(BootCommandsTest, ATerminalDoesNotShowThePassword) {
     EXPECT_EQ(block().substr(192, 17), std::string("boot_pwd=hidden7\0", 17));
 }
 
+TEST_F(BootCommandsTest, ATerminalShowsAgainWhatIsTypedBehindThePassword) {
+    const struct {
+        const char *typed;
+        int exitCode;
+    } cases[] = {
+        {"secret\n", 0},
+        {"secret\x03", 128 + SIGINT},
+        {"\x1c", 128 + SIGQUIT},
+        {"a\x1a"
+         "b\n",
+         2}, // a character like any other: a stopped program's terminal stayed silent
+        {"\x04", 2},
+    };
+    for (const auto &[typed, exitCode] : cases) {
+        TerminalEnd end;
+        const std::string shown =
+            iodbgOnTerminal({"boot", "set", "password", "-"},
+                            {.prompt = "New boot password: ", .answer = typed}, &end);
+        EXPECT_EQ(end.exitCode, exitCode) << shown;
+        EXPECT_TRUE(end.isEchoing) << shown;
+        EXPECT_TRUE(end.isSuspending) << shown;
+        EXPECT_EQ(shown.find("secret"), std::string::npos) << shown;
+        EXPECT_NE(shown.find("New boot password: \r\n"), std::string::npos)
+            << "the next prompt begins a line: " << shown;
+    }
+}
+
 TEST_F(BootCommandsTest, LargePagesLoseAllSettings) {
     useLargePages();
     const ProcessResult result =
@@ -172,6 +200,16 @@ TEST_F(BootCommandsTest, LargePagesLoseAllSettings) {
                        "takes only whole pages of 2048 bytes",
                        "'iodbg mtd write mtd4 FILE', FILE being its 256 bytes"});
     EXPECT_EQ(result.err.find("Secret1"), std::string::npos);
+    EXPECT_EQ(block(), std::string(256, '\xFF'));
+}
+
+TEST_F(BootCommandsTest, LargePagesTakeNoSettingIntoAnErasedBlockEither) {
+    flash(4).geometry = {vb::FlashType::Nand, 262144, 131072, 2048, 64};
+    const ProcessResult result =
+        expectFailure({"boot", "set", "flag", "3"}, 3,
+                      {"flag was not stored, the block is as it was; the flash takes only whole "
+                       "pages of 2048 bytes, and so no setting of these 256"});
+    EXPECT_EQ(result.err.find("write the block back"), std::string::npos) << "nothing is lost";
     EXPECT_EQ(block(), std::string(256, '\xFF'));
 }
 

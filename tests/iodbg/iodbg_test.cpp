@@ -75,8 +75,9 @@ Process IodbgTest::start(const Words &arguments) const {
     return Process(commandLine(arguments), environment());
 }
 
-std::string IodbgTest::iodbgOnTerminal(const Words &arguments, const Typing &typing) const {
-    return runOnTerminal(commandLine(arguments), environment(), typing);
+std::string IodbgTest::iodbgOnTerminal(const Words &arguments, const Typing &typing,
+                                       TerminalEnd *end) const {
+    return runOnTerminal(commandLine(arguments), environment(), typing, end);
 }
 
 vb::FaultRule IodbgTest::at(vb::FaultRule rule, uint32_t offset) {

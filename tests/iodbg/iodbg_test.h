@@ -29,7 +29,8 @@ class IodbgTest : public VirtualBoardTest {
     /** Starts it there. */
     Process start(const Words &arguments) const;
     /** Runs it on a terminal; what appears there. */
-    std::string iodbgOnTerminal(const Words &arguments, const Typing &typing = {}) const;
+    std::string iodbgOnTerminal(const Words &arguments, const Typing &typing = {},
+                                TerminalEnd *end = nullptr) const;
 
     /** Runs it with --json; the answer must parse and the exit code must be this one. */
     std::string json(const Words &arguments, int exitCode = 0) const;

@@ -11,12 +11,17 @@
 #include <stdexcept>
 #include <sys/mman.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr int kCannotExecute = 127;
 constexpr int kSignalled = 128; // added to a signal's number, as shells do
+
+int exitCodeOf(int status) {
+    return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
+}
 
 /** The command line that runs a program of the build with more variables. */
 std::vector<std::string> emulated(const std::vector<std::string> &argv,
@@ -109,8 +114,7 @@ ProcessResult Process::wait() {
     while (waitpid(pid_, &status, 0) < 0 && errno == EINTR) {
     }
     pid_ = -1;
-    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
-    return {code, out_.content(), err_.content()};
+    return {exitCodeOf(status), out_.content(), err_.content()};
 }
 
 ProcessResult run(const std::vector<std::string> &argv, const Environment &environment,
@@ -119,7 +123,7 @@ ProcessResult run(const std::vector<std::string> &argv, const Environment &envir
 }
 
 std::string runOnTerminal(const std::vector<std::string> &argv, const Environment &environment,
-                          const Typing &typing) {
+                          const Typing &typing, TerminalEnd *end) {
     int terminal = -1;
     const pid_t pid = forkpty(&terminal, nullptr, nullptr, nullptr);
     if (pid < 0)
@@ -139,8 +143,14 @@ std::string runOnTerminal(const std::vector<std::string> &argv, const Environmen
         if (write(terminal, typing.answer.data(), typing.answer.size()) < 0)
             break;
     }
+    termios left = {};
+    tcgetattr(terminal, &left);
     close(terminal);
-    waitpid(pid, nullptr, 0);
+    int status = 0;
+    waitpid(pid, &status, 0);
+    if (end != nullptr)
+        *end = {exitCodeOf(status), (left.c_lflag & ECHO) != 0,
+                left.c_cc[VSUSP] != _POSIX_VDISABLE};
     return text;
 }
 

@@ -64,9 +64,16 @@ struct Typing {
     std::string answer = {};
 };
 
+/** What a program leaves behind that had a terminal. */
+struct TerminalEnd {
+    int exitCode = -1; // 128 + the signal's number when a signal ended the program
+    bool isEchoing = false;
+    bool isSuspending = false; // Ctrl-Z does what it usually does
+};
+
 /** Runs a program with a terminal for all its streams; what appears there. */
 std::string runOnTerminal(const std::vector<std::string> &argv, const Environment &environment,
-                          const Typing &typing = {});
+                          const Typing &typing = {}, TerminalEnd *end = nullptr);
 
 /** What a program needs to be started on a board other than through `vboard run`. */
 Environment boardEnvironment(const std::string &boardFolder);
