@@ -2,9 +2,10 @@
 
 #include "bsp.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <dlfcn.h>
-#include <optional>
+#include <numeric>
 #include <sys/ioctl.h>
 #include <utility>
 
@@ -14,12 +15,11 @@ namespace {
 
 constexpr uint64_t kPoeBus = 16; // bus 16, channel 0
 constexpr uint64_t kPoeDevice = 0x20;
+constexpr uint64_t kLongestTransfer = 64; // a block of firmware has 36 bytes
 
 PoeWatcher watching;
 
-std::optional<PoeDirection> directionOf(unsigned long request, const BspIoctlRecord &record) {
-    if (record.slot[0] != kPoeBus || record.slot[1] != kPoeDevice || record.result != BSP_OK)
-        return {};
+std::optional<PoeDirection> directionOf(unsigned long request) {
     if (request == BSP_REQ_I2C_WRITE)
         return PoeDirection::ToController;
     if (request == BSP_REQ_I2C_READ)
@@ -27,14 +27,38 @@ std::optional<PoeDirection> directionOf(unsigned long request, const BspIoctlRec
     return {};
 }
 
-void tellOf(unsigned long request, const BspIoctlRecord &record) {
-    if (const auto direction = directionOf(request, record); direction.has_value())
-        watching(*direction,
-                 {reinterpret_cast<const uint8_t *>(static_cast<uintptr_t>(record.slot[4])),
-                  static_cast<size_t>(record.slot[5])});
+} // namespace
+
+std::optional<PoeTraffic> poeTrafficOf(unsigned long request, const void *argument) {
+    const std::optional<PoeDirection> direction = directionOf(request);
+    if (!direction || argument == nullptr)
+        return {};
+    const auto &record = *static_cast<const BspIoctlRecord *>(argument);
+    const auto *bytes = reinterpret_cast<const uint8_t *>(static_cast<uintptr_t>(record.slot[4]));
+    const uint64_t length = record.slot[5];
+    const bool isCarried =
+        record.result == BSP_OK && bytes != nullptr && length <= kLongestTransfer;
+    if (record.slot[0] != kPoeBus || record.slot[1] != kPoeDevice || !isCarried)
+        return {};
+    return PoeTraffic{*direction, {bytes, static_cast<size_t>(length)}};
 }
 
-} // namespace
+bool isPoeFrame(ByteView frame) {
+    constexpr size_t kSize = 12;
+    if (frame.size() != kSize)
+        return false;
+    const auto sum = std::accumulate(frame.begin(), frame.end() - 1, 0u);
+    return frame.back() == static_cast<uint8_t>(sum);
+}
+
+void PoeEcho::sent(ByteView frame) {
+    if (frame.size() >= head_.size())
+        std::copy_n(frame.begin(), head_.size(), head_.begin());
+}
+
+bool PoeEcho::isAnsweredBy(ByteView frame) const {
+    return isPoeFrame(frame) && std::equal(head_.begin(), head_.end(), frame.begin());
+}
 
 PoeWatch::PoeWatch(PoeWatcher watcher) {
     watching = std::move(watcher);
@@ -58,7 +82,9 @@ extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
     void *argument = va_arg(arguments, void *);
     va_end(arguments);
     const int result = next(fd, request, argument);
-    if (iodbg::watching && result >= 0 && argument != nullptr)
-        iodbg::tellOf(request, *static_cast<const BspIoctlRecord *>(argument));
+    if (!iodbg::watching || result < 0)
+        return result;
+    if (const auto traffic = iodbg::poeTrafficOf(request, argument); traffic.has_value())
+        iodbg::watching(traffic->direction, traffic->frame);
     return result;
 }

@@ -80,13 +80,18 @@ void follow(Progress &progress, ByteView frame) {
     constexpr uint8_t kLoaderCommand = 0xC0;
     constexpr uint8_t kJumpToLoader = 0x00;
     constexpr uint8_t kJumpToFirmware = 0x40;
-    constexpr uint8_t kBank0 = 0x80;
+    constexpr uint8_t kBank0 = 0x80, kBank3 = 0x83;
+    constexpr size_t kHeader = 4; // of a block
+    if (frame.size() < kHeader)
+        return;
     if (frame[0] != kLoaderCommand)
         return progress.reach(kAsk, 0);
     if (frame[1] == kJumpToLoader)
         return progress.reach(kLoader, kRestMs);
     if (frame[1] == kJumpToFirmware)
         return progress.reach(kStart, kRestMs);
+    if (frame[1] < kBank0 || frame[1] > kBank3)
+        return;
     const uint32_t position =
         static_cast<uint32_t>(frame[1] - kBank0) << 16 | uint32_t{frame[2]} << 8 | frame[3];
     progress.reach(kWrite, position / kBlockSize * kBlockMs);
