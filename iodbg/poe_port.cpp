@@ -4,6 +4,8 @@
 #include "iodbg/format.h"
 #include "iodbg/poe_wire.h"
 
+#include <algorithm>
+#include <array>
 #include <iterator>
 #include <optional>
 
@@ -12,34 +14,66 @@ namespace iodbg {
 namespace {
 
 constexpr uint32_t kIsFaulty = 1;
+constexpr char kUnknownClassText[] = "unknown";
+constexpr char kNotAskedText[] = "-";
 
-/** A reading of the library's, and what becomes of it. */
+/** Where a value comes from: an exchange with the controller. */
+enum Source : size_t { kState, kMeasurement, kMode, kPower, kSources };
+
+/** What a port answered. */
+struct Answers {
+    BspPoePortState state{};
+    BspPoePortMeasurement measurement{};
+    BspPoePortSettings settings{};
+    Cell priority;
+    std::array<std::optional<int32_t>, kSources> status; // none: not asked
+};
+
+/** A value, and what becomes of it. */
 struct Reading {
     PoePortItem item;
-    int32_t (*get)(uint32_t port, uint32_t *out);
-    Cell (*cell)(uint32_t value);
-    bool onlyWithPower; // a port without power measures nothing
+    Source source;
+    Cell (*cell)(const Answers &answers);
 };
 
-Cell faultCell(uint32_t fault) {
-    return flagCell(fault == kIsFaulty, "fault", "no");
-}
-
-// The state comes before the measurements that depend on it, the limit before the priority, which
-// is part of the same answer.
 const Reading kReadings[] = {
-    {{"mode", "MODE", "Mode"}, ioPoePortModeGet, poeModeCell, false},
-    {{"detection", "DETECTION", "Detection"}, ioPoePortDetectionGet, poeDetectionCell, false},
-    {{"class", "CLASS", "Class"}, ioPoePortClassificationGet, poeClassCell, false},
-    {{"fault", "FAULT", "Fault"}, ioPoePortFaultGet, faultCell, false},
-    {{"delivering", "POWER", "Power"}, ioPoePortDisconnectGet, poeDeliveringCell, false},
-    {{"voltage_v", "V", "Voltage, V"}, ioPoePortVoltageGet, poeNumberCell, true},
-    {{"current_ma", "MA", "Current, mA"}, ioPoePortCurrentGet, poeNumberCell, true},
-    {{"power_mw", "W", "Power, W"}, ioPoePortPowerGet, milliCell, true},
-    {{"limit_mw", "LIMIT W", "Power limit, W"}, ioPoePortMaxPowerGet, milliCell, false},
-    {{"inrush_mode", "INRUSH", "Inrush mode"}, ioPoePortInrushModeGet, poeNumberCell, false},
+    {{"mode", "MODE", "Mode", 8},
+     kMode,
+     [](const Answers &answers) { return poeModeCell(answers.settings.mode); }},
+    {{"detection", "DETECTION", "Detection", 9},
+     kState,
+     [](const Answers &answers) { return poeDetectionCell(answers.state.detection); }},
+    {{"class", "CLASS", "Class", 5},
+     kState,
+     [](const Answers &answers) { return poeClassCell(answers.state.classification); }},
+    {{"fault", "FAULT", "Fault", 5},
+     kState,
+     [](const Answers &answers) {
+         return flagCell(answers.state.fault == kIsFaulty, "fault", "no");
+     }},
+    {{"delivering", "POWER", "Power", 5},
+     kState,
+     [](const Answers &answers) { return poeDeliveringCell(answers.state.disconnect); }},
+    {{"voltage_v", "V", "Voltage, V", 2},
+     kMeasurement,
+     [](const Answers &answers) { return poeNumberCell(answers.measurement.voltageV); }},
+    {{"current_ma", "MA", "Current, mA", 4},
+     kMeasurement,
+     [](const Answers &answers) { return poeNumberCell(answers.measurement.currentMa); }},
+    {{"power_mw", "W", "Power, W", 6},
+     kMeasurement,
+     [](const Answers &answers) { return milliCell(answers.measurement.powerMw); }},
+    {{"limit_mw", "LIMIT W", "Power limit, W", 7},
+     kPower,
+     [](const Answers &answers) { return milliCell(answers.settings.powerLimitMw); }},
+    {{"inrush_mode", "INRUSH", "Inrush mode", 6},
+     kPower,
+     [](const Answers &answers) { return poeNumberCell(answers.settings.inrushMode); }},
+    {{"priority", "PRIORITY", "Priority (1 is the most important)", 8},
+     kPower,
+     [](const Answers &answers) { return answers.priority; }},
 };
-constexpr PoePortItem kPriority = {"priority", "PRIORITY", "Priority (1 is the most important)"};
+constexpr PoePortItem kPort = {"port", "PORT", "Port", 4};
 
 /**
  * The priority that the last answer to a question about a port's power settings tells. The library
@@ -49,22 +83,29 @@ class PrioritySeen {
   public:
     explicit PrioritySeen(uint32_t port)
         : watch_([this, port](PoeDirection direction, ByteView frame) {
-              constexpr uint8_t kPowerSettings = 0x49;
-              constexpr size_t kPriorityAt = 6;
-              if (direction == PoeDirection::FromController && frame.size() > kPriorityAt &&
-                  frame[0] == kPowerSettings && frame[2] == port - 1)
-                  value_ = frame[kPriorityAt];
+              see(direction, frame, port);
           }) {}
 
     Cell cell() const {
-        if (!value_)
-            return {"-", nullptr};
-        if (*value_ > 2)
+        constexpr uint8_t kHighest = 3;
+        if (!value_ || *value_ > kHighest)
+            return {"unknown", nullptr};
+        if (*value_ == kHighest)
             return {"above 1", int64_t{0}};
-        return numberCell(3 - *value_);
+        return numberCell(kHighest - *value_);
     }
 
   private:
+    void see(PoeDirection direction, ByteView frame, uint32_t port) {
+        constexpr uint8_t kPowerSettings = 0x49;
+        constexpr size_t kPriorityAt = 6;
+        if (direction == PoeDirection::ToController)
+            echo_.sent(frame);
+        else if (echo_.isAnsweredBy(frame) && frame[0] == kPowerSettings && frame[2] == port - 1)
+            value_ = frame[kPriorityAt];
+    }
+
+    PoeEcho echo_;
     std::optional<uint8_t> value_;
     PoeWatch watch_;
 };
@@ -73,6 +114,48 @@ class PrioritySeen {
 bool isSilent(int32_t status) {
     return status == BSP_E_POE_WRITE || status == BSP_E_POE_READ || status == BSP_E_POE_FRAME ||
            status == BSP_E_POE_LOCK;
+}
+
+void askForSettings(Answers &answers, uint32_t port) {
+    const PrioritySeen priority(port);
+    const int32_t status = ioPoePortSettingsGet(port, &answers.settings);
+    answers.status[kMode] = status == BSP_OK ? answers.settings.modeStatus : status;
+    answers.status[kPower] = status == BSP_OK ? answers.settings.powerStatus : status;
+    answers.priority = priority.cell();
+}
+
+/** Goes on until the controller falls silent. */
+Answers ask(uint32_t port) {
+    Answers answers;
+    int32_t status = ioPoePortStateGet(port, &answers.state);
+    answers.status[kState] = status;
+    const bool hasPower = status == BSP_OK && answers.state.disconnect == kPoeIsDelivering;
+    if (hasPower) {
+        status = ioPoePortMeasurementGet(port, &answers.measurement);
+        answers.status[kMeasurement] = status;
+    }
+    if (!isSilent(status))
+        askForSettings(answers, port);
+    return answers;
+}
+
+std::string columnText(const Cell &cell) {
+    const bool isFailed =
+        std::holds_alternative<std::nullptr_t>(cell.value) && cell.text != kNotAskedText;
+    if (isFailed)
+        return "!";
+    return cell.text == kUnknownClassText ? "?" : cell.text;
+}
+
+std::string paddedLine(const std::vector<std::string> &words) {
+    std::string line =
+        words[0] + std::string(kPort.width - std::min(kPort.width, words[0].size()), ' ');
+    for (size_t i = 0; i + 1 < words.size(); ++i) {
+        const size_t width = kReadings[i].item.width;
+        const std::string &word = words[i + 1];
+        line += " " + word + std::string(width - std::min(width, word.size()), ' ');
+    }
+    return line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
 }
 
 } // namespace
@@ -105,7 +188,7 @@ Cell poeClassCell(uint32_t deviceClass) {
     constexpr uint32_t kUnknown = 9;
     if (deviceClass == kNone)
         return {"-", int64_t{deviceClass}};
-    return {deviceClass == kUnknown ? "unknown" : std::to_string(deviceClass),
+    return {deviceClass == kUnknown ? kUnknownClassText : std::to_string(deviceClass),
             int64_t{deviceClass}};
 }
 
@@ -122,32 +205,42 @@ const std::vector<PoePortItem> &poePortItems() {
         std::vector<PoePortItem> all;
         for (const Reading &reading : kReadings)
             all.push_back(reading.item);
-        all.push_back(kPriority);
         return all;
     }();
     return items;
 }
 
 std::vector<Cell> readPoePort(Report &report, uint32_t port) {
-    const PrioritySeen priority(port);
     const std::string prefix = "ports." + std::to_string(port) + ".";
+    const Answers answers = ask(port);
     std::vector<Cell> cells;
-    bool hasPower = false;
-    bool isUnreachable = false;
+    std::array<bool, kSources> isNoted{};
     for (const Reading &reading : kReadings) {
-        if (isUnreachable || (reading.onlyWithPower && !hasPower)) {
-            cells.push_back({"-", nullptr});
+        const std::optional<int32_t> status = answers.status[reading.source];
+        if (!status) {
+            cells.push_back({kNotAskedText, nullptr});
             continue;
         }
-        uint32_t value = 0;
-        const int32_t status = reading.get(port, &value);
-        if (reading.get == ioPoePortDisconnectGet)
-            hasPower = status == BSP_OK && value == kPoeIsDelivering;
-        isUnreachable = isSilent(status);
-        cells.push_back(report.tried(prefix + reading.item.key, status, reading.cell(value)));
+        Report unnoted;
+        Report &notes = isNoted[reading.source] ? unnoted : report;
+        cells.push_back(notes.tried(prefix + reading.item.key, *status, reading.cell(answers)));
+        isNoted[reading.source] = true;
     }
-    cells.push_back(priority.cell());
     return cells;
+}
+
+std::string poePortHeadLine() {
+    std::vector<std::string> words = {kPort.label};
+    for (const Reading &reading : kReadings)
+        words.emplace_back(reading.item.label);
+    return paddedLine(words);
+}
+
+std::string poePortLine(uint32_t port, const std::vector<Cell> &cells) {
+    std::vector<std::string> words = {std::to_string(port)};
+    for (const Cell &cell : cells)
+        words.push_back(columnText(cell));
+    return paddedLine(words);
 }
 
 } // namespace iodbg

@@ -28,10 +28,9 @@ std::string durationText(uint32_t seconds) {
     return seconds < 60 ? rest : std::to_string(seconds / 60) + " min " + rest;
 }
 
-Progress::Progress(Console &console, std::string task, const std::vector<WorkStep> &steps,
-                   Only only)
+Progress::Progress(Console &console, std::string task, const std::vector<WorkStep> &steps)
     : console_(console), task_(std::move(task)), steps_(steps),
-      isTerminal_(isatty(STDERR_FILENO) == 1), only_(only), printedStep_(steps.size()) {
+      isTerminal_(isatty(STDERR_FILENO) == 1), printedStep_(steps.size()) {
     for (const WorkStep &step : steps_)
         totalMs_ += step.leastMs;
 }
@@ -83,7 +82,7 @@ void Progress::print(const Position &position) {
         std::fputs((kStartLineOver + barText(position)).c_str(), stderr);
         std::fflush(stderr);
         hasBar_ = true;
-    } else if (only_ == Only::Everywhere && position.step != printedStep_) {
+    } else if (position.step != printedStep_) {
         std::fprintf(stderr, "%s: %s\n", task_.c_str(), stepText(position).c_str());
     }
 }

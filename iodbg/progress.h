@@ -19,10 +19,7 @@ struct WorkStep {
 
 class Progress {
   public:
-    enum class Only { Everywhere, OnTerminals };
-
-    Progress(Console &console, std::string task, const std::vector<WorkStep> &steps,
-             Only only = Only::Everywhere);
+    Progress(Console &console, std::string task, const std::vector<WorkStep> &steps);
     Progress(const Progress &) = delete;
     Progress &operator=(const Progress &) = delete;
     /** Takes the bar off the terminal. */
@@ -51,7 +48,6 @@ class Progress {
     uint32_t totalMs_ = 0;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     bool isTerminal_;
-    Only only_;
     bool hasBar_ = false;
     size_t printedStep_;
     uint32_t printedPercent_ = 0;

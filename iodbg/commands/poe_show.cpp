@@ -9,11 +9,14 @@
 #include "iodbg/poe_port.h"
 #include "iodbg/progress.h"
 
+#include <optional>
+#include <utility>
+
 namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kPortMs = 1600; // eight exchanges
+constexpr uint32_t kPortMs = 600; // three exchanges, and a fourth for a port with power
 
 /** Ends the command when the controller does not answer at all, rather than fail on each port. */
 void requireAnswer() {
@@ -28,17 +31,51 @@ Table portsTable() {
     return table;
 }
 
-void addPorts(Report &report, Console &console, const std::vector<uint32_t> &ports) {
+/** Text that is shown at once on a terminal, else with the rest of the answer. */
+class LiveText {
+  public:
+    explicit LiveText(const Console &console)
+        : console_(console),
+          isLive_(console.form() == AnswerForm::Text && console.terminalSize().has_value()) {}
+
+    bool isLive() const { return isLive_; }
+    void add(const std::string &text) {
+        if (isLive_)
+            console_.printText(text);
+        else
+            rest_ += text;
+    }
+    /** What has not been shown. */
+    const std::string &rest() const { return rest_; }
+
+  private:
+    const Console &console_;
+    bool isLive_;
+    std::string rest_;
+};
+
+std::vector<WorkStep> stepsFor(const std::vector<uint32_t> &ports) {
     std::vector<WorkStep> steps;
     steps.reserve(ports.size());
     for (const uint32_t port : ports)
         steps.push_back({"port " + std::to_string(port), kPortMs});
-    Progress progress(console, "poe status", steps, Progress::Only::OnTerminals);
+    return steps;
+}
+
+void addPorts(Report &report, Console &console, LiveText &text,
+              const std::vector<uint32_t> &ports) {
+    std::optional<Progress> progress; // rows that appear one by one need none
+    if (!text.isLive())
+        progress.emplace(console, "poe status", stepsFor(ports));
     Table table = portsTable();
+    text.add("\n" + poePortHeadLine());
     for (size_t i = 0; i < ports.size(); ++i) {
-        progress.reach(i, 0);
-        table.rows.push_back(readPoePort(report, ports[i]));
-        table.rows.back().insert(table.rows.back().begin(), numberCell(ports[i]));
+        if (progress)
+            progress->reach(i, 0);
+        std::vector<Cell> cells = readPoePort(report, ports[i]);
+        text.add(poePortLine(ports[i], cells));
+        cells.insert(cells.begin(), numberCell(ports[i]));
+        table.rows.push_back(std::move(cells));
     }
     report.parts.emplace_back(table);
 }
@@ -48,8 +85,11 @@ ExitCode showStatus(Console &console, const PortList &list) {
     requireAnswer();
     Report report;
     addPoeController(report);
-    addPorts(report, console, ports);
-    return console.print(report);
+    LiveText text(console);
+    text.add(Report{report.parts, {}}.toText());
+    addPorts(report, console, text, ports);
+    text.add(Report{{}, report.failures}.toText());
+    return console.print(report, text.rest());
 }
 
 ExitCode showPort(Console &console, uint32_t port) {
@@ -77,7 +117,7 @@ ExitCode showController(Console &console) {
 
 void addPoeShowCommands(const Command &poe) {
     const auto ports = std::make_shared<PortList>("all");
-    const Command status = poe.command("status", "Show the controller and all ports (takes more "
+    const Command status = poe.command("status", "Show the controller and all ports (takes less "
                                                  "than a second for each port)");
     status.optionalArgument("PORTS", std::string(kPortListHelp) + " (default all)",
                             portList(*ports));

@@ -74,16 +74,96 @@ TEST_F(PoeCommandsTest, ShowsPortsInATable) {
     EXPECT_EQ(iodbg({"poe", "set", "priority", "3", "1"}).exitCode, 0);
     const ProcessResult result = iodbg({"poe", "status", "3-4"});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(linesOf(result.err),
+              (Words{"poe status: step 1 of 2, port 3", "poe status: step 2 of 2, port 4"}));
     const Words lines = linesOf(result.out);
     ASSERT_EQ(lines.size(), 12u) << result.out;
-    EXPECT_EQ(lines[9], "PORT  MODE  DETECTION  CLASS  FAULT  POWER  V   MA   W       LIMIT W  "
-                        "INRUSH  PRIORITY");
-    const std::regex powered("3     auto  4 good     4      no     on     5[34]  3\\d\\d  "
-                             "1[78]\\.\\d00  90\\.000   6       1");
+    EXPECT_EQ(lines[9],
+              "PORT MODE     DETECTION CLASS FAULT POWER V  MA   W      LIMIT W INRUSH PRIORITY");
+    const std::regex powered("3    auto     4 good    4     no    on    5[34] 3\\d\\d  "
+                             "1[78]\\.\\d00 90\\.000  6      1");
     EXPECT_TRUE(std::regex_match(lines[10], powered)) << lines[10];
-    EXPECT_EQ(lines[11], "4     auto  6 open     -      no     off    -   -    -       90.000   6  "
-                         "     3");
+    EXPECT_EQ(lines[11],
+              "4    auto     6 open    -     no    off   -  -    -      90.000  6      3");
+}
+
+/** The longest words of all columns, and a row whose exchanges all fail. */
+TEST_F(PoeCommandsTest, EachLineOfTheTableFitsInto80Columns) {
+    initialise();
+    plug(1, 0, 12000); // without a class
+    settings(1).limit = 255;
+    settings(1).priority = 3;
+    settings(2).enable = 0;
+    usleep(1000000);
+    spoil("bad-port=2", "0x48");
+    spoil("bad-port=3", "0x42");
+    spoil("bad-port=3", "0x49");
+    const ProcessResult result = iodbg({"poe", "status", "1-4"});
+    EXPECT_EQ(result.exitCode, 1);
+    const Words lines = linesOf(result.out);
+    ASSERT_GT(lines.size(), 14u) << result.out;
+    for (size_t i = 9; i < 14; ++i)
+        EXPECT_LE(lines[i].size(), 80u) << lines[i];
+    const std::regex first("1    auto     4 good    \\?     no    on    5[34] 2\\d\\d  "
+                           "1[12]\\.\\d00 102.000 6      above 1");
+    EXPECT_TRUE(std::regex_match(lines[10], first)) << lines[10];
+    EXPECT_EQ(lines[11],
+              "2    disabled 6 open    -     no    off   -  -    -      90.000  6      3");
+    EXPECT_EQ(lines[12],
+              "3    !        6 open    -     no    off   -  -    -      90.000  6      3")
+        << "a mode that cannot be read hides nothing else";
+    EXPECT_EQ(lines[13],
+              "4    auto     !         !     !     !     -  -    -      !       !      !");
+}
+
+TEST_F(PoeCommandsTest, AsksNoMoreThanItMust) {
+    useModel(0x0709);
+    EXPECT_EQ(bspPoeDeviceInit(), BSP_OK);
+    const auto duration = [this](const Words &words) {
+        const uint64_t before = now();
+        EXPECT_EQ(iodbg(words).exitCode, 0);
+        return (now() - before) / 1000000;
+    };
+    EXPECT_LE(duration({"poe", "status"}), 31'000u);
+    EXPECT_LE(duration({"poe", "port", "48"}), 800u);
+    for (uint32_t port = 1; port <= 48; ++port)
+        plug(port, 4, 18000);
+    usleep(1000000);
+    EXPECT_LE(duration({"poe", "status"}), 41'000u);
+    EXPECT_LE(duration({"poe", "port", "48"}), 1000u);
+    EXPECT_EQ(jsonAt(json({"poe", "port", "48"}), "/delivering"), "true");
+}
+
+TEST_F(PoeCommandsTest, ShowsEachPortOnATerminalAsItIsRead) {
+    initialise();
+    spoil("no-answer", "0x44"); // which only a port with power is asked
+    plug(2, 4, 18000);
+    usleep(1000000);
+    const std::string screen = iodbgOnTerminal({"poe", "status", "1-3"});
+    // What the library prints of port 2 stands between the rows.
+    size_t last = 0;
+    for (const char *text :
+         {"PoE\r\n", "\r\nPORT MODE", "\r\n1    auto     6 open",
+          "rtl8239CmdResponse failed, cmd=0x44",
+          "\r\n2    -        4 good    4     no    on    !  !    !      -       -      -\r\n",
+          "3    auto     6 open", "Failures\r\n  ports.2.voltage_v: BSP_E_POE_FRAME"}) {
+        const size_t place = screen.find(text);
+        ASSERT_NE(place, std::string::npos) << text << "\n" << screen;
+        EXPECT_GE(place, last) << text << "\n" << screen;
+        last = place;
+    }
+    EXPECT_EQ(screen.find("step "), std::string::npos) << "rows are progress enough";
+}
+
+TEST_F(PoeCommandsTest, TellsTheSameOnATerminalAndElsewhere) {
+    initialise();
+    std::string elsewhere;
+    for (const std::string &line : linesOf(iodbg({"poe", "status", "1-2"}).out))
+        elsewhere += line + "\r\n";
+    EXPECT_EQ(iodbgOnTerminal({"poe", "status", "1-2"}), elsewhere);
+    const std::string document = iodbgOnTerminal({"poe", "status", "1-2", "--json"});
+    EXPECT_NE(document.find("step 2 of 2, port 2"), std::string::npos);
+    EXPECT_EQ(jsonKeys(document.substr(document.find('{')), "/ports").size(), 2u);
 }
 
 TEST_F(PoeCommandsTest, AnswersProgramsWithStableKeys) {
@@ -137,7 +217,10 @@ TEST_F(PoeCommandsTest, AFailingPortDoesNotHideTheOthers) {
     EXPECT_EQ(jsonAt(answer, "/ports/1/mode"), "null");
     EXPECT_EQ(jsonAt(answer, "/ports/1/priority"), "null");
     EXPECT_EQ(jsonAt(answer, "/ports/2/mode"), "\"auto\"");
+    EXPECT_EQ(jsonKeys(answer, "/failures").size(), 3u) << "one for each exchange";
     EXPECT_EQ(jsonAt(answer, "/failures/0/item"), "\"ports.2.mode\"");
+    EXPECT_EQ(jsonAt(answer, "/failures/1/item"), "\"ports.2.detection\"");
+    EXPECT_EQ(jsonAt(answer, "/failures/2/item"), "\"ports.2.limit_mw\"");
     EXPECT_EQ(jsonAt(answer, "/failures/0/status_name"), "\"BSP_E_POE_CONTENT\"");
 }
 
@@ -145,9 +228,8 @@ TEST_F(PoeCommandsTest, APortThatFallsSilentIsNotAskedFurther) {
     initialise();
     spoil("no-answer", "0x42");
     const std::string answer = json({"poe", "port", "2"}, 1);
-    EXPECT_EQ(jsonAt(answer, "/mode"), "\"auto\"");
-    EXPECT_EQ(jsonAt(answer, "/detection"), "null");
-    EXPECT_EQ(jsonAt(answer, "/limit_mw"), "null");
+    for (const char *key : {"/mode", "/detection", "/class", "/delivering", "/limit_mw"})
+        EXPECT_EQ(jsonAt(answer, key), "null") << key;
     EXPECT_EQ(jsonKeys(answer, "/failures").size(), 1u);
     EXPECT_EQ(jsonAt(answer, "/failures/0/item"), "\"ports.2.detection\"");
 }
@@ -269,10 +351,6 @@ TEST_F(PoeCommandsTest, DrawsABarOnATerminal) {
         << screen;
     EXPECT_NE(screen.find("[############################..] 9"), std::string::npos);
     EXPECT_NE(screen.find("\r\x1b[KPoE\r\n"), std::string::npos); // the bar goes before the answer
-    const std::string status = iodbgOnTerminal({"poe", "status", "1-2"});
-    EXPECT_NE(status.find("step 2 of 2, port 2"), std::string::npos);
-    EXPECT_NE(status.find("\r\x1b[KPoE\r\n"), std::string::npos);
-    EXPECT_EQ(status.substr(status.size() - 2), "\r\n");
 }
 
 /** The event, step and percentage of each line of progress. */

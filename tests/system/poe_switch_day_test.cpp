@@ -143,7 +143,7 @@ void PoeSwitchDay::devicesArePlugged() const {
     EXPECT_EQ(column(ports, "delivering"), "false false true false false true");
     EXPECT_EQ(column(ports, "fault"), "false true false true false false");
     EXPECT_EQ(column(ports, "power_mw"), "null null 18000 null null 5500");
-    EXPECT_EQ(column(ports, "voltage_v"), "null null 54 null null 53");
+    EXPECT_EQ(column(ports, "voltage_v"), "null null 53 null null 53");
     EXPECT_EQ(column(ports, "limit_mw"), "90000 90000 90000 90000 90000 90000");
     EXPECT_EQ(get({"poe.1.state", "poe.2.state", "poe.3.state", "poe.4.state", "poe.5.state",
                    "poe.48.state"}),
