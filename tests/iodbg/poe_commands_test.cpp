@@ -314,11 +314,68 @@ TEST_F(PoeCommandsTest, ActsOnPorts) {
     plug(3, 4, 18000);
     EXPECT_EQ(iodbg({"poe", "detect", "3"}).out, "PORT  DETECTION\n3     4 good\n");
     EXPECT_EQ(iodbg({"poe", "classify", "3"}).out, "PORT  CLASS\n3     4\n");
-    EXPECT_EQ(iodbg({"poe", "on", "3"}).out, "PORT  POWER\n3     on\n");
+    const uint64_t before = now();
+    EXPECT_EQ(iodbg({"poe", "on", "3"}).out, "PORT  POWER  WHY\n3     on     -\n");
+    EXPECT_LT(now() - before, 2'500'000'000u) << "a port that follows is not asked again";
     EXPECT_EQ(jsonAt(json({"poe", "off", "3"}), "/ports"), "[{\"port\":3,\"delivering\":false}]");
     expectFailure({"poe", "on", "3-4"}, 1,
                   {"cannot switch on port 4: BSP_E_POE_UNAVAILABLE", "the port is in the mode auto",
                    "'iodbg poe set mode 4 semi'"});
+    EXPECT_EQ(iodbg({"poe", "set", "mode", "4", "disabled"}).exitCode, 0);
+    expectFailure({"poe", "on", "4"}, 1, {"the port is disabled", "'iodbg poe set mode 4 semi'"});
+}
+
+TEST_F(PoeCommandsTest, APortThatStaysOffIsTold) {
+    initialise();
+    EXPECT_EQ(iodbg({"poe", "set", "mode", "1-6", "semi"}).exitCode, 0);
+    EXPECT_EQ(iodbg({"poe", "set", "budget", "40000"}).exitCode, 0);
+    plug(1, 4, 18000);
+    vb::poeSetDevice(poe(), 2, {1, vb::PoeSignature::Good, 4, 1, 19000, 18000}, now()); // draws all
+    vb::poeSetDevice(poe(), 3, {1, vb::PoeSignature::Legacy, 0, 0, 5000, 4000}, now());
+    vb::poeSetDevice(poe(), 4, {1, vb::PoeSignature::Bad, 0, 0, 5000, 4000}, now());
+    plug(6, 4, 25000);
+    usleep(1000000);
+    const ProcessResult result = iodbg({"poe", "on", "1-6"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(result.out,
+              "PORT  POWER  WHY\n"
+              "1     on     -\n"
+              "2     off    no device was found: check device and cable\n"
+              "3     off    it has a fault: look at device and cable\n"
+              "4     off    an older device: see 'iodbg poe set legacy'\n"
+              "5     off    no device was found: check device and cable\n"
+              "6     off    too little power is left for it (18.000 of 40.000 W are drawn)\n");
+    EXPECT_EQ(result.err, "iodbg: switched on, but without power: port 2-6\n");
+    const std::string answer = json({"poe", "on", "2"}, 3);
+    EXPECT_EQ(jsonAt(answer, "/ports/0/delivering"), "false");
+    EXPECT_EQ(jsonAt(answer, "/ports/0/why"), "\"no device was found: check device and cable\"");
+}
+
+TEST_F(PoeCommandsTest, APortIsGivenTimeToPowerUp) {
+    initialise();
+    EXPECT_EQ(iodbg({"poe", "set", "mode", "1-2", "manual"}).exitCode, 0);
+    plug(1, 4, 18000);
+    const auto seconds = [this](const Words &words, int exitCode) {
+        const uint64_t before = now();
+        EXPECT_EQ(iodbg(words).exitCode, exitCode);
+        return static_cast<double>(now() - before) / 1e9;
+    };
+    constexpr double kSwitch = 0.4, kLook = 1.2, kUnansweredLook = 1.6;
+    spoil("no-answer", "0x42", "once"); // the port is looked at again
+    EXPECT_DOUBLE_EQ(seconds({"poe", "on", "1"}, 0), kSwitch + kUnansweredLook + kLook);
+    clearFaults();
+    EXPECT_DOUBLE_EQ(seconds({"poe", "on", "1"}, 0), kSwitch + kLook);
+    EXPECT_DOUBLE_EQ(seconds({"poe", "on", "1-2"}, 3), 2 * kSwitch + kLook + 0.2 + 2 * kLook);
+}
+
+TEST_F(PoeCommandsTest, AnOutcomeThatCannotBeReadIsAFailure) {
+    initialise();
+    EXPECT_EQ(iodbg({"poe", "set", "mode", "1", "semi"}).exitCode, 0);
+    spoil("no-answer", "0x42");
+    const std::string answer = json({"poe", "on", "1"}, 1);
+    EXPECT_EQ(jsonAt(answer, "/ports/0/delivering"), "null");
+    EXPECT_EQ(jsonAt(answer, "/ports/0/why"), "null");
+    EXPECT_EQ(jsonAt(answer, "/failures/0/item"), "\"ports.1\"");
 }
 
 TEST_F(PoeCommandsTest, InitialisesStepByStep) {
