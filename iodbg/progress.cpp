@@ -35,9 +35,10 @@ Progress::Progress(Console &console, std::string task, const std::vector<WorkSte
         totalMs_ += step.leastMs;
 }
 
-Progress::~Progress() {
+void Progress::hide() noexcept {
     if (hasBar_)
         std::fputs(kStartLineOver, stderr);
+    hasBar_ = false;
 }
 
 double Progress::secondsElapsed() const {

@@ -22,12 +22,13 @@ class Progress {
     Progress(Console &console, std::string task, const std::vector<WorkStep> &steps);
     Progress(const Progress &) = delete;
     Progress &operator=(const Progress &) = delete;
-    /** Takes the bar off the terminal. */
-    ~Progress();
+    ~Progress() { hide(); }
 
     /** The work has come to a step and is some milliseconds, of those that it takes at least, into
      * it. What cannot be printed is left out. */
     void reach(size_t step, uint32_t msIntoStep) noexcept;
+    /** Takes the bar off the terminal until the next step. */
+    void hide() noexcept;
 
   private:
     struct Position {

@@ -4,11 +4,13 @@
 #include "iodbg/commands/poe_parts.h"
 #include "iodbg/console.h"
 #include "iodbg/failure.h"
+#include "iodbg/held_signals.h"
 #include "iodbg/poe_board.h"
 #include "iodbg/poe_controller.h"
 #include "iodbg/poe_wire.h"
 #include "iodbg/progress.h"
 
+#include <exception>
 #include <span>
 
 namespace iodbg {
@@ -55,20 +57,23 @@ std::vector<WorkStep> stepsOf(std::span<const Phase> phases) {
     return steps;
 }
 
-/** Follows the initialisation by counting its frames. */
+/** Follows the initialisation by counting its frames, and leaves it when a signal asks for it. */
 class Follower {
   public:
-    Follower(Progress &progress, std::vector<Phase> phases)
-        : progress_(progress), phases_(std::move(phases)),
-          watch_([this](PoeDirection direction, ByteView) {
+    Follower(const Console &console, Progress &progress, std::vector<Phase> phases)
+        : console_(console), progress_(progress), phases_(std::move(phases)),
+          watch_([this](PoeDirection direction, ByteView frame) {
               if (direction == PoeDirection::ToController)
-                  frameSent();
+                  frameSent(frame);
+              else if (echo_.isAnsweredBy(frame))
+                  leaveIfAsked();
           }) {
         progress_.reach(0, 0);
     }
 
   private:
-    void frameSent() noexcept {
+    void frameSent(ByteView frame) noexcept {
+        echo_.sent(frame);
         if (phase_ == phases_.size())
             return;
         progress_.reach(phase_ + 1, frame_ * phases_[phase_].frameMs); // the reset is step 0
@@ -78,6 +83,31 @@ class Follower {
         }
     }
 
+    /** Once a frame is answered: nothing is left half said to the controller then. */
+    void leaveIfAsked() noexcept {
+        const int signal = signals_.waiting();
+        if (signal == 0 || phase_ == phases_.size()) // the work is as good as done
+            return;
+        progress_.hide();
+        try {
+            console_.print(Failure(ExitCode::Board, leftText()));
+        } catch (const std::exception &) {
+            // Nobody reads it.
+        }
+        HeldSignals::endBy(signal);
+    }
+
+    /** What state the controller is left in. All ports are off from the reset to the last step. */
+    std::string leftText() const {
+        return "interrupted after " + std::to_string(phase_ + 1) + " of " +
+               std::to_string(phases_.size() + 1) +
+               " steps: the controller is set up in part, and no port has power; run 'iodbg poe "
+               "init' again";
+    }
+
+    HeldSignals signals_;
+    PoeEcho echo_;
+    const Console &console_;
     Progress &progress_;
     std::vector<Phase> phases_;
     size_t phase_ = 0;
@@ -98,7 +128,7 @@ void requireUsableFirmware() {
 int32_t initialise(Console &console, uint32_t ports) {
     const std::vector<Phase> phases = phasesFor(ports);
     Progress progress(console, "poe init", stepsOf(phases));
-    const Follower follower(progress, phases);
+    const Follower follower(console, progress, phases);
     return ioPoeDeviceInit();
 }
 

@@ -6,8 +6,13 @@
 #include "virtual_board/devices/poe_ports.h"
 #include "virtual_board/words/fault_text.h"
 
+#include <csignal>
 #include <cstring>
+#include <fcntl.h>
+#include <optional>
 #include <regex>
+#include <sys/file.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -398,6 +403,62 @@ TEST_F(PoeCommandsTest, InitialisesStepByStep) {
                      "poe init: step 14 of 14, switch all ports on"}));
     EXPECT_EQ(poe().settings.isEnabled, 1);
     EXPECT_EQ(jsonAt(json({"poe", "info"}), "/poe/initialised"), "true");
+}
+
+/** Holds the lock of the PoE exchanges as long as it lives. */
+class HeldPoeLock {
+  public:
+    explicit HeldPoeLock(const std::string &path)
+        : fd_(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644)) {
+        flock(fd_, LOCK_EX);
+    }
+    HeldPoeLock(const HeldPoeLock &) = delete;
+    HeldPoeLock &operator=(const HeldPoeLock &) = delete;
+    ~HeldPoeLock() { close(fd_); }
+
+  private:
+    int fd_;
+};
+
+TEST_F(PoeCommandsTest, AnInterruptedInitialisationSaysWhatItLeaves) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        useModel(0x0809);
+        requests();
+        std::optional<HeldPoeLock> lock(boardFile("/tmp/bspPoeLockFile"));
+        Process process = start({"poe", "init", "--json"});
+        while (process.output().find("reset the controller") == std::string::npos)
+            std::this_thread::yield(); // it is behind the point from which signals wait
+        process.signal(signal);
+        lock.reset();
+        const ProcessResult result = process.wait();
+        EXPECT_EQ(result.exitCode, 128 + signal);
+        const std::string text = "interrupted after 2 of 14 steps: the controller is set up in "
+                                 "part, and no port has power; run 'iodbg poe init' again";
+        EXPECT_EQ(result.err, "iodbg: " + text + "\n");
+        const std::string last = linesOf(result.out).back();
+        EXPECT_EQ(jsonAt(last, "/event"), "\"error\"");
+        EXPECT_EQ(jsonAt(last, "/error/message"), "\"" + text + "\"");
+        EXPECT_EQ(poe().settings.isEnabled, 0);
+        const Lines lines = requests();
+        ASSERT_FALSE(lines.empty());
+        EXPECT_TRUE(lines.back().starts_with("I2C read")) << lines.back() << ": no answer waits";
+        EXPECT_EQ(iodbg({"poe", "init"}).exitCode, 0);
+        EXPECT_EQ(poe().settings.isEnabled, 1);
+    }
+}
+
+TEST_F(PoeCommandsTest, ASignalDuringAnInitialisationThatFailsIsItsEnd) {
+    useModel(0x0809);
+    spoil("no-answer");
+    std::optional<HeldPoeLock> lock(boardFile("/tmp/bspPoeLockFile"));
+    Process process = start({"poe", "init", "--json"});
+    while (process.output().find("reset the controller") == std::string::npos)
+        std::this_thread::yield();
+    process.signal(SIGINT);
+    lock.reset();
+    const ProcessResult result = process.wait();
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.err.find("cannot initialise the PoE controller"), std::string::npos);
 }
 
 TEST_F(PoeCommandsTest, DrawsABarOnATerminal) {
