@@ -3,6 +3,7 @@
 #include "iodbg/command_line.h"
 
 #include "iodbg/console.h"
+#include "iodbg/device_node.h"
 #include "iodbg/failure.h"
 
 #include <CLI/CLI.hpp>
@@ -51,16 +52,24 @@ Action printing(const std::string &text) {
     };
 }
 
+/** One line instead of one for each thing that could not be read. */
+Action behindKernelModule(const Action &action) {
+    return [action](Console &console) {
+        requireKernelModule();
+        return action(console);
+    };
+}
+
 } // namespace
 
 Command Command::group(const std::string &name, const std::string &help) const {
     CLI::App *app = app_.add_subcommand(name, help);
     app->require_subcommand(1);
-    return {*app, chosen_};
+    return {*app, chosen_, needsKernelModule_};
 }
 
 Command Command::command(const std::string &name, const std::string &help) const {
-    return {*app_.add_subcommand(name, help), chosen_};
+    return {*app_.add_subcommand(name, help), chosen_, needsKernelModule_};
 }
 
 const Command &Command::alias(const std::string &name) const {
@@ -104,9 +113,10 @@ const Command &Command::flag(const std::string &name, const std::string &help, b
 }
 
 void Command::does(const Action &action) const {
-    app_.callback([&app = app_, &chosen = chosen_, action] {
+    const Action whole = needsKernelModule_ ? behindKernelModule(action) : action;
+    app_.callback([&app = app_, &chosen = chosen_, whole] {
         if (app.get_subcommands().empty()) // else one of its own commands has been chosen
-            chosen = action;
+            chosen = whole;
     });
 }
 

@@ -26,6 +26,8 @@ class Command {
     Command group(const std::string &name, const std::string &help) const;
     /** Adds a command, which may have commands of its own. */
     Command command(const std::string &name, const std::string &help) const;
+    /** The same one, whose commands end at once where the kernel module cannot be reached. */
+    Command onKernelModule() const { return {app_, chosen_, true}; }
     /** Another name of this command. */
     const Command &alias(const std::string &name) const;
 
@@ -48,10 +50,12 @@ class Command {
 
   private:
     friend class CommandLine;
-    Command(CLI::App &app, Action &chosen) : app_(app), chosen_(chosen) {}
+    Command(CLI::App &app, Action &chosen, bool needsKernelModule = false)
+        : app_(app), chosen_(chosen), needsKernelModule_(needsKernelModule) {}
 
     CLI::App &app_;
     Action &chosen_;
+    bool needsKernelModule_;
 };
 
 /** The whole program's command line. */

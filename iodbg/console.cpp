@@ -1,5 +1,6 @@
 #include "iodbg/console.h"
 
+#include "iodbg/device_node.h"
 #include "iodbg/failure.h"
 #include "iodbg/host_file.h"
 
@@ -55,7 +56,11 @@ Console::LibraryOutput::~LibraryOutput() {
 
 ExitCode Console::print(const Report &report, const std::string &text) const {
     printText(isJson_ ? report.toJson(form()) : text);
-    return report.failures.empty() ? ExitCode::Ok : ExitCode::Board;
+    if (report.failures.empty())
+        return ExitCode::Ok;
+    if (const std::string hint = boardlessHint(); !hint.empty())
+        std::fprintf(stderr, "iodbg: %s\n", hint.c_str());
+    return ExitCode::Board;
 }
 
 void Console::printText(const std::string &text) const {
@@ -81,7 +86,9 @@ std::optional<Console::TerminalSize> Console::terminalSize() const {
     return isKnown ? TerminalSize{size.ws_row, size.ws_col} : kUsual;
 }
 
-ExitCode Console::print(const Failure &failure) const {
+ExitCode Console::print(const Failure &cause) const {
+    const std::string hint = cause.code() == ExitCode::Board ? boardlessHint() : "";
+    const Failure failure = hint.empty() ? cause : cause.with(hint);
     std::fprintf(stderr, "iodbg: %s\n", failure.what());
     if (isJson_)
         printText(failureToJson(failure, form()));

@@ -21,6 +21,12 @@ Failure Failure::file(const std::string &what, const std::string &hint) {
     return {ExitCode::Host, "cannot " + what + ": " + reason + "; " + hint};
 }
 
+Failure Failure::with(const std::string &hint) const {
+    Failure failure(code_, std::string(what()) + "; " + hint);
+    failure.status_ = status_;
+    return failure;
+}
+
 void require(int32_t status, const std::string &what) {
     if (status != BSP_OK)
         throw Failure::board(what, status);

@@ -14,6 +14,9 @@ namespace iodbg {
 class Failure : public std::runtime_error {
   public:
     Failure(ExitCode code, const std::string &message) : std::runtime_error(message), code_(code) {}
+    Failure(ExitCode code, const std::string &problem, const std::string &advice)
+        : std::runtime_error(problem + "; " + advice), code_(code), problem_(problem),
+          advice_(advice) {}
 
     /** The library answered a status that is not BSP_OK. hint replaces the status's own advice. */
     static Failure board(const std::string &what, int32_t status, const std::string &hint = "");
@@ -21,11 +24,19 @@ class Failure : public std::runtime_error {
     /** A system call on a file of this host failed; the reason is in errno. */
     static Failure file(const std::string &what, const std::string &hint);
 
+    /** The same with more to do about it. */
+    Failure with(const std::string &hint) const;
+
     ExitCode code() const { return code_; }
     std::optional<int32_t> status() const { return status_; }
+    /** What failed, and what to do about it, of failures that tell them apart. */
+    const std::string &problem() const { return problem_; }
+    const std::string &advice() const { return advice_; }
 
   private:
     ExitCode code_;
+    std::string problem_;
+    std::string advice_;
     std::optional<int32_t> status_;
 };
 

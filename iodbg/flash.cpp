@@ -1,5 +1,6 @@
 #include "iodbg/flash.h"
 
+#include "iodbg/device_node.h"
 #include "iodbg/host_file.h"
 
 #include <algorithm>
@@ -107,9 +108,11 @@ bool FlashPartition::isAt(const std::string &device) const {
 
 Failure FlashPartition::failure(const std::string &what) const {
     const std::string reason = std::strerror(errno);
-    return {ExitCode::Board, "cannot " + what + ": " + reason +
-                                 "; check that it is a flash partition, and the kernel log for "
-                                 "flash errors"};
+    const DeviceNode node = {device_, file_.isOpen() ? 0 : errno};
+    return {ExitCode::Board, "cannot " + what + ": " + reason,
+            node.state() == NodeState::Missing || node.state() == NodeState::NotPermitted
+                ? node.advice()
+                : "check that it is a flash partition, and the kernel log for flash errors"};
 }
 
 void FlashPartition::read(uint64_t offset, std::span<uint8_t> bytes) const {

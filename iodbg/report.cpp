@@ -61,7 +61,7 @@ std::string toText(const Table &table) {
 std::string toText(const FailedItem &failed) {
     const StatusText status = explain(failed.status);
     return "  " + failed.item + ": " + nameAndNumber(failed.status) + ", " + status.meaning + "\n" +
-           "    next: " + status.next + "\n";
+           "    next: " + failed.advice + "\n";
 }
 
 } // namespace
@@ -94,10 +94,11 @@ Cell listCell(const std::vector<int64_t> &numbers) {
     return {text.empty() ? "none" : text, numbers};
 }
 
-Cell Report::tried(const std::string &item, int32_t status, const Cell &cell) {
+Cell Report::tried(const std::string &item, int32_t status, const Cell &cell,
+                   const std::string &advice) {
     if (status == BSP_OK)
         return cell;
-    failures.push_back({item, status});
+    failures.push_back({item, status, advice.empty() ? explain(status).next : advice});
     return {"failed: " + nameAndNumber(status), nullptr};
 }
 

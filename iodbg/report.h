@@ -64,6 +64,7 @@ struct Table {
 struct FailedItem {
     std::string item; // the path of its key: "board.device_id"
     int32_t status;
+    std::string advice; // what to do about it
 };
 
 /** Who an answer is for. */
@@ -78,8 +79,12 @@ struct Report {
     std::vector<FailedItem> failures;
     std::string event = "result"; // what it is among the lines of an answer in lines
 
-    /** The cell of an item that was tried to read: its value, or the failure, which is noted. */
-    Cell tried(const std::string &item, int32_t status, const Cell &cell);
+    /**
+     * The cell of an item that was tried to read: its value, or the failure, which is noted.
+     * advice replaces the status's own.
+     */
+    Cell tried(const std::string &item, int32_t status, const Cell &cell,
+               const std::string &advice = "");
 
     std::string toText() const;
     std::string toJson(AnswerForm form) const;

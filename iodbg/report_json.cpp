@@ -32,12 +32,12 @@ void addPart(Json &answer, const Table &table) {
     }
 }
 
-void addStatus(Json &object, int32_t status) {
+void addStatus(Json &object, int32_t status, const std::string &advice = "") {
     const StatusText text = explain(status);
     object["status"] = status;
     object["status_name"] = text.name.empty() ? Json(nullptr) : Json(text.name);
     object["meaning"] = text.meaning;
-    object["next"] = text.next;
+    object["next"] = advice.empty() ? text.next : advice;
 }
 
 /** Lines tell what they are, since several kinds come. */
@@ -67,7 +67,7 @@ std::string Report::toJson(AnswerForm form) const {
     answer["failures"] = Json::array();
     for (const FailedItem &failed : failures) {
         Json object = {{"item", failed.item}};
-        addStatus(object, failed.status);
+        addStatus(object, failed.status, failed.advice);
         answer["failures"].push_back(object);
     }
     return written(answer, form);

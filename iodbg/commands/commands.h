@@ -32,26 +32,27 @@ void addUpgradeCommands(const Command &root);
 void addStatusCommand(const Command &root);
 
 inline void addCommands(const Command &root) {
-    addShowCommand(root);
-    addCheckCommand(root);
+    const Command board = root.onKernelModule();
+    addShowCommand(board);
+    addCheckCommand(root); // finds itself what is missing
     addWatchCommand(root);
-    addInitCommand(root);
-    addIdentityCommands(root);
-    addEepromCommands(root);
-    addPowerCommand(root);
-    addFanCommands(root);
-    addTemperatureCommand(root);
-    addClockCommands(root);
-    addLedCommands(root);
-    addWatchdogCommands(root);
-    addPtpCommands(root);
-    addRebootCommand(root);
-    addCpldCommands(root);
-    addI2cCommands(root);
-    addGpioCommands(root);
-    addPoeCommands(root);
-    addSfpCommands(root);
-    addMdioCommands(root);
+    addInitCommand(board);
+    addIdentityCommands(board);
+    addEepromCommands(board);
+    addPowerCommand(board);
+    addFanCommands(board);
+    addTemperatureCommand(board);
+    addClockCommands(board);
+    addLedCommands(board);
+    addWatchdogCommands(board);
+    addPtpCommands(board);
+    addRebootCommand(board);
+    addCpldCommands(board);
+    addI2cCommands(board);
+    addGpioCommands(board);
+    addPoeCommands(board);
+    addSfpCommands(board);
+    addMdioCommands(root); // past the kernel module, as all that follow
     addImageCommands(root);
     addBootCommands(root);
     addMtdCommands(root);

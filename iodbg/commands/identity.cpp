@@ -46,7 +46,7 @@ void addRecord(Console &console, Report &report, const GetArguments &arguments,
         const Verdict verdict = judge(record);
         addVerdict(section, verdict);
         if (verdict.status() != BSP_OK)
-            report.failures.push_back({section.key, verdict.status()});
+            report.tried(section.key, verdict.status(), {});
     }
     addFields(section, carrier, record);
     if (!arguments.output.empty()) {

@@ -4,6 +4,7 @@
 #include "iodbg/boot_image.h"
 #include "iodbg/commands/commands.h"
 #include "iodbg/console.h"
+#include "iodbg/device_node.h"
 #include "iodbg/failure.h"
 #include "iodbg/flash.h"
 #include "iodbg/format.h"
@@ -29,12 +30,14 @@ std::string bankText(uint32_t bank, const Bytes &header) {
 /** A bank's row, and its text for people. */
 std::string addBank(Report &report, Table &table, uint32_t bank) {
     Bytes header;
-    const int32_t status = readOsHeader(bank, header);
+    const DeviceNode node = tryNode(bankDevice(bank));
+    const int32_t status =
+        node.state() == NodeState::Usable ? readOsHeader(bank, header) : BSP_E_OPEN;
     const auto ifRead = [&](const std::string &value) {
         return status == BSP_OK ? textCell(value) : Cell{"", nullptr};
     };
     const Cell empty = report.tried("bank" + std::to_string(bank), status,
-                                    flagCell(isErased(header), "yes", "no"));
+                                    flagCell(isErased(header), "yes", "no"), node.hint());
     table.rows.push_back({numberCell(bank), textCell(bankDevice(bank)), empty,
                           ifRead(hexBytes(header)), ifRead(fieldText(header))});
     return status == BSP_OK ? bankText(bank, header)

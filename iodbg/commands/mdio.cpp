@@ -3,6 +3,7 @@
 #include "bsp.h"
 #include "iodbg/commands/commands.h"
 #include "iodbg/console.h"
+#include "iodbg/device_node.h"
 #include "iodbg/failure.h"
 #include "iodbg/format.h"
 
@@ -10,6 +11,7 @@ namespace iodbg {
 
 namespace {
 
+constexpr char kRegisterDevice[] = "/dev/mem";
 constexpr uint32_t kHighestAddress = 31;
 constexpr uint32_t kHighestValue = 0xFFFF;
 
@@ -23,9 +25,16 @@ struct MdioPlace {
     }
 };
 
+/** Throws unless a call succeeded; one that could not reach the registers names their device. */
+void requireMdio(int32_t status, const std::string &what) {
+    if (status == BSP_E_OPEN)
+        throw Failure::board(what, status, tryNode(kRegisterDevice).hint());
+    require(status, what);
+}
+
 uint32_t readRegister(const MdioPlace &place) {
     uint32_t value = 0;
-    require(bsp_smi_read(0, place.a, 0, place.b, &value), "read " + place.text());
+    requireMdio(bsp_smi_read(0, place.a, 0, place.b, &value), "read " + place.text());
     return value;
 }
 
@@ -44,7 +53,7 @@ ExitCode read(Console &console, const MdioPlace &place) {
 
 ExitCode write(Console &console, const MdioPlace &place, uint32_t value) {
     const uint32_t before = readRegister(place);
-    require(bsp_smi_write(0, place.a, 0, place.b, value), "write " + place.text());
+    requireMdio(bsp_smi_write(0, place.a, 0, place.b, value), "write " + place.text());
     const uint32_t after = readRegister(place);
     Section section = {"", "", {}};
     addPlace(section, place);

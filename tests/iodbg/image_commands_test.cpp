@@ -65,8 +65,7 @@ TEST_F(ImageCommandsTest, ABankThatCannotBeReadIsAFailureOfItsOwn) {
               "\nFailures\n"
               "  bank0: BSP_E_FAILED (-1), generic failure: a transfer failed, or the kernel "
               "module's node did\n"
-              "    next: check that /dev/bspHandle exists and the device is plugged in; messages "
-              "above say more\n");
+              "    next: see the kernel log for /dev/mtd12\n");
     const std::string answer = json({"image", "info"}, 1);
     EXPECT_EQ(jsonAt(answer, "/banks/0/empty"), "null");
     EXPECT_EQ(jsonAt(answer, "/banks/0/header_hex"), "null");

@@ -284,11 +284,11 @@ TEST_F(ShowTest, JudgesADamagedRecord) {
 }
 
 TEST_F(ShowTest, KeepsTheLibrarysMessagesOffStandardOutput) {
-    addFault(openFails("/dev/bspHandle", ENOENT));
+    addFault(ioctlFails(FaultDevice::I2c, FaultOp::Read, EIO));
     const ProcessResult result = iodbg({"show"});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_NE(result.err.find("open file /dev/bspHandle fail\n"), std::string::npos);
-    EXPECT_EQ(result.out.find("open file"), std::string::npos);
+    EXPECT_NE(result.err.find("ioctl fail, cmd=0x1003\n"), std::string::npos);
+    EXPECT_EQ(result.out.find("ioctl fail"), std::string::npos);
 }
 
 TEST_F(ShowTest, PrintsUnreadableTextEscaped) {
