@@ -2,8 +2,10 @@
 
 #include "iodbg/command_line.h"
 
+#include "iodbg/closest_word.h"
 #include "iodbg/console.h"
 #include "iodbg/device_node.h"
+#include "iodbg/examples.h"
 #include "iodbg/failure.h"
 
 #include <CLI/CLI.hpp>
@@ -11,6 +13,8 @@
 namespace iodbg {
 
 namespace {
+
+constexpr char kJsonHelp[] = "Answer in JSON";
 
 /** Hands words to a parser, and says which argument a refused one was for. */
 CLI::callback_t takenBy(const std::string &name, const Parser &parser) {
@@ -30,19 +34,49 @@ CLI::Option *addOption(CLI::App &app, const std::string &name, const std::string
     return app.add_option(name, takenBy(name, parser), help);
 }
 
-/** The words of the command that was recognised: "iodbg cpld set". */
-std::string recognisedCommand(const CLI::App &app) {
-    std::string words = app.get_name();
-    for (const CLI::App *command : app.get_subcommands())
-        words += " " + recognisedCommand(*command);
-    return words;
+/** "iodbg cpld set" */
+std::string wholeName(const CLI::App &app) {
+    const CLI::App *group = app.get_parent();
+    return (group == nullptr ? "" : wholeName(*group) + " ") + app.get_name();
+}
+
+/** The last command that was recognised in the words. */
+const CLI::App &recognised(const CLI::App &app) {
+    const std::vector<CLI::App *> commands = app.get_subcommands();
+    return commands.empty() ? app : recognised(*commands.back());
+}
+
+std::vector<std::string> namesOfCommands(const CLI::App &app) {
+    std::vector<std::string> names;
+    for (const CLI::App *command : app.get_subcommands([](const CLI::App *) { return true; }))
+        names.push_back(command->get_name());
+    return names;
+}
+
+/** What to say of a word where a command is wanted, or of none. */
+std::string commandWanted(const std::string &word, const std::vector<std::string> &names) {
+    std::string known;
+    for (const std::string &name : names)
+        known += (known.empty() ? "" : "|") + name;
+    if (word.empty())
+        return "a command is missing: give one of " + known;
+    const std::string close = closestWord(word, names);
+    return "'" + word + "' is none of " + known +
+           (close.empty() ? "" : " (did you mean '" + close + "'?)");
 }
 
 /** What is wrong. A word that nobody knows says more than the one that is missing for it. */
-std::string reasonOf(const CLI::ParseError &error, const CLI::App &app) {
-    const std::vector<std::string> unknown = app.remaining(true);
-    const bool isMissing = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
-    return isMissing && !unknown.empty() ? "'" + unknown[0] + "' is not known here" : error.what();
+std::string reasonOf(const CLI::ParseError &error, const CLI::App &command,
+                     const std::vector<std::string> &unknown) {
+    const auto code = static_cast<CLI::ExitCodes>(error.get_exit_code());
+    const bool isMissing = code == CLI::ExitCodes::RequiredError;
+    const std::string word = unknown.empty() ? "" : unknown[0];
+    const bool isOption = word.size() > 1 && word[0] == '-';
+    const std::vector<std::string> names = namesOfCommands(command);
+    const bool concernsWords = isMissing || code == CLI::ExitCodes::ExtrasError;
+    if (concernsWords && !isOption && !names.empty())
+        return commandWanted(word, names);
+    return isMissing && !word.empty() ? "'" + word + "' is not known here" : error.what();
 }
 
 Action printing(const std::string &text) {
@@ -65,11 +99,15 @@ Action behindKernelModule(const Action &action) {
 Command Command::group(const std::string &name, const std::string &help) const {
     CLI::App *app = app_.add_subcommand(name, help);
     app->require_subcommand(1);
-    return {*app, chosen_, needsKernelModule_};
+    app->footer("'" + wholeName(*app) + " COMMAND --help' shows a command's options and examples.");
+    return {*app, grammar_, needsKernelModule_};
 }
 
 Command Command::command(const std::string &name, const std::string &help) const {
-    return {*app_.add_subcommand(name, help), chosen_, needsKernelModule_};
+    CLI::App *app = app_.add_subcommand(name, help);
+    app->add_flag("--json", grammar_.isJson, kJsonHelp);
+    app->footer("Examples:\n" + examplesOf(wholeName(*app)));
+    return {*app, grammar_, needsKernelModule_};
 }
 
 const Command &Command::alias(const std::string &name) const {
@@ -114,27 +152,23 @@ const Command &Command::flag(const std::string &name, const std::string &help, b
 
 void Command::does(const Action &action) const {
     const Action whole = needsKernelModule_ ? behindKernelModule(action) : action;
-    app_.callback([&app = app_, &chosen = chosen_, whole] {
+    app_.callback([&app = app_, &chosen = grammar_.chosen, whole] {
         if (app.get_subcommands().empty()) // else one of its own commands has been chosen
             chosen = whole;
     });
 }
 
 CommandLine::CommandLine(const std::string &description, const std::string &footer,
-                         const std::string &version)
-    : app_(std::make_unique<CLI::App>(description, "iodbg")) {
+                         const std::string &version, bool &isJson)
+    : app_(std::make_unique<CLI::App>(description, "iodbg")), grammar_{{}, isJson} {
     app_->fallthrough(); // options of the whole program may follow a command
     app_->require_subcommand(1);
     app_->footer(footer);
+    app_->add_flag("--json", isJson, kJsonHelp);
     app_->set_version_flag("--version", version, "Print the version and exit");
 }
 
 CommandLine::~CommandLine() = default;
-
-bool CommandLine::hasCommand(const std::string &group, const std::string &name) const {
-    const auto isNamed = [&name](const CLI::App *command) { return command->get_name() == name; };
-    return !app_->get_subcommand(group)->get_subcommands(isNamed).empty();
-}
 
 Action CommandLine::parse(int argc, const char *const *argv) {
     try {
@@ -144,10 +178,11 @@ Action CommandLine::parse(int argc, const char *const *argv) {
     } catch (const CLI::CallForVersion &version) {
         return printing(std::string(version.what()) + "\n");
     } catch (const CLI::ParseError &error) {
-        throw Failure::usage(reasonOf(error, *app_) + "; see '" + recognisedCommand(*app_) +
-                             " --help'");
+        const CLI::App &command = recognised(*app_);
+        throw Failure::usage(reasonOf(error, command, app_->remaining(true)) + "; see '" +
+                             wholeName(command) + " --help'");
     }
-    return chosen_;
+    return grammar_.chosen;
 }
 
 } // namespace iodbg

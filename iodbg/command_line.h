@@ -19,15 +19,21 @@ class Console;
 /** What a command does once its arguments have been taken. */
 using Action = std::function<ExitCode(Console &)>;
 
+/** What all commands share. */
+struct Grammar {
+    Action chosen;
+    bool &isJson; // whether the answer is for programs
+};
+
 /** A command, or a group of commands. */
 class Command {
   public:
     /** Adds a group, which is nothing without one of its commands. */
     Command group(const std::string &name, const std::string &help) const;
-    /** Adds a command, which may have commands of its own. */
+    /** Adds a command, which may have commands of its own. Its help shows its examples. */
     Command command(const std::string &name, const std::string &help) const;
     /** The same one, whose commands end at once where the kernel module cannot be reached. */
-    Command onKernelModule() const { return {app_, chosen_, true}; }
+    Command onKernelModule() const { return {app_, grammar_, true}; }
     /** Another name of this command. */
     const Command &alias(const std::string &name) const;
 
@@ -50,11 +56,11 @@ class Command {
 
   private:
     friend class CommandLine;
-    Command(CLI::App &app, Action &chosen, bool needsKernelModule = false)
-        : app_(app), chosen_(chosen), needsKernelModule_(needsKernelModule) {}
+    Command(CLI::App &app, Grammar &grammar, bool needsKernelModule = false)
+        : app_(app), grammar_(grammar), needsKernelModule_(needsKernelModule) {}
 
     CLI::App &app_;
-    Action &chosen_;
+    Grammar &grammar_;
     bool needsKernelModule_;
 };
 
@@ -62,22 +68,19 @@ class Command {
 class CommandLine {
   public:
     CommandLine(const std::string &description, const std::string &footer,
-                const std::string &version);
+                const std::string &version, bool &isJson);
     CommandLine(const CommandLine &) = delete;
     CommandLine &operator=(const CommandLine &) = delete;
     ~CommandLine();
 
-    Command root() { return {*app_, chosen_}; }
-
-    /** Whether there is a command of this name in a group. */
-    bool hasCommand(const std::string &group, const std::string &name) const;
+    Command root() { return {*app_, grammar_}; }
 
     /** Takes the words apart; what the chosen command does, or the printing of help or version. */
     Action parse(int argc, const char *const *argv);
 
   private:
     std::unique_ptr<CLI::App> app_;
-    Action chosen_;
+    Grammar grammar_;
 };
 
 } // namespace iodbg

@@ -7,7 +7,7 @@ namespace iodbg {
 enum class ExitCode {
     Ok = 0,       // done
     Board = 1,    // the board or the library answered a failure
-    Usage = 2,    // wrong usage, or not confirmed; nothing was sent to the board
+    Usage = 2,    // wrong usage, or not confirmed; nothing was changed on the board
     ReadBack = 3, // written, but what reads back differs
     Host = 4,     // a problem on this host: a file, standard output, memory
     Faulty = 5,   // 'check' found a fault of the unit
@@ -18,7 +18,8 @@ constexpr char kExitCodeHelp[] =
     "Exit codes:\n"
     "  0  done\n"
     "  1  the board or the library answered a failure\n"
-    "  2  wrong usage, or not confirmed; nothing was sent to the board\n"
+    "  2  wrong usage, also a number that this board does not have, or not confirmed;\n"
+    "     nothing was changed on the board\n"
     "  3  written, but what reads back differs\n"
     "  4  a problem on this host: a file, standard output, memory\n"
     "  5  'check' found a fault of the unit\n";

@@ -20,6 +20,8 @@ class Failure : public std::runtime_error {
 
     /** The library answered a status that is not BSP_OK. hint replaces the status's own advice. */
     static Failure board(const std::string &what, int32_t status, const std::string &hint = "");
+    /** The same of a number or a word that this board does not have: wrong usage. */
+    static Failure refused(const std::string &what, int32_t status, const std::string &hint = "");
     static Failure usage(const std::string &message) { return {ExitCode::Usage, message}; }
     /** A system call on a file of this host failed; the reason is in errno. */
     static Failure file(const std::string &what, const std::string &hint);
@@ -34,6 +36,9 @@ class Failure : public std::runtime_error {
     const std::string &advice() const { return advice_; }
 
   private:
+    static Failure of(ExitCode code, const std::string &what, int32_t status,
+                      const std::string &hint);
+
     ExitCode code_;
     std::string problem_;
     std::string advice_;
@@ -42,5 +47,9 @@ class Failure : public std::runtime_error {
 
 /** Throws unless a call of the library succeeded. what: "read CPLD register 6". */
 void require(int32_t status, const std::string &what);
+/** Throws wrong usage when the answer is that a number of the user's is out of range. */
+void refuseOutOfRange(int32_t status, const std::string &what);
+/** Both. */
+void requireInRange(int32_t status, const std::string &what);
 
 } // namespace iodbg

@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <string>
 
 namespace {
 
@@ -18,10 +19,11 @@ ExitCode runCommand(Console &console, int argc, const char *const *argv) {
                      "fans, temperature, clock, LEDs, watchdog, PoE, SFP modules, flash, upgrades, "
                      "boot settings, CPLD registers, I2C devices, GPIO lines, MDIO registers; "
                      "judges and watches the unit.",
-                     kExitCodeHelp, "iodbg " IODBG_VERSION);
-    line.root().flag("--json", "Answer in JSON", console.isJson());
+                     "'iodbg COMMAND --help' shows a command's options and examples.\n\n" +
+                         std::string(kExitCodeHelp),
+                     "iodbg " IODBG_VERSION, console.isJson());
     addCommands(line.root());
-    if (isPoeDebug(line, argc, argv))
+    if (isPoeDebug(argc, argv))
         return runPoeDebug(console, argc, argv);
     return line.parse(argc, argv)(console);
 }

@@ -15,7 +15,7 @@ constexpr int kRegisterDigits = 4;
 
 uint16_t readRegister(uint32_t reg) {
     uint16_t value = 0;
-    require(bspCpldGet(reg, &value), "read " + registerName(reg));
+    requireInRange(bspCpldGet(reg, &value), "read " + registerName(reg));
     return value;
 }
 
@@ -30,6 +30,7 @@ Report readRegisters(const std::vector<uint32_t> &registers) {
     for (const uint32_t reg : registers) {
         uint16_t value = 0;
         const int32_t status = bspCpldGet(reg, &value);
+        refuseOutOfRange(status, "read " + registerName(reg));
         table.rows.push_back({numberCell(reg), report.tried(registerName(reg), status,
                                                             hexCell(value, kRegisterDigits))});
     }

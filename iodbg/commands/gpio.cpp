@@ -16,7 +16,7 @@ struct LineArguments {
 
 uint32_t readLevel(uint32_t line) {
     uint32_t level = 0;
-    require(bspGpioGetValue(line, &level), "read GPIO line " + std::to_string(line));
+    requireInRange(bspGpioGetValue(line, &level), "read GPIO line " + std::to_string(line));
     return level;
 }
 
@@ -33,8 +33,8 @@ ExitCode get(Console &console, const LineArguments &arguments) {
 
 ExitCode set(Console &console, const LineArguments &arguments) {
     const std::string name = "GPIO line " + std::to_string(arguments.line);
-    require(bspGpioDirectionOutput(arguments.line, static_cast<int32_t>(arguments.level)),
-            "drive " + name);
+    requireInRange(bspGpioDirectionOutput(arguments.line, static_cast<int32_t>(arguments.level)),
+                   "drive " + name);
     const uint32_t level = readLevel(arguments.line);
     if (level != arguments.level)
         throw Failure(ExitCode::ReadBack,

@@ -34,7 +34,7 @@ int32_t send(const LampKind &kind, const Setting &setting) {
 ExitCode set(Console &console, const LampKind &kind, const Setting &setting) {
     const std::string name = "LED " + std::string(kind.word) +
                              (kind.index == nullptr ? "" : " " + std::to_string(setting.lamp));
-    require(send(kind, setting), "set " + name);
+    requireInRange(send(kind, setting), "set " + name);
 
     const uint32_t reg = kind.registerOf(setting.lamp);
     uint16_t content = 0;

@@ -34,12 +34,11 @@ int32_t dispatch(int argc, const char *const *argv) {
 
 } // namespace
 
-bool isPoeDebug(const CommandLine &line, int argc, const char *const *argv) {
+bool isPoeDebug(int argc, const char *const *argv) {
     if (argc <= kCommandWord || argv[kGroupWord] != std::string("poe"))
         return false;
     const std::string word = argv[kCommandWord];
-    const bool isOption = word.starts_with('-') && !asksForHelp(word);
-    return !word.empty() && !isOption && !line.hasCommand("poe", word);
+    return asksForHelp(word) || isDriverWord(word);
 }
 
 ExitCode runPoeDebug(Console &console, int argc, const char *const *argv) {
@@ -51,7 +50,7 @@ ExitCode runPoeDebug(Console &console, int argc, const char *const *argv) {
     }
     const int32_t status = console.printedByLibrary([&] { return dispatch(argc, argv); });
     // The driver has said what was wrong with the words.
-    if (status == BSP_E_FAILED || (status == BSP_OK && !isDriverWord(word)))
+    if (status == BSP_E_FAILED)
         return ExitCode::Usage;
     require(status, "exchange the frame");
     return ExitCode::Ok;

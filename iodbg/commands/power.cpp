@@ -23,8 +23,8 @@ uint32_t readCount() {
 ExitCode power(Console &console, const std::optional<uint32_t> &wanted) {
     const uint32_t count = readCount();
     if (wanted > count)
-        throw Failure::board("read supply " + std::to_string(*wanted), BSP_E_INVALID,
-                             "the board has " + std::to_string(count) + " supplies");
+        throw Failure::refused("read supply " + std::to_string(*wanted), BSP_E_INVALID,
+                               "the board has " + std::to_string(count) + " supplies");
     Model model;
     require(readModel(model), "read the device id");
 

@@ -35,8 +35,8 @@ void requireCage(uint32_t port) {
     const std::vector<uint32_t> cages = readCages();
     if (std::find(cages.begin(), cages.end(), port) != cages.end())
         return;
-    throw Failure::board("use " + portName(port), BSP_E_INVALID,
-                         "the SFP cages of this board are " + portsCell(cages).text);
+    throw Failure::refused("use " + portName(port), BSP_E_INVALID,
+                           "the SFP cages of this board are " + portsCell(cages).text);
 }
 
 Cell checksumCell(const PageChecksum &sum) {

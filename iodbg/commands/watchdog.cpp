@@ -4,6 +4,7 @@
 #include "iodbg/commands/commands.h"
 #include "iodbg/console.h"
 #include "iodbg/failure.h"
+#include "iodbg/interrupt.h"
 
 #include <cstdio>
 #include <optional>
@@ -64,6 +65,7 @@ uint32_t readLine() {
 
 /** One edge on the line. The library tells of no failure, so the line is looked at. */
 void feedOnce() {
+    const Uninterrupted whole;
     const uint32_t before = readLine();
     require(ioWatchdogFeed(), "feed the watchdog");
     if (readLine() == before)
@@ -80,6 +82,8 @@ ExitCode feed(Console &console, const Feeding &feeding) {
                      *feeding.interval);
     const bool isEndless = feeding.interval && !feeding.count;
     const uint32_t count = feeding.count.value_or(1);
+    if (isEndless)
+        endOnInterrupt(console.terminalSize().has_value());
     feedOnce();
     for (uint32_t done = 1; isEndless || done < count; ++done) {
         sleep(*feeding.interval);

@@ -25,6 +25,36 @@ TEST_P(HelpTest, EveryCommandExplainsItselfAndAllItsWords) {
     }
 }
 
+TEST_P(HelpTest, EveryCommandShowsExamplesOfItself) {
+    for (const CommandHelp &help : helpTree(GetParam())) {
+        if (help.isGroup)
+            continue;
+        EXPECT_FALSE(help.examples.empty()) << help.name();
+        for (const std::string &example : help.examples) {
+            EXPECT_NE(example.find(help.path.empty() ? GetParam() : help.path.back()),
+                      std::string::npos)
+                << help.name() << ": " << example;
+        }
+    }
+}
+
+TEST_P(HelpTest, ExitCodesAreListedForTheProgramAlone) {
+    for (const CommandHelp &help : helpTree(GetParam()))
+        EXPECT_EQ(help.text.find("Exit codes:") != std::string::npos, help.path.empty())
+            << help.name();
+}
+
+TEST(IodbgHelpTest, NamesEveryExitCode) {
+    const std::string help = commandHelp("iodbg", {}, {}).text;
+    for (const char *line :
+         {"\nExit codes:\n  0  done\n", "\n  1  the board or the library answered a failure\n",
+          "\n  2  wrong usage, also a number that this board does not have, or not confirmed;\n",
+          "\n  3  written, but what reads back differs\n",
+          "\n  4  a problem on this host: a file, standard output, memory\n",
+          "\n  5  'check' found a fault of the unit\n"})
+        EXPECT_NE(help.find(line), std::string::npos) << line << help;
+}
+
 TEST_P(HelpTest, TheShortOptionSaysTheSame) {
     const CommandHelp help = commandHelp(GetParam(), {}, {});
     EXPECT_EQ(run({builtProgram(GetParam()), "-h"}).out, help.text);

@@ -80,13 +80,18 @@ CommandHelp commandHelp(const std::string &program, const Words &path, const Wor
     const ProcessResult result = run(argv);
     if (result.exitCode != 0 || !result.err.empty())
         throw std::runtime_error(joined(argv) + ": " + result.err);
-    CommandHelp help = {path, call, {}, {}, {}, false, result.out};
+    CommandHelp help = {path, call, {}, {}, {}, {}, false, result.out};
     std::vector<HelpEntry> *section = nullptr;
+    bool isExample = false;
     for (const std::string &line : linesOf(result.out)) {
         if (line.starts_with("Usage: "))
             help.isGroup = line.ends_with(" SUBCOMMAND");
-        if (!line.empty() && line[0] != ' ')
+        if (!line.empty() && line[0] != ' ') {
             section = sectionOf(help, line);
+            isExample = line == "Examples:";
+        }
+        if (isExample && line.starts_with("  "))
+            help.examples.push_back(line.substr(2));
         if (section == nullptr || line.size() <= 2 || line[0] != ' ')
             continue;
         const HelpLine entry(line);

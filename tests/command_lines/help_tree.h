@@ -15,6 +15,7 @@ struct CommandHelp {
     std::vector<std::string> path; // "fan", "set"
     std::vector<std::string> call; // the same with a word for each argument of its groups
     std::vector<HelpEntry> arguments, options, commands; // without --help
+    std::vector<std::string> examples;                   // command lines
     bool isGroup;                                        // does nothing without one of its commands
     std::string text;
 

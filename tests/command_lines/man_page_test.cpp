@@ -104,6 +104,11 @@ std::map<std::string, Entry> knownTo(const std::string &program) {
         for (const HelpEntry &option : help.options)
             entry.options[option.name] = !option.value.empty();
     }
+    // What the whole program takes as well is described once.
+    for (auto &[name, entry] : entries) {
+        for (const auto &[option, hasValue] : entries.at("").options)
+            name.empty() || entry.options.erase(option);
+    }
     return entries;
 }
 

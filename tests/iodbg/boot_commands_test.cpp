@@ -279,7 +279,7 @@ TEST_F(BootCommandsTest, ARateThatTheConsoleRefusesIsNotStored) {
 
 TEST_F(BootCommandsTest, RefusesWordsThatAreNotRight) {
     const std::pair<const char *, const char *> cases[] = {
-        {"boot", "A subcommand is required; see 'iodbg boot --help'"},
+        {"boot", "a command is missing: give one of get|set; see 'iodbg boot --help'"},
         {"boot get colour",
          "'colour' is none of mode|flag|baudrate|console-password|user-password|password"},
         {"boot set", "SETTING is required"},

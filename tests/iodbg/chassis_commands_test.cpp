@@ -84,7 +84,7 @@ TEST_F(FanCommandsTest, OneFanThatFailsDoesNotHideTheOthers) {
 }
 
 TEST_F(FanCommandsTest, RefusesWrongWords) {
-    expectRefusal({"fan"}, 2, "A subcommand is required");
+    expectRefusal({"fan"}, 2, "a command is missing: give one of get|set");
     expectRefusal({"fan", "set"}, 2, "LEVEL is required");
     for (const char *level : {"0", "11", "-1", "x"})
         expectRefusal({"fan", "set", "--", level}, 2, std::string("'") + level + "'");

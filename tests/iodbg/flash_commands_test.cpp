@@ -33,23 +33,3 @@ std::string FlashCommandsTest::imageBytes(size_t size) {
 std::string FlashCommandsTest::makeImage(size_t size, const std::string &name) const {
     return makeFile(name, imageBytes(size));
 }
-
-namespace {
-
-TEST_F(FlashCommandsTest, EveryHelpNamesTheExitCodes) {
-    for (const char *line : {"upgrade", "upgrade os", "upgrade boot", "upgrade cpld", "image",
-                             "image info", "image pack-boot", "image check", "mtd", "mtd read",
-                             "mtd write", "mtd erase", "boot", "boot get", "boot set"}) {
-        Words words = wordsOf(line);
-        words.emplace_back("--help");
-        const ProcessResult help = iodbg(words);
-        EXPECT_EQ(help.exitCode, 0) << line;
-        for (const char *text :
-             {"\nExit codes:\n  0  done\n", "\n  1  the board or the library answered a failure\n",
-              "\n  2  wrong usage, or not confirmed; nothing was sent to the board\n",
-              "\n  3  written, but what reads back differs\n", "\n  4  a problem on this host"})
-            EXPECT_NE(help.out.find(text), std::string::npos) << line << text;
-    }
-}
-
-} // namespace

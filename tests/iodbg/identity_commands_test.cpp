@@ -206,7 +206,7 @@ TEST_F(IdentityCommandsTest, RefusesWrongWords) {
     expectRefusal({"identity", "get", "mac", "--index", "supply1"}, 2, "has no MAC address");
     expectRefusal({"identity", "get", "serial", "--output", "x"}, 2, "--output saves a record");
     expectRefusal({"identity", "set", "record"}, 2, "--file is required");
-    expectRefusal({"identity", "set"}, 2, "subcommand is required");
+    expectRefusal({"identity", "set"}, 2, "a command is missing: give one of serial|mac|record");
 }
 
 TEST_F(IdentityCommandsTest, TheLongestSerialNumberFits) {

@@ -150,7 +150,7 @@ TEST_F(ImageCommandsTest, TheBoardTakesWhatIsPacked) {
 
 TEST_F(ImageCommandsTest, RefusesWordsAndFilesThatAreNotRight) {
     const std::string empty = makeFile("empty", "");
-    expectRefusal({"image"}, 2, "A subcommand is required");
+    expectRefusal({"image"}, 2, "a command is missing: give one of info|pack-boot|check");
     expectRefusal({"image", "info", "--bank", "2"}, 2, "'2' is not a number from 0 to 1");
     expectRefusal({"image", "info", "--bank", "-1"}, 2, "'-1' is not a number from 0 to 1");
     expectRefusal({"image", "info", "--bank", ""}, 2, "'' is not a number from 0 to 1");

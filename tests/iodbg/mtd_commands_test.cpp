@@ -205,7 +205,7 @@ TEST_F(MtdCommandsTest, EraseAndWriteAsk) {
 
 TEST_F(MtdCommandsTest, RefusesWordsThatAreNotRight) {
     const std::pair<const char *, const char *> cases[] = {
-        {"mtd", "A subcommand is required; see 'iodbg mtd --help'"},
+        {"mtd", "a command is missing: give one of read|write|erase; see 'iodbg mtd --help'"},
         {"mtd read", "DEVICE is required"},
         {"mtd read mtd4", "FILE is required"},
         {"mtd write mtd4", "FILE is required"},

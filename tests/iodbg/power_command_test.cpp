@@ -241,7 +241,7 @@ TEST_F(PowerCommandTest, ReportsFailures) {
     addFault(refuse(FaultDevice::Cpld, FaultOp::Read, -EIO));
     expectFailure({"power"}, 1, {"cannot read the number of supplies: status -5"});
     clearFaults();
-    expectFailure({"power", "3"}, 1,
+    expectFailure({"power", "3"}, 2,
                   {"cannot read supply 3: BSP_E_INVALID (1002)", "; the board has 2 supplies"});
 }
 

@@ -33,9 +33,9 @@ TEST_F(ProgramTest, PrintsItsVersion) {
 }
 
 TEST_F(ProgramTest, RefusesWrongCommands) {
-    expectRefusal({}, 2, "subcommand is required; see 'iodbg --help'");
-    expectRefusal({"sow"}, 2, "'sow' is not known here; see 'iodbg --help'");
-    expectRefusal({"cpld", "sow"}, 2, "'sow' is not known here; see 'iodbg cpld --help'");
+    expectRefusal({}, 2, "a command is missing: give one of show|check|watch|");
+    expectRefusal({"sow"}, 2, "'sow' is none of show|check|watch|");
+    expectRefusal({"cpld", "sow"}, 2, "'sow' is none of get|set; see 'iodbg cpld --help'");
     expectRefusal({"show", "--colour"}, 2, "--colour; see 'iodbg show --help'");
     expectRefusal({"gpio", "get", "1", "show"}, 2, "show");
 }
@@ -47,13 +47,38 @@ TEST_F(ProgramTest, ProgramsGetErrorsAsJson) {
         EXPECT_EQ(jsonAt(answer, "/error/exit_code"), "2");
         EXPECT_FALSE(jsonAt(answer, "/error/message").empty());
     }
-    const std::string answer = json({"gpio", "get", "32"}, 1);
+    const std::string answer = json({"gpio", "get", "32"}, 2);
     EXPECT_EQ(jsonKeys(answer, "/error"),
               (Words{"exit_code", "message", "status", "status_name", "meaning", "next"}));
 }
 
 TEST_F(ProgramTest, JsonMayStandBeforeTheCommand) {
     EXPECT_EQ(jsonAt(iodbg({"--json", "gpio", "get", "0"}).out, "/line"), "0");
+}
+
+TEST_F(ProgramTest, ANumberThatTheBoardDoesNotHaveIsWrongUsageWhoeverJudgesIt) {
+    useModel(0x0809); // 24 PoE ports, cages 25-30, two supplies
+    iodbg({"show"});
+    const std::pair<Words, const char *> rows[] = {
+        {{"fan", "set", "11"}, "LEVEL: '11' is not a number from 1 to 10"},
+        {{"power", "3"}, "BSP_E_INVALID (1002)"},
+        {{"power", "7"}, "N: '7' is not a number from 1 to 6"},
+        {{"sfp", "show", "31"}, "the SFP cages of this board are 25-30"},
+        {{"sfp", "dump", "24"}, "the SFP cages of this board are 25-30"},
+        {{"sfp", "phy", "999"}, "the SFP cages of this board are 25-30"},
+        {{"sfp", "tx", "999", "on"}, "the SFP cages of this board are 25-30"},
+        {{"led", "set", "poe", "25", "on"}, "cannot set LED poe 25: BSP_E_INVALID (1002)"},
+        {{"poe", "port", "25"}, "there is no PoE port 25; this board has ports 1 to 24"},
+        {{"poe", "status", "20-25"}, "there is no PoE port 25; this board has ports 1 to 24"},
+        {{"cpld", "get", "1", "64"}, "cannot read CPLD register 64: status -22"},
+        {{"cpld", "set", "64", "0"}, "cannot read CPLD register 64: status -22"},
+        {{"gpio", "get", "9999"}, "cannot read GPIO line 9999: status -22"},
+        {{"gpio", "set", "9999", "1"}, "cannot drive GPIO line 9999: status -22"},
+        {{"mdio", "read", "32", "0"}, "A: '32' is not a number from 0 to 31"},
+        {{"eeprom", "dump", "--offset", "5000"}, "which has 1024 bytes"},
+    };
+    for (const auto &[words, text] : rows)
+        expectRefusal(words, 2, text);
 }
 
 TEST_F(ProgramTest, AFullStandardOutputIsReported) {

@@ -21,10 +21,11 @@ TEST_F(CpldCommandsTest, GetsRegisters) {
 }
 
 TEST_F(CpldCommandsTest, AFailedRegisterDoesNotHideTheOthers) {
-    const std::string answer = json({"cpld", "get", "99", "1"}, 1);
+    addFault(at(refuse(FaultDevice::Cpld, FaultOp::Read, -EIO), 9));
+    const std::string answer = json({"cpld", "get", "9", "1"}, 1);
     EXPECT_EQ(jsonAt(answer, "/registers/0/value"), "null");
     EXPECT_EQ(jsonAt(answer, "/registers/1/value"), "1801");
-    EXPECT_EQ(jsonAt(answer, "/failures/0/status"), std::to_string(-EINVAL));
+    EXPECT_EQ(jsonAt(answer, "/failures/0/status"), std::to_string(-EIO));
     EXPECT_EQ(jsonAt(answer, "/failures/0/status_name"), "null");
 }
 
@@ -148,8 +149,8 @@ TEST_F(GpioCommandsTest, DetectsALineThatDoesNotFollow) {
 }
 
 TEST_F(GpioCommandsTest, ReportsFailures) {
-    expectFailure({"gpio", "get", "32"}, 1, {"cannot read GPIO line 32: status -22"});
-    expectFailure({"gpio", "set", "32", "1"}, 1, {"cannot drive GPIO line 32: status -22"});
+    expectFailure({"gpio", "get", "32"}, 2, {"cannot read GPIO line 32: status -22"});
+    expectFailure({"gpio", "set", "32", "1"}, 2, {"cannot drive GPIO line 32: status -22"});
 }
 
 TEST_F(GpioCommandsTest, RefusesWrongWords) {

@@ -180,11 +180,11 @@ TEST_F(SfpCommandsTest, SwitchesATransmitterAndReadsItsLineBack) {
 
 TEST_F(SfpCommandsTest, OnlyCagesAreAsked) {
     for (const char *command : {"show", "dump", "phy"}) {
-        expectFailure({"sfp", command, "48"}, 1, {"port 48", "49-54"});
+        expectFailure({"sfp", command, "48"}, 2, {"port 48", "49-54"});
         expectRefusal({"sfp", command, "0"}, 2, "'0'");
         expectRefusal({"sfp", command}, 2, "PORT is required");
     }
-    expectFailure({"sfp", "tx", "1", "on"}, 1, {"port 1", "49-54"});
+    expectFailure({"sfp", "tx", "1", "on"}, 2, {"port 1", "49-54"});
     expectRefusal({"sfp", "tx", "49", "maybe"}, 2, "'maybe'");
     expectRefusal({"sfp", "tx", "49"}, 2, "STATE is required");
 }

@@ -328,7 +328,8 @@ TEST_F(UpgradeCommandsTest, ACpldIsProgrammed) {
 
 TEST_F(UpgradeCommandsTest, RefusesWordsAndFilesThatAreNotRight) {
     const std::string file = makeImage(4096);
-    expectRefusal({"upgrade"}, 2, "A subcommand is required; see 'iodbg upgrade --help'");
+    expectRefusal({"upgrade"}, 2,
+                  "a command is missing: give one of os|boot|cpld; see 'iodbg upgrade --help'");
     expectRefusal({"upgrade", "os", "--bank", "0"}, 2, "FILE is required");
     expectRefusal({"upgrade", "os", file, "--yes"}, 2, "--bank is required");
     expectRefusal({"upgrade", "os", file, "--bank", "2"}, 2, "'2' is not a number from 0 to 1");
