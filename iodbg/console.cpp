@@ -7,7 +7,6 @@
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace iodbg {
@@ -76,14 +75,8 @@ void Console::giveData(ByteView data) {
     requireWritten(writeAll(out_.get(), data));
 }
 
-std::optional<Console::TerminalSize> Console::terminalSize() const {
-    constexpr TerminalSize kUsual = {24, 80};
-    if (isatty(out_.get()) != 1)
-        return {};
-    winsize size = {};
-    const bool isKnown =
-        ioctl(out_.get(), TIOCGWINSZ, &size) == 0 && size.ws_row > 0 && size.ws_col > 0;
-    return isKnown ? TerminalSize{size.ws_row, size.ws_col} : kUsual;
+std::optional<terminal::Size> Console::terminalSize() const {
+    return terminal::sizeOf(out_.get());
 }
 
 ExitCode Console::print(const Failure &cause) const {

@@ -6,8 +6,8 @@
 #include "iodbg/format.h"
 #include "iodbg/report.h"
 #include "support/owned.h"
+#include "terminal/screen.h"
 
-#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -38,11 +38,8 @@ class Console {
     /** Gives bytes on standard output, which then carries them alone: answers go to people. */
     void giveData(ByteView data);
 
-    /** Rows and columns of the terminal that answers go to; none when they go elsewhere. */
-    struct TerminalSize {
-        size_t rows, columns;
-    };
-    std::optional<TerminalSize> terminalSize() const;
+    /** Of the terminal that answers go to; none when they go elsewhere. */
+    std::optional<terminal::Size> terminalSize() const;
 
     /** Lets the library print on standard output for once; what it prints is the answer. */
     template <typename Call>

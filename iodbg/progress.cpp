@@ -2,6 +2,7 @@
 
 #include "iodbg/console.h"
 #include "iodbg/report.h"
+#include "terminal/screen.h"
 
 #include <algorithm>
 #include <cmath>
@@ -30,7 +31,7 @@ std::string durationText(uint32_t seconds) {
 
 Progress::Progress(Console &console, std::string task, const std::vector<WorkStep> &steps)
     : console_(console), task_(std::move(task)), steps_(steps),
-      isTerminal_(isatty(STDERR_FILENO) == 1), printedStep_(steps.size()) {
+      isTerminal_(terminal::sizeOf(STDERR_FILENO).has_value()), printedStep_(steps.size()) {
     for (const WorkStep &step : steps_)
         totalMs_ += step.leastMs;
 }

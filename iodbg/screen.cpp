@@ -1,14 +1,9 @@
 #include "iodbg/screen.h"
 
-#include <algorithm>
-
 namespace iodbg {
 
 namespace {
 
-constexpr char kHome[] = "\x1b[H";
-constexpr char kClearLine[] = "\x1b[K";
-constexpr char kClearBelow[] = "\x1b[J";
 constexpr char kPlain[] = "\x1b[m";
 
 const char *startOf(Emphasis emphasis) {
@@ -23,26 +18,19 @@ const char *startOf(Emphasis emphasis) {
     return "";
 }
 
-std::string drawn(const ScreenLine &line, size_t columns) {
-    const std::string text = line.text.substr(0, columns);
-    const bool isPlain = line.emphasis == Emphasis::None;
-    return (isPlain ? text : startOf(line.emphasis) + text + kPlain) + kClearLine + "\n";
+std::string emphasised(const ScreenLine &line) {
+    const bool isPlain = line.emphasis == Emphasis::None || !terminal::wantsColours();
+    return isPlain ? line.text : startOf(line.emphasis) + line.text + kPlain;
 }
 
 } // namespace
 
-std::string screenText(const std::vector<ScreenLine> &lines, const Console::TerminalSize &size) {
-    const size_t room = std::max<size_t>(size.rows, 3) - 1; // the cursor has the last row
-    const bool fits = lines.size() <= room;
-    const size_t shown = fits ? lines.size() : room - 1;
-    std::string text = kHome;
-    for (size_t i = 0; i < shown; ++i)
-        text += drawn(lines[i], size.columns);
-    if (!fits)
-        text += drawn({"(" + std::to_string(lines.size() - shown) +
-                       " more lines: the terminal is too small)"},
-                      size.columns);
-    return text + kClearBelow;
+std::string screenText(const std::vector<ScreenLine> &lines, const terminal::Size &size) {
+    std::vector<std::string> drawn;
+    drawn.reserve(lines.size());
+    for (const ScreenLine &line : lines)
+        drawn.push_back(emphasised(line));
+    return terminal::picture(drawn, size);
 }
 
 } // namespace iodbg

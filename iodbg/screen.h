@@ -1,7 +1,7 @@
 #pragma once
 // A text that is drawn again and again at the same place of a terminal.
 
-#include "iodbg/console.h"
+#include "terminal/screen.h"
 
 #include <string>
 #include <vector>
@@ -16,6 +16,6 @@ struct ScreenLine {
 };
 
 /** What replaces all that a terminal shows; what it has no room for is left out, and said. */
-std::string screenText(const std::vector<ScreenLine> &lines, const Console::TerminalSize &size);
+std::string screenText(const std::vector<ScreenLine> &lines, const terminal::Size &size);
 
 } // namespace iodbg

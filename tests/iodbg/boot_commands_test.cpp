@@ -181,7 +181,7 @@ TEST_F(BootCommandsTest, ATerminalShowsAgainWhatIsTypedBehindThePassword) {
         TerminalEnd end;
         const std::string shown =
             iodbgOnTerminal({"boot", "set", "password", "-"},
-                            {.prompt = "New boot password: ", .answer = typed}, &end);
+                            {.prompt = "New boot password: ", .answer = typed}, {}, &end);
         EXPECT_EQ(end.exitCode, exitCode) << shown;
         EXPECT_TRUE(end.isEchoing) << shown;
         EXPECT_TRUE(end.isSuspending) << shown;

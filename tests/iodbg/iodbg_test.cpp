@@ -76,8 +76,8 @@ Process IodbgTest::start(const Words &arguments) const {
 }
 
 std::string IodbgTest::iodbgOnTerminal(const Words &arguments, const Typing &typing,
-                                       TerminalEnd *end) const {
-    return runOnTerminal(commandLine(arguments), environment(), typing, end);
+                                       const TerminalKind &kind, TerminalEnd *end) const {
+    return runOnTerminal(commandLine(arguments), environment(), typing, kind, end);
 }
 
 vb::FaultRule IodbgTest::at(vb::FaultRule rule, uint32_t offset) {

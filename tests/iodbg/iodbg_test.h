@@ -30,7 +30,7 @@ class IodbgTest : public VirtualBoardTest {
     Process start(const Words &arguments) const;
     /** Runs it on a terminal; what appears there. */
     std::string iodbgOnTerminal(const Words &arguments, const Typing &typing = {},
-                                TerminalEnd *end = nullptr) const;
+                                const TerminalKind &kind = {}, TerminalEnd *end = nullptr) const;
 
     /** Runs it with --json; the answer must parse and the exit code must be this one. */
     std::string json(const Words &arguments, int exitCode = 0) const;

@@ -203,9 +203,52 @@ TEST_F(WatchCommandTest, IsDrawnInPlaceOnATerminal) {
     EXPECT_EQ(std::count(picture.begin(), picture.end(), '\n'), 23)
         << "24 rows, one for the cursor";
     EXPECT_NE(picture.find(" more lines: the terminal is too small)"), std::string::npos);
-    for (const std::string &line :
-         linesOf(std::regex_replace(picture, std::regex("\x1b\\[[0-9]*[A-Za-z]|\r"), "")))
+    for (const std::string &line : linesOf(withoutEscapes(picture)))
         EXPECT_LE(line.size(), 80u) << line;
+}
+
+TEST_F(WatchCommandTest, TheHeadStaysInViewOnASmallTerminal) {
+    const std::string shown = iodbgOnTerminal({"watch", "--count", "1"}, {}, {20, 60});
+    const Words lines = linesOf(withoutEscapes(shown));
+    ASSERT_EQ(lines.size(), 19u) << "20 rows, one for the cursor" << shown;
+    EXPECT_TRUE(lines[0].ends_with(" warnings")) << shown;
+    EXPECT_TRUE(lines[2].starts_with("SUBJECT ")) << shown;
+    EXPECT_TRUE(lines[18].ends_with(" more lines: the terminal is too small)")) << shown;
+    for (const std::string &line : lines)
+        EXPECT_LE(line.size(), 60u);
+}
+
+TEST_F(WatchCommandTest, AnyTerminalHasItsHead) {
+    for (const auto &[rows, columns] : {std::pair<unsigned short, unsigned short>{1, 1}, {3, 5}}) {
+        const Words lines = linesOf(
+            withoutEscapes(iodbgOnTerminal({"watch", "--count", "1"}, {}, {rows, columns})));
+        ASSERT_EQ(lines.size(), 2u);
+        EXPECT_EQ(lines[0].size(), columns);
+        EXPECT_EQ(lines[0].back(), '>') << "the line goes on";
+    }
+}
+
+TEST_F(WatchCommandTest, ATerminalThatCannotRedrawGetsLines) {
+    world::set("fan.1.present", "no");
+    const std::string shown =
+        iodbgOnTerminal({"watch", "--count", "2"}, {}, {24, 80, {"TERM=dumb"}});
+    EXPECT_EQ(shown.find('\x1b'), std::string::npos) << shown;
+    EXPECT_NE(shown.find("\nFront panel"), std::string::npos) << "all of a round";
+    const size_t head = shown.find(" warnings\r\n\r\nSUBJECT");
+    EXPECT_NE(head, std::string::npos) << shown;
+    EXPECT_NE(shown.find(" warnings\r\n\r\nSUBJECT", head + 1), std::string::npos) << shown;
+}
+
+TEST_F(WatchCommandTest, ColoursAreLeftOutOnRequest) {
+    world::set("fan.1.present", "no");
+    const auto shownWith = [&](const std::string &variable) {
+        return iodbgOnTerminal({"watch", "--count", "1"}, {}, {24, 80, {"TERM=xterm", variable}});
+    };
+    const std::regex emphasis("\x1b\\[[0-9;]*m");
+    EXPECT_TRUE(std::regex_search(shownWith("NO_COLOR="), emphasis)) << "empty is as if not there";
+    const std::string plain = shownWith("NO_COLOR=1");
+    EXPECT_FALSE(std::regex_search(plain, emphasis)) << plain;
+    EXPECT_EQ(plain.find("\x1b[H"), 0u) << "it is redrawn in place all the same";
 }
 
 TEST_F(WatchCommandTest, CtrlCOnATerminalEndsTheLine) {

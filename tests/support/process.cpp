@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <pty.h>
+#include <regex>
 #include <sstream>
 #include <stdexcept>
 #include <sys/mman.h>
@@ -123,13 +124,16 @@ ProcessResult run(const std::vector<std::string> &argv, const Environment &envir
 }
 
 std::string runOnTerminal(const std::vector<std::string> &argv, const Environment &environment,
-                          const Typing &typing, TerminalEnd *end) {
+                          const Typing &typing, const TerminalKind &kind, TerminalEnd *end) {
+    Environment variables = kind.variables;
+    variables.insert(variables.end(), environment.begin(), environment.end());
+    const winsize size = {kind.rows, kind.columns, 0, 0};
     int terminal = -1;
-    const pid_t pid = forkpty(&terminal, nullptr, nullptr, nullptr);
+    const pid_t pid = forkpty(&terminal, nullptr, nullptr, &size);
     if (pid < 0)
         throw std::runtime_error("forkpty: " + std::string(std::strerror(errno)));
     if (pid == 0)
-        executeBuilt(argv, environment);
+        executeBuilt(argv, variables);
     std::string text;
     char part[4096];
     ssize_t count = 0;
@@ -152,6 +156,10 @@ std::string runOnTerminal(const std::vector<std::string> &argv, const Environmen
         *end = {exitCodeOf(status), (left.c_lflag & ECHO) != 0,
                 left.c_cc[VSUSP] != _POSIX_VDISABLE};
     return text;
+}
+
+std::string withoutEscapes(const std::string &text) {
+    return std::regex_replace(text, std::regex("\x1b\\[[0-9;]*[A-Za-z]|\r"), "");
 }
 
 ProcessResult runOnBoard(const std::string &boardFolder, const std::vector<std::string> &argv,

@@ -64,6 +64,12 @@ struct Typing {
     std::string answer = {};
 };
 
+/** What terminal a program runs on. */
+struct TerminalKind {
+    unsigned short rows = 24, columns = 80;
+    Environment variables = {"TERM=xterm", "NO_COLOR="};
+};
+
 /** What a program leaves behind that had a terminal. */
 struct TerminalEnd {
     int exitCode = -1; // 128 + the signal's number when a signal ended the program
@@ -73,7 +79,11 @@ struct TerminalEnd {
 
 /** Runs a program with a terminal for all its streams; what appears there. */
 std::string runOnTerminal(const std::vector<std::string> &argv, const Environment &environment,
-                          const Typing &typing = {}, TerminalEnd *end = nullptr);
+                          const Typing &typing = {}, const TerminalKind &kind = {},
+                          TerminalEnd *end = nullptr);
+
+/** A text without what moves a terminal's cursor and colours its characters. */
+std::string withoutEscapes(const std::string &text);
 
 /** What a program needs to be started on a board other than through `vboard run`. */
 Environment boardEnvironment(const std::string &boardFolder);

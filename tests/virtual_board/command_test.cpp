@@ -5,6 +5,7 @@
 #include <csignal>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <regex>
 #include <thread>
 
 namespace {
@@ -107,6 +108,72 @@ TEST_F(CommandTest, PanelDrawsThePortsWithTheirState) {
     EXPECT_EQ(panel.find('\x1b'), std::string::npos); // no terminal, no colours
     EXPECT_EQ(vboard({"panel", board(), "--once"}), later);
     expectFailure(2, "--watch", {"panel", board(), "--interval", "1"});
+}
+
+class WatchedPanelTest : public CommandTest {
+  protected:
+    /** What `panel --watch` shows until Ctrl-C, which is typed once a text is there. */
+    std::string watched(const std::string &until, const TerminalKind &kind) const {
+        return runOnTerminal(
+            {builtProgram("vboard"), "panel", board(), "--watch", "--interval", "0.1"}, {},
+            {until, std::string(1, '\x03')}, kind);
+    }
+};
+
+TEST_F(WatchedPanelTest, IsRedrawnInPlaceWithItsHeadInView) {
+    const std::string shown = watched("\x1b[J", {10, 60});
+    EXPECT_EQ(shown.find("\x1b[H0x0709  48 PoE ports"), 0u) << shown;
+    const size_t end = shown.find("\x1b[J");
+    ASSERT_NE(end, std::string::npos) << shown;
+    const Words lines = linesOf(withoutEscapes(shown.substr(0, end)));
+    ASSERT_EQ(lines.size(), 9u) << "10 rows, one for the cursor" << shown;
+    EXPECT_EQ(lines[0].size(), 60u);
+    EXPECT_EQ(lines[0].back(), '>') << "cut, and said so";
+    EXPECT_TRUE(lines[2].starts_with("[ 1.o][ 3.o]") || lines[2].starts_with("[ 1 o][ 3 o]"))
+        << lines[2];
+    EXPECT_EQ(lines[2].size(), 60u);
+    EXPECT_TRUE(lines[8].ends_with(" more lines: the terminal is too small)")) << lines[8];
+}
+
+TEST_F(WatchedPanelTest, LosesNothingWhereThereIsRoom) {
+    const std::string shown = watched("\x1b[J", {40, 100});
+    const std::string picture = shown.substr(0, shown.find("\x1b[J"));
+    EXPECT_NE(picture.find("\x1b[32mo\x1b[0m"), std::string::npos) << "lit LEDs are green";
+    const Words lines = linesOf(withoutEscapes(picture));
+    const Words panel = linesOf(vboard({"panel", board()}));
+    ASSERT_EQ(lines.size(), panel.size());
+    EXPECT_EQ(Words(lines.begin() + 1, lines.end()), Words(panel.begin() + 1, panel.end()))
+        << "but for the clock";
+}
+
+TEST_F(WatchedPanelTest, ATerminalThatCannotRedrawGetsPanelBelowPanel) {
+    const std::string shown = watched("lamps", {10, 60, {"TERM=dumb"}});
+    EXPECT_EQ(shown.find('\x1b'), std::string::npos) << shown;
+    EXPECT_EQ(shown.find("0x0709  48 PoE ports, 6 SFP uplinks, 2 fans  clock "), 0u) << shown;
+}
+
+TEST_F(WatchedPanelTest, ColoursAreLeftOutOnRequest) {
+    const std::string shown = watched("\x1b[J", {40, 100, {"TERM=xterm", "NO_COLOR=1"}});
+    EXPECT_EQ(shown.find("\x1b[H0x0709"), 0u) << shown;
+    EXPECT_FALSE(std::regex_search(shown, std::regex("\x1b\\[[0-9;]*m"))) << shown;
+}
+
+TEST_F(CommandTest, CtrlCIsTheProperEndOfWhatGoesOn) {
+    for (const Words &words : {Words{"panel", board(), "--watch", "--interval", "3600"},
+                               Words{"trace", board(), "--follow"}}) {
+        showDeviceId(); // something to trace
+        Words argv = {builtProgram("vboard")};
+        argv.insert(argv.end(), words.begin(), words.end());
+        Process process(argv);
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        while (process.output().empty() && std::chrono::steady_clock::now() < deadline)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        process.signal(SIGINT);
+        const ProcessResult result = process.wait();
+        EXPECT_EQ(result.exitCode, 0) << words[0];
+        EXPECT_EQ(result.err, "") << words[0];
+        EXPECT_TRUE(result.out.ends_with("\n")) << words[0];
+    }
 }
 
 TEST_F(CommandTest, GetShowsTheNamedPropertiesOrAll) {

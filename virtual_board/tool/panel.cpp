@@ -2,14 +2,16 @@
 
 #include "virtual_board/words/panel_text.h"
 
+#include "terminal/screen.h"
 #include "virtual_board/board/circuits.h"
 #include "virtual_board/tool/commands.h"
+#include "virtual_board/tool/interrupt.h"
 #include "virtual_board/tool/open_board.h"
 
-#include <chrono>
 #include <cstdio>
-#include <thread>
+#include <sstream>
 #include <unistd.h>
+#include <vector>
 
 namespace vboard {
 
@@ -23,21 +25,27 @@ std::string drawn(const vb::BoardFolder &folder, bool hasColour) {
     return vb::panelText(board, now, hasColour);
 }
 
+std::vector<std::string> linesOf(const std::string &text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
 } // namespace
 
 void printPanel(const std::string &folder, bool isWatching, double intervalSeconds) {
-    constexpr char kClearScreen[] = "\x1b[H\x1b[2J";
     vb::BoardFolder board;
     openBoard(board, folder);
-    const bool isTerminal = isatty(STDOUT_FILENO) == 1;
-    for (;;) {
-        std::printf("%s%s", isWatching && isTerminal ? kClearScreen : "",
-                    drawn(board, isTerminal).c_str());
-        const bool isWritten = std::fflush(stdout) == 0;
-        if (!isWatching || !isWritten)
-            return;
-        std::this_thread::sleep_for(std::chrono::duration<double>(intervalSeconds));
-    }
+    const Rounds rounds;
+    do {
+        const auto screen = terminal::sizeOf(STDOUT_FILENO);
+        const std::string panel = drawn(board, screen && terminal::wantsColours());
+        const bool isRedrawn = isWatching && screen;
+        std::fputs((isRedrawn ? terminal::picture(linesOf(panel), *screen) : panel).c_str(),
+                   stdout);
+    } while (std::fflush(stdout) == 0 && isWatching && rounds.pause(intervalSeconds));
 }
 
 } // namespace vboard

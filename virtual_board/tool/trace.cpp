@@ -1,6 +1,7 @@
 // `vboard trace`.
 
 #include "virtual_board/tool/commands.h"
+#include "virtual_board/tool/interrupt.h"
 #include "virtual_board/tool/open_board.h"
 #include "virtual_board/words/trace_json.h"
 #include "virtual_board/words/trace_text.h"
@@ -9,13 +10,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <nlohmann/json.hpp>
-#include <unistd.h>
 
 namespace vboard {
 
 namespace {
 
-constexpr useconds_t kFollowInterval = 100000;
+constexpr double kFollowSeconds = 0.1;
 
 /** Requests copied out of the ring, so that the board is not kept waiting while they are printed.
  */
@@ -60,12 +60,14 @@ void print(const Excerpt &excerpt, bool asJson) {
     std::fflush(stdout);
 }
 
-/** Prints what comes, until a signal or a reader that has gone ends this program. */
-[[noreturn]] void follow(const TraceArguments &arguments) {
+/** Prints what comes, until Ctrl-C or a reader that has gone ends it. */
+void follow(const TraceArguments &arguments) {
     vb::BoardFolder folder;
     openBoard(folder, arguments.folder);
     uint32_t limit = arguments.last;
-    for (uint64_t next = 0;; usleep(kFollowInterval)) {
+    uint64_t next = 0;
+    const Rounds rounds;
+    do {
         Excerpt excerpt;
         {
             const auto lock = lockBoard(folder);
@@ -74,14 +76,16 @@ void print(const Excerpt &excerpt, bool asJson) {
         print(excerpt, arguments.asJson);
         limit = UINT32_MAX; // only what was there at the start is limited
         next = excerpt.next;
-    }
+    } while (rounds.pause(kFollowSeconds));
 }
 
 } // namespace
 
 void printTrace(const TraceArguments &arguments) {
-    if (arguments.isFollowing)
+    if (arguments.isFollowing) {
         follow(arguments);
+        return;
+    }
     Excerpt excerpt;
     {
         const LockedBoard board(arguments.folder);
