@@ -55,7 +55,7 @@ Findings quickFindings(const Model &model) {
     return all;
 }
 
-void addCages(Report &report, const Model &model) {
+void addCageSummary(Report &report, const Model &model) {
     Section section = {"sfp", "SFP cages", {}};
     CageSummary summary;
     const int32_t status = readCages(model, summary);
@@ -77,7 +77,7 @@ void addParts(Report &report, const Model &model, PoeTour &tour) {
     if (model.poePorts > 0)
         tour.add(report, model.poePorts);
     if (!model.cages.empty())
-        addCages(report, model);
+        addCageSummary(report, model);
     if (model.hasClock)
         addClocks(report);
     addPanelLamps(report);
