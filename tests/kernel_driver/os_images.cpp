@@ -91,6 +91,18 @@ void checkGoodBanks() {
     expectHeader(erased(kHeaderSize), 0);
 }
 
+void checkNameLikeAnOption() {
+    const Chip chip;
+    beginSection("image: a name that nandwrite could take for an option");
+    const Bytes image = patterned(kSmallSize, 2);
+    expectSame("the file's folder is entered", 0, chdir("/tmp"));
+    writeFile("--help", image);
+    expectSilent("bspImageUpgrade(--help)", BSP_OK,
+                 [] { return bspImageUpgrade(BSP_IMAGE_OS, "--help", 0); });
+    expectStored("the image lies in the bank", image, 0, 0);
+    expectHeader(headerOf(image), 0);
+}
+
 /** What flash_erase says of a bank with a bad block, and then does it block by block. */
 constexpr char kNotInOneGo[] =
     "libmtd: error!: MEMERASE64 ioctl failed for eraseblock 0 (mtd12)\n"
@@ -234,6 +246,7 @@ void checkSmallBank() {
 
 void checkImages() {
     checkGoodBanks();
+    checkNameLikeAnOption();
     checkBadBlock();
     checkBadHeaderBlock();
     checkWornBlock();
