@@ -1672,11 +1672,10 @@ BSP_API int32_t bsp_smi_write(uint32_t unit, uint32_t addrA, uint32_t reserved, 
  * (/tmp/bspFlashLockFile, a record lock of the process) for the whole transfer; where the lock file
  * cannot be opened they go on without it.
  *
- * A record lock keeps processes apart, not the threads of one: those all get it at once. And a
- * process loses it as soon as any of its threads closes any descriptor of the lock file, as each
- * flash call does at its end: then other processes come in while the first thread still works. So a
- * process does its flash work, header reads and upgrades included, in one thread at a time, and
- * leaves the lock file alone.
+ * A thread that closes the lock file, as each of these calls does at its end, gives up the lock of
+ * its whole process: other processes come in while another thread still works (see "Threads and
+ * processes" above). So a process does its flash work, header reads and upgrades included, in one
+ * thread at a time, and leaves the lock file alone.
  * --------------------------------------------------------------------------------------------- */
 
 #define BSP_MTD_BOOT_LOADER "/dev/mtd0"   /**< the boot loader */
