@@ -4,6 +4,7 @@
 
 #include "bsp.h"
 #include "tests/support/virtual_board_test.h"
+#include "virtual_board/devices/poe_ports.h"
 #include "virtual_board/os/seam.h"
 
 #include <chrono>
@@ -13,6 +14,7 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <unistd.h>
 
 namespace {
 
@@ -75,6 +77,15 @@ class BenchBoard {
     uint64_t frames() const { return board().faults.rule[0].matched; }
     uint64_t us() const { return board().clock.sleptNs / 1000; }
 
+    /** A device at each port, which is powered before long. */
+    void plugEverywhere() const {
+        constexpr vb::PoweredDevice kDevice = {1, vb::PoeSignature::Good, 4, 0, 19000, 18000};
+        constexpr uint32_t kPorts = 48;
+        for (uint32_t port = 0; port < kPorts; ++port)
+            vb::poeSetDevice(board().devices.poe, port, kDevice, board().clock.sleptNs);
+        usleep(kSecond);
+    }
+
     std::string imageFile(size_t size) const {
         std::string file = folder_.path() + "/image";
         std::ofstream(file, std::ios::binary) << std::string(size, '\x5A');
@@ -132,6 +143,68 @@ bool measureUpgrade(size_t size) {
                    [&file] { return bspPoeAppUpgradeSet(file.c_str()); });
 }
 
+/** A poll of ports by the functions of single values: what each of them costs. */
+int32_t pollSingles(uint32_t ports) {
+    constexpr int32_t (*kGets[])(uint32_t, uint32_t *) = {
+        bspPoePortDetectionGet,  bspPoePortClassificationGet, bspPoePortFaultGet,
+        bspPoePortDisconnectGet, bspPoePortVoltageGet,        bspPoePortCurrentGet,
+        bspPoePortPowerGet,      bspPoePortModeGet,           bspPoePortMaxPowerGet,
+        bspPoePortInrushModeGet};
+    for (uint32_t port = 1; port <= ports; ++port) {
+        for (const auto get : kGets) {
+            uint32_t value = 0;
+            if (const int32_t status = get(port, &value); status != BSP_OK)
+                return status;
+        }
+    }
+    return BSP_OK;
+}
+
+/** The same values by the functions of records; only a port that delivers is measured. */
+int32_t pollRecords(uint32_t ports) {
+    constexpr uint32_t kDelivering = 2;
+    for (uint32_t port = 1; port <= ports; ++port) {
+        BspPoePortState state{};
+        if (const int32_t status = bspPoePortStateGet(port, &state); status != BSP_OK)
+            return status;
+        BspPoePortMeasurement measurement{};
+        if (state.disconnect == kDelivering) {
+            const int32_t status = bspPoePortMeasurementGet(port, &measurement);
+            if (status != BSP_OK)
+                return status;
+        }
+        BspPoePortSettings settings{};
+        if (const int32_t status = bspPoePortSettingsGet(port, &settings); status != BSP_OK)
+            return status;
+    }
+    return BSP_OK;
+}
+
+/** What a poll of so many ports needs: a frame for state, for mode, for limit, for power. */
+constexpr Floor pollFloor(uint64_t ports, bool isDelivering) {
+    const uint64_t frames = ports * (isDelivering ? 4 : 3);
+    return {frames, frames * kExchange};
+}
+
+bool measurePolls(bool isDelivering) {
+    const BenchBoard board(0x0709);
+    if (bspPoeDeviceInit() != BSP_OK)
+        return false;
+    if (isDelivering)
+        board.plugEverywhere();
+    bool isGood = true;
+    for (const uint32_t ports : {1u, 24u, 48u}) {
+        const std::string name =
+            std::to_string(ports) + (isDelivering ? " delivering, " : " idle, ");
+        const Floor floor = pollFloor(ports, isDelivering);
+        isGood &= measure((name + "single values").c_str(), board, floor,
+                          [ports] { return pollSingles(ports); });
+        isGood &= measure((name + "records").c_str(), board, floor,
+                          [ports] { return pollRecords(ports); });
+    }
+    return isGood;
+}
+
 bool measureAll() {
     std::printf("%-32s %7s %7s %10s %10s %7s %9s\n", "", "frames", "needed", "floor s", "board s",
                 "ratio", "real ms");
@@ -140,6 +213,8 @@ bool measureAll() {
     isGood &= measureInitialisation("initialisation, 24 ports", 0x0809, 24);
     for (const size_t size : {51200u, 51220u, 196608u})
         isGood &= measureUpgrade(size);
+    for (const bool isDelivering : {false, true})
+        isGood &= measurePolls(isDelivering);
     return isGood;
 }
 
