@@ -86,23 +86,28 @@ class LastBytes {
     LastBytes &operator=(const LastBytes &) = delete;
     ~LastBytes() { munmap(memory_, 2 * page_); }
 
-    uint8_t *end() const { return static_cast<uint8_t *>(memory_) + page_; }
+    template <typename Type>
+    Type *as() const {
+        return static_cast<Type *>(static_cast<void *>(end() - sizeof(Type)));
+    }
 
   private:
+    uint8_t *end() const { return static_cast<uint8_t *>(memory_) + page_; }
+
     size_t page_;
     void *memory_ = nullptr;
 };
 
 TEST(PoeTrafficTest, OnlyTheLibrarysRequestsHaveARecordBehindThem) {
     const LastBytes memory;
-    void *argument = memory.end() - sizeof(int); // as long as the argument of FIONREAD is
+    const int *argument = memory.as<int>(); // as long as the argument of FIONREAD is
     EXPECT_FALSE(iodbg::poeTrafficOf(FIONREAD, argument).has_value());
     EXPECT_FALSE(iodbg::poeTrafficOf(TIOCGWINSZ, argument).has_value());
 }
 
 TEST(PoeTrafficTest, RequestsOfOthersPassAWatch) {
     const LastBytes memory;
-    auto *count = reinterpret_cast<int *>(memory.end() - sizeof(int));
+    int *count = memory.as<int>();
     int ends[2] = {-1, -1};
     ASSERT_EQ(pipe(ends), 0);
     ASSERT_EQ(write(ends[1], "abc", 3), 3);
