@@ -14,9 +14,6 @@ namespace bsp {
 
 using PageBuffer = std::unique_ptr<uint8_t, FreeMemory>;
 
-/** In front of a stored file there may be its length, big-endian, and a marker. */
-constexpr uint8_t kLengthMarker[] = {0xA1, 0x02, 0xA3, 0x04};
-
 /** Opens a partition, or the file beside it, with synchronous I/O; a failure is printed. */
 int openSynchronous(const char *path, int flags, mode_t mode = 0);
 

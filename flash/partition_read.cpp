@@ -25,8 +25,7 @@ int32_t findStoredFile(int device, uint32_t partitionSize, Extent &extent) {
     if (!bsp::readWhole(device, header, sizeof(header)))
         return BSP_E_SHORT_READ;
     const uint32_t length = bsp::loadBe32(header);
-    const bool isMarked =
-        std::memcmp(header + 4, bsp::kLengthMarker, sizeof(bsp::kLengthMarker)) == 0;
+    const bool isMarked = bsp::loadBe32(header + 4) == BSP_MTD_HEADER_MARKER;
     // An erased length, FFFFFFFF, fits into no partition.
     const bool fits = uint64_t{length} + BSP_MTD_HEADER_SIZE <= partitionSize;
     if (isMarked && fits)

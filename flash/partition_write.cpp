@@ -59,7 +59,7 @@ int32_t writeHeaderPage(Transfer &transfer) {
         static_cast<uint32_t>(std::min<uint64_t>(transfer.remaining, size - BSP_MTD_HEADER_SIZE));
     std::memset(transfer.page, 0, size);
     bsp::storeBe32(transfer.page, static_cast<uint32_t>(transfer.remaining));
-    std::copy(std::begin(bsp::kLengthMarker), std::end(bsp::kLengthMarker), transfer.page + 4);
+    bsp::storeBe32(transfer.page + 4, BSP_MTD_HEADER_MARKER);
     if (!bsp::readWhole(transfer.file, transfer.page + BSP_MTD_HEADER_SIZE, count))
         return BSP_E_SHORT_READ;
     [[maybe_unused]] const ssize_t written = write(transfer.device, transfer.page, size);

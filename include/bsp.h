@@ -1689,7 +1689,9 @@ enum BspMtdHeader {
     BSP_MTD_WITH_HEADER = 1     /**< the file starts behind BSP_MTD_HEADER_SIZE bytes */
 };
 
-#define BSP_MTD_HEADER_SIZE 8 /**< length, 4 bytes, big-endian, and the marker A1 02 A3 04 */
+/* The header: the file's length and a marker, 4 bytes each, big-endian. */
+#define BSP_MTD_HEADER_SIZE 8             /**< bytes of the header */
+#define BSP_MTD_HEADER_MARKER 0xA102A304u /**< the marker */
 
 /**
  * Copies a file into a partition: erases, then writes whole pages, the last one padded with zeros.
