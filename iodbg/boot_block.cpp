@@ -15,19 +15,18 @@ namespace {
 
 constexpr char kOn[] = "on";
 constexpr char kOff[] = "off";
-constexpr size_t kPasswordBuffer = 56; // whatever the slot may hold
 
 template <auto get>
 int32_t readSwitch(std::string &value) {
-    uint32_t state = 0;
+    uint32_t state = BSP_PASSWORD_UNUSED;
     const int32_t status = get(&state);
-    value = state != 0 ? kOn : kOff;
+    value = state == BSP_PASSWORD_IN_FORCE ? kOn : kOff;
     return status;
 }
 
 template <auto set>
 int32_t writeSwitch(const std::string &value) {
-    return set(value == kOn ? 1 : 0);
+    return set(value == kOn ? BSP_PASSWORD_IN_FORCE : BSP_PASSWORD_UNUSED);
 }
 
 template <typename Number, auto get>
@@ -44,7 +43,7 @@ int32_t writeNumber(const std::string &value) {
 }
 
 int32_t readPassword(std::string &value) {
-    std::array<char, kPasswordBuffer> text{};
+    std::array<char, BSP_BOOT_PASSWORD_BUFFER> text{};
     const int32_t status = bspBootPwdGet(text.data());
     value = text.data();
     return status;
@@ -93,8 +92,11 @@ std::string parseValue(const BootSetting &setting, const std::string &value) {
         return value;
     }
     if (&setting == kBaudrate)
-        oneOf(ignored,
-              {{"9600", 1}, {"19200", 1}, {"38400", 1}, {"57600", 1}, {"115200", 1}})(value);
+        oneOf(ignored, {{"9600", BSP_BAUDRATE_9600},
+                        {"19200", BSP_BAUDRATE_19200},
+                        {"38400", BSP_BAUDRATE_38400},
+                        {"57600", BSP_BAUDRATE_57600},
+                        {"115200", BSP_BAUDRATE_115200}})(value);
     const bool isMode = &setting == kMode;
     return std::to_string(parseNumber(value, isMode ? 0 : INT32_MIN, isMode ? 1 : INT32_MAX));
 }
@@ -150,7 +152,7 @@ Bytes withValue(const BootSetting &setting, const std::string &value, Bytes bloc
 }
 
 Bytes readBootBlock() {
-    return FlashPartition(kBootBlockDevice).read(0, kBootBlockSize);
+    return FlashPartition(BSP_MTD_BOOT_SETTINGS).read(0, kBootBlockSize);
 }
 
 } // namespace iodbg

@@ -12,7 +12,6 @@
 
 namespace iodbg {
 
-constexpr char kBootBlockDevice[] = "/dev/mtd4";
 constexpr size_t kBootBlockSize = 256;
 
 /** A slot, and how the library reads and writes what is in it. */

@@ -11,9 +11,6 @@
 
 namespace iodbg {
 
-constexpr size_t kBootTrailerSize = 80;
-constexpr size_t kLargestBootFile = 1048576; // trailer included
-
 /** A field of the trailer: what it holds, and what it must. */
 struct BootField {
     std::string name;

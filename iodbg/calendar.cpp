@@ -34,8 +34,8 @@ int64_t secondsOf(const BspCalendar &time) {
 std::string calendarText(const BspCalendar &time) {
     char text[80];
     std::snprintf(text, sizeof(text), "%04u-%02u-%02u %02u:%02u:%02u",
-                  time.year + kFirstCalendarYear, time.month + 1, time.day, time.hour, time.minute,
-                  time.second);
+                  time.year + BSP_CALENDAR_FIRST_YEAR, time.month + 1, time.day, time.hour,
+                  time.minute, time.second);
     return text;
 }
 

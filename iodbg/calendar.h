@@ -8,9 +8,6 @@
 
 namespace iodbg {
 
-constexpr uint32_t kFirstCalendarYear = 1900;
-constexpr uint32_t kLastCalendarYear = kFirstCalendarYear + 159; // what two stretched digits hold
-
 /** "2026-11-21 12:34:56" */
 std::string calendarText(const BspCalendar &time);
 /** Whether the numbers are a date and a time: a chip that was without power holds anything. */

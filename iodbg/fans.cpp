@@ -16,9 +16,10 @@ Cell presenceCell(Report &report, const Model &model, uint32_t fan, const std::s
         return {"unknown: no line tells", nullptr};
     if (model.fanPresence == FanPresence::SuppliesLine)
         return {"unknown: its line is a supply's too", nullptr};
-    uint32_t isPresent = 0;
-    const int32_t status = ioFanPresentGet(static_cast<int32_t>(fan), &isPresent);
-    return report.tried(item + ".present", status, flagCell(isPresent != 0, "yes", "no"));
+    uint32_t presence = BSP_FAN_MISSING;
+    const int32_t status = ioFanPresentGet(static_cast<int32_t>(fan), &presence);
+    return report.tried(item + ".present", status,
+                        flagCell(presence == BSP_FAN_PRESENT, "yes", "no"));
 }
 
 Cell speedCell(Report &report, uint32_t fan, const std::string &item) {
@@ -32,7 +33,7 @@ Cell speedCell(Report &report, uint32_t fan, const std::string &item) {
 int32_t readFanLevel(uint32_t &level) {
     uint16_t content = 0;
     const int32_t status = bspCpldGet(kLevelRegister, &content);
-    level = (content >> kLevelShift & kLevelMask) + 1;
+    level = (content >> kLevelShift & kLevelMask) + BSP_FAN_LEVEL_MIN;
     return status;
 }
 

@@ -10,9 +10,6 @@ namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kBoardMacIndex = 0; // the address above the base, the unit's own
-constexpr uint32_t kBaseMacIndex = 1;
-
 template <size_t Size>
 ByteView viewOf(const std::array<char, Size> &text) {
     return {reinterpret_cast<const uint8_t *>(text.data()), text.size()};
@@ -33,7 +30,7 @@ int32_t readSerialVersion(Cell &cell) {
 }
 
 int32_t readBootLoaderVersion(Cell &cell) {
-    std::array<char, 7> version{};
+    std::array<char, BSP_BOOT_VERSION_LENGTH + 1> version{};
     const int32_t status = ioBiosVersionGet(version.data());
     // Six bytes always come; a shorter version ends where the next word of the command line begins.
     version[std::strcspn(version.data(), " \t\n")] = '\0';
@@ -43,7 +40,7 @@ int32_t readBootLoaderVersion(Cell &cell) {
 }
 
 int32_t readSerialNumber(Cell &cell) {
-    std::array<char, sizeof(BspDevinfo)> serial{};
+    std::array<char, BSP_SERIAL_NUMBER_BUFFER + 1> serial{};
     uint32_t length = 0;
     const int32_t status = ioSerialNumGet(serial.data(), &length);
     cell = textCell(fieldText(viewOf(serial)));
@@ -52,7 +49,7 @@ int32_t readSerialNumber(Cell &cell) {
 
 template <uint32_t Index>
 int32_t readMac(Cell &cell) {
-    std::array<uint8_t, 6> mac{};
+    std::array<uint8_t, BSP_MAC_LENGTH> mac{};
     const int32_t status = ioMacAddrGet(Index, mac.data());
     cell = textCell(macText(mac));
     return status;
@@ -68,8 +65,8 @@ constexpr Item kVersions[] = {
 };
 constexpr Item kSerial[] = {{"serial_number", "Serial number", readSerialNumber}};
 constexpr Item kMacs[] = {
-    {"base_mac", "Base MAC (stored)", readMac<kBaseMacIndex>},
-    {"board_mac", "Board MAC (base, last byte + 1)", readMac<kBoardMacIndex>},
+    {"base_mac", "Base MAC (stored)", readMac<BSP_MAC_BASE>},
+    {"board_mac", "Board MAC (base, last byte + 1)", readMac<BSP_MAC_ABOVE_BASE>},
 };
 
 } // namespace

@@ -13,15 +13,16 @@ namespace {
 constexpr uint32_t kLampRegister = 7;
 constexpr uint32_t kPoeRegister = 13; // the first of several
 constexpr uint32_t kPortsPerRegister = 16;
-constexpr uint32_t kPoeKind = 9;
 constexpr int kRegisterDigits = 4;
 
 constexpr LampKind kKinds[] = {
-    {1, "system", "System lamp", nullptr, 1, 3, kLampRegister, 0, 2},
-    {4, "lamp4", "Lamp 4", nullptr, 1, 1, kLampRegister, 4, 1},
-    {5, "lamp5", "Lamp 5", nullptr, 1, 1, kLampRegister, 5, 1},
-    {7, "indexed", "Indexed lamp", "LAMP", 10, 1, kLampRegister, 6, 1},
-    {kPoeKind, "poe", "LED of a PoE port", "PORT", 48, 1, kPoeRegister, 0, 1},
+    {BSP_LED_SYSTEM, "system", "System lamp", nullptr, 1, BSP_LED_STATE_3, kLampRegister, 0, 2},
+    {BSP_LED_4, "lamp4", "Lamp 4", nullptr, 1, BSP_LED_STATE_1, kLampRegister, 4, 1},
+    {BSP_LED_5, "lamp5", "Lamp 5", nullptr, 1, BSP_LED_STATE_1, kLampRegister, 5, 1},
+    {BSP_LED_INDEXED, "indexed", "Indexed lamp", "LAMP", BSP_LED_INDEXED_MAX, BSP_LED_STATE_1,
+     kLampRegister, 6, 1},
+    {BSP_LED_POE_PORT, "poe", "LED of a PoE port", "PORT", BSP_POE_PORTS_MAX, BSP_POE_LED_ON,
+     kPoeRegister, 0, 1},
 };
 constexpr const LampKind &kSystem = kKinds[0];
 constexpr const LampKind &kLamp4 = kKinds[1];
@@ -66,14 +67,14 @@ uint32_t LampKind::bitOf(uint32_t lamp) const {
 }
 
 bool LampKind::isPoe() const {
-    return number == kPoeKind;
+    return number == BSP_LED_POE_PORT;
 }
 
 uint32_t LampKind::stateIn(uint16_t content, uint32_t lamp) const {
     const uint32_t field = uint32_t{content} >> bitOf(lamp) & ((1u << width) - 1);
     if (isPoe())
-        return field == 0 ? 1 : 0;                     // active low
-    constexpr uint32_t kSystemStates[] = {0, 3, 2, 1}; // 1 and 3 change places on their way
+        return field == 0 ? BSP_POE_LED_ON : BSP_POE_LED_OFF; // active low
+    constexpr uint32_t kSystemStates[] = {0, 3, 2, 1};        // 1 and 3 change places on their way
     return number == kSystem.number ? kSystemStates[field] : field;
 }
 

@@ -6,10 +6,6 @@
 
 namespace iodbg {
 
-namespace {
-constexpr uint32_t kSupplies = 2;
-}
-
 std::string Carrier::word() const {
     return isBoard() ? "board" : "supply" + std::to_string(supply);
 }
@@ -29,7 +25,7 @@ uint32_t Carrier::eepromSize() const {
 
 Parser carrier(Carrier &target) {
     return [&target](const std::string &word) {
-        for (uint32_t supply = 0; supply <= kSupplies; ++supply) {
+        for (uint32_t supply = 0; supply <= BSP_FIXED_SUPPLIES; ++supply) {
             if (Carrier{supply}.word() != word)
                 continue;
             target.supply = supply;

@@ -19,7 +19,7 @@ void requireSharedFiles() {
 } // namespace
 
 std::string bankDevice(uint32_t bank) {
-    return bank == 0 ? "/dev/mtd12" : "/dev/mtd14";
+    return bank == BSP_OS_BANK_0 ? BSP_MTD_OS_BANK_0 : BSP_MTD_OS_BANK_1;
 }
 
 int32_t readOsHeader(uint32_t bank, Bytes &header) {

@@ -8,10 +8,6 @@
 
 namespace iodbg {
 
-constexpr uint32_t kBanks = 2;
-constexpr size_t kLargestOsImage = size_t{39} * 1024 * 1024;
-constexpr uint32_t kOsHeaderPlace = 39 * 1024 * 1024; // of the header block's copy in a bank
-
 /** "/dev/mtd12" */
 std::string bankDevice(uint32_t bank);
 

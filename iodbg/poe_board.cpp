@@ -11,8 +11,6 @@ namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kMostPorts = 48;
-
 std::vector<std::string> splitAt(const std::string &text, char separator) {
     std::vector<std::string> parts(1);
     for (const char character : text) {
@@ -25,7 +23,7 @@ std::vector<std::string> splitAt(const std::string &text, char separator) {
 }
 
 uint32_t portOf(const std::string &word) {
-    return static_cast<uint32_t>(parseNumber(word, 1, kMostPorts));
+    return static_cast<uint32_t>(parseNumber(word, 1, BSP_POE_PORTS_MAX));
 }
 
 void addRange(std::vector<uint32_t> &ports, const std::string &word) {
@@ -45,9 +43,9 @@ uint32_t requirePoe() {
     require(readModel(model), "read the device id");
     if (model.poePorts == 0)
         throw Failure(ExitCode::Board, "this model has no PoE; 'iodbg show' tells which it is");
-    uint32_t isMissing = 1;
-    require(bspPoeOnlineGet(&isMissing), "ask whether the PoE controller is there");
-    if (isMissing != 0)
+    uint32_t presence = BSP_POE_CONTROLLER_MISSING;
+    require(bspPoeOnlineGet(&presence), "ask whether the PoE controller is there");
+    if (presence != BSP_POE_CONTROLLER_PRESENT)
         throw Failure(ExitCode::Board,
                       "the PoE controller is missing (CPLD register 6, bit 14 is set); check that "
                       "its board is plugged and has power");

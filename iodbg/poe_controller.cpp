@@ -4,6 +4,8 @@
 #include "iodbg/items.h"
 #include "iodbg/poe_port.h"
 
+#include <iterator>
+
 namespace iodbg {
 
 namespace {
@@ -14,7 +16,7 @@ constexpr int32_t kFirstSupply = 1;
 Cell appStatusCell(uint32_t status) {
     constexpr const char *kWords[] = {"usable", "upgrade started, not initialised since",
                                       "upgrade failed: run 'iodbg poe upgrade'"};
-    return {status < 3 ? kWords[status] : "unknown", int64_t{status}};
+    return {status < std::size(kWords) ? kWords[status] : "unknown", int64_t{status}};
 }
 
 int32_t readAppStatus(Cell &cell) {
@@ -29,7 +31,8 @@ int32_t readInitialised(Cell &cell) {
     constexpr uint32_t kNoAnswer = 2;
     uint32_t value = kNoAnswer;
     const int32_t status = ioPoeInitStatusGet(&value);
-    cell = value == kNoAnswer ? Cell{"no answer", nullptr} : flagCell(value == 1, "yes", "no");
+    cell = value == kNoAnswer ? Cell{"no answer", nullptr}
+                              : flagCell(value == BSP_POE_INITIALISED, "yes", "no");
     return status;
 }
 
@@ -77,12 +80,13 @@ void addPoeController(Report &report) {
 
 bool addPoePresence(Report &report, Section &section) {
     constexpr char kKey[] = "controller_present";
-    uint32_t isMissing = 0;
-    const int32_t status = bspPoeOnlineGet(&isMissing);
+    uint32_t presence = BSP_POE_CONTROLLER_PRESENT;
+    const int32_t status = bspPoeOnlineGet(&presence);
+    const bool isPresent = presence == BSP_POE_CONTROLLER_PRESENT;
     section.add(
         kKey, "Controller",
-        report.tried(section.path(kKey), status, flagCell(isMissing == 0, "present", "missing")));
-    return status == BSP_OK && isMissing == 0;
+        report.tried(section.path(kKey), status, flagCell(isPresent, "present", "missing")));
+    return status == BSP_OK && isPresent;
 }
 
 } // namespace iodbg

@@ -13,7 +13,6 @@ namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kIsFaulty = 1;
 constexpr char kUnknownClassText[] = "unknown";
 constexpr char kNotAskedText[] = "-";
 
@@ -49,7 +48,7 @@ const Reading kReadings[] = {
     {{"fault", "FAULT", "Fault", 5},
      kState,
      [](const Answers &answers) {
-         return flagCell(answers.state.fault == kIsFaulty, "fault", "no");
+         return flagCell(answers.state.fault == BSP_POE_FAULT, "fault", "no");
      }},
     {{"delivering", "POWER", "Power", 5},
      kState,
@@ -129,7 +128,7 @@ Answers ask(uint32_t port) {
     Answers answers;
     int32_t status = ioPoePortStateGet(port, &answers.state);
     answers.status[kState] = status;
-    const bool hasPower = status == BSP_OK && answers.state.disconnect == kPoeIsDelivering;
+    const bool hasPower = status == BSP_OK && answers.state.disconnect == BSP_POE_DELIVERING;
     if (hasPower) {
         status = ioPoePortMeasurementGet(port, &answers.measurement);
         answers.status[kMeasurement] = status;
@@ -164,13 +163,15 @@ Cell poeNumberCell(uint32_t number) {
     return numberCell(number);
 }
 
+// The words for modes and detections are the virtual controller's.
+
 Cell poeModeCell(uint32_t mode) {
     switch (mode) {
-    case kPoeModeAuto:
+    case BSP_POE_MODE_0:
         return textCell("auto");
-    case kPoeModeSemi:
+    case BSP_POE_MODE_1:
         return textCell("semi");
-    case kPoeModeManual:
+    case BSP_POE_MODE_2:
         return textCell("manual");
     default:
         return textCell("disabled");
@@ -184,16 +185,14 @@ Cell poeDetectionCell(uint32_t detection) {
 }
 
 Cell poeClassCell(uint32_t deviceClass) {
-    constexpr uint32_t kNone = 0;
-    constexpr uint32_t kUnknown = 9;
-    if (deviceClass == kNone)
+    if (deviceClass == BSP_POE_CLASS_NONE)
         return {"-", int64_t{deviceClass}};
-    return {deviceClass == kUnknown ? kUnknownClassText : std::to_string(deviceClass),
+    return {deviceClass == BSP_POE_CLASS_0_OR_12 ? kUnknownClassText : std::to_string(deviceClass),
             int64_t{deviceClass}};
 }
 
 Cell poeDeliveringCell(uint32_t disconnect) {
-    return flagCell(disconnect == kPoeIsDelivering, "on", "off");
+    return flagCell(disconnect == BSP_POE_DELIVERING, "on", "off");
 }
 
 Cell milliCell(uint32_t thousandthsOfUnit) {

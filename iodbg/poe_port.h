@@ -10,15 +10,6 @@
 
 namespace iodbg {
 
-/** Modes of a port as the library numbers them. */
-constexpr uint32_t kPoeModeAuto = 0;   // the controller powers what it finds
-constexpr uint32_t kPoeModeSemi = 1;   // it detects and classifies; power comes on command
-constexpr uint32_t kPoeModeManual = 2; // every step comes on command
-constexpr uint32_t kPoeModeDisabled = 5;
-
-/** What the library answers of a port that delivers power. */
-constexpr uint32_t kPoeIsDelivering = 2;
-
 // What the library answers of a port where a device was found.
 constexpr uint32_t kPoeDetectedLegacy = 2;
 constexpr uint32_t kPoeDetectedGood = 4;

@@ -26,7 +26,7 @@ void PoeTour::addPorts(Report &report, Section &section, uint32_t ports) {
     for (uint32_t i = 0; i < kPortsEachTime && status == BSP_OK; ++i) {
         uint32_t disconnect = 0;
         status = ioPoePortDisconnectGet(next_, &disconnect);
-        isDelivering_[next_] = status == BSP_OK && disconnect == kPoeIsDelivering;
+        isDelivering_[next_] = status == BSP_OK && disconnect == BSP_POE_DELIVERING;
         next_ = next_ % ports + 1;
     }
     std::vector<int64_t> on;

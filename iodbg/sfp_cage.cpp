@@ -1,7 +1,5 @@
 #include "iodbg/sfp_cage.h"
 
-#include "bsp.h"
-
 namespace iodbg {
 
 std::string portName(uint32_t port) {
@@ -34,10 +32,9 @@ void addCageLines(Report &report, Section &section, uint32_t port, CageLines &li
     add("tx_fault", "Transmitter fault", status, flagCell(lines.hasTxFault != 0, "yes", "no"));
 }
 
-int32_t readSfpPage(uint32_t port, SfpPage page, size_t length, Bytes &bytes) {
+int32_t readSfpPage(uint32_t port, BspSfpDevice page, size_t length, Bytes &bytes) {
     bytes.assign(length, 0);
-    return bspLaserSfpRead(port, static_cast<uint32_t>(page), 0, bytes.data(),
-                           static_cast<uint32_t>(length));
+    return bspLaserSfpRead(port, page, 0, bytes.data(), static_cast<uint32_t>(length));
 }
 
 } // namespace iodbg

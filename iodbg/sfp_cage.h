@@ -1,6 +1,7 @@
 #pragma once
 // An SFP cage: its lines, and the pages of the module in it.
 
+#include "bsp.h"
 #include "iodbg/parse.h"
 #include "iodbg/report.h"
 
@@ -24,9 +25,7 @@ int32_t readCageLines(uint32_t port, CageLines &lines);
 /** Adds what the CPLD tells of a cage; lines: what could be read of them. */
 void addCageLines(Report &report, Section &section, uint32_t port, CageLines &lines);
 
-enum class SfpPage : uint32_t { Identification = 0x50, Diagnostics = 0x51, Phy = 0x56 };
-
 /** Reads the first bytes of a page; the library's status. */
-int32_t readSfpPage(uint32_t port, SfpPage page, size_t length, Bytes &bytes);
+int32_t readSfpPage(uint32_t port, BspSfpDevice page, size_t length, Bytes &bytes);
 
 } // namespace iodbg

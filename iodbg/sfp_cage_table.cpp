@@ -24,8 +24,7 @@ std::vector<Cell> cageRow(Report &report, uint32_t port) {
         row.insert(row.end(), 3, {"", nullptr});
         return row;
     }
-    if (const int32_t status =
-            readSfpPage(port, SfpPage::Identification, kIdentificationSize, page);
+    if (const int32_t status = readSfpPage(port, BSP_SFP_IDENTIFICATION, kIdentificationSize, page);
         status != BSP_OK) {
         row.push_back(report.tried(section.path("identification"), status, unread(status)));
         row.insert(row.end(), 2, {"", nullptr});

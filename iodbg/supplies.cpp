@@ -46,7 +46,7 @@ struct Place {
 
 /** False when the supply is known not to be plugged. */
 bool addPresence(const Place &place) {
-    if (place.supply > kSuppliesWithPresence) {
+    if (place.supply > BSP_FIXED_SUPPLIES) {
         place.section.add("plugged", "Plugged", {"unknown: it has no presence line", nullptr});
         return true;
     }
@@ -119,16 +119,14 @@ std::vector<Cell> supplyRow(Report &report, const Model &model, int32_t supply) 
 int32_t readPlugged(const Model &model, int32_t supply, bool &isPlugged) {
     int32_t answer = 0;
     const int32_t status = ioPowerPresentGet(supply, &answer);
-    // The line is active low on every model. In register 30 the library answers the line itself,
-    // of the other models' supplies whether they are there.
-    isPlugged = model.hasSupplyLines != (answer != 0);
+    isPlugged = answer == (model.hasSupplyLines ? BSP_SUPPLY_LINE_LOW : BSP_SUPPLY_PRESENT);
     return status;
 }
 
 Table supplyTable(Report &report, const Model &model) {
     Table table = {
         "supplies", {{"supply", "SUPPLY"}, {"plugged", "PLUGGED"}, {"status", "STATUS"}}, {}};
-    for (int32_t supply = 1; supply <= kSuppliesWithPresence; ++supply)
+    for (int32_t supply = 1; supply <= BSP_FIXED_SUPPLIES; ++supply)
         table.rows.push_back(supplyRow(report, model, supply));
     return table;
 }

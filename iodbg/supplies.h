@@ -8,9 +8,6 @@ namespace iodbg {
 
 enum class Readings { Main, All };
 
-/** The first ones; the others of a model have no presence line. */
-constexpr int32_t kSuppliesWithPresence = 2;
-
 /** Reads whether one of them is plugged. */
 int32_t readPlugged(const Model &model, int32_t supply, bool &isPlugged);
 

@@ -118,7 +118,7 @@ std::string repairText(const SetArguments &arguments, uint64_t pageSize) {
 }
 
 void verify(const SetArguments &arguments, const Bytes &before, const Bytes &wanted) {
-    const FlashPartition partition(kBootBlockDevice);
+    const FlashPartition partition(BSP_MTD_BOOT_SETTINGS);
     const Bytes after = partition.read(0, kBootBlockSize);
     std::string value;
     const int32_t status = arguments.setting->read(value);

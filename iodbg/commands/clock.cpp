@@ -58,8 +58,8 @@ BspCalendar parseTime(const std::string &word) {
         };
         // Years and months that are out of range wrap around to numbers that are out of range.
         time = {number(17, 2), number(14, 2),    number(11, 2),
-                number(8, 2),  number(5, 2) - 1, number(0, 4) - kFirstCalendarYear};
-        isRight = time.year <= kLastCalendarYear - kFirstCalendarYear && isDate(time);
+                number(8, 2),  number(5, 2) - 1, number(0, 4) - BSP_CALENDAR_FIRST_YEAR};
+        isRight = time.year <= BSP_CLOCK_YEAR_MAX && isDate(time);
     }
     if (!isRight)
         throw std::invalid_argument("'" + word +

@@ -11,7 +11,6 @@ namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kHighestLevel = 10;
 constexpr Item kLevelItem[] = {{"level", "Level (1-10)", readFanLevel}};
 
 ExitCode show(Console &console) {
@@ -47,7 +46,8 @@ void addFanCommands(const Command &root) {
     fan.command("get", "Show level, presence and speed").does(show);
     const auto level = std::make_shared<uint32_t>(0);
     const Command setCommand = fan.command("set", "Set the level of all fans and read it back");
-    setCommand.argument("LEVEL", "1 (slowest) to 10", numberWithin(*level, 1, kHighestLevel));
+    setCommand.argument("LEVEL", "1 (slowest) to 10",
+                        numberWithin(*level, BSP_FAN_LEVEL_MIN, BSP_FAN_LEVEL_MAX));
     setCommand.does([level](Console &console) { return set(console, *level); });
 }
 

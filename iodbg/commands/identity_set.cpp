@@ -14,8 +14,6 @@ namespace iodbg {
 
 namespace {
 
-constexpr size_t kMaxSerial = sizeof(BspDevinfo::serial) - 1;
-
 /** What brings the board's record into the wanted state, whatever it holds. */
 std::string repairOf(const Carrier &carrier, const BspDevinfo &wanted) {
     if (!carrier.isBoard())
@@ -65,9 +63,9 @@ bool isSerialCharacter(char character) {
 }
 
 void checkSerial(const std::string &serial) {
-    if (serial.empty() || serial.size() > kMaxSerial ||
+    if (serial.empty() || serial.size() > BSP_SERIAL_NUMBER_MAX ||
         !std::all_of(serial.begin(), serial.end(), isSerialCharacter))
-        throw Failure::usage("a serial number has 1 to " + std::to_string(kMaxSerial) +
+        throw Failure::usage("a serial number has 1 to " + std::to_string(BSP_SERIAL_NUMBER_MAX) +
                              " printable ASCII characters and no spaces");
 }
 

@@ -52,7 +52,7 @@ ExitCode showBanks(Console &console, std::optional<uint32_t> only) {
         {{"bank", ""}, {"device", ""}, {"empty", ""}, {"header_hex", ""}, {"header_text", ""}},
         {}};
     std::string text;
-    for (uint32_t bank = 0; bank < kBanks; ++bank) {
+    for (uint32_t bank = 0; bank < BSP_OS_BANKS; ++bank) {
         if (!only || *only == bank)
             text += addBank(report, table, bank);
     }
@@ -70,7 +70,8 @@ struct PackArguments {
 };
 
 ExitCode pack(Console &console, const PackArguments &arguments) {
-    const Bytes image = readHostFileOrInput(arguments.image, kLargestBootFile - kBootTrailerSize);
+    const Bytes image =
+        readHostFileOrInput(arguments.image, BSP_BOOT_FILE_MAX - sizeof(BspBootTrailer));
     if (image.empty())
         throw Failure(ExitCode::Host,
                       inputName(arguments.image) + " is empty; give the right file");
@@ -120,8 +121,9 @@ void addInfo(const Command &image) {
     const auto only = std::make_shared<std::optional<uint32_t>>();
     const Command command =
         image.command("info", "Show the header blocks of the stored operating-system images");
-    command.option("--bank", "0|1", "Only this bank",
-                   [only](const std::string &word) { number(only->emplace(), kBanks - 1)(word); });
+    command.option("--bank", "0|1", "Only this bank", [only](const std::string &word) {
+        number(only->emplace(), BSP_OS_BANKS - 1)(word);
+    });
     command.does([only](Console &console) { return showBanks(console, *only); });
 }
 

@@ -12,9 +12,6 @@ namespace iodbg {
 namespace {
 
 constexpr char kRegisterDevice[] = "/dev/mem";
-constexpr uint32_t kHighestAddress = 31;
-constexpr uint32_t kHighestValue = 0xFFFF;
-
 /** The two address fields, as the command register has them. */
 struct MdioPlace {
     uint32_t a = 0;
@@ -65,9 +62,9 @@ ExitCode write(Console &console, const MdioPlace &place, uint32_t value) {
 
 void addPlaceArguments(const Command &command, MdioPlace &place) {
     command.argument("A", "Field in bits 2-6 of the MDIO command, 0-31",
-                     number(place.a, kHighestAddress));
+                     number(place.a, BSP_MDIO_ADDRESS_MAX));
     command.argument("B", "Field in bits 7-11 of the MDIO command, 0-31",
-                     number(place.b, kHighestAddress));
+                     number(place.b, BSP_MDIO_ADDRESS_MAX));
 }
 
 } // namespace
@@ -84,7 +81,7 @@ void addMdioCommands(const Command &root) {
         mdio.command("write", "Write a register, and show it before and after.\nMany registers "
                               "have bits that change by themselves, so nothing is compared");
     addPlaceArguments(writeCommand, *place);
-    writeCommand.argument("VALUE", "0-0xFFFF", number(*value, kHighestValue));
+    writeCommand.argument("VALUE", "0-0xFFFF", number(*value, BSP_MDIO_VALUE_MAX));
     writeCommand.does([place, value](Console &console) { return write(console, *place, *value); });
 }
 

@@ -22,8 +22,6 @@ namespace iodbg {
 
 namespace {
 
-constexpr size_t kLengthHeaderSize = 8;
-constexpr std::array<uint8_t, 4> kLengthMarker = {0xA1, 0x02, 0xA3, 0x04};
 constexpr char kHeaderHelp[] = "The file behind a length header, not the whole partition";
 
 std::string sizeText(uint64_t bytes) {
@@ -43,10 +41,10 @@ struct ReadArguments {
 uint64_t storedSize(const FlashPartition &partition, bool hasHeader) {
     if (!hasHeader)
         return partition.size();
-    const Bytes header = partition.read(0, kLengthHeaderSize);
+    const Bytes header = partition.read(0, BSP_MTD_HEADER_SIZE);
     const uint64_t size = bsp::loadBe32(header.data());
-    const bool isMarked = std::equal(kLengthMarker.begin(), kLengthMarker.end(), header.data() + 4);
-    if (!isMarked || size == 0 || size + kLengthHeaderSize > partition.size())
+    const bool isMarked = bsp::loadBe32(header.data() + 4) == BSP_MTD_HEADER_MARKER;
+    if (!isMarked || size == 0 || size + BSP_MTD_HEADER_SIZE > partition.size())
         throw Failure(ExitCode::Board, partition.device() +
                                            " holds no file with a length header; leave out "
                                            "--header to read the whole partition");
@@ -65,7 +63,7 @@ void verifyCopy(const FlashPartition &partition, const ReadArguments &arguments,
                                           "; choose a folder that can be written and has space");
     Content content = {{}, copy, size};
     if (arguments.hasHeader)
-        content.front = partition.read(0, kLengthHeaderSize);
+        content.front = partition.read(0, BSP_MTD_HEADER_SIZE);
     const Comparison comparison = compare(partition, content, Layout::Straight, [](uint64_t) {});
     if (comparison.first)
         throw Failure(ExitCode::ReadBack, "the copy differs from a second reading: " +
@@ -77,11 +75,12 @@ ExitCode read(Console &console, const ReadArguments &arguments) {
     const FlashPartition partition(arguments.device);
     const uint64_t size = storedSize(partition, arguments.hasHeader);
     const Destination destination = {arguments.file, arguments.isForced,
-                                     partition.isAt(kBootBlockDevice)};
+                                     partition.isAt(BSP_MTD_BOOT_SETTINGS)};
     Saving copy(console, destination);
-    require(bsp_mtd_read_to_file(arguments.device.c_str(), copy.path().c_str(),
-                                 arguments.hasHeader ? 1 : 0),
-            "read " + arguments.device);
+    require(
+        bsp_mtd_read_to_file(arguments.device.c_str(), copy.path().c_str(),
+                             arguments.hasHeader ? BSP_MTD_WITH_HEADER : BSP_MTD_WITHOUT_HEADER),
+        "read " + arguments.device);
     verifyCopy(partition, arguments, copy.path(), size);
     copy.finish();
     Section section = {"", "", {}};
@@ -131,9 +130,9 @@ Content contentOf(const WriteArguments &arguments, const std::string &path,
                   const FlashPartition &partition) {
     Content content = {{}, path, hostFileSize(path)};
     if (arguments.hasHeader) {
-        content.front.resize(kLengthHeaderSize);
+        content.front.resize(BSP_MTD_HEADER_SIZE);
         bsp::storeBe32(content.front.data(), static_cast<uint32_t>(content.fileSize));
-        std::copy(kLengthMarker.begin(), kLengthMarker.end(), content.front.begin() + 4);
+        bsp::storeBe32(content.front.data() + 4, BSP_MTD_HEADER_MARKER);
     }
     if (content.size() > partition.size())
         throw Failure::usage("'" + inputName(arguments.file) + "' has " +
@@ -146,8 +145,8 @@ Content contentOf(const WriteArguments &arguments, const std::string &path,
 std::string planText(const WriteArguments &arguments, const FlashPartition &partition,
                      const Content &content) {
     return partition.device() + ", " + sizeText(partition.size()) + "\n  now  " +
-           (isErased(partition.read(0, kLengthHeaderSize)) ? "nothing at its start"
-                                                           : "data, which will be lost") +
+           (isErased(partition.read(0, BSP_MTD_HEADER_SIZE)) ? "nothing at its start"
+                                                             : "data, which will be lost") +
            "\n  new  " + arguments.file + ", " + sizeText(content.fileSize) +
            (arguments.hasHeader ? ", behind a length header\n" : "\n");
 }
@@ -181,7 +180,8 @@ ExitCode write(Console &console, const WriteArguments &arguments) {
     PartitionWork work(console, "mtd write", partition, content);
     const int32_t status = work.write([&] {
         return bsp_mtd_write_from_file(content.file.c_str(), arguments.device.c_str(),
-                                       arguments.hasHeader ? 1 : 0);
+                                       arguments.hasHeader ? BSP_MTD_WITH_HEADER
+                                                           : BSP_MTD_WITHOUT_HEADER);
     });
     const std::string found = work.readBack();
     if (status != BSP_OK)

@@ -32,10 +32,10 @@ struct PortAction {
 };
 
 int32_t switchOn(uint32_t port) {
-    return ioPoePortPowerOnSet(port, 1);
+    return ioPoePortPowerOnSet(port, BSP_POE_ON);
 }
 int32_t switchOff(uint32_t port) {
-    return ioPoePortPowerOnSet(port, 2);
+    return ioPoePortPowerOnSet(port, BSP_POE_OFF);
 }
 
 constexpr PortAction kOn = {"on",
@@ -82,9 +82,9 @@ std::string hintFor(uint32_t port) {
         return "";
     const std::string semi =
         "another mode with 'iodbg poe set mode " + std::to_string(port) + " semi'";
-    if (mode == kPoeModeAuto)
+    if (mode == BSP_POE_MODE_0)
         return "the port is in the mode auto: the controller powers it by itself; set " + semi;
-    return mode == kPoeModeDisabled ? "the port is disabled; set " + semi : "";
+    return mode == BSP_POE_MODE_DISABLED ? "the port is disabled; set " + semi : "";
 }
 
 void act(const PortAction &action, const std::vector<uint32_t> &ports) {
@@ -118,7 +118,7 @@ struct Outcome {
     BspPoePortState state{};
 
     bool isKnown() const { return status == BSP_OK; }
-    bool isOn() const { return isKnown() && state.disconnect == kPoeIsDelivering; }
+    bool isOn() const { return isKnown() && state.disconnect == BSP_POE_DELIVERING; }
 };
 
 /** Gives the ports time to power up, and those that do not some more. */

@@ -29,13 +29,12 @@ struct Phase {
 
 /** What the library sends to a controller of so many ports, in its order. */
 std::vector<Phase> phasesFor(uint32_t ports) {
-    constexpr uint32_t kMappedPorts = 48;
     constexpr uint32_t kSwitchMs = 1300;  // all ports on or off
     constexpr uint32_t kMappingMs = 2300; // the mapping on or off
     const uint32_t perSetting = (ports + kPortsPerFrame - 1) / kPortsPerFrame;
     return {{"switch all ports off", 1, kSwitchMs},
             {"forget the port mapping", 1, kMappingMs},
-            {"map the ports", kMappedPorts, kFrameMs},
+            {"map the ports", BSP_POE_PORTS_MAX, kFrameMs},
             {"set priorities", perSetting, kFrameMs},
             {"set modes", perSetting, kFrameMs},
             {"set kinds of power limit", perSetting, kFrameMs},
@@ -116,10 +115,9 @@ class Follower {
 };
 
 void requireUsableFirmware() {
-    constexpr uint32_t kFailed = 2;
-    uint32_t status = 0;
+    uint32_t status = BSP_POE_APP_USABLE;
     require(ioPoeAppStatusGet(&status), "read what the last firmware upgrade left");
-    if (status == kFailed)
+    if (status == BSP_POE_APP_UPGRADE_FAILED)
         throw Failure::board("initialise the PoE controller", BSP_E_POE_UNAVAILABLE,
                              "its last firmware upgrade failed; repeat it with 'iodbg poe upgrade "
                              "FILE'");

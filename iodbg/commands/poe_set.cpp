@@ -11,11 +11,6 @@ namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kHighestLimit = 102000;   // milliwatts
-constexpr uint32_t kHighestBudget = 6553500; // milliwatts
-constexpr uint32_t kLimitUnit = 400;
-constexpr uint32_t kBudgetUnit = 100;
-
 /** How a value's word becomes the library's number. */
 using ValueParser = Parser (*)(uint32_t &target);
 
@@ -32,18 +27,18 @@ struct Setting {
 };
 
 Cell switchCell(uint32_t value) {
-    return flagCell(value == 1, "on", "off");
+    return flagCell(value == BSP_POE_ON, "on", "off");
 }
 
 Parser modeParser(uint32_t &target) {
-    return oneOf(target, {{"auto", kPoeModeAuto},
-                          {"semi", kPoeModeSemi},
-                          {"manual", kPoeModeManual},
-                          {"disabled", kPoeModeDisabled}});
+    return oneOf(target, {{"auto", BSP_POE_MODE_0},
+                          {"semi", BSP_POE_MODE_1},
+                          {"manual", BSP_POE_MODE_2},
+                          {"disabled", BSP_POE_MODE_DISABLED}});
 }
 
 Parser switchParser(uint32_t &target) {
-    return oneOf(target, {{"on", 1}, {"off", 2}});
+    return oneOf(target, {{"on", BSP_POE_ON}, {"off", BSP_POE_OFF}});
 }
 
 template <uint32_t Lowest, uint32_t Highest>
@@ -57,18 +52,19 @@ constexpr Setting kSettings[] = {
      "commands for every step (manual), or nobody (disabled)",
      "auto|semi|manual|disabled", modeParser, ioPoePortModeSet, ioPoePortModeGet, 1, poeModeCell},
     {"priority", "Which ports keep their power when the budget is spent",
-     "1|2|3; 1 is the most important", numberParser<1, 3>, ioPoePortPrioritySet, nullptr, 1,
-     poeNumberCell},
+     "1|2|3; 1 is the most important", numberParser<BSP_POE_PRIORITY_MIN, BSP_POE_PRIORITY_MAX>,
+     ioPoePortPrioritySet, nullptr, 1, poeNumberCell},
     {"limit", "Power limit", "Milliwatts, 0 to 102000; rounded up to 400",
-     numberParser<0, kHighestLimit>, ioPoePortMaxPowerSet, ioPoePortMaxPowerGet, kLimitUnit,
-     poeNumberCell},
+     numberParser<0, BSP_POE_PORT_LIMIT_MAX_MW>, ioPoePortMaxPowerSet, ioPoePortMaxPowerGet,
+     BSP_POE_PORT_LIMIT_STEP_MW, poeNumberCell},
     {"limit-type", "What limits the ports' power",
-     "1|2: the device's class, or the limit that is set", numberParser<1, 2>,
-     ioPoePortMaxPowerTypeSet, nullptr, 1, poeNumberCell},
+     "1|2: the device's class, or the limit that is set",
+     numberParser<BSP_POE_LIMIT_TYPE_MIN, BSP_POE_LIMIT_TYPE_MAX>, ioPoePortMaxPowerTypeSet,
+     nullptr, 1, poeNumberCell},
     {"legacy", "Detection of devices older than the standard", "on|off", switchParser,
      ioPoePortLegacyEnableSet, nullptr, 1, switchCell},
-    {"inrush", "Inrush mode", "0 to 8", numberParser<0, 8>, ioPoePortInrushModeSet,
-     ioPoePortInrushModeGet, 1, poeNumberCell},
+    {"inrush", "Inrush mode", "0 to 8", numberParser<0, BSP_POE_INRUSH_MODE_MAX>,
+     ioPoePortInrushModeSet, ioPoePortInrushModeGet, 1, poeNumberCell},
     {"force-inrush", "Forced inrush", "on|off", switchParser, ioPoePortForceInrushSet, nullptr, 1,
      switchCell},
 };
@@ -108,7 +104,7 @@ ExitCode setBudget(Console &console, uint32_t milliwatts) {
     require(ioPoeGlobalMaxPowerSet(milliwatts), "set the power budget");
     uint32_t stored = 0;
     require(ioPoeGlobalMaxPowerGet(&stored), "read back the power budget");
-    if (stored != roundedUp(milliwatts, kBudgetUnit))
+    if (stored != roundedUp(milliwatts, BSP_POE_BUDGET_STEP_MW))
         throw Failure(ExitCode::ReadBack, "the power budget was set to " +
                                               std::to_string(milliwatts) + " mW but reads " +
                                               std::to_string(stored) + " mW; set it again");
@@ -141,7 +137,7 @@ void addPoeSetCommands(const Command &poe) {
     const auto milliwatts = std::make_shared<uint32_t>(0);
     const Command budget = group.command("budget", "Power budget of all ports");
     budget.argument("MILLIWATTS", "0 to 6553500; rounded up to 100",
-                    number(*milliwatts, kHighestBudget));
+                    number(*milliwatts, BSP_POE_BUDGET_MAX_MW));
     budget.does([milliwatts](Console &console) { return setBudget(console, *milliwatts); });
 }
 

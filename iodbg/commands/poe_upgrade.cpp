@@ -18,9 +18,6 @@ namespace iodbg {
 
 namespace {
 
-constexpr size_t kSmallestImage = 51200;
-constexpr size_t kLargestImage = 196608;
-constexpr size_t kImageUnit = 4;
 constexpr uint32_t kBlockSize = 32;
 
 struct Arguments {
@@ -37,8 +34,8 @@ struct Image {
 };
 
 Image checkImage(const std::string &file) {
-    const size_t size = readHostFile(file, kLargestImage).size();
-    if (size < kSmallestImage || size % kImageUnit != 0)
+    const size_t size = readHostFile(file, BSP_POE_FIRMWARE_MAX).size();
+    if (size < BSP_POE_FIRMWARE_MIN || size % BSP_POE_FIRMWARE_STEP != 0)
         throw Failure::usage("'" + file + "' has " + std::to_string(size) +
                              " bytes; firmware of the PoE controller has 51200 to 196608 and a "
                              "multiple of 4; check that it is the right file");
@@ -46,7 +43,7 @@ Image checkImage(const std::string &file) {
 }
 
 std::optional<std::string> readVersion() {
-    std::array<char, 16> text{};
+    std::array<char, BSP_POE_APP_VERSION_SIZE> text{};
     if (ioPoeAppVersionGet(text.data()) != BSP_OK)
         return {};
     return text.data();
@@ -108,8 +105,9 @@ int32_t upgrade(Console &console, const Image &image) {
 
 /** What to do after a failure. The file is judged before anything is sent. */
 std::string hintFor(int32_t status) {
-    uint32_t appStatus = 0;
-    const bool isTouched = ioPoeAppStatusGet(&appStatus) == BSP_OK && appStatus != 0;
+    uint32_t appStatus = BSP_POE_APP_USABLE;
+    const bool isTouched =
+        ioPoeAppStatusGet(&appStatus) == BSP_OK && appStatus != BSP_POE_APP_USABLE;
     return isTouched && status != BSP_E_POE_LOCK
                ? "the controller has no usable firmware now: repeat the upgrade"
                : "";

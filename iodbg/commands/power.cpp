@@ -12,8 +12,6 @@ namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kMaxSupplies = sizeof(BspDevinfo::supplyType);
-
 uint32_t readCount() {
     int32_t count = 0;
     require(ioPowerNumGet(&count), "read the number of supplies");
@@ -50,7 +48,7 @@ void addPowerCommand(const Command &root) {
                               "The readings of a supply take about a second");
     command.optionalArgument("N", "Number of a supply, 1-6 (default: all)",
                              [supply](const std::string &word) {
-                                 numberFromOne(supply->emplace(), kMaxSupplies)(word);
+                                 numberFromOne(supply->emplace(), BSP_SUPPLIES_MAX)(word);
                              });
     command.does([supply](Console &console) { return power(console, *supply); });
 }

@@ -21,7 +21,6 @@ namespace iodbg {
 
 namespace {
 
-constexpr size_t kPageSize = 256;
 constexpr uint32_t kPhyRegisters = 32;
 
 std::vector<uint32_t> readCages() {
@@ -171,7 +170,7 @@ void addDiagnostics(Report &report, Section &section, uint32_t port, const Ident
     if (!module.hasDiagnostics)
         return;
     Bytes page;
-    const int32_t status = readSfpPage(port, SfpPage::Diagnostics, kDiagnosticsSize, page);
+    const int32_t status = readSfpPage(port, BSP_SFP_DIAGNOSTICS, kDiagnosticsSize, page);
     if (status != BSP_OK) {
         section.add("diagnostics_checksum_ok", "Checksum, diagnostics",
                     report.tried(section.path("diagnostics"), status, {}));
@@ -192,9 +191,9 @@ ExitCode show(Console &console, uint32_t port) {
     CageLines lines;
     addCageLines(report, section, port, lines);
     Bytes page;
-    const int32_t status = lines.isPresent == 0 ? int32_t{BSP_OK}
-                                                : readSfpPage(port, SfpPage::Identification,
-                                                              kIdentificationSize, page);
+    const int32_t status =
+        lines.isPresent == 0 ? int32_t{BSP_OK}
+                             : readSfpPage(port, BSP_SFP_IDENTIFICATION, kIdentificationSize, page);
     if (status != BSP_OK) {
         section.add("kind", "Kind", report.tried("identification", status, {}));
     } else if (lines.isPresent != 0) {
@@ -215,10 +214,10 @@ ExitCode dump(Console &console, uint32_t port) {
     std::string text;
     Section section = {"", "", {}};
     for (const auto &[page, key, title] :
-         {std::tuple{SfpPage::Identification, "a0h", "Identification page, A0h"},
-          std::tuple{SfpPage::Diagnostics, "a2h", "Diagnostics page, A2h"}}) {
+         {std::tuple{BSP_SFP_IDENTIFICATION, "a0h", "Identification page, A0h"},
+          std::tuple{BSP_SFP_DIAGNOSTICS, "a2h", "Diagnostics page, A2h"}}) {
         Bytes bytes;
-        const int32_t status = readSfpPage(port, page, kPageSize, bytes);
+        const int32_t status = readSfpPage(port, page, BSP_SFP_MEMORY_SIZE, bytes);
         const Cell cell = report.tried(key, status, {hexBytes(bytes), hexBytes(bytes)});
         section.add(key, title, cell);
         text += std::string(title) + ":" +

@@ -13,8 +13,6 @@ namespace iodbg {
 
 namespace {
 
-constexpr char kDevice[] = "/dev/mtd0";
-
 /** Refuses a file that the library would, and says in which field it is wrong. */
 void checkFile(const std::string &path, const Bytes &file, const FlashPartition &partition) {
     std::string wrong;
@@ -28,7 +26,7 @@ void checkFile(const std::string &path, const Bytes &file, const FlashPartition 
                              "; 'iodbg image pack-boot' makes one of an image");
     if (file.size() > partition.size())
         throw Failure::usage("'" + path + "' has " + std::to_string(file.size()) + " bytes; " +
-                             kDevice + " holds " + std::to_string(partition.size()));
+                             BSP_MTD_BOOT_LOADER + " holds " + std::to_string(partition.size()));
 }
 
 std::string runningVersion() {
@@ -43,10 +41,10 @@ ExitCode upgradeBoot(Console &console, const UpgradeArguments &arguments) {
     console.beginLongWork();
     requireNamedFile(arguments.file);
     const Bytes file = readBootFile(arguments.file);
-    const FlashPartition partition(kDevice);
+    const FlashPartition partition(BSP_MTD_BOOT_LOADER);
     checkFile(arguments.file, file, partition);
     const UpgradePlan plan = {
-        std::string("Boot loader, ") + kDevice, runningVersion(),
+        "Boot loader, " BSP_MTD_BOOT_LOADER, runningVersion(),
         arguments.file + ", " + std::to_string(file.size()) + " bytes, image CRC " +
             bootFields(file).back().found,
         "A board without a whole boot loader does not start: do not interrupt the upgrade."};

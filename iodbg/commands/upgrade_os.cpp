@@ -41,11 +41,11 @@ Step stepOf(const std::string &command) {
 
 uint64_t checkImage(const std::string &file, const FlashPartition &bank) {
     const uint64_t size = hostFileSize(file);
-    if (size < BSP_OS_HEADER_SIZE || size > kLargestOsImage)
+    if (size < BSP_OS_IMAGE_MIN || size > BSP_OS_IMAGE_MAX)
         throw Failure::usage("'" + file + "' has " + std::to_string(size) +
                              " bytes; an operating-system image has 512 to 40894464; check that "
                              "it is the right file");
-    if (bank.size() < kOsHeaderPlace + BSP_OS_HEADER_SIZE)
+    if (bank.size() < BSP_OS_HEADER_PLACE + BSP_OS_HEADER_SIZE)
         throw Failure(ExitCode::Board, bank.device() + " has " + std::to_string(bank.size()) +
                                            " bytes, too few for an image and the copy of its "
                                            "header block; nothing was changed");
@@ -81,15 +81,15 @@ struct Verdict {
 
 /** Why the copy of the header block is not where it is read. */
 std::string headerText(const FlashPartition &bank, int32_t status, const Bytes &header) {
-    std::string text =
-        "the copy of the header block, which is read at " + hexNumber(kOsHeaderPlace, 1) + ", ";
+    std::string text = "the copy of the header block, which is read at " +
+                       hexNumber(BSP_OS_HEADER_PLACE, 1) + ", ";
     if (status != BSP_OK)
         text += "cannot be read";
     else
         text += isErased(header) ? "is empty" : "differs";
-    if (bank.isBad(kOsHeaderPlace))
-        text +=
-            "; block " + std::to_string(kOsHeaderPlace / bank.blockSize()) + " of its place is bad";
+    if (bank.isBad(BSP_OS_HEADER_PLACE))
+        text += "; block " + std::to_string(BSP_OS_HEADER_PLACE / bank.blockSize()) +
+                " of its place is bad";
     return text;
 }
 
@@ -192,7 +192,7 @@ void addUpgradeOs(const Command &upgrade) {
         upgrade.command("os", "Write an operating-system image into a bank; takes minutes");
     addUpgradeArguments(command, *arguments, "The image: 512 to 40894464 bytes");
     command.requiredOption("--bank", "0|1", "The bank that is replaced",
-                           number(arguments->bank, kBanks - 1));
+                           number(arguments->bank, BSP_OS_BANKS - 1));
     command.does([arguments](Console &console) { return upgradeOs(console, *arguments); });
 }
 

@@ -14,9 +14,7 @@ namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kMaxPeriod = 63;
 constexpr uint32_t kMaxInterval = 3600;
-constexpr uint32_t kWatchdogLine = 0;
 
 uint32_t readPeriod() {
     uint32_t period = 0;
@@ -27,7 +25,8 @@ uint32_t readPeriod() {
 ExitCode printPeriod(Console &console, uint32_t period) {
     Section section = {"", "", {}};
     section.add("period", "Period", numberCell(period));
-    section.add("armed", "Armed", flagCell(period != 0, "yes: something must feed it", "no"));
+    section.add("armed", "Armed",
+                flagCell(period != BSP_WATCHDOG_OFF, "yes: something must feed it", "no"));
     return console.print({{section}, {}});
 }
 
@@ -49,7 +48,7 @@ ExitCode set(Console &console, uint32_t period) {
 
 ExitCode stop(Console &console) {
     require(ioWatchdogStop(), "stop the watchdog");
-    return verify(console, 0);
+    return verify(console, BSP_WATCHDOG_OFF);
 }
 
 struct Feeding {
@@ -59,7 +58,7 @@ struct Feeding {
 
 uint32_t readLine() {
     uint32_t level = 0;
-    require(bspGpioGetValue(kWatchdogLine, &level), "read the watchdog's line, GPIO 0");
+    require(bspGpioGetValue(BSP_GPIO_WATCHDOG, &level), "read the watchdog's line, GPIO 0");
     return level;
 }
 
@@ -113,7 +112,7 @@ void addWatchdogCommands(const Command &root) {
         "set", "Set the period and read it back.\nA period other than 0 arms the watchdog: "
                "unless something feeds it from then on, it resets the board");
     setCommand.argument("PERIOD", "0-63, in the CPLD's units; 0 stops it",
-                        number(*period, kMaxPeriod));
+                        number(*period, BSP_WATCHDOG_PERIOD_MAX));
     setCommand.does([period](Console &console) { return set(console, *period); });
 
     const auto feeding = std::make_shared<Feeding>();

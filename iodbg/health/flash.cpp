@@ -40,7 +40,7 @@ Finding bankFinding(uint32_t bank) {
 
 Findings flashFindings() {
     Findings findings = {bootFinding()};
-    for (uint32_t bank = 0; bank < kBanks; ++bank)
+    for (uint32_t bank = 0; bank < BSP_OS_BANKS; ++bank)
         findings.push_back(bankFinding(bank));
     return findings;
 }

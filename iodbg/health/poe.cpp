@@ -8,7 +8,6 @@ namespace iodbg {
 namespace {
 
 void addPoePorts(Findings &findings, uint32_t ports) {
-    constexpr uint32_t kYes = 1; // 2: no
     std::vector<int64_t> faulty;
     for (uint32_t port = 1; port <= ports; ++port) {
         uint32_t fault = 0;
@@ -16,7 +15,7 @@ void addPoePorts(Findings &findings, uint32_t ports) {
             findings.push_back(unreadable("PoE port " + std::to_string(port), status));
             return;
         }
-        if (fault == kYes)
+        if (fault == BSP_POE_FAULT)
             faulty.push_back(port);
     }
     if (faulty.empty())
@@ -29,18 +28,17 @@ void addPoePorts(Findings &findings, uint32_t ports) {
 } // namespace
 
 Findings poeControllerFindings(const Model &model) {
-    constexpr uint32_t kUpgradeFailed = 2;
     constexpr uint32_t kNoAnswer = 2;
     constexpr char kName[] = "PoE controller";
     if (model.poePorts == 0)
         return {};
-    uint32_t isMissing = 0;
-    if (const int32_t status = bspPoeOnlineGet(&isMissing); status != BSP_OK)
+    uint32_t presence = BSP_POE_CONTROLLER_PRESENT;
+    if (const int32_t status = bspPoeOnlineGet(&presence); status != BSP_OK)
         return {unreadable(kName, status)};
-    if (isMissing != 0)
+    if (presence != BSP_POE_CONTROLLER_PRESENT)
         return {{kName, Severity::Fault, "missing", "check its card"}};
-    uint32_t firmware = 0;
-    if (ioPoeAppStatusGet(&firmware) == BSP_OK && firmware == kUpgradeFailed)
+    uint32_t firmware = BSP_POE_APP_USABLE;
+    if (ioPoeAppStatusGet(&firmware) == BSP_OK && firmware == BSP_POE_APP_UPGRADE_FAILED)
         return {
             {kName, Severity::Fault, "its last upgrade failed", "run 'iodbg poe upgrade FILE'"}};
     uint32_t isInitialised = kNoAnswer; // which it stays without being a failure
@@ -50,7 +48,7 @@ Findings poeControllerFindings(const Model &model) {
         return {{kName, Severity::Fault, "does not answer",
                  "try again in a few seconds; if it stays so, write its firmware anew with 'iodbg "
                  "poe upgrade FILE'"}};
-    if (isInitialised != 1)
+    if (isInitialised != BSP_POE_INITIALISED)
         return {{kName, Severity::Warning, "not initialised", "run 'iodbg poe init'"}};
     return {good(kName, "initialised")};
 }

@@ -32,7 +32,7 @@ Findings supplyFindings(const Model &model) {
     if (const int32_t status = ioPowerNumGet(&count); status != BSP_OK)
         return {unreadable("supplies", status)};
     Findings findings;
-    for (int32_t supply = 1; supply <= std::min(count, kSuppliesWithPresence); ++supply)
+    for (int32_t supply = 1; supply <= std::min(count, BSP_FIXED_SUPPLIES); ++supply)
         findings.push_back(supplyFinding(model, supply));
     return findings;
 }

@@ -48,8 +48,7 @@ void addLines(Findings &findings, const std::string &name, const CageLines &line
 
 void addModule(Findings &findings, uint32_t port, const std::string &name) {
     Bytes page;
-    if (const int32_t status =
-            readSfpPage(port, SfpPage::Identification, kIdentificationSize, page);
+    if (const int32_t status = readSfpPage(port, BSP_SFP_IDENTIFICATION, kIdentificationSize, page);
         status != BSP_OK) {
         findings.push_back({name, Severity::Fault, "does not answer: " + nameAndNumber(status),
                             "pull the module and plug it again; then replace it"});
@@ -61,7 +60,7 @@ void addModule(Findings &findings, uint32_t port, const std::string &name) {
                             "see 'iodbg sfp show'; replace the module"});
     if (!module.hasDiagnostics)
         return;
-    if (const int32_t status = readSfpPage(port, SfpPage::Diagnostics, kDiagnosticsSize, page);
+    if (const int32_t status = readSfpPage(port, BSP_SFP_DIAGNOSTICS, kDiagnosticsSize, page);
         status != BSP_OK)
         findings.push_back(unreadable(name, status));
     else
