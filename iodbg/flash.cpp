@@ -55,9 +55,11 @@ class ContentReader {
     bsp::Descriptor file_;
 };
 
-/** The number of a partition's device. Every other one is the same partition, for reading only. */
-dev_t partitionNumber(const struct stat &device) {
-    return makedev(major(device.st_rdev), minor(device.st_rdev) / 2);
+/** Every second device is the partition before it, for reading only. */
+off_t partitionNumber(const struct stat &device) {
+    constexpr uint64_t kLargest = 0x3FFFFFFF; // a file's offset in 32 bits, and room below it
+    const uint64_t number = S_ISCHR(device.st_mode) ? minor(device.st_rdev) / 2 : device.st_ino;
+    return static_cast<off_t>(number & kLargest);
 }
 
 void note(Comparison &comparison, const Comparison::Difference &difference) {
@@ -96,14 +98,16 @@ FlashPartition::FlashPartition(const std::string &device)
         throw failure("ask " + device + " for its sizes");
 }
 
+off_t FlashPartition::number() const {
+    struct stat info = {};
+    if (fstat(file_.get(), &info) != 0)
+        throw failure("ask for the number of " + device_);
+    return partitionNumber(info);
+}
+
 bool FlashPartition::isAt(const std::string &device) const {
-    struct stat own = {};
     struct stat other = {};
-    if (fstat(file_.get(), &own) != 0 || stat(device.c_str(), &other) != 0)
-        return false;
-    if (!S_ISCHR(own.st_mode) || !S_ISCHR(other.st_mode))
-        return own.st_dev == other.st_dev && own.st_ino == other.st_ino;
-    return partitionNumber(own) == partitionNumber(other);
+    return stat(device.c_str(), &other) == 0 && partitionNumber(other) == number();
 }
 
 Failure FlashPartition::failure(const std::string &what) const {

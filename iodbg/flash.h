@@ -28,6 +28,8 @@ class FlashPartition {
     const std::string &device() const { return device_; }
     uint64_t size() const { return geometry_.size; }
     size_t blockSize() const { return geometry_.erasesize; }
+    /** A number that no other partition has, whatever name it was opened by. */
+    off_t number() const;
     /** Whether this partition is the one of another name for a device. */
     bool isAt(const std::string &device) const;
     size_t pageSize() const { return geometry_.writesize; }

@@ -2,11 +2,15 @@
 
 #include "bsp.h"
 #include "iodbg/failure.h"
+#include "iodbg/flash_claim.h"
 #include "iodbg/shared_files.h"
 
 namespace iodbg {
 
 namespace {
+
+/** Programs other than iodbg can remove or replace the scratch file before it has been read. */
+constexpr int kTries = 3;
 
 void requireSharedFiles() {
     const std::vector<SharedFileFlaw> flaws = sharedFileFlaws();
@@ -24,8 +28,25 @@ std::string bankDevice(uint32_t bank) {
 
 int32_t readOsHeader(uint32_t bank, Bytes &header) {
     requireSharedFiles();
+    const HeaderTurn turn;
     header.resize(BSP_OS_HEADER_SIZE);
-    return bspOsImageInfoGet(header.data(), static_cast<int32_t>(bank));
+    int32_t status = BSP_OK;
+    for (int tries = 0; tries < kTries; ++tries) {
+        status = bspOsImageInfoGet(header.data(), static_cast<int32_t>(bank));
+        if (status != BSP_E_OPEN && status != BSP_E_SHORT_READ)
+            break;
+    }
+    return status;
+}
+
+int32_t readOsHeader(uint32_t bank, const Bytes &expected, Bytes &header) {
+    int32_t status = BSP_OK;
+    for (int tries = 0; tries < kTries; ++tries) {
+        status = readOsHeader(bank, header);
+        if (status != BSP_OK || header == expected)
+            break;
+    }
+    return status;
 }
 
 } // namespace iodbg

@@ -16,5 +16,7 @@ std::string bankDevice(uint32_t bank);
  * in its place, on its way through the shared folder.
  */
 int32_t readOsHeader(uint32_t bank, Bytes &header);
+/** The same, and again when it is not the expected one: another program's may have come instead. */
+int32_t readOsHeader(uint32_t bank, const Bytes &expected, Bytes &header);
 
 } // namespace iodbg

@@ -6,6 +6,7 @@
 #include "iodbg/console.h"
 #include "iodbg/failure.h"
 #include "iodbg/flash.h"
+#include "iodbg/flash_claim.h"
 #include "iodbg/host_file.h"
 #include "iodbg/secret.h"
 
@@ -156,8 +157,11 @@ std::string valueFor(const SetArguments &arguments) {
 ExitCode set(Console &console, SetArguments arguments) {
     const BootSetting &setting = *arguments.setting;
     arguments.value = valueFor(arguments);
+    const FlashPartition partition(kBootBlockDevice);
+    // Of two that read the old block the later writer would undo what the other one has set.
+    const FlashClaim claim(partition);
     // Without the old block the library would store this setting alone.
-    const Bytes before = readBootBlock();
+    const Bytes before = partition.read(0, kBootBlockSize);
     if (!arguments.backup.empty())
         save(console, {arguments.backup, arguments.isForced, true}, before);
     const Bytes wanted = withValue(setting, arguments.value, before);

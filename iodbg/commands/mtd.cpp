@@ -7,6 +7,7 @@
 #include "iodbg/console.h"
 #include "iodbg/failure.h"
 #include "iodbg/flash.h"
+#include "iodbg/flash_claim.h"
 #include "iodbg/flash_work.h"
 #include "iodbg/host_file.h"
 #include "iodbg/status_table.h"
@@ -174,6 +175,7 @@ ExitCode write(Console &console, const WriteArguments &arguments) {
                 flagCell(arguments.isDryRun, "yes, nothing was changed", "no"));
     if (arguments.isDryRun)
         return console.print({{section}, {}});
+    const FlashClaim claim(partition);
     if (!arguments.isYes)
         confirm(planText(arguments, partition, content) + "Write it now?");
 
@@ -200,6 +202,7 @@ struct EraseArguments {
 
 ExitCode erase(Console &console, const EraseArguments &arguments) {
     const FlashPartition partition(arguments.device);
+    const FlashClaim claim(partition);
     if (!arguments.isYes)
         confirm("The first block of " + arguments.device + ", " + sizeText(partition.blockSize()) +
                 ", will be lost.\nErase it now?");

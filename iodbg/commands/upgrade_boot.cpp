@@ -4,10 +4,12 @@
 #include "iodbg/boot_image.h"
 #include "iodbg/commands/upgrade_parts.h"
 #include "iodbg/failure.h"
+#include "iodbg/flash_claim.h"
 #include "iodbg/flash_work.h"
 #include "iodbg/host_file.h"
 
 #include <array>
+#include <optional>
 
 namespace iodbg {
 
@@ -43,6 +45,9 @@ ExitCode upgradeBoot(Console &console, const UpgradeArguments &arguments) {
     const Bytes file = readBootFile(arguments.file);
     const FlashPartition partition(BSP_MTD_BOOT_LOADER);
     checkFile(arguments.file, file, partition);
+    std::optional<FlashClaim> claim;
+    if (!arguments.isDryRun)
+        claim.emplace(partition);
     const UpgradePlan plan = {
         "Boot loader, " BSP_MTD_BOOT_LOADER, runningVersion(),
         arguments.file + ", " + std::to_string(file.size()) + " bytes, image CRC " +

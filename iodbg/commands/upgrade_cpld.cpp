@@ -4,9 +4,11 @@
 #include "iodbg/commands/upgrade_parts.h"
 #include "iodbg/failure.h"
 #include "iodbg/flash.h"
+#include "iodbg/flash_claim.h"
 
 #include <array>
 #include <cstdio>
+#include <optional>
 
 namespace iodbg {
 
@@ -26,6 +28,9 @@ ExitCode upgradeCpld(Console &console, const UpgradeArguments &arguments) {
         "The file is judged by the kernel module alone. The upgrade must not be interrupted."};
     Section section = {"", "", {}};
     section.add("size_bytes", "Size, bytes", numberCell(static_cast<int64_t>(size)));
+    std::optional<FlashClaim> claim;
+    if (!arguments.isDryRun)
+        claim.emplace(FlashClaim::Cpld());
     if (!goOn(section, plan, arguments))
         return console.print({{section}, {}});
 

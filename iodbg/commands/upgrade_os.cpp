@@ -4,6 +4,7 @@
 #include "iodbg/commands/upgrade_parts.h"
 #include "iodbg/failure.h"
 #include "iodbg/flash.h"
+#include "iodbg/flash_claim.h"
 #include "iodbg/library_calls.h"
 #include "iodbg/os_bank.h"
 #include "iodbg/progress.h"
@@ -101,8 +102,9 @@ Verdict judge(const FlashPartition &bank, const Content &content, uint32_t numbe
         progress.reach(kCompare, msFor(bytes, kBytesPerMsRead));
     });
     Bytes header;
-    const int32_t status = readOsHeader(number, header);
-    verdict.isHeaderRight = status == BSP_OK && header == headerOf(content);
+    const Bytes expected = headerOf(content);
+    const int32_t status = readOsHeader(number, expected, header);
+    verdict.isHeaderRight = status == BSP_OK && header == expected;
     if (verdict.comparison.first)
         verdict.text = differenceText(bank, content, verdict.comparison);
     if (!verdict.isHeaderRight)
@@ -139,6 +141,9 @@ ExitCode upgradeOs(Console &console, const UpgradeArguments &arguments) {
     console.beginLongWork();
     const std::string name = "bank " + std::to_string(arguments.bank);
     const FlashPartition bank(bankDevice(arguments.bank));
+    std::optional<FlashClaim> claim;
+    if (!arguments.isDryRun)
+        claim.emplace(bank);
     const Content content = {{}, arguments.file, checkImage(arguments.file, bank)};
     const UpgradePlan plan = {
         "Image of " + name + ", " + bank.device(), storedText(arguments.bank),
@@ -166,6 +171,7 @@ ExitCode upgradeOs(Console &console, const UpgradeArguments &arguments) {
                     progress.reach(kWrite, msFor(bytes, kBytesPerMsWritten));
                 });
         });
+        const HeaderTurn turn(HeaderTurn::Length::Long);
         status = bspImageUpgrade(BSP_IMAGE_OS, arguments.file.c_str(),
                                  static_cast<int32_t>(arguments.bank));
     }

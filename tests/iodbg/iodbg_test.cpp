@@ -116,10 +116,10 @@ void IodbgTest::expectRefusal(const Words &arguments, int exitCode, const std::s
     EXPECT_TRUE(content() == before) << ::testing::PrintToString(arguments);
 }
 
-/** Files that the library makes for whoever asks it first: device id, locks and PoE status. */
-bool IodbgTest::isLibrarysOwn(const std::string &path) const {
+/** Files that are made for whoever asks first: device id, locks and PoE status. */
+bool IodbgTest::isMadeInPassing(const std::string &path) const {
     return path == boardFile("/tmp/bsp/devId") || path == boardFile("/tmp/bspPoeLockFile") ||
-           path == boardFile("/tmp/bspFlashLockFile") ||
+           path == boardFile("/tmp/bspFlashLockFile") || path == boardFile("/tmp/bsp/iodbg.lock") ||
            (path == boardFile("/tmp/bsp/poeApp") && readFile(path).empty());
 }
 
@@ -145,7 +145,7 @@ BoardContent IodbgTest::content() const {
     content.devices.assign(reinterpret_cast<const char *>(copy.get()), sizeof(*copy));
     namespace fs = std::filesystem;
     for (const auto &entry : fs::recursive_directory_iterator(boardFolder() + "/root")) {
-        if (entry.is_regular_file() && !isLibrarysOwn(entry.path()) && !isPlaceholder(entry))
+        if (entry.is_regular_file() && !isMadeInPassing(entry.path()) && !isPlaceholder(entry))
             content.files[entry.path()] = readFile(entry.path());
     }
     // Flash is large, but whatever changes it is seen by the time of its last change.

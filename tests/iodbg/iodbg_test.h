@@ -65,7 +65,7 @@ class IodbgTest : public VirtualBoardTest {
 
   private:
     const Environment &environment() const;
-    bool isLibrarysOwn(const std::string &path) const;
+    bool isMadeInPassing(const std::string &path) const;
 
     TemporaryFolder files_;
     mutable Environment environment_; // asked for once

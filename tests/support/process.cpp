@@ -106,6 +106,10 @@ std::string Process::output() const {
     return out_.content();
 }
 
+std::string Process::errors() const {
+    return err_.content();
+}
+
 void Process::signal(int number) const {
     kill(pid_, number);
 }

@@ -24,8 +24,9 @@ class Process {
     Process &operator=(const Process &) = delete;
     ~Process();
 
-    /** What it has printed on standard output so far. */
+    /** What it has printed so far, on standard output and on standard error. */
     std::string output() const;
+    std::string errors() const;
     void signal(int number) const;
     /** Waits for its end. */
     ProcessResult wait();
