@@ -1,10 +1,30 @@
 #pragma once
 // What is wrong with the unit, and what to do about it.
 
+#include "bsp.h"
 #include "iodbg/findings.h"
 #include "iodbg/model.h"
 
+#include <span>
+
 namespace iodbg {
+
+/**
+ * What other parts are reached through: kernel module, shared files, CPLD, model. Where one of them
+ * fails nothing is known of what hangs on it, and nobody is sent to look there.
+ */
+struct Grounds {
+    Findings findings; // what is wrong with them, and the model when nothing is
+    Model model;
+    int32_t modelStatus = BSP_E_FAILED; // of reading it; where nothing can be asked it is not read
+
+    /** The cause for which a part that needs these cannot be judged; none when it can. */
+    std::optional<Subject> causeAmong(std::span<const Unit> needs) const;
+};
+Grounds judgeGrounds();
+
+/** Everything; what must be there for the rest first. */
+Findings unitFindings();
 
 // Each looks at one part of the unit and finds at least one thing to say, if only that it is good.
 Findings identityFindings();
@@ -19,5 +39,11 @@ Findings transceiverFindings(const Model &model);
 // The quick part of two of them, for those who look often. A cage that is well says nothing.
 Findings poeControllerFindings(const Model &model);
 Findings cageLineFindings(const Model &model);
+
+/**
+ * Where no device of a bus answers, that is the bus's fault alone: what was found of the devices
+ * becomes not judged, and the bus's finding is put in at this place.
+ */
+void blameBuses(Findings &findings, size_t place);
 
 } // namespace iodbg

@@ -28,6 +28,8 @@ int32_t readModel(Model &model) {
     if (status != BSP_OK)
         return status;
     const bsp::BoardModel &row = bsp::boardModel(id);
+    model.id = id;
+    model.isKnown = row.devId == id;
     model.hasSupplyLines = row.chassis != bsp::ChassisClass::Other;
     model.hasSupplyReadings = row.chassis == bsp::ChassisClass::TwoFan;
     model.poePorts = row.poePorts;

@@ -14,6 +14,8 @@ enum class FanPresence {
 };
 
 struct Model {
+    uint32_t id = 0;
+    bool isKnown = false;           // else it is driven like the simplest ones
     bool hasSupplyLines = false;    // its supplies' lines are in CPLD register 30
     bool hasSupplyReadings = false; // its supplies measure, and tell over PMBus
     uint32_t poePorts = 0;

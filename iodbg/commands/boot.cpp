@@ -157,7 +157,7 @@ std::string valueFor(const SetArguments &arguments) {
 ExitCode set(Console &console, SetArguments arguments) {
     const BootSetting &setting = *arguments.setting;
     arguments.value = valueFor(arguments);
-    const FlashPartition partition(kBootBlockDevice);
+    const FlashPartition partition(BSP_MTD_BOOT_SETTINGS);
     // Of two that read the old block the later writer would undo what the other one has set.
     const FlashClaim claim(partition);
     // Without the old block the library would store this setting alone.

@@ -1,35 +1,41 @@
 // iodbg check: judges the whole unit.
 
+#include "iodbg/boot_block.h"
 #include "iodbg/commands/commands.h"
 #include "iodbg/console.h"
-#include "iodbg/failure.h"
+#include "iodbg/device_node.h"
 #include "iodbg/health.h"
 
-#include <iterator>
-#include <utility>
+#include <string>
 
 namespace iodbg {
 
 namespace {
 
-Findings examine() {
-    Model model;
-    require(readModel(model), "read the device id");
-    Findings all;
-    for (Findings &part : std::vector<Findings>{
-             identityFindings(), temperatureFindings(), fanFindings(model), supplyFindings(model),
-             poeFindings(model), clockFindings(model), flashFindings(), transceiverFindings(model)})
-        std::move(part.begin(), part.end(), std::back_inserter(all));
-    return all;
+constexpr size_t kColumns = 80;
+
+/** Where nothing of a board is there, nothing can be judged. */
+void requireBoard() {
+    if (!boardlessHint().empty() && tryNode(BSP_MTD_BOOT_SETTINGS).state() == NodeState::Missing)
+        requireKernelModule();
+}
+
+std::string textOf(const Findings &findings, const Section &summary) {
+    std::string text;
+    for (const FindingLine &line : findingLines(findings, kColumns))
+        text += line.text + "\n";
+    return text + "\n" + Report{{summary}, {}}.toText();
 }
 
 ExitCode check(Console &console) {
-    const Findings findings = examine();
+    requireBoard();
+    const Findings findings = unitFindings();
     Section summary = {"", "", {}};
     const int64_t faults = countOf(findings, Severity::Fault);
     summary.add("faults", "Faults", numberCell(faults));
     summary.add("warnings", "Warnings", numberCell(countOf(findings, Severity::Warning)));
-    console.print({{findingsTable(findings), summary}, {}});
+    summary.add("not_judged", "Not judged", numberCell(countOf(findings, Severity::NotJudged)));
+    console.print({{findingsTable(findings), summary}, {}}, textOf(findings, summary));
     return faults == 0 ? ExitCode::Ok : ExitCode::Faulty;
 }
 

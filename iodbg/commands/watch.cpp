@@ -28,6 +28,7 @@ namespace {
 
 constexpr uint32_t kMsPerSecond = 1000;
 constexpr uint32_t kShortestMs = 100;
+constexpr size_t kColumns = 80; // where there is no terminal
 constexpr uint32_t kLongestMs = 3600 * kMsPerSecond;
 
 struct Watching {
@@ -50,9 +51,18 @@ Findings quickFindings(const Model &model) {
     for (Findings &part : std::vector<Findings>{temperatureFindings(), fanFindings(model),
                                                 supplyFindings(model), poeControllerFindings(model),
                                                 cageLineFindings(model), clockFindings(model)})
-        std::copy_if(part.begin(), part.end(), std::back_inserter(all),
-                     [](const Finding &finding) { return finding.severity != Severity::Good; });
+        std::move(part.begin(), part.end(), std::back_inserter(all));
+    blameBuses(all, 0);
     return all;
+}
+
+/** What somebody should know of. */
+Findings withoutGood(const Findings &all) {
+    Findings findings;
+    std::copy_if(all.begin(), all.end(), std::back_inserter(findings), [](const Finding &finding) {
+        return finding.severity() >= Severity::Warning || finding.cause.has_value();
+    });
+    return findings;
 }
 
 void addCageSummary(Report &report, const Model &model) {
@@ -87,17 +97,18 @@ Round look(PoeTour &tour) {
     Round round;
     round.time = calendarText(systemTime());
     round.report.event = "round";
-    Model model;
-    if (const int32_t status = readModel(model); status != BSP_OK) {
+    const Grounds grounds = judgeGrounds();
+    constexpr Unit kNeeded[] = {Unit::KernelModule, Unit::Cpld, Unit::Model};
+    round.findings =
+        withoutGood(grounds.causeAmong(kNeeded) ? grounds.findings : quickFindings(grounds.model));
+    if (grounds.modelStatus != BSP_OK) {
         Section section = {"model", "Model", {}};
         section.add("device_id", "Device id",
-                    round.report.tried(section.path("device_id"), status, {}));
+                    round.report.tried(section.path("device_id"), grounds.modelStatus, {}));
         round.report.parts.emplace_back(section);
-        round.findings = {unreadable("model", status)};
         return round;
     }
-    round.findings = quickFindings(model);
-    addParts(round.report, model, tour);
+    addParts(round.report, grounds.model, tour);
     return round;
 }
 
@@ -119,12 +130,6 @@ Report answerOf(const Round &round) {
     return answer;
 }
 
-std::string textOf(const Round &round) {
-    Report shown = round.report;
-    shown.parts.insert(shown.parts.begin(), findingsTable(round.findings));
-    return shown.toText();
-}
-
 void addLines(std::vector<ScreenLine> &lines, const std::string &text) {
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);)
@@ -132,13 +137,12 @@ void addLines(std::vector<ScreenLine> &lines, const std::string &text) {
 }
 
 /** On a terminal the findings stand out. */
-std::vector<ScreenLine> screenLines(const Round &round) {
+std::vector<ScreenLine> screenLines(const Round &round, size_t columns) {
     std::vector<ScreenLine> lines = {{headline(round), Emphasis::Bold}, {""}};
-    addLines(lines, Report{{findingsTable(round.findings)}, {}}.toText());
-    const size_t firstRow = lines.size() - round.findings.size();
-    for (size_t i = 0; i < round.findings.size(); ++i) {
-        const bool isFault = round.findings[i].severity == Severity::Fault;
-        lines[firstRow + i].emphasis = isFault ? Emphasis::Inverse : Emphasis::Bold;
+    for (const FindingLine &line : findingLines(round.findings, columns)) {
+        constexpr Emphasis kEmphases[] = {Emphasis::None, Emphasis::None, Emphasis::Bold,
+                                          Emphasis::Inverse};
+        lines.push_back({line.text, kEmphases[static_cast<size_t>(line.severity)]});
     }
     if (!round.findings.empty())
         lines.emplace_back();
@@ -146,11 +150,18 @@ std::vector<ScreenLine> screenLines(const Round &round) {
     return lines;
 }
 
+std::string textOf(const Round &round) {
+    std::string text;
+    for (const ScreenLine &line : screenLines(round, kColumns))
+        text += line.text + "\n";
+    return text + "\n";
+}
+
 ExitCode print(const Console &console, const Round &round) {
     const auto size = console.terminalSize();
     const Report answer = answerOf(round);
-    return console.print(answer, size ? screenText(screenLines(round), *size)
-                                      : headline(round) + "\n\n" + textOf(round) + "\n");
+    return console.print(answer, size ? screenText(screenLines(round, size->columns), *size)
+                                      : textOf(round));
 }
 
 /** Through the calls that advance a virtual board's time. */

@@ -1,14 +1,13 @@
 #include "iodbg/health.h"
 
 #include "bsp.h"
+#include "iodbg/health/thresholds.h"
 
 #include <algorithm>
 
 namespace iodbg {
 
 namespace {
-
-constexpr uint32_t kSlowPart = 4; // a fan that lacks this part of another's speed is failing
 
 struct FanState {
     int32_t status;
@@ -25,36 +24,36 @@ FanState readFan(const Model &model, uint32_t fan) {
     return state;
 }
 
-Finding absentFan(const Model &model, const std::string &name) {
+Finding absentFan(const Model &model, const Subject &fan) {
     if (model.fansShareTachometer)
-        return {name, Severity::Fault, "it or its neighbour is missing", "look which, plug it"};
-    return {name, Severity::Fault, "not there", "plug it"};
+        return {fan, Code::FanMissing, "it or its neighbour is missing", "look which, plug it"};
+    return {fan, Code::FanMissing, "not there"};
 }
 
-Finding standingFan(const Model &model, const std::string &name) {
+Finding standingFan(const Model &model, const Subject &fan) {
     if (model.fansShareTachometer)
-        return {name, Severity::Fault, "it or its neighbour stands still",
+        return {fan, Code::FanStandsStill, "it or its neighbour stands still",
                 "look which, replace it"};
-    return {name, Severity::Fault, "stands still or is not there", "plug it, or replace it"};
+    return {fan, Code::FanStandsStill, "stands still or is not there"};
 }
 
 /** fastest: the speed of the fastest fan of the unit. All run at one level, so they are alike. */
-Finding fanFinding(const Model &model, const std::string &name, const FanState &fan,
+Finding fanFinding(const Model &model, const Subject &subject, const FanState &fan,
                    uint32_t fastest) {
     if (fan.status != BSP_OK)
-        return unreadable(name, fan.status);
+        return unreadable(subject, fan.status);
     // The library counts two on models of which nothing tells whether they have any.
     if (model.fanPresence == FanPresence::Unknown && fastest == 0)
-        return good(name, "none seen");
+        return good(subject, "none seen");
     if (fan.isPresent == 0)
-        return absentFan(model, name);
+        return absentFan(model, subject);
     if (fan.speed == 0)
-        return standingFan(model, name);
+        return standingFan(model, subject);
     const std::string text = std::to_string(fan.speed) + " rpm";
-    if (fan.speed < fastest / kSlowPart * (kSlowPart - 1))
-        return {name, Severity::Fault, text + ", while the fastest has " + std::to_string(fastest),
-                "replace it"};
-    return good(name, text);
+    if (int64_t{fan.speed} * 100 < int64_t{fastest} * kSlowFanPercent)
+        return {subject, Code::FanSlow,
+                text + ", while the fastest has " + std::to_string(fastest)};
+    return good(subject, text);
 }
 
 } // namespace
@@ -66,9 +65,15 @@ Findings fanFindings(const Model &model) {
         fans.push_back(readFan(model, fan));
         fastest = std::max(fastest, fans.back().speed);
     }
+    // Fans share registers: one that cannot be read is one finding.
+    const int32_t status = fans.front().status;
+    if (status != BSP_OK && std::all_of(fans.begin(), fans.end(), [status](const FanState &fan) {
+            return fan.status == status;
+        }))
+        return {unreadable({Unit::Fan}, status)};
     Findings findings;
     for (uint32_t fan = 1; fan <= model.fans; ++fan)
-        findings.push_back(fanFinding(model, "fan " + std::to_string(fan), fans[fan - 1], fastest));
+        findings.push_back(fanFinding(model, {Unit::Fan, fan}, fans[fan - 1], fastest));
     return findings;
 }
 

@@ -12,50 +12,54 @@ namespace iodbg {
 
 namespace {
 
+constexpr Subject kRecord = {Unit::ProductRecord};
+constexpr Subject kSerial = {Unit::SerialNumber};
+constexpr Subject kMac = {Unit::MacAddress};
+
 Finding recordFinding() {
     BspDevinfo record;
     if (const int32_t status = readRecord(Carrier{}, record); status != BSP_OK)
-        return unreadable("product record", status);
+        return silent(kRecord, status);
     const Verdict verdict = judge(record);
     if (!verdict.hasMagic)
-        return {"product record", Severity::Fault, "there is none",
-                "store one with 'iodbg identity set record --file FILE'"};
+        return {kRecord, Code::RecordMissing, "there is none"};
     if (!verdict.isCrcRight())
-        return {"product record", Severity::Fault,
+        return {kRecord, Code::RecordDamaged,
                 "its CRC is " + hexNumber(verdict.storedCrc, 8) + " and should be " +
-                    hexNumber(verdict.computedCrc, 8),
-                "compare it with the label, then store it again with --renew-crc"};
-    return good("product record", "whole");
+                    hexNumber(verdict.computedCrc, 8)};
+    return good(kRecord, "whole");
 }
 
 Finding serialFinding() {
     std::array<char, sizeof(BspDevinfo)> serial{};
     uint32_t length = 0;
     if (const int32_t status = ioSerialNumGet(serial.data(), &length); status != BSP_OK)
-        return unreadable("serial number", status);
+        return unreadable(kSerial, status);
     if (serial[0] == '\0')
-        return {"serial number", Severity::Warning, "there is none",
-                "store it with 'iodbg identity set serial TEXT'"};
-    return good("serial number",
+        return {kSerial, Code::SerialMissing, "there is none"};
+    return good(kSerial,
                 fieldText({reinterpret_cast<const uint8_t *>(serial.data()), serial.size()}));
 }
 
 Finding macFinding() {
     Mac mac{};
     if (const int32_t status = ioMacAddrGet(0, mac.data()); status != BSP_OK)
-        return unreadable("MAC address", status);
+        return unreadable(kMac, status);
     const bool isGroup = (mac[0] & 1) != 0;
     const bool isZero = std::all_of(mac.begin(), mac.end(), [](uint8_t byte) { return byte == 0; });
     if (isGroup || isZero)
-        return {"MAC address", Severity::Fault, macText(mac) + " is no address of a unit",
-                "store it with 'iodbg identity set mac'"};
-    return good("MAC address", macText(mac));
+        return {kMac, Code::MacInvalid, macText(mac) + " is no address of a unit"};
+    return good(kMac, macText(mac));
 }
 
 } // namespace
 
 Findings identityFindings() {
-    return {recordFinding(), serialFinding(), macFinding()};
+    // Both are read from the record, and the library takes them from a whole one alone.
+    const Finding record = recordFinding();
+    if (record.severity() == Severity::Fault)
+        return {record, notJudged(kSerial, kRecord), notJudged(kMac, kRecord)};
+    return {record, serialFinding(), macFinding()};
 }
 
 } // namespace iodbg

@@ -1,62 +1,89 @@
 #include "iodbg/health.h"
 
 #include "bsp.h"
-#include "iodbg/report.h"
+#include "iodbg/status_table.h"
+
+#include <array>
 
 namespace iodbg {
 
 namespace {
 
-void addPoePorts(Findings &findings, uint32_t ports) {
-    std::vector<int64_t> faulty;
+constexpr Subject kController = {Unit::PoeController};
+
+void addPorts(Findings &findings, uint32_t ports) {
+    const size_t before = findings.size();
     for (uint32_t port = 1; port <= ports; ++port) {
         uint32_t fault = 0;
         if (const int32_t status = ioPoePortFaultGet(port, &fault); status != BSP_OK) {
-            findings.push_back(unreadable("PoE port " + std::to_string(port), status));
+            findings.push_back(unreadable({Unit::PoePort, port}, status));
             return;
         }
         if (fault == BSP_POE_FAULT)
-            faulty.push_back(port);
+            findings.push_back({{Unit::PoePort, port}, Code::PoePortFault, "has a fault"});
     }
-    if (faulty.empty())
-        findings.push_back(good("PoE ports", "none has a fault"));
-    else
-        findings.push_back({"PoE ports", Severity::Warning, "fault on " + listCell(faulty).text,
-                            "look at these devices and cables; 'iodbg poe status' tells more"});
+    if (findings.size() == before)
+        findings.push_back(good({Unit::PoePort}, "none has a fault"));
+}
+
+/** A question whose status tells whether a controller takes requests at all. */
+int32_t askVersion() {
+    std::array<char, 32> version{};
+    return ioPoeAppVersionGet(version.data());
+}
+
+/**
+ * A request that nobody takes is the bus's matter, or the controller is without power or in reset:
+ * no firmware can be sent to it either.
+ */
+Finding busFinding(const std::string &more = "") {
+    return {kController, Code::PoeBusNoAnswer, "its bus, I2C 16, takes no request" + more};
+}
+
+Finding silenceFinding() {
+    const int32_t status = askVersion();
+    if (status == BSP_E_POE_WRITE)
+        return busFinding();
+    return {kController, Code::PoeNoAnswer,
+            status == BSP_OK ? "answers now and then only"
+                             : "takes requests, gives no answer: " + nameAndNumber(status)};
 }
 
 } // namespace
 
 Findings poeControllerFindings(const Model &model) {
     constexpr uint32_t kNoAnswer = 2;
-    constexpr char kName[] = "PoE controller";
     if (model.poePorts == 0)
         return {};
     uint32_t presence = BSP_POE_CONTROLLER_PRESENT;
     if (const int32_t status = bspPoeOnlineGet(&presence); status != BSP_OK)
-        return {unreadable(kName, status)};
+        return {unreadable(kController, status)};
     if (presence != BSP_POE_CONTROLLER_PRESENT)
-        return {{kName, Severity::Fault, "missing", "check its card"}};
-    uint32_t firmware = BSP_POE_APP_USABLE;
-    if (ioPoeAppStatusGet(&firmware) == BSP_OK && firmware == BSP_POE_APP_UPGRADE_FAILED)
-        return {
-            {kName, Severity::Fault, "its last upgrade failed", "run 'iodbg poe upgrade FILE'"}};
+        return {{kController, Code::PoeMissing, "missing"}};
+    uint32_t firmware = 0;
+    if (ioPoeAppStatusGet(&firmware) == BSP_OK && firmware == BSP_POE_APP_UPGRADE_FAILED) {
+        if (askVersion() == BSP_E_POE_WRITE)
+            return {busFinding("; its last upgrade failed")};
+        return {{kController, Code::PoeUpgradeFailed, "its last upgrade failed"}};
+    }
     uint32_t isInitialised = kNoAnswer; // which it stays without being a failure
     if (const int32_t status = ioPoeInitStatusGet(&isInitialised); status != BSP_OK)
-        return {unreadable(kName, status)};
+        return {unreadable(kController, status)};
     if (isInitialised == kNoAnswer)
-        return {{kName, Severity::Fault, "does not answer",
-                 "try again in a few seconds; if it stays so, write its firmware anew with 'iodbg "
-                 "poe upgrade FILE'"}};
+        return {silenceFinding()};
     if (isInitialised != BSP_POE_INITIALISED)
-        return {{kName, Severity::Warning, "not initialised", "run 'iodbg poe init'"}};
-    return {good(kName, "initialised")};
+        return {{kController, Code::PoeNotInitialised, "not initialised"}};
+    return {good(kController, "initialised")};
 }
 
 Findings poeFindings(const Model &model) {
     Findings findings = poeControllerFindings(model);
-    if (!findings.empty() && findings.front().severity == Severity::Good)
-        addPoePorts(findings, model.poePorts);
+    if (findings.empty())
+        return findings;
+    if (findings.front().severity() == Severity::Good)
+        addPorts(findings, model.poePorts);
+    else
+        findings.push_back(notJudged({Unit::PoePort}, kController));
     return findings;
 }
 

@@ -1,29 +1,23 @@
 #include "iodbg/health.h"
 
 #include "bsp.h"
+#include "iodbg/health/thresholds.h"
 
 namespace iodbg {
 
-namespace {
-
-// Limits of the board's sensor, in degrees Celsius.
-constexpr int32_t kColdest = 0;
-constexpr int32_t kWarm = 60;
-constexpr int32_t kHot = 75;
-
-} // namespace
-
 Findings temperatureFindings() {
+    const Subject subject = {Unit::Temperature};
     int32_t celsius = 0;
     if (const int32_t status = ioTemperGet(0, &celsius); status != BSP_OK)
-        return {unreadable("temperature", status)};
+        return {silent(subject, status)};
     const std::string text = std::to_string(celsius) + " C";
     if (celsius > kHot)
-        return {
-            {"temperature", Severity::Fault, text + ", too hot", "check fans and air flow now"}};
-    if (celsius > kWarm || celsius < kColdest)
-        return {{"temperature", Severity::Warning, text, "check fans, air flow and the room"}};
-    return {good("temperature", text)};
+        return {{subject, Code::TemperatureHot, text + ", too hot"}};
+    if (celsius > kWarm)
+        return {{subject, Code::TemperatureWarm, text}};
+    if (celsius < kColdest)
+        return {{subject, Code::TemperatureCold, text}};
+    return {good(subject, text)};
 }
 
 } // namespace iodbg

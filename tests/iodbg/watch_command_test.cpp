@@ -41,8 +41,9 @@ TEST_F(WatchCommandTest, ShowsARoundForPeople) {
         lines.at(0), std::regex("[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9:]{8}  0 faults, [0-9] warnings")))
         << lines.at(0);
     for (const char *text :
-         {"\nSFP port 26  warning  no signal arrives", "\nclock        warning  2051-02-28 12:34:5",
-          "\nClimate\n  Temperature       ", "\n  Fan level (1-10)  1\n", "\nFAN  PRESENT",
+         {"\nSFP port 26     warning     no signal arrives\n",
+          "\nclock           warning     2051-02-28 12:34:5", "\nClimate\n  Temperature       ",
+          "\n  Fan level (1-10)  1\n", "\nFAN  PRESENT",
           "\nSUPPLY  PLUGGED  STATUS\n1       yes      0\n2       no       3\n",
           "\nSFP cages\n  Modules in         26\n  Loss of signal     26\n"
           "  Transmitter fault  none\n",
@@ -67,7 +68,8 @@ TEST_F(WatchCommandTest, AnswersProgramsInLines) {
         EXPECT_EQ(jsonAt(line, "/sfp"), "{\"plugged\":[],\"rx_loss\":[],\"tx_fault\":[]}");
         EXPECT_EQ(jsonKeys(line, "/panel"),
                   (Words{"register_7", "system", "lamp4", "lamp5", "indexed_on"}));
-        EXPECT_EQ(jsonKeys(line, "/findings/0"), (Words{"subject", "verdict", "found", "advice"}));
+        EXPECT_EQ(jsonKeys(line, "/findings/0"), (Words{"subject", "verdict", "found", "advice",
+                                                        "code", "unit", "index", "cause"}));
         EXPECT_EQ(jsonAt(line, "/findings/0/found"), "\"not initialised\"") << "not what is good";
     }
 }
@@ -195,10 +197,11 @@ TEST_F(WatchCommandTest, IsDrawnInPlaceOnATerminal) {
     EXPECT_NE(second, 0u);
     EXPECT_EQ(shown.substr(second - 3, 3), "\x1b[J") << "what was below is cleared";
     EXPECT_EQ(shown.substr(shown.size() - 3), "\x1b[J");
-    EXPECT_NE(shown.find("\n\x1b[7mfan 1           FAULT    it or its neighbour is missing"),
+    EXPECT_NE(shown.find("\n\x1b[7mfan 1           FAULT       it or its neighbour is missing"),
               std::string::npos)
         << shown;
-    EXPECT_NE(shown.find("\n\x1b[1mPoE controller  warning  not init"), std::string::npos) << shown;
+    EXPECT_NE(shown.find("\n\x1b[1mPoE controller  warning     not init"), std::string::npos)
+        << shown;
     const std::string picture = shown.substr(second);
     EXPECT_EQ(std::count(picture.begin(), picture.end(), '\n'), 23)
         << "24 rows, one for the cursor";

@@ -63,9 +63,10 @@ Lines UnitTest::complaints(int exitCode) const {
         const auto text = [&finding](const char *key) {
             return finding.at(key).get<std::string>();
         };
+        const std::string advice = finding.at("advice").is_null() ? "" : "; " + text("advice");
         if (text("verdict") != "good")
-            lines.push_back(text("verdict") + " " + text("subject") + ": " + text("found") + "; " +
-                            text("advice"));
+            lines.push_back(text("verdict") + " " + text("subject") + ": " + text("found") +
+                            advice);
     }
     return lines;
 }
