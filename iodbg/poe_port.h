@@ -10,7 +10,8 @@
 
 namespace iodbg {
 
-// What the library answers of a port where a device was found.
+// Detection codes of a port where a device was found, as the virtual controller has them: the
+// library passes on the controller's own.
 constexpr uint32_t kPoeDetectedLegacy = 2;
 constexpr uint32_t kPoeDetectedGood = 4;
 

@@ -149,8 +149,7 @@ std::string budgetText() {
 
 /** Why a port has no power although it was switched on, and what to do. */
 std::string whyOff(const BspPoePortState &state) {
-    constexpr uint32_t kFault = 1;
-    if (state.fault == kFault)
+    if (state.fault == BSP_POE_FAULT)
         return "it has a fault: look at device and cable";
     if (state.detection == kPoeDetectedLegacy)
         return "an older device: see 'iodbg poe set legacy'";
