@@ -17,7 +17,7 @@ constexpr char kUnknownClassText[] = "unknown";
 constexpr char kNotAskedText[] = "-";
 
 /** Where a value comes from: an exchange with the controller. */
-enum Source : size_t { kState, kMeasurement, kMode, kPower, kSources };
+enum Source : size_t { kFromState, kFromMeasurement, kFromMode, kFromPower, kSources };
 
 /** What a port answered. */
 struct Answers {
@@ -29,47 +29,47 @@ struct Answers {
 };
 
 /** A value, and what becomes of it. */
-struct Reading {
+struct PortReading {
     PoePortItem item;
     Source source;
     Cell (*cell)(const Answers &answers);
 };
 
-const Reading kReadings[] = {
+const PortReading kPortReadings[] = {
     {{"mode", "MODE", "Mode", 8},
-     kMode,
+     kFromMode,
      [](const Answers &answers) { return poeModeCell(answers.settings.mode); }},
     {{"detection", "DETECTION", "Detection", 9},
-     kState,
+     kFromState,
      [](const Answers &answers) { return poeDetectionCell(answers.state.detection); }},
     {{"class", "CLASS", "Class", 5},
-     kState,
+     kFromState,
      [](const Answers &answers) { return poeClassCell(answers.state.classification); }},
     {{"fault", "FAULT", "Fault", 5},
-     kState,
+     kFromState,
      [](const Answers &answers) {
          return flagCell(answers.state.fault == BSP_POE_FAULT, "fault", "no");
      }},
     {{"delivering", "POWER", "Power", 5},
-     kState,
+     kFromState,
      [](const Answers &answers) { return poeDeliveringCell(answers.state.disconnect); }},
     {{"voltage_v", "V", "Voltage, V", 2},
-     kMeasurement,
+     kFromMeasurement,
      [](const Answers &answers) { return poeNumberCell(answers.measurement.voltageV); }},
     {{"current_ma", "MA", "Current, mA", 4},
-     kMeasurement,
+     kFromMeasurement,
      [](const Answers &answers) { return poeNumberCell(answers.measurement.currentMa); }},
     {{"power_mw", "W", "Power, W", 6},
-     kMeasurement,
+     kFromMeasurement,
      [](const Answers &answers) { return milliCell(answers.measurement.powerMw); }},
     {{"limit_mw", "LIMIT W", "Power limit, W", 7},
-     kPower,
+     kFromPower,
      [](const Answers &answers) { return milliCell(answers.settings.powerLimitMw); }},
     {{"inrush_mode", "INRUSH", "Inrush mode", 6},
-     kPower,
+     kFromPower,
      [](const Answers &answers) { return poeNumberCell(answers.settings.inrushMode); }},
     {{"priority", "PRIORITY", "Priority (1 is the most important)", 8},
-     kPower,
+     kFromPower,
      [](const Answers &answers) { return answers.priority; }},
 };
 constexpr PoePortItem kPort = {"port", "PORT", "Port", 4};
@@ -118,8 +118,8 @@ bool isSilent(int32_t status) {
 void askForSettings(Answers &answers, uint32_t port) {
     const PrioritySeen priority(port);
     const int32_t status = ioPoePortSettingsGet(port, &answers.settings);
-    answers.status[kMode] = status == BSP_OK ? answers.settings.modeStatus : status;
-    answers.status[kPower] = status == BSP_OK ? answers.settings.powerStatus : status;
+    answers.status[kFromMode] = status == BSP_OK ? answers.settings.modeStatus : status;
+    answers.status[kFromPower] = status == BSP_OK ? answers.settings.powerStatus : status;
     answers.priority = priority.cell();
 }
 
@@ -127,11 +127,11 @@ void askForSettings(Answers &answers, uint32_t port) {
 Answers ask(uint32_t port) {
     Answers answers;
     int32_t status = ioPoePortStateGet(port, &answers.state);
-    answers.status[kState] = status;
+    answers.status[kFromState] = status;
     const bool hasPower = status == BSP_OK && answers.state.disconnect == BSP_POE_DELIVERING;
     if (hasPower) {
         status = ioPoePortMeasurementGet(port, &answers.measurement);
-        answers.status[kMeasurement] = status;
+        answers.status[kFromMeasurement] = status;
     }
     if (!isSilent(status))
         askForSettings(answers, port);
@@ -150,7 +150,7 @@ std::string paddedLine(const std::vector<std::string> &words) {
     std::string line =
         words[0] + std::string(kPort.width - std::min(kPort.width, words[0].size()), ' ');
     for (size_t i = 0; i + 1 < words.size(); ++i) {
-        const size_t width = kReadings[i].item.width;
+        const size_t width = kPortReadings[i].item.width;
         const std::string &word = words[i + 1];
         line += " " + word + std::string(width - std::min(width, word.size()), ' ');
     }
@@ -202,7 +202,7 @@ Cell milliCell(uint32_t thousandthsOfUnit) {
 const std::vector<PoePortItem> &poePortItems() {
     static const std::vector<PoePortItem> items = [] {
         std::vector<PoePortItem> all;
-        for (const Reading &reading : kReadings)
+        for (const PortReading &reading : kPortReadings)
             all.push_back(reading.item);
         return all;
     }();
@@ -214,7 +214,7 @@ std::vector<Cell> readPoePort(Report &report, uint32_t port) {
     const Answers answers = ask(port);
     std::vector<Cell> cells;
     std::array<bool, kSources> isNoted{};
-    for (const Reading &reading : kReadings) {
+    for (const PortReading &reading : kPortReadings) {
         const std::optional<int32_t> status = answers.status[reading.source];
         if (!status) {
             cells.push_back({kNotAskedText, nullptr});
@@ -230,7 +230,7 @@ std::vector<Cell> readPoePort(Report &report, uint32_t port) {
 
 std::string poePortHeadLine() {
     std::vector<std::string> words = {kPort.label};
-    for (const Reading &reading : kReadings)
+    for (const PortReading &reading : kPortReadings)
         words.emplace_back(reading.item.label);
     return paddedLine(words);
 }

@@ -38,24 +38,24 @@ int32_t switchOff(uint32_t port) {
     return ioPoePortPowerOnSet(port, BSP_POE_OFF);
 }
 
-constexpr PortAction kOn = {"on",
-                            "Switch ports on that are in the mode semi or manual",
-                            "switch on",
-                            switchOn,
-                            "delivering",
-                            "POWER",
-                            ioPoePortDisconnectGet,
-                            poeDeliveringCell,
-                            true};
-constexpr PortAction kOff = {"off",
-                             "Switch ports off that are in the mode semi or manual",
-                             "switch off",
-                             switchOff,
-                             "delivering",
-                             "POWER",
-                             ioPoePortDisconnectGet,
-                             poeDeliveringCell,
-                             true};
+constexpr PortAction kSwitchOn = {"on",
+                                  "Switch ports on that are in the mode semi or manual",
+                                  "switch on",
+                                  switchOn,
+                                  "delivering",
+                                  "POWER",
+                                  ioPoePortDisconnectGet,
+                                  poeDeliveringCell,
+                                  true};
+constexpr PortAction kSwitchOff = {"off",
+                                   "Switch ports off that are in the mode semi or manual",
+                                   "switch off",
+                                   switchOff,
+                                   "delivering",
+                                   "POWER",
+                                   ioPoePortDisconnectGet,
+                                   poeDeliveringCell,
+                                   true};
 constexpr PortAction kDetect = {"detect",
                                 "Look for a device on ports",
                                 "start a detection on",
@@ -76,7 +76,7 @@ constexpr PortAction kClassify = {"classify",
                                   false};
 
 /** Why the controller refused; a port in the mode auto is the usual reason. */
-std::string hintFor(uint32_t port) {
+std::string refusalHint(uint32_t port) {
     uint32_t mode = 0;
     if (ioPoePortModeGet(port, &mode) != BSP_OK)
         return "";
@@ -91,7 +91,7 @@ void act(const PortAction &action, const std::vector<uint32_t> &ports) {
     for (const uint32_t port : ports) {
         if (const int32_t status = action.act(port); status != BSP_OK)
             throw Failure::board(std::string(action.doing) + " port " + std::to_string(port),
-                                 status, action.needsOwnMode ? hintFor(port) : "");
+                                 status, action.needsOwnMode ? refusalHint(port) : "");
     }
 }
 
@@ -125,6 +125,7 @@ struct Outcome {
 std::vector<Outcome> awaitPower(const std::vector<uint32_t> &ports) {
     constexpr int kRounds = 3; // a controller that looks for devices in turns takes longer
     std::vector<Outcome> outcomes;
+    outcomes.reserve(ports.size());
     for (const uint32_t port : ports)
         outcomes.push_back({port});
     const auto isOn = [](const Outcome &outcome) { return outcome.isOn(); };
@@ -197,8 +198,8 @@ void addAction(const Command &poe, const PortAction &action,
 } // namespace
 
 void addPoePortActions(const Command &poe) {
-    addAction(poe, kOn, powerUp);
-    for (const PortAction *action : {&kOff, &kDetect, &kClassify})
+    addAction(poe, kSwitchOn, powerUp);
+    for (const PortAction *action : {&kSwitchOff, &kDetect, &kClassify})
         addAction(poe, *action, carryOut);
 }
 

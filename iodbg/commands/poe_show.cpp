@@ -54,7 +54,7 @@ class LiveText {
     std::string rest_;
 };
 
-std::vector<WorkStep> stepsFor(const std::vector<uint32_t> &ports) {
+std::vector<WorkStep> portSteps(const std::vector<uint32_t> &ports) {
     std::vector<WorkStep> steps;
     steps.reserve(ports.size());
     for (const uint32_t port : ports)
@@ -66,7 +66,7 @@ void addPorts(Report &report, Console &console, LiveText &text,
               const std::vector<uint32_t> &ports) {
     std::optional<Progress> progress; // rows that appear one by one need none
     if (!text.isLive())
-        progress.emplace(console, "poe status", stepsFor(ports));
+        progress.emplace(console, "poe status", portSteps(ports));
     Table table = portsTable();
     text.add("\n" + poePortHeadLine());
     for (size_t i = 0; i < ports.size(); ++i) {
