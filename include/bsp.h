@@ -137,11 +137,20 @@
 extern "C" {
 #endif
 
-/* ------------------------------------------------------------------------------------------------
- * Version
- * --------------------------------------------------------------------------------------------- */
+/* ---------------------------------------------------------------------------------------------- */
 
-/** A version as one number, so that versions can be compared: 0x00010100 is 1.1.0. */
+/**
+ * @defgroup version Version
+ * @{
+ */
+
+/**
+ * A version as one number, so that versions can be compared: 0x00010100 is 1.1.0.
+ *
+ * @param major  0 to 127
+ * @param minor  0 to 255
+ * @param patch  0 to 255
+ */
 #define BSP_VERSION_NUMBER(major, minor, patch) ((major) << 16 | (minor) << 8 | (patch))
 
 #define BSP_VERSION_MAJOR 1 /**< grows when programs have to be changed or compiled anew */
@@ -159,9 +168,14 @@ extern "C" {
  */
 BSP_API uint32_t bspLibraryVersion(void);
 
-/* ------------------------------------------------------------------------------------------------
- * Status codes
- * --------------------------------------------------------------------------------------------- */
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup statuses Status codes
+ * @{
+ */
 
 /** What a function answers. Positive codes belong to the board core, codes from -1100 down to PoE.
  */
@@ -210,9 +224,14 @@ typedef struct BspStatusText {
  *         or the operating system and has an empty name
  */
 BSP_API const BspStatusText *bspStatusText(int32_t status);
-/* ------------------------------------------------------------------------------------------------
- * Requests to the kernel module (/dev/bspHandle)
- * --------------------------------------------------------------------------------------------- */
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup requests Requests to the kernel module (/dev/bspHandle)
+ * @{
+ */
 
 /** Request codes of the kernel module: the ioctl command numbers, passed as they are. */
 enum BspRequest {
@@ -450,9 +469,14 @@ BSP_API int32_t bspGpioDirectionOutput(uint32_t pin, int32_t level);
 /** @copydoc bspGpioGetValue_handle */
 BSP_API int32_t bspGpioGetValue(uint32_t pin, uint32_t *value);
 
-/* ------------------------------------------------------------------------------------------------
- * Device identity and versions
- * --------------------------------------------------------------------------------------------- */
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup identity Device identity and versions
+ * @{
+ */
 
 /* Sizes of texts in bytes, with the terminating zero but for the last. */
 #define BSP_HW_VERSION_SIZE 5     /**< "O.15" at most */
@@ -566,9 +590,14 @@ BSP_API int32_t bspBoardDescSet(const char *desc);
  */
 BSP_API int32_t bspBoardPowerInfoGet(uint32_t index, void *info);
 
-/* ------------------------------------------------------------------------------------------------
- * EEPROM and product information records
- * --------------------------------------------------------------------------------------------- */
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup records EEPROM and product information records
+ * @{
+ */
 
 #define BSP_DEVINFO_MAGIC "DEVINFO"  /**< first 8 bytes of the board's record, with the zero */
 #define BSP_DEVINFO_OFFSET 256       /**< where the board's record lies in the board's EEPROM */
@@ -748,9 +777,14 @@ BSP_API int32_t bspPowerPieSet(uint32_t supply, const BspSupplyRecord *record);
  */
 BSP_API uint32_t bsp_crc32_cal(uint32_t crc, const uint8_t *buf, uint32_t len);
 
-/* ------------------------------------------------------------------------------------------------
- * Device information, MAC address and serial number
- * --------------------------------------------------------------------------------------------- */
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup devinfo Device information, MAC address and serial number
+ * @{
+ */
 
 #define BSP_DEVINFO_BOARD 0u       /**< device information index of the board's own record */
 #define BSP_DEVINFO_SUPPLY_1 0x50u /**< index of power supply 1; supply n is 0x50 + n - 1 */
@@ -854,8 +888,12 @@ BSP_API int32_t bspMfgDateGet(char *date);
  */
 BSP_API int32_t bspMfgDateSet(const char *date);
 
-/* ------------------------------------------------------------------------------------------------
- * Boot settings
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup bootsettings Boot settings
  *
  * Texts in the first 256 bytes of the flash partition /dev/mtd4. There is no lock: two setters at
  * the same time can lose each other's setting, and a power cut between the erase and the write of a
@@ -865,7 +903,8 @@ BSP_API int32_t bspMfgDateSet(const char *date);
  * as for an erased block, and setters answer BSP_OK: read a setting back to know that it is stored.
  *
  * What the boot loader makes of boot mode and boot flag is in its own documentation.
- * --------------------------------------------------------------------------------------------- */
+ * @{
+ */
 
 /** Which system the boot loader starts, as the boot loader's documentation numbers them. */
 enum BspBootMode {
@@ -1001,9 +1040,14 @@ BSP_API int32_t bspBootPwdGet(char *pwd);
  */
 BSP_API int32_t bspBootPwdSet(const char *pwd);
 
-/* ------------------------------------------------------------------------------------------------
- * Power supplies
- * --------------------------------------------------------------------------------------------- */
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup supplies Power supplies
+ * @{
+ */
 
 /** What bspPowerPresentGet() answers, which differs by model. */
 enum BspSupplyPresence {
@@ -1122,9 +1166,14 @@ BSP_API int32_t bspPowerStatusGet(int32_t index, int32_t *out);
  */
 BSP_API int32_t bspPowerInfoGet(int32_t index, BspPowerInfo *info);
 
-/* ------------------------------------------------------------------------------------------------
- * LEDs, watchdog, reboot and PTP trigger
- * --------------------------------------------------------------------------------------------- */
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup control LEDs, watchdog, reboot and PTP trigger
+ * @{
+ */
 
 /** Kinds of LEDs, by where they are in the CPLD. What each lamp tells is in the panel's legend. */
 enum BspLedKind {
@@ -1243,9 +1292,14 @@ BSP_API int32_t bspSlotPresentGet(uint32_t slot, uint32_t *out);
  */
 BSP_API int32_t bspSlotPowerStateSet(uint32_t slot, uint32_t state);
 
-/* ------------------------------------------------------------------------------------------------
- * Fans and temperature
- * --------------------------------------------------------------------------------------------- */
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup climate Fans and temperature
+ * @{
+ */
 
 #define BSP_TEMPERATURE_MIN_CELSIUS (-128) /**< lowest temperature that can be read */
 #define BSP_TEMPERATURE_MAX_CELSIUS 127    /**< highest temperature that can be read */
@@ -1306,12 +1360,17 @@ BSP_API int32_t bspFanSpeedSet(uint32_t fan, int32_t level);
  */
 BSP_API int32_t bspFanPresentGet(int32_t fan, uint32_t *out);
 
-/* ------------------------------------------------------------------------------------------------
- * Clock chip and system clock
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup clock Clock chip and system clock
  *
  * The battery-backed clock chip is on I2C bus 0, channel 1, device 0x51. Some models do not have
  * it.
- * --------------------------------------------------------------------------------------------- */
+ * @{
+ */
 
 #define BSP_CALENDAR_FIRST_YEAR 1900 /**< the year 0 of a ::BspCalendar */
 
@@ -1404,12 +1463,17 @@ BSP_API int32_t bspSysClockSync(void);
  */
 BSP_API int32_t bspInit(void);
 
-/* ------------------------------------------------------------------------------------------------
- * Pluggable transceivers
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup transceivers Pluggable transceivers
  *
  * Ports are numbered as on the front panel. Which of them are SFP cages, and on which I2C branch,
  * depends on the model.
- * --------------------------------------------------------------------------------------------- */
+ * @{
+ */
 
 /** Devices of a transceiver: their 7-bit I2C addresses behind the cage's branch. */
 enum BspSfpDevice {
@@ -1618,8 +1682,12 @@ BSP_API int32_t bspLaserRxLosGet(uint32_t port, uint32_t *out);
  */
 BSP_API int32_t bspLaserTxfaultGet(uint32_t port, uint32_t *out);
 
-/* ------------------------------------------------------------------------------------------------
- * MDIO registers of the PHYs
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup mdio MDIO registers of the PHYs
  *
  * The switch controller's MDIO interface is a register in the memory of the processor (address
  * 0x1B0007F4), which is mapped through /dev/mem for each call. It takes one command at a time and
@@ -1627,7 +1695,8 @@ BSP_API int32_t bspLaserTxfaultGet(uint32_t port, uint32_t *out);
  *
  * The two address fields are the PHY's address and its register's number. Which is which is in the
  * switch controller's documentation; the library puts them into the command as they are given.
- * --------------------------------------------------------------------------------------------- */
+ * @{
+ */
 
 #define BSP_MDIO_ADDRESS_MAX 31   /**< an address field has 5 bits */
 #define BSP_MDIO_VALUE_MAX 0xFFFF /**< a register has 16 bits */
@@ -1665,18 +1734,23 @@ BSP_API int32_t bsp_smi_read(uint32_t unit, uint32_t addrA, uint32_t reserved, u
 BSP_API int32_t bsp_smi_write(uint32_t unit, uint32_t addrA, uint32_t reserved, uint32_t addrB,
                               uint32_t data);
 
-/* ------------------------------------------------------------------------------------------------
- * Flash partitions
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup flash Flash partitions
  *
  * The partitions are MTD character devices. Writing and reading hold the flash lock
  * (/tmp/bspFlashLockFile, a record lock of the process) for the whole transfer; where the lock file
  * cannot be opened they go on without it.
  *
  * A thread that closes the lock file, as each of these calls does at its end, gives up the lock of
- * its whole process: other processes come in while another thread still works (see "Threads and
- * processes" above). So a process does its flash work, header reads and upgrades included, in one
- * thread at a time, and leaves the lock file alone.
- * --------------------------------------------------------------------------------------------- */
+ * its whole process: other processes come in while another thread still works (see @ref threads).
+ * So a process does its flash work, header reads and upgrades included, in one thread at a time,
+ * and leaves the lock file alone.
+ * @{
+ */
 
 #define BSP_MTD_BOOT_LOADER "/dev/mtd0"   /**< the boot loader */
 #define BSP_MTD_BOOT_SETTINGS "/dev/mtd4" /**< the boot settings */
@@ -1741,9 +1815,14 @@ BSP_API int32_t bsp_mtd_read_to_file(const char *device, const char *file, int32
  */
 BSP_API int32_t bsp_mtd_erase(const char *device);
 
-/* ------------------------------------------------------------------------------------------------
- * Images and upgrades
- * --------------------------------------------------------------------------------------------- */
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup images Images and upgrades
+ * @{
+ */
 
 /** What bspImageUpgrade() replaces. */
 enum BspImageKind {
@@ -1837,8 +1916,12 @@ BSP_API int32_t bspOsImageInfoGet(uint8_t *header, int32_t bank);
  */
 BSP_API int32_t bspImageUpgrade(int32_t kind, const char *file, int32_t bank);
 
-/* ------------------------------------------------------------------------------------------------
- * Power over Ethernet
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup poe Power over Ethernet
  *
  * Below, an "exchange status" is one of BSP_E_POE_UNAVAILABLE (no controller, or a request that it
  * refuses), BSP_E_POE_WRITE, BSP_E_POE_READ, BSP_E_POE_FRAME, BSP_E_POE_STATUS, BSP_E_POE_CONTENT
@@ -1848,7 +1931,8 @@ BSP_API int32_t bspImageUpgrade(int32_t kind, const char *file, int32_t bank);
  *
  * What the controller's own codes mean (modes, kinds of limits, inrush, detection, classes) is in
  * the controller's documentation.
- * --------------------------------------------------------------------------------------------- */
+ * @{
+ */
 
 #define BSP_POE_PORTS_MAX 48 /**< most ports of any model, and ports of the controller */
 
@@ -2382,8 +2466,17 @@ BSP_API int32_t bspPoeDebugChipDispatch(uint32_t unit, int32_t argc, char **argv
  */
 BSP_API int32_t bspPoeDebugChipDispatchHelp(int32_t index);
 
-/* The RTL8239 driver's operations. Ports count from 0; apart from that, and from what is said here,
- * each is the service operation of its name, without the choice of a driver. */
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup rtl8239 RTL8239 driver
+ *
+ * Its operations, as the driver's table has them. Ports count from 0; apart from that, and from
+ * what is said here, each is the service operation of its name, without the choice of a driver.
+ * @{
+ */
 
 /** @copydoc bspPoeDeviceInit */
 BSP_API int32_t bspPoeRtl8239DeviceInit(void);
@@ -2629,15 +2722,20 @@ BSP_API int32_t bspPoeRtl8239DbgPoeCommand(int32_t row, int32_t argc, char **arg
  */
 BSP_API int32_t bspPoeRtl8239DbgUdfCmd(const uint8_t *data, int32_t count);
 
-/* ------------------------------------------------------------------------------------------------
- * PoE ports in few exchanges (since version 1.1)
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup poerecords PoE ports in few exchanges (since version 1.1)
  *
  * One call for each of a port's state, measurement and settings, instead of one for each value: the
  * values of a record come from as few exchanges as the controller allows, and those of one exchange
  * from one moment. An exchange takes 200 ms at least. The values are those of the functions that
  * each member names; so are the statuses and what is printed. A driver that does not know these
  * questions is asked for value after value.
- * --------------------------------------------------------------------------------------------- */
+ * @{
+ */
 
 /** What goes on at a port, command 0x42: one exchange. */
 typedef struct BspPoePortState {
@@ -2712,10 +2810,17 @@ BSP_API int32_t ioPoePortMeasurementGet(uint32_t port, BspPoePortMeasurement *me
 /** @copydoc bspPoePortSettingsGet */
 BSP_API int32_t ioPoePortSettingsGet(uint32_t port, BspPoePortSettings *settings);
 
-/* ------------------------------------------------------------------------------------------------
- * Facade: what management software calls. Unless said otherwise a function is the bsp* function of
- * the same stem: same arguments, same status.
- * --------------------------------------------------------------------------------------------- */
+/** @} */
+
+/* ---------------------------------------------------------------------------------------------- */
+
+/**
+ * @defgroup facade Facade
+ *
+ * What management software calls. Unless said otherwise a function is the bsp* function of the same
+ * stem: same arguments, same status.
+ * @{
+ */
 
 /**
  * Product of this fixed unit: stores BSP_PRODUCT_ID.
@@ -3006,6 +3111,8 @@ BSP_API int32_t ioPoeAppStatusGet(uint32_t *out);
 BSP_API int32_t ioPoeAppUpgradeSet(const char *file);
 /** @copydoc bspPoeAppVersionGet */
 BSP_API int32_t ioPoeAppVersionGet(char *text);
+
+/** @} */
 
 #ifdef __cplusplus
 }

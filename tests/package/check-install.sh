@@ -51,6 +51,13 @@ read -r -a bsp_flags <"$work/pkg-config"
     -Wl,-rpath,"$libraries" -o "$work/consumer-pc"
 check_output "pkg-config" "$work/consumer-pc"
 
+reference=$prefix/share/doc/bsp/html/index.html
+[ -e "$build/reference/html" ] && [ ! -s "$reference" ] && {
+    echo "the reference was built, and is not installed"
+    exit 1
+}
+echo "ok    the reference is installed where it was built"
+
 for program in iodbg vboard; do
     "${emulator[@]}" "$prefix/bin/$program" --help >/dev/null
     echo "ok    installed $program starts"
