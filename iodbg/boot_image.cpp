@@ -1,6 +1,7 @@
 #include "iodbg/boot_image.h"
 
 #include "bsp.h"
+#include "iodbg/excerpt.h"
 #include "iodbg/failure.h"
 #include "iodbg/host_file.h"
 #include "support/byte_order.h"
@@ -37,7 +38,7 @@ std::vector<BootField> bootFields(ByteView file) {
                         sizeof(trailer.boardName));
     return {
         {"magic", wordText(bsp::loadBe32(trailer.magic)), wordText(BSP_BOOT_MAGIC)},
-        {"board name", fieldText(name), BSP_BOOT_BOARD_NAME},
+        {"board name", excerpt(name), BSP_BOOT_BOARD_NAME},
         {"trailer length", std::to_string(bsp::loadBe32(trailer.length)),
          std::to_string(sizeof(trailer))},
         {"trailer CRC", wordText(bsp::loadBe32(trailer.trailerCrc)), wordText(trailerCrc(trailer))},

@@ -4,6 +4,7 @@
 #include "iodbg/boot_block.h"
 #include "iodbg/commands/commands.h"
 #include "iodbg/console.h"
+#include "iodbg/excerpt.h"
 #include "iodbg/failure.h"
 #include "iodbg/flash.h"
 #include "iodbg/flash_claim.h"
@@ -82,11 +83,10 @@ std::string oldValues(ByteView before) {
         if (!value)
             continue;
         const bool isPassword = &setting == &kBootPassword;
-        text +=
-            (text.empty() ? "" : ", ") + std::string(setting.mark) +
-            (isPassword
-                 ? "(not shown)"
-                 : fieldText({reinterpret_cast<const uint8_t *>(value->data()), value->size()}));
+        text += (text.empty() ? "" : ", ") + std::string(setting.mark) +
+                (isPassword
+                     ? "(not shown)"
+                     : excerpt({reinterpret_cast<const uint8_t *>(value->data()), value->size()}));
     }
     return text.empty() ? "there were none" : "they were " + text;
 }

@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "iodbg/commands/upgrade_parts.h"
+#include "iodbg/excerpt.h"
 #include "iodbg/failure.h"
 #include "iodbg/flash.h"
 #include "iodbg/flash_claim.h"
@@ -58,12 +59,9 @@ Bytes headerOf(const Content &image) {
     return readContent(image, image.size() - BSP_OS_HEADER_SIZE, BSP_OS_HEADER_SIZE);
 }
 
-/** The beginning of a header block, enough to tell images apart: its format is the image build's.
- */
+/** Enough of a header block to tell images apart: its format is the image build's. */
 std::string headerStart(const Bytes &header) {
-    constexpr size_t kShown = 48;
-    const std::string start = fieldText(ByteView(header).first(kShown));
-    return "'" + start + "'" + (fieldText(header) == start ? "" : "...");
+    return quotedExcerpt(header);
 }
 
 std::string storedText(uint32_t bank) {

@@ -223,6 +223,17 @@ TEST_F(BootCommandsTest, ABackupIsSavedFirst) {
     expectFailure({"boot", "set", "flag", "3", "--backup", "/none/x"}, 4, {"cannot write /none/x"});
 }
 
+TEST_F(BootCommandsTest, GarbageInTheBlockIsCut) {
+    std::string bytes(256, '\x01');
+    bytes.replace(0, 12, "main_system=");
+    store(4, 0, bytes);
+    spoil("mtd4", "program", "fails=EIO");
+    std::string shown = "they were main_system=";
+    for (int i = 0; i < 12; ++i)
+        shown += "\\x01";
+    expectFailure({"boot", "set", "flag", "0"}, 3, {shown + "...; write the block back"});
+}
+
 TEST_F(BootCommandsTest, WornFlashIsFound) {
     storeAll();
     spoil("mtd4", "erase", "fails=EIO");

@@ -292,6 +292,13 @@ TEST_F(UpgradeCommandsTest, NamesTheFieldOfABootFileThatIsWrong) {
         bytes[bytes.size() - fromEnd] = '\x7E';
         expectRefusal({"upgrade", "boot", makeFile("bad", bytes), "--yes"}, 2, text);
     }
+    std::string bytes = good;
+    bytes.replace(bytes.size() - 48, 48, std::string(48, '\x01'));
+    std::string shown;
+    for (int i = 0; i < 12; ++i)
+        shown += "\\x01";
+    expectRefusal({"upgrade", "boot", makeFile("bad", bytes), "--yes"}, 2,
+                  "board name is '" + shown + "...' and must be 'ZENTRAV48_BOOT'");
     const std::string large = bootFile(65457);
     shrink(0, 65536);
     expectRefusal({"upgrade", "boot", large, "--yes"}, 2, "has 65537 bytes; /dev/mtd0 holds 65536");
