@@ -14,8 +14,8 @@ namespace {
 
 // Each thing that can be locked is a byte of the file, which holds none.
 constexpr char kClaimsFile[] = "/tmp/bsp/iodbg.lock";
-constexpr off_t kHeader = 0;
-constexpr off_t kLongTurn = 1;
+constexpr off_t kHeaderByte = 0;
+constexpr off_t kLongTurnByte = 1;
 constexpr off_t kFirstPartition = 16;
 
 /** In a folder that others can change the file could be anything. */
@@ -91,20 +91,20 @@ FlashClaim::~FlashClaim() {
 }
 
 HeaderTurn::HeaderTurn(Length length) {
-    if (!lockAt(kHeader, F_SETLK)) {
-        if (const std::optional<pid_t> holder = holderOf(kLongTurn))
+    if (!lockAt(kHeaderByte, F_SETLK)) {
+        if (const std::optional<pid_t> holder = holderOf(kLongTurnByte))
             std::fprintf(stderr, "iodbg: waiting for process %d, which writes an image\n",
                          static_cast<int>(*holder));
-        if (!lockAt(kHeader, F_SETLKW))
+        if (!lockAt(kHeaderByte, F_SETLKW))
             throw Failure::file("wait for another process's use of an image header", "try again");
     }
     if (length == Length::Long)
-        lockAt(kLongTurn, F_SETLK); // free: whoever has the turn has had it as well
+        lockAt(kLongTurnByte, F_SETLK); // free: whoever has the turn has had it as well
 }
 
 HeaderTurn::~HeaderTurn() {
-    unlockAt(kLongTurn);
-    unlockAt(kHeader);
+    unlockAt(kLongTurnByte);
+    unlockAt(kHeaderByte);
 }
 
 } // namespace iodbg

@@ -10,7 +10,7 @@ namespace iodbg {
 namespace {
 
 /** Programs other than iodbg can remove or replace the scratch file before it has been read. */
-constexpr int kTries = 3;
+constexpr int kHeaderTries = 3;
 
 void requireSharedFiles() {
     const std::vector<SharedFileFlaw> flaws = sharedFileFlaws();
@@ -31,7 +31,7 @@ int32_t readOsHeader(uint32_t bank, Bytes &header) {
     const HeaderTurn turn;
     header.resize(BSP_OS_HEADER_SIZE);
     int32_t status = BSP_OK;
-    for (int tries = 0; tries < kTries; ++tries) {
+    for (int tries = 0; tries < kHeaderTries; ++tries) {
         status = bspOsImageInfoGet(header.data(), static_cast<int32_t>(bank));
         if (status != BSP_E_OPEN && status != BSP_E_SHORT_READ)
             break;
@@ -41,7 +41,7 @@ int32_t readOsHeader(uint32_t bank, Bytes &header) {
 
 int32_t readOsHeader(uint32_t bank, const Bytes &expected, Bytes &header) {
     int32_t status = BSP_OK;
-    for (int tries = 0; tries < kTries; ++tries) {
+    for (int tries = 0; tries < kHeaderTries; ++tries) {
         status = readOsHeader(bank, header);
         if (status != BSP_OK || header == expected)
             break;

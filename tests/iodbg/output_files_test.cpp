@@ -23,7 +23,7 @@ mode_t modeOf(const std::string &path) {
 }
 
 /** Waits in real time: the board's is virtual. */
-bool comesTrue(const std::function<bool()> &condition) {
+bool comesTrueInTime(const std::function<bool()> &condition) {
     constexpr int kTries = 6000;
     constexpr int kPauseMs = 10;
     for (int i = 0; i < kTries; ++i) {
@@ -216,7 +216,7 @@ TEST_F(OutputFilesTest, AnInterruptedReadKeepsTheOldFile) {
             open(boardFile("/tmp/bspFlashLockFile").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
         ASSERT_EQ(bsp_flash_lock_set(lock.get(), 1), 0);
         Process reader = start({"mtd", "read", "mtd4", old, "--force"});
-        ASSERT_TRUE(comesTrue([&] { return filesIn(place).size() == 2; }));
+        ASSERT_TRUE(comesTrueInTime([&] { return filesIn(place).size() == 2; }));
         reader.signal(signal);
         EXPECT_EQ(reader.wait().exitCode, 128 + signal);
         EXPECT_EQ(filesIn(place), Words{"old"});
@@ -231,7 +231,7 @@ TEST_F(OutputFilesTest, ATemporaryFileOfADeadProcessIsLeftAlone) {
     ASSERT_EQ(bsp_flash_lock_set(lock.get(), 1), 0);
     {
         const Process killed = start({"mtd", "read", "mtd4", place + "/copy"});
-        ASSERT_TRUE(comesTrue([&] { return filesIn(place).size() == 1; }));
+        ASSERT_TRUE(comesTrueInTime([&] { return filesIn(place).size() == 1; }));
     }
     ASSERT_EQ(bsp_flash_lock_set(lock.get(), 2), 0);
     const std::string left = place + "/" + filesIn(place)[0];
@@ -249,7 +249,7 @@ TEST_F(OutputFilesTest, AFileThatAppearsMeanwhileIsKept) {
     ASSERT_EQ(bsp_flash_lock_set(lock.get(), 1), 0);
     storeSmallFile(4);
     Process reader = start({"mtd", "read", "mtd4", place + "/copy", "--header"});
-    ASSERT_TRUE(comesTrue([&] { return filesIn(place).size() == 1; }));
+    ASSERT_TRUE(comesTrueInTime([&] { return filesIn(place).size() == 1; }));
     std::ofstream(place + "/copy") << "another's";
     ASSERT_EQ(bsp_flash_lock_set(lock.get(), 2), 0);
     const ProcessResult result = reader.wait();
