@@ -45,16 +45,16 @@ constexpr size_t kVerdictColumn = 16; // behind the longest subject
 constexpr size_t kFoundColumn = 28;
 constexpr size_t kNarrowest = 20; // for what was found
 
-std::string padded(const std::string &text, size_t columns) {
+std::string inColumns(const std::string &text, size_t columns) {
     return text + std::string(columns - std::min(columns, text.size()), ' ');
 }
 
 void addFinding(std::vector<FindingLine> &lines, const Finding &finding, size_t columns) {
     const std::string margin(kFoundColumn, ' ');
     const size_t room = std::max(columns, kFoundColumn + kNarrowest) - kFoundColumn;
-    std::string begin =
-        padded(padded(finding.subject.name(), kVerdictColumn) + severityText(finding.severity()),
-               kFoundColumn);
+    std::string begin = inColumns(inColumns(finding.subject.name(), kVerdictColumn) +
+                                      severityText(finding.severity()),
+                                  kFoundColumn);
     for (const std::string &line : wrapped(finding.text, room)) {
         lines.push_back({begin + line, finding.severity()});
         begin = margin;
@@ -138,7 +138,7 @@ std::vector<FindingLine> findingLines(const Findings &findings, size_t columns) 
     if (findings.empty())
         return {};
     std::vector<FindingLine> lines = {
-        {padded(padded("SUBJECT", kVerdictColumn) + "VERDICT", kFoundColumn) + "FOUND, TO DO",
+        {inColumns(inColumns("SUBJECT", kVerdictColumn) + "VERDICT", kFoundColumn) + "FOUND, TO DO",
          Severity::Good}};
     for (const Finding &finding : findings)
         addFinding(lines, finding, columns);

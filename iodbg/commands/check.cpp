@@ -12,8 +12,6 @@ namespace iodbg {
 
 namespace {
 
-constexpr size_t kColumns = 80;
-
 /** Where nothing of a board is there, nothing can be judged. */
 void requireBoard() {
     if (!boardlessHint().empty() && tryNode(BSP_MTD_BOOT_SETTINGS).state() == NodeState::Missing)
@@ -22,7 +20,7 @@ void requireBoard() {
 
 std::string textOf(const Findings &findings, const Section &summary) {
     std::string text;
-    for (const FindingLine &line : findingLines(findings, kColumns))
+    for (const FindingLine &line : findingLines(findings, kUsualColumns))
         text += line.text + "\n";
     return text + "\n" + Report{{summary}, {}}.toText();
 }

@@ -29,7 +29,7 @@ void addUpgradeCommands(const Command &root) {
     const Command upgrade = root.group("upgrade", "Replace images of the board");
     addUpgradeOs(upgrade);
     addUpgradeBoot(upgrade);
-    addUpgradeCpld(upgrade);
+    addUpgradeCpld(upgrade.onKernelModule());
 }
 
 } // namespace iodbg

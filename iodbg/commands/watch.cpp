@@ -28,7 +28,6 @@ namespace {
 
 constexpr uint32_t kMsPerSecond = 1000;
 constexpr uint32_t kShortestMs = 100;
-constexpr size_t kColumns = 80; // where there is no terminal
 constexpr uint32_t kLongestMs = 3600 * kMsPerSecond;
 
 struct Watching {
@@ -104,7 +103,8 @@ Round look(PoeTour &tour) {
     if (grounds.modelStatus != BSP_OK) {
         Section section = {"model", "Model", {}};
         section.add("device_id", "Device id",
-                    round.report.tried(section.path("device_id"), grounds.modelStatus, {}));
+                    round.report.tried(section.path("device_id"), grounds.modelStatus, {},
+                                       round.findings.front().toDo()));
         round.report.parts.emplace_back(section);
         return round;
     }
@@ -152,7 +152,7 @@ std::vector<ScreenLine> screenLines(const Round &round, size_t columns) {
 
 std::string textOf(const Round &round) {
     std::string text;
-    for (const ScreenLine &line : screenLines(round, kColumns))
+    for (const ScreenLine &line : screenLines(round, kUsualColumns))
         text += line.text + "\n";
     return text + "\n";
 }

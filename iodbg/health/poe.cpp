@@ -9,7 +9,7 @@ namespace iodbg {
 
 namespace {
 
-constexpr Subject kController = {Unit::PoeController};
+constexpr Subject kControllerSubject = {Unit::PoeController};
 
 void addPorts(Findings &findings, uint32_t ports) {
     const size_t before = findings.size();
@@ -17,6 +17,8 @@ void addPorts(Findings &findings, uint32_t ports) {
         uint32_t fault = 0;
         if (const int32_t status = ioPoePortFaultGet(port, &fault); status != BSP_OK) {
             findings.push_back(unreadable({Unit::PoePort, port}, status));
+            if (port < ports)
+                findings.push_back(notJudged({Unit::PoePort}, {Unit::PoePort, port}));
             return;
         }
         if (fault == BSP_POE_FAULT)
@@ -37,14 +39,14 @@ int32_t askVersion() {
  * no firmware can be sent to it either.
  */
 Finding busFinding(const std::string &more = "") {
-    return {kController, Code::PoeBusNoAnswer, "its bus, I2C 16, takes no request" + more};
+    return {kControllerSubject, Code::PoeBusNoAnswer, "its bus, I2C 16, takes no request" + more};
 }
 
 Finding silenceFinding() {
     const int32_t status = askVersion();
     if (status == BSP_E_POE_WRITE)
         return busFinding();
-    return {kController, Code::PoeNoAnswer,
+    return {kControllerSubject, Code::PoeNoAnswer,
             status == BSP_OK ? "answers now and then only"
                              : "takes requests, gives no answer: " + nameAndNumber(status)};
 }
@@ -57,23 +59,23 @@ Findings poeControllerFindings(const Model &model) {
         return {};
     uint32_t presence = BSP_POE_CONTROLLER_PRESENT;
     if (const int32_t status = bspPoeOnlineGet(&presence); status != BSP_OK)
-        return {unreadable(kController, status)};
+        return {unreadable(kControllerSubject, status)};
     if (presence != BSP_POE_CONTROLLER_PRESENT)
-        return {{kController, Code::PoeMissing, "missing"}};
+        return {{kControllerSubject, Code::PoeMissing, "missing"}};
     uint32_t firmware = 0;
     if (ioPoeAppStatusGet(&firmware) == BSP_OK && firmware == BSP_POE_APP_UPGRADE_FAILED) {
         if (askVersion() == BSP_E_POE_WRITE)
             return {busFinding("; its last upgrade failed")};
-        return {{kController, Code::PoeUpgradeFailed, "its last upgrade failed"}};
+        return {{kControllerSubject, Code::PoeUpgradeFailed, "its last upgrade failed"}};
     }
     uint32_t isInitialised = kNoAnswer; // which it stays without being a failure
     if (const int32_t status = ioPoeInitStatusGet(&isInitialised); status != BSP_OK)
-        return {unreadable(kController, status)};
+        return {unreadable(kControllerSubject, status)};
     if (isInitialised == kNoAnswer)
         return {silenceFinding()};
     if (isInitialised != BSP_POE_INITIALISED)
-        return {{kController, Code::PoeNotInitialised, "not initialised"}};
-    return {good(kController, "initialised")};
+        return {{kControllerSubject, Code::PoeNotInitialised, "not initialised"}};
+    return {good(kControllerSubject, "initialised")};
 }
 
 Findings poeFindings(const Model &model) {
@@ -83,7 +85,7 @@ Findings poeFindings(const Model &model) {
     if (findings.front().severity() == Severity::Good)
         addPorts(findings, model.poePorts);
     else
-        findings.push_back(notJudged({Unit::PoePort}, kController));
+        findings.push_back(notJudged({Unit::PoePort}, kControllerSubject));
     return findings;
 }
 

@@ -59,17 +59,18 @@ Findings supplyFindings(const Model &model) {
     if (const int32_t status = ioPowerNumGet(&count); status != BSP_OK)
         return {uncounted(model, count, status)};
     Findings findings;
-    if (model.fanPresence == FanPresence::SuppliesLine)
-        findings.push_back({{Unit::PresenceLines},
-                            Code::LinesShared,
-                            "one is that of fans 1-2 and of supply 1, one of fans 3-4 and of "
-                            "supply 2: they tell of neither for sure"});
     for (int32_t supply = 1; supply <= std::min(count, BSP_FIXED_SUPPLIES); ++supply)
         findings.push_back(supplyFinding(model, supply));
     // One register has the lines of both.
-    if (findings.size() == BSP_FIXED_SUPPLIES && findings[0].code == Code::Unreadable &&
+    if (findings.size() > 1 && findings[0].code == Code::Unreadable &&
         findings[1].code == Code::Unreadable)
-        return {{{Unit::Supply}, Code::Unreadable, findings[0].text}};
+        findings = {{{Unit::Supply}, Code::Unreadable, findings[0].text}};
+    if (model.fanPresence == FanPresence::SuppliesLine)
+        findings.insert(findings.begin(),
+                        {{Unit::PresenceLines},
+                         Code::LinesShared,
+                         "one is that of fans 1-2 and of supply 1, one of fans 3-4 and of "
+                         "supply 2: they tell of neither for sure"});
     return findings;
 }
 

@@ -15,17 +15,17 @@ struct Part {
     Findings (*judge)(const Model &model);
 };
 
-constexpr Unit kModule[] = {Unit::KernelModule};
-constexpr Unit kModuleAndModel[] = {Unit::KernelModule, Unit::Model};
-constexpr Unit kModelAndLines[] = {Unit::KernelModule, Unit::Cpld, Unit::Model};
+constexpr Unit kNeedsModule[] = {Unit::KernelModule};
+constexpr Unit kNeedsModel[] = {Unit::KernelModule, Unit::Model};
+constexpr Unit kNeedsLines[] = {Unit::KernelModule, Unit::Cpld, Unit::Model};
 
-constexpr Unit kIdentity[] = {Unit::ProductRecord, Unit::SerialNumber, Unit::MacAddress};
-constexpr Unit kTemperature[] = {Unit::Temperature};
-constexpr Unit kFans[] = {Unit::Fan};
-constexpr Unit kSupplies[] = {Unit::Supply};
-constexpr Unit kPoe[] = {Unit::PoeController};
-constexpr Unit kClock[] = {Unit::Clock};
-constexpr Unit kCages[] = {Unit::SfpPort};
+constexpr Unit kIdentityUnits[] = {Unit::ProductRecord, Unit::SerialNumber, Unit::MacAddress};
+constexpr Unit kTemperatureUnits[] = {Unit::Temperature};
+constexpr Unit kFanUnits[] = {Unit::Fan};
+constexpr Unit kSupplyUnits[] = {Unit::Supply};
+constexpr Unit kPoeUnits[] = {Unit::PoeController};
+constexpr Unit kClockUnits[] = {Unit::Clock};
+constexpr Unit kCageUnits[] = {Unit::SfpPort};
 
 template <Findings (*Judge)()>
 Findings judgeAny(const Model &) {
@@ -33,14 +33,14 @@ Findings judgeAny(const Model &) {
 }
 
 constexpr Part kParts[] = {
-    {kModule, kIdentity, judgeAny<identityFindings>},
-    {kModule, kTemperature, judgeAny<temperatureFindings>},
-    {kModelAndLines, kFans, fanFindings},
-    {kModelAndLines, kSupplies, supplyFindings},
-    {kModelAndLines, kPoe, poeFindings},
-    {kModuleAndModel, kClock, clockFindings},
+    {kNeedsModule, kIdentityUnits, judgeAny<identityFindings>},
+    {kNeedsModule, kTemperatureUnits, judgeAny<temperatureFindings>},
+    {kNeedsLines, kFanUnits, fanFindings},
+    {kNeedsLines, kSupplyUnits, supplyFindings},
+    {kNeedsLines, kPoeUnits, poeFindings},
+    {kNeedsModel, kClockUnits, clockFindings},
     {{}, {}, judgeAny<flashFindings>},
-    {kModelAndLines, kCages, transceiverFindings},
+    {kNeedsLines, kCageUnits, transceiverFindings},
 };
 
 Findings findingsOn(const Part &part, const Grounds &grounds) {

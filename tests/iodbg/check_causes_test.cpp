@@ -54,7 +54,7 @@ const std::string kPortsWait = "PoE ports: not-judged <- poe-not-initialised";
 /** Advice has a field of its own, and every line has room on a terminal. */
 void expectOrder(const Json &finding) {
     const std::string found = finding["found"];
-    for (const char *word : {"check", "see ", "run ", "replace", "plug it", "'iodbg", "look "})
+    for (const char *word : {"check ", "see ", "run ", "replace", "plug it", "'iodbg", "look "})
         EXPECT_EQ((" " + found).find(std::string(" ") + word), std::string::npos) << found;
     EXPECT_EQ(finding["verdict"] == "fault" && finding["advice"].is_null(), false) << found;
 }
@@ -356,6 +356,15 @@ TEST_F(CheckCausesTest, PortsWithAFaultAreNumbered) {
     EXPECT_EQ(finding("PoE port 8")["unit"], "poe-port");
 }
 
+TEST_F(CheckCausesTest, APortThatCannotBeReadEndsTheTour) {
+    ASSERT_EQ(iodbg({"poe", "init"}).exitCode, 0);
+    addFault(at(silence(FaultDevice::Poe, FaultOp::Write), 0x42));
+    const uint64_t before = now();
+    EXPECT_EQ(causes(), (Lines{"PoE port 1: unreadable", "PoE ports: not-judged <- unreadable"}));
+    EXPECT_LT(now() - before, 3000000000u) << "twice";
+    EXPECT_EQ(finding("PoE ports")["found"], "hangs on PoE port 1");
+}
+
 TEST_F(CheckCausesTest, PartitionsAreNamedAndNothingIsWrittenForAnUnreadOne) {
     addFault(openFails("/dev/mtd12", ENOENT));
     addFault(openFails("/dev/mtd4", EACCES));
@@ -396,6 +405,9 @@ TEST_F(CheckCausesTest, LinesOfFourFansAreSaidToBeShared) {
     devices().cpld.reg[30] |= 0x0001; // the fans are there, or the supply is not
     EXPECT_EQ(causes(0), Lines{shared});
     EXPECT_EQ(finding("supply 1")["code"], "good") << "its status lines say that it works";
+    addFault(at(refuse(FaultDevice::Cpld, FaultOp::Read, -EIO), 30));
+    EXPECT_EQ(causes(), (Lines{shared, "supplies: unreadable"}));
+    clearFaults();
     world::set("supply.1.present", "no");
     EXPECT_EQ(causes(0), Lines{shared});
     EXPECT_EQ(finding("supply 1")["code"], "supply-absent-or-failed");

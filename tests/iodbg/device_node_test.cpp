@@ -32,6 +32,7 @@ const Words kModuleCommands[] = {
     {"gpio", "get", "1"},
     {"poe", "status"},
     {"sfp", "list"},
+    {"upgrade", "cpld", "/dev/null", "--yes"},
 };
 
 TEST_F(DeviceNodeTest, WithoutTheKernelModuleAllSaySoInOneLine) {
@@ -124,6 +125,14 @@ TEST(NoBoardTest, TheVirtualBoardIsRecommended) {
         EXPECT_TRUE(result.err.ends_with(kVirtualBoardHint + std::string("\n"))) << result.err;
         EXPECT_EQ(linesOf(result.err).size(), 1u) << result.err;
     }
+    const ProcessResult judged = onHost({"check"});
+    EXPECT_EQ(judged.exitCode, 1) << "there is nothing to judge";
+    EXPECT_EQ(judged.out, "");
+    EXPECT_TRUE(judged.err.ends_with(kVirtualBoardHint + std::string("\n"))) << judged.err;
+    EXPECT_EQ(linesOf(judged.err).size(), 1u) << judged.err;
+    const ProcessResult watched = onHost({"watch", "--count", "1"});
+    EXPECT_EQ(watched.exitCode, 1);
+    EXPECT_EQ(watched.err, std::string("iodbg: ") + kVirtualBoardHint + "\n");
     EXPECT_EQ(onHost({"cpld", "get", "x"}).err.find("vboard"), std::string::npos)
         << "another board would not help";
     EXPECT_EQ(onHost({"status"}).exitCode, 0);

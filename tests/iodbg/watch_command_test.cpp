@@ -175,6 +175,43 @@ TEST_F(WatchCommandTest, AnUnknownModelIsAskedAgain) {
     EXPECT_EQ(jsonAt(lines.at(1), "/climate/fan_level"), "1");
 }
 
+TEST_F(WatchCommandTest, AMissingKernelModuleIsAllThatARoundTells) {
+    addFault(openFails("/dev/bspHandle", ENOENT));
+    const ProcessResult result = iodbg({"watch", "--count", "2", "--json"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.err, "") << "the library is not asked, and prints nothing";
+    const Words lines = linesOf(result.out);
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(jsonAt(lines[1], "/findings/0/code"), "\"kernel-module-missing\"");
+    EXPECT_EQ(jsonAt(lines[1], "/findings/1/cause"), "\"kernel-module-missing\"");
+    EXPECT_EQ(jsonAt(lines[1], "/model"), "{\"device_id\":null}");
+    EXPECT_EQ(jsonAt(lines[1], "/failures/0/next"), "\"load the board's kernel module\"");
+    clearFaults();
+    EXPECT_EQ(jsonAt(rounds("1")[0], "/climate/fan_level"), "1");
+}
+
+TEST_F(WatchCommandTest, AnotherModelsLinesAreShownAndNotJudged) {
+    devices().cpld.reg[1] = 0x1234;
+    const std::string round = rounds("1")[0];
+    EXPECT_EQ(jsonKeys(round, "/findings").size(), 1u);
+    EXPECT_EQ(jsonAt(round, "/findings/0/code"), "\"model-unknown\"");
+    EXPECT_EQ(jsonAt(round, "/climate/temperature_c"), "40");
+}
+
+TEST_F(WatchCommandTest, ASilentBusIsOneFinding) {
+    for (const uint32_t device : {0x4Fu, 0x51u}) {
+        vb::FaultRule rule = silence(FaultDevice::I2c, FaultOp::Any);
+        rule.hasAddress = 1;
+        rule.channel = 1;
+        rule.devAddr = device;
+        addFault(rule);
+    }
+    const std::string round = rounds("1", 1)[0];
+    EXPECT_EQ(jsonAt(round, "/findings/0/code"), "\"i2c-bus-no-answer\"");
+    for (const char *finding : {"/findings/1/cause", "/findings/3/cause"})
+        EXPECT_EQ(jsonAt(round, finding), "\"i2c-bus-no-answer\"") << round;
+}
+
 TEST_F(WatchCommandTest, CtrlCEndsItWell) {
     for (const Words &command : {Words{"watch"}, Words{"watch", "--json"}}) {
         const uint64_t before = now() / 1000000000u;
