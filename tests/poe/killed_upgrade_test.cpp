@@ -2,6 +2,7 @@
 // good.
 
 #include "tests/poe/shared_controller_test.h"
+#include "tests/support/depth.h"
 #include "tests/support/firmware.h"
 #include "tests/support/sudden_death.h"
 
@@ -199,19 +200,14 @@ class KilledAtBlockTest : public KilledUpgradeTest,
                           public ::testing::WithParamInterface<uint32_t> {};
 
 constexpr uint32_t kParts = 8;
-// Blocks between kills. Each kill costs two downloads, so the slower builds take fewer: emulated
-// and other 32-bit ones, and those with sanitizers.
-#if defined(__SANITIZE_ADDRESS__) || __SIZEOF_POINTER__ < 8
-constexpr uint32_t kInterval = 50;
-#else
-constexpr uint32_t kInterval = 10;
-#endif
 
 TEST_P(KilledAtBlockTest, IsMadeGood) {
     constexpr uint32_t kBlocksOfPart = kBlocks / kParts;
+    // Blocks between kills, each of which costs two downloads.
+    const auto interval = depthOf<uint32_t>(50, kBlocksOfPart, 10, 50);
     const uint32_t first = GetParam() * kBlocksOfPart;
     const std::string factory(poe().image.bytes, poe().image.bytes + poe().image.size);
-    for (uint32_t block = first; block < first + kBlocksOfPart; block += kInterval) {
+    for (uint32_t block = first; block < first + kBlocksOfPart; block += interval) {
         SCOPED_TRACE("block " + std::to_string(block));
         renewBoard();
         upgradeUntil(kFirstBlockCall + block * kCallsOfBlock);

@@ -1,5 +1,7 @@
 #include "tests/sweep/functions.h"
 
+#include "tests/support/depth.h"
+
 #include <cstring>
 
 namespace sweep {
@@ -43,16 +45,16 @@ const Statuses kOsWrite = kShell + Statuses{BSP_E_LOCK,       BSP_E_FAILED,    B
 const Statuses kBootWrite = {BSP_E_SHORT_READ, BSP_E_FAILED, BSP_E_NO_MEMORY, BSP_E_OPEN};
 
 // Work of hundreds or thousands of frames, whose later calls are all alike. Its forwarders are only
-// shown to forward what fails. Emulated and sanitized builds go fewer steps: each is the whole work
-// once more.
-#if defined(__SANITIZE_ADDRESS__) || __SIZEOF_POINTER__ < 8
-constexpr bool kIsFast = false;
-#else
-constexpr bool kIsFast = true;
-#endif
-constexpr Depth kManyFrames = {60, kIsFast ? 111 : 1110};
-constexpr Depth kThousandsOfFrames = {kIsFast ? 40 : 20, kIsFast ? 1480 : 14800};
-constexpr Depth kForwarder = {kIsFast ? 20 : 8, 7400};
+// shown to forward what fails. Each step is the whole work once more.
+Depth manyFrames() {
+    return depthOf<Depth>({60, 333}, {30, 3330}, {60, 111}, {60, 1110});
+}
+Depth thousandsOfFrames() {
+    return depthOf<Depth>({30, 3700}, {12, 14800}, {40, 1480}, {20, 14800});
+}
+Depth forwarder() {
+    return depthOf<Depth>({12, 7400}, {8, 14800}, {20, 7400}, {8, 7400});
+}
 
 using Call = std::function<int32_t(Output &)>;
 
@@ -326,8 +328,8 @@ void addPoeService(Table &table, const Files &files) {
         Statuses{-1});
     static const uint32_t port = 1;
     ADD(bspPoeOptDriver, (&port, BSP_POE_PORT_POWER_GET, output.as<void>()), kExchange);
-    ADD_BOTH(PoeDeviceInit, (), kPoeInit, Exception::None, kForwarder);
-    ADD_BOTH(PoeAppUpgradeSet, (firmware), kPoeUpgrade, Exception::None, kForwarder);
+    ADD_BOTH(PoeDeviceInit, (), kPoeInit, Exception::None, forwarder());
+    ADD_BOTH(PoeAppUpgradeSet, (firmware), kPoeUpgrade, Exception::None, forwarder());
     ADD(bspPoeDebugAllInfoGet, (), kNoSlot, Exception::NeverSucceeds);
     ADD(bspPoeDebugPortInfoGet, (1), kNoSlot, Exception::NeverSucceeds);
     ADD(bspPoeDebugSwVersionGet, (), kNoSlot, Exception::NeverSucceeds);
@@ -341,13 +343,13 @@ void addPoeService(Table &table, const Files &files) {
 
 void addPoeDriver(Table &table, const Files &files) {
     const char *firmware = files.controllerFirmware.c_str();
-    ADD(bspPoeRtl8239DeviceInit, (), kPoeInit, Exception::None, kManyFrames);
+    ADD(bspPoeRtl8239DeviceInit, (), kPoeInit, Exception::None, manyFrames());
     ADD(bspPoeRtl8239InitStatusSet, (1), kNothing);
     ADD(bspPoeRtl8239InitStatusGet, (output.as<uint32_t>()), kNothing);
     ADD(bspPoeRtl8239AppStatusGet, (output.as<uint32_t>()), Statuses{BSP_E_POE_OPEN});
     ADD(bspPoeRtl8239AppStatusSet, (0), Statuses{BSP_E_POE_OPEN});
     ADD(bspPoeRtl8239AppVersionGet, (output.as<char>()), kExchange);
-    ADD(bspPoeRtl8239McuUpgrade, (firmware), kPoeUpgrade, Exception::None, kThousandsOfFrames);
+    ADD(bspPoeRtl8239McuUpgrade, (firmware), kPoeUpgrade, Exception::None, thousandsOfFrames());
     ADD(bspPoeRtl8239GlobalMaxPowerSet, (1000000), kExchange);
     ADD(bspPoeRtl8239GlobalMaxPowerGet, (output.as<uint32_t>()), kExchange);
     ADD(bspPoeRtl8239GlobalPowerGet, (output.as<uint32_t>()), kExchange);
