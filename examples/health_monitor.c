@@ -25,12 +25,9 @@ enum { EXIT_COMMAND_LINE = 2, EXIT_ATTENTION = 3 };
 enum { WARM = 60, HOT = 75 }; /* degrees Celsius */
 enum { SLOW_PERCENT = 75 };   /* of the fastest fan's speed: all run at one level */
 
-/* Values of the library's arguments; bsp.h lists them with each function. */
-enum { SYSTEM_LAMP = 1 };    /* ioLedStateSet: kind */
-enum { MAX_PORT = 54 };      /* the highest port of any model */
-enum { MAX_FANS = 4 };       /* of any model */
-enum { SUPPLIES_SEEN = 2 };  /* ioPowerPresentGet: those that have a presence line */
-enum { TRANSMITTER_ON = 1 }; /* ioLaserControlGet */
+/* Of any model; bsp.h lists what each has. */
+enum { MAX_PORT = 54 };
+enum { MAX_FANS = 4 };
 
 /* Places in the pages of SFP modules. */
 enum { MONITORING = 92, HAS_DIAGNOSTICS = 0x40 }; /* identification page */
@@ -98,24 +95,25 @@ static void look_at_fans(Health *unit) {
 
 /* ---- Supplies ---- */
 
-/* Models with fans have the supplies' lines as they are: 0 is a plugged one. Others answer 1. */
+/* Models with fixed supplies answer the supplies' lines as they are: a low one is a plugged one's.
+ */
 static void look_at_supplies(Health *unit, bool is_line_answered) {
     int32_t count = 0;
     if (!succeeded(unit, "supplies", 0, ioPowerNumGet(&count)))
         return;
-    for (int32_t supply = 1; supply <= count && supply <= SUPPLIES_SEEN; ++supply) {
+    for (int32_t supply = 1; supply <= count && supply <= BSP_FIXED_SUPPLIES; ++supply) {
         int32_t answer = 0, code = 0;
         char text[32];
         if (!succeeded(unit, "supply", (uint32_t)supply, ioPowerPresentGet(supply, &answer)))
             continue;
-        if ((answer != 0) == is_line_answered) {
+        if (answer == (is_line_answered ? BSP_SUPPLY_LINE_HIGH : BSP_SUPPLY_MISSING)) {
             find(unit, WARNING, "supply", (uint32_t)supply, "is not plugged");
             continue;
         }
         if (!succeeded(unit, "supply", (uint32_t)supply, ioPowerStatusGet(supply, &code)))
             continue;
         snprintf(text, sizeof(text), "tells status %" PRId32, code);
-        if (code != 0)
+        if (code != BSP_SUPPLY_STATUS_0)
             find(unit, FAULT, "supply", (uint32_t)supply, text);
     }
 }
@@ -144,7 +142,7 @@ static const Flag flags[] = {
 
 static void look_at_diagnostics(Health *unit, uint32_t port) {
     uint8_t alarms[2] = {0, 0};
-    uint32_t transmitter = TRANSMITTER_ON;
+    uint32_t transmitter = BSP_LASER_ON;
     for (uint32_t i = 0; i < sizeof(alarms); ++i) {
         if (!succeeded(unit, "port", port, ioLaserAdvanceGet(port, ALARM_FLAGS + i, &alarms[i])))
             return;
@@ -154,7 +152,7 @@ static void look_at_diagnostics(Health *unit, uint32_t port) {
     for (size_t i = 0; i < sizeof(flags) / sizeof(flags[0]); ++i) {
         const Flag *flag = &flags[i];
         const bool is_set = (alarms[flag->byte] >> flag->bit & 1) != 0;
-        if (is_set && (transmitter == TRANSMITTER_ON || !flag->is_transmitters))
+        if (is_set && (transmitter == BSP_LASER_ON || !flag->is_transmitters))
             find(unit, WARNING, "port", port, flag->text);
     }
 }
@@ -163,11 +161,12 @@ static void look_at_diagnostics(Health *unit, uint32_t port) {
  * asked. */
 static void look_at_module(Health *unit, uint32_t port) {
     uint8_t monitoring = 0;
-    uint32_t is_present = 0;
+    uint32_t presence = BSP_LASER_MISSING;
     const int32_t status = ioLaserBasicGet(port, MONITORING, &monitoring);
     if (status == BSP_E_INVALID)
         return;
-    if (!succeeded(unit, "port", port, ioLaserPresentGet(port, &is_present)) || is_present == 0)
+    if (!succeeded(unit, "port", port, ioLaserPresentGet(port, &presence)) ||
+        presence != BSP_LASER_PRESENT)
         return;
     if (status != BSP_OK)
         find(unit, FAULT, "port", port, "has a module that does not answer");
@@ -204,7 +203,7 @@ int main(int argc, char **argv) {
         return EXIT_COMMAND_LINE;
     }
     const Health health = look();
-    const int32_t status = ioLedStateSet(0, 0, SYSTEM_LAMP, 0, (uint32_t)health);
+    const int32_t status = ioLedStateSet(0, 0, BSP_LED_SYSTEM, 0, (uint32_t)health);
     if (status != BSP_OK) {
         fprintf(stderr, "health_monitor: ioLedStateSet: status %" PRId32 "\n", status);
         return EXIT_FAILURE;

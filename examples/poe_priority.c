@@ -24,14 +24,10 @@
 
 enum { EXIT_COMMAND_LINE = 2 };
 
-enum { MAX_PORTS = 48, MAX_PRIORITY = 99, MAX_WATTS = 6000 };
+enum { MAX_PRIORITY = 99, MAX_WATTS = 6000 };
 
-/* Values of the library's arguments; bsp.h lists them with each function. */
-enum { MODE_SEMI_AUTOMATIC = 1 };              /* ioPoePortModeSet: power on command only */
-enum { POWER_ON = 1, POWER_OFF = 2 };          /* ioPoePortPowerOnSet */
-enum { DETECTED_LEGACY = 2, DETECTED_OK = 4 }; /* ioPoePortDetectionGet */
-enum { DELIVERS = 2 };                         /* ioPoePortDisconnectGet */
-enum { HAS_FAULT = 1 };                        /* ioPoePortFaultGet */
+/* Codes of the controller's that ioPoePortDetectionGet answers. */
+enum { DETECTED_LEGACY = 2, DETECTED_OK = 4 };
 
 /* Detection, classification and power-up of a port are over in that time. */
 enum { SETTLE_SECONDS = 1 };
@@ -51,7 +47,7 @@ typedef struct {
 typedef struct {
     uint32_t budget; /* milliwatts */
     size_t count;
-    Port port[MAX_PORTS]; /* the most important one first */
+    Port port[BSP_POE_PORTS_MAX]; /* the most important one first */
 } Policy;
 
 /* ---- Messages ---- */
@@ -106,10 +102,10 @@ static bool parse_number(const char *text, uint32_t max, char end, uint32_t *num
 static bool parse_port(const char *word, Policy *policy) {
     Port port = {0};
     const char *rest = word;
-    if (!parse_number(rest, MAX_PORTS, '=', &port.number, &rest) ||
+    if (!parse_number(rest, BSP_POE_PORTS_MAX, '=', &port.number, &rest) ||
         !parse_number(rest, MAX_PRIORITY, '\0', &port.priority, &rest)) {
         fprintf(stderr, "poe_priority: '%s' is not PORT=PRIORITY (1 to %d, 1 to %d)\n", word,
-                MAX_PORTS, MAX_PRIORITY);
+                BSP_POE_PORTS_MAX, MAX_PRIORITY);
         return false;
     }
     for (size_t i = 0; i < policy->count; ++i) {
@@ -172,12 +168,11 @@ static bool take_over(const Port *port, bool is_fresh) {
     uint32_t mode = 0;
     if (!succeeded("ioPoePortModeGet", port->number, ioPoePortModeGet(port->number, &mode)))
         return false;
-    if (mode != MODE_SEMI_AUTOMATIC &&
-        !succeeded("ioPoePortModeSet", port->number,
-                   ioPoePortModeSet(port->number, MODE_SEMI_AUTOMATIC)))
+    if (mode != BSP_POE_MODE_1 && !succeeded("ioPoePortModeSet", port->number,
+                                             ioPoePortModeSet(port->number, BSP_POE_MODE_1)))
         return false;
     return !is_fresh || succeeded("ioPoePortPowerOnSet", port->number,
-                                  ioPoePortPowerOnSet(port->number, POWER_OFF));
+                                  ioPoePortPowerOnSet(port->number, BSP_POE_OFF));
 }
 
 static bool get_ready(const Policy *policy) {
@@ -224,11 +219,11 @@ static bool look_at(Port *port) {
         !succeeded("ioPoePortDisconnectGet", port->number,
                    ioPoePortDisconnectGet(port->number, &delivery)))
         return false;
-    if (fault == HAS_FAULT) {
+    if (fault == BSP_POE_FAULT) {
         port->state = FAULTY;
         return true;
     }
-    if (delivery != DELIVERS)
+    if (delivery != BSP_POE_DELIVERING)
         return look_at_device(port);
     port->state = DELIVERING;
     return succeeded("ioPoePortPowerGet", port->number,
@@ -270,7 +265,7 @@ static void decide(Policy *policy, uint32_t drawn_by_others) {
 static bool switch_port(const Port *port, uint32_t power) {
     printf("port %" PRIu32 ": priority %" PRIu32 ", %s %.1f W: switched %s\n", port->number,
            port->priority, port->state == DELIVERING ? "draws" : "may draw", watts(port->need),
-           power == POWER_ON ? "on" : "off");
+           power == BSP_POE_ON ? "on" : "off");
     return succeeded("ioPoePortPowerOnSet", port->number, ioPoePortPowerOnSet(port->number, power));
 }
 
@@ -282,7 +277,7 @@ static bool act(Policy *policy, bool *has_acted) {
         if (port->state != DELIVERING || port->granted)
             continue;
         *has_acted = true;
-        if (!switch_port(port, POWER_OFF))
+        if (!switch_port(port, BSP_POE_OFF))
             return false;
     }
     for (size_t i = 0; i < policy->count; ++i) {
@@ -291,7 +286,7 @@ static bool act(Policy *policy, bool *has_acted) {
             continue;
         *has_acted = true;
         port->gave_up = true; /* until it is seen to deliver, and then it does not matter */
-        if (!switch_port(port, POWER_ON))
+        if (!switch_port(port, BSP_POE_ON))
             return false;
     }
     if (*has_acted)
