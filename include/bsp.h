@@ -75,7 +75,7 @@
  *
  * | functions                     | at once    | one at a time, in all processes           |
  * |-------------------------------|------------|-------------------------------------------|
- * | version, statuses, device id  | all        |                                           |
+ * | device id, versions, statuses | all        |                                           |
  * | requests, CPLD, I2C, GPIO     | all        | what belongs together                     |
  * | EEPROMs, records, MAC, serial | readers    | a writer, alone: it writes a whole record |
  * | boot settings                 | getters    | a setter, alone: it erases first          |
