@@ -59,10 +59,10 @@ void addFinding(std::vector<FindingLine> &lines, const Finding &finding, size_t 
         lines.push_back({begin + line, finding.severity()});
         begin = margin;
     }
-    const char *mark = "> ";
+    begin = margin + "> ";
     for (const std::string &line : wrapped(finding.toDo(), room - 2)) {
-        lines.push_back({margin + mark + line, finding.severity()});
-        mark = "  ";
+        lines.push_back({begin + line, finding.severity()});
+        begin = margin + "  ";
     }
 }
 
