@@ -87,6 +87,7 @@ void addDarkCages(Findings &findings, const std::vector<DarkCage> &cages) {
         return;
     }
     std::vector<int64_t> ports;
+    ports.reserve(cages.size());
     for (const DarkCage &cage : cages)
         ports.push_back(cage.port);
     Finding finding = unreadable({Unit::SfpPort}, cages[0].status);
