@@ -7,6 +7,7 @@
 #include "iodbg/device_node.h"
 #include "iodbg/examples.h"
 #include "iodbg/failure.h"
+#include "iodbg/format.h"
 
 #include <CLI/CLI.hpp>
 
@@ -15,6 +16,7 @@ namespace iodbg {
 namespace {
 
 constexpr char kJsonHelp[] = "Answer in JSON";
+constexpr size_t kLongestReason = 300;
 
 /** Hands words to a parser, and says which argument a refused one was for. */
 CLI::callback_t takenBy(const std::string &name, const Parser &parser) {
@@ -61,7 +63,7 @@ std::string commandWanted(const std::string &word, const std::vector<std::string
     if (word.empty())
         return "a command is missing: give one of " + known;
     const std::string close = closestWord(word, names);
-    return "'" + word + "' is none of " + known +
+    return quoted(word) + " is none of " + known +
            (close.empty() ? "" : " (did you mean '" + close + "'?)");
 }
 
@@ -76,7 +78,11 @@ std::string reasonOf(const CLI::ParseError &error, const CLI::App &command,
     const bool concernsWords = isMissing || code == CLI::ExitCodes::ExtrasError;
     if (concernsWords && !isOption && !names.empty())
         return commandWanted(word, names);
-    return isMissing && !word.empty() ? "'" + word + "' is not known here" : error.what();
+    if (isMissing && !word.empty())
+        return quoted(word) + " is not known here";
+    // Words that nobody expected are as they were typed; parsers have quoted theirs.
+    const bool isQuoted = code != CLI::ExitCodes::ExtrasError;
+    return shortened(isQuoted ? error.what() : printable(error.what()), kLongestReason);
 }
 
 Action printing(const std::string &text) {

@@ -49,7 +49,7 @@ class Console {
     }
 
     /** Prints why there is no answer: a line on standard error, and an object for programs. */
-    ExitCode print(const Failure &failure) const;
+    ExitCode print(const Failure &cause) const;
 
   private:
     /** Leads what is printed on standard output there as long as it lives. */

@@ -1,9 +1,9 @@
 #include "iodbg/findings.h"
 
+#include "iodbg/page.h"
 #include "iodbg/status_table.h"
 
 #include <algorithm>
-#include <sstream>
 
 namespace iodbg {
 
@@ -28,39 +28,22 @@ Cell causeCell(const Findings &findings, const Finding &finding) {
     return cause == nullptr ? Cell{"", nullptr} : textCell(rowOf(cause->code).key);
 }
 
-/** A text in lines of so many columns, broken between words. */
-std::vector<std::string> wrapped(const std::string &text, size_t columns) {
-    std::vector<std::string> lines;
-    std::istringstream words(text);
-    for (std::string word; words >> word;) {
-        if (lines.empty() || lines.back().size() + 1 + word.size() > columns)
-            lines.push_back(word);
-        else
-            lines.back() += " " + word;
-    }
-    return lines;
-}
-
 constexpr size_t kVerdictColumn = 16; // behind the longest subject
 constexpr size_t kFoundColumn = 28;
 constexpr size_t kNarrowest = 20; // for what was found
 
-std::string inColumns(const std::string &text, size_t columns) {
-    return text + std::string(columns - std::min(columns, text.size()), ' ');
-}
-
 void addFinding(std::vector<FindingLine> &lines, const Finding &finding, size_t columns) {
     const std::string margin(kFoundColumn, ' ');
     const size_t room = std::max(columns, kFoundColumn + kNarrowest) - kFoundColumn;
-    std::string begin = inColumns(inColumns(finding.subject.name(), kVerdictColumn) +
-                                      severityText(finding.severity()),
-                                  kFoundColumn);
-    for (const std::string &line : wrapped(finding.text, room)) {
+    std::string begin =
+        padded(padded(finding.subject.name(), kVerdictColumn) + severityText(finding.severity()),
+               kFoundColumn);
+    for (const std::string &line : linesWithin(finding.text, room)) {
         lines.push_back({begin + line, finding.severity()});
         begin = margin;
     }
     begin = margin + "> ";
-    for (const std::string &line : wrapped(finding.toDo(), room - 2)) {
+    for (const std::string &line : linesWithin(finding.toDo(), room - 2)) {
         lines.push_back({begin + line, finding.severity()});
         begin = margin + "  ";
     }
@@ -138,7 +121,7 @@ std::vector<FindingLine> findingLines(const Findings &findings, size_t columns) 
     if (findings.empty())
         return {};
     std::vector<FindingLine> lines = {
-        {inColumns(inColumns("SUBJECT", kVerdictColumn) + "VERDICT", kFoundColumn) + "FOUND, TO DO",
+        {padded(padded("SUBJECT", kVerdictColumn) + "VERDICT", kFoundColumn) + "FOUND, TO DO",
          Severity::Good}};
     for (const Finding &finding : findings)
         addFinding(lines, finding, columns);

@@ -69,6 +69,20 @@ std::string fieldText(ByteView field) {
     return text;
 }
 
+std::string printable(const std::string &text) {
+    return fieldText({reinterpret_cast<const uint8_t *>(text.data()), text.size()});
+}
+
+std::string shortened(const std::string &text, size_t longest) {
+    constexpr char kDots[] = "...";
+    return text.size() <= longest ? text : text.substr(0, longest - sizeof(kDots) + 1) + kDots;
+}
+
+std::string quoted(const std::string &word) {
+    constexpr size_t kLongest = 60;
+    return "'" + shortened(printable(word), kLongest) + "'";
+}
+
 std::string thousandths(int64_t value) {
     const int64_t magnitude = value < 0 ? -value : value;
     const std::string fraction = std::to_string(1000 + magnitude % 1000).substr(1);

@@ -1,6 +1,7 @@
 #pragma once
 // Bytes and numbers as text.
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -23,6 +24,15 @@ std::string macText(ByteView mac);
 
 /** The text in a zero-padded field. Bytes that are not printable ASCII appear as \xNN. */
 std::string fieldText(ByteView field);
+
+/** The same of a text. */
+std::string printable(const std::string &text);
+
+/** The beginning of a text that is longer than this, with dots behind it. */
+std::string shortened(const std::string &text, size_t longest);
+
+/** A word of the user's or of a file's in a message: short, printable, between quotes. */
+std::string quoted(const std::string &word);
 
 /** "54.000" of 54000 */
 std::string thousandths(int64_t value);

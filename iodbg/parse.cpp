@@ -12,7 +12,7 @@ namespace iodbg {
 namespace {
 
 [[noreturn]] void refuse(const std::string &word, const std::string &reason) {
-    throw std::invalid_argument("'" + word + "' " + reason);
+    throw std::invalid_argument(quoted(word) + " " + reason);
 }
 
 bool takePrefix(std::string_view &text, std::string_view prefix) {

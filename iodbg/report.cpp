@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "iodbg/format.h"
+#include "iodbg/page.h"
 #include "iodbg/status_table.h"
 
 #include <algorithm>
@@ -9,14 +10,6 @@
 namespace iodbg {
 
 namespace {
-
-std::string padded(const std::string &text, size_t width) {
-    return text + std::string(width - std::min(width, text.size()), ' ');
-}
-
-std::string withoutTrailingSpaces(const std::string &line) {
-    return line.substr(0, line.find_last_not_of(' ') + 1);
-}
 
 std::string toText(const Section &section) {
     size_t width = 0;
@@ -26,36 +19,23 @@ std::string toText(const Section &section) {
     std::string text = section.title.empty() ? "" : section.title + "\n";
     const std::string indent = section.title.empty() ? "" : "  ";
     for (const Field &field : section.fields)
-        text += indent + padded(field.label, width) + "  " + field.cell.text + "\n";
+        text += layOut({{indent + field.label, field.cell.text}},
+                       {indent.size() + width, kPageWidth - indent.size() - width - kGap});
     return text;
 }
 
 std::string toText(const Table &table) {
     if (table.rows.empty())
         return "";
-    std::vector<std::vector<std::string>> lines(1);
+    Rows rows(1);
     for (const Column &column : table.columns)
-        lines[0].push_back(column.label);
+        rows[0].push_back(column.label);
     for (const std::vector<Cell> &row : table.rows) {
-        lines.emplace_back();
+        rows.emplace_back();
         for (const Cell &cell : row)
-            lines.back().push_back(cell.text);
+            rows.back().push_back(cell.text);
     }
-
-    std::vector<size_t> widths(table.columns.size());
-    for (const auto &line : lines) {
-        for (size_t i = 0; i < line.size(); ++i)
-            widths[i] = std::max(widths[i], line[i].size());
-    }
-
-    std::string text;
-    for (const auto &words : lines) {
-        std::string line;
-        for (size_t i = 0; i < words.size(); ++i)
-            line += padded(words[i], widths[i] + 2);
-        text += withoutTrailingSpaces(line) + "\n";
-    }
-    return text;
+    return table.tooWide == TooWide::MoveColumns ? inBlocks(rows) : inOneBlock(rows);
 }
 
 std::string toText(const FailedItem &failed) {

@@ -53,11 +53,18 @@ struct Column {
     std::string label;
 };
 
+/** What becomes of a table that is wider than 80 columns. */
+enum class TooWide {
+    WrapCells,   // long texts go on below themselves
+    MoveColumns, // the columns that have no room stand below the others, behind the first one again
+};
+
 /** Rows of the same shape; one array of the JSON. Without rows people see nothing of it. */
 struct Table {
     std::string key;
     std::vector<Column> columns;
     std::vector<std::vector<Cell>> rows;
+    TooWide tooWide = TooWide::WrapCells;
 };
 
 /** Something that could not be read, while the rest of the answer could. */

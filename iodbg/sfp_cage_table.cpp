@@ -1,6 +1,7 @@
 #include "iodbg/sfp_cage_table.h"
 
 #include "bsp.h"
+#include "iodbg/format.h"
 #include "iodbg/sfp_cage.h"
 #include "iodbg/sfp_identification.h"
 
@@ -10,6 +11,12 @@ namespace {
 
 Cell unread(int32_t status) {
     return {"cannot be read: status " + std::to_string(status), nullptr};
+}
+
+/** What a module's memory says of it. A spoiled one must not push the table apart. */
+Cell memoryCell(const std::string &text) {
+    constexpr size_t kLongest = 16;
+    return {shortened(text, kLongest), text};
 }
 
 std::vector<Cell> cageRow(Report &report, uint32_t port) {
@@ -32,8 +39,8 @@ std::vector<Cell> cageRow(Report &report, uint32_t port) {
     }
     const Identification module = identificationOf(page);
     row.push_back(textCell(listed(module.compliances)));
-    row.push_back(textCell(module.vendor));
-    row.push_back(textCell(module.partNumber));
+    row.push_back(memoryCell(module.vendor));
+    row.push_back(memoryCell(module.partNumber));
     return row;
 }
 

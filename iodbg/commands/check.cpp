@@ -5,6 +5,7 @@
 #include "iodbg/console.h"
 #include "iodbg/device_node.h"
 #include "iodbg/health.h"
+#include "iodbg/page.h"
 
 #include <string>
 
@@ -20,7 +21,7 @@ void requireBoard() {
 
 std::string textOf(const Findings &findings, const Section &summary) {
     std::string text;
-    for (const FindingLine &line : findingLines(findings, kUsualColumns))
+    for (const FindingLine &line : findingLines(findings, kPageWidth))
         text += line.text + "\n";
     return text + "\n" + Report{{summary}, {}}.toText();
 }

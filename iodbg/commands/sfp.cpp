@@ -128,7 +128,8 @@ Table diagnosticsTable(const Diagnostics &diagnostics) {
                     {"low_warning", "LOW WARNING"},
                     {"high_warning", "HIGH WARNING"},
                     {"high_alarm", "HIGH ALARM"}},
-                   {}};
+                   {},
+                   TooWide::MoveColumns};
     for (const Measurement &measured : diagnostics.measurements) {
         const QuantityText &text = kQuantityTexts[static_cast<size_t>(measured.quantity)];
         const auto cell = [&](double value) { return valueCell(text, measured.quantity, value); };

@@ -10,6 +10,7 @@
 #include "iodbg/health.h"
 #include "iodbg/interrupt.h"
 #include "iodbg/lamps.h"
+#include "iodbg/page.h"
 #include "iodbg/poe_tour.h"
 #include "iodbg/screen.h"
 #include "iodbg/sfp_cage_table.h"
@@ -152,7 +153,7 @@ std::vector<ScreenLine> screenLines(const Round &round, size_t columns) {
 
 std::string textOf(const Round &round) {
     std::string text;
-    for (const ScreenLine &line : screenLines(round, kUsualColumns))
+    for (const ScreenLine &line : screenLines(round, kPageWidth))
         text += line.text + "\n";
     return text + "\n";
 }

@@ -123,7 +123,7 @@ TEST_F(ClockCommandsTest, SetsTheChipAndReadsItBack) {
 TEST_F(ClockCommandsTest, AChipThatHoldsNoDateIsToldOf) {
     iodbg({"i2c", "write", "0", "1", "0x51", "7", "13"}); // a month of 13, counted from 0
     const ProcessResult result = iodbg({"clock", "get"});
-    EXPECT_NE(result.out.find("no: the chip was without power; set it with 'iodbg clock set'"),
+    EXPECT_NE(result.out.find("no: the chip was without power; set it with 'iodbg"),
               std::string::npos)
         << result.out;
     expectFailure({"clock", "sync"}, 1, {"holds no date and time", "iodbg clock set"});

@@ -66,8 +66,8 @@ TEST_F(ShowTest, PrintsTheBoardForPeople) {
               "  Serial number   PSU0000001\n"
               "  Product data 1  5649525455414C000000000000000000\n"
               "  Product data 2  414320535550504C5920353456" +
-                  std::string(38, '0') +
-                  "\n"
+                  std::string(36, '0') +
+                  "\n                  00\n"
                   "  Product data 3  00000000\n"
                   "\n"
                   "Supply 2\n"
@@ -84,8 +84,8 @@ TEST_F(ShowTest, PrintsTheBoardForPeople) {
                   "  Serial number   PSU0000002\n"
                   "  Product data 1  5649525455414C000000000000000000\n"
                   "  Product data 2  414320535550504C5920353456" +
-                  std::string(38, '0') +
-                  "\n"
+                  std::string(36, '0') +
+                  "\n                  00\n"
                   "  Product data 3  00000000\n"
                   "\n"
                   "PoE\n"

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <poll.h>
+#include <regex>
 
 namespace {
 
@@ -50,17 +51,19 @@ TEST_F(UpgradeCommandsTest, WritesAnImageAndComparesIt) {
     const std::string file = makeImage(300000);
     const ProcessResult result = upgradeOs(file);
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.out, "Size, bytes                  300000\n"
-                          "Replaces                     Image of bank 0, /dev/mtd12\n"
-                          "Now                          empty\n"
-                          "New                          " +
-                              file +
-                              ", 300000 bytes, 'OS image 2.5'\n"
-                              "Dry run                      no\n"
-                              "Verified                     read back, image and header block are "
-                              "the file's\n"
-                              "Bad blocks below it          none\n"
-                              "Moved behind them by, bytes  0\n")
+    const std::string shown = // where the path leaves no room, the text goes on in the next line
+        std::regex_replace(result.out, std::regex("\n {29}"), " ");
+    EXPECT_EQ(shown, "Size, bytes                  300000\n"
+                     "Replaces                     Image of bank 0, /dev/mtd12\n"
+                     "Now                          empty\n"
+                     "New                          " +
+                         file +
+                         ", 300000 bytes, 'OS image 2.5'\n"
+                         "Dry run                      no\n"
+                         "Verified                     read back, image and header block are "
+                         "the file's\n"
+                         "Bad blocks below it          none\n"
+                         "Moved behind them by, bytes  0\n")
         << result.out;
     EXPECT_EQ(linesOf(result.err),
               (Words{"upgrade os: step 1 of 4, erase the bank",

@@ -249,8 +249,8 @@ void PoeSwitchDay::aFanAndASupplyFail() const {
                      "uplinks [49] [50] [51] [52] [53] [54 copper-other off]",
                      "fans    [1 1200 rpm] [2 2400 rpm]", "supplies [1 no input] [2 good, 102 W]",
                      "board   40 C", "lamps   system 2, 4 1, 5 0", "PoE     23 of 40 W",
-                     "       * delivers  ~ powering up  . nothing  - denied  ! fault  blank: off;  "
-                     "o LED lit"}));
+                     "       * delivers  ~ powering up  . nothing  - denied  ! fault  blank: off",
+                     "       o LED lit"}));
 
     set("fan.1.present", "no");
     set("supply.2.present", "no");
@@ -400,8 +400,8 @@ void PoeSwitchDay::afterTheReboot() const {
                "uplinks [49] [50] [51] [52] [53] [54 copper-other up]",
                "fans    [1 2400 rpm] [2 2400 rpm]", "supplies [1 good, 102 W] [2 good, 102 W]",
                "board   39 C", "lamps   system 0, 4 0, 5 0", "PoE     0 of 0 W",
-               "       * delivers  ~ powering up  . nothing  - denied  ! fault  blank: off;  o LED "
-               "lit"}));
+               "       * delivers  ~ powering up  . nothing  - denied  ! fault  blank: off",
+               "       o LED lit"}));
     // The controller powers again what it finds, once it is told to.
     iodbg("poe init");
     iodbg("poe detect 1");

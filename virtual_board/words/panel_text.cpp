@@ -38,6 +38,18 @@ Sign signOf(PoePhase phase) {
     }
 }
 
+/** How many characters a terminal shows of a text, which may contain colours. */
+size_t widthOf(const std::string &text) {
+    size_t width = 0;
+    bool isEscape = false;
+    for (const char character : text) {
+        isEscape = isEscape || character == '\x1b';
+        width += isEscape ? 0 : 1;
+        isEscape = isEscape && character != 'm';
+    }
+    return width;
+}
+
 class Panel {
   public:
     Panel(const Board &board, const Model &model, uint64_t nowNs, bool hasColour)
@@ -58,7 +70,8 @@ class Panel {
   private:
     static constexpr uint32_t kPortsPerBlock = 24;
     static constexpr char kLegend[] =
-        "       * delivers  ~ powering up  . nothing  - denied  ! fault  blank: off;  o LED lit\n";
+        "       * delivers  ~ powering up  . nothing  - denied  ! fault  blank: off\n"
+        "       o LED lit\n";
 
     std::string coloured(const std::string &text, const char *colour) const {
         return hasColour_ ? "\x1b[" + std::string(colour) + "m" + text + "\x1b[0m" : text;
@@ -105,16 +118,22 @@ class Panel {
         return kind + (sfpIsSignalLost(module) ? "no signal" : coloured("up", kGreen));
     }
 
-    /** Cages in a row, numbered from 1, the first of which is that of a port. */
-    /** In rows that fit on a terminal when modules are plugged. */
-    std::string cages(const char *what, uint32_t firstPort, uint32_t count) const {
+    /** Cages from that of a port on, in rows that fit on a terminal. */
+    std::string cages(const std::string &what, uint32_t firstPort, uint32_t count) const {
+        constexpr size_t kColumns = 80;
         constexpr uint32_t kCagesInRow = 12;
-        std::string rows;
+        std::string rows = what;
+        size_t column = what.size();
         for (uint32_t i = 0; i < count; ++i) {
-            if (i % kCagesInRow == 0)
-                rows += i == 0 ? what : "\n       ";
             const uint32_t port = firstPort + i;
-            rows += " [" + std::to_string(port) + moduleText(port) + "]";
+            const std::string cage = " [" + std::to_string(port) + moduleText(port) + "]";
+            const size_t width = widthOf(cage);
+            if (i != 0 && (i % kCagesInRow == 0 || column + width > kColumns)) {
+                rows += "\n" + std::string(what.size(), ' ');
+                column = what.size();
+            }
+            rows += cage;
+            column += width;
         }
         return count == 0 ? "" : rows + "\n";
     }
