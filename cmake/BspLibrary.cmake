@@ -81,6 +81,7 @@ target_link_libraries(bsp PRIVATE $<BUILD_INTERFACE:bsp_sanitizers> $<BUILD_INTE
 bsp_link_bare(bsp)
 
 add_library(bsp_static STATIC $<TARGET_OBJECTS:bsp_objects>)
+add_library(bsp::bsp_static ALIAS bsp_static)
 set_target_properties(bsp_static PROPERTIES OUTPUT_NAME bsp LINKER_LANGUAGE C)
 if(BSP_COVERAGE)
   target_link_options(bsp_static INTERFACE $<BUILD_INTERFACE:--coverage>)

@@ -57,7 +57,6 @@ struct FindingLine {
     Severity severity;
 };
 
-
 /** The same for people, in so many columns: what to do stands below what was found. */
 std::vector<FindingLine> findingLines(const Findings &findings, size_t columns);
 

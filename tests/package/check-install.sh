@@ -15,9 +15,10 @@ mkdir -p "$work"
 "$cmake" --install "$build" --prefix "$prefix" >"$work/install.log"
 libraries=$(dirname "$(find "$prefix" -name libbsp.so)")
 
+# check_output HOW PROGRAM: what it says where nothing but the program tells where the library is.
 check_output() {
     local actual
-    actual=$(LD_LIBRARY_PATH=$libraries "${emulator[@]}" "$2")
+    actual=$("${emulator[@]}" "$2")
     [ "$actual" = "$expected" ] || {
         echo "built with $1 it says: $actual"
         exit 1
@@ -30,10 +31,24 @@ if [ -n "$toolchain" ]; then
 else
     toolchain_option=(-DCMAKE_C_COMPILER="$compiler")
 fi
-"$cmake" -G Ninja -S "$consumer" -B "$work/consumer" "${toolchain_option[@]}" -DCMAKE_PREFIX_PATH="$prefix" \
-    >"$work/consumer.log"
-"$cmake" --build "$work/consumer" >>"$work/consumer.log"
-check_output "find_package(bsp)" "$work/consumer/consumer"
+# has_own_library PROGRAM: whether the library is in the program itself.
+has_own_library() {
+    ! LC_ALL=C readelf -d "$1" | grep -q 'NEEDED.*libbsp'
+}
+
+for language in "" _cxx; do
+    "$cmake" -G Ninja -S "$consumer$language" -B "$work/consumer$language" "${toolchain_option[@]}" \
+        -DCMAKE_PREFIX_PATH="$prefix" >"$work/consumer$language.log"
+    "$cmake" --build "$work/consumer$language" >>"$work/consumer$language.log"
+done
+check_output "find_package(bsp), bsp::bsp in C" "$work/consumer/consumer"
+check_output "find_package(bsp), bsp::bsp_static in C" "$work/consumer/consumer_static"
+check_output "find_package(bsp), bsp::bsp in C++" "$work/consumer_cxx/consumer_bsp"
+check_output "find_package(bsp), bsp::bsp_static in C++" "$work/consumer_cxx/consumer_bsp_static"
+has_own_library "$work/consumer/consumer_static"
+has_own_library "$work/consumer_cxx/consumer_bsp_static"
+! has_own_library "$work/consumer/consumer" || exit 1
+echo "ok    bsp::bsp_static is linked into programs"
 
 "$cmake" -G Ninja -S "$source/examples" -B "$work/examples" "${toolchain_option[@]}" \
     -DCMAKE_PREFIX_PATH="$prefix" >"$work/examples.log"
@@ -48,7 +63,8 @@ echo "ok    the examples build by themselves"
 PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --print-errors --cflags --libs bsp >"$work/pkg-config"
 read -r -a bsp_flags <"$work/pkg-config"
 "$compiler" "${flags[@]}" -std=c99 -Wall -Werror "$consumer/consumer.c" "${bsp_flags[@]}" \
-    -Wl,-rpath,"$libraries" -o "$work/consumer-pc"
+    -Wl,-rpath,"$(PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --variable=libdir bsp)" \
+    -o "$work/consumer-pc"
 check_output "pkg-config" "$work/consumer-pc"
 
 reference=$prefix/share/doc/bsp/html/index.html
@@ -70,6 +86,13 @@ for program in iodbg vboard; do
     [ -s "$prefix/share/man/man1/$program.1" ]
     echo "ok    installed manual page of $program"
 done
+
+documents=$prefix/share/doc/bsp
+grep -q '^## JSON$' "$documents/iodbg.md"
+for document in "$source"/docs/*.md; do
+    cmp "$document" "$documents/$(basename "$document")"
+done
+echo "ok    installed documents, the keys of JSON among them"
 
 "${emulator[@]}" "$prefix/bin/vboard" create --model 0x0709 "$work/board"
 VBOARD_DIR=$work/board "$libraries/vboard-tools/flash_erase" -q /dev/mtd4 0 1
