@@ -80,8 +80,7 @@ class BenchBoard {
     /** A device at each port, which is powered before long. */
     void plugEverywhere() const {
         constexpr vb::PoweredDevice kDevice = {1, vb::PoeSignature::Good, 4, 0, 19000, 18000};
-        constexpr uint32_t kPorts = 48;
-        for (uint32_t port = 0; port < kPorts; ++port)
+        for (uint32_t port = 0; port < BSP_POE_PORTS_MAX; ++port)
             vb::poeSetDevice(board().devices.poe, port, kDevice, board().clock.sleptNs);
         usleep(kSecond);
     }
@@ -162,13 +161,12 @@ int32_t pollSingles(uint32_t ports) {
 
 /** The same values by the functions of records; only a port that delivers is measured. */
 int32_t pollRecords(uint32_t ports) {
-    constexpr uint32_t kDelivering = 2;
     for (uint32_t port = 1; port <= ports; ++port) {
         BspPoePortState state{};
         if (const int32_t status = bspPoePortStateGet(port, &state); status != BSP_OK)
             return status;
         BspPoePortMeasurement measurement{};
-        if (state.disconnect == kDelivering) {
+        if (state.disconnect == BSP_POE_DELIVERING) {
             const int32_t status = bspPoePortMeasurementGet(port, &measurement);
             if (status != BSP_OK)
                 return status;

@@ -65,7 +65,7 @@ target_include_directories(bsp_objects PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_S
 target_link_libraries(bsp_objects PRIVATE bsp_warnings bsp_all_sanitizers bsp_coverage bsp_bare)
 # Debug information is what the library's binary interface is judged by; 'cmake --install --strip'
 # leaves it out.
-if(NOT BSP_SANITIZE)
+if(NOT BSP_SANITIZE AND NOT BSP_COVERAGE)
   target_compile_options(bsp_objects PRIVATE -g -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
 endif()
 

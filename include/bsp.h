@@ -76,21 +76,24 @@
  * | functions                     | at once    | one at a time, in all processes           |
  * |-------------------------------|------------|-------------------------------------------|
  * | device id, versions, statuses | all        |                                           |
- * | requests, CPLD, I2C, GPIO     | all        | what belongs together                     |
+ * | requests, CPLD, I2C, GPIO     | all others | what belongs together; CPLD programming   |
  * | EEPROMs, records, MAC, serial | readers    | a writer, alone: it writes a whole record |
- * | boot settings                 | getters    | a setter, alone: it erases first          |
- * | power supplies                | all others | bspPowerInfoGet() of one supply: it waits |
+ * | boot settings, ioRebootEx()   | getters    | a setter, alone: it erases first          |
+ * | power supplies                | all others | bspPowerInfoGet() of one supply           |
  * | LEDs, those of PoE ports, too |            | those of one register, see ::BspLedKind   |
  * | watchdog                      | all others | bspWatchdogFeed()                         |
  * | temperature, readings of fans | all        |                                           |
  * | fan level, PTP trigger        |            | both together: CPLD register 6            |
- * | clock chip                    | readers    | a writer, alone                           |
+ * | clock chip, system clock      | readers    | a writer, bspInit(), bspSysClockSync()    |
  * | SFP memories and PHYs         | readers    | a writer of a module, alone               |
  * | SFP lines                     | readers    | bspLaserControlSet() of one register      |
  * | MDIO registers                |            | all                                       |
- * | flash partitions, upgrades    | processes  | threads of a process, and bsp_mtd_erase() |
+ * | flash partitions and upgrades | processes  | threads of a process, and bsp_mtd_erase() |
  * | bspOsImageInfoGet()           |            | it, together with upgrades of the system  |
- * | PoE                           | all others | bspPoeDeviceInit(), firmware upgrade      |
+ * | the CPLD's upgrade            |            | it, and all that uses registers           |
+ * | PoE readings                  | all        |                                           |
+ * | PoE settings                  | ports      | those of one port                         |
+ * | PoE controller                |            | bspPoeDeviceInit(), firmware upgrade      |
  *
  * What the C library shares within a process: bspSysClockSync() and bspInit() convert local time
  * (mktime), and must not run while a thread changes the environment. bspBaudrateSet(),
@@ -348,7 +351,7 @@ enum BspGpioLine {
 /** Levels of a GPIO line. */
 enum BspGpioLevel {
     BSP_GPIO_LOW = 0, /**< the line is low */
-    BSP_GPIO_HIGH = 1 /**< the line is high; any other value than 0 counts as this */
+    BSP_GPIO_HIGH = 1 /**< the line is high */
 };
 
 /**
@@ -743,7 +746,7 @@ BSP_API int32_t bspLocalPieGet(BspDevinfo *record);
  * Writes the board's product information record.
  *
  * @param[in,out] record  128 bytes that begin with the magic; its CRC field is computed here, so
- * the caller's copy changes even when the write then fails
+ *                        the caller's copy changes even when the write then fails
  * @return BSP_OK; BSP_E_NULL; BSP_E_NO_RECORD when the magic is missing (nothing is written); the
  *         status of bspLocalEepromWrite()
  */
@@ -854,8 +857,8 @@ BSP_API int32_t bspMacAddrSet(uint32_t index, const uint8_t *mac);
  *                     BSP_SERIAL_NUMBER_MAX + 1 bytes suffice for every number that
  *                     bspSerialNumSet() writes, BSP_SERIAL_NUMBER_BUFFER for any record
  * @param[out] len     receives the number of characters, up to the first zero byte of the field (a
- *                     field without one runs on into the bytes behind it, to the record's end at
- * the latest)
+ *                     field without one runs on into the bytes behind it, at most to the
+ *                     record's end)
  * @return BSP_OK; BSP_E_NULL; the status of bspDevinfoGet() ("%s-%d: devinfo get failed\n" is
  *         printed)
  */
@@ -929,9 +932,8 @@ enum BspPasswordUse {
 };
 
 #define BSP_BOOT_PASSWORD_MAX 40 /**< longest boot password in characters */
-#define BSP_BOOT_PASSWORD_BUFFER                                                                   \
-    56 /**< bytes for whatever is stored, with the terminating zero                                \
-        */
+/** Bytes for whatever is stored as a password, with the terminating zero. */
+#define BSP_BOOT_PASSWORD_BUFFER 56
 
 /**
  * Reads which system the boot loader starts ("main_system=").
@@ -1191,8 +1193,8 @@ enum BspLedKind {
  * it.
  */
 enum BspLedState {
-    BSP_LED_STATE_0 = 0, /**< bit clear; lights the LED of a PoE port */
-    BSP_LED_STATE_1 = 1, /**< bit set; puts the LED of a PoE port out */
+    BSP_LED_STATE_0 = 0, /**< of one bit: clear, which lights the LED of a PoE port */
+    BSP_LED_STATE_1 = 1, /**< of one bit: set, which puts the LED of a PoE port out */
     BSP_LED_STATE_2 = 2, /**< of the system lamp */
     BSP_LED_STATE_3 = 3  /**< of the system lamp */
 };
@@ -1204,14 +1206,15 @@ enum BspLedState {
  *
  * @param[in] unit    ignored
  * @param[in] index   counted from 1: of BSP_LED_INDEXED the lamp (not checked; nothing changes for
- *                    one above BSP_LED_INDEXED_MAX), of BSP_LED_POE_PORT the port; otherwise
- * ignored
+ *                    one above BSP_LED_INDEXED_MAX), of BSP_LED_POE_PORT the port; else
+ *                    ignored
  * @param[in] kind    a value of ::BspLedKind
  * @param[in] colour  ignored
  * @param[in] state   a value of ::BspLedState
  * @return BSP_OK; BSP_E_NOT_SUPPORTED for another kind, for a PoE port on a model without PoE, and
  *         for the states 2 and 3 of a lamp that has two; BSP_E_INVALID for a state above 3 or a
- * port that the model does not have; the status of bspDevIdGet(), bspCpldGet() or bspCpldSet()
+ *         port that the model does not have; the status of bspDevIdGet(), bspCpldGet() or
+ *         bspCpldSet()
  */
 BSP_API int32_t bspLedStateSet(uint32_t unit, uint32_t index, uint32_t kind, uint32_t colour,
                                uint32_t state);
@@ -1243,8 +1246,8 @@ BSP_API int32_t bspWatchdogStop(void);
 /**
  * Reads the watchdog's period from CPLD register 4, bits 7-2.
  *
- * @param[out] period  receives BSP_WATCHDOG_OFF, or 1 to BSP_WATCHDOG_PERIOD_MAX in the CPLD's
- * units
+ * @param[out] period  receives BSP_WATCHDOG_OFF, or 1 to BSP_WATCHDOG_PERIOD_MAX, whose unit is
+ *                     the CPLD's
  * @return BSP_OK; BSP_E_NULL; the status of bspCpldGet()
  */
 BSP_API int32_t bspWatchdogPeriodGet(uint32_t *period);
@@ -1728,8 +1731,8 @@ BSP_API int32_t bsp_smi_read(uint32_t unit, uint32_t addrA, uint32_t reserved, u
  * @param[in] reserved  ignored
  * @param[in] addrB     address field in bits 7-11 of the command, likewise
  * @param[in] data      0 to BSP_MDIO_VALUE_MAX; higher bits are cut off
- * @return as bsp_smi_read(), but an error of the hardware is not printed and the other message is
- *         "%s: write timeout \n"
+ * @return as bsp_smi_read() but for BSP_E_NULL; an error of the hardware is not printed, and the
+ *         other message is "%s: write timeout \n"
  */
 BSP_API int32_t bsp_smi_write(uint32_t unit, uint32_t addrA, uint32_t reserved, uint32_t addrB,
                               uint32_t data);
@@ -1923,11 +1926,12 @@ BSP_API int32_t bspImageUpgrade(int32_t kind, const char *file, int32_t bank);
 /**
  * @defgroup poe Power over Ethernet
  *
- * Below, an "exchange status" is one of BSP_E_POE_UNAVAILABLE (no controller, or a request that it
- * refuses), BSP_E_POE_WRITE, BSP_E_POE_READ, BSP_E_POE_FRAME, BSP_E_POE_STATUS, BSP_E_POE_CONTENT
- * and BSP_E_POE_LOCK. An exchange takes 200 ms and more. It holds the lock /tmp/bspPoeLockFile and
- * waits for others to release it: for minutes while another caller upgrades the controller. Where
- * the lock file cannot be opened it goes on without it.
+ * Below, an "exchange status" is one of BSP_E_POE_UNAVAILABLE (no controller, or a command of
+ * its loader, which only the debug functions can send and the library refuses), BSP_E_POE_WRITE,
+ * BSP_E_POE_READ, BSP_E_POE_FRAME, BSP_E_POE_STATUS, BSP_E_POE_CONTENT and BSP_E_POE_LOCK. An
+ * exchange takes 200 ms and more. It holds the lock /tmp/bspPoeLockFile and waits for others to
+ * release it: for minutes while another caller upgrades the controller. Where the lock file cannot
+ * be opened it goes on without it.
  *
  * What the controller's own codes mean (modes, kinds of limits, inrush, detection, classes) is in
  * the controller's documentation.
@@ -2002,9 +2006,8 @@ enum BspPoeLedState {
 
 #define BSP_POE_PRIORITY_MIN 1 /**< the controller gets 2 */
 #define BSP_POE_PRIORITY_MAX 3 /**< the controller gets 0; what bspPoeDeviceInit() sets */
-#define BSP_POE_INRUSH_MODE_MAX                                                                    \
-    8                            /**< highest inrush mode; the controller gets and gives it as 9   \
-                                  */
+/** Highest inrush mode; the controller gets and gives it as 9. */
+#define BSP_POE_INRUSH_MODE_MAX 8
 #define BSP_POE_LIMIT_TYPE_MIN 1 /**< first kind of power limit; what bspPoeDeviceInit() sets */
 #define BSP_POE_LIMIT_TYPE_MAX 2 /**< second kind of power limit */
 
@@ -2204,7 +2207,7 @@ BSP_API int32_t bspPoeGlobalRatedPowerGet(int32_t supplyIndex, uint32_t *milliwa
 /**
  * Sets the mode of a port, commands 0x08 and 0x01.
  *
- * @param[in] port  counted from 1
+ * @param[in] port  1 to BSP_POE_PORTS_MAX
  * @param[in] mode  a value of ::BspPoeMode; 0, 1 and 2 enable the port as well
  * @return BSP_OK; BSP_E_POE_INVALID for a port or mode out of range; an exchange status
  */
@@ -2213,7 +2216,7 @@ BSP_API int32_t bspPoePortModeSet(uint32_t port, uint32_t mode);
 /**
  * Reads the mode of a port, command 0x48.
  *
- * @param[in] port  counted from 1
+ * @param[in] port  1 to BSP_POE_PORTS_MAX
  * @param[out] out  receives a value of ::BspPoeMode
  * @return BSP_OK; BSP_E_POE_NULL; BSP_E_POE_INVALID for a port out of range; BSP_E_POE_CONTENT for
  *         another mode; an exchange status
@@ -2223,7 +2226,7 @@ BSP_API int32_t bspPoePortModeGet(uint32_t port, uint32_t *out);
 /**
  * Switches the power of a port in function mode 1 (command 0x01) or 2 (command 0x18).
  *
- * @param[in] port  counted from 1
+ * @param[in] port  1 to BSP_POE_PORTS_MAX
  * @param[in] on    BSP_POE_ON or BSP_POE_OFF
  * @return BSP_OK; BSP_E_POE_UNAVAILABLE in another function mode; BSP_E_POE_INVALID for a port or
  *         argument out of range; an exchange status
@@ -2233,7 +2236,7 @@ BSP_API int32_t bspPoePortPowerOnSet(uint32_t port, uint32_t on);
 /**
  * Starts a detection on a port, command 0x0A.
  *
- * @param[in] port  counted from 1
+ * @param[in] port  1 to BSP_POE_PORTS_MAX
  * @return as bspPoePortMaxPowerSet()
  */
 BSP_API int32_t bspPoePortDetectionSet(uint32_t port);
@@ -2241,7 +2244,7 @@ BSP_API int32_t bspPoePortDetectionSet(uint32_t port);
 /**
  * Starts a classification on a port, command 0x0B.
  *
- * @param[in] port  counted from 1
+ * @param[in] port  1 to BSP_POE_PORTS_MAX
  * @return as bspPoePortMaxPowerSet()
  */
 BSP_API int32_t bspPoePortClassificationSet(uint32_t port);
@@ -2249,9 +2252,9 @@ BSP_API int32_t bspPoePortClassificationSet(uint32_t port);
 /**
  * Sets the priority of a port, command 0x15. Nothing reads it back.
  *
- * @param[in] port      counted from 1
- * @param[in] priority  BSP_POE_PRIORITY_MIN to BSP_POE_PRIORITY_MAX; the controller gets 3 -
- * priority
+ * @param[in] port      1 to BSP_POE_PORTS_MAX
+ * @param[in] priority  BSP_POE_PRIORITY_MIN to BSP_POE_PRIORITY_MAX; the controller
+ *                      gets 3 - priority
  * @return as bspPoePortMaxPowerSet()
  */
 BSP_API int32_t bspPoePortPrioritySet(uint32_t port, uint32_t priority);
@@ -2259,7 +2262,7 @@ BSP_API int32_t bspPoePortPrioritySet(uint32_t port, uint32_t priority);
 /**
  * Sets the power limit of a port, command 0x14.
  *
- * @param[in] port        counted from 1
+ * @param[in] port        1 to BSP_POE_PORTS_MAX
  * @param[in] milliwatts  0 to BSP_POE_PORT_LIMIT_MAX_MW, rounded up to BSP_POE_PORT_LIMIT_STEP_MW
  * @return BSP_OK; BSP_E_POE_INVALID for a port or value out of range; an exchange status
  */
@@ -2268,7 +2271,7 @@ BSP_API int32_t bspPoePortMaxPowerSet(uint32_t port, uint32_t milliwatts);
 /**
  * Switches the detection of legacy devices on a port, command 0x09.
  *
- * @param[in] port    counted from 1
+ * @param[in] port    1 to BSP_POE_PORTS_MAX
  * @param[in] enable  BSP_POE_ON or BSP_POE_OFF
  * @return as bspPoePortMaxPowerSet()
  */
@@ -2277,7 +2280,7 @@ BSP_API int32_t bspPoePortLegacyEnableSet(uint32_t port, uint32_t enable);
 /**
  * Sets the inrush mode of a port, command 0x0C.
  *
- * @param[in] port  counted from 1
+ * @param[in] port  1 to BSP_POE_PORTS_MAX
  * @param[in] mode  0 to BSP_POE_INRUSH_MODE_MAX
  * @return as bspPoePortMaxPowerSet()
  */
@@ -2286,7 +2289,7 @@ BSP_API int32_t bspPoePortInrushModeSet(uint32_t port, uint32_t mode);
 /**
  * Switches the forced inrush of a port, command 0x0D.
  *
- * @param[in] port   counted from 1
+ * @param[in] port   1 to BSP_POE_PORTS_MAX
  * @param[in] force  BSP_POE_ON or BSP_POE_OFF
  * @return as bspPoePortMaxPowerSet()
  */
@@ -2295,7 +2298,7 @@ BSP_API int32_t bspPoePortForceInrushSet(uint32_t port, uint32_t force);
 /**
  * Sets the kind of power limit of a port, command 0x12.
  *
- * @param[in] port  counted from 1
+ * @param[in] port  1 to BSP_POE_PORTS_MAX
  * @param[in] type  BSP_POE_LIMIT_TYPE_MIN to BSP_POE_LIMIT_TYPE_MAX
  * @return as bspPoePortMaxPowerSet()
  */
@@ -2304,7 +2307,7 @@ BSP_API int32_t bspPoePortMaxPowerTypeSet(uint32_t port, uint32_t type);
 /**
  * Reads the voltage of a port, command 0x44.
  *
- * @param[in] port    counted from 1
+ * @param[in] port    1 to BSP_POE_PORTS_MAX
  * @param[out] volts  receives whole volts, truncated toward zero
  * @return as bspPoePortCurrentGet()
  */
@@ -2313,7 +2316,7 @@ BSP_API int32_t bspPoePortVoltageGet(uint32_t port, uint32_t *volts);
 /**
  * Reads the current of a port, command 0x44.
  *
- * @param[in] port           counted from 1
+ * @param[in] port           1 to BSP_POE_PORTS_MAX
  * @param[out] milliamperes  receives the current, 0 to 65535
  * @return BSP_OK; BSP_E_POE_NULL; BSP_E_POE_INVALID for a port out of range; BSP_E_POE_CONTENT when
  *         the reply names another port; an exchange status
@@ -2323,7 +2326,7 @@ BSP_API int32_t bspPoePortCurrentGet(uint32_t port, uint32_t *milliamperes);
 /**
  * Reads the power that a port draws, command 0x44.
  *
- * @param[in] port         counted from 1
+ * @param[in] port         1 to BSP_POE_PORTS_MAX
  * @param[out] milliwatts  receives the power
  * @return as bspPoePortCurrentGet()
  */
@@ -2332,7 +2335,7 @@ BSP_API int32_t bspPoePortPowerGet(uint32_t port, uint32_t *milliwatts);
 /**
  * Reads the power limit of a port, command 0x49.
  *
- * @param[in] port         counted from 1
+ * @param[in] port         1 to BSP_POE_PORTS_MAX
  * @param[out] milliwatts  receives the limit, 0 to BSP_POE_PORT_LIMIT_MAX_MW
  * @return as bspPoePortCurrentGet()
  */
@@ -2341,7 +2344,7 @@ BSP_API int32_t bspPoePortMaxPowerGet(uint32_t port, uint32_t *milliwatts);
 /**
  * Tells whether a port has a fault, command 0x42.
  *
- * @param[in] port  counted from 1
+ * @param[in] port  1 to BSP_POE_PORTS_MAX
  * @param[out] out  receives a value of ::BspPoeFault
  * @return as bspPoePortCurrentGet()
  */
@@ -2350,7 +2353,7 @@ BSP_API int32_t bspPoePortFaultGet(uint32_t port, uint32_t *out);
 /**
  * Reads the detection of a port, command 0x42.
  *
- * @param[in] port  counted from 1
+ * @param[in] port  1 to BSP_POE_PORTS_MAX
  * @param[out] out  receives BSP_POE_DETECTION_NONE, or a code of the controller's from 1 to
  *                  BSP_POE_DETECTION_MAX
  * @return as bspPoePortCurrentGet()
@@ -2360,7 +2363,7 @@ BSP_API int32_t bspPoePortDetectionGet(uint32_t port, uint32_t *out);
 /**
  * Reads the class of the device at a port, command 0x42.
  *
- * @param[in] port  counted from 1
+ * @param[in] port  1 to BSP_POE_PORTS_MAX
  * @param[out] out  receives BSP_POE_CLASS_NONE, a code of the controller's from 1 to
  *                  BSP_POE_CLASS_MAX, or BSP_POE_CLASS_0_OR_12
  * @return as bspPoePortCurrentGet()
@@ -2370,7 +2373,7 @@ BSP_API int32_t bspPoePortClassificationGet(uint32_t port, uint32_t *out);
 /**
  * Tells whether a port delivers power, command 0x42.
  *
- * @param[in] port  counted from 1
+ * @param[in] port  1 to BSP_POE_PORTS_MAX
  * @param[out] out  receives a value of ::BspPoeDisconnect
  * @return as bspPoePortCurrentGet()
  */
@@ -2379,7 +2382,7 @@ BSP_API int32_t bspPoePortDisconnectGet(uint32_t port, uint32_t *out);
 /**
  * Reads the inrush mode of a port, command 0x49.
  *
- * @param[in] port  counted from 1
+ * @param[in] port  1 to BSP_POE_PORTS_MAX
  * @param[out] out  receives the mode, 0 to BSP_POE_INRUSH_MODE_MAX after a set; else the
  *                  controller's code
  * @return as bspPoePortCurrentGet()
@@ -2389,7 +2392,7 @@ BSP_API int32_t bspPoePortInrushModeGet(uint32_t port, uint32_t *out);
 /**
  * Drives the PoE LED of a port (BSP_LED_POE_PORT).
  *
- * @param[in] port   counted from 1
+ * @param[in] port   a PoE port of the model, counted from 1
  * @param[in] state  BSP_POE_LED_ON lights it, any other value puts it out
  * @return as bspLedStateSet()
  */
@@ -2398,8 +2401,8 @@ BSP_API int32_t bspPoePortLedStateSet(uint32_t port, uint32_t state);
 /**
  * Tells what the last firmware upgrade left, from /tmp/bsp/poeApp.
  *
- * @param[out] out  receives a value of ::BspPoeAppStatus, or what another program put into the
- * file; BSP_POE_APP_USABLE when it is empty
+ * @param[out] out  receives a value of ::BspPoeAppStatus, or what another program put
+ *                  into the file; BSP_POE_APP_USABLE when it is empty
  * @return BSP_OK; BSP_E_POE_UNAVAILABLE; BSP_E_POE_NULL; BSP_E_POE_OPEN ("%s-%d: open %s file
  *         filed, %d \n" is printed with errno)
  */
@@ -2434,7 +2437,7 @@ BSP_API int32_t bspPoeDebugAllInfoGet(void);
 /**
  * No driver has this.
  *
- * @param[in] port  counted from 1
+ * @param[in] port  1 to BSP_POE_PORTS_MAX
  * @return BSP_E_POE_UNAVAILABLE
  */
 BSP_API int32_t bspPoeDebugPortInfoGet(uint32_t port);
@@ -2481,7 +2484,12 @@ BSP_API int32_t bspPoeDebugChipDispatchHelp(int32_t index);
 /** @copydoc bspPoeDeviceInit */
 BSP_API int32_t bspPoeRtl8239DeviceInit(void);
 
-/** @copydoc bspPoeInitStatusSet */
+/**
+ * Does nothing: the controller knows by itself whether it is initialised.
+ *
+ * @param[in] status  ignored
+ * @return BSP_OK
+ */
 BSP_API int32_t bspPoeRtl8239InitStatusSet(uint32_t status);
 
 /** @copydoc bspPoeInitStatusGet */
@@ -2551,8 +2559,8 @@ BSP_API int32_t bspPoeRtl8239PortClassificationSet(uint32_t port);
  * As bspPoePortPrioritySet().
  *
  * @param[in] port      0 to BSP_POE_PORTS_MAX - 1
- * @param[in] priority  BSP_POE_PRIORITY_MIN to BSP_POE_PRIORITY_MAX; the controller gets 3 -
- * priority
+ * @param[in] priority  BSP_POE_PRIORITY_MIN to BSP_POE_PRIORITY_MAX; the controller
+ *                      gets 3 - priority
  * @return as bspPoePortPrioritySet()
  */
 BSP_API int32_t bspPoeRtl8239PortPrioritySet(uint32_t port, uint32_t priority);
@@ -2774,7 +2782,7 @@ typedef struct BspPoePortSettings {
 /**
  * Reads what goes on at a port: detection, class, fault, disconnection.
  *
- * @param[in] port   counted from 1
+ * @param[in] port   1 to BSP_POE_PORTS_MAX
  * @param[out] state  receives the record; untouched unless the call answers BSP_OK
  * @return BSP_OK; BSP_E_POE_NULL; BSP_E_POE_INVALID for a port out of range; BSP_E_POE_CONTENT when
  *         the reply names another port; an exchange status
@@ -2785,7 +2793,7 @@ BSP_API int32_t bspPoePortStateGet(uint32_t port, BspPoePortState *state);
  * Reads what a port draws: voltage, current, power, temperature. A port that does not deliver power
  * draws nothing: bspPoePortStateGet() tells.
  *
- * @param[in] port         counted from 1
+ * @param[in] port         1 to BSP_POE_PORTS_MAX
  * @param[out] measurement  receives the record; untouched unless the call answers BSP_OK
  * @return as bspPoePortStateGet()
  */
@@ -2795,7 +2803,7 @@ BSP_API int32_t bspPoePortMeasurementGet(uint32_t port, BspPoePortMeasurement *m
  * Reads how a port is set: mode, power limit, inrush mode. Both exchanges are made, whatever the
  * first one answers.
  *
- * @param[in] port      counted from 1
+ * @param[in] port      1 to BSP_POE_PORTS_MAX
  * @param[out] settings  receives the record with the status of each exchange; untouched unless the
  *                       call answers BSP_OK
  * @return BSP_OK when one of the exchanges gave its values; BSP_E_POE_NULL; else the status of the

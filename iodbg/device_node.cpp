@@ -1,5 +1,6 @@
 #include "iodbg/device_node.h"
 
+#include "bsp.h"
 #include "iodbg/failure.h"
 #include "support/owned.h"
 
@@ -80,7 +81,9 @@ void requireKernelModule() {
 }
 
 std::string boardlessHint() {
-    if (std::getenv(kOfVirtualBoards) != nullptr || tryKernelModule().state() != NodeState::Missing)
+    if (std::getenv(kOfVirtualBoards) != nullptr ||
+        tryKernelModule().state() != NodeState::Missing ||
+        tryNode(BSP_MTD_BOOT_SETTINGS).state() != NodeState::Missing)
         return "";
     return "without a board: vboard run DIR -- iodbg ...";
 }

@@ -15,7 +15,7 @@ namespace {
 
 /** Where nothing of a board is there, nothing can be judged. */
 void requireBoard() {
-    if (!boardlessHint().empty() && tryNode(BSP_MTD_BOOT_SETTINGS).state() == NodeState::Missing)
+    if (!boardlessHint().empty())
         requireKernelModule();
 }
 

@@ -6,9 +6,31 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <set>
 #include <string>
 
 namespace {
+
+std::string contentOf(const std::string &path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/** Names of numbers in bsp.h: enumerators, and macros that begin with one; not of its version. */
+std::set<std::string> numberNames() {
+    const std::string header = contentOf(BSP_TEST_HEADER);
+    std::set<std::string> names;
+    for (const char *pattern :
+         {"\n    (BSP_\\w+)( =[ \n]|,| +/\\*\\*<)", "#define (BSP_(?!VERSION)\\w+) +[-(0-9I]"}) {
+        const std::regex line(pattern);
+        for (std::sregex_iterator it(header.begin(), header.end(), line), end; it != end; ++it)
+            names.insert((*it)[1]);
+    }
+    return names;
+}
 
 TEST(InterfaceValuesTest, AreWhatTheBoardHas) {
     const struct {
@@ -19,6 +41,7 @@ TEST(InterfaceValuesTest, AreWhatTheBoardHas) {
         {BSP_GPIO_LOW, 0},
         {BSP_GPIO_HIGH, 1},
         {BSP_CPLD_VALUE_MAX, 65535},
+        {BSP_REQ_SLOTS, 8},
         {BSP_EEPROM_SIZE, 1024},
         {BSP_EEPROM_BLOCK_SIZE, 256},
         {BSP_EEPROM_PAGE_SIZE, 16},
@@ -225,9 +248,61 @@ TEST(InterfaceValuesTest, OfPoeAreWhatTheControllerTakes) {
         {BSP_POE_FRAME_SIZE, 12},
         {BSP_POE_DEBUG_HELP_LIST, -1},
         {BSP_POE_OPERATIONS, 34},
+        {BSP_POE_TEMPERATURE_UNKNOWN, INT32_MIN},
     };
     for (const auto &value : values)
         EXPECT_EQ(value.name, value.number) << "row " << &value - values;
+}
+
+// Settings, readings, firmware, debugging: programs call the dispatcher with these numbers.
+TEST(InterfaceValuesTest, PoeOperationsHaveTheirNumbers) {
+    const int operations[] = {BSP_POE_DEVICE_INIT,
+                              BSP_POE_GLOBAL_MAX_POWER_SET,
+                              BSP_POE_INIT_STATUS_SET,
+                              BSP_POE_INIT_STATUS_GET,
+                              BSP_POE_PORT_MODE_SET,
+                              BSP_POE_PORT_POWER_ON_SET,
+                              BSP_POE_PORT_DETECTION_SET,
+                              BSP_POE_PORT_CLASSIFICATION_SET,
+                              BSP_POE_PORT_PRIORITY_SET,
+                              BSP_POE_PORT_MAX_POWER_SET,
+                              BSP_POE_PORT_LEGACY_ENABLE_SET,
+                              BSP_POE_PORT_INRUSH_MODE_SET,
+                              BSP_POE_PORT_FORCE_INRUSH_SET,
+                              BSP_POE_PORT_MAX_POWER_TYPE_SET,
+                              BSP_POE_GLOBAL_MAX_POWER_GET,
+                              BSP_POE_GLOBAL_POWER_GET,
+                              BSP_POE_PORT_MODE_GET,
+                              BSP_POE_PORT_CURRENT_GET,
+                              BSP_POE_PORT_VOLTAGE_GET,
+                              BSP_POE_PORT_POWER_GET,
+                              BSP_POE_PORT_MAX_POWER_GET,
+                              BSP_POE_PORT_FAULT_GET,
+                              BSP_POE_PORT_DETECTION_GET,
+                              BSP_POE_PORT_CLASSIFICATION_GET,
+                              BSP_POE_PORT_DISCONNECT_GET,
+                              BSP_POE_PORT_INRUSH_MODE_GET,
+                              BSP_POE_APP_STATUS_GET,
+                              BSP_POE_APP_UPGRADE,
+                              BSP_POE_APP_VERSION_GET,
+                              BSP_POE_DEBUG_ALL_INFO,
+                              BSP_POE_DEBUG_PORT_INFO,
+                              BSP_POE_DEBUG_SW_VERSION,
+                              BSP_POE_DEBUG_DISPATCH,
+                              BSP_POE_DEBUG_DISPATCH_HELP};
+    ASSERT_EQ(std::size(operations), size_t{BSP_POE_OPERATIONS});
+    for (int number = 0; number < BSP_POE_OPERATIONS; ++number)
+        EXPECT_EQ(operations[number], number);
+}
+
+// A name that is pinned nowhere could change its number unnoticed.
+TEST(InterfaceValuesTest, EachNameIsPinnedByATest) {
+    const std::string tests = contentOf(BSP_TEST_SOURCES "/kernel/interface_values_test.cpp") +
+                              contentOf(BSP_TEST_SOURCES "/kernel/status_codes_test.cpp");
+    const std::set<std::string> names = numberNames();
+    EXPECT_GT(names.size(), 200u);
+    for (const std::string &name : names)
+        EXPECT_TRUE(std::regex_search(tests, std::regex("\\b" + name + "\\b"))) << name;
 }
 
 } // namespace

@@ -213,8 +213,9 @@ void checkBadSettingsBlock() {
     beginSection("iodbg: a bad block keeps the boot settings");
     expectSame("settings are stored", 0, writeDevice(4, 0, settingsPage()));
     expectPrinted(iodbg(kReadsBackDifferently, "boot set mode 0"),
-                  "iodbg: mode was not stored, the block is as it was; check the kernel log for "
-                  "flash errors\n");
+                  "iodbg: mode was not stored, the block is as it was; the flash takes only whole "
+                  "pages of 2048 bytes, and so no setting of these 256: write a whole block of "
+                  "settings with 'iodbg mtd write mtd4 FILE'\n");
     expectPrinted(iodbg(kDone, "boot get mode"), "Mode (system to start)  1\n");
 }
 

@@ -7,6 +7,12 @@ set -euo pipefail
 readonly library=$1
 shift
 
+# Without it only names would be compared, and nothing would tell.
+if ! readelf --section-headers --wide "$library" | grep -qF .debug_info; then
+    echo "WRONG $library has no debug information: its types cannot be compared"
+    exit 1
+fi
+
 for description in "$@"; do
     # An addition is a difference for abidiff, too, unless it is told to look past it.
     if difference=$(abidiff --no-added-syms "$description" "$library"); then

@@ -1,5 +1,5 @@
-// A program as users of version 1.0 wrote them: it passes plain integers to every function. It must
-// go on compiling, so no parameter may get an enumeration's type. It is not run.
+// Passes plain integers to every function, as programs do that were written before the values had
+// names. It has to compile, so that no parameter gets an enumeration's type. It is not run.
 #include "bsp.h"
 
 namespace {
