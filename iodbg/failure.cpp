@@ -27,7 +27,7 @@ Failure Failure::refused(const std::string &what, int32_t status, const std::str
 
 Failure Failure::file(const std::string &what, const std::string &hint) {
     const std::string reason = std::strerror(errno);
-    return {ExitCode::Host, "cannot " + what + ": " + reason + "; " + hint};
+    return {ExitCode::Host, "cannot " + what + ": " + reason, hint};
 }
 
 Failure Failure::with(const std::string &hint) const {

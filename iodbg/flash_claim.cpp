@@ -29,12 +29,30 @@ void requireSharedFolder() {
     }
 }
 
+std::string adviceOnOpen(int error) {
+    switch (error) {
+    case EACCES:
+    case EPERM:
+        return "run iodbg as root";
+    case ELOOP: // a link, a folder, a socket
+    case EISDIR:
+    case ENXIO:
+        return "remove it as root while no upgrade is under way";
+    default:
+        return "see that /tmp can be written and has space";
+    }
+}
+
+int openClaimsFile() {
+    const int file = open(kClaimsFile, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (file < 0)
+        throw Failure::file(std::string("open ") + kClaimsFile, adviceOnOpen(errno));
+    return file;
+}
+
 /** The file, open up to the program's end: closing any of its descriptors would free all locks. */
 int claimsFile() {
-    static const bsp::Descriptor file(
-        open(kClaimsFile, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
-    if (!file.isOpen())
-        throw Failure::file(std::string("open ") + kClaimsFile, "run iodbg as root");
+    static const bsp::Descriptor file(openClaimsFile());
     return file.get();
 }
 

@@ -15,9 +15,10 @@ constexpr int kHeaderTries = 3;
 void requireSharedFiles() {
     const std::vector<SharedFileFlaw> flaws = sharedFileFlaws();
     if (!flaws.empty())
-        throw Failure(ExitCode::Host, flaws[0].path + " " + flaws[0].found +
-                                          ", so that no image header can be read safely; " +
-                                          flaws[0].advice);
+        throw Failure(ExitCode::Host,
+                      flaws[0].path + " " + flaws[0].found +
+                          ", so that no image header can be read safely",
+                      flaws[0].advice);
 }
 
 } // namespace

@@ -55,14 +55,19 @@ Finding bootFinding(const Subject &subject) {
 Finding bankFinding(const Subject &subject) {
     const uint32_t bank = subject.index.value_or(0);
     const std::string number = std::to_string(bank);
-    Bytes header;
-    if (const int32_t status = readOsHeader(bank, header); status != BSP_OK)
-        return {subject, Code::Unreadable, "its header cannot be read: " + nameAndNumber(status),
-                "see the kernel log for " + bankDevice(bank) + ", and 'iodbg image info --bank " +
-                    number + "'"};
-    if (isErased(header))
-        return {subject, Code::BankEmpty, "holds no image",
-                "write one with 'iodbg upgrade os FILE --bank " + number + "'"};
+    try {
+        Bytes header;
+        if (const int32_t status = readOsHeader(bank, header); status != BSP_OK)
+            return {subject, Code::Unreadable,
+                    "its header cannot be read: " + nameAndNumber(status),
+                    "see the kernel log for " + bankDevice(bank) +
+                        ", and 'iodbg image info --bank " + number + "'"};
+        if (isErased(header))
+            return {subject, Code::BankEmpty, "holds no image",
+                    "write one with 'iodbg upgrade os FILE --bank " + number + "'"};
+    } catch (const Failure &failure) {
+        return {subject, Code::Unreadable, failure.problem(), failure.advice()};
+    }
     return good(subject, "has the header of an image");
 }
 

@@ -3,6 +3,8 @@
 #include "iodbg/shared_files.h"
 #include "tests/iodbg/flash_commands_test.h"
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -156,6 +158,37 @@ TEST_F(SharedFilesTest, CheckTellsOfItAndGoesOn) {
     EXPECT_EQ(result.exitCode, 5);
     EXPECT_NE(result.out.find("/tmp/bsp can be changed by others"), std::string::npos);
     EXPECT_NE(result.out.find("\nFaults "), std::string::npos) << result.out;
+}
+
+TEST_F(SharedFilesTest, CheckGoesOnWithoutIodbgsOwnLockFile) {
+    constexpr char kOwnLock[] = "/tmp/bsp/iodbg.lock";
+    const auto expectUnreadBanks = [&](const std::string &found, const std::string &advice) {
+        const std::string answer = json({"check"}, 5);
+        for (const char *bank : {"0", "1"}) {
+            const std::string row = std::string("\"bank ") + bank +
+                                    "\",\n      \"verdict\": \"fault\",\n      \"found\": "
+                                    "\"cannot open " +
+                                    kOwnLock + ": " + found + "\",\n      \"advice\": \"" + advice +
+                                    "\",\n      \"code\": \"unreadable\"";
+            EXPECT_NE(answer.find(row), std::string::npos) << row << "\n" << answer;
+        }
+        EXPECT_NE(answer.find("\"boot settings\""), std::string::npos) << "the rest is judged";
+        expectFailure({"image", "info"}, 4, {found + "; " + advice});
+    };
+    constexpr char kRemove[] = "remove it as root while no upgrade is under way";
+    fs::create_directory(boardFile(kOwnLock));
+    expectUnreadBanks("Is a directory", kRemove);
+    fs::remove(boardFile(kOwnLock));
+    fs::create_symlink("elsewhere", boardFile(kOwnLock));
+    expectUnreadBanks(std::strerror(ELOOP), kRemove);
+    fs::remove(boardFile(kOwnLock));
+    addFault(openFails(kOwnLock, EACCES));
+    expectUnreadBanks("Permission denied", "run iodbg as root");
+    clearFaults();
+    addFault(openFails(kOwnLock, ENOSPC));
+    expectUnreadBanks("No space left on device", "see that /tmp can be written and has space");
+    clearFaults();
+    EXPECT_EQ(iodbg({"image", "info"}).exitCode, 0);
 }
 
 } // namespace
