@@ -88,4 +88,9 @@ std::string boardlessHint() {
     return "without a board: vboard run DIR -- iodbg ...";
 }
 
+void requireBoard() {
+    if (!boardlessHint().empty())
+        requireKernelModule();
+}
+
 } // namespace iodbg

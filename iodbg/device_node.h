@@ -35,4 +35,7 @@ void requireKernelModule();
 /** How to go on where there is no board at all; empty where there is one, a virtual one too. */
 std::string boardlessHint();
 
+/** Throws where nothing of a board is there: nothing can be judged. */
+void requireBoard();
+
 } // namespace iodbg

@@ -13,12 +13,6 @@ namespace iodbg {
 
 namespace {
 
-/** Where nothing of a board is there, nothing can be judged. */
-void requireBoard() {
-    if (!boardlessHint().empty())
-        requireKernelModule();
-}
-
 std::string textOf(const Findings &findings, const Section &summary) {
     std::string text;
     for (const FindingLine &line : findingLines(findings, kPageWidth))

@@ -6,6 +6,7 @@
 #include "iodbg/clocks.h"
 #include "iodbg/commands/commands.h"
 #include "iodbg/console.h"
+#include "iodbg/device_node.h"
 #include "iodbg/fans.h"
 #include "iodbg/health.h"
 #include "iodbg/interrupt.h"
@@ -174,6 +175,7 @@ void pause(uint32_t milliseconds) {
 }
 
 ExitCode watch(Console &console, const Watching &watching) {
+    requireBoard();
     console.answerInLines();
     endOnInterrupt(console.terminalSize().has_value());
     PoeTour tour;
