@@ -1,10 +1,11 @@
 #pragma once
 // What is wrong with the unit, and what to do about it.
 
-#include "bsp.h"
 #include "iodbg/findings.h"
 #include "iodbg/model.h"
 
+#include <cstdint>
+#include <optional>
 #include <span>
 
 namespace iodbg {
@@ -16,7 +17,7 @@ namespace iodbg {
 struct Grounds {
     Findings findings; // what is wrong with them, and the model when nothing is
     Model model;
-    int32_t modelStatus = BSP_E_FAILED; // of reading it; where nothing can be asked it is not read
+    std::optional<int32_t> modelStatus; // of reading it; none where nothing can be asked
 
     /** The cause for which a part that needs these cannot be judged; none when it can. */
     std::optional<Subject> causeAmong(std::span<const Unit> needs) const;

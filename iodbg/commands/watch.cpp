@@ -42,6 +42,7 @@ struct Round {
     std::string time;
     Findings findings; // but what is good
     Report report;
+    bool isAsked = true; // else nothing of the unit could be reached
 };
 
 // Reading
@@ -100,13 +101,17 @@ Round look(PoeTour &tour) {
     round.report.event = "round";
     const Grounds grounds = judgeGrounds();
     constexpr Unit kNeeded[] = {Unit::KernelModule, Unit::Cpld, Unit::Model};
+    round.isAsked = grounds.modelStatus.has_value();
     round.findings =
         withoutGood(grounds.causeAmong(kNeeded) ? grounds.findings : quickFindings(grounds.model));
     if (grounds.modelStatus != BSP_OK) {
         Section section = {"model", "Model", {}};
+        // Where nothing could be asked the findings say why.
         section.add("device_id", "Device id",
-                    round.report.tried(section.path("device_id"), grounds.modelStatus, {},
-                                       round.findings.front().toDo()));
+                    grounds.modelStatus
+                        ? round.report.tried(section.path("device_id"), *grounds.modelStatus, {},
+                                             round.findings.front().toDo())
+                        : Cell{"not asked", nullptr});
         round.report.parts.emplace_back(section);
         return round;
     }
@@ -162,8 +167,9 @@ std::string textOf(const Round &round) {
 ExitCode print(const Console &console, const Round &round) {
     const auto size = console.terminalSize();
     const Report answer = answerOf(round);
-    return console.print(answer, size ? screenText(screenLines(round, size->columns), *size)
-                                      : textOf(round));
+    const ExitCode code = console.print(
+        answer, size ? screenText(screenLines(round, size->columns), *size) : textOf(round));
+    return round.isAsked ? code : ExitCode::Board;
 }
 
 /** Through the calls that advance a virtual board's time. */

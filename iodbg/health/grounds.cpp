@@ -116,7 +116,7 @@ Grounds judgeGrounds() {
         return grounds;
     }
     grounds.modelStatus = readModel(grounds.model);
-    append(grounds.findings, {modelFinding(grounds.model, grounds.modelStatus, id,
+    append(grounds.findings, {modelFinding(grounds.model, *grounds.modelStatus, id,
                                            !grounds.causeAmong(kFiles).has_value())});
     return grounds;
 }

@@ -185,9 +185,21 @@ TEST_F(WatchCommandTest, AMissingKernelModuleIsAllThatARoundTells) {
     EXPECT_EQ(jsonAt(lines[1], "/findings/0/code"), "\"kernel-module-missing\"");
     EXPECT_EQ(jsonAt(lines[1], "/findings/1/cause"), "\"kernel-module-missing\"");
     EXPECT_EQ(jsonAt(lines[1], "/model"), "{\"device_id\":null}");
-    EXPECT_EQ(jsonAt(lines[1], "/failures/0/next"), "\"load the board's kernel module\"");
+    EXPECT_EQ(jsonAt(lines[1], "/findings/0/advice"), "\"load the board's kernel module\"");
+    EXPECT_EQ(jsonAt(lines[1], "/failures"), "[]") << "nothing was asked, so nothing failed";
     clearFaults();
     EXPECT_EQ(jsonAt(rounds("1")[0], "/climate/fan_level"), "1");
+}
+
+TEST_F(WatchCommandTest, ACpldThatDrivesNoLinesIsAskedNothing) {
+    devices().cpld.reg[1] = 0;
+    const std::string round = rounds("1", 1)[0];
+    EXPECT_EQ(jsonAt(round, "/findings/0/code"), "\"cpld-no-answer\"");
+    EXPECT_EQ(jsonAt(round, "/model"), "{\"device_id\":null}");
+    EXPECT_EQ(jsonAt(round, "/failures"), "[]");
+    const ProcessResult shown = iodbg({"watch", "--count", "1"});
+    EXPECT_EQ(shown.exitCode, 1);
+    EXPECT_TRUE(shown.out.ends_with("\n\nModel\n  Device id  not asked\n\n")) << shown.out;
 }
 
 TEST_F(WatchCommandTest, AnotherModelsLinesAreShownAndNotJudged) {
