@@ -46,9 +46,13 @@ Finding silenceFinding() {
     const int32_t status = askVersion();
     if (status == BSP_E_POE_WRITE)
         return busFinding();
+    if (status == BSP_OK)
+        return {kControllerSubject, Code::PoeNoAnswer, "answers now and then only"};
+    // Bytes come over the bus from a controller that says nothing as well.
+    const std::string answers =
+        status == BSP_E_POE_FRAME ? "its answers are missing or wrong" : "gives no answer";
     return {kControllerSubject, Code::PoeNoAnswer,
-            status == BSP_OK ? "answers now and then only"
-                             : "takes requests, gives no answer: " + nameAndNumber(status)};
+            "takes requests, " + answers + ": " + nameAndNumber(status)};
 }
 
 } // namespace

@@ -339,6 +339,8 @@ TEST_F(CheckCausesTest, NoFirmwareIsSentOverADeadBus) {
     EXPECT_EQ(finding("PoE controller")["advice"].get<std::string>().substr(0, 29),
               "check again in a few seconds,")
         << "firmware comes last";
+    EXPECT_EQ(finding("PoE controller")["found"],
+              "takes requests, its answers are missing or wrong: BSP_E_POE_FRAME (-1105)");
     clearFaults();
     world::set("poe.controller", "missing");
     EXPECT_EQ(causes(),

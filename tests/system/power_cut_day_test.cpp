@@ -93,12 +93,11 @@ void BadPowerDay::aCutInThePoeFirmware() const {
     powerComesBack(); // which takes the note of the failure with it, but not the failure
 
     EXPECT_EQ(get({"poe.controller"}), Lines{"loader"});
-    EXPECT_EQ(
-        complaints(5),
-        (Lines{"fault PoE controller: takes requests, gives no answer: BSP_E_POE_FRAME (-1105); "
-               "check again in a few seconds, then switch the unit off and on; if it stays so, "
-               "write its firmware anew with 'iodbg poe upgrade FILE'",
-               "not-judged PoE ports: hangs on the PoE controller"}));
+    EXPECT_EQ(complaints(5), (Lines{"fault PoE controller: takes requests, its answers are missing "
+                                    "or wrong: BSP_E_POE_FRAME (-1105); check again in a few "
+                                    "seconds, then switch the unit off and on; if it stays so, "
+                                    "write its firmware anew with 'iodbg poe upgrade FILE'",
+                                    "not-judged PoE ports: hangs on the PoE controller"}));
     EXPECT_EQ(json("poe upgrade " + file + " --yes")["version_after"], "V1.2.3.4");
     iodbg("poe init");
     iodbg("clock sync");
