@@ -53,7 +53,9 @@ SharedFileFlaw judgeFolder(uid_t user) {
     struct stat info = {};
     if (lstat(kSharedFolder, &info) == 0)
         return {path, folderFlaw(info, user),
-                "make it anew as root: rm -rf " + path + " && mkdir -m 0755 " + path};
+                "make it anew as root while no upgrade is under way (what it notes of a failed PoE "
+                "upgrade is lost with it): rm -rf " +
+                    path + " && mkdir -m 0755 " + path};
     return {path, errno == ENOENT ? "is missing" : lookFailure(),
             "make it as root: mkdir -m 0755 " + path};
 }

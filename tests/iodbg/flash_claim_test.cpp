@@ -197,7 +197,8 @@ TEST_F(FlashClaimTest, TheLockFileIsNotFollowedToAnothersFile) {
     std::filesystem::permissions(boardFile("/tmp/bsp"), std::filesystem::perms(0777));
     expectFailure({"boot", "set", "mode", "1"}, 4,
                   {"/tmp/bsp can be changed by others, its mode is 0777, so that no change of "
-                   "flash can be kept apart from others; make it anew as root: rm -rf"});
+                   "flash can be kept apart from others; make it anew as root while no upgrade is "
+                   "under way"});
     EXPECT_EQ(flash(4).erases[0], 0u);
 }
 

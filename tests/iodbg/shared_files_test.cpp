@@ -60,7 +60,9 @@ TEST_F(SharedFilesTest, AUsersUmaskMakesNoFlaw) {
 }
 
 TEST_F(SharedFilesTest, OthersWhoCanWriteAreAFlaw) {
-    constexpr char kAdvice[] = "; make it anew as root: rm -rf /tmp/bsp && mkdir -m 0755 /tmp/bsp";
+    constexpr char kAdvice[] =
+        "; make it anew as root while no upgrade is under way (what it notes of a failed PoE "
+        "upgrade is lost with it): rm -rf /tmp/bsp && mkdir -m 0755 /tmp/bsp";
     setMode(kFolder, 0777);
     EXPECT_EQ(flaws(),
               Lines{std::string("/tmp/bsp can be changed by others, its mode is 0777") + kAdvice});
@@ -70,9 +72,11 @@ TEST_F(SharedFilesTest, OthersWhoCanWriteAreAFlaw) {
     setMode(kFolder, 0775);
     EXPECT_EQ(flaws(),
               Lines{std::string("/tmp/bsp can be changed by others, its mode is 0775") + kAdvice});
-    expectNoHeader("/tmp/bsp can be changed by others, its mode is 0775, so that no image header "
-                   "can be read safely; make it anew as root: rm -rf /tmp/bsp && mkdir -m 0755 "
-                   "/tmp/bsp");
+    expectNoHeader(
+        "/tmp/bsp can be changed by others, its mode is 0775, so that no image header "
+        "can be read safely; make it anew as root while no upgrade is under way (what it notes of "
+        "a failed PoE upgrade is lost with it): rm -rf /tmp/bsp && mkdir -m 0755 "
+        "/tmp/bsp");
     setMode(kFolder, 0700);
     EXPECT_EQ(flaws(), Lines{});
     for (const char *lock : kLocks) {
@@ -158,6 +162,8 @@ TEST_F(SharedFilesTest, CheckTellsOfItAndGoesOn) {
     EXPECT_EQ(result.exitCode, 5);
     EXPECT_NE(result.out.find("/tmp/bsp can be changed by others"), std::string::npos);
     EXPECT_NE(result.out.find("\nFaults "), std::string::npos) << result.out;
+    for (const std::string &line : linesOf(result.out))
+        EXPECT_LE(line.size(), 80u) << line;
 }
 
 TEST_F(SharedFilesTest, CheckGoesOnWithoutIodbgsOwnLockFile) {
