@@ -15,8 +15,19 @@ namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kBarWidth = 30;
+constexpr size_t kWidestBar = 30;
+constexpr size_t kNarrowestBar = 10; // a shorter one tells less than the percentage
 constexpr char kStartLineOver[] = "\r\x1b[K";
+
+/** As much of a bar as a line has room for beside its text. */
+std::string barBeside(size_t textWidth, size_t room, uint32_t percent) {
+    constexpr size_t kFrame = 3; // brackets and a blank
+    if (room < textWidth + kFrame + kNarrowestBar)
+        return "";
+    const size_t width = std::min(room - textWidth - kFrame, kWidestBar);
+    const size_t filled = percent * width / 100;
+    return "[" + std::string(filled, '#') + std::string(width - filled, '.') + "] ";
+}
 
 } // namespace
 
@@ -30,8 +41,7 @@ std::string durationText(uint32_t seconds) {
 }
 
 Progress::Progress(Console &console, std::string task, const std::vector<WorkStep> &steps)
-    : console_(console), task_(std::move(task)), steps_(steps),
-      isTerminal_(terminal::sizeOf(STDERR_FILENO).has_value()), printedStep_(steps.size()) {
+    : console_(console), task_(std::move(task)), steps_(steps), printedStep_(steps.size()) {
     for (const WorkStep &step : steps_)
         totalMs_ += step.leastMs;
 }
@@ -80,8 +90,8 @@ void Progress::print(const Position &position) {
                                   {"percent", "", numberCell(position.percent)},
                                   {"seconds_left", "", numberCell(position.secondsLeft)}}};
         console_.printText(toJsonLine(section));
-    } else if (isTerminal_) {
-        std::fputs((kStartLineOver + barText(position)).c_str(), stderr);
+    } else if (const auto terminal = terminal::sizeOf(STDERR_FILENO)) {
+        std::fputs((kStartLineOver + barText(position, terminal->columns)).c_str(), stderr);
         std::fflush(stderr);
         hasBar_ = true;
     } else if (position.step != printedStep_) {
@@ -94,11 +104,12 @@ std::string Progress::stepText(const Position &position) const {
            ", " + steps_[position.step].name;
 }
 
-std::string Progress::barText(const Position &position) const {
-    const uint32_t filled = position.percent * kBarWidth / 100;
-    return "[" + std::string(filled, '#') + std::string(kBarWidth - filled, '.') + "] " +
-           std::to_string(position.percent) + " %  " + durationText(position.secondsLeft) +
-           " left  " + stepText(position);
+std::string Progress::barText(const Position &position, size_t columns) const {
+    // Only a line that ends before the last column can be started over on every terminal.
+    const size_t room = columns - 1;
+    const std::string text = std::to_string(position.percent) + " %  " +
+                             durationText(position.secondsLeft) + " left  " + stepText(position);
+    return (barBeside(text.size(), room, position.percent) + text).substr(0, room);
 }
 
 } // namespace iodbg

@@ -3,6 +3,7 @@
 // object a line for programs.
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -40,7 +41,7 @@ class Progress {
     double secondsElapsed() const;
     Position positionOf(size_t step, uint32_t msIntoStep) const;
     void print(const Position &position);
-    std::string barText(const Position &position) const;
+    std::string barText(const Position &position, size_t columns) const;
     std::string stepText(const Position &position) const;
 
     Console &console_;
@@ -48,7 +49,6 @@ class Progress {
     std::vector<WorkStep> steps_;
     uint32_t totalMs_ = 0;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-    bool isTerminal_;
     bool hasBar_ = false;
     size_t printedStep_;
     uint32_t printedPercent_ = 0;

@@ -462,13 +462,39 @@ TEST_F(PoeCommandsTest, ASignalDuringAnInitialisationThatFailsIsItsEnd) {
 }
 
 TEST_F(PoeCommandsTest, DrawsABarOnATerminal) {
-    const std::string screen = iodbgOnTerminal({"poe", "init"});
+    const std::string screen = iodbgOnTerminal({"poe", "init"}, {}, {24, 100});
     EXPECT_EQ(screen.find("\r\x1b[K[..............................] 0 %  53 s left  step 1 of 14, "
                           "reset the controller"),
               0u)
         << screen;
     EXPECT_NE(screen.find("[############################..] 9"), std::string::npos);
     EXPECT_NE(screen.find("\r\x1b[KPoE\r\n"), std::string::npos); // the bar goes before the answer
+}
+
+TEST_F(PoeCommandsTest, TheBarIsAsShortAsTheTerminalWants) {
+    const struct {
+        unsigned short columns;
+        std::string first; // what the first step looks like
+    } rows[] = {
+        {80, "[..........................] 0 %  53 s left  step 1 of 14, reset the controller"},
+        {64, "[..........] 0 %  53 s left  step 1 of 14, reset the controller"},
+        {63, "0 %  53 s left  step 1 of 14, reset the controller"},
+        {60, "0 %  53 s left  step 1 of 14, reset the controller"},
+        {40, "0 %  53 s left  step 1 of 14, reset the"},
+    };
+    for (const auto &[columns, first] : rows) {
+        const std::string screen = iodbgOnTerminal({"poe", "init"}, {}, {24, columns});
+        const std::string kStartLineOver = "\r\x1b[K";
+        ASSERT_TRUE(screen.starts_with(kStartLineOver + first + kStartLineOver)) << screen;
+        size_t drawn = 0;
+        for (size_t begin = 0; (begin = screen.find(kStartLineOver, begin)) != std::string::npos;) {
+            begin += kStartLineOver.size();
+            const size_t end = screen.find('\r', begin);
+            EXPECT_LT(end - begin, columns) << screen.substr(begin, end - begin);
+            ++drawn;
+        }
+        EXPECT_GT(drawn, 14u) << screen;
+    }
 }
 
 /** The event, step and percentage of each line of progress. */
