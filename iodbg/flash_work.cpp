@@ -49,6 +49,7 @@ std::string PartitionWork::readBack() {
     comparison_ = compare(partition_, content_, Layout::Straight, [this](uint64_t bytes) {
         progress_.reach(kCompare, msFor(bytes, kBytesPerMsRead));
     });
+    progress_.hide(); // the result is printed next
     return comparison_.first ? differenceText(partition_, content_, comparison_)
                              : "what was read back is the whole file";
 }

@@ -185,6 +185,7 @@ ExitCode upgradeOs(Console &console, const UpgradeArguments &arguments) {
     section.add("verified", "Verified",
                 flagCell(true, "read back, image and header block are the file's", ""));
     addBadBlocks(section, bank, verdict.comparison);
+    progress.hide();
     return console.print({{section}, {}});
 }
 

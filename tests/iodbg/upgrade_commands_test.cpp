@@ -77,6 +77,22 @@ TEST_F(UpgradeCommandsTest, WritesAnImageAndComparesIt) {
     EXPECT_EQ(stored(14, 0, 300000), imageBytes(300000));
 }
 
+TEST_F(UpgradeCommandsTest, TheBarGoesBeforeTheAnswer) {
+    for (const Words &words :
+         {Words{"upgrade", "os", makeImage(300000), "--bank", "0", "--yes"},
+          Words{"upgrade", "boot", bootFile(), "--yes"},
+          Words{"mtd", "write", "mtd4", makeImage(4096, "settings"), "--yes"}}) {
+        const std::string screen = iodbgOnTerminal(words);
+        const size_t bar = screen.rfind("read back and compare");
+        ASSERT_NE(bar, std::string::npos) << screen;
+        const size_t wiped = screen.find("\r\x1b[K", bar);
+        ASSERT_NE(wiped, std::string::npos) << screen;
+        EXPECT_EQ(screen.substr(bar, wiped - bar), "read back and compare") << words[1];
+        EXPECT_EQ(screen.find('\x1b', wiped + 4), std::string::npos) << screen;
+        EXPECT_NE(screen.find("\r\n", wiped + 4), std::string::npos) << screen;
+    }
+}
+
 TEST_F(UpgradeCommandsTest, AsksBeforeAnImageIsReplaced) {
     EXPECT_EQ(upgradeOs(makeImage(2048)).exitCode, 0);
     const std::string file = makeImage(300000, "new.img");
