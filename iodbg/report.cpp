@@ -38,10 +38,21 @@ std::string toText(const Table &table) {
     return table.tooWide == TooWide::MoveColumns ? inBlocks(rows) : inOneBlock(rows);
 }
 
+/** A paragraph whose lines begin at a column, behind the first one further in. */
+std::string paragraph(const std::string &text, size_t indent) {
+    constexpr size_t kHanging = 4;
+    std::string shown;
+    for (const std::string &line : linesWithin(text, kPageWidth - indent - kHanging)) {
+        const size_t margin = indent + (shown.empty() ? 0 : kHanging);
+        shown += std::string(margin, ' ') + line + "\n";
+    }
+    return shown;
+}
+
 std::string toText(const FailedItem &failed) {
     const StatusText status = explain(failed.status);
-    return "  " + failed.item + ": " + nameAndNumber(failed.status) + ", " + status.meaning + "\n" +
-           "    next: " + failed.advice + "\n";
+    return paragraph(failed.item + ": " + nameAndNumber(failed.status) + ", " + status.meaning, 2) +
+           paragraph("next: " + failed.advice, 4);
 }
 
 } // namespace

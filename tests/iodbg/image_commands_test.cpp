@@ -59,13 +59,12 @@ TEST_F(ImageCommandsTest, ABankThatCannotBeReadIsAFailureOfItsOwn) {
     spoil("mtd12", "read", "fails=EIO");
     const ProcessResult result = iodbg({"image", "info"});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.out,
-              "Bank 0 (/dev/mtd12): failed: BSP_E_FAILED (-1)\n"
-              "Bank 1 (/dev/mtd14): empty, all 512 bytes of the header block are 0xFF\n"
-              "\nFailures\n"
-              "  bank0: BSP_E_FAILED (-1), generic failure: a transfer failed, or the kernel "
-              "module's node did\n"
-              "    next: see the kernel log for /dev/mtd12\n");
+    EXPECT_EQ(result.out, "Bank 0 (/dev/mtd12): failed: BSP_E_FAILED (-1)\n"
+                          "Bank 1 (/dev/mtd14): empty, all 512 bytes of the header block are 0xFF\n"
+                          "\nFailures\n"
+                          "  bank0: BSP_E_FAILED (-1), generic failure: a transfer failed, or the\n"
+                          "      kernel module's node did\n"
+                          "    next: see the kernel log for /dev/mtd12\n");
     const std::string answer = json({"image", "info"}, 1);
     EXPECT_EQ(jsonAt(answer, "/banks/0/empty"), "null");
     EXPECT_EQ(jsonAt(answer, "/banks/0/header_hex"), "null");

@@ -250,7 +250,7 @@ TEST_F(ShowTest, ShowsTheRestWhenTheCpldRefuses) {
                              "  Hardware version                 failed: status -5\n",
                              "  Serial number                    VB00000001\n",
                              "\nFailures\n  board.device_id: status -5, an answer of the kernel "
-                             "module; as an error number 'Input/output error'\n    next: "})
+                             "module; as an error\n      number 'Input/output error'\n    next: "})
         EXPECT_NE(result.out.find(line), std::string::npos) << line << "\n" << result.out;
 }
 
