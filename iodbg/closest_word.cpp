@@ -24,11 +24,26 @@ size_t lettersBetween(const std::string &from, const std::string &to) {
     return row.back();
 }
 
+/** The one word that begins like this; none where several do. */
+std::string onlyWordWith(const std::string &beginning, const std::vector<std::string> &known) {
+    std::string found;
+    for (const std::string &candidate : known) {
+        if (!candidate.starts_with(beginning))
+            continue;
+        if (!found.empty())
+            return "";
+        found = candidate;
+    }
+    return found;
+}
+
 } // namespace
 
 std::string closestWord(const std::string &word, const std::vector<std::string> &known) {
     if (word.size() > kLongestWord)
         return "";
+    if (std::string begun = onlyWordWith(word, known); !begun.empty())
+        return begun;
     std::string closest;
     size_t fewest = std::max<size_t>(word.size() / 2, 1) + 1; // more is another word
     for (const std::string &candidate : known) {

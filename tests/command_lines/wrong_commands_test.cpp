@@ -46,6 +46,7 @@ TEST_F(WrongCommandsTest, WhatIsMeantIsGuessedWhereItIsClose) {
         {{"--json", "poe", "satus"}, "status"},
         {{"sfp", "--json", "lst"}, "list"},
         {{"led", "set", "lamp6"}, "lamp4"},
+        {{"poe", "st"}, "status"},   // begins with it, though "set" is nearer
         {{"upgrade", "os.img"}, ""}, // far from each
         {{"led", "blink"}, ""},
         {{"i2c", "x"}, ""},
