@@ -10,6 +10,7 @@
 #include "iodbg/format.h"
 
 #include <CLI/CLI.hpp>
+#include <span>
 
 namespace iodbg {
 
@@ -48,6 +49,25 @@ const CLI::App &recognised(const CLI::App &app) {
     return commands.empty() ? app : recognised(*commands.back());
 }
 
+bool isOption(const std::string &word) {
+    return word.size() > 1 && word[0] == '-';
+}
+
+/** The last command that was recognised before a word that nobody knows. A word behind it may
+ * look like a command of its own, yet stands where the unknown one's arguments were meant to. */
+const CLI::App &recognisedBefore(const std::string &unknown, const CLI::App &app,
+                                 std::span<const char *const> words) {
+    const CLI::App *command = &app;
+    for (const std::string word : words) {
+        const std::vector<CLI::App *> next = command->get_subcommands();
+        if (!next.empty() && next.back()->check_name(word))
+            command = next.back();
+        else if (word == unknown && !isOption(word))
+            return *command;
+    }
+    return recognised(app);
+}
+
 std::vector<std::string> namesOfCommands(const CLI::App &app) {
     std::vector<std::string> names;
     for (const CLI::App *command : app.get_subcommands([](const CLI::App *) { return true; }))
@@ -69,14 +89,12 @@ std::string commandWanted(const std::string &word, const std::vector<std::string
 
 /** What is wrong. A word that nobody knows says more than the one that is missing for it. */
 std::string reasonOf(const CLI::ParseError &error, const CLI::App &command,
-                     const std::vector<std::string> &unknown) {
+                     const std::string &word) {
     const auto code = static_cast<CLI::ExitCodes>(error.get_exit_code());
     const bool isMissing = code == CLI::ExitCodes::RequiredError;
-    const std::string word = unknown.empty() ? "" : unknown[0];
-    const bool isOption = word.size() > 1 && word[0] == '-';
     const std::vector<std::string> names = namesOfCommands(command);
     const bool concernsWords = isMissing || code == CLI::ExitCodes::ExtrasError;
-    if (concernsWords && !isOption && !names.empty())
+    if (concernsWords && !isOption(word) && !names.empty())
         return commandWanted(word, names);
     if (isMissing && !word.empty())
         return quoted(word) + " is not known here";
@@ -184,9 +202,15 @@ Action CommandLine::parse(int argc, const char *const *argv) {
     } catch (const CLI::CallForVersion &version) {
         return printing(std::string(version.what()) + "\n");
     } catch (const CLI::ParseError &error) {
-        const CLI::App &command = recognised(*app_);
-        throw Failure::usage(reasonOf(error, command, app_->remaining(true)) + "; see '" +
-                             wholeName(command) + " --help'");
+        const std::vector<std::string> unknown = app_->remaining(true);
+        const std::string word = unknown.empty() ? "" : unknown[0];
+        const std::span words(argv, static_cast<size_t>(argc));
+        const CLI::App &command =
+            recognisedBefore(word, *app_, words.subspan(words.empty() ? 0 : 1));
+        const bool isWordWrong = &command != &recognised(*app_);
+        const std::string reason = isWordWrong ? commandWanted(word, namesOfCommands(command))
+                                               : reasonOf(error, command, word);
+        throw Failure::usage(reason + "; see '" + wholeName(command) + " --help'");
     }
     return grammar_.chosen;
 }

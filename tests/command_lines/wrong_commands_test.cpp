@@ -62,6 +62,30 @@ TEST_F(WrongCommandsTest, WhatIsMeantIsGuessedWhereItIsClose) {
     }
 }
 
+TEST_F(WrongCommandsTest, AWrongWordBeforeAnotherCommandsIsJudgedWhereItStands) {
+    const struct {
+        Words words;
+        std::string wrong, guess, command;
+    } rows[] = {
+        {{"peo", "status"}, "peo", "", "iodbg"},
+        {{"poee", "init"}, "poee", "poe", "iodbg"},
+        {{"--json", "peo", "status", "1-3"}, "peo", "", "iodbg"},
+        {{"flash", "show"}, "flash", "", "iodbg"},
+        {{"led", "set", "sytem", "1"}, "sytem", "system", "iodbg led set"}, // "1" is system's too
+        {{"led", "set", "sytem", "1", "99"}, "sytem", "system", "iodbg led set"},
+        {{"poe", "poe", "status"}, "poe", "", "iodbg poe"},
+    };
+    for (const auto &row : rows) {
+        const ProcessResult result = iodbg(row.words);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_NE(result.err.find("'" + row.wrong + "' is none of "), std::string::npos)
+            << result.err;
+        const std::string guess = row.guess.empty() ? "" : " (did you mean '" + row.guess + "'?)";
+        EXPECT_TRUE(result.err.ends_with(guess + "; see '" + row.command + " --help'\n"))
+            << result.err;
+    }
+}
+
 TEST_F(WrongCommandsTest, UnknownOptionsAreNamed) {
     expectRefusal({"--foo"}, 2, "'--foo' is not known here; see 'iodbg --help'");
     expectRefusal({"poe", "--foo"}, 2, "'--foo' is not known here; see 'iodbg poe --help'");
