@@ -20,7 +20,7 @@ _bsp_help() {
         /^[^ ]/ { flush(); section = "" }
         section == "" || /^$/ { next }
         /^  [^ ]/ { flush(); entry = substr($0, 3); next }
-        { sub(/^ +/, ""); entry = entry "  " $0 }
+        { sub(/^ +/, ""); entry = entry (entry ~ /  / ? " " : "  ") $0 }
         END { flush() }'
 }
 

@@ -8,9 +8,11 @@
 #include "iodbg/examples.h"
 #include "iodbg/failure.h"
 #include "iodbg/format.h"
+#include "iodbg/page.h"
 
 #include <CLI/CLI.hpp>
 #include <span>
+#include <sstream>
 
 namespace iodbg {
 
@@ -18,6 +20,39 @@ namespace {
 
 constexpr char kJsonHelp[] = "Answer in JSON";
 constexpr size_t kLongestReason = 300;
+
+/** A text in lines of so many characters. The newlines in it stay. */
+std::string inLines(const std::string &text, size_t width) {
+    std::string lines;
+    std::istringstream paragraphs(text);
+    for (std::string paragraph; std::getline(paragraphs, paragraph);) {
+        for (const std::string &line : linesWithin(paragraph, width))
+            lines += (lines.empty() ? "" : "\n") + line;
+    }
+    return lines;
+}
+
+/** Help on a page as wide as all that the program prints. */
+class HelpFormatter : public CLI::Formatter {
+  public:
+    std::string make_description(const CLI::App *app) const override {
+        return inLines(app->get_description(), kPageWidth) + "\n";
+    }
+    std::string make_option_desc(const CLI::Option *option) const override {
+        return besideNames(option->get_description());
+    }
+    std::string make_subcommand(const CLI::App *command) const override {
+        std::ostringstream line;
+        CLI::detail::format_help(line, command->get_display_name(true),
+                                 besideNames(command->get_description()), get_column_width());
+        return line.str();
+    }
+
+  private:
+    std::string besideNames(const std::string &text) const {
+        return inLines(text, kPageWidth - get_column_width());
+    }
+};
 
 /** Hands words to a parser, and says which argument a refused one was for. */
 CLI::callback_t takenBy(const std::string &name, const Parser &parser) {
@@ -185,6 +220,7 @@ void Command::does(const Action &action) const {
 CommandLine::CommandLine(const std::string &description, const std::string &footer,
                          const std::string &version, bool &isJson)
     : app_(std::make_unique<CLI::App>(description, "iodbg")), grammar_{{}, isJson} {
+    app_->formatter(std::make_shared<HelpFormatter>()); // of all commands, which are added later
     app_->fallthrough(); // options of the whole program may follow a command
     app_->require_subcommand(1);
     app_->footer(footer);

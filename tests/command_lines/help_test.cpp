@@ -55,6 +55,14 @@ TEST(IodbgHelpTest, NamesEveryExitCode) {
         EXPECT_NE(help.find(line), std::string::npos) << line << help;
 }
 
+TEST(IodbgHelpTest, FitsOnAPage) {
+    constexpr size_t kPageWidth = 80;
+    for (const CommandHelp &help : helpTree("iodbg")) {
+        for (const std::string &line : linesOf(help.text))
+            EXPECT_LE(line.size(), kPageWidth) << help.name() << "\n" << line;
+    }
+}
+
 TEST_P(HelpTest, TheShortOptionSaysTheSame) {
     const CommandHelp help = commandHelp(GetParam(), {}, {});
     EXPECT_EQ(run({builtProgram(GetParam()), "-h"}).out, help.text);

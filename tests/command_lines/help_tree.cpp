@@ -98,7 +98,7 @@ CommandHelp commandHelp(const std::string &program, const Words &path, const Wor
         if (line[2] != ' ')
             section->push_back(section == &help.options ? optionOf(entry) : wordOf(entry));
         else if (!section->empty())
-            section->back().text += entry.text;
+            section->back().text += (section->back().text.empty() ? "" : " ") + entry.text;
     }
     std::erase_if(help.options, [](const HelpEntry &option) { return option.name == "--help"; });
     return help;
