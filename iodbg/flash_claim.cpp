@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
-#include <optional>
 #include <unistd.h>
 
 namespace iodbg {
@@ -110,7 +109,7 @@ FlashClaim::~FlashClaim() {
 
 HeaderTurn::HeaderTurn(Length length) {
     if (!lockAt(kHeaderByte, F_SETLK)) {
-        if (const std::optional<pid_t> holder = holderOf(kLongTurnByte))
+        if (const std::optional<pid_t> holder = longHolder())
             std::fprintf(stderr, "iodbg: waiting for process %d, which writes an image\n",
                          static_cast<int>(*holder));
         if (!lockAt(kHeaderByte, F_SETLKW))
@@ -118,6 +117,10 @@ HeaderTurn::HeaderTurn(Length length) {
     }
     if (length == Length::Long)
         lockAt(kLongTurnByte, F_SETLK); // free: whoever has the turn has had it as well
+}
+
+std::optional<pid_t> HeaderTurn::longHolder() {
+    return holderOf(kLongTurnByte);
 }
 
 HeaderTurn::~HeaderTurn() {

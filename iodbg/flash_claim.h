@@ -6,6 +6,7 @@
 
 #include "iodbg/flash.h"
 
+#include <optional>
 #include <sys/types.h>
 
 namespace iodbg {
@@ -43,6 +44,9 @@ class HeaderTurn {
     HeaderTurn(const HeaderTurn &) = delete;
     HeaderTurn &operator=(const HeaderTurn &) = delete;
     ~HeaderTurn();
+
+    /** The process that has a long turn, for those who would rather not wait; none without one. */
+    static std::optional<pid_t> longHolder();
 };
 
 } // namespace iodbg

@@ -5,6 +5,7 @@
 #include "iodbg/device_node.h"
 #include "iodbg/failure.h"
 #include "iodbg/flash.h"
+#include "iodbg/flash_claim.h"
 #include "iodbg/os_bank.h"
 #include "iodbg/shared_files.h"
 #include "iodbg/status_table.h"
@@ -56,6 +57,9 @@ Finding bankFinding(const Subject &subject) {
     const uint32_t bank = subject.index.value_or(0);
     const std::string number = std::to_string(bank);
     try {
+        if (const std::optional<pid_t> writer = HeaderTurn::longHolder())
+            return {subject, Code::NotJudged,
+                    "process " + std::to_string(*writer) + " writes an image"};
         Bytes header;
         if (const int32_t status = readOsHeader(bank, header); status != BSP_OK)
             return {subject, Code::Unreadable,

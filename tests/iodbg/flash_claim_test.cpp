@@ -164,6 +164,28 @@ TEST_F(FlashClaimTest, AReaderWaitsForAnUpgradeAndSaysSo) {
     EXPECT_EQ(reader.wait().exitCode, 0);
 }
 
+TEST_F(FlashClaimTest, CheckWaitsForNoUpgrade) {
+    const Claims other = claims();
+    other.take();
+    Process checker = start({"check"});
+    EXPECT_TRUE(
+        becomesTrue([&] { return checker.output().find("\nFaults ") != std::string::npos; }));
+    const std::string writer =
+        " not judged  process " + std::to_string(getpid()) + " writes an image\n";
+    for (const char *bank : {"bank 0", "bank 1"}) {
+        const std::string out = checker.output();
+        const size_t row = out.find(std::string("\n") + bank + " ");
+        ASSERT_NE(row, std::string::npos) << out;
+        EXPECT_NE(out.substr(row + 1, out.find('\n', row + 1) - row).find(writer),
+                  std::string::npos)
+            << out;
+    }
+    EXPECT_EQ(checker.errors(), "");
+    other.lock(F_UNLCK, F_SETLK);
+    checker.wait();
+    EXPECT_EQ(iodbg({"check"}).out.find("writes an image"), std::string::npos);
+}
+
 TEST_F(FlashClaimTest, AHeaderThatAnotherProgramRemovesIsReadAgain) {
     vb::FaultRule rule = openFails("/tmp/bsp/osHeader.bin", ENOENT);
     rule.when = vb::FaultWhen::Once;
