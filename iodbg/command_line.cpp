@@ -21,17 +21,6 @@ namespace {
 constexpr char kJsonHelp[] = "Answer in JSON";
 constexpr size_t kLongestReason = 300;
 
-/** A text in lines of so many characters. The newlines in it stay. */
-std::string inLines(const std::string &text, size_t width) {
-    std::string lines;
-    std::istringstream paragraphs(text);
-    for (std::string paragraph; std::getline(paragraphs, paragraph);) {
-        for (const std::string &line : linesWithin(paragraph, width))
-            lines += (lines.empty() ? "" : "\n") + line;
-    }
-    return lines;
-}
-
 /** Help on a page as wide as all that the program prints. */
 class HelpFormatter : public CLI::Formatter {
   public:

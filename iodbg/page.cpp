@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <sstream>
 
 namespace iodbg {
 
@@ -68,6 +69,16 @@ std::vector<std::string> linesWithin(std::string text, size_t width) {
     }
     if (!text.empty())
         lines.push_back(text);
+    return lines;
+}
+
+std::string inLines(const std::string &text, size_t width) {
+    std::string lines;
+    std::istringstream paragraphs(text);
+    for (std::string paragraph; std::getline(paragraphs, paragraph);) {
+        for (const std::string &line : linesWithin(paragraph, width))
+            lines += (lines.empty() ? "" : "\n") + line;
+    }
     return lines;
 }
 

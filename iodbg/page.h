@@ -16,6 +16,9 @@ std::string padded(const std::string &text, size_t width);
  * one. */
 std::vector<std::string> linesWithin(std::string text, size_t width);
 
+/** The same as one text, whose own newlines stay. */
+std::string inLines(const std::string &text, size_t width);
+
 using Rows = std::vector<std::vector<std::string>>;
 
 /** Rows in columns of these widths. A text that is longer goes on in its column below. */

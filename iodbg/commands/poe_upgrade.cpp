@@ -6,6 +6,7 @@
 #include "iodbg/console.h"
 #include "iodbg/failure.h"
 #include "iodbg/host_file.h"
+#include "iodbg/page.h"
 #include "iodbg/poe_board.h"
 #include "iodbg/poe_controller.h"
 #include "iodbg/poe_wire.h"
@@ -120,8 +121,11 @@ std::string planText(const Image &image, const std::optional<std::string> &versi
            "\n"
            "  new  " +
            image.file + ", " + std::to_string(image.size) + " bytes\n" +
-           "The upgrade takes at least " + durationText(secondsFor(image)) +
-           " and must not be interrupted; no port has power afterwards until 'iodbg poe init'.\n";
+           inLines("The upgrade takes at least " + durationText(secondsFor(image)) +
+                       " and must not be interrupted; no port has power afterwards until 'iodbg "
+                       "poe init'.",
+                   kPageWidth) +
+           "\n";
 }
 
 void addPlan(Section &section, const Image &image, const std::optional<std::string> &version) {

@@ -3,6 +3,7 @@
 #include "iodbg/commands/commands.h"
 #include "iodbg/commands/upgrade_parts.h"
 #include "iodbg/confirm.h"
+#include "iodbg/page.h"
 
 namespace iodbg {
 
@@ -14,7 +15,7 @@ bool goOn(Section &section, const UpgradePlan &plan, const UpgradeArguments &arg
                 flagCell(arguments.isDryRun, "yes, nothing was changed", "no"));
     if (!arguments.isDryRun && !arguments.isYes)
         confirm(plan.what + "\n  now  " + plan.now + "\n  new  " + plan.replacement + "\n" +
-                plan.warning + "\nUpgrade it now?");
+                inLines(plan.warning, kPageWidth) + "\nUpgrade it now?");
     return !arguments.isDryRun;
 }
 

@@ -603,7 +603,7 @@ TEST_F(PoeCommandsTest, AnUpgradeIsConfirmed) {
               "  new  " +
                   file +
                   ", 51200 bytes\n"
-                  "The upgrade takes at least 3 min 33 s and must not be interrupted; no port has "
+                  "The upgrade takes at least 3 min 33 s and must not be interrupted; no port has\n"
                   "power afterwards until 'iodbg poe init'.\n"
                   "Upgrade the firmware now? [y/N] "
                   "\niodbg: not confirmed, nothing was done\n");

@@ -105,7 +105,7 @@ TEST_F(UpgradeCommandsTest, AsksBeforeAnImageIsReplaced) {
                                file +
                                ", 300000 bytes, 'OS image 2.5'\n"
                                "The upgrade must not be interrupted: the bank is then incomplete. "
-                               "The other bank is not touched.\n"
+                               "The other bank\nis not touched.\n"
                                "Upgrade it now? [y/N] \niodbg: not confirmed, nothing was done\n");
     const std::string dry =
         linesOf(iodbg({"upgrade", "os", file, "--bank", "0", "--dry-run", "--json"}).out).back();
@@ -276,7 +276,7 @@ TEST_F(UpgradeCommandsTest, ABootLoaderIsConfirmed) {
     const ProcessResult refused = iodbg({"upgrade", "boot", file}, "n\n");
     EXPECT_EQ(refused.exitCode, 2);
     EXPECT_NE(refused.err.find("A board without a whole boot loader does not start: do not "
-                               "interrupt the upgrade.\nUpgrade it now? [y/N] "),
+                               "interrupt the\nupgrade.\nUpgrade it now? [y/N] "),
               std::string::npos);
     EXPECT_EQ(iodbg({"upgrade", "boot", file, "--dry-run"}).exitCode, 0);
     EXPECT_EQ(flash(0).erases[0], 0u);
@@ -333,7 +333,7 @@ TEST_F(UpgradeCommandsTest, ACpldThatRefusesIsToldOf) {
                                file +
                                ", 5 bytes\n"
                                "The file is judged by the kernel module alone. The upgrade must "
-                               "not be interrupted.\n"
+                               "not be\ninterrupted.\n"
                                "Upgrade it now? [y/N] \niodbg: not confirmed, nothing was done\n");
     EXPECT_EQ(iodbg({"upgrade", "cpld", file, "--dry-run"}).exitCode, 0);
     addFault(refuse(vb::FaultDevice::Cpld, vb::FaultOp::Upgrade, -5));
