@@ -15,6 +15,14 @@ namespace {
 
 constexpr char kOfVirtualBoards[] = "VBOARD_DIR"; // in the environment of all their programs
 
+/** What to do about a node that is not there. */
+std::string adviceOnMissing(const std::string &path) {
+    if (path == kKernelModuleNode)
+        return "load the board's kernel module";
+    return path.starts_with("/dev/mtd") ? "check the path, and /proc/mtd"
+                                        : "see that the kernel provides it";
+}
+
 } // namespace
 
 NodeState DeviceNode::state() const {
@@ -50,10 +58,9 @@ std::string DeviceNode::trouble() const {
 }
 
 std::string DeviceNode::advice() const {
-    const bool isModule = path == kKernelModuleNode;
     switch (state()) {
     case NodeState::Missing:
-        return isModule ? "load the board's kernel module" : "check the path, and /proc/mtd";
+        return adviceOnMissing(path);
     case NodeState::NotPermitted:
         return "run iodbg as root";
     case NodeState::Usable:

@@ -20,7 +20,8 @@ constexpr char kExitCodeHelp[] =
     "  1  the board or the library answered a failure\n"
     "  2  wrong usage, also a number that this board does not have, or not confirmed;\n"
     "     nothing was changed on the board\n"
-    "  3  written, but what reads back differs\n"
+    "  3  written, but what reads back differs; also a PoE port that was switched on\n"
+    "     and stays off\n"
     "  4  a problem on this host: a file, standard output, memory\n"
     "  5  'check' found a fault of the unit\n";
 

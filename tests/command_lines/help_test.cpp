@@ -49,7 +49,8 @@ TEST(IodbgHelpTest, NamesEveryExitCode) {
     for (const char *line :
          {"\nExit codes:\n  0  done\n", "\n  1  the board or the library answered a failure\n",
           "\n  2  wrong usage, also a number that this board does not have, or not confirmed;\n",
-          "\n  3  written, but what reads back differs\n",
+          "\n  3  written, but what reads back differs; also a PoE port that was switched on\n     "
+          "and stays off\n",
           "\n  4  a problem on this host: a file, standard output, memory\n",
           "\n  5  'check' found a fault of the unit\n"})
         EXPECT_NE(help.find(line), std::string::npos) << line << help;

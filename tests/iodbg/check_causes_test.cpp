@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <regex>
 #include <sys/stat.h>
 
 namespace {
@@ -429,7 +430,37 @@ TEST_F(CheckCausesTest, TakesNoMoreBoardTimeThanItsQuestions) {
     EXPECT_LE(now() - before, 2642 * kMs);
 }
 
-TEST(CheckDocumentTest, NamesEveryCodeUnitAndLimit) {
+using CheckDocumentTest = IodbgTest;
+
+/** The words in backquotes of a text, in their order. */
+Words quotedIn(const std::string &text) {
+    const std::regex quoted("`([^`]*)`");
+    Words words;
+    for (std::sregex_iterator word(text.begin(), text.end(), quoted), end; word != end; ++word)
+        words.push_back((*word)[1]);
+    return words;
+}
+
+TEST_F(CheckDocumentTest, NamesTheKeysOfTheAnswer) {
+    const std::string text = readFile(BSP_TEST_IODBG_DOCUMENT);
+    const size_t at = text.find("\n| `check` | `findings`");
+    ASSERT_NE(at, std::string::npos);
+    const size_t keysAt = text.find(" | ", at) + 3;
+    const std::string row = text.substr(keysAt, text.find('\n', keysAt) - keysAt);
+    const Words documented = quotedIn(std::regex_replace(row, std::regex("\\([^)]*\\)"), ""));
+
+    const std::string answer = json({"check"});
+    Words keys = jsonKeys(answer, "");
+    ASSERT_EQ(keys.front(), "findings");
+    ASSERT_EQ(keys.back(), "failures") << "which all answers have";
+    keys.pop_back();
+    const Words ofFinding = jsonKeys(answer, "/findings/0");
+    keys.insert(keys.begin() + 1, ofFinding.begin(), ofFinding.end());
+    EXPECT_EQ(documented, keys);
+    EXPECT_NE(row.find("`verdict` (`good`, `not-judged`, `warning`, `fault`)"), std::string::npos);
+}
+
+TEST_F(CheckDocumentTest, NamesEveryCodeUnitAndLimit) {
     const std::string text = readFile(BSP_TEST_IODBG_DOCUMENT);
     std::string codes;
     for (const iodbg::CodeRow &row : iodbg::kCodes)

@@ -92,6 +92,10 @@ TEST_F(DeviceNodeTest, TheDeviceOfMdioIsNamed) {
     expectFailure({"mdio", "read", "1", "2"}, 1,
                   {"BSP_E_OPEN (1010)", "; /dev/mem may not be opened: run iodbg as root"});
     expectFailure({"mdio", "write", "1", "2", "3"}, 1, {"/dev/mem may not be opened"});
+    clearFaults();
+    addFault(openFails("/dev/mem", ENOENT));
+    expectFailure({"mdio", "read", "1", "2"}, 1,
+                  {"; /dev/mem does not exist: see that the kernel provides it"});
 }
 
 TEST_F(DeviceNodeTest, OnABoardNoVirtualOneIsRecommended) {

@@ -20,7 +20,8 @@ TEST_F(ProgramTest, HelpNamesCommandsAndExitCodes) {
           "boot", "mtd",         "upgrade", "status"})
         EXPECT_NE(result.out.find("\n  " + std::string(text) + " "), std::string::npos) << text;
     for (const char *text : {"fans", "temperature", "clock", "SFP modules", "MDIO", "--json",
-                             "  3  written, but what reads back differs\n",
+                             "  3  written, but what reads back differs; also a PoE port that was "
+                             "switched on\n     and stays off\n",
                              "  5  'check' found a fault of the unit\n"})
         EXPECT_NE(result.out.find(text), std::string::npos) << text;
     EXPECT_NE(iodbg({"cpld", "set", "--help"}).out.find("VALUE"), std::string::npos);
