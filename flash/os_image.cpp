@@ -6,6 +6,7 @@
 #include "flash/flash_lock.h"
 #include "flash/partition.h"
 #include "flash/shell_command.h"
+#include "support/kept_file.h"
 #include "support/message.h"
 #include "support/owned.h"
 
@@ -44,8 +45,8 @@ int32_t readImageSize(const char *file, off_t *size, CallSite site = CallSite::h
     return BSP_OK;
 }
 
-int openReported(const char *path, int flags, mode_t mode = 0, CallSite site = CallSite::here()) {
-    const int fd = open(path, flags | O_CLOEXEC, mode);
+/** A file's descriptor as opening it answered, which is reported when it failed. */
+int reportedOpen(int fd, const char *path, CallSite site = CallSite::here()) {
     if (fd < 0)
         std::printf("%s-%d: open %s fail.\r\n", site.function, site.line, path);
     return fd;
@@ -113,7 +114,7 @@ int32_t bsp_os_file_header_to_file(const char *imageFile, const char *headerFile
         reportLine("malloc fail.", CallSite::here());
         return BSP_E_NO_MEMORY;
     }
-    const bsp::Descriptor image(openReported(imageFile, O_RDONLY));
+    const bsp::Descriptor image(reportedOpen(open(imageFile, O_RDONLY | O_CLOEXEC), imageFile));
     if (!image.isOpen())
         return BSP_E_OPEN;
     // An image without room for a header block has no such position.
@@ -122,7 +123,7 @@ int32_t bsp_os_file_header_to_file(const char *imageFile, const char *headerFile
         return BSP_E_WRITE;
     if (!bsp::readWhole(image.get(), header.get(), BSP_OS_HEADER_SIZE))
         return BSP_E_SHORT_READ;
-    const bsp::Descriptor copy(openReported(headerFile, O_RDWR | O_CREAT | O_NOFOLLOW, 0644));
+    const bsp::Descriptor copy(reportedOpen(bsp::openKeptFile(headerFile), headerFile));
     if (!copy.isOpen())
         return BSP_E_OPEN;
     [[maybe_unused]] const ssize_t written = write(copy.get(), header.get(), BSP_OS_HEADER_SIZE);
@@ -132,7 +133,8 @@ int32_t bsp_os_file_header_to_file(const char *imageFile, const char *headerFile
 int32_t bsp_os_header_file_to_buffer(const char *headerFile, uint8_t *buffer) {
     if (headerFile == nullptr || buffer == nullptr)
         return BSP_E_NULL;
-    const bsp::Descriptor file(openReported(headerFile, O_RDONLY | O_NOFOLLOW));
+    const bsp::Descriptor file(
+        reportedOpen(open(headerFile, O_RDONLY | O_NOFOLLOW | O_CLOEXEC), headerFile));
     if (!file.isOpen())
         return BSP_E_OPEN;
     uint8_t header[BSP_OS_HEADER_SIZE];

@@ -8,10 +8,6 @@ namespace iodbg {
 
 namespace {
 
-std::string withoutTrailingSpaces(const std::string &line) {
-    return line.substr(0, line.find_last_not_of(' ') + 1);
-}
-
 std::string layOutRow(const std::vector<std::string> &row, const std::vector<size_t> &widths) {
     std::vector<std::vector<std::string>> cells;
     size_t height = 0;
@@ -56,6 +52,10 @@ Rows columnsOf(const Rows &rows, const std::vector<size_t> &columns) {
 
 std::string padded(const std::string &text, size_t width) {
     return text + std::string(width - std::min(width, text.size()), ' ');
+}
+
+std::string withoutTrailingSpaces(const std::string &line) {
+    return line.substr(0, line.find_last_not_of(' ') + 1);
 }
 
 std::vector<std::string> linesWithin(std::string text, size_t width) {

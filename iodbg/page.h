@@ -11,6 +11,7 @@ constexpr size_t kPageWidth = 80;
 constexpr size_t kGap = 2; // blanks between columns
 
 std::string padded(const std::string &text, size_t width);
+std::string withoutTrailingSpaces(const std::string &line);
 
 /** A text in lines of so many characters, broken between words where it can be; none of an empty
  * one. */

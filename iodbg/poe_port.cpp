@@ -2,9 +2,9 @@
 
 #include "bsp.h"
 #include "iodbg/format.h"
+#include "iodbg/page.h"
 #include "iodbg/poe_wire.h"
 
-#include <algorithm>
 #include <array>
 #include <iterator>
 #include <optional>
@@ -147,14 +147,10 @@ std::string columnText(const Cell &cell) {
 }
 
 std::string paddedLine(const std::vector<std::string> &words) {
-    std::string line =
-        words[0] + std::string(kPort.width - std::min(kPort.width, words[0].size()), ' ');
-    for (size_t i = 0; i + 1 < words.size(); ++i) {
-        const size_t width = kPortReadings[i].item.width;
-        const std::string &word = words[i + 1];
-        line += " " + word + std::string(width - std::min(width, word.size()), ' ');
-    }
-    return line.substr(0, line.find_last_not_of(' ') + 1) + "\n";
+    std::string line = padded(words[0], kPort.width);
+    for (size_t i = 0; i + 1 < words.size(); ++i)
+        line += " " + padded(words[i + 1], kPortReadings[i].item.width);
+    return withoutTrailingSpaces(line) + "\n";
 }
 
 } // namespace

@@ -8,23 +8,12 @@
 #include <deque>
 #include <fcntl.h>
 #include <filesystem>
-#include <functional>
 #include <optional>
-#include <poll.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr char kClaims[] = "/tmp/bsp/iodbg.lock";
-
-bool becomesTrue(const std::function<bool()> &condition) {
-    for (int i = 0; i < 6000; ++i) {
-        if (condition())
-            return true;
-        poll(nullptr, 0, 10); // real time: the board's is virtual
-    }
-    return false;
-}
 
 class FlashClaimTest : public FlashCommandsTest {
   protected:
@@ -104,9 +93,9 @@ TEST_F(FlashClaimTest, ASecondUpgradeOfABankIsRefusedBeforeItErases) {
     // The first one waits for the library's lock, with its claim on the bank.
     Process first = start({"upgrade", "os", image, "--bank", "1", "--yes"});
     const Claims file = claims();
-    ASSERT_TRUE(becomesTrue([&] { return file.holder() != 0; }));
+    ASSERT_TRUE(comesTrue([&] { return file.holder() != 0; }));
     Process second = start({"upgrade", "os", later, "--bank", "1", "--yes"});
-    EXPECT_TRUE(becomesTrue([&] {
+    EXPECT_TRUE(comesTrue([&] {
         return second.errors().find("/dev/mtd14 is being changed by process " +
                                     std::to_string(file.holder())) != std::string::npos;
     })) << second.errors();
@@ -127,7 +116,7 @@ TEST_F(FlashClaimTest, AKilledUpgradeLeavesNoClaim) {
         const HeldLibrary held(libraryLock());
         const Claims file = claims();
         const Process killed = start({"upgrade", "os", image, "--bank", "1", "--yes"});
-        ASSERT_TRUE(becomesTrue([&] { return file.holder() != 0; }));
+        ASSERT_TRUE(comesTrue([&] { return file.holder() != 0; }));
     }
     EXPECT_EQ(iodbg({"upgrade", "os", image, "--bank", "1", "--yes"}).exitCode, 0);
 }
@@ -156,7 +145,7 @@ TEST_F(FlashClaimTest, AReaderWaitsForAnUpgradeAndSaysSo) {
     const Claims other = claims();
     other.take();
     Process reader = start({"image", "info"});
-    EXPECT_TRUE(becomesTrue([&] { return !reader.errors().empty(); }));
+    EXPECT_TRUE(comesTrue([&] { return !reader.errors().empty(); }));
     EXPECT_EQ(reader.errors(), "iodbg: waiting for process " + std::to_string(getpid()) +
                                    ", which writes an image\n");
     EXPECT_EQ(reader.output(), "");
@@ -168,8 +157,7 @@ TEST_F(FlashClaimTest, CheckWaitsForNoUpgrade) {
     const Claims other = claims();
     other.take();
     Process checker = start({"check"});
-    EXPECT_TRUE(
-        becomesTrue([&] { return checker.output().find("\nFaults ") != std::string::npos; }));
+    EXPECT_TRUE(comesTrue([&] { return checker.output().find("\nFaults ") != std::string::npos; }));
     const std::string writer =
         " not judged  process " + std::to_string(getpid()) + " writes an image\n";
     for (const char *bank : {"bank 0", "bank 1"}) {

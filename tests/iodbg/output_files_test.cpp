@@ -8,9 +8,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
-#include <poll.h>
 #include <sys/stat.h>
 
 namespace {
@@ -20,18 +18,6 @@ namespace fs = std::filesystem;
 mode_t modeOf(const std::string &path) {
     struct stat info = {};
     return stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
-}
-
-/** Waits in real time: the board's is virtual. */
-bool comesTrueInTime(const std::function<bool()> &condition) {
-    constexpr int kTries = 6000;
-    constexpr int kPauseMs = 10;
-    for (int i = 0; i < kTries; ++i) {
-        if (condition())
-            return true;
-        poll(nullptr, 0, kPauseMs);
-    }
-    return false;
 }
 
 class OutputFilesTest : public FlashCommandsTest {
@@ -216,7 +202,7 @@ TEST_F(OutputFilesTest, AnInterruptedReadKeepsTheOldFile) {
             open(boardFile("/tmp/bspFlashLockFile").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
         ASSERT_EQ(bsp_flash_lock_set(lock.get(), 1), 0);
         Process reader = start({"mtd", "read", "mtd4", old, "--force"});
-        ASSERT_TRUE(comesTrueInTime([&] { return filesIn(place).size() == 2; }));
+        ASSERT_TRUE(comesTrue([&] { return filesIn(place).size() == 2; }));
         reader.signal(signal);
         EXPECT_EQ(reader.wait().exitCode, 128 + signal);
         EXPECT_EQ(filesIn(place), Words{"old"});
@@ -231,7 +217,7 @@ TEST_F(OutputFilesTest, ATemporaryFileOfADeadProcessIsLeftAlone) {
     ASSERT_EQ(bsp_flash_lock_set(lock.get(), 1), 0);
     {
         const Process killed = start({"mtd", "read", "mtd4", place + "/copy"});
-        ASSERT_TRUE(comesTrueInTime([&] { return filesIn(place).size() == 1; }));
+        ASSERT_TRUE(comesTrue([&] { return filesIn(place).size() == 1; }));
     }
     ASSERT_EQ(bsp_flash_lock_set(lock.get(), 2), 0);
     const std::string left = place + "/" + filesIn(place)[0];
@@ -249,7 +235,7 @@ TEST_F(OutputFilesTest, AFileThatAppearsMeanwhileIsKept) {
     ASSERT_EQ(bsp_flash_lock_set(lock.get(), 1), 0);
     storeSmallFile(4);
     Process reader = start({"mtd", "read", "mtd4", place + "/copy", "--header"});
-    ASSERT_TRUE(comesTrueInTime([&] { return filesIn(place).size() == 1; }));
+    ASSERT_TRUE(comesTrue([&] { return filesIn(place).size() == 1; }));
     std::ofstream(place + "/copy") << "another's";
     ASSERT_EQ(bsp_flash_lock_set(lock.get(), 2), 0);
     const ProcessResult result = reader.wait();

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <poll.h>
 #include <pty.h>
 #include <regex>
 #include <sstream>
@@ -120,6 +121,17 @@ ProcessResult Process::wait() {
     }
     pid_ = -1;
     return {exitCodeOf(status), out_.content(), err_.content()};
+}
+
+bool comesTrue(const std::function<bool()> &condition) {
+    constexpr int kTries = 6000;
+    constexpr int kPauseMs = 10;
+    for (int i = 0; i < kTries; ++i) {
+        if (condition())
+            return true;
+        poll(nullptr, 0, kPauseMs);
+    }
+    return false;
 }
 
 ProcessResult run(const std::vector<std::string> &argv, const Environment &environment,

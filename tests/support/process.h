@@ -2,6 +2,7 @@
 // Running programs of the build and seeing what they answer. Where the build's programs need an
 // emulator, they are run under it.
 
+#include <functional>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -50,6 +51,9 @@ class Process {
     Stream in_, out_, err_;
     pid_t pid_ = -1; // -1 once its end has been seen
 };
+
+/** Waits, in real time, until a condition holds; false when it does not within a minute. */
+bool comesTrue(const std::function<bool()> &condition);
 
 /** Runs a program of the build to its end. */
 ProcessResult run(const std::vector<std::string> &argv, const Environment &environment = {},

@@ -107,7 +107,7 @@ void addRequests(Table &table, const char *image) {
              return &record;
          }()),
         Statuses{BSP_E_FAILED});
-    ADD(bspFpgaGet_handle, (1, &word), kRequest);
+    ADD(bspFpgaGet_handle, (1, output.as<uint32_t>()), kRequest);
     ADD(bspFpgaSet_handle, (20, 1), kRequest);
     ADD(bspI2cRead_handle, (0, 0x51, 0, 1, output.as<uint8_t>(), 4), kRequest);
     ADD(bspI2cWrite_handle, (0, 0x51, 0x300, 1, "abc", 3), kRequest);
@@ -115,7 +115,7 @@ void addRequests(Table &table, const char *image) {
         kRequest + Statuses{-14}, Exception::NeverSucceeds);
     ADD(bspGpioDirectionInput_handle, (5), kRequest);
     ADD(bspGpioDirectionOutput_handle, (5, 1), kRequest);
-    ADD(bspGpioGetValue_handle, (5, &word), kRequest);
+    ADD(bspGpioGetValue_handle, (5, output.as<uint32_t>()), kRequest);
     ADD(bspCpldUpgrade_handle, (programmingBlock(), image), kRequest);
     ADD(bspCpldGet, (1, output.as<uint16_t>()), kRequest);
     ADD(bspCpldSet, (20, 1), kRequest);

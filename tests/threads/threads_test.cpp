@@ -38,8 +38,7 @@ const std::set<std::string> kNotPromised = {
     "ioPoeAppUpgradeSet", "bspPoeRtl8239DeviceInit", "bspPoeRtl8239McuUpgrade"};
 
 /** How the table of functions calls these: with one buffer for all, or over the board's record. */
-const std::set<std::string> kNotAsTheTableDoes = {"bspFuncIoctl_handle", "bspFpgaGet_handle",
-                                                  "bspGpioGetValue_handle", "bspI2cWrite",
+const std::set<std::string> kNotAsTheTableDoes = {"bspFuncIoctl_handle", "bspI2cWrite",
                                                   "bspI2cWrite_handle"};
 
 class ThreadsTest : public sweep::WorkingBoardTest {
