@@ -2,6 +2,7 @@
 
 #include "tests/support/files.h"
 #include "tests/support/virtual_board_test.h"
+#include "virtual_board/board/lock.h"
 #include "virtual_board/board/paths.h"
 
 #include <algorithm>

@@ -9,7 +9,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <initializer_list>
-#include <sys/file.h>
 #include <sys/mman.h>
 #include <time.h>
 #include <unistd.h>
@@ -190,20 +189,6 @@ HostPathBuffer BoardFolder::flashNode(uint32_t index) const {
     char boardPath[sizeof(kFlashNodePrefix) + 10];
     std::snprintf(boardPath, sizeof(boardPath), "%s%u", kFlashNodePrefix, kFlashNumbers[index]);
     return hostPath(boardPath);
-}
-
-BoardLock::BoardLock(const BoardFolder &folder)
-    : fd_(::open(folder.ownFile(kLockFile).text, O_RDWR | O_CREAT | O_CLOEXEC, 0666)) {
-    while (fd_ >= 0 && flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
-    }
-}
-
-BoardLock::~BoardLock() {
-    if (fd_ < 0)
-        return;
-    // Explicitly, because a child forked meanwhile by another thread shares the lock.
-    flock(fd_, LOCK_UN);
-    ::close(fd_);
 }
 
 uint64_t hostNow() {

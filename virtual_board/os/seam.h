@@ -3,7 +3,7 @@
 // own names, so that a program that preloads or links this seam calls them; what concerns the
 // attached board is answered from it, everything else goes on to the C library.
 
-#include "virtual_board/board/folder.h"
+#include "virtual_board/board/lock.h"
 
 #include <cstddef>
 #include <dlfcn.h>

@@ -1,7 +1,7 @@
 #pragma once
 // The board that a command works on.
 
-#include "virtual_board/board/folder.h"
+#include "virtual_board/board/lock.h"
 
 #include <memory>
 #include <string>

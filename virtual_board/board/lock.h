@@ -1,0 +1,27 @@
+#pragma once
+// One process at a time works on a board.
+
+#include "virtual_board/board/folder.h"
+
+namespace vb {
+
+/**
+ * Keeps every other process and thread away from a board for the lifetime of this object. Each lock
+ * opens the lock file anew, so it survives whatever a program does with its descriptors and is
+ * released by the kernel when its holder dies.
+ */
+class BoardLock {
+  public:
+    explicit BoardLock(const BoardFolder &folder);
+    BoardLock(const BoardLock &) = delete;
+    BoardLock &operator=(const BoardLock &) = delete;
+    ~BoardLock();
+
+    /** Whether the lock could be taken: its file may be gone, or out of reach. */
+    bool isHeld() const { return fd_ >= 0; }
+
+  private:
+    int fd_;
+};
+
+} // namespace vb
