@@ -160,7 +160,7 @@ TEST_F(FolderTest, TheOtherByteOrderIsRefused) {
 
 TEST_F(FolderTest, AnotherVersionIsRefused) {
     patchHeader([](vb::BoardHeader &header) { ++header.version; });
-    EXPECT_SAYS(open(), "a board of another version (5, this build uses 4)");
+    EXPECT_SAYS(open(), "a board of another version (6, this build uses 5)");
 }
 
 TEST_F(FolderTest, ADamagedHeaderIsRefused) {

@@ -59,16 +59,16 @@ TEST_F(ProcessesTest, NoRequestOfManyProcessesIsLost) {
 }
 
 TEST_F(ProcessesTest, ARequestWaitsForTheLock) {
-    pid_t child = -1;
-    {
-        const vb::BoardLock lock(*vb::attachedFolder());
-        child = fork();
-        if (child == 0)
-            _exit(bspCpldSet(10, 1) == BSP_OK ? 0 : 1);
-        const timespec halfASecond = {0, 500000000};
-        ppoll(nullptr, 0, &halfASecond, nullptr); // a wait that is no sleep of the board
-        EXPECT_EQ(board().trace.total, 0u);
-    }
+    const int lock = open((boardFolder() + "/lock").c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(flock(lock, LOCK_EX), 0);
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(bspCpldSet(10, 1) == BSP_OK ? 0 : 1);
+    const timespec halfASecond = {0, 500000000};
+    ppoll(nullptr, 0, &halfASecond, nullptr); // a wait that is no sleep of the board
+    EXPECT_EQ(board().trace.total, 0u);
+    flock(lock, LOCK_UN); // which the child shares
+    close(lock);
     int status = -1;
     waitpid(child, &status, 0);
     EXPECT_EQ(status, 0);

@@ -57,7 +57,7 @@ struct Devices {
 
 constexpr char kBoardMagic[8] = {'V', 'B', 'O', 'A', 'R', 'D', '\n', '\0'};
 constexpr uint32_t kBoardByteOrder = 0x01020304;
-constexpr uint32_t kBoardVersion = 4;
+constexpr uint32_t kBoardVersion = 5;
 
 struct BoardHeader {
     char magic[8];

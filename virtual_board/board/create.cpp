@@ -110,6 +110,19 @@ bool makeFlash(TemporaryFolder &folder, const BoardOptions &options) {
     return true;
 }
 
+/** What /proc/mtd lists. */
+std::string partitionList(const BoardOptions &options) {
+    std::string list = "dev:    size   erasesize  name\n";
+    for (uint32_t index = 0; index < kFlashPartitions; ++index) {
+        const FlashGeometry &flash = options.flash[index];
+        char line[64];
+        std::snprintf(line, sizeof(line), "mtd%u: %08x %08x \"%s\"\n", kFlashNumbers[index],
+                      flash.size, flash.eraseSize, kFlashNames[index]);
+        list += line;
+    }
+    return list;
+}
+
 /** Fills a folder with the files of a board; false when one of them cannot be written. */
 bool fillFolder(TemporaryFolder &folder, const Model &model, const BoardOptions &options) {
     const auto board = std::make_unique<Board>();
@@ -129,11 +142,13 @@ bool fillFolder(TemporaryFolder &folder, const Model &model, const BoardOptions 
     if (!makeFlash(folder, options))
         return false;
     const std::string commandLine = options.commandLine + "\n";
+    const std::string partitions = partitionList(options);
     return folder.writeFile(root + kNodePath, "", 0) &&
            folder.writeFile(root + kMemoryPath, "", 0) &&
            folder.makeHole(kRegisterPageFile, kMdioPageSize) &&
            folder.writeFile(kLockFile, "", 0) &&
            folder.writeFile(root + kCommandLinePath, commandLine.data(), commandLine.size()) &&
+           folder.writeFile(root + kPartitionListPath, partitions.data(), partitions.size()) &&
            folder.writeFile(kStateFile, board.get(), sizeof(Board));
 }
 

@@ -2,6 +2,7 @@
 
 #include "virtual_board/board/circuits.h"
 #include "virtual_board/board/i2c_bus.h"
+#include "virtual_board/board/user_memory.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -43,8 +44,9 @@ void *userMemory(uint64_t slot) {
     return reinterpret_cast<void *>(static_cast<uintptr_t>(address));
 }
 
-void storeWord(void *memory, uint32_t value) {
-    std::memcpy(memory, &value, sizeof(value));
+/** Stores an answer where a slot says; the result word of the request. */
+int32_t storeWord(uint64_t slot, uint32_t value) {
+    return copyToUser(userMemory(slot), &value, sizeof(value)) ? 0 : -EFAULT;
 }
 
 /** Single-byte corruption of data on its way; bytes outside the data stay what they are. */
@@ -63,9 +65,6 @@ uint32_t corruptRegister(const FaultRule &fault, uint32_t value) {
 // Each server answers the request's result word.
 
 int32_t serveCpldRead(Request &request) {
-    void *output = userMemory(request.record.slot[1]);
-    if (output == nullptr)
-        return -EFAULT;
     uint16_t content = 0;
     if (!cpldRead(request.board.devices.cpld, word(request.record, 0), &content))
         return -EINVAL;
@@ -73,8 +72,7 @@ int32_t serveCpldRead(Request &request) {
     if (request.has(FaultEffect::Corrupt))
         value = corruptRegister(*request.fault, value);
     request.trace.value = value;
-    storeWord(output, value);
-    return 0;
+    return storeWord(request.record.slot[1], value);
 }
 
 int32_t serveCpldWrite(Request &request) {
@@ -101,10 +99,8 @@ struct ProgrammingBlock {
 };
 
 /** Whether a block describes this board's CPLD: other lines are other chips'. */
-bool isForThisCpld(const void *memory) {
+bool isForThisCpld(const ProgrammingBlock &block, const void *memory) {
     constexpr uint32_t kLines[] = {9, 8, 10, 11};
-    ProgrammingBlock block;
-    std::memcpy(&block, memory, sizeof(block));
     const auto address = static_cast<const char *>(memory) + offsetof(ProgrammingBlock, lines);
     return block.word0 == 1 && block.byte8 == 1 && block.word12 == 5500 && block.word20 == 0 &&
            block.lineTable == static_cast<uint32_t>(reinterpret_cast<uintptr_t>(address)) &&
@@ -112,12 +108,13 @@ bool isForThisCpld(const void *memory) {
 }
 
 int32_t serveCpldUpgrade(Request &request) {
-    const void *block = userMemory(request.record.slot[0]);
-    if (block == nullptr)
+    const void *memory = userMemory(request.record.slot[0]);
+    ProgrammingBlock block;
+    if (!copyFromUser(&block, memory, sizeof(block)))
         return -EFAULT;
     if (request.file.error != 0)
         return -request.file.error;
-    if (!isForThisCpld(block) || request.file.size == 0)
+    if (!isForThisCpld(block, memory) || request.file.size == 0)
         return -EINVAL;
     if (request.has(FaultEffect::NoAnswer))
         return -EIO;
@@ -141,13 +138,13 @@ int32_t serveI2c(Request &request, bool isRead) {
         return -ENXIO;
 
     // The data crosses the driver's own buffer, where a fault can spoil it without touching the
-    // caller's bytes of a write.
-    uint8_t data[kMaxTransfer];
+    // caller's bytes of a write. One at a time works on a board, maybe on a small stack.
+    static uint8_t data[kMaxTransfer];
     auto count = static_cast<uint32_t>(length);
     if (request.has(FaultEffect::Short))
         count = std::min(count, static_cast<uint32_t>(request.fault->argument));
-    if (!isRead)
-        std::memcpy(data, memory, count);
+    if (!isRead && !copyFromUser(data, memory, count))
+        return -EFAULT;
     if (!isRead && request.has(FaultEffect::Corrupt))
         corrupt(*request.fault, data, count);
     const I2cTransfer transfer = {word(record, 0) & 0xFF,
@@ -163,8 +160,8 @@ int32_t serveI2c(Request &request, bool isRead) {
         return -ENXIO;
     if (isRead && request.has(FaultEffect::Corrupt))
         corrupt(*request.fault, data, count);
-    if (isRead)
-        std::memcpy(memory, data, count);
+    if (isRead && !copyToUser(memory, data, count))
+        return -EFAULT;
     request.trace.stored = std::min(count, kTraceDataSize);
     std::memcpy(request.trace.data, data, request.trace.stored);
     return 0;
@@ -185,17 +182,13 @@ int32_t serveGpioOutput(Request &request) {
 }
 
 int32_t serveGpioRead(Request &request) {
-    void *output = userMemory(request.record.slot[1]);
-    if (output == nullptr)
-        return -EFAULT;
     uint32_t level = 0;
     if (!gpioRead(request.board.devices.gpio, word(request.record, 0), &level))
         return -EINVAL;
     if (request.has(FaultEffect::NoAnswer))
         level = 1; // the pull-up
     request.trace.value = level;
-    storeWord(output, level);
-    return 0;
+    return storeWord(request.record.slot[1], level);
 }
 
 int32_t serve(Request &request) {
@@ -275,14 +268,16 @@ void describe(TraceRecord &trace, const FaultSubject &subject, const BspIoctlRec
 
 } // namespace
 
-bool fileWanted(uint32_t code, const BspIoctlRecord &record, char (&name)[kMaxFileName]) {
-    const void *memory = userMemory(record.slot[1]);
+bool needsFile(uint32_t code) {
+    return code == BSP_REQ_CPLD_UPGRADE;
+}
+
+int copyFileName(const BspIoctlRecord &record, char (&name)[kMaxFileName]) {
     const uint32_t length = word(record, 2);
-    if (code != BSP_REQ_CPLD_UPGRADE || memory == nullptr || length >= kMaxFileName)
-        return false;
-    std::memcpy(name, memory, length);
+    if (length >= kMaxFileName)
+        return EINVAL;
     name[length] = '\0';
-    return true;
+    return copyFromUser(name, userMemory(record.slot[1]), length) ? 0 : EFAULT;
 }
 
 int serveRequest(Board &board, const Sender &sender, uint32_t code, BspIoctlRecord &record,
@@ -291,9 +286,10 @@ int serveRequest(Board &board, const Sender &sender, uint32_t code, BspIoctlReco
     const FaultSubject subject = subjectOf(type, record);
     TraceRecord &trace = traceNext(board.trace, type.kind, sender);
     describe(trace, subject, record);
-    if (char name[kMaxFileName]; fileWanted(code, record, name)) {
+    if (needsFile(code)) {
         trace.value = file.size;
-        std::memcpy(trace.data, name, std::min<size_t>(std::strlen(name), kTraceDataSize - 1));
+        const uint32_t shown = std::min(word(record, 2), kTraceDataSize - 1);
+        copyFromUser(trace.data, userMemory(record.slot[1]), shown);
     }
     if (type.kind == TraceKind::OtherRequest) {
         trace.offset = code;

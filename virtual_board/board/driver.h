@@ -14,12 +14,16 @@ struct FileFound {
 
 constexpr uint32_t kMaxFileName = 4096;
 
-/** Copies the name of the file that the module reads for a request; false when it reads none. */
-bool fileWanted(uint32_t code, const BspIoctlRecord &record, char (&name)[kMaxFileName]);
+/** Whether the module reads a file for a request. */
+bool needsFile(uint32_t code);
+
+/** Copies the file's name out of the caller's memory; 0, or the errno with which it fails. */
+int copyFileName(const BspIoctlRecord &record, char (&name)[kMaxFileName]);
 
 /**
- * Serves one ioctl, for which a file was found or is not wanted. The slots' addresses are those of
- * the calling process. Answers 0, or the errno with which the ioctl itself fails.
+ * Serves one ioctl, for which a file was found or is not needed. The slots' addresses are those of
+ * the calling process. Answers 0, or the errno with which the ioctl itself fails. The caller holds
+ * the board's lock.
  */
 int serveRequest(Board &board, const Sender &sender, uint32_t code, BspIoctlRecord &record,
                  const FileFound &file = {});

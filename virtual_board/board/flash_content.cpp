@@ -1,5 +1,7 @@
 #include "virtual_board/board/flash_content.h"
 
+#include "virtual_board/board/kernel.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -34,11 +36,11 @@ FlashFileName flashFileName(uint32_t index) {
 }
 
 FlashContent::FlashContent(const BoardFolder &folder, uint32_t index)
-    : fd_(::open(folder.ownFile(flashFileName(index).text).text, O_RDWR | O_CLOEXEC)) {}
+    : fd_(folder.openOwnFile(flashFileName(index).text, O_RDWR)) {}
 
 FlashContent::~FlashContent() {
     if (fd_ >= 0)
-        ::close(fd_);
+        kernel::close(fd_);
 }
 
 bool FlashContent::load(uint32_t offset, uint8_t *data, uint32_t length) const {
@@ -48,8 +50,8 @@ bool FlashContent::load(uint32_t offset, uint8_t *data, uint32_t length) const {
 }
 
 bool FlashContent::store(uint32_t offset, const uint8_t *data, uint32_t length) const {
+    static uint8_t bytes[kChunk]; // one at a time works on a board, maybe on a small stack
     while (length > 0) {
-        uint8_t bytes[kChunk];
         const uint32_t count = std::min(length, kChunk);
         std::copy(data, data + count, bytes);
         complement(bytes, count);
@@ -67,7 +69,7 @@ bool FlashContent::erase(uint32_t offset, uint32_t length) const {
                   static_cast<off_t>(length)) == 0)
         return true;
     // File systems without holes.
-    constexpr uint8_t kErasedChunk[kChunk] = {};
+    static constexpr uint8_t kErasedChunk[kChunk] = {};
     while (length > 0) {
         const uint32_t count = std::min(length, kChunk);
         if (!writeAll(fd_, kErasedChunk, count, offset))

@@ -8,6 +8,10 @@ namespace vb {
 constexpr uint32_t kFlashPartitions = 4;
 constexpr uint32_t kFlashNumbers[kFlashPartitions] = {0, 4, 12, 14};
 
+/** What the kernel's list of partitions calls them. */
+constexpr const char *kFlashNames[kFlashPartitions] = {"boot-loader", "boot-settings", "bank-1",
+                                                       "bank-2"};
+
 /** Where a partition's state is, by its number; kFlashPartitions when there is no such partition.
  */
 constexpr uint32_t flashIndex(uint32_t number) {

@@ -1,6 +1,7 @@
 #include "virtual_board/board/folder.h"
 
 #include "virtual_board/board/flash_content.h"
+#include "virtual_board/board/kernel.h"
 
 #include <cerrno>
 #include <cstdarg>
@@ -106,6 +107,8 @@ bool BoardFolder::open(const char *path, FolderError &error) {
     if (realpath(path, path_) == nullptr)
         return fail(error, "%s: %s; create a board with: vboard create --model 0x0709 %s", path,
                     std::strerror(errno), path);
+    std::snprintf(rootPath_, sizeof(rootPath_), "%s/%s", path_, kRootFolder);
+    std::snprintf(lockPath_, sizeof(lockPath_), "%s/%s", path_, kLockFile);
     if (!map(path, error))
         return false;
     if (!isConsistent(*board_)) {
@@ -113,13 +116,18 @@ bool BoardFolder::open(const char *path, FolderError &error) {
         return fail(error, "%s is damaged: %s holds impossible values; create the board again",
                     path, kStateFile);
     }
-    for (const char *needed : {kNodePath, kMemoryPath, kCommandLinePath}) {
+    for (const char *needed : {kNodePath, kMemoryPath, kCommandLinePath, kPartitionListPath}) {
         if (access(hostPath(needed).text, R_OK) != 0) {
             close();
             return fail(error,
                         "%s is damaged: %s%s is missing or unreadable; create the board again",
                         path, kRootFolder, needed);
         }
+    }
+    if (access(lockPath_, R_OK | W_OK) != 0) {
+        close();
+        return fail(error, "%s cannot be used: %s cannot be opened for reading and writing: %s",
+                    path, kLockFile, std::strerror(errno));
     }
     if (sizeOf(ownFile(kRegisterPageFile).text) != kMdioPageSize) {
         close();
@@ -175,7 +183,7 @@ void BoardFolder::close() {
 
 HostPathBuffer BoardFolder::hostPath(const char *boardPath) const {
     HostPathBuffer path;
-    std::snprintf(path.text, sizeof(path.text), "%s/%s%s", path_, kRootFolder, boardPath);
+    std::snprintf(path.text, sizeof(path.text), "%s%s", rootPath_, boardPath);
     return path;
 }
 
@@ -183,6 +191,13 @@ HostPathBuffer BoardFolder::ownFile(const char *name) const {
     HostPathBuffer path;
     std::snprintf(path.text, sizeof(path.text), "%s/%s", path_, name);
     return path;
+}
+
+int BoardFolder::openOwnFile(const char *name, int flags) const {
+    const int folder = kernel::open(path_, O_PATH | O_DIRECTORY);
+    const int fd = kernel::openAt(folder, name, flags);
+    kernel::close(folder);
+    return fd;
 }
 
 HostPathBuffer BoardFolder::flashNode(uint32_t index) const {

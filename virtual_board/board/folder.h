@@ -49,11 +49,17 @@ class BoardFolder {
     /** The folder's absolute path. */
     const char *path() const { return path_; }
 
+    /** The folder with the board's own files, below which they have their paths on the board. */
+    const char *rootPath() const { return rootPath_; }
+    const char *lockPath() const { return lockPath_; }
+
     /** Where a file of the board lies on the host: the folder's root and the path on the board. */
     HostPathBuffer hostPath(const char *boardPath) const;
 
     /** One of the folder's own files. */
     HostPathBuffer ownFile(const char *name) const;
+    /** Opens one of them; -1 when it cannot be opened. */
+    int openOwnFile(const char *name, int flags) const;
 
     /** Where the placeholder of a flash partition's node lies on the host. */
     HostPathBuffer flashNode(uint32_t index) const;
@@ -62,7 +68,10 @@ class BoardFolder {
     bool map(const char *statePath, FolderError &error);
 
     Board *board_ = nullptr;
+    // What every request needs is made once: programs may send them on small stacks.
     char path_[kMaxFolderPath] = {};
+    char rootPath_[kMaxFolderPath + sizeof(kRootFolder)] = {};
+    char lockPath_[kMaxFolderPath + sizeof(kLockFile)] = {};
 };
 
 /** The host's time in nanoseconds. */

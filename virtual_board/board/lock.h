@@ -1,14 +1,17 @@
 #pragma once
-// One process at a time works on a board.
+// One at a time works on a board.
 
 #include "virtual_board/board/folder.h"
+
+#include <csignal>
 
 namespace vb {
 
 /**
- * Keeps every other process and thread away from a board for the lifetime of this object. Each lock
+ * Keeps every other process and thread away from a board for the lifetime of this object, and this
+ * thread's signal handlers and cancellation, which might come for the board themselves. Each lock
  * opens the lock file anew, so it survives whatever a program does with its descriptors and is
- * released by the kernel when its holder dies.
+ * released by the kernel when its holder dies. No child inherits one: forks wait for it.
  */
 class BoardLock {
   public:
@@ -21,6 +24,8 @@ class BoardLock {
     bool isHeld() const { return fd_ >= 0; }
 
   private:
+    sigset_t signals_;
+    int cancelState_ = 0;
     int fd_;
 };
 

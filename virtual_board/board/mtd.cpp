@@ -1,6 +1,7 @@
 #include "virtual_board/board/mtd.h"
 
 #include "virtual_board/board/flash_content.h"
+#include "virtual_board/board/user_memory.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -86,12 +87,27 @@ bool isOnDevice(const Flash &flash, int64_t offset) {
     return offset >= 0 && static_cast<uint64_t>(offset) < flash.geometry.size;
 }
 
-void spoil(const Use &use, uint8_t *data, uint32_t length) {
+/** Spoils the byte of a read that a rule names, when it is in the piece behind so many bytes. */
+void spoil(const Use &use, uint8_t *data, uint32_t done, uint32_t length) {
     if (!use.has(FaultEffect::Corrupt))
         return;
     const auto index = static_cast<uint32_t>(use.fault->argument);
-    if (index < length)
-        data[index] = static_cast<uint8_t>(data[index] ^ use.fault->mask);
+    if (index >= done && index - done < length)
+        data[index - done] = static_cast<uint8_t>(data[index - done] ^ use.fault->mask);
+}
+
+// Transfers cross the driver's own memory in pieces, as in the kernel. One at a time works on a
+// board, maybe on a small stack.
+constexpr uint32_t kPiece = 65536;
+uint8_t piece[kPiece];
+
+/** Reads a piece; the errno with which it fails, or 0. */
+int readPiece(const Use &use, const FlashContent &content, uint32_t offset, uint8_t *data,
+              uint32_t count, uint32_t done) {
+    if (!content.load(offset + done, piece, count))
+        return EIO;
+    spoil(use, piece, done, count);
+    return copyToUser(data + done, piece, count) ? 0 : EFAULT;
 }
 
 } // namespace
@@ -105,9 +121,12 @@ MtdAnswer mtdRead(const MtdRequest &request, uint64_t offset, uint8_t *data, siz
     if (use.has(FaultEffect::Short))
         count = std::min(count, static_cast<uint32_t>(use.fault->argument));
     const FlashContent content(request.folder, request.index);
-    if (count > 0 && !content.load(static_cast<uint32_t>(offset), data, count))
-        return use.answer(EIO);
-    spoil(use, data, count);
+    for (uint32_t done = 0; done < count; done += std::min(kPiece, count - done)) {
+        const int error = readPiece(use, content, static_cast<uint32_t>(offset), data,
+                                    std::min(kPiece, count - done), done);
+        if (error != 0)
+            return use.answer(error);
+    }
     return use.answer(0, count);
 }
 
@@ -126,8 +145,15 @@ MtdAnswer mtdWrite(const MtdRequest &request, uint64_t offset, const uint8_t *da
     if (use.has(FaultEffect::Fails))
         return use.answer(use.fault->argument);
     FlashContent content(request.folder, request.index);
-    const FlashStatus status =
-        flashProgram(content.cells(), static_cast<uint32_t>(offset), data, count, use.limit());
+    const uint32_t end = std::min(count, use.limit());
+    FlashStatus status = FlashStatus::Done;
+    for (uint32_t done = 0; status == FlashStatus::Done && done < end;) {
+        const uint32_t part = std::min(kPiece, end - done);
+        if (!copyFromUser(piece, data + done, part))
+            return use.answer(EFAULT);
+        status = flashProgram(content.cells(), static_cast<uint32_t>(offset) + done, piece, part);
+        done += part;
+    }
     return use.changed(status, count);
 }
 

@@ -9,6 +9,7 @@ bool isBoardPath(const char *path) {
     constexpr const char *kOwnFiles[] = {kNodePath,
                                          kMemoryPath,
                                          kCommandLinePath,
+                                         kPartitionListPath,
                                          kSharedFolderPath,
                                          "/tmp/bspFlashLockFile",
                                          "/tmp/bspPoeLockFile"};

@@ -6,6 +6,7 @@ namespace vb {
 constexpr char kNodePath[] = "/dev/bspHandle";
 constexpr char kMemoryPath[] = "/dev/mem"; // of which a board has one page
 constexpr char kCommandLinePath[] = "/proc/cmdline";
+constexpr char kPartitionListPath[] = "/proc/mtd";
 constexpr char kFlashNodePrefix[] = "/dev/mtd"; // and the number of the partition
 constexpr char kSharedFolderPath[] = "/tmp/bsp";
 

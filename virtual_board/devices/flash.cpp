@@ -68,10 +68,10 @@ FlashStatus flashCheckErase(const Flash &flash, uint64_t offset, uint64_t length
 }
 
 FlashStatus flashProgram(const FlashCells &cells, uint32_t offset, const uint8_t *data,
-                         uint32_t length, uint32_t limit) {
-    const uint32_t end = offset + std::min(length, limit);
+                         uint32_t length) {
+    static uint8_t bytes[kChunk]; // one at a time works on a board, maybe on a small stack
+    const uint32_t end = offset + length;
     while (offset < end) {
-        uint8_t bytes[kChunk];
         const uint32_t count = std::min(end - offset, kChunk - offset % kChunk);
         if (!cells.load(cells.context, offset, bytes, count))
             return FlashStatus::CellsFailed;

@@ -67,14 +67,17 @@ FlashStatus flashCheckProgram(const Flash &flash, uint64_t offset, uint64_t leng
 FlashStatus flashCheckErase(const Flash &flash, uint64_t offset, uint64_t length);
 
 /**
- * Programs bytes: bits are cleared, none is set. No more than limit bytes are programmed: then the
- * power is gone. A bad block takes its bytes like any other: it is for the users of flash to keep
- * away from it. As it cannot be erased, bytes that go there twice are lost.
+ * Programs bytes: bits are cleared, none is set. A bad block takes its bytes like any other: it is
+ * for the users of flash to keep away from it. As it cannot be erased, bytes that go there twice
+ * are lost.
  */
 FlashStatus flashProgram(const FlashCells &cells, uint32_t offset, const uint8_t *data,
-                         uint32_t length, uint32_t limit);
+                         uint32_t length);
 
-/** Erases whole blocks up to the first bad one, but no more than limit bytes. */
+/**
+ * Erases whole blocks up to the first bad one, but no more than limit bytes: then the power is
+ * gone.
+ */
 FlashStatus flashErase(Flash &flash, const FlashCells &cells, uint32_t offset, uint32_t length,
                        uint32_t limit);
 

@@ -1,11 +1,8 @@
-#include "virtual_board/board/paths.h"
 #include "virtual_board/os/seam.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <new>
-#include <sys/stat.h>
 
 namespace vb {
 
@@ -15,56 +12,33 @@ namespace {
 alignas(BoardFolder) unsigned char folderMemory[sizeof(BoardFolder)];
 BoardFolder *attached = nullptr;
 
-/** What tells a file from every other. */
-struct Identity {
-    bool isKnown;
-    dev_t device;
-    ino_t inode;
-};
-Identity node;
-Identity memory;
-Identity partitions[kFlashPartitions];
-
-Identity identityOf(const char *hostPath) {
-    struct stat info = {};
-    const bool isThere = stat(hostPath, &info) == 0;
-    return {isThere, info.st_dev, info.st_ino};
-}
-
-bool isSame(const Identity &identity, const struct stat &info) {
-    return identity.isKnown && info.st_dev == identity.device && info.st_ino == identity.inode;
-}
-
-/** Whether a descriptor is one of a file of the attached board. */
-bool isOpenFile(int fd, const Identity &identity) {
-    const int savedErrno = errno;
-    struct stat info = {};
-    const bool isFile = attached != nullptr && fstat(fd, &info) == 0 && isSame(identity, info);
-    errno = savedErrno;
-    return isFile;
+/** Somebody who wonders why a path is refused finds it in the trace. */
+void traceUnknownPath(const char *path) {
+    const BoardLock lock(*attached);
+    Board &board = *attached->board();
+    TraceRecord &trace = traceNext(board.trace, TraceKind::Open, thisSender(board));
+    trace.error = EACCES;
+    std::strncpy(reinterpret_cast<char *>(trace.data), path, sizeof(trace.data) - 1);
 }
 
 } // namespace
 
 bool attachBoard(const char *path, FolderError &error) {
     detachBoard();
+    findNextDefinitions();
     auto *folder = new (folderMemory) BoardFolder;
     if (!folder->open(path, error))
         return false;
-    node = identityOf(folder->hostPath(kNodePath).text);
-    if (!node.isKnown) {
+    if (!learnNodes(*folder)) {
         std::snprintf(error.text, sizeof(error.text), "%s: %s cannot be examined", path, kNodePath);
         return false;
     }
-    memory = identityOf(folder->hostPath(kMemoryPath).text);
-    // A board may go without a partition: its node is gone then.
-    for (uint32_t index = 0; index < kFlashPartitions; ++index)
-        partitions[index] = identityOf(folder->flashNode(index).text);
     attached = folder;
     return true;
 }
 
 void detachBoard() {
+    forgetNodes();
     if (attached != nullptr)
         attached->close();
     attached = nullptr;
@@ -74,35 +48,38 @@ const BoardFolder *attachedFolder() {
     return attached;
 }
 
-bool isDriverNode(int fd) {
-    return isOpenFile(fd, node);
-}
-
-bool isMemoryNode(int fd) {
-    return isOpenFile(fd, memory);
-}
-
-uint32_t partitionOf(int fd) {
-    if (attached == nullptr)
-        return kFlashPartitions;
+HostPath::HostPath(const char *path, LastLink last, int folder) : path_(path) {
+    if (attached == nullptr || path == nullptr)
+        return;
     const int savedErrno = errno;
-    struct stat info = {};
-    uint32_t found = kFlashPartitions;
-    const bool isOpen = fstat(fd, &info) == 0;
-    for (uint32_t index = 0; isOpen && index < kFlashPartitions; ++index) {
-        if (isSame(partitions[index], info))
-            found = index;
+    auto *memory = static_cast<WalkMemory *>(scratch_.take());
+    if (memory == nullptr) {
+        error_ = ENOMEM;
+        return;
+    }
+    const PathWalk walk(*attached, *memory, folder, path, last);
+    switch (walk.end()) {
+    case PathWalk::End::Host:
+        if (walk.isInFolder())
+            expectNodes(); // hands that reach into the folder come to the nodes' places
+        scratch_.giveBack();
+        break;
+    case PathWalk::End::Board:
+        boardPath_ = walk.boardPath();
+        path_ = walk.hostPath();
+        break;
+    case PathWalk::End::Beyond:
+        path_ = walk.hostPath();
+        break;
+    case PathWalk::End::Nowhere:
+        error_ = walk.error();
+        break;
+    case PathWalk::End::Unknown:
+        traceUnknownPath(path);
+        error_ = EACCES;
+        break;
     }
     errno = savedErrno;
-    return found;
-}
-
-HostPath::HostPath(const char *path) : path_(path) {
-    if (attached == nullptr || path == nullptr || path[0] != '/')
-        return;
-    isOfBoard_ = tidyPath(path, boardPath_) && isBoardPath(boardPath_);
-    if (isOfBoard_)
-        buffer_ = attached->hostPath(boardPath_);
 }
 
 } // namespace vb

@@ -2,6 +2,7 @@
 // that of its placeholder file, which copies and children share as they do on a device.
 
 #include "virtual_board/board/mtd.h"
+#include "virtual_board/board/user_memory.h"
 #include "virtual_board/os/seam.h"
 
 #include <cerrno>
@@ -14,15 +15,15 @@
 #include <unistd.h>
 
 VB_SEAM(off64_t, lseek64, int fd, off64_t offset, int whence) {
-    const uint32_t partition = vb::partitionOf(fd);
-    return partition < vb::kFlashPartitions ? vb::seekPartition(fd, partition, offset, whence)
-                                            : VB_NEXT(lseek64)(fd, offset, whence);
+    const vb::NodeFound found = vb::nodeOf(fd);
+    return found.node == vb::Node::Flash ? vb::seekPartition(fd, found.partition, offset, whence)
+                                         : VB_NEXT(lseek64)(fd, offset, whence);
 }
 
 VB_SEAM(off_t, lseek, int fd, off_t offset, int whence) {
-    const uint32_t partition = vb::partitionOf(fd);
-    return partition < vb::kFlashPartitions
-               ? static_cast<off_t>(vb::seekPartition(fd, partition, offset, whence))
+    const vb::NodeFound found = vb::nodeOf(fd);
+    return found.node == vb::Node::Flash
+               ? static_cast<off_t>(vb::seekPartition(fd, found.partition, offset, whence))
                : VB_NEXT(lseek)(fd, offset, whence);
 }
 
@@ -32,10 +33,7 @@ off64_t positionOf(int fd) {
     return VB_NEXT(lseek64)(fd, 0, SEEK_CUR);
 }
 
-ssize_t failWith(int error) {
-    errno = error;
-    return -1;
-}
+using vb::failWith;
 
 bool canRead(int fd) {
     return (fcntl(fd, F_GETFL) & O_ACCMODE) != O_WRONLY;
@@ -51,6 +49,10 @@ vb::MtdAnswer sendRequest(uint32_t partition, Send send) {
     const int savedErrno = errno;
     const vb::BoardFolder &folder = *vb::attachedFolder();
     const vb::BoardLock lock(folder);
+    if (!lock.isHeld()) {
+        errno = ENODEV; // the board is gone
+        return {ENODEV, 0, false};
+    }
     const uint64_t now = vb::clockNow(folder.board()->clock, vb::hostNow());
     const vb::MtdAnswer answer = send(vb::MtdRequest{folder, {getpid(), now}, partition});
     if (answer.isPowerCut)
@@ -75,46 +77,64 @@ void describe(const vb::Flash &flash, mtd_info_user &info) {
     info.oobsize = flash.geometry.spareSize;
 }
 
-/** What lies at a caller's address, which may be that of nothing aligned. */
+vb::MtdAnswer badAddress() {
+    return {EFAULT, 0, false};
+}
+
 template <typename Value>
-Value valueAt(const void *argument) {
-    Value value;
-    std::memcpy(&value, argument, sizeof(value));
-    return value;
+vb::MtdAnswer store(const vb::MtdAnswer &answer, const Value &value, void *argument) {
+    return vb::copyToUser(argument, &value, sizeof(value)) ? answer : badAddress();
+}
+
+vb::MtdAnswer serveInfo(const vb::MtdRequest &request, void *argument) {
+    const vb::MtdAnswer answer = vb::mtdInfo(request);
+    if (answer.error != 0)
+        return answer;
+    mtd_info_user info;
+    describe(request.folder.board()->devices.flash[request.index], info);
+    return store(answer, info, argument);
+}
+
+vb::MtdAnswer serveStatistics(const vb::MtdRequest &request, uint32_t code, void *argument) {
+    const vb::MtdAnswer answer = vb::mtdStatistics(request, code);
+    if (answer.error != 0)
+        return answer;
+    mtd_ecc_stats stats = {}; // no page has a code that could have found errors
+    stats.badblocks = answer.value;
+    return store(answer, stats, argument);
+}
+
+template <typename Blocks>
+vb::MtdAnswer serveErase(const vb::MtdRequest &request, int fd, const void *argument) {
+    Blocks blocks;
+    return vb::copyFromUser(&blocks, argument, sizeof(blocks))
+               ? vb::mtdErase(request, canWrite(fd), blocks.start, blocks.length)
+               : badAddress();
+}
+
+/** A question about a block, or its marking, by its offset. */
+template <typename Serve>
+vb::MtdAnswer serveBlock(const void *argument, Serve serve) {
+    int64_t offset = 0;
+    return vb::copyFromUser(&offset, argument, sizeof(offset)) ? serve(offset) : badAddress();
 }
 
 vb::MtdAnswer serve(const vb::MtdRequest &request, int fd, uint32_t code, void *argument) {
     switch (code) {
-    case MEMGETINFO: {
-        const vb::MtdAnswer answer = vb::mtdInfo(request);
-        if (answer.error == 0) {
-            mtd_info_user info;
-            describe(request.folder.board()->devices.flash[request.index], info);
-            std::memcpy(argument, &info, sizeof(info));
-        }
-        return answer;
-    }
-    case MEMERASE: {
-        const auto erase = valueAt<erase_info_user>(argument);
-        return vb::mtdErase(request, canWrite(fd), erase.start, erase.length);
-    }
-    case MEMERASE64: {
-        const auto erase = valueAt<erase_info_user64>(argument);
-        return vb::mtdErase(request, canWrite(fd), erase.start, erase.length);
-    }
+    case MEMGETINFO:
+        return serveInfo(request, argument);
+    case MEMERASE:
+        return serveErase<erase_info_user>(request, fd, argument);
+    case MEMERASE64:
+        return serveErase<erase_info_user64>(request, fd, argument);
     case MEMGETBADBLOCK:
-        return vb::mtdIsBad(request, valueAt<int64_t>(argument));
+        return serveBlock(argument, [&](int64_t offset) { return vb::mtdIsBad(request, offset); });
     case MEMSETBADBLOCK:
-        return vb::mtdMarkBad(request, canWrite(fd), valueAt<int64_t>(argument));
-    case ECCGETSTATS: {
-        const vb::MtdAnswer answer = vb::mtdStatistics(request, code);
-        if (answer.error == 0) {
-            mtd_ecc_stats stats = {}; // no page has a code that could have found errors
-            stats.badblocks = answer.value;
-            std::memcpy(argument, &stats, sizeof(stats));
-        }
-        return answer;
-    }
+        return serveBlock(argument, [&](int64_t offset) {
+            return vb::mtdMarkBad(request, canWrite(fd), offset);
+        });
+    case ECCGETSTATS:
+        return serveStatistics(request, code, argument);
     default:
         return vb::mtdOther(request, code);
     }
@@ -183,8 +203,6 @@ ssize_t writePartition(int fd, uint32_t partition, const void *data, size_t leng
 }
 
 int partitionIoctl(int fd, uint32_t partition, unsigned long code, void *argument) {
-    if (argument == nullptr)
-        return static_cast<int>(failWith(EFAULT));
     const MtdAnswer answer = sendRequest(partition, [&](const MtdRequest &request) {
         return serve(request, fd, static_cast<uint32_t>(code), argument);
     });
@@ -197,20 +215,20 @@ int partitionIoctl(int fd, uint32_t partition, unsigned long code, void *argumen
 
 #define VB_SEAM_PREAD(symbol, offsetType)                                                          \
     VB_SEAM(ssize_t, symbol, int fd, void *data, size_t length, offsetType offset) {               \
-        const uint32_t partition = vb::partitionOf(fd);                                            \
-        return partition < vb::kFlashPartitions                                                    \
-                   ? vb::readPartitionAt(fd, partition, data, length, offset)                      \
-               : vb::isMemoryNode(fd) ? failWith(EPERM)                                            \
-                                      : VB_NEXT(symbol)(fd, data, length, offset);                 \
+        const vb::NodeFound found = vb::nodeOf(fd);                                                \
+        return found.node == vb::Node::Flash                                                       \
+                   ? vb::readPartitionAt(fd, found.partition, data, length, offset)                \
+               : found.node == vb::Node::Memory ? failWith(EPERM)                                  \
+                                                : VB_NEXT(symbol)(fd, data, length, offset);       \
     }
 VB_SEAM_PREAD(pread, off_t)
 VB_SEAM_PREAD(pread64, off64_t)
 
 #define VB_SEAM_PREAD_CHK(symbol, offsetType)                                                      \
     VB_SEAM(ssize_t, symbol, int fd, void *data, size_t length, offsetType offset, size_t size) {  \
-        const uint32_t partition = vb::partitionOf(fd);                                            \
-        return partition < vb::kFlashPartitions && length <= size                                  \
-                   ? vb::readPartitionAt(fd, partition, data, length, offset)                      \
+        const vb::NodeFound found = vb::nodeOf(fd);                                                \
+        return found.node == vb::Node::Flash && length <= size                                     \
+                   ? vb::readPartitionAt(fd, found.partition, data, length, offset)                \
                    : VB_NEXT(symbol)(fd, data, length, offset, size);                              \
     }
 VB_SEAM_PREAD_CHK(__pread_chk, off_t)
@@ -218,11 +236,11 @@ VB_SEAM_PREAD_CHK(__pread64_chk, off64_t)
 
 #define VB_SEAM_PWRITE(symbol, offsetType)                                                         \
     VB_SEAM(ssize_t, symbol, int fd, const void *data, size_t length, offsetType offset) {         \
-        const uint32_t partition = vb::partitionOf(fd);                                            \
-        return partition < vb::kFlashPartitions                                                    \
-                   ? vb::writePartitionAt(fd, partition, data, length, offset)                     \
-               : vb::isMemoryNode(fd) ? failWith(EPERM)                                            \
-                                      : VB_NEXT(symbol)(fd, data, length, offset);                 \
+        const vb::NodeFound found = vb::nodeOf(fd);                                                \
+        return found.node == vb::Node::Flash                                                       \
+                   ? vb::writePartitionAt(fd, found.partition, data, length, offset)               \
+               : found.node == vb::Node::Memory ? failWith(EPERM)                                  \
+                                                : VB_NEXT(symbol)(fd, data, length, offset);       \
     }
 VB_SEAM_PWRITE(pwrite, off_t)
 VB_SEAM_PWRITE(pwrite64, off64_t)

@@ -1,6 +1,7 @@
 // The page of physical memory with the MDIO command register: a file of the board that programs
 // map. Nothing else of /dev/mem is within a board's reach.
 
+#include "virtual_board/board/kernel.h"
 #include "virtual_board/os/seam.h"
 
 #include <algorithm>
@@ -28,7 +29,7 @@ bool remember(void *from, void *to) {
 
 bool rememberNew(const BoardFolder &folder, void *address) {
     const BoardLock lock(folder);
-    return remember(nullptr, address);
+    return lock.isHeld() && remember(nullptr, address);
 }
 
 bool isMapped() {
@@ -47,7 +48,7 @@ void traceDone(Board &board, const MdioDone &done) {
 
 /** Lets the controller look at the command register. */
 void lookAtPage(const BoardFolder &folder, MdioDone (*look)(Mdio &, uint32_t &)) {
-    const int fd = ::open(folder.ownFile(kRegisterPageFile).text, O_RDWR | O_CLOEXEC);
+    const int fd = folder.openOwnFile(kRegisterPageFile, O_RDWR);
     uint32_t content = 0;
     if (fd >= 0 && pread(fd, &content, sizeof(content), kMdioCommand) == sizeof(content)) {
         const uint32_t before = content;
@@ -59,7 +60,7 @@ void lookAtPage(const BoardFolder &folder, MdioDone (*look)(Mdio &, uint32_t &))
             errno = EIO; // the command stays busy, which programs can tell
     }
     if (fd >= 0)
-        ::close(fd);
+        kernel::close(fd);
 }
 
 /** The errno with which a mapping is refused; 0 when it is not. */
@@ -82,10 +83,10 @@ void *mapPage(int fd, size_t length, int flags, off64_t offset, Map map) {
     void *address = MAP_FAILED;
     if (failure == 0) {
         const int access = fcntl(fd, F_GETFL) & O_ACCMODE;
-        const int page = ::open(folder.ownFile(kRegisterPageFile).text, access | O_CLOEXEC);
+        const int page = folder.openOwnFile(kRegisterPageFile, access);
         address = map(page);
         failure = errno;
-        ::close(page);
+        kernel::close(page);
     }
     if (address != MAP_FAILED && !rememberNew(folder, address)) {
         munmap(address, length); // which takes the lock itself
@@ -103,7 +104,7 @@ void forgetMapping(void *address) {
         return;
     const int savedErrno = errno;
     const BoardLock lock(*folder);
-    if (remember(address, nullptr))
+    if (remember(address, nullptr) && lock.isHeld())
         lookAtPage(*folder, mdioFinish);
     errno = savedErrno;
 }
@@ -120,7 +121,7 @@ void pollRegisterPage(const BoardFolder &folder) {
 #define VB_SEAM_MMAP(symbol, offsetType)                                                           \
     VB_SEAM(void *, symbol, void *address, size_t length, int protection, int flags, int fd,       \
             offsetType offset) {                                                                   \
-        if (fd < 0 || !vb::isMemoryNode(fd))                                                       \
+        if (fd < 0 || vb::nodeOf(fd).node != vb::Node::Memory)                                     \
             return VB_NEXT(symbol)(address, length, protection, flags, fd, offset);                \
         return vb::mapPage(fd, length, flags, offset, [=](int page) {                              \
             return VB_NEXT(symbol)(address, length, protection, flags, page, 0);                   \

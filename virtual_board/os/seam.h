@@ -4,9 +4,14 @@
 // attached board is answered from it, everything else goes on to the C library.
 
 #include "virtual_board/board/lock.h"
+#include "virtual_board/os/descriptors.h"
+#include "virtual_board/os/next.h"
+#include "virtual_board/os/path_walk.h"
+#include "virtual_board/os/scratch.h"
 
+#include <cerrno>
 #include <cstddef>
-#include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -24,20 +29,11 @@ inline Sender thisSender(const Board &board) {
     return {getpid(), clockNow(board.clock, hostNow())};
 }
 
-/** Whether a descriptor is one of the attached board's driver node. */
-bool isDriverNode(int fd);
-
-/** Whether a descriptor is one of the attached board's /dev/mem. */
-bool isMemoryNode(int fd);
-
 /**
  * What sleeps of a program that has mapped the page of registers do: the MDIO controller goes on.
  * The caller holds the board's lock.
  */
 void pollRegisterPage(const BoardFolder &folder);
-
-/** Which of the attached board's flash partitions a descriptor is of; kFlashPartitions: none. */
-uint32_t partitionOf(int fd);
 
 // What the C library's functions of these names do on a descriptor of a flash partition.
 off64_t seekPartition(int fd, uint32_t partition, off64_t offset, int whence);
@@ -60,37 +56,35 @@ bool findTools(HostPathBuffer &tools);
  */
 class HostPath {
   public:
-    explicit HostPath(const char *path);
+    explicit HostPath(const char *path, LastLink last = LastLink::Followed, int folder = AT_FDCWD);
 
-    const char *get() const { return isOfBoard_ ? buffer_.text : path_; }
-    bool isOfBoard() const { return isOfBoard_; }
-    /** The path on the board, free of doubled and idle parts. Only for files of the board. */
+    /** Why there is nothing that the path leads to; 0 when there may be. */
+    int error() const { return error_; }
+    const char *get() const { return path_; }
+    bool isOfBoard() const { return boardPath_ != nullptr; }
+    /** The path on the board, free of links, doubled and idle parts; null for other files. */
     const char *onBoard() const { return boardPath_; }
 
   private:
     const char *path_;
-    bool isOfBoard_ = false;
-    char boardPath_[kMaxBoardPath];
-    HostPathBuffer buffer_;
+    const char *boardPath_ = nullptr;
+    int error_ = 0;
+    Scratch scratch_;
 };
 
-/** The next definition of a function behind this one. */
-inline void *nextDefinition(const char *symbol) {
-    return dlsym(RTLD_NEXT, symbol);
+/** Calls a function of the C library with the path that it shall see. */
+template <typename Result, typename Call>
+Result callWithPath(const HostPath &path, Result failed, Call call) {
+    if (path.error() == 0)
+        return call(path.get());
+    errno = path.error();
+    return failed;
+}
+
+/** Fails as functions of the C library do. */
+inline int failWith(int error) {
+    errno = error;
+    return -1;
 }
 
 } // namespace vb
-
-// Defines a seam function. The label gives it the C library's name without the C library's
-// declaration, which may differ in attributes and, on 32-bit systems, in the name it stands for.
-#define VB_SEAM(type, symbol, ...)                                                                 \
-    extern "C" __attribute__((visibility("default")))                                              \
-    type vbSeam_##symbol(__VA_ARGS__) __asm__(#symbol);                                            \
-    type vbSeam_##symbol(__VA_ARGS__)
-
-// The C library's function behind a seam function.
-#define VB_NEXT(symbol)                                                                            \
-    ([] {                                                                                          \
-        static void *next = ::vb::nextDefinition(#symbol);                                         \
-        return reinterpret_cast<decltype(&vbSeam_##symbol)>(next);                                 \
-    }())

@@ -1,6 +1,7 @@
 // The system clock. A program that sets it sets the board's, which from then on is so far off the
 // host's; the host's own stays as it is. Of the kernel's clocks only this one is concerned.
 
+#include "virtual_board/board/user_memory.h"
 #include "virtual_board/os/seam.h"
 #include "virtual_board/os/timespec64.h"
 
@@ -15,11 +16,6 @@ constexpr int64_t kNsPerMicrosecond = 1000;
 
 // Where the kernel's time ends: 30 years before its nanoseconds do, so that it can run on.
 constexpr int64_t kEndOfTime = 8277292036;
-
-int refused(int error) {
-    errno = error;
-    return -1;
-}
 
 /** How far the board's clock is ahead; 0 where nobody has set it. */
 int64_t offsetNs() {
@@ -42,27 +38,34 @@ bool isSetOnBoard(clockid_t clock) {
 /** Sets the board's clock, or refuses what the kernel does. */
 int setClock(int64_t seconds, int64_t ns) {
     if (seconds < 0 || seconds >= kEndOfTime || ns < 0 || ns >= kNsPerSecond)
-        return refused(EINVAL);
+        return vb::failWith(EINVAL);
     const vb::BoardFolder &folder = *vb::attachedFolder();
     const vb::BoardLock lock(folder);
+    if (!lock.isHeld())
+        return vb::failWith(EPERM); // the board is gone
     folder.board()->clock.systemOffsetNs =
         seconds * kNsPerSecond + ns - static_cast<int64_t>(vb::hostNow());
     return 0;
 }
 
 template <typename Time>
-int setClock(const Time *time) {
-    return time != nullptr ? setClock(time->tv_sec, time->tv_nsec) : refused(EFAULT);
+int setClock(const Time *address) {
+    Time time = {};
+    return vb::copyFromUser(&time, address, sizeof(time)) ? setClock(time.tv_sec, time.tv_nsec)
+                                                          : vb::failWith(EFAULT);
 }
 
 /** Without a time it is the zone that is set, which a board has none of. */
 template <typename Time>
-int setTimeOfDay(const Time *time, const void *zone) {
-    if (time == nullptr)
+int setTimeOfDay(const Time *address, const void *zone) {
+    if (address == nullptr)
         return 0;
-    if (zone != nullptr || time->tv_usec < 0 || time->tv_usec >= kNsPerSecond / kNsPerMicrosecond)
-        return refused(EINVAL);
-    return setClock(time->tv_sec, time->tv_usec * kNsPerMicrosecond);
+    Time time = {};
+    if (!vb::copyFromUser(&time, address, sizeof(time)))
+        return vb::failWith(EFAULT);
+    if (zone != nullptr || time.tv_usec < 0 || time.tv_usec >= kNsPerSecond / kNsPerMicrosecond)
+        return vb::failWith(EINVAL);
+    return setClock(time.tv_sec, time.tv_usec * kNsPerMicrosecond);
 }
 
 /** Stores the board's time; seconds of 32 bits may not hold it. */
@@ -71,7 +74,7 @@ int storeNow(Seconds &seconds, Fraction &fraction, int64_t nsOfFraction) {
     const int64_t now = boardNow();
     const auto whole = static_cast<Seconds>(now / kNsPerSecond);
     if (whole != now / kNsPerSecond)
-        return refused(EOVERFLOW);
+        return vb::failWith(EOVERFLOW);
     seconds = whole;
     fraction = static_cast<Fraction>(now % kNsPerSecond / nsOfFraction);
     return 0;

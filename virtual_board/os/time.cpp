@@ -1,5 +1,6 @@
 // Sleeps. On a board with virtual time they advance the board's clock and return at once.
 
+#include "virtual_board/board/user_memory.h"
 #include "virtual_board/os/seam.h"
 #include "virtual_board/os/timespec64.h"
 
@@ -21,6 +22,10 @@ bool sleepOnBoard(uint64_t ns) {
     bool isVirtual = false;
     {
         const vb::BoardLock lock(*folder);
+        if (!lock.isHeld()) {
+            errno = savedErrno;
+            return false; // the board is gone, and its time with it
+        }
         vb::Board &board = *folder->board();
         vb::traceNext(board.trace, vb::TraceKind::Sleep, vb::thisSender(board)).sleepNs = ns;
         isVirtual = board.clock.mode == vb::TimeMode::Virtual;
@@ -35,16 +40,19 @@ bool sleepOnBoard(uint64_t ns) {
 }
 
 template <typename Time>
-bool isDuration(const Time *time) {
-    return time != nullptr && time->tv_sec >= 0 && time->tv_nsec >= 0 &&
-           static_cast<uint64_t>(time->tv_nsec) < kNsPerSecond;
+bool isDuration(const Time &time) {
+    return time.tv_sec >= 0 && time.tv_nsec >= 0 &&
+           static_cast<uint64_t>(time.tv_nsec) < kNsPerSecond;
 }
 
 /** Sleeps for a valid duration; an invalid one is left to the C library to refuse. */
 template <typename Time>
-bool sleepFor(const Time *time) {
-    return isDuration(time) && sleepOnBoard(static_cast<uint64_t>(time->tv_sec) * kNsPerSecond +
-                                            static_cast<uint64_t>(time->tv_nsec));
+bool sleepFor(const Time *address) {
+    Time time = {};
+    return vb::attachedFolder() != nullptr && vb::copyFromUser(&time, address, sizeof(time)) &&
+           isDuration(time) &&
+           sleepOnBoard(static_cast<uint64_t>(time.tv_sec) * kNsPerSecond +
+                        static_cast<uint64_t>(time.tv_nsec));
 }
 
 } // namespace

@@ -1,0 +1,83 @@
+#pragma once
+// The kernel asked directly, past every definition that stands before the C library's: what the
+// board's own code does to the host is no business of the program that it works in. None of these
+// is a point where a thread can be cancelled.
+
+#include <cstdint>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+namespace vb::kernel {
+
+#ifndef O_LARGEFILE
+constexpr int kLargeFile = 0;
+#else
+constexpr int kLargeFile = O_LARGEFILE;
+#endif
+
+inline int openAt(int folder, const char *path, int flags) {
+    return static_cast<int>(syscall(SYS_openat, folder, path, flags | O_CLOEXEC | kLargeFile, 0));
+}
+
+inline int open(const char *path, int flags) {
+    return openAt(AT_FDCWD, path, flags);
+}
+
+inline void close(int fd) {
+    syscall(SYS_close, fd);
+}
+
+inline ssize_t read(int fd, void *data, size_t length) {
+    return syscall(SYS_read, fd, data, length);
+}
+
+inline ssize_t write(int fd, const void *data, size_t length) {
+    return syscall(SYS_write, fd, data, length);
+}
+
+/** The target of a link, without a zero behind it. */
+inline ssize_t readLink(int folder, const char *path, char *target, size_t size) {
+    return syscall(SYS_readlinkat, folder, path, target, size);
+}
+
+/** The path of the working folder with its zero; its length with it, or -1. */
+inline ssize_t workingFolder(char *path, size_t size) {
+    return syscall(SYS_getcwd, path, size);
+}
+
+/** What tells a file from every other. */
+struct Identity {
+    uint64_t device = 0;
+    uint64_t inode = 0; // 0: of no file
+
+    bool isKnown() const { return inode != 0; }
+    bool operator==(const Identity &other) const = default;
+};
+
+/** The identity of an open file, or with a path of the file there; unknown when there is none. */
+inline Identity identityOf(int fd, const char *path = "") {
+    struct statx info = {};
+    if (syscall(SYS_statx, fd, path, AT_EMPTY_PATH, STATX_INO, &info) != 0)
+        return {};
+    return {uint64_t{info.stx_dev_major} << 32 | info.stx_dev_minor, info.stx_ino};
+}
+
+struct Owner {
+    uint32_t user, group;
+};
+
+/** Whose a file is; root's when nobody can tell. */
+inline Owner ownerOf(const char *path) {
+    struct statx info = {};
+    syscall(SYS_statx, AT_FDCWD, path, 0, STATX_UID | STATX_GID, &info);
+    return {info.stx_uid, info.stx_gid};
+}
+
+inline void changeOwner(const char *path, const Owner &owner) {
+    syscall(SYS_fchownat, AT_FDCWD, path, owner.user, owner.group, AT_SYMLINK_NOFOLLOW);
+}
+
+} // namespace vb::kernel

@@ -1,0 +1,138 @@
+#include "virtual_board/os/descriptors.h"
+
+#include "virtual_board/os/next.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <dirent.h>
+#include <sys/socket.h>
+
+namespace vb {
+
+namespace {
+
+struct KnownNode {
+    kernel::Identity identity;
+    NodeFound found;
+};
+
+KnownNode known[2 + kFlashPartitions]; // a board may go without a partition: its node is gone then
+std::atomic<bool> canHaveNodes;
+
+kernel::Identity identityAt(const HostPathBuffer &path) {
+    return kernel::identityOf(AT_FDCWD, path.text);
+}
+
+/** What getdents64 stores. */
+struct FolderEntry {
+    uint64_t inode;
+    int64_t next;
+    uint16_t size;
+    uint8_t type;
+    char name[1];
+};
+
+bool isNodeIn(const char *entries, long size) {
+    for (long at = 0; at < size;) {
+        FolderEntry entry;
+        std::memcpy(&entry, entries + at, sizeof(entry));
+        const char *name = entries + at + offsetof(FolderEntry, name);
+        if (name[0] != '.' && nodeWith(kernel::identityOf(std::atoi(name))).node != Node::None)
+            return true;
+        at += entry.size;
+    }
+    return false;
+}
+
+/** Whether the program that starts here has inherited a node; true as well when nobody can tell. */
+bool hasInheritedNode() {
+    const int folder = kernel::open("/proc/self/fd", O_RDONLY | O_DIRECTORY);
+    if (folder < 0)
+        return true;
+    alignas(8) char entries[1024];
+    bool isFound = false;
+    long size = 0;
+    while (!isFound && (size = syscall(SYS_getdents64, folder, entries, sizeof(entries))) > 0)
+        isFound = isNodeIn(entries, size);
+    kernel::close(folder);
+    return isFound || size < 0;
+}
+
+} // namespace
+
+bool learnNodes(const BoardFolder &folder) {
+    known[0] = {identityAt(folder.hostPath(kNodePath)), {Node::Driver, 0}};
+    known[1] = {identityAt(folder.hostPath(kMemoryPath)), {Node::Memory, 0}};
+    for (uint32_t index = 0; index < kFlashPartitions; ++index)
+        known[2 + index] = {identityAt(folder.flashNode(index)), {Node::Flash, index}};
+    if (hasInheritedNode())
+        expectNodes();
+    return known[0].identity.isKnown();
+}
+
+void forgetNodes() {
+    std::memset(static_cast<void *>(known), 0, sizeof(known));
+    canHaveNodes = false;
+}
+
+NodeFound nodeWith(const kernel::Identity &identity) {
+    for (const KnownNode &node : known) {
+        if (identity.isKnown() && node.identity == identity)
+            return node.found;
+    }
+    return {};
+}
+
+NodeFound nodeOf(int fd) {
+    if (!canHaveNodes.load(std::memory_order_relaxed))
+        return {};
+    const int savedErrno = errno;
+    const NodeFound found = nodeWith(kernel::identityOf(fd));
+    errno = savedErrno;
+    return found;
+}
+
+void expectNodes() {
+    canHaveNodes.store(true, std::memory_order_relaxed);
+}
+
+} // namespace vb
+
+// Descriptors that come from other processes. Whether one of them is a node's need not be known:
+// from then on the kernel is asked.
+
+namespace {
+
+template <typename Result>
+Result expectingNodes(Result result) {
+    if (result >= 0)
+        vb::expectNodes();
+    return result;
+}
+
+} // namespace
+
+#define VB_SEAM_RECVMSG(symbol)                                                                    \
+    VB_SEAM(ssize_t, symbol, int socket, msghdr *message, int flags) {                             \
+        const ssize_t count = VB_NEXT(symbol)(socket, message, flags);                             \
+        return count >= 0 && message->msg_controllen > 0 ? expectingNodes(count) : count;          \
+    }
+VB_SEAM_RECVMSG(recvmsg)
+VB_SEAM_RECVMSG(__recvmsg64)
+
+#define VB_SEAM_RECVMMSG(symbol)                                                                   \
+    VB_SEAM(int, symbol, int socket, void *messages, unsigned count, int flags, void *timeout) {   \
+        return expectingNodes(VB_NEXT(symbol)(socket, messages, count, flags, timeout));           \
+    }
+VB_SEAM_RECVMMSG(recvmmsg)
+VB_SEAM_RECVMMSG(__recvmmsg64)
+
+VB_SEAM(int, pidfd_getfd, int process, int fd, unsigned flags) {
+    return expectingNodes(VB_NEXT(pidfd_getfd)(process, fd, flags));
+}
+
+VB_SEAM(int, open_by_handle_at, int mount, void *handle, int flags) {
+    return expectingNodes(VB_NEXT(open_by_handle_at)(mount, handle, flags));
+}

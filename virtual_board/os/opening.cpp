@@ -1,0 +1,205 @@
+// Opening files. The board's own lie in its folder; everything else is where it always is.
+
+#include "virtual_board/os/board_files.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+/** Opened as a stream, whose transfers within the C library no seam sees. */
+constexpr int kStream = -1;
+
+/** Records the open of a board's file. Each request opens the driver's node: only failures count.
+ */
+void traceOpen(const char *boardPath, int error) {
+    if (error == 0 && std::strcmp(boardPath, vb::kNodePath) == 0)
+        return;
+    const vb::BoardFolder &folder = *vb::attachedFolder();
+    const vb::BoardLock lock(folder);
+    vb::Board &board = *folder.board();
+    vb::TraceRecord &trace = vb::traceNext(board.trace, vb::TraceKind::Open, vb::thisSender(board));
+    trace.error = error;
+    std::strncpy(reinterpret_cast<char *>(trace.data), boardPath, sizeof(trace.data) - 1);
+}
+
+/** The errno with which a node refuses to be opened; 0 when it does not, or is none. */
+int nodeRefusal(const vb::NodeFound &found, int flags) {
+    const bool isTransferred = found.node == vb::Node::Memory || found.node == vb::Node::Flash;
+    if (flags == kStream)
+        return isTransferred ? ENOTSUP : 0;
+    if (found.node != vb::Node::Flash)
+        return 0;
+    const vb::Flash &flash = vb::attachedFolder()->board()->devices.flash[found.partition];
+    return flash.isWriteProtected != 0 && (flags & O_ACCMODE) != O_RDONLY ? EACCES : 0;
+}
+
+vb::LastLink lastLinkFor(int flags) {
+    constexpr int kNew = O_CREAT | O_EXCL;
+    const bool isKept = flags != kStream && ((flags & O_NOFOLLOW) != 0 || (flags & kNew) == kNew);
+    return isKept ? vb::LastLink::Kept : vb::LastLink::Followed;
+}
+
+/**
+ * Opens a path with one of the C library's ways of opening, which takes the path on the host.
+ * failed is what that way answers when the open fails; flags are those of open, or kStream.
+ */
+template <typename Result, typename Open>
+Result openPath(int folder, const char *path, int flags, Result failed, Open openOnHost) {
+    const vb::HostPath target(path, lastLinkFor(flags), folder);
+    if (!target.isOfBoard())
+        return vb::callWithPath(target, failed, openOnHost);
+    const vb::FaultRule fault = vb::fileFault(vb::FaultOp::Open, target.onBoard());
+    const bool isFaulty = fault.id != 0 && fault.effect == vb::FaultEffect::OpenFails;
+    const vb::NodeFound node = vb::nodeWith(vb::kernel::identityOf(AT_FDCWD, target.get()));
+    const int refusal = isFaulty ? fault.argument : nodeRefusal(node, flags);
+    Result result = failed;
+    if (node.node != vb::Node::None)
+        vb::expectNodes();
+    if (refusal != 0)
+        errno = refusal;
+    else
+        result = openOnHost(target.get());
+    const int savedErrno = errno;
+    if (result != failed && node.node == vb::Node::None)
+        vb::giveToOwner(target.get());
+    traceOpen(target.onBoard(), result == failed ? savedErrno : 0);
+    errno = savedErrno;
+    return result;
+}
+
+/** The mode behind the flags of an open that may create its file. */
+mode_t modeArgument(int flags, va_list arguments) {
+    constexpr int kTemporary = O_TMPFILE & ~O_DIRECTORY;
+    return (flags & (O_CREAT | kTemporary)) != 0 ? va_arg(arguments, mode_t) : 0;
+}
+
+} // namespace
+
+#define VB_SEAM_OPEN(symbol)                                                                       \
+    VB_SEAM(int, symbol, const char *path, int flags, ...) {                                       \
+        va_list arguments;                                                                         \
+        va_start(arguments, flags);                                                                \
+        const mode_t mode = modeArgument(flags, arguments);                                        \
+        va_end(arguments);                                                                         \
+        return openPath(AT_FDCWD, path, flags, -1,                                                 \
+                        [=](const char *host) { return VB_NEXT(symbol)(host, flags, mode); });     \
+    }
+VB_SEAM_OPEN(open)
+VB_SEAM_OPEN(open64)
+
+#define VB_SEAM_OPENAT(symbol)                                                                     \
+    VB_SEAM(int, symbol, int folder, const char *path, int flags, ...) {                           \
+        va_list arguments;                                                                         \
+        va_start(arguments, flags);                                                                \
+        const mode_t mode = modeArgument(flags, arguments);                                        \
+        va_end(arguments);                                                                         \
+        return openPath(folder, path, flags, -1, [=](const char *host) {                           \
+            return VB_NEXT(symbol)(folder, host, flags, mode);                                     \
+        });                                                                                        \
+    }
+VB_SEAM_OPENAT(openat)
+VB_SEAM_OPENAT(openat64)
+
+// What builds with source fortification call instead of the above.
+#define VB_SEAM_OPEN_2(symbol)                                                                     \
+    VB_SEAM(int, symbol, const char *path, int flags) {                                            \
+        return openPath(AT_FDCWD, path, flags, -1,                                                 \
+                        [=](const char *host) { return VB_NEXT(symbol)(host, flags); });           \
+    }
+VB_SEAM_OPEN_2(__open_2)
+VB_SEAM_OPEN_2(__open64_2)
+
+#define VB_SEAM_OPENAT_2(symbol)                                                                   \
+    VB_SEAM(int, symbol, int folder, const char *path, int flags) {                                \
+        return openPath(folder, path, flags, -1,                                                   \
+                        [=](const char *host) { return VB_NEXT(symbol)(folder, host, flags); });   \
+    }
+VB_SEAM_OPENAT_2(__openat_2)
+VB_SEAM_OPENAT_2(__openat64_2)
+
+#define VB_SEAM_CREAT(symbol)                                                                      \
+    VB_SEAM(int, symbol, const char *path, mode_t mode) {                                          \
+        return openPath(AT_FDCWD, path, O_WRONLY | O_CREAT, -1,                                    \
+                        [=](const char *host) { return VB_NEXT(symbol)(host, mode); });            \
+    }
+VB_SEAM_CREAT(creat)
+VB_SEAM_CREAT(creat64)
+
+#define VB_SEAM_FOPEN(symbol)                                                                      \
+    VB_SEAM(FILE *, symbol, const char *path, const char *mode) {                                  \
+        return openPath(AT_FDCWD, path, kStream, static_cast<FILE *>(nullptr),                     \
+                        [=](const char *host) { return VB_NEXT(symbol)(host, mode); });            \
+    }
+VB_SEAM_FOPEN(fopen)
+VB_SEAM_FOPEN(fopen64)
+
+#define VB_SEAM_FREOPEN(symbol)                                                                    \
+    VB_SEAM(FILE *, symbol, const char *path, const char *mode, FILE *file) {                      \
+        return openPath(AT_FDCWD, path, kStream, static_cast<FILE *>(nullptr),                     \
+                        [=](const char *host) { return VB_NEXT(symbol)(host, mode, file); });      \
+    }
+VB_SEAM_FREOPEN(freopen)
+VB_SEAM_FREOPEN(freopen64)
+
+// Names that are made up for new files and folders. The name goes back to the caller.
+
+namespace {
+
+template <typename Result, typename Make>
+Result makeTemporary(char *pattern, size_t suffix, Result failed, Make make) {
+    constexpr size_t kMade = 6;
+    const vb::HostPath target(pattern, vb::LastLink::Kept);
+    if (!target.isOfBoard())
+        return vb::callWithPath(target, failed, [&](const char *) { return make(pattern); });
+    // The path on the host is in memory of our own.
+    auto *host = const_cast<char *>(target.get());
+    const Result result = make(host);
+    const size_t length = std::strlen(pattern);
+    const size_t hostLength = std::strlen(host);
+    if (result != failed && length >= suffix + kMade) {
+        std::memcpy(pattern + length - suffix - kMade, host + hostLength - suffix - kMade, kMade);
+        vb::giveToOwner(host);
+    }
+    return result;
+}
+
+} // namespace
+
+#define VB_SEAM_MKSTEMP(symbol)                                                                    \
+    VB_SEAM(int, symbol, char *pattern) {                                                          \
+        return makeTemporary(pattern, 0, -1, [](char *host) { return VB_NEXT(symbol)(host); });    \
+    }
+VB_SEAM_MKSTEMP(mkstemp)
+VB_SEAM_MKSTEMP(mkstemp64)
+
+#define VB_SEAM_MKOSTEMP(symbol)                                                                   \
+    VB_SEAM(int, symbol, char *pattern, int flags) {                                               \
+        return makeTemporary(pattern, 0, -1,                                                       \
+                             [=](char *host) { return VB_NEXT(symbol)(host, flags); });            \
+    }
+VB_SEAM_MKOSTEMP(mkostemp)
+VB_SEAM_MKOSTEMP(mkostemp64)
+
+#define VB_SEAM_MKSTEMPS(symbol)                                                                   \
+    VB_SEAM(int, symbol, char *pattern, int suffix) {                                              \
+        return makeTemporary(pattern, static_cast<size_t>(suffix), -1,                             \
+                             [=](char *host) { return VB_NEXT(symbol)(host, suffix); });           \
+    }
+VB_SEAM_MKSTEMPS(mkstemps)
+VB_SEAM_MKSTEMPS(mkstemps64)
+
+#define VB_SEAM_MKOSTEMPS(symbol)                                                                  \
+    VB_SEAM(int, symbol, char *pattern, int suffix, int flags) {                                   \
+        return makeTemporary(pattern, static_cast<size_t>(suffix), -1,                             \
+                             [=](char *host) { return VB_NEXT(symbol)(host, suffix, flags); });    \
+    }
+VB_SEAM_MKOSTEMPS(mkostemps)
+VB_SEAM_MKOSTEMPS(mkostemps64)
+
+VB_SEAM(char *, mkdtemp, char *pattern) {
+    char *made = makeTemporary(pattern, 0, static_cast<char *>(nullptr),
+                               [](char *host) { return VB_NEXT(mkdtemp)(host); });
+    return made != nullptr ? pattern : nullptr;
+}
