@@ -31,6 +31,7 @@ using PtpCommandsTest = ControlTest;
 TEST_F(LedCommandsTest, ShowsTheLampsForPeople) {
     reg(7) = 0x8293; // system 1, lamp 4, indexed 2, 4 and 10
     reg(13) = 0x000C;
+    reg(14) = 0x0000;
     reg(15) = 0xFFFF;
     const std::string text = "Front panel\n"
                              "  CPLD register 7   0x8293\n"
@@ -78,9 +79,9 @@ TEST_F(LedCommandsTest, ShowingWritesNothing) {
     trace();
     iodbg({"led", "get"});
     EXPECT_EQ(requests(),
-              (Lines{"CPLD read  reg 7 (lamps) = 0x0000", "CPLD read  reg 13 (PoE lamps) = 0x0000",
-                     "CPLD read  reg 14 (PoE lamps) = 0x0000",
-                     "CPLD read  reg 15 (PoE lamps) = 0x0000"}));
+              (Lines{"CPLD read  reg 7 (lamps) = 0x0000", "CPLD read  reg 13 (PoE lamps) = 0xFFFF",
+                     "CPLD read  reg 14 (PoE lamps) = 0xFFFF",
+                     "CPLD read  reg 15 (PoE lamps) = 0xFFFF"}));
 }
 
 TEST_F(LedCommandsTest, ARegisterThatFailsDoesNotHideTheOthers) {
@@ -88,7 +89,7 @@ TEST_F(LedCommandsTest, ARegisterThatFailsDoesNotHideTheOthers) {
     const std::string answer = json({"led"}, 1);
     EXPECT_EQ(jsonAt(answer, "/panel/system"), "0");
     EXPECT_EQ(jsonAt(answer, "/poe"),
-              "{\"ports\":48,\"register_13\":0,\"register_14\":null,\"register_15\":0}");
+              "{\"ports\":48,\"register_13\":65535,\"register_14\":null,\"register_15\":65535}");
     EXPECT_EQ(jsonAt(answer, "/failures/0/item"), "\"poe.register_14\"");
     clearFaults();
     addFault(at(refuse(FaultDevice::Cpld, FaultOp::Read, -EIO), 7));
@@ -135,7 +136,7 @@ TEST_F(LedCommandsTest, SetsTheOtherLampsOfTheFrontPanel) {
 }
 
 TEST_F(LedCommandsTest, ThePortLedsAreActiveLow) {
-    reg(14) = 0xFFFF;
+    reg(15) = 0x0000;
     EXPECT_EQ(iodbg({"led", "set", "poe", "17", "on"}).out, "LED    poe\nIndex  17\nState  on\n");
     EXPECT_EQ(reg(14), 0xFFFE);
     EXPECT_EQ(jsonAt(json({"led", "set", "9", "48", "off"}), ""),
@@ -155,8 +156,8 @@ TEST_F(LedCommandsTest, DetectsALampThatDoesNotFollow) {
     addFault(silence(FaultDevice::Cpld, FaultOp::Write));
     expectFailure({"led", "set", "lamp5", "on"}, 3,
                   {"LED lamp5 was set to on, and CPLD register 7 says off; another program"});
-    expectFailure({"led", "set", "poe", "33", "off"}, 3,
-                  {"LED poe 33 was set to off, and CPLD register 15 says on"});
+    expectFailure({"led", "set", "poe", "33", "on"}, 3,
+                  {"LED poe 33 was set to on, and CPLD register 15 says off"});
     expectFailure({"led", "set", "system", "1"}, 3, {"was set to 1, and"});
 }
 

@@ -43,39 +43,39 @@ TEST_F(CpldCommandsTest, AScanFailsWhenNothingAnswers) {
 }
 
 TEST_F(CpldCommandsTest, SetsARegister) {
-    devices().cpld.reg[30] = 0x00FF;
-    EXPECT_EQ(iodbg({"cpld", "set", "30", "0xA5A5"}).out, "Register  30\n"
+    devices().cpld.reg[10] = 0x00FF;
+    EXPECT_EQ(iodbg({"cpld", "set", "10", "0xA5A5"}).out, "Register  10\n"
                                                           "Before    0x00FF\n"
                                                           "Written   0xA5A5\n"
                                                           "After     0xA5A5\n");
-    EXPECT_EQ(devices().cpld.reg[30], 0xA5A5);
-    EXPECT_EQ(jsonAt(json({"cpld", "set", "30", "65535"}), ""),
-              "{\"register\":30,\"before\":42405,\"written\":65535,\"after\":65535,"
+    EXPECT_EQ(devices().cpld.reg[10], 0xA5A5);
+    EXPECT_EQ(jsonAt(json({"cpld", "set", "10", "65535"}), ""),
+              "{\"register\":10,\"before\":42405,\"written\":65535,\"after\":65535,"
               "\"failures\":[]}");
 }
 
 TEST_F(CpldCommandsTest, DetectsARegisterThatReadsBackDifferently) {
     expectFailure({"cpld", "set", "1", "5"}, 3, {"CPLD register 1 was 0x0709", "reads 0x0709"});
     addFault(corrupt(FaultDevice::Cpld, FaultOp::Write, 1));
-    expectFailure({"cpld", "set", "30", "0x10"}, 3, {"0x0010 was written, and it reads 0x0011"});
+    expectFailure({"cpld", "set", "10", "0x10"}, 3, {"0x0010 was written, and it reads 0x0011"});
 }
 
 TEST_F(CpldCommandsTest, ReportsFailures) {
     addFault(refuse(FaultDevice::Cpld, FaultOp::Write, 77));
-    expectFailure({"cpld", "set", "30", "1"}, 1,
-                  {"cannot write CPLD register 30: status 77, an answer of the kernel module's "
+    expectFailure({"cpld", "set", "10", "1"}, 1,
+                  {"cannot write CPLD register 10: status 77, an answer of the kernel module's "
                    "own; check"});
     vb::FaultRule rule = refuse(FaultDevice::Cpld, FaultOp::Read, EIO);
     rule.effect = vb::FaultEffect::IoctlFails;
     addFault(rule);
-    expectFailure({"cpld", "set", "30", "1"}, 1, {"cannot read CPLD register 30: BSP_E_FAILED"});
+    expectFailure({"cpld", "set", "10", "1"}, 1, {"cannot read CPLD register 10: BSP_E_FAILED"});
 }
 
 TEST_F(CpldCommandsTest, RefusesWrongWords) {
-    expectRefusal({"cpld", "set", "30", "0x10000"}, 2, "VALUE: '0x10000' is not a number from 0");
-    expectRefusal({"cpld", "set", "30", "-1"}, 2, "is not a number");
-    expectRefusal({"cpld", "set", "30"}, 2, "VALUE is required");
-    expectRefusal({"cpld", "set", "30", "1", "2"}, 2, "not expected");
+    expectRefusal({"cpld", "set", "10", "0x10000"}, 2, "VALUE: '0x10000' is not a number from 0");
+    expectRefusal({"cpld", "set", "10", "-1"}, 2, "is not a number");
+    expectRefusal({"cpld", "set", "10"}, 2, "VALUE is required");
+    expectRefusal({"cpld", "set", "10", "1", "2"}, 2, "not expected");
     expectRefusal({"cpld", "get", "1", "x"}, 2, "REG: 'x' is not a number");
     expectRefusal({"cpld", "get", "0x100000000"}, 2, "REG: ");
     expectRefusal({"cpld"}, 2, "see 'iodbg cpld --help'");

@@ -242,10 +242,10 @@ void PoeSwitchDay::aFanAndASupplyFail() const {
               "\"output_voltage_mv\":54000,\"output_current_ma\":1900,\"output_power_mw\":102625,"
               "\"temperature1_c\":28,\"temperature2_c\":41,\"temperature3_c\":45}");
     EXPECT_EQ(panel(),
-              (Lines{"", "[ 1*o][ 3.o][ 5.o][ 7.o][ 9.o][11.o][13.o][15.o][17.o][19.o][21.o][23.o]",
-                     "[ 2.o][ 4.o][ 6.o][ 8.o][10.o][12.o][14.o][16.o][18.o][20.o][22.o][24.o]", "",
-                     "[25.o][27.o][29.o][31.o][33.o][35.o][37.o][39.o][41.o][43.o][45.o][47.o]",
-                     "[26.o][28.o][30.o][32.o][34.o][36.o][38.o][40.o][42.o][44.o][46.o][48*o]", "",
+              (Lines{"", "[ 1* ][ 3. ][ 5. ][ 7. ][ 9. ][11. ][13. ][15. ][17. ][19. ][21. ][23. ]",
+                     "[ 2. ][ 4. ][ 6. ][ 8. ][10. ][12. ][14. ][16. ][18. ][20. ][22. ][24. ]", "",
+                     "[25. ][27. ][29. ][31. ][33. ][35. ][37. ][39. ][41. ][43. ][45. ][47. ]",
+                     "[26. ][28. ][30. ][32. ][34. ][36. ][38. ][40. ][42. ][44. ][46. ][48* ]", "",
                      "uplinks [49] [50] [51] [52] [53] [54 copper-other off]",
                      "fans    [1 1200 rpm] [2 2400 rpm]", "supplies [1 no input] [2 good, 102 W]",
                      "board   40 C", "lamps   system 2, 4 1, 5 0", "PoE     23 of 40 W",
@@ -307,11 +307,11 @@ void PoeSwitchDay::anEngineerLooksInside() const {
     iodbg("gpio set 5 1");
     iodbg("ptp pulse");
     iodbg("eeprom write 0x200 C0FFEE"); // behind the record
-    iodbg("led set poe 18 off");
+    iodbg("led set poe 18 on");
     iodbg("led set indexed 2 on");
     EXPECT_EQ(get({"cpld.10", "gpio.5.direction", "gpio.5", "ptp.pulses", "cpld.14", "cpld.7",
                    "eeprom.board@0x1FF+5"}),
-              (Lines{"0x1234", "output", "1", "1", "0x0002", "0x0080", "ffc0ffeeff"}));
+              (Lines{"0x1234", "output", "1", "1", "0xFFFD", "0x0080", "ffc0ffeeff"}));
     iodbg("cpld get 7");
     const std::string trace = vboard({"trace", board(), "--last", "1"});
     EXPECT_NE(trace.find(" CPLD read  reg 7 (lamps) = 0x0080\n"), std::string::npos) << trace;
@@ -393,10 +393,10 @@ void PoeSwitchDay::afterTheReboot() const {
     EXPECT_EQ(json("fan get")["level"], 1);
     EXPECT_EQ(
         panel(),
-        (Lines{"", "[ 1 o][ 3 o][ 5 o][ 7 o][ 9 o][11 o][13 o][15 o][17 o][19 o][21 o][23 o]",
-               "[ 2 o][ 4 o][ 6 o][ 8 o][10 o][12 o][14 o][16 o][18 o][20 o][22 o][24 o]", "",
-               "[25 o][27 o][29 o][31 o][33 o][35 o][37 o][39 o][41 o][43 o][45 o][47 o]",
-               "[26 o][28 o][30 o][32 o][34 o][36 o][38 o][40 o][42 o][44 o][46 o][48 o]", "",
+        (Lines{"", "[ 1  ][ 3  ][ 5  ][ 7  ][ 9  ][11  ][13  ][15  ][17  ][19  ][21  ][23  ]",
+               "[ 2  ][ 4  ][ 6  ][ 8  ][10  ][12  ][14  ][16  ][18  ][20  ][22  ][24  ]", "",
+               "[25  ][27  ][29  ][31  ][33  ][35  ][37  ][39  ][41  ][43  ][45  ][47  ]",
+               "[26  ][28  ][30  ][32  ][34  ][36  ][38  ][40  ][42  ][44  ][46  ][48  ]", "",
                "uplinks [49] [50] [51] [52] [53] [54 copper-other up]",
                "fans    [1 2400 rpm] [2 2400 rpm]", "supplies [1 good, 102 W] [2 good, 102 W]",
                "board   39 C", "lamps   system 0, 4 0, 5 0", "PoE     0 of 0 W",

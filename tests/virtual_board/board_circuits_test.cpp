@@ -68,13 +68,15 @@ TEST_F(CircuitsTest, AStoppedWatchdogSleeps) {
 }
 
 TEST_F(CircuitsTest, WritingZeroToTheResetRegisterResets) {
+    EXPECT_EQ(bspCpldSet(10, 0x1234), BSP_OK);
     EXPECT_EQ(bspCpldSet(13, 0x1234), BSP_OK);
     EXPECT_EQ(bspCpldSet(5, 1), BSP_OK);
     EXPECT_EQ(devices().resets, 0u);
     EXPECT_EQ(bspHwReboot(), BSP_OK);
     EXPECT_EQ(devices().resets, 1u);
     EXPECT_EQ(devices().lastReset, ResetReason::Register);
-    EXPECT_EQ(reg(13), 0);
+    EXPECT_EQ(reg(10), 0);
+    EXPECT_EQ(reg(13), 0xFFFF); // the LEDs are dark
 }
 
 TEST_F(CircuitsTest, AResetStartsThePoeControllerAnew) {

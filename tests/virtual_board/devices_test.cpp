@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <numeric>
 #include <vector>
 
@@ -71,6 +72,24 @@ TEST(CpldModel, IdentityRegistersAreWiredToLogic) {
     EXPECT_TRUE(cpldWrite(cpld, kCpldVersion, 0));
     EXPECT_EQ(cpld.reg[kCpldDeviceId], 0x0709);
     EXPECT_EQ(cpld.reg[kCpldVersion], 0x1312);
+}
+
+TEST(CpldModel, AWriteChangesOutputsAlone) {
+    const std::map<uint32_t, uint16_t> inputs = {
+        {1, 0xFFFF},  {2, 0xFFFF},  {6, 0x4600},  {8, 0xFFFF},  {12, 0x003F}, {16, 0xFFFF},
+        {17, 0xFFFF}, {18, 0xFFFF}, {19, 0xFFFF}, {20, 0xFFFF}, {21, 0xFFFF}, {22, 0xFFFF},
+        {23, 0xFFFF}, {24, 0xFFFF}, {28, 0xFFFF}, {29, 0xFFFF}, {30, 0xFFFF}, {31, 0xFFFF}};
+    for (uint32_t reg = 0; reg < kCpldRegisters; ++reg) {
+        const auto found = inputs.find(reg);
+        const uint16_t bits = found != inputs.end() ? found->second : 0;
+        EXPECT_EQ(cpldInputs(reg), bits) << reg;
+        for (const uint16_t before : {uint16_t{0x0000}, uint16_t{0x5A5A}, uint16_t{0xFFFF}}) {
+            Cpld cpld = {};
+            cpld.reg[reg] = before;
+            EXPECT_TRUE(cpldWrite(cpld, reg, static_cast<uint16_t>(~before)));
+            EXPECT_EQ(cpld.reg[reg], static_cast<uint16_t>(~before ^ bits)) << reg;
+        }
+    }
 }
 
 TEST(CpldModel, HasSixtyFourRegisters) {

@@ -31,16 +31,17 @@ class ProcessesTest : public VirtualBoardTest {
 TEST_F(ProcessesTest, NoRequestOfManyProcessesIsLost) {
     constexpr uint32_t kProcesses = 8;
     constexpr uint32_t kRequests = 200;
+    constexpr uint32_t kFirst = 40; // registers that nothing drives
     std::map<pid_t, uint32_t> registers;
     for (uint32_t i = 0; i < kProcesses; ++i) {
         const pid_t child = fork();
         if (child == 0) {
             int32_t failures = 0;
             for (uint32_t value = 1; value <= kRequests; ++value)
-                failures += bspCpldSet(20 + i, value) == BSP_OK ? 0 : 1;
+                failures += bspCpldSet(kFirst + i, value) == BSP_OK ? 0 : 1;
             _exit(failures == 0 ? 0 : 1);
         }
-        registers[child] = 20 + i;
+        registers[child] = kFirst + i;
     }
     for (const auto &[child, reg] : registers) {
         int status = -1;

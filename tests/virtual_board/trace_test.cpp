@@ -56,7 +56,12 @@ TEST_F(TraceTest, CpldRequestsAsJson) {
                                       "value": 4882, "result": 0, "errno": 0})"));
     bspCpldSet(9, 0x1234);
     EXPECT_EQ(last(), json::parse(R"({"kind": "cpld-write", "register": 9, "name": null,
-                                      "value": 4660, "result": 0, "errno": 0})"));
+                                      "value": 4660, "ignored_bits": 0, "result": 0,
+                                      "errno": 0})"));
+    bspCpldSet(12, 0x00FF);
+    EXPECT_EQ(last(), json::parse(R"({"kind": "cpld-write", "register": 12,
+                                      "name": "uplink transmitters", "value": 255,
+                                      "ignored_bits": 63, "result": 0, "errno": 0})"));
     bspCpldGet(64, &value);
     EXPECT_EQ(last(), json({{"kind", "cpld-read"},
                             {"register", 64},

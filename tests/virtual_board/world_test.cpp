@@ -44,7 +44,7 @@ TEST_F(WorldTest, TheListHasEveryPropertyWithItsValue) {
         EXPECT_EQ(property.value, get(property.name)) << property.name;
     const auto shown = std::count_if(all.begin(), all.end(),
                                      [](const vb::Property &property) { return !property.isIdle; });
-    EXPECT_EQ(shown, 7 + 5 + 1 + 1 + 3 + 2 * 15 + 1 + 4 + 2 * 2 + 3 + 1 + 1);
+    EXPECT_EQ(shown, 7 + 8 + 1 + 1 + 3 + 2 * 15 + 1 + 4 + 2 * 2 + 3 + 1 + 1);
 }
 
 TEST_F(WorldTest, WhatIsSetIsWhatProgramsSee) {

@@ -24,12 +24,11 @@ void buildBoard(Board &board, const Model &model, const FactoryData &factory,
     Devices &devices = board.devices;
     devices.cpld.reg[kCpldDeviceId] = model.devId;
     devices.cpld.reg[kCpldVersion] = kHardwareA3Cpld12;
+    cpldReset(devices.cpld, model.poePorts);
     writeBoardEeprom(devices.eeprom, model, factory);
     if (model.poePorts != 0) {
         devices.gpio.external[kPoeResetGpio] = 1; // pulled up
         poeBuild(devices.poe);
-    } else {
-        devices.cpld.reg[kCpldControl] = kCpldPoeAbsent;
     }
     devices.console.speed = kConsoleUsualSpeed;
     for (uint32_t index = 0; index < kFlashPartitions; ++index)
@@ -49,12 +48,12 @@ void buildBoard(Board &board, const Model &model, const FactoryData &factory,
             writeSupplyEeprom(supply.eeprom, index);
         supply.isPresent = model.supplyLines != SupplyLines::None ? 1 : 0;
         pmbusBuild(supply.pmbus);
-        driveSupplyLines(board, index);
     }
     buildClimate(board, model);
     mdioBuild(devices.mdio);
     if (model.hasClock)
         clockBuild(devices.clockChip);
+    driveAllLines(board, 0);
 }
 
 } // namespace vb

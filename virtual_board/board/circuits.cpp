@@ -23,12 +23,6 @@ void followResetLine(Board &board, uint64_t nowNs) {
     poeSetReset(poe, isHeld, !isHeld && isStuckInReset(board), nowNs);
 }
 
-void driveLine(Cpld &cpld, uint32_t bit, bool level) {
-    uint16_t &lines = cpld.reg[kCpldSupplies];
-    const auto mask = static_cast<uint16_t>(1u << bit);
-    lines = static_cast<uint16_t>(level ? lines | mask : lines & ~mask);
-}
-
 /** The power comes back. */
 void switchOn(Board &board, uint64_t nowNs) {
     clockPowerCycle(board.devices.clockChip, nowNs);
@@ -66,14 +60,29 @@ void resetBoard(Board &board, ResetReason reason, uint64_t nowNs) {
     advanceClimate(board, nowNs); // with the fans' level until now
     if (reason == ResetReason::PowerOn)
         switchOn(board, nowNs);
-    cpldReset(devices.cpld);
+    const Model *model = findModel(board.header.devId);
+    cpldReset(devices.cpld, model != nullptr ? model->poePorts : 0);
     gpioReset(devices.gpio);
     const bool isHeld = !gpioLevel(devices.gpio, kPoeResetGpio);
     if (devices.poe.isFitted != 0)
         poeSetReset(devices.poe, isHeld, !isHeld && isStuckInReset(board), nowNs);
+    driveAllLines(board, nowNs);
     devices.watchdog.lineLevel = gpioLevel(devices.gpio, kWatchdogGpio) ? 1 : 0;
     ++devices.resets;
     devices.lastReset = reason;
+}
+
+void driveAllLines(Board &board, uint64_t nowNs) {
+    drivePoeLine(board);
+    for (uint32_t index = 0; index < kSupplies; ++index)
+        driveSupplyLines(board, index);
+    startClimateLines(board);
+    startSfpLines(board, nowNs);
+}
+
+void drivePoeLine(Board &board) {
+    const PoeController &poe = board.devices.poe;
+    cpldDrive(board.devices.cpld, kCpldPoeAbsent, poe.isFitted == 0 || poe.isMissing != 0);
 }
 
 void driveSupplyLines(Board &board, uint32_t index) {
@@ -87,16 +96,15 @@ void driveSupplyLines(Board &board, uint32_t index) {
     const bool isFourFan = model->supplyLines == SupplyLines::FourFan;
     const uint32_t n = index + 1;
     Cpld &cpld = board.devices.cpld;
-    driveLine(cpld, supplyPresenceBit(n), !isPlugged);
-    driveLine(cpld, supplyTypeBit(n), isPlugged);
-    driveLine(cpld, supplyStatusBit(n, 0), isFourFan && !isPlugged);
-    driveLine(cpld, supplyStatusBit(n, 1), isFourFan ? isPlugged && !isInputGood : isOutputGood);
-    driveLine(cpld, supplyStatusBit(n, 2), isFourFan ? isOutputGood : isInputGood);
+    cpldDrive(cpld, supplyPresenceLine(n), !isPlugged);
+    cpldDrive(cpld, supplyTypeLine(n), isPlugged);
+    cpldDrive(cpld, supplyStatusLine(n, 0), isFourFan && !isPlugged);
+    cpldDrive(cpld, supplyStatusLine(n, 1), isFourFan ? isPlugged && !isInputGood : isOutputGood);
+    cpldDrive(cpld, supplyStatusLine(n, 2), isFourFan ? isOutputGood : isInputGood);
 }
 
 bool isPoePresent(const Board &board) {
-    const bool isAbsent = (board.devices.cpld.reg[kCpldControl] & kCpldPoeAbsent) != 0;
-    return board.devices.poe.isFitted != 0 && !isAbsent;
+    return board.devices.poe.isFitted != 0 && !cpldLevel(board.devices.cpld, kCpldPoeAbsent);
 }
 
 } // namespace vb

@@ -21,21 +21,26 @@ void registerWritten(Board &board, uint32_t reg, uint16_t before, uint64_t nowNs
 /** Resets the board: registers, lines and the PoE controller are as after switching on. */
 void resetBoard(Board &board, ResetReason reason, uint64_t nowNs);
 
-// Lines of a fixed supply in its CPLD register, as numbers of bits for supply n = 1 or 2. Only
-// boards whose catalogue says so have them.
-constexpr uint32_t supplyPresenceBit(uint32_t n) {
-    return n - 1;
+/** Drives all inputs of a CPLD that has been reset, as the devices' states say. */
+void driveAllLines(Board &board, uint64_t nowNs);
+
+/** Drives the line that tells whether the PoE controller is there. */
+void drivePoeLine(Board &board);
+
+// Lines of a fixed supply, n = 1 or 2. Only boards whose catalogue says so have them.
+constexpr CpldLine supplyPresenceLine(uint32_t n) {
+    return {kCpldSupplies, n - 1};
 }
-constexpr uint32_t supplyTypeBit(uint32_t n) {
-    return n + 1;
+constexpr CpldLine supplyTypeLine(uint32_t n) {
+    return {kCpldSupplies, n + 1};
 }
-constexpr uint32_t supplyStatusBit(uint32_t n, uint32_t line) { // line 0, 1 or 2
-    return n + 3 + 2 * line;
+constexpr CpldLine supplyStatusLine(uint32_t n, uint32_t line) { // line 0, 1 or 2
+    return {kCpldSupplies, n + 3 + 2 * line};
 }
 
 /**
- * Drives a supply's lines as its state says. They stay so until the supply changes again, so that
- * each line can also be driven on its own by setting its register.
+ * Drives a supply's lines as its state says. They stay so until the supply changes again or the
+ * board is reset, so that each line can also be driven on its own by setting its register.
  *
  * The presence line is active low: clear while a supply is plugged. Type and readings of a supply
  * can be had only in that state of the line, which is what a plugged supply must be able to do.

@@ -73,13 +73,16 @@ void driveCounts(Board &board) {
 } // namespace
 
 void buildClimate(Board &board, const Model &model) {
+    climateBuild(board.devices.climate, model.fans, loadOf(board.devices));
+}
+
+void startClimateLines(Board &board) {
     Climate &climate = board.devices.climate;
-    climateBuild(climate, model.fans, loadOf(board.devices));
+    climate.counts[0] = climate.counts[1] = climate.presence = 0;
     // The lines of four fans are those of the supplies' presence, too, and tell of them at first.
-    if (model.fans > kTwoFans)
+    if (climate.fans > kTwoFans)
         climate.presence = presenceOf(climate);
-    else
-        drivePresence(board, presenceOf(climate));
+    drivePresence(board, presenceOf(climate));
     driveCounts(board);
 }
 

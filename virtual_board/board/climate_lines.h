@@ -9,6 +9,9 @@ namespace vb {
 /** Builds fans and sensor as they are in a unit that idles. */
 void buildClimate(Board &board, const Model &model);
 
+/** Puts what they tell on the lines of a CPLD that has been reset. */
+void startClimateLines(Board &board);
+
 /** Brings fans and temperature up to now, and what they tell to the CPLD. */
 void advanceClimate(Board &board, uint64_t nowNs);
 

@@ -84,8 +84,10 @@ int32_t serveCpldWrite(Request &request) {
         value = corruptRegister(*request.fault, value);
     if (request.has(FaultEffect::NoAnswer))
         return 0;
-    const uint16_t before = request.board.devices.cpld.reg[reg];
-    cpldWrite(request.board.devices.cpld, reg, static_cast<uint16_t>(value));
+    Cpld &cpld = request.board.devices.cpld;
+    const uint16_t before = cpld.reg[reg];
+    cpldWrite(cpld, reg, static_cast<uint16_t>(value));
+    request.trace.length = value ^ cpld.reg[reg];
     registerWritten(request.board, reg, before, request.trace.timeNs);
     return 0;
 }

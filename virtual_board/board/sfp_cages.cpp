@@ -13,14 +13,9 @@ constexpr uint32_t kPresentLine = 1;
 constexpr uint32_t kLossLine = 2;
 constexpr uint32_t kFaultLine = 4;
 
-struct LinePlace {
-    uint32_t reg;
-    uint32_t bit;
-};
-
 /** Where the lines of one cage are. */
 struct Places {
-    LinePlace present, loss, fault, disable;
+    CpldLine present, loss, fault, disable;
     bool hasLossAndFault; // lines of their own
 };
 
@@ -43,16 +38,6 @@ Places placesOf(const Model &model, uint32_t port) {
             {kCpldUplinkTransmit, bit},
             {kCpldUplinkTransmit, kUplinkUpperBit + bit},
             isWired};
-}
-
-bool levelAt(const Cpld &cpld, const LinePlace &place) {
-    return (cpld.reg[place.reg] >> place.bit & 1) != 0;
-}
-
-void drive(Cpld &cpld, const LinePlace &place, bool level) {
-    uint16_t &reg = cpld.reg[place.reg];
-    const auto mask = static_cast<uint16_t>(1u << place.bit);
-    reg = static_cast<uint16_t>(level ? reg | mask : reg & ~mask);
 }
 
 /** The lines of an empty cage are all clear: the CPLD passes the others on while a module is there.
@@ -98,7 +83,7 @@ SfpModule &sfpModule(Board &board, uint32_t port) {
 SfpCage sfpCage(const Board &board, uint32_t port, uint64_t nowNs) {
     const Model *model = findModel(board.header.devId);
     const bool isDisabled =
-        model != nullptr && levelAt(board.devices.cpld, placesOf(*model, port).disable);
+        model != nullptr && cpldLevel(board.devices.cpld, placesOf(*model, port).disable);
     return {board.devices.climate.microdegrees, isDisabled, nowNs};
 }
 
@@ -113,13 +98,19 @@ void driveSfpLines(Board &board, uint64_t nowNs) {
         const Places places = placesOf(*model, port);
         Cpld &cpld = board.devices.cpld;
         if ((changed & kPresentLine) != 0)
-            drive(cpld, places.present, (lines & kPresentLine) != 0);
+            cpldDrive(cpld, places.present, (lines & kPresentLine) != 0);
         if ((changed & kLossLine) != 0 && places.hasLossAndFault)
-            drive(cpld, places.loss, (lines & kLossLine) != 0);
+            cpldDrive(cpld, places.loss, (lines & kLossLine) != 0);
         if ((changed & kFaultLine) != 0 && places.hasLossAndFault)
-            drive(cpld, places.fault, (lines & kFaultLine) != 0);
+            cpldDrive(cpld, places.fault, (lines & kFaultLine) != 0);
         module.lines = lines;
     });
+}
+
+void startSfpLines(Board &board, uint64_t nowNs) {
+    for (SfpModule &module : board.devices.sfp)
+        module.lines = 0;
+    driveSfpLines(board, nowNs);
 }
 
 void startSfpModules(Board &board, uint64_t nowNs) {

@@ -23,6 +23,9 @@ SfpCage sfpCage(const Board &board, uint32_t port, uint64_t nowNs);
 /** Puts what has changed at the modules on the lines. */
 void driveSfpLines(Board &board, uint64_t nowNs);
 
+/** Puts everything on the lines of a CPLD that has been reset. */
+void startSfpLines(Board &board, uint64_t nowNs);
+
 /** The power comes: all modules start. */
 void startSfpModules(Board &board, uint64_t nowNs);
 

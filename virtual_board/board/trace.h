@@ -43,7 +43,7 @@ struct TraceRecord {
     uint8_t bus, channel;
     uint8_t devAddr; // I2C device, number of a flash partition, or first field of MDIO
     uint32_t offset; // register, GPIO line, I2C or flash offset, code, second field of MDIO
-    uint32_t length; // I2C, flash: bytes asked for
+    uint32_t length; // I2C, flash: bytes asked for; CPLD write: bits of inputs, which it left
     uint32_t value;  // register content, level, bytes done, block is bad, size of a file, or baud
     int32_t result;  // the driver's result word
     int32_t error;   // errno with which the open or the ioctl failed, else 0

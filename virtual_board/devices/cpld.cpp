@@ -4,30 +4,35 @@ namespace vb {
 
 namespace {
 
-constexpr uint16_t kControlInputs = kCpldPoeAbsent | 0x0600; // and two supplies
-constexpr uint16_t kFanPresenceInput = 0x0100;
-constexpr uint16_t kUplinkInputs = 0x0FFF;
-constexpr uint16_t kUplinkFaultInputs = 0x003F;
+/** A row of registers in which the same bits are inputs. */
+struct InputRow {
+    uint32_t first, last;
+    uint16_t bits;
+};
+
+constexpr InputRow kInputs[] = {
+    {kCpldDeviceId, kCpldVersion, 0xFFFF}, // wired to the logic
+    {kCpldControl, kCpldControl, 0x4600},  // the PoE controller, and two built-in supplies
+    {kCpldUplinkInputs, kCpldUplinkInputs, 0xFFFF},
+    {kCpldUplinkTransmit, kCpldUplinkTransmit, 0x003F}, // faults; the disable lines are outputs
+    {kCpldSfpLoss, kCpldSfpDisable - 1, 0xFFFF},        // loss, presence and fault
+    {kCpldFanCounts, kCpldFanCounts + 1, 0xFFFF},
+    {kCpldSupplies, kCpldSupplies, 0xFFFF},
+    {kCpldFanPresence, kCpldFanPresence, 0xFFFF},
+};
 
 bool isWiredToLogic(uint32_t reg) {
     return reg == kCpldDeviceId || reg == kCpldVersion;
 }
 
-/** Bits of a register that are lines into the CPLD. */
-uint16_t inputsOf(uint32_t reg) {
-    if (reg == kCpldControl)
-        return kControlInputs;
-    if (reg == kCpldFanPresence)
-        return kFanPresenceInput;
-    if (reg == kCpldUplinkInputs)
-        return kUplinkInputs;
-    if (reg == kCpldUplinkTransmit)
-        return kUplinkFaultInputs;
-    if (reg >= kCpldSfpLoss && reg < kCpldSfpDisable)
-        return 0xFFFF;
-    const bool isInput = isWiredToLogic(reg) || reg == kCpldFanCounts ||
-                         reg == kCpldFanCounts + 1 || reg == kCpldSupplies;
-    return isInput ? 0xFFFF : 0;
+/** The LED lines of PoE ports that a register has. */
+uint16_t poeLamps(uint32_t reg, uint32_t poePorts) {
+    constexpr uint32_t kLampsInRegister = 16;
+    const uint32_t before = (reg - kCpldPoeLamps) * kLampsInRegister;
+    if (reg < kCpldPoeLamps || before >= poePorts)
+        return 0;
+    const uint32_t count = poePorts - before;
+    return count >= kLampsInRegister ? 0xFFFF : static_cast<uint16_t>((1u << count) - 1);
 }
 
 } // namespace
@@ -42,14 +47,34 @@ bool cpldRead(const Cpld &cpld, uint32_t reg, uint16_t *value) {
 bool cpldWrite(Cpld &cpld, uint32_t reg, uint16_t value) {
     if (reg >= kCpldRegisters)
         return false;
-    if (!isWiredToLogic(reg))
-        cpld.reg[reg] = value;
+    const uint16_t inputs = cpldInputs(reg);
+    cpld.reg[reg] = static_cast<uint16_t>((cpld.reg[reg] & inputs) | (value & ~inputs));
     return true;
 }
 
-void cpldReset(Cpld &cpld) {
-    for (uint32_t reg = 0; reg < kCpldRegisters; ++reg)
-        cpld.reg[reg] &= inputsOf(reg);
+bool cpldLevel(const Cpld &cpld, const CpldLine &line) {
+    return (cpld.reg[line.reg] >> line.bit & 1) != 0;
+}
+
+void cpldDrive(Cpld &cpld, const CpldLine &line, bool level) {
+    uint16_t &lines = cpld.reg[line.reg];
+    const auto mask = static_cast<uint16_t>(1u << line.bit);
+    lines = static_cast<uint16_t>(level ? lines | mask : lines & ~mask);
+}
+
+uint16_t cpldInputs(uint32_t reg) {
+    for (const InputRow &row : kInputs) {
+        if (reg >= row.first && reg <= row.last)
+            return row.bits;
+    }
+    return 0;
+}
+
+void cpldReset(Cpld &cpld, uint32_t poePorts) {
+    for (uint32_t reg = 0; reg < kCpldRegisters; ++reg) {
+        if (!isWiredToLogic(reg))
+            cpld.reg[reg] = poeLamps(reg, poePorts);
+    }
 }
 
 const char *cpldRegisterName(uint32_t reg) {

@@ -25,7 +25,13 @@ constexpr uint32_t kCpldFanCounts = 28; // and the register behind it, two fans 
 constexpr uint32_t kCpldSupplies = 30;
 constexpr uint32_t kCpldFanPresence = 31;
 
-constexpr uint16_t kCpldPoeAbsent = 0x4000; // in the control register; active-low presence
+/** A line of the CPLD: a bit of a register. */
+struct CpldLine {
+    uint32_t reg;
+    uint32_t bit;
+};
+
+constexpr CpldLine kCpldPoeAbsent = {kCpldControl, 14}; // active-low presence
 
 /** The logic that was programmed last. What it does is not modelled: the registers stay. */
 struct CpldLogic {
@@ -42,11 +48,26 @@ struct Cpld {
 /** The bus reads a register; false where there is none. */
 bool cpldRead(const Cpld &cpld, uint32_t reg, uint16_t *value);
 
-/** The bus writes a register; false where there is none. Identity registers keep their content. */
+/** The bus writes a register; false where there is none. Bits that are inputs keep their level. */
 bool cpldWrite(Cpld &cpld, uint32_t reg, uint16_t value);
 
-/** Switching on: every register is 0, but for what the board's lines drive. */
-void cpldReset(Cpld &cpld);
+/** The level of a line. */
+bool cpldLevel(const Cpld &cpld, const CpldLine &line);
+
+/** The board drives a line. */
+void cpldDrive(Cpld &cpld, const CpldLine &line, bool level);
+
+/**
+ * Bits of a register that are inputs: what the board drives, and no write changes. All models carry
+ * the same logic, so that a pin that a model leaves open is an input, too; it reads 0.
+ */
+uint16_t cpldInputs(uint32_t reg);
+
+/**
+ * Switching on: outputs are 0, but for the LEDs of PoE ports, which are active low and dark; inputs
+ * are 0 until the board drives them. Identity is wired.
+ */
+void cpldReset(Cpld &cpld, uint32_t poePorts);
 
 /** What a register is for, in a word or two; null when nothing is known of it. */
 const char *cpldRegisterName(uint32_t reg);

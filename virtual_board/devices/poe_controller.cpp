@@ -193,7 +193,7 @@ bool poeIsConsistent(const PoeController &poe) {
             return false;
     }
     const PoeImage &image = poe.image;
-    return poe.mode <= PoeMode::Loader && poe.replyLength <= kPoeFrameSize &&
+    return poe.mode <= PoeMode::Loader && poe.isMissing <= 1 && poe.replyLength <= kPoeFrameSize &&
            poe.chipRegisters <= kPoeChipRegisters && image.size <= kPoeImageSize &&
            poe.settings.portCount <= kPoePorts;
 }

@@ -31,7 +31,8 @@ struct PoeController {
     uint8_t replyLength; // 0: there is no answer
     uint8_t latePolls;   // reads that still find no answer although it is due
     uint8_t hasSavedSettings;
-    uint8_t padding[2];
+    uint8_t isMissing; // the world's face: it has been taken off the board
+    uint8_t padding;
     uint8_t reply[kPoeFrameSize];
     uint32_t chipRegisters;
     PoeChipRegister chipRegister[kPoeChipRegisters];

@@ -75,6 +75,12 @@ json cpldJson(const TraceRecord &record, const json &value) {
             {"value", value}};
 }
 
+json cpldWriteJson(const TraceRecord &record) {
+    json object = cpldJson(record, record.value);
+    object["ignored_bits"] = record.length; // inputs, which the write left as they were
+    return object;
+}
+
 json i2cJson(const TraceRecord &record) {
     const std::string name = transferName(record);
     return {{"name", name.empty() ? json() : json(name)},
@@ -92,7 +98,7 @@ json detailsJson(const TraceRecord &record) {
     case TraceKind::CpldRead:
         return cpldJson(record, readValue(record));
     case TraceKind::CpldWrite:
-        return cpldJson(record, record.value);
+        return cpldWriteJson(record);
     case TraceKind::I2cRead:
     case TraceKind::I2cWrite:
         return i2cJson(record);

@@ -25,6 +25,11 @@ std::string registerText(const TraceRecord &record) {
     return text("reg %u", record.offset) + (name != nullptr ? text(" (%s)", name) : "");
 }
 
+/** The bits that a write would have changed if they were outputs. */
+std::string ignoredText(const TraceRecord &record) {
+    return record.length != 0 ? text(" (no effect on input bits 0x%04X)", record.length) : "";
+}
+
 std::string dataText(const TraceRecord &record) {
     std::string bytes = record.stored > 0 ? ":" : "";
     for (uint32_t i = 0; i < record.stored; ++i)
@@ -72,7 +77,8 @@ std::string requestText(const TraceRecord &record) {
     case TraceKind::CpldRead:
         return "CPLD read  " + registerText(record) + text(" = 0x%04X", record.value);
     case TraceKind::CpldWrite:
-        return "CPLD write " + registerText(record) + text(" = 0x%04X", record.value);
+        return "CPLD write " + registerText(record) + text(" = 0x%04X", record.value) +
+               ignoredText(record);
     case TraceKind::I2cRead:
         return "I2C read  " + i2cText(record);
     case TraceKind::I2cWrite:

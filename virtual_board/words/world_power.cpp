@@ -78,27 +78,20 @@ void setDegrees(const Target &target, const std::string &value) {
 
 // Single lines of a supply
 
-template <typename BitOf>
-bool lineOf(const Target &target, BitOf bitOf) {
-    return (target.devices().cpld.reg[kCpldSupplies] >> bitOf(target.number) & 1) != 0;
-}
-
-template <uint32_t (*bitOf)(uint32_t)>
+template <CpldLine (*lineOf)(uint32_t)>
 std::string getLine(const Target &target) {
-    return lineOf(target, bitOf) ? "1" : "0";
+    return cpldLevel(target.devices().cpld, lineOf(target.number)) ? "1" : "0";
 }
 
-template <uint32_t (*bitOf)(uint32_t)>
+template <CpldLine (*lineOf)(uint32_t)>
 void setLine(const Target &target, const std::string &value) {
     const bool level = numberOf(value, 1, "a line's level") != 0;
-    const auto mask = static_cast<uint16_t>(1u << bitOf(target.number));
-    uint16_t &lines = target.devices().cpld.reg[kCpldSupplies];
-    lines = static_cast<uint16_t>(level ? lines | mask : lines & ~mask);
+    cpldDrive(target.devices().cpld, lineOf(target.number), level);
 }
 
 template <uint32_t line>
-constexpr uint32_t statusBit(uint32_t n) {
-    return supplyStatusBit(n, line);
+constexpr CpldLine statusLine(uint32_t n) {
+    return supplyStatusLine(n, line);
 }
 
 // PoE
@@ -126,10 +119,8 @@ std::string getController(const Target &target) {
 }
 
 void setController(const Target &target, const std::string &value) {
-    uint16_t &control = target.devices().cpld.reg[kCpldControl];
-    const bool isMissing = isFirst(value, "missing", "present");
-    control =
-        static_cast<uint16_t>(isMissing ? control | kCpldPoeAbsent : control & ~kCpldPoeAbsent);
+    poeOf(target).isMissing = isFirst(value, "missing", "present") ? 1 : 0;
+    drivePoeLine(target.board());
 }
 
 // Watchdog and reset
@@ -207,10 +198,10 @@ constexpr PropertyType temperature(const char *pattern) {
             setDegrees<index>, nullptr, false,     Fitted::PlugInSupplies};
 }
 
-template <uint32_t (*bitOf)(uint32_t)>
+template <CpldLine (*lineOf)(uint32_t)>
 constexpr PropertyType line(const char *pattern) {
-    return {pattern,        1,       kSupplies, getLine<bitOf>,
-            setLine<bitOf>, nullptr, false,     Fitted::SupplyLines};
+    return {pattern,         1,       kSupplies, getLine<lineOf>,
+            setLine<lineOf>, nullptr, false,     Fitted::SupplyLines};
 }
 
 constexpr PropertyType kPowerProperties[] = {
@@ -228,11 +219,11 @@ constexpr PropertyType kPowerProperties[] = {
     temperature<2>("supply.#.temperature3"),
     {"supply.#.busy-every", 1, kSupplies, getAmount<&P::busyEvery>,
      setAmount<&P::busyEvery, UINT32_MAX>, "0", false, Fitted::PlugInSupplies},
-    line<supplyPresenceBit>("supply.#.line.presence"),
-    line<supplyTypeBit>("supply.#.line.type"),
-    line<statusBit<0>>("supply.#.line.status0"),
-    line<statusBit<1>>("supply.#.line.status1"),
-    line<statusBit<2>>("supply.#.line.status2"),
+    line<supplyPresenceLine>("supply.#.line.presence"),
+    line<supplyTypeLine>("supply.#.line.type"),
+    line<statusLine<0>>("supply.#.line.status0"),
+    line<statusLine<1>>("supply.#.line.status1"),
+    line<statusLine<2>>("supply.#.line.status2"),
     {"poe.controller", 0, 0, getController, setController, nullptr, false, Fitted::Poe},
     {"poe.#.device", 1, kPoePorts, getDevice, setDevice, "none", false, Fitted::Poe},
     {"poe.#.state", 1, kPoePorts, getState, nullptr, "disabled", false, Fitted::Poe},
