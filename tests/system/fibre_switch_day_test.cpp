@@ -83,7 +83,9 @@ void FibreSwitchDay::modulesInAllKindsOfCages() const {
                "        [37] [38] [39] [40] [41] [42] [43] [44] [45] [46] [47] [48 lr no signal]",
                "uplinks [49 lr up] [50] [51] [52] [53] [54 lr fault]",
                "fans    [1 2400 rpm] [2 2400 rpm] [3 2400 rpm] [4 2400 rpm]",
-               "supplies [1 good] [2 good]", "board   40 C", "lamps   system 0, 4 0, 5 0"}));
+               "supplies [1 good] [2 good]",
+               "presence [fans 1, 2 and supply 1: 0] [fans 3, 4 and supply 2: 0], one line each",
+               "board   40 C", "lamps   system 0, 4 0, 5 0"}));
     for (const char *port : {"1", "17", "48", "49", "54"})
         set("sfp." + std::string(port) + ".module", "none");
     iodbg("sfp tx 17 on");

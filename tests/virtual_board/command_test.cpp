@@ -110,6 +110,45 @@ TEST_F(CommandTest, PanelDrawsThePortsWithTheirState) {
     expectFailure(2, "--watch", {"panel", board(), "--interval", "1"});
 }
 
+struct FourFansTest : CommandTest {
+    FourFansTest() : CommandTest("0x0609") {}
+};
+
+TEST_F(FourFansTest, LinesThatSeveralThingsShareAreMarked) {
+    EXPECT_NE(vboard({"panel", board()})
+                  .find("\npresence [fans 1, 2 and supply 1: 0] [fans 3, 4 and supply 2: 0], one "
+                        "line each\n"),
+              std::string::npos);
+    vboard({"set", board(), "supply.2.present", "no"});
+    EXPECT_NE(vboard({"panel", board()}).find(" [fans 3, 4 and supply 2: 1], one"),
+              std::string::npos);
+
+    const std::string table = vboard({"get", board()});
+    EXPECT_NE(
+        table.find("\nfan.3.present          yes  (one line with fan 4 and supply 2: it shows "
+                   "what changed last)\n"),
+        std::string::npos)
+        << table;
+    EXPECT_NE(table.find("\nsupply.2.present       no  (one line with fans 3 and 4: it shows what "
+                         "changed last)\n"),
+              std::string::npos);
+    EXPECT_NE(
+        table.find("\ncpld.30                0x0126  (bit 0: supply 1 and fans 1 and 2; bit 1: "
+                   "supply 2 and fans 3 and 4)\n"),
+        std::string::npos)
+        << table;
+
+    // Who asks for a value gets that alone on standard output.
+    const ProcessResult named = answer({"get", board(), "fan.3.present", "fan.3.speed"});
+    EXPECT_EQ(named.out, "yes\n2400\n");
+    EXPECT_EQ(named.err,
+              "fan.3.present: one line with fan 4 and supply 2: it shows what changed last\n");
+    EXPECT_EQ(json::parse(vboard({"get", board(), "fan.3.present", "fan.3.speed", "--json"})),
+              json::parse(R"({"fan.3.present": "yes", "fan.3.speed": "2400",
+                              "fan.3.present.note": "one line with fan 4 and supply 2: it shows )"
+                          R"(what changed last"})"));
+}
+
 class WatchedPanelTest : public CommandTest {
   protected:
     /** What `panel --watch` shows until Ctrl-C, which is typed once a text is there. */

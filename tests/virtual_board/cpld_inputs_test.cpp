@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <unistd.h>
 
 namespace {
@@ -29,14 +30,14 @@ class CpldInputsTest : public VirtualBoardTest {
         return value;
     }
 
-    static Registers registers() {
+    Registers registers() const {
+        reg(1); // the board catches up
         Registers all;
-        for (uint32_t number = 0; number < all.size(); ++number)
-            all[number] = reg(number);
+        std::copy(std::begin(devices().cpld.reg), std::end(devices().cpld.reg), all.begin());
         return all;
     }
 
-    static Registers inputs() {
+    Registers inputs() const {
         Registers all = registers();
         for (uint32_t number = 0; number < all.size(); ++number)
             all[number] &= vb::cpldInputs(number);
@@ -90,9 +91,11 @@ class CpldInputsTest : public VirtualBoardTest {
 
     /** A hand puts every input of the CPLD, but for its identity, to the other level. */
     static void turnInputsOver() {
-        for (uint32_t number = 3; number < vb::kCpldRegisters; ++number)
-            set("cpld." + std::to_string(number),
-                std::to_string(reg(number) ^ vb::cpldInputs(number)));
+        for (uint32_t number = 3; number < vb::kCpldRegisters; ++number) {
+            if (vb::cpldInputs(number) != 0)
+                set("cpld." + std::to_string(number),
+                    std::to_string(reg(number) ^ vb::cpldInputs(number)));
+        }
     }
 };
 
@@ -209,6 +212,93 @@ TEST_F(CpldInputsTest, AControllerThatIsMissingIsStillMissingAfterPowerOn) {
     EXPECT_EQ(get("poe.controller"), "missing");
     set("power", "cycle");
     EXPECT_NE(get("poe.controller"), "missing");
+}
+
+// Lines that several things share
+
+/** The lines that tell whether something is present, each as a register and a bit. */
+Lines presenceLines(const std::string &name) {
+    const auto content = [](uint32_t number) {
+        uint16_t value = 0;
+        EXPECT_EQ(bspCpldGet(number, &value), BSP_OK);
+        return value;
+    };
+    Lines lines;
+    for (const uint32_t number : {30u, 31u}) {
+        set("cpld." + std::to_string(number), "0");
+        set(name, "no");
+        const uint16_t first = content(number);
+        set(name, "yes");
+        const auto changed = static_cast<uint16_t>(first ^ content(number));
+        for (uint32_t bit = 0; bit < 16; ++bit) {
+            if ((changed >> bit & 1) != 0)
+                lines.push_back(std::to_string(number) + "." + std::to_string(bit));
+        }
+    }
+    return lines;
+}
+
+/** Whether two things have a line in common. */
+bool share(const std::string &one, const std::string &other) {
+    for (const std::string &line : presenceLines(one)) {
+        const Lines others = presenceLines(other);
+        if (std::find(others.begin(), others.end(), line) != others.end())
+            return true;
+    }
+    return false;
+}
+
+TEST_F(CpldInputsTest, LinesThatFansShareWithSuppliesAreToldAsSuch) {
+    for (const uint32_t devId : kKnownIds) {
+        SCOPED_TRACE(testing::Message() << std::hex << devId);
+        useModel(devId);
+        const auto note = [](const std::string &name) {
+            return vb::propertyNote(*vb::attachedFolder(), name);
+        };
+        const bool isTold = !note("cpld.30").empty();
+        EXPECT_EQ(isTold, model().fans == 4);
+        if (model().fans == 0)
+            continue;
+        for (uint32_t fan = 1; fan <= model().fans; ++fan) {
+            for (uint32_t supply = 1; supply <= 2; ++supply) {
+                const std::string fanName = "fan." + std::to_string(fan) + ".present";
+                const std::string supplyName = "supply." + std::to_string(supply) + ".present";
+                const bool areOne = share(fanName, supplyName);
+                const std::string number = std::to_string(supply);
+                EXPECT_EQ(note(fanName).find("supply " + number) != std::string::npos, areOne);
+                for (const std::string &told :
+                     {note(supplyName), note("supply." + number + ".line.presence")}) {
+                    EXPECT_EQ(told.find(std::to_string(fan)) != std::string::npos, areOne)
+                        << supplyName << ": " << told;
+                }
+            }
+        }
+        const std::string panel = vb::panelText(board(), now(), false);
+        EXPECT_EQ(panel.find("\npresence [") != std::string::npos, isTold);
+    }
+}
+
+TEST_F(CpldInputsTest, UplinksWithoutWiresForLossAndFaultAreToldAsSuch) {
+    for (const uint32_t devId : kKnownIds) {
+        SCOPED_TRACE(testing::Message() << std::hex << devId);
+        useModel(devId);
+        const bool isTold = isOneOf(devId, {0x0509, 0x8609});
+        for (const std::string &cage : cages()) {
+            const auto port = static_cast<uint32_t>(std::stoul(cage.substr(4)));
+            set(cage + ".module", "sr");
+            set(cage + ".link", "up");
+            uint32_t isPresent = 7;
+            uint32_t isLost = 7;
+            EXPECT_EQ(bspLaserPresentGet(port, &isPresent), BSP_OK);
+            EXPECT_EQ(bspLaserRxLosGet(port, &isLost), BSP_OK);
+            EXPECT_EQ(isPresent, 1u);
+            const std::string note = vb::propertyNote(*vb::attachedFolder(), cage + ".module");
+            EXPECT_EQ(isLost, note.empty() ? 0u : 1u) << cage; // light arrives
+            EXPECT_EQ(!note.empty(), isTold && port > 32) << cage;
+        }
+        for (const char *name : {"cpld.8", "cpld.12"})
+            EXPECT_EQ(!vb::propertyNote(*vb::attachedFolder(), name).empty(), isTold) << name;
+    }
 }
 
 // The LEDs of the ports

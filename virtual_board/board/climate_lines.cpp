@@ -72,6 +72,10 @@ void driveCounts(Board &board) {
 
 } // namespace
 
+bool sharesPresenceLines(const Model &model) {
+    return model.fans > kTwoFans;
+}
+
 void buildClimate(Board &board, const Model &model) {
     climateBuild(board.devices.climate, model.fans, loadOf(board.devices));
 }
@@ -79,8 +83,8 @@ void buildClimate(Board &board, const Model &model) {
 void startClimateLines(Board &board) {
     Climate &climate = board.devices.climate;
     climate.counts[0] = climate.counts[1] = climate.presence = 0;
-    // The lines of four fans are those of the supplies' presence, too, and tell of them at first.
-    if (climate.fans > kTwoFans)
+    const Model *model = findModel(board.header.devId);
+    if (model != nullptr && sharesPresenceLines(*model))
         climate.presence = presenceOf(climate);
     drivePresence(board, presenceOf(climate));
     driveCounts(board);

@@ -30,14 +30,11 @@ Places placesOf(const Model &model, uint32_t port) {
                 true};
     }
     const uint32_t bit = port - firstUplink(model);
-    // Boards with 24 cages have no wires for loss and fault of the uplinks: their programs look for
-    // them where presence and disable are.
-    const bool isWired = model.sfpPorts == 0 || model.copperPorts == 0;
     return {{kCpldUplinkInputs, kUplinkUpperBit + bit},
             {kCpldUplinkInputs, bit},
             {kCpldUplinkTransmit, bit},
             {kCpldUplinkTransmit, kUplinkUpperBit + bit},
-            isWired};
+            hasUplinkLossLines(model)};
 }
 
 /** The lines of an empty cage are all clear: the CPLD passes the others on while a module is there.
@@ -74,6 +71,10 @@ uint32_t firstUplink(const Model &model) {
 bool isSfpCage(const Model &model, uint32_t port) {
     const uint32_t uplink = port - firstUplink(model);
     return (port >= 1 && port <= model.sfpPorts) || uplink < model.uplinks;
+}
+
+bool hasUplinkLossLines(const Model &model) {
+    return model.sfpPorts == 0 || model.copperPorts == 0;
 }
 
 SfpModule &sfpModule(Board &board, uint32_t port) {

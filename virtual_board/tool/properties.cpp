@@ -22,14 +22,18 @@ std::vector<vb::Property> selected(const std::string &folder,
     std::vector<vb::Property> found;
     found.reserve(names.size());
     for (const std::string &name : names)
-        found.push_back({name, vb::property(board.folder(), name), false});
+        found.push_back({name, vb::property(board.folder(), name), false,
+                         vb::propertyNote(board.folder(), name)});
     return found;
 }
 
 void printJson(const std::vector<vb::Property> &properties) {
     Json object = Json::object();
-    for (const vb::Property &property : properties)
+    for (const vb::Property &property : properties) {
         object[property.name] = property.value;
+        if (!property.note.empty())
+            object[property.name + ".note"] = property.note; // a text as all others
+    }
     // A command line that another program wrote may hold any byte.
     std::printf("%s\n", object.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
 }
@@ -40,8 +44,10 @@ void printTable(const std::vector<vb::Property> &properties) {
         if (property.isIdle)
             continue;
         const bool isCut = property.value.size() > kMostCharacters;
-        std::printf("%-22s %s%s\n", property.name.c_str(),
-                    property.value.substr(0, kMostCharacters).c_str(), isCut ? "..." : "");
+        const std::string note = property.note.empty() ? "" : "  (" + property.note + ")";
+        std::printf("%-22s %s%s%s\n", property.name.c_str(),
+                    property.value.substr(0, kMostCharacters).c_str(), isCut ? "..." : "",
+                    note.c_str());
     }
     std::fprintf(stderr,
                  "Not shown: CPLD registers that hold 0x0000, GPIO inputs at level 0, PoE ports "
@@ -57,8 +63,11 @@ void getProperties(const std::string &folder, const std::vector<std::string> &na
     } else if (names.empty()) {
         printTable(found);
     } else {
-        for (const vb::Property &property : found)
+        for (const vb::Property &property : found) {
             std::printf("%s\n", property.value.c_str());
+            if (!property.note.empty())
+                std::fprintf(stderr, "%s: %s\n", property.name.c_str(), property.note.c_str());
+        }
     }
 }
 

@@ -1,5 +1,7 @@
 #include "virtual_board/words/panel_text.h"
 
+#include "virtual_board/board/circuits.h"
+#include "virtual_board/board/climate_lines.h"
 #include "virtual_board/board/sfp_cages.h"
 #include "virtual_board/devices/poe_measurements.h"
 #include "virtual_board/words/clock_text.h"
@@ -63,7 +65,7 @@ class Panel {
             all += portRow(first) + portRow(first + 1) + "\n";
         all += cages("SFP    ", 1, model_.sfpPorts) +
                cages("uplinks", firstUplink(model_), model_.uplinks) + fans() + supplies() +
-               climate() + lamps();
+               sharedLines() + climate() + lamps();
         return all + (model_.poePorts != 0 ? poeLine() + kLegend : "");
     }
 
@@ -185,6 +187,19 @@ class Panel {
             row += " [" + std::to_string(index + 1) + " " +
                    supplyText(board_.devices.supply[index]) + "]";
         return row + "\n";
+    }
+
+    /** Programs cannot tell from such a line who it speaks of. */
+    std::string sharedLines() const {
+        if (!sharesPresenceLines(model_))
+            return "";
+        std::string row = "presence";
+        for (uint32_t supply = 1; supply <= kSupplies; ++supply) {
+            const bool level = cpldLevel(board_.devices.cpld, supplyPresenceLine(supply));
+            row += " [fans " + std::to_string(2 * supply - 1) + ", " + std::to_string(2 * supply) +
+                   " and supply " + std::to_string(supply) + ": " + (level ? "1" : "0") + "]";
+        }
+        return row + ", one line each\n";
     }
 
     std::string lamps() const {

@@ -41,7 +41,8 @@ struct PropertyType {
     const char *idle;   // what an untouched one holds, when that is not worth showing
     bool hasBytes;      // can be asked for a part
     Fitted fitted;
-    bool isLong = false; // too much to be shown unless it is asked for
+    bool isLong = false;           // too much to be shown unless it is asked for
+    PropertyGetter note = nullptr; // what else is to be known of it on this board, if anything
 };
 
 /** The bytes that a value of hexadecimal digits sets, all inside of size bytes; or Refused. */

@@ -5,6 +5,7 @@
 #include "virtual_board/board/factory.h"
 #include "virtual_board/board/sfp_cages.h"
 #include "virtual_board/words/flash_text.h"
+#include "virtual_board/words/line_notes.h"
 #include "virtual_board/words/property_types.h"
 #include "virtual_board/words/values.h"
 
@@ -180,7 +181,8 @@ constexpr PropertyType kProperties[] = {
     {"cmdline", 0, 0, getCommandLine, setCommandLine, nullptr, false, Fitted::Always},
     {"identity.serial", 0, 0, getSerial, setSerial, nullptr, false, Fitted::Always},
     {"identity.mac", 0, 0, getMac, setMac, nullptr, false, Fitted::Always},
-    {"cpld.#", 0, kCpldRegisters - 1, getCpld, setCpld, "0x0000", false, Fitted::Always},
+    {"cpld.#", 0, kCpldRegisters - 1, getCpld, setCpld, "0x0000", false, Fitted::Always, false,
+     noteOfRegister},
     {"cpld.logic", 0, 0, getLogic, nullptr, nullptr, false, Fitted::Always},
     {"gpio.#", 0, kGpioLines - 1, getGpio, setGpio, "0", false, Fitted::Always},
     {"gpio.#.direction", 0, kGpioLines - 1, getDirection, nullptr, "input", false, Fitted::Always},
@@ -307,6 +309,10 @@ struct Reference {
     Target target;
 };
 
+std::string noteOf(const Reference &reference) {
+    return reference.type->note != nullptr ? reference.type->note(reference.target) : "";
+}
+
 /** What a full name, with its range, stands for. */
 Reference resolve(const BoardFolder &folder, const std::string &fullName) {
     const size_t at = fullName.find('@');
@@ -381,9 +387,10 @@ std::vector<Property> properties(const BoardFolder &folder) {
         for (uint32_t number = type.first; number <= lastOf(type, model); ++number) {
             if (!isInRow(type, model, number))
                 continue;
-            const std::string value = type.get({folder, number, std::nullopt, std::nullopt});
+            const Target target = {folder, number, std::nullopt, std::nullopt};
+            const std::string value = type.get(target);
             const bool isIdle = type.idle != nullptr && value == type.idle;
-            all.push_back({nameOf(type, number), value, isIdle});
+            all.push_back({nameOf(type, number), value, isIdle, noteOf({&type, target})});
         }
     });
     return all;
@@ -393,6 +400,10 @@ std::string property(const BoardFolder &folder, const std::string &name) {
     const Reference found = resolve(folder, name);
     bringUpToDate(folder);
     return found.type->get(found.target);
+}
+
+std::string propertyNote(const BoardFolder &folder, const std::string &name) {
+    return noteOf(resolve(folder, name));
 }
 
 void setProperty(const BoardFolder &folder, const std::string &name, const std::string &value) {

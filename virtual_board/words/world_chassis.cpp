@@ -1,6 +1,7 @@
 // Properties of the chassis: fans, temperature and calendar clock.
 
 #include "virtual_board/words/clock_text.h"
+#include "virtual_board/words/line_notes.h"
 #include "virtual_board/words/property_types.h"
 #include "virtual_board/words/values.h"
 
@@ -96,7 +97,8 @@ void setBattery(const Target &target, const std::string &value) {
 }
 
 constexpr PropertyType kChassisProperties[] = {
-    {"fan.#.present", 1, kMaxFans, getFanPresent, setFanPresent, nullptr, false, Fitted::Fans},
+    {"fan.#.present", 1, kMaxFans, getFanPresent, setFanPresent, nullptr, false, Fitted::Fans,
+     false, noteOfFanPresence},
     {"fan.#.state", 1, kMaxFans, getFanState, setFanState, "good", false, Fitted::Fans},
     {"fan.#.speed", 1, kMaxFans, getFanSpeed, nullptr, nullptr, false, Fitted::Fans},
     {"temperature.ambient", 0, 0, getAmbient, setAmbient, nullptr, false, Fitted::Always},

@@ -2,6 +2,7 @@
 
 #include "virtual_board/board/circuits.h"
 #include "virtual_board/devices/poe_ports.h"
+#include "virtual_board/words/line_notes.h"
 #include "virtual_board/words/poe_text.h"
 #include "virtual_board/words/property_types.h"
 #include "virtual_board/words/values.h"
@@ -199,13 +200,14 @@ constexpr PropertyType temperature(const char *pattern) {
 }
 
 template <CpldLine (*lineOf)(uint32_t)>
-constexpr PropertyType line(const char *pattern) {
-    return {pattern,         1,       kSupplies, getLine<lineOf>,
-            setLine<lineOf>, nullptr, false,     Fitted::SupplyLines};
+constexpr PropertyType line(const char *pattern, PropertyGetter note = nullptr) {
+    return {pattern, 1,     kSupplies,           getLine<lineOf>, setLine<lineOf>,
+            nullptr, false, Fitted::SupplyLines, false,           note};
 }
 
 constexpr PropertyType kPowerProperties[] = {
-    {"supply.#.present", 1, kSupplies, getPresent, setPresent, nullptr, false, Fitted::SupplyLines},
+    {"supply.#.present", 1, kSupplies, getPresent, setPresent, nullptr, false, Fitted::SupplyLines,
+     false, noteOfSupplyPresence},
     failure<&P::hasInputFailed>("supply.#.input"),
     failure<&P::hasOutputFailed>("supply.#.output"),
     amount<&P::inputMv, kMostInput>("supply.#.input-voltage"),
@@ -219,7 +221,7 @@ constexpr PropertyType kPowerProperties[] = {
     temperature<2>("supply.#.temperature3"),
     {"supply.#.busy-every", 1, kSupplies, getAmount<&P::busyEvery>,
      setAmount<&P::busyEvery, UINT32_MAX>, "0", false, Fitted::PlugInSupplies},
-    line<supplyPresenceLine>("supply.#.line.presence"),
+    line<supplyPresenceLine>("supply.#.line.presence", noteOfSupplyPresence),
     line<supplyTypeLine>("supply.#.line.type"),
     line<statusLine<0>>("supply.#.line.status0"),
     line<statusLine<1>>("supply.#.line.status1"),

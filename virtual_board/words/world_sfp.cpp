@@ -1,6 +1,7 @@
 // Properties of SFP cages and MDIO registers.
 
 #include "virtual_board/board/sfp_cages.h"
+#include "virtual_board/words/line_notes.h"
 #include "virtual_board/words/property_types.h"
 #include "virtual_board/words/sfp_text.h"
 #include "virtual_board/words/values.h"
@@ -176,7 +177,8 @@ constexpr auto mdioRows(std::integer_sequence<uint32_t, first...>) {
 constexpr auto kMdioRows = mdioRows(std::make_integer_sequence<uint32_t, kMdioAddresses>());
 
 constexpr PropertyType kSfpProperties[] = {
-    {"sfp.#.module", 1, kMostPorts, getModule, setModule, "none", false, Fitted::Sfp},
+    {"sfp.#.module", 1, kMostPorts, getModule, setModule, "none", false, Fitted::Sfp, false,
+     noteOfCage},
     {"sfp.#.state", 1, kMostPorts, getSfpState, setSfpState, "good", false, Fitted::Sfp},
     {"sfp.#.link", 1, kMostPorts, getLink, setLink, "down", false, Fitted::Sfp},
     {"sfp.#.rx-power", 1, kMostPorts, getRxPower, setRxPower, "0", false, Fitted::Sfp},
