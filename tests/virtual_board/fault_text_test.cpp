@@ -49,6 +49,8 @@ TEST(FaultText, EveryRuleComesBackInTheSameWords) {
         {"mtd4", "read", "0", "1", "once", "corrupt=0:0x01"},
         {"/dev/mtd4", "open", "", "1", "once", "open-fails=EIO"},
         {"/tmp/bsp/poeApp", "write", "", "2", "once", "power-cut=2147483647"},
+        {"console", "write", "", "1", "once", "fails=EIO"},
+        {"console", "any", "", "3", "from", "fails=EACCES"},
     };
     for (const FaultWords &words : cases) {
         const FaultWords back = vb::faultWords(vb::parseFault(words));
@@ -144,6 +146,11 @@ TEST(FaultText, WordsThatMakeNoRuleAreRefusedWithWhatWouldBeRight) {
         {{"poe", "erase", "", "1", "once", "wrong-echo"}, "--op write or --op reset"},
         {{"/dev/mtd4", "read", "", "1", "once", "short=1"}, "give --device mtd12"},
         {{"/tmp/bsp/x", "read", "", "1", "once", "power-cut=1"}, "give --op write"},
+        {{"console", "read", "", "1", "once", "fails=EIO"}, "give --op write or any"},
+        {{"console", "open", "", "1", "once", "open-fails=EIO"}, "give --op write or any"},
+        {{"console", "write", "0", "1", "once", "fails=EIO"}, "leave out --offset"},
+        {{"console", "write", "", "1", "once", "short=1"}, "it can have fails"},
+        {{"cpld", "write", "", "1", "once", "fails=EIO"}, "is for flash and the console"},
         {{"/tmp/bsp/x", "erase", "", "1", "once", "open-fails=EIO"}, "give --device mtd12"},
     };
     for (const auto &[words, reason] : cases)

@@ -1,6 +1,8 @@
 // The system's tools as programs run them through the shell: exit statuses, messages, and what is
 // on the flash afterwards.
 
+#include "bsp.h"
+#include "tests/support/answer.h"
 #include "tests/support/process.h"
 #include "tests/virtual_board/flash_test.h"
 #include "virtual_board/os/seam.h"
@@ -281,6 +283,38 @@ TEST_F(FlashToolsTest, SttySetsTheConsole) {
     EXPECT_EQ(devices().console.speed, 9600u);
     EXPECT_EQ(shell("stty -F /dev/ttyS0").out, "speed 9600 baud; line = 0;\n");
     succeed("stty --file=/dev/ttyS0 57600");
+    EXPECT_EQ(devices().console.speed, 57600u);
+}
+
+TEST_F(FlashToolsTest, TheConsoleCanRefuseItsSpeed) {
+    addRule("console", "write", "fails=EIO", "", "2", "once");
+    addRule("console", "any", "fails=EACCES", "", "3", "from");
+    succeed("stty -F /dev/ttyS0 57600");
+    const std::string command = "stty -F /dev/ttyS0 ispeed 9600 ospeed 9600 cs8";
+    const Answer second = shell(command);
+    EXPECT_EQ(second.status, 1);
+    EXPECT_EQ(second.out, "");
+    EXPECT_EQ(second.err, "stty: /dev/ttyS0: Input/output error\n");
+    EXPECT_EQ(trace().back(), "console speed 9600 -> fails, errno 5 (Input/output error)");
+    EXPECT_EQ(shell(command).err, "stty: /dev/ttyS0: Permission denied\n");
+    EXPECT_EQ(devices().console.speed, 57600u);
+    // Neither a question nor words that are no settings set anything.
+    EXPECT_EQ(shell("stty -F /dev/ttyS0").out, "speed 57600 baud; line = 0;\n");
+    fail("stty -F /dev/ttyS0 9601", 1, "invalid argument '9601'");
+    succeed("stty -F /dev/ttyS0 cs8");
+    EXPECT_EQ(board().faults.rule[0].matched, 3u);
+    EXPECT_EQ(board().faults.rule[1].fired, 1u);
+}
+
+TEST_F(FlashToolsTest, TheLibraryKeepsItsSettingWhenTheConsoleRefuses) {
+    EXPECT_EQ(bspBaudrateSet(57600), BSP_OK);
+    addRule("console", "write", "fails=EIO");
+    const ::Answer refused = answerOf([] { return bspBaudrateSet(9600); });
+    EXPECT_EQ(refused.status, BSP_E_FAILED);
+    EXPECT_EQ(refused.printed, "bspBaudrateSet-#: set console baudrate to 9600 error, ret = 256\n");
+    uint32_t baud = 0;
+    EXPECT_EQ(bspBaudrateGet(&baud), BSP_OK);
+    EXPECT_EQ(baud, 57600u);
     EXPECT_EQ(devices().console.speed, 57600u);
 }
 

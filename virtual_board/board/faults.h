@@ -5,12 +5,12 @@
 
 namespace vb {
 
-enum class FaultDevice : uint8_t { Cpld, Gpio, I2c, File, Poe, Mtd };
+enum class FaultDevice : uint8_t { Cpld, Gpio, I2c, File, Poe, Mtd, Console };
 enum class FaultOp : uint8_t {
     Any,
     Open,
     Read,
-    Write,   // PoE controller: a frame arrives
+    Write,   // PoE controller: a frame arrives; console: its speed is set
     Reset,   // PoE controller: its reset is released
     Upgrade, // CPLD: its logic is programmed
     // Only flash partitions:
@@ -40,7 +40,7 @@ enum class FaultEffect : uint8_t {
     BadPort,       // what concerns port `argument` fails
     PowerLoss,     // its power fails for a moment: it starts anew
     NoEffect,      // the answer tells of success, and nothing has changed
-    // Flash partitions, and mappings of /dev/mem:
+    // Flash partitions, mappings of /dev/mem, and the console:
     Fails, // the call fails with errno `argument`; nothing is done
     // Programs and erases of flash, and writes of files:
     PowerCut, // the first `argument` bytes are changed, then the process is killed

@@ -27,12 +27,21 @@ std::optional<uint32_t> parseSpeed(const std::string &text) {
     return speed.has_value() && vb::isConsoleSpeed(*speed) ? speed : std::nullopt;
 }
 
-void setSpeed(uint32_t speed) {
+/** The errno with which it fails, or 0. */
+int setSpeed(uint32_t speed) {
     const vb::BoardFolder &folder = *vb::attachedFolder();
     const vb::BoardLock lock(folder);
     vb::Board &board = *folder.board();
-    board.devices.console.speed = speed;
-    vb::traceNext(board.trace, vb::TraceKind::Console, vb::thisSender(board)).value = speed;
+    vb::TraceRecord &trace =
+        vb::traceNext(board.trace, vb::TraceKind::Console, vb::thisSender(board));
+    trace.value = speed;
+    const vb::FaultRule *fault =
+        vb::faultFor(board.faults, {vb::FaultDevice::Console, vb::FaultOp::Write});
+    if (fault != nullptr && fault->effect == vb::FaultEffect::Fails)
+        trace.error = fault->argument;
+    else
+        board.devices.console.speed = speed;
+    return trace.error;
 }
 
 /** Settings of the console. All are looked at before the first one is made. */
@@ -53,9 +62,11 @@ int setConsole(const Arguments &settings) {
             return refuseSetting("invalid argument", word);
         i += isSpeed ? 1 : 0;
     }
-    if (speed.has_value())
-        setSpeed(*speed);
-    else if (settings.empty())
+    if (const int error = speed.has_value() ? setSpeed(*speed) : 0; error != 0) {
+        std::fprintf(stderr, "stty: %s: %s\n", vb::kConsolePath, std::strerror(error));
+        return kFailed;
+    }
+    if (settings.empty())
         std::printf("speed %u baud; line = 0;\n",
                     vb::attachedFolder()->board()->devices.console.speed);
     return kDone;

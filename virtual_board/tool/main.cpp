@@ -175,15 +175,17 @@ void addFaultAdd(CLI::App &fault, Arguments &arguments, Command &todo) {
         "  vboard fault board add --device poe --op reset --effect no-answer\n"
         "  vboard fault board add --device mtd12 --op program --offset 0x800 --when from "
         "--effect fails=EIO\n"
-        "  vboard fault board add --device mtd4 --op change --nth 2 --effect power-cut=100\n");
-    addOption(command, "--device", "DEVICE", words.device,
-              "cpld|gpio|i2c|i2c:BUS.CHANNEL.DEVICE|poe|mtd0|mtd4|mtd12|mtd14, or the path of a "
-              "file of the board")
-        .required();
+        "  vboard fault board add --device mtd4 --op change --nth 2 --effect power-cut=100\n"
+        "  vboard fault board add --device console --op write --effect fails=EIO\n");
     addOption(
-        command, "--op", "OPERATION", words.op,
-        "any|open|read|write (poe: a frame)|reset (poe)|upgrade (cpld)|map (/dev/mem); flash: "
-        "read|program|erase|change (program or erase)|info (the geometry)")
+        command, "--device", "DEVICE", words.device,
+        "cpld|gpio|i2c|i2c:BUS.CHANNEL.DEVICE|poe|mtd0|mtd4|mtd12|mtd14|console, or the path of a "
+        "file of the board")
+        .required();
+    addOption(command, "--op", "OPERATION", words.op,
+              "any|open|read|write (poe: a frame; console: its speed)|reset (poe)|upgrade "
+              "(cpld)|map (/dev/mem); flash: "
+              "read|program|erase|change (program or erase)|info (the geometry)")
         .capture_default_str();
     addOption(
         command, "--offset", "N", words.offset,
@@ -197,7 +199,8 @@ void addFaultAdd(CLI::App &fault, Arguments &arguments, Command &todo) {
     addOption(command, "--effect", "EFFECT", words.effect,
               "refuse=RESULT|open-fails=ERRNO|ioctl-fails=ERRNO|short=BYTES|corrupt=INDEX:MASK|"
               "no-answer; poe: late-answer=READ|wrong-echo|wrong-checksum|bad-port=PORT (from 0)|"
-              "power-loss|no-effect; flash: fails=ERRNO|power-cut=BYTES (also of writes of files)")
+              "power-loss|no-effect; flash: fails=ERRNO|power-cut=BYTES (also of writes of files); "
+              "console: fails=ERRNO")
         .required();
     command.callback([&] { todo = [&] { vboard::addFault(arguments.folder, arguments.fault); }; });
 }

@@ -30,10 +30,10 @@ constexpr Word<FaultOp> kOps[] = {
     {"upgrade", FaultOp::Upgrade}, {"map", FaultOp::Map}};
 constexpr Word<FaultWhen> kWhens[] = {
     {"once", FaultWhen::Once}, {"every", FaultWhen::Every}, {"from", FaultWhen::FromOn}};
-constexpr Word<FaultDevice> kDevices[] = {{"cpld", FaultDevice::Cpld}, {"gpio", FaultDevice::Gpio},
-                                          {"i2c", FaultDevice::I2c},   {"poe", FaultDevice::Poe},
-                                          {"mtd0", FaultDevice::Mtd},  {"mtd4", FaultDevice::Mtd},
-                                          {"mtd12", FaultDevice::Mtd}, {"mtd14", FaultDevice::Mtd}};
+constexpr Word<FaultDevice> kDevices[] = {
+    {"cpld", FaultDevice::Cpld}, {"gpio", FaultDevice::Gpio}, {"i2c", FaultDevice::I2c},
+    {"poe", FaultDevice::Poe},   {"mtd0", FaultDevice::Mtd},  {"mtd4", FaultDevice::Mtd},
+    {"mtd12", FaultDevice::Mtd}, {"mtd14", FaultDevice::Mtd}, {"console", FaultDevice::Console}};
 constexpr char kMtdPrefix[] = "mtd";
 constexpr Word<FaultEffect> kEffects[] = {{"refuse", FaultEffect::Refuse},
                                           {"open-fails", FaultEffect::OpenFails},
@@ -129,6 +129,8 @@ void parseOffset(FaultRule &rule, const std::string &text) {
         return;
     if (rule.device == FaultDevice::File)
         throw Refused("files have no offset to look at; leave out --offset");
+    if (rule.device == FaultDevice::Console)
+        throw Refused("the console has no offset to look at; leave out --offset");
     rule.hasOffset = 1;
     if (rule.device == FaultDevice::Cpld)
         rule.offset = numberOf(text, 0, kCpldRegisters - 1, "a CPLD register");
@@ -357,6 +359,14 @@ void checkMtdRule(const FaultRule &rule) {
     }
 }
 
+void checkConsoleRule(const FaultRule &rule) {
+    if (rule.op != FaultOp::Write && rule.op != FaultOp::Any)
+        throw Refused("the console's speed is set; give --op write or any");
+    if (rule.effect != FaultEffect::Fails)
+        throw Refused("the console cannot have the effect " + effectText(rule) +
+                      "; it can have fails");
+}
+
 void checkUpgradeRule(const FaultRule &rule) {
     if (rule.hasOffset != 0)
         throw Refused("an upgrade is of the whole CPLD; leave out --offset");
@@ -370,7 +380,9 @@ void checkDeviceRule(const FaultRule &rule) {
         throw Refused(std::string(wordOf(kOps, rule.op)) + " is for flash; give --device mtd12 "
                                                            "and the like");
     if (rule.effect == FaultEffect::Fails || rule.effect == FaultEffect::PowerCut)
-        throw Refused(effectText(rule) + " is for flash; give --device mtd12 and the like");
+        throw Refused(effectText(rule) + " is for flash" +
+                      (rule.effect == FaultEffect::Fails ? " and the console" : "") +
+                      "; give --device mtd12 and the like");
     if (rule.op == FaultOp::Reset)
         throw Refused("reset is for the PoE controller; give --device poe");
     checkNoMapping(rule);
@@ -408,6 +420,8 @@ FaultRule parseFault(const FaultWords &words) {
         checkPoeRule(rule);
     else if (rule.device == FaultDevice::Mtd)
         checkMtdRule(rule);
+    else if (rule.device == FaultDevice::Console)
+        checkConsoleRule(rule);
     else
         checkDeviceRule(rule);
     return rule;

@@ -9,12 +9,12 @@ namespace vb {
 
 /** The parts of a rule as the command line has them. */
 struct FaultWords {
-    std::string device; // cpld, gpio, i2c, i2c:BUS.CH.DEV, poe, mtdN, or the path of a file of the
-                        // board
-    std::string op = "any";    // any, open, read, write, reset, program, erase, info, change,
-                               // map
-    std::string offset;        // register, line, I2C or flash offset, PoE command; empty: every one
-    std::string nth = "1";     // which matching request
+    std::string device;     // cpld, gpio, i2c, i2c:BUS.CH.DEV, poe, mtdN, console, or the path of a
+                            // file of the board
+    std::string op = "any"; // any, open, read, write, reset, program, erase, info, change,
+                            // map
+    std::string offset;     // register, line, I2C or flash offset, PoE command; empty: every one
+    std::string nth = "1";  // which matching request
     std::string when = "once"; // once, every, from
     std::string effect;        // refuse=N, open-fails=ERRNO, ioctl-fails=ERRNO, short=N,
                                // corrupt=INDEX:MASK, no-answer, late-answer=N, wrong-echo,

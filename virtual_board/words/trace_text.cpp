@@ -129,7 +129,8 @@ std::string failureText(const TraceRecord &record) {
         return text(" -> power cut after 0x%x", record.value);
     if (record.error != 0 && isMdio(record))
         return " -> fails";
-    if (record.error != 0 && (record.kind == TraceKind::Open || isOfFlash(record)))
+    const bool isNoRequest = record.kind == TraceKind::Open || record.kind == TraceKind::Console;
+    if (record.error != 0 && (isNoRequest || isOfFlash(record)))
         return text(" -> fails, errno %d (%s)", record.error, std::strerror(record.error));
     if (isTransfer(record) && record.value != record.length)
         return text(" -> 0x%x", record.value);
