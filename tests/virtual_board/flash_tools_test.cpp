@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 
 namespace {
 
@@ -212,7 +213,7 @@ TEST_F(FlashToolsTest, NandwriteRefuses) {
     fail("nandwrite -q /dev/mtd12 " + path("image"), 255, "Use the padding option.");
     fail("nandwrite -q -p -s -2048 /dev/mtd12 " + path("image"), 255, "negative device offset");
     fail("nandwrite -q -p -s zz /dev/mtd12 " + path("image"), 1, "unable to parse the number 'zz'");
-    fail("nandwrite -q -p /dev/mtd12", 1, "Usage: nandwrite");
+    fail("nandwrite -q -p", 1, "Usage: nandwrite");
     fail("nandwrite --wrong /dev/mtd12 " + path("image"), 1, "unrecognized option");
     EXPECT_EQ(Node(kNand).read(0, kPage), erased(kPage));
 }
@@ -269,6 +270,103 @@ TEST_F(FlashToolsTest, GeometryThatFailsStopsEachTool) {
     for (const std::string command : {"flash_erase -q /dev/mtd12 0 0", "nanddump -q /dev/mtd12"})
         fail(command, 255, "mtd_get_dev_info failed");
     fail("nandwrite -q -p /dev/mtd12 " + path("image"), 255, "mtd_get_dev_info failed");
+}
+
+// Standard input and output
+
+TEST_F(FlashToolsTest, NandwriteReadsStandardInput) {
+    const std::string image = makeImage(kNandBlock + 3 * kPage);
+    for (const std::string source : {"", " -"}) {
+        succeed("flash_erase -q /dev/mtd12 0 0");
+        succeed("cat " + path("image") + " | nandwrite -q /dev/mtd12" + source);
+        EXPECT_EQ(Node(kNand).read(0, kNandBlock + 4 * kPage), image + erased(kPage));
+    }
+    // The last page is filled up only if that is wanted, whatever pieces a pipe delivers.
+    succeed("flash_erase -q /dev/mtd12 0 0");
+    succeed("(printf abc; sleep 0.1; printf def) | nandwrite -q -p /dev/mtd12 -");
+    EXPECT_EQ(Node(kNand).read(0, kPage + 1), "abcdef" + erased(kPage - 5));
+    fail("printf abc | nandwrite -q -s 0x800 /dev/mtd12", 255,
+         "Unexpected EOF. Expecting at least 2045 more bytes. Use the padding option.\n");
+    EXPECT_EQ(Node(kNand).read(kPage, kPage), erased(kPage));
+    trace();
+    succeed("nandwrite -q -p /dev/mtd12 </dev/null");
+    for (const std::string &line : trace())
+        EXPECT_EQ(line.find("MTD write"), std::string::npos) << line;
+    fail("nandwrite -q -p /dev/mtd12 - more </dev/null", 1, "Usage: nandwrite");
+}
+
+TEST_F(FlashToolsTest, StandardInputStepsOverBadAndSpoiltBlocks) {
+    flash(12).isBad[0] = 1;
+    addRule("mtd12", "program", "fails=EIO", std::to_string(kNandBlock + kPage), "1", "once");
+    const std::string image = makeImage(2 * kNandBlock);
+    EXPECT_EQ(shell("cat " + path("image") + " | nandwrite -q /dev/mtd12 -").status, 0);
+    EXPECT_EQ(Node(kNand).read(2 * kNandBlock, 2 * kNandBlock), image);
+}
+
+TEST_F(FlashToolsTest, StandardInputThatDoesNotFitIsNotReadFurther) {
+    makeImage(3 * kPage);
+    const std::string start = std::to_string(kNandSize - 2 * kPage);
+    succeed("nandwrite -q -s " + start + " /dev/mtd12 - <" + path("image"));
+    EXPECT_EQ(Node(kNand).read(kNandSize - 2 * kPage, 2 * kPage), std::string(2 * kPage, 'a'));
+}
+
+TEST_F(FlashToolsTest, NanddumpWritesStandardOutput) {
+    const std::string image = makeImage(2 * kPage);
+    Node(kNand).write(0, image);
+    for (const std::string target : {"", " -f -", " --file=-"})
+        EXPECT_EQ(shell("nanddump -q -l 0x1000 /dev/mtd12" + target).out, image) << target;
+    // From one bank to the other
+    succeed("nanddump -q -l 0x1000 /dev/mtd12 -f - | nandwrite -q /dev/mtd14 -");
+    EXPECT_EQ(Node("/dev/mtd14").read(0, 3 * kPage), image + erased(kPage));
+}
+
+// What the tools say of themselves
+
+TEST_F(FlashToolsTest, HelpSaysThatAToolIsTheBoardsOwn) {
+    const std::map<std::string, Lines> options = {
+        {"flash_erase", {"-q, --quiet, --silent", "-N, --noskipbad"}},
+        {"nandwrite",
+         {"MTD_DEVICE [INPUTFILE|-]", "-s, --start=", "-p, --pad", "-m, --markbad",
+          "-N, --noskipbad", "-q, --quiet"}},
+        {"nanddump",
+         {"-f, --file=", "-s, --startaddress=", "-l, --length=", "--bb=METHOD", "-a, --forcebinary",
+          "-q, --quiet"}},
+        {"stty", {"-F /dev/ttyS0", "-F, --file=", "ispeed SPEED, ospeed SPEED, cs8"}},
+        {"rm", {"FILE..."}}};
+    trace();
+    for (const auto &[tool, parts] : options) {
+        const Answer help = shell(tool + " --help");
+        EXPECT_EQ(help.status, 0);
+        EXPECT_EQ(help.err, "");
+        const Answer version = shell(tool + " --version");
+        EXPECT_EQ(version.status, 0);
+        EXPECT_TRUE(version.out.starts_with(tool + " of a virtual board 1.")) << version.out;
+        EXPECT_TRUE(help.out.starts_with(version.out + "Usage: " + tool + " ")) << help.out;
+        for (const std::string &part : parts)
+            EXPECT_NE(help.out.find(part), std::string::npos) << part << help.out;
+        for (const char *part : {"docs/virtual-board.md", "man vboard", "VBOARD_DIR"})
+            EXPECT_NE(help.out.find(part), std::string::npos) << part << help.out;
+        for (const std::string &line : linesOf(help.out))
+            EXPECT_LE(line.size(), 80u) << line;
+    }
+    EXPECT_EQ(shell("nandwrite -h").out, shell("nandwrite --help").out);
+    EXPECT_EQ(shell("nandwrite -V").out, shell("nandwrite --version").out);
+    EXPECT_EQ(shell("nandwrite -q --help /dev/mtd12").out, shell("nandwrite --help").out);
+    EXPECT_EQ(trace(), Lines{}) << "the board is not asked";
+    // Not a question: a file of that name.
+    std::ofstream(path("--help")) << "x";
+    succeed("cd " + path("") + " && rm -- --help");
+    EXPECT_FALSE(fs::exists(path("--help")));
+}
+
+TEST_F(FlashToolsTest, AWrongCommandLineIsToldOnStandardError) {
+    for (const std::string command : {"nandwrite", "nanddump"}) {
+        const Answer answer = shell(command);
+        EXPECT_EQ(answer.status, 1);
+        EXPECT_EQ(answer.out, "");
+        EXPECT_TRUE(answer.err.starts_with("Usage: " + command + " [OPTION]... MTD_DEVICE"));
+        EXPECT_NE(answer.err.find("\nTry '" + command + " --help'.\n"), std::string::npos);
+    }
 }
 
 TEST_F(FlashToolsTest, SttySetsTheConsole) {

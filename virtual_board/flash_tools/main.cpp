@@ -1,6 +1,7 @@
 // One program under the names of all tools. A program's shell commands find it in the folder that
 // comes first in their search path.
 
+#include "virtual_board/flash_tools/help.h"
 #include "virtual_board/flash_tools/tools.h"
 #include "virtual_board/os/seam.h"
 
@@ -79,7 +80,7 @@ int runTool(Arguments arguments) {
         std::fprintf(stderr, "vboard: %s\n", error.text);
         return kNoBoard;
     }
-    return tool->run(arguments);
+    return answersAboutItself(arguments) ? kDone : tool->run(arguments);
 }
 
 } // namespace

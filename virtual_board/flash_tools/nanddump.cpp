@@ -1,6 +1,7 @@
 // nanddump [-q] [-a] [-s OFFSET] [-l LENGTH] [--bb=METHOD] [-f FILE] DEVICE: copies a part of a
 // partition into a file, or to standard output.
 
+#include "virtual_board/flash_tools/help.h"
 #include "virtual_board/flash_tools/tools.h"
 
 #include <algorithm>
@@ -96,7 +97,8 @@ int dump(const Order &order) {
     if (!partition.getInfo())
         return complain(kTool, "mtd_get_dev_info failed");
     constexpr mode_t kMode = 0644;
-    const int output = order.file.empty()
+    const bool isStandardOutput = order.file.empty() || order.file == "-";
+    const int output = isStandardOutput
                            ? STDOUT_FILENO
                            : open(order.file.c_str(), O_WRONLY | O_TRUNC | O_CREAT, kMode);
     if (output < 0) {
@@ -120,17 +122,9 @@ int dump(const Order &order) {
                          partition.info().oobsize);
         isDone = dumpPages(order, partition, output);
     }
-    if (output != STDOUT_FILENO)
+    if (!isStandardOutput)
         close(output);
     return isDone ? kDone : kFailed;
-}
-
-int showUsage() {
-    std::fputs("Usage: nanddump [-q] [-a] [-s ADDRESS] [-l LENGTH] [--bb=METHOD] [-f FILE] "
-               "MTD-device\n"
-               "Dumps the contents of a nand mtd partition.\n",
-               stdout);
-    return kFailed;
 }
 
 } // namespace
@@ -163,7 +157,7 @@ int dumpNand(const Arguments &arguments) {
         return complain(kTool, "Can't specify negative length with option -l: %lld",
                         static_cast<long long>(order.length));
     if (!isGood || line.operands.size() != 1)
-        return showUsage();
+        return refuseUsage(kTool);
     order.device = line.operands[0];
     return dump(order);
 }

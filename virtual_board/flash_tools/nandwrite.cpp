@@ -1,7 +1,8 @@
-// nandwrite [-q] [-p] [-m] [-N] [-s OFFSET] DEVICE FILE: writes a file page by page. A bad block,
-// and a block that turns out not to take its data, is passed over: what follows moves up by a
-// block.
+// nandwrite [-q] [-p] [-m] [-N] [-s OFFSET] DEVICE [FILE|-]: writes a file, or standard input, page
+// by page. A bad block, and a block that turns out not to take its data, is passed over: what
+// follows moves up by a block.
 
+#include "virtual_board/flash_tools/help.h"
 #include "virtual_board/flash_tools/tools.h"
 
 #include <algorithm>
@@ -18,6 +19,7 @@ namespace {
 
 constexpr char kTool[] = "nandwrite";
 constexpr uint8_t kErased = 0xFF;
+constexpr char kStandardInput[] = "-";
 
 struct Order {
     std::string device, file;
@@ -32,7 +34,7 @@ class Writer {
     Writer(const Writer &) = delete;
     Writer &operator=(const Writer &) = delete;
     ~Writer() {
-        if (file_ >= 0)
+        if (file_ > STDIN_FILENO)
             close(file_);
     }
 
@@ -44,30 +46,43 @@ class Writer {
     uint64_t size() const { return partition_.info().size; }
     uint64_t blockStart() const { return offset_ / blockSize() * blockSize(); }
 
+    bool isStandardInput() const { return order_.file == kStandardInput; }
+
     bool openFile();
+    bool measureFile();
     bool writePages();
     bool enterBlock();
     bool fillPage();
     bool writePage();
     bool giveBlockUp();
     bool isAllWritten() const { return remaining_ == 0 && next_ == block_.size(); }
+    bool isFull() const { return offset_ >= size() && next_ == block_.size(); }
 
     Order order_;
     Partition partition_;
     int file_ = -1;
     uint64_t offset_ = 0;        // on the device
-    uint64_t remaining_ = 0;     // of the file
+    uint64_t remaining_ = 0;     // of the file; of standard input a page, until it ends
     std::vector<uint8_t> block_; // what the current block gets, for when it moves to another
     size_t next_ = 0;            // byte of the block that is written next
     uint64_t enteredBlock_ = UINT64_MAX;
 };
 
 bool Writer::openFile() {
+    if (isStandardInput()) {
+        file_ = STDIN_FILENO;
+        remaining_ = pageSize();
+        return true;
+    }
     file_ = open(order_.file.c_str(), O_RDONLY | O_CLOEXEC);
     if (file_ < 0) {
         std::perror(order_.file.c_str());
         return false;
     }
+    return measureFile();
+}
+
+bool Writer::measureFile() {
     struct stat info = {};
     if (fstat(file_, &info) != 0) {
         complainSystem(kTool, "unable to stat input image");
@@ -119,14 +134,15 @@ bool Writer::enterBlock() {
     return true;
 }
 
-/** Reads the next page of the file, unless the block still has one. */
+/** Reads the next page, unless the block still has one. Behind the end there is none. */
 bool Writer::fillPage() {
     if (next_ < block_.size())
         return true;
     const size_t start = block_.size();
     block_.resize(start + pageSize(), kErased);
     size_t done = 0;
-    while (done < pageSize() && done < remaining_) {
+    bool isAtEnd = false;
+    while (done < pageSize() && done < remaining_ && !isAtEnd) {
         const auto wanted =
             static_cast<size_t>(std::min<uint64_t>(pageSize() - done, remaining_ - done));
         const ssize_t count = read(file_, block_.data() + start + done, wanted);
@@ -135,11 +151,17 @@ bool Writer::fillPage() {
             block_.resize(start);
             return false;
         }
-        if (count == 0)
-            break;
+        isAtEnd = count == 0;
         done += static_cast<size_t>(count);
     }
-    remaining_ -= std::min<uint64_t>(remaining_, pageSize());
+    if (!isStandardInput())
+        remaining_ -= std::min<uint64_t>(remaining_, pageSize());
+    else if (isAtEnd)
+        remaining_ = 0;
+    if (isStandardInput() && done == 0) {
+        block_.resize(start);
+        return true;
+    }
     if (done < pageSize() && !order_.pads) {
         std::fprintf(stderr,
                      "Unexpected EOF. Expecting at least %zu more bytes. Use the padding option.\n",
@@ -188,10 +210,11 @@ bool Writer::writePage() {
 
 bool Writer::writePages() {
     while (!isAllWritten() && offset_ < size()) {
-        if (!enterBlock() || !fillPage() || !writePage())
+        if (!enterBlock() || !fillPage() || (next_ < block_.size() && !writePage()))
             return false;
     }
-    return isAllWritten();
+    // How long standard input is does not show before it ends: what does not fit is not read.
+    return isAllWritten() || (isStandardInput() && isFull());
 }
 
 int Writer::run() {
@@ -210,13 +233,6 @@ int Writer::run() {
     return complainSystem(kTool, "Data was only partially written due to error");
 }
 
-int showUsage() {
-    std::fputs("Usage: nandwrite [-q] [-p] [-m] [-N] [-s ADDRESS] MTD_DEVICE INPUTFILE\n"
-               "Writes to the specified MTD device.\n",
-               stdout);
-    return kFailed;
-}
-
 } // namespace
 
 int writeNand(const Arguments &arguments) {
@@ -232,15 +248,15 @@ int writeNand(const Arguments &arguments) {
         order.marksBad |= option.letter == 'm';
         order.takesBadBlocks |= option.letter == 'N';
         if (option.letter == 's' && !parseNumber(kTool, "strtoll", option.value, order.start))
-            return showUsage();
+            return refuseUsage(kTool);
     }
     if (order.start < 0)
         return complain(kTool, "Can't specify negative device offset with option -s: %lld",
                         static_cast<long long>(order.start));
-    if (!line.isGood || line.operands.size() != 2)
-        return showUsage();
+    if (!line.isGood || line.operands.empty() || line.operands.size() > 2)
+        return refuseUsage(kTool);
     order.device = line.operands[0];
-    order.file = line.operands[1];
+    order.file = line.operands.size() == 2 ? line.operands[1] : kStandardInput;
     return Writer(order).run();
 }
 
