@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
+#include <string_view>
 
 namespace flash_tools {
 
@@ -23,7 +24,7 @@ struct ToolHelp {
 constexpr char kMtdUtils[] = "mtd-utils 2.1.5";
 constexpr char kSystem[] = "the system";
 
-constexpr ToolHelp kTools[] = {
+constexpr ToolHelp kHelp[] = {
     {"flash_erase", kMtdUtils, "[OPTION]... MTD_DEVICE START COUNT",
      "Erases COUNT blocks of a partition, 0 for all, from byte START on.",
      "  -q, --quiet, --silent       say nothing of what goes well\n"
@@ -52,7 +53,7 @@ constexpr ToolHelp kTools[] = {
 };
 
 const ToolHelp &helpOf(const std::string &tool) {
-    return *std::find_if(std::begin(kTools), std::end(kTools),
+    return *std::find_if(std::begin(kHelp), std::end(kHelp),
                          [&](const ToolHelp &help) { return tool == help.name; });
 }
 
@@ -82,7 +83,7 @@ void printHelp(const ToolHelp &help) {
 
 bool answersAboutItself(const Arguments &arguments) {
     const ToolHelp &help = helpOf(arguments[0]);
-    const bool isMtdTool = help.model == kMtdUtils;
+    const bool isMtdTool = help.model == std::string_view(kMtdUtils);
     for (size_t i = 1; i < arguments.size() && arguments[i] != "--"; ++i) {
         const std::string &word = arguments[i];
         const bool isHelp = word == "--help" || (isMtdTool && word == "-h");
