@@ -352,6 +352,7 @@ TEST_F(FlashToolsTest, HelpSaysThatAToolIsTheBoardsOwn) {
     EXPECT_EQ(shell("nandwrite -h").out, shell("nandwrite --help").out);
     EXPECT_EQ(shell("nandwrite -V").out, shell("nandwrite --version").out);
     EXPECT_EQ(shell("nandwrite -q --help /dev/mtd12").out, shell("nandwrite --help").out);
+    EXPECT_EQ(shell("env -u VBOARD_DIR nandwrite --help").out, shell("nandwrite --help").out);
     EXPECT_EQ(trace(), Lines{}) << "the board is not asked";
     // Not a question: a file of that name.
     std::ofstream(path("--help")) << "x";

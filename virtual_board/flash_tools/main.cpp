@@ -72,6 +72,8 @@ int runTool(Arguments arguments) {
         std::fprintf(stderr, "%s is no tool of a virtual board\n", arguments[0].c_str());
         return kNoTool;
     }
+    if (answersAboutItself(arguments))
+        return kDone;
     const char *board = std::getenv("VBOARD_DIR");
     if (board == nullptr)
         return runSystemTool(arguments);
@@ -80,7 +82,7 @@ int runTool(Arguments arguments) {
         std::fprintf(stderr, "vboard: %s\n", error.text);
         return kNoBoard;
     }
-    return answersAboutItself(arguments) ? kDone : tool->run(arguments);
+    return tool->run(arguments);
 }
 
 } // namespace

@@ -24,12 +24,12 @@ std::string fansBeside(uint32_t supply) {
 } // namespace
 
 std::string noteOfFanPresence(const Target &target) {
-    if (!sharesPresenceLines(modelOf(target)))
-        return "";
     const uint32_t other = target.number % 2 == 0 ? target.number - 1 : target.number + 1;
+    const std::string pair = "one line with fan " + std::to_string(other);
+    if (!sharesPresenceLines(modelOf(target)))
+        return pair + ": it is set while both are there";
     const uint32_t supply = (target.number + 1) / 2;
-    return "one line with fan " + std::to_string(other) + " and supply " + std::to_string(supply) +
-           kLastChange;
+    return pair + " and supply " + std::to_string(supply) + kLastChange;
 }
 
 std::string noteOfSupplyPresence(const Target &target) {
