@@ -41,10 +41,10 @@ bool goRounds(uint32_t port) {
 
 /** One frame on the bus, and the reads until the next. */
 struct BusExchange {
-    const vb::TraceRecord *request;
-    std::vector<const vb::TraceRecord *> reads;
+    vb::TraceRecord request;
+    std::vector<vb::TraceRecord> reads;
 
-    bool isNumbered() const { return request->data[0] != 0x4B; } // there it is a bank's number
+    bool isNumbered() const { return request.data[0] != 0x4B; } // there it is a bank's number
 };
 
 class PoeProcessesTest : public SharedControllerTest {
@@ -55,9 +55,9 @@ class PoeProcessesTest : public SharedControllerTest {
         for (uint64_t i = 0; i < board().trace.total; ++i) {
             const vb::TraceRecord &record = vb::traceAt(board().trace, i);
             if (record.kind == vb::TraceKind::I2cWrite)
-                found.push_back({&record, {}});
+                found.push_back({record, {}});
             else if (record.kind == vb::TraceKind::I2cRead && !found.empty())
-                found.back().reads.push_back(&record);
+                found.back().reads.push_back(record);
         }
         return found;
     }
@@ -65,10 +65,10 @@ class PoeProcessesTest : public SharedControllerTest {
     /** An exchange that nobody came between: one read, by the process that wrote, of its answer. */
     static void expectWhole(const BusExchange &exchange) {
         ASSERT_EQ(exchange.reads.size(), 1u);
-        const vb::TraceRecord &reply = *exchange.reads.front();
-        EXPECT_EQ(reply.pid, exchange.request->pid);
-        EXPECT_EQ(reply.data[0], exchange.request->data[0]);
-        EXPECT_EQ(reply.data[1], exchange.request->data[1]);
+        const vb::TraceRecord &reply = exchange.reads.front();
+        EXPECT_EQ(reply.pid, exchange.request.pid);
+        EXPECT_EQ(reply.data[0], exchange.request.data[0]);
+        EXPECT_EQ(reply.data[1], exchange.request.data[1]);
     }
 
     /** Each number is its predecessor's successor, so 256 in a row are all different. */
@@ -77,8 +77,8 @@ class PoeProcessesTest : public SharedControllerTest {
         for (const BusExchange &exchange : all) {
             if (!exchange.isNumbered())
                 continue;
-            ASSERT_EQ(exchange.request->data[1], static_cast<uint8_t>(last + 1));
-            last = exchange.request->data[1];
+            ASSERT_EQ(exchange.request.data[1], static_cast<uint8_t>(last + 1));
+            last = exchange.request.data[1];
         }
         EXPECT_EQ(readBoardFile(kLockFile), std::string(1, static_cast<char>(last)));
     }
@@ -96,7 +96,7 @@ TEST_F(PoeProcessesTest, FramesOfManyProcessesNeverInterleave) {
     size_t changes = 0;
     for (size_t i = 0; i < all.size(); ++i) {
         ASSERT_NO_FATAL_FAILURE(expectWhole(all[i])) << "exchange " << i;
-        if (i > 0 && all[i].request->pid != all[i - 1].request->pid)
+        if (i > 0 && all[i].request.pid != all[i - 1].request.pid)
             ++changes;
     }
     EXPECT_GT(changes, kProcesses) << "the processes ran one after the other";
@@ -130,7 +130,7 @@ TEST_F(PoeProcessesTest, AKilledProcessDisturbsNoOther) {
             ASSERT_NO_FATAL_FAILURE(expectWhole(all[i])) << "exchange " << i;
     }
     ASSERT_EQ(cutOff.size(), 1u);
-    EXPECT_EQ(all[cutOff.front()].request->pid, victim);
+    EXPECT_EQ(all[cutOff.front()].request.pid, victim);
     EXPECT_LT(cutOff.front(), all.size() - 1) << "nobody talked to the controller afterwards";
     expectConsecutiveNumbers(all);
     EXPECT_TRUE(isPoeLockFree());

@@ -24,6 +24,19 @@ constexpr uint64_t clockNow(const Clock &clock, uint64_t hostNs) {
                                     : 0; // the host's clock can be set back
 }
 
+/**
+ * Whether the state is one that a clock can have. Set to any time that the kernel has, the system
+ * clock is decades away from where 64 bits of nanoseconds end; a year of them is left.
+ */
+constexpr bool clockIsConsistent(const Clock &clock, uint64_t hostNs) {
+    constexpr uint64_t kYearNs = 366ull * 86400 * 1000000000;
+    constexpr auto kEnd = static_cast<uint64_t>(INT64_MAX) - kYearNs;
+    const bool isInRange =
+        clock.systemOffsetNs <= 0 ||
+        (hostNs < kEnd && static_cast<uint64_t>(clock.systemOffsetNs) <= kEnd - hostNs);
+    return isInRange && (clock.mode == TimeMode::Real || clock.mode == TimeMode::Virtual);
+}
+
 /** Changes the kind of time; the board's clock goes on from where it is. */
 constexpr void setTimeMode(Clock &clock, TimeMode mode, uint64_t hostNs) {
     const uint64_t now = clockNow(clock, hostNs);

@@ -82,15 +82,27 @@ constexpr uint32_t kMaxFaults = 32;
 
 struct FaultTable {
     uint32_t lastId;
-    uint32_t fileRules; // how many rules concern files
+    uint32_t fileRules; // how many rules concern files: most transfers need not ask for theirs
     FaultRule rule[kMaxFaults];
 };
+
+/** What the argument of an effect can be; effects without one do not look at it. */
+struct FaultArgument {
+    int32_t lowest, highest;
+};
+FaultArgument faultArgument(FaultEffect effect);
 
 /** Adds a rule and gives it an id; 0 when the table is full. */
 uint32_t addFault(FaultTable &table, const FaultRule &rule);
 
 /** Removes a rule; false when there is none of that id. */
 bool removeFault(FaultTable &table, uint32_t id);
+
+/** Whether the rules are such as can be followed. */
+bool faultsAreConsistent(const FaultTable &table);
+
+/** Counts the rules anew: a process may have been killed between a rule and its count. */
+void mendFaults(FaultTable &table);
 
 /** Counts a request against every rule; the first one that it trips, or null. */
 const FaultRule *faultFor(FaultTable &table, const FaultSubject &subject);

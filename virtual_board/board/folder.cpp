@@ -1,7 +1,9 @@
 #include "virtual_board/board/folder.h"
 
+#include "virtual_board/board/consistency.h"
 #include "virtual_board/board/flash_content.h"
 #include "virtual_board/board/kernel.h"
+#include "virtual_board/board/lock.h"
 
 #include <cerrno>
 #include <cstdarg>
@@ -57,39 +59,6 @@ bool checkHeader(const BoardHeader &header, uint64_t fileSize, const char *path,
     return true;
 }
 
-/** Whether the values that index or divide are within their ranges. */
-bool isConsistent(const Board &board) {
-    if (board.clock.mode != TimeMode::Real && board.clock.mode != TimeMode::Virtual)
-        return false;
-    if (board.devices.eeprom.blocks != kEepromMaxBlocks)
-        return false;
-    for (const Supply &supply : board.devices.supply) {
-        if (supply.isPresent > 1 || supply.eeprom.blocks > 1)
-            return false;
-    }
-    if (!poeIsConsistent(board.devices.poe) || board.devices.lastReset > ResetReason::Watchdog)
-        return false;
-    if (board.devices.clockChip.isFitted > 1)
-        return false;
-    if (!climateIsConsistent(board.devices.climate))
-        return false;
-    if (!mdioIsConsistent(board.devices.mdio))
-        return false;
-    for (const SfpModule &module : board.devices.sfp) {
-        if (!sfpIsConsistent(module))
-            return false;
-    }
-    for (const Flash &flash : board.devices.flash) {
-        if (!flashIsConsistent(flash))
-            return false;
-    }
-    for (const FaultRule &rule : board.faults.rule) {
-        if (rule.id != 0 && (rule.nth == 0 || rule.path[kFaultPathSize - 1] != '\0'))
-            return false;
-    }
-    return true;
-}
-
 /** The size of a file; 0 when it is missing. */
 uint64_t sizeOf(const char *path) {
     const int fd = ::open(path, O_RDONLY | O_CLOEXEC);
@@ -111,10 +80,9 @@ bool BoardFolder::open(const char *path, FolderError &error) {
     std::snprintf(lockPath_, sizeof(lockPath_), "%s/%s", path_, kLockFile);
     if (!map(path, error))
         return false;
-    if (!isConsistent(*board_)) {
+    if (!check(path, error)) {
         close();
-        return fail(error, "%s is damaged: %s holds impossible values; create the board again",
-                    path, kStateFile);
+        return false;
     }
     for (const char *needed : {kNodePath, kMemoryPath, kCommandLinePath, kPartitionListPath}) {
         if (access(hostPath(needed).text, R_OK) != 0) {
@@ -173,6 +141,19 @@ bool BoardFolder::map(const char *path, FolderError &error) {
     }
     ::close(fd);
     return board_ != nullptr;
+}
+
+/** Judges the state while nobody changes it. */
+bool BoardFolder::check(const char *path, FolderError &error) {
+    const BoardLock lock(*this);
+    if (!lock.isHeld())
+        return fail(error, "%s: cannot open %s for reading and writing: %s", path, kLockFile,
+                    std::strerror(errno));
+    if (const char *part = damagedPart(*board_, hostNow()); part != nullptr)
+        return fail(error, "%s is damaged: %s holds impossible values (%s); create the board again",
+                    path, kStateFile, part);
+    mendBoard(*board_);
+    return true;
 }
 
 void BoardFolder::close() {

@@ -65,7 +65,8 @@ class BoardFolder {
     HostPathBuffer flashNode(uint32_t index) const;
 
   private:
-    bool map(const char *statePath, FolderError &error);
+    bool map(const char *path, FolderError &error);
+    bool check(const char *path, FolderError &error);
 
     Board *board_ = nullptr;
     // What every request needs is made once: programs may send them on small stacks.

@@ -27,6 +27,7 @@ enum class TraceKind : uint8_t {
     Console,  // the console's speed is set
     MdioRead,
     MdioWrite,
+    Damaged, // no kind that there is: told of records alone that something else has overwritten
 };
 
 /** The result of a request during which the power was cut, behind `value` bytes. */
@@ -74,10 +75,11 @@ constexpr TraceRecord &traceNext(TraceRing &ring, TraceKind kind, const Sender &
     return record;
 }
 
-/** The record with a running number, which must be one of the last kTraceCapacity. */
-constexpr const TraceRecord &traceAt(const TraceRing &ring, uint64_t number) {
-    return ring.record[number % kTraceCapacity];
-}
+/**
+ * The record with a running number, which must be one of the last kTraceCapacity. Whatever the ring
+ * holds, this copy can be followed: its kind and lengths are possible, its texts end.
+ */
+TraceRecord traceAt(const TraceRing &ring, uint64_t number);
 
 /** Number of the oldest record that is still there. */
 constexpr uint64_t traceOldest(const TraceRing &ring) {

@@ -88,10 +88,11 @@ bool climateSense(const Climate &climate, uint8_t *byte) {
 
 bool climateIsConsistent(const Climate &climate) {
     for (const Fan &fan : climate.fan) {
-        if (fan.isPresent > 1 || fan.state > FanState::Stuck)
+        if (fan.isPresent > 1 || fan.state > FanState::Stuck || fan.rpm > kFanHighestRpm)
             return false;
     }
-    return climate.fans <= kMaxFans && climate.sensor <= SensorState::Missing;
+    return climate.fans <= kMaxFans && climate.sensor <= SensorState::Missing &&
+           climate.ambient >= kColdest && climate.ambient <= kHottest;
 }
 
 } // namespace vb

@@ -133,6 +133,10 @@ bool clockIsTime(const ClockTime &time) {
            time.hour < 24 && time.minute < 60 && time.second < 60;
 }
 
+bool clockIsConsistent(const ClockChip &chip) {
+    return chip.isFitted <= 1 && chip.isBatteryEmpty <= 1;
+}
+
 void clockSetTime(ClockChip &chip, const ClockTime &time, uint64_t nowNs) {
     chip.reg[kSecond] = 0; // the time is not lost any more
     chip.reg[kMonth] = 0;

@@ -40,6 +40,9 @@ ClockTime clockTime(const ClockChip &chip);
 /** Whether there is such a time, and the chip can hold it. */
 bool clockIsTime(const ClockTime &time);
 
+/** Whether the state is one that a chip can have. */
+bool clockIsConsistent(const ClockChip &chip);
+
 /** Sets a time that there is. */
 void clockSetTime(ClockChip &chip, const ClockTime &time, uint64_t nowNs);
 

@@ -9,6 +9,7 @@ constexpr uint32_t kMaxFans = 4;
 constexpr uint32_t kFanTopLevel = 9; // counted from 0
 constexpr uint32_t kFanLowestRpm = 2400;
 constexpr uint32_t kFanRpmPerLevel = 1200;
+constexpr uint32_t kFanHighestRpm = kFanLowestRpm + kFanTopLevel * kFanRpmPerLevel;
 constexpr uint32_t kFanRpmPerCount = 120; // of the tachometer
 constexpr uint32_t kFanRpmPerStep = 60;   // how much it gains or loses in a step of the climate
 

@@ -35,4 +35,12 @@ bool gpioRead(const Gpio &gpio, uint32_t line, uint32_t *level) {
     return true;
 }
 
+bool gpioIsConsistent(const Gpio &gpio) {
+    for (uint32_t line = 0; line < kGpioLines; ++line) {
+        if (gpio.isOutput[line] > 1 || gpio.driven[line] > 1 || gpio.external[line] > 1)
+            return false;
+    }
+    return true;
+}
+
 } // namespace vb

@@ -24,4 +24,7 @@ void gpioReset(Gpio &gpio);
 
 bool gpioRead(const Gpio &gpio, uint32_t line, uint32_t *level);
 
+/** Whether the state is one that lines can have. */
+bool gpioIsConsistent(const Gpio &gpio);
+
 } // namespace vb

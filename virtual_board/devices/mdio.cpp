@@ -48,8 +48,13 @@ MdioDone mdioPoll(Mdio &mdio, uint32_t &commandRegister) {
         mdio.command = commandRegister;
         mdio.pollsLeft = mdio.busyPolls;
     }
-    if (mdio.state == MdioState::Stuck || --mdio.pollsLeft > 0)
+    if (mdio.state == MdioState::Stuck)
         return {};
+    // A process that is killed between the two may leave a command without its number of polls.
+    if (mdio.pollsLeft > 1) {
+        --mdio.pollsLeft;
+        return {};
+    }
     return carryOut(mdio, commandRegister);
 }
 
@@ -60,7 +65,8 @@ MdioDone mdioFinish(Mdio &mdio, uint32_t &commandRegister) {
 }
 
 bool mdioIsConsistent(const Mdio &mdio) {
-    return mdio.state <= MdioState::Stuck && mdio.busyPolls >= 1;
+    return mdio.state <= MdioState::Stuck && mdio.busyPolls >= 1 &&
+           mdio.busyPolls <= kMdioMostBusyPolls && mdio.pollsLeft <= kMdioMostBusyPolls;
 }
 
 } // namespace vb

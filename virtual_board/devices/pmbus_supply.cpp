@@ -1,6 +1,7 @@
 #include "virtual_board/devices/pmbus_supply.h"
 
 #include <cstring>
+#include <initializer_list>
 
 namespace vb {
 
@@ -80,6 +81,20 @@ void pmbusRead(PmbusSupply &supply, uint8_t command, uint8_t *data, uint32_t len
         if (length > 1)
             data[1] = static_cast<uint8_t>(word >> 8);
     }
+}
+
+bool pmbusIsConsistent(const PmbusSupply &supply) {
+    for (const uint32_t amount :
+         {supply.inputMv, supply.inputMa, supply.inputMw, supply.outputMa, supply.outputMw}) {
+        if (amount > kPmbusMost)
+            return false;
+    }
+    for (const int32_t degrees : supply.degrees) {
+        if (degrees < -kPmbusMostDegrees || degrees > kPmbusMostDegrees)
+            return false;
+    }
+    return supply.outputMv <= kPmbusMostOutputMv && supply.hasInputFailed <= 1 &&
+           supply.hasOutputFailed <= 1;
 }
 
 uint16_t toLinear11(int64_t thousandths) {

@@ -120,7 +120,7 @@ struct GlobalCommand {
 
 constexpr GlobalCommand kGlobalCommands[] = {
     {kPoeGlobalEnable, 1, &PoeSettings::isEnabled},
-    {0x10, 4, &PoeSettings::pmMode},
+    {0x10, kPoeHighestPm, &PoeSettings::pmMode},
     {0x11, 1, &PoeSettings::pmModeExt},
     {0x16, 6, &PoeSettings::eventMask},
 };

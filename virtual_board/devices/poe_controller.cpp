@@ -186,16 +186,14 @@ bool poeRead(PoeController &poe, uint8_t *data, uint32_t length, uint64_t nowNs)
 
 bool poeIsConsistent(const PoeController &poe) {
     for (uint32_t port = 0; port < kPoePorts; ++port) {
-        if (poe.port[port].phase > PoePhase::Fault ||
-            poe.settings.port[port].priority > kPoeHighestPriority ||
-            poe.saved.port[port].priority > kPoeHighestPriority ||
-            poe.device[port].powerClass > kPoeHighestClass)
+        if (!poeIsConsistent(poe.port[port]) || !poeIsConsistent(poe.device[port]))
             return false;
     }
-    const PoeImage &image = poe.image;
-    return poe.mode <= PoeMode::Loader && poe.isMissing <= 1 && poe.replyLength <= kPoeFrameSize &&
-           poe.chipRegisters <= kPoeChipRegisters && image.size <= kPoeImageSize &&
-           poe.settings.portCount <= kPoePorts;
+    const bool hasFlags = poe.isFitted <= 1 && poe.isMissing <= 1 && poe.isHeldInReset <= 1 &&
+                          poe.hasSavedSettings <= 1;
+    return hasFlags && poe.mode <= PoeMode::Loader && poe.replyLength <= kPoeFrameSize &&
+           poe.chipRegisters <= kPoeChipRegisters && poeIsConsistent(poe.settings) &&
+           poeIsConsistent(poe.saved) && poeIsConsistent(poe.image);
 }
 
 } // namespace vb

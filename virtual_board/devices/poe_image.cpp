@@ -1,5 +1,6 @@
 #include "virtual_board/devices/poe_image.h"
 
+#include <bit>
 #include <cstring>
 
 namespace vb {
@@ -53,6 +54,18 @@ bool poeProgramBlock(PoeImage &image, uint32_t position, const uint8_t *data, ui
 
 bool poeIsWhole(const PoeImage &image) {
     return image.size >= kPoeSmallestImage && image.unitsWritten * kPoeImageUnit == image.size;
+}
+
+bool poeIsConsistent(const PoeImage &image) {
+    return image.isValid <= 1 && image.size <= kPoeImageSize;
+}
+
+void poeMend(PoeImage &image) {
+    uint32_t units = 0;
+    for (const uint8_t bits : image.written)
+        units += static_cast<uint32_t>(std::popcount(bits));
+    if (image.unitsWritten != units)
+        image.unitsWritten = units;
 }
 
 uint16_t poeVersion(const PoeImage &image) {

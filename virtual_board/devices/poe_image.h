@@ -30,6 +30,12 @@ bool poeProgramBlock(PoeImage &image, uint32_t position, const uint8_t *data, ui
 /** Whether an image has no holes and the length of an application. */
 bool poeIsWhole(const PoeImage &image);
 
+/** Whether the state is one that such a flash can have. */
+bool poeIsConsistent(const PoeImage &image);
+
+/** Counts anew what is written: a process may have been killed between a unit and its count. */
+void poeMend(PoeImage &image);
+
 /** Version of the application: an image carries it in its first two bytes. */
 uint16_t poeVersion(const PoeImage &image);
 

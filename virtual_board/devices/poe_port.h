@@ -9,6 +9,7 @@ namespace vb {
 enum class PoeSignature : uint8_t { Good, Bad, Legacy, Short, Open };
 
 constexpr uint32_t kPoeHighestClass = 8;
+constexpr uint32_t kPoeMostMilliwatts = 200000; // of a device
 
 /** The world's face of a port. */
 struct PoweredDevice {
@@ -67,6 +68,21 @@ struct PoePort {
 };
 
 constexpr uint64_t kPoeNever = UINT64_MAX;
+
+/** Whether the state is one that a device can have. */
+constexpr bool poeIsConsistent(const PoweredDevice &device) {
+    return device.isPlugged <= 1 && device.signature <= PoeSignature::Open &&
+           device.powerClass <= kPoeHighestClass && device.isOverCurrent <= 1 &&
+           device.requestedMw <= kPoeMostMilliwatts && device.drawnMw <= kPoeMostMilliwatts;
+}
+
+/** Whether the state is one that a port can have. */
+constexpr bool poeIsConsistent(const PoePort &port) {
+    const bool hasClass =
+        port.powerClass <= kPoeHighestClass || port.powerClass == kPoeNotClassified;
+    return port.phase <= PoePhase::Fault && port.goal <= PoeGoal::Power &&
+           port.detection <= kPoeDetectedOpen && hasClass && port.hasEvent <= 1;
+}
 
 constexpr bool poeIsPowered(const PoePort &port) {
     return port.phase == PoePhase::PoweringUp || port.phase == PoePhase::Delivering;

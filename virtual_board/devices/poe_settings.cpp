@@ -1,6 +1,19 @@
 #include "virtual_board/devices/poe_settings.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace vb {
+
+namespace {
+
+bool isPortConsistent(const PoePortSettings &port) {
+    return port.enable <= kPoeEnablePower && port.funcMode <= kPoeManual &&
+           port.limitType <= kPoeLimitFixed && port.priority <= kPoeHighestPriority &&
+           port.isMapped <= 1 && port.isFourPair <= 1;
+}
+
+} // namespace
 
 void poeSetPortDefaults(PoePortSettings &port) {
     constexpr uint8_t kInrushTwoPair = 3;
@@ -27,6 +40,12 @@ void poeSetDefaults(PoeSettings &settings) {
         port.secondaryChannel = kPoeNone;
         port.chipAddress = kPoeNone;
     }
+}
+
+bool poeIsConsistent(const PoeSettings &settings) {
+    return settings.isEnabled <= 1 && settings.isMappingEnabled <= 1 &&
+           settings.portCount <= kPoePorts && settings.pmMode <= kPoeHighestPm &&
+           std::all_of(std::begin(settings.port), std::end(settings.port), isPortConsistent);
 }
 
 } // namespace vb

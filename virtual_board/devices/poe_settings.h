@@ -59,6 +59,7 @@ struct PoeSettings {
 };
 
 // Power management modes.
+constexpr uint8_t kPoeHighestPm = 4;
 constexpr uint8_t kPoePmNone = 0; // every request is granted
 // 1 and 2 serve by priority, 3 and 4 first come, first served; 1 and 3 count what devices asked
 // for, 2 and 4 what they draw.
@@ -74,6 +75,9 @@ constexpr uint32_t kPoeLimitUnit = 400; // milliwatts, of port limits
 
 /** What the application starts with when nothing is saved: no port is mapped or enabled. */
 void poeSetDefaults(PoeSettings &settings);
+
+/** Whether settings are such as the application takes. */
+bool poeIsConsistent(const PoeSettings &settings);
 
 /** What a port starts with, apart from its mapping. */
 void poeSetPortDefaults(PoePortSettings &port);

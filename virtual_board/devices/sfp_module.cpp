@@ -391,7 +391,7 @@ bool sfpWrite(SfpModule &module, const SfpCage &cage, uint32_t devAddr, uint32_t
 
 bool sfpIsConsistent(const SfpModule &module) {
     return static_cast<uint32_t>(module.kind) < kSfpKinds && module.state <= SfpState::Dead &&
-           module.microwatts <= kSfpMostMicrowatts;
+           module.isLinkUp <= 1 && module.microwatts <= kSfpMostMicrowatts;
 }
 
 } // namespace vb

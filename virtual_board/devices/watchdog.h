@@ -33,4 +33,9 @@ constexpr void watchdogLine(Watchdog &watchdog, bool level, uint64_t nowNs) {
     watchdog.lineLevel = newLevel;
 }
 
+/** Whether the state is one that a watchdog can have. */
+constexpr bool watchdogIsConsistent(const Watchdog &watchdog) {
+    return watchdog.lineLevel <= 1;
+}
+
 } // namespace vb

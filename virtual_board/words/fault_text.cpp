@@ -3,7 +3,6 @@
 #include "virtual_board/board/paths.h"
 #include "virtual_board/devices/cpld.h"
 #include "virtual_board/devices/gpio.h"
-#include "virtual_board/devices/poe_settings.h"
 #include "virtual_board/words/values.h"
 
 #include <cstdlib>
@@ -13,9 +12,7 @@ namespace vb {
 
 namespace {
 
-constexpr int kHighestErrno = 4095;
-constexpr uint32_t kHighestTransferIndex = 4095;
-constexpr uint32_t kHighestRegisterIndex = 1;
+constexpr FaultArgument kByteOfRegister = {0, 1};
 
 template <typename Value>
 struct Word {
@@ -159,12 +156,13 @@ int32_t parseResult(const std::string &text) {
 }
 
 int32_t parseErrno(const std::string &text) {
-    for (int number = 1; number <= kHighestErrno; ++number) {
+    const int32_t highest = faultArgument(FaultEffect::Fails).highest;
+    for (int number = 1; number <= highest; ++number) {
         const char *name = strerrorname_np(number);
         if (name != nullptr && text == name)
             return number;
     }
-    const auto number = parseNumber(text, kHighestErrno);
+    const auto number = parseNumber(text, static_cast<uint32_t>(highest));
     if (!number.has_value() || *number == 0)
         throw Refused("'" + text + "' is not an error: give a name or a number, as in ENOENT or 2");
     return static_cast<int32_t>(*number);
@@ -175,14 +173,20 @@ std::string errnoText(int32_t number) {
     return name != nullptr ? name : std::to_string(number);
 }
 
+/** The argument of an effect that is a number. */
+int32_t parseArgument(const FaultArgument &argument, const std::string &text,
+                      const std::string &what) {
+    return static_cast<int32_t>(numberOf(text, static_cast<uint32_t>(argument.lowest),
+                                         static_cast<uint32_t>(argument.highest), what));
+}
+
 void parseCorruption(FaultRule &rule, const std::string &text) {
     const size_t colon = text.find(':');
     if (colon == std::string::npos)
         throw Refused("corrupt needs a byte's index and a mask, as in corrupt=0:0x80");
-    const uint32_t highest =
-        rule.device == FaultDevice::Cpld ? kHighestRegisterIndex : kHighestTransferIndex;
-    rule.argument =
-        static_cast<int32_t>(numberOf(text.substr(0, colon), 0, highest, "a byte's index"));
+    rule.argument = parseArgument(rule.device == FaultDevice::Cpld ? kByteOfRegister
+                                                                   : faultArgument(rule.effect),
+                                  text.substr(0, colon), "a byte's index");
     rule.mask = numberOf(text.substr(colon + 1), 1, 0xFF, "a mask");
 }
 
@@ -201,20 +205,17 @@ void parseEffect(FaultRule &rule, const std::string &text) {
         rule.argument = parseErrno(argument);
         break;
     case FaultEffect::PowerCut:
-        rule.argument = static_cast<int32_t>(numberOf(argument, 0, INT32_MAX, "a byte count"));
-        break;
     case FaultEffect::Short:
-        rule.argument =
-            static_cast<int32_t>(numberOf(argument, 0, kHighestTransferIndex, "a byte count"));
+        rule.argument = parseArgument(faultArgument(rule.effect), argument, "a byte count");
         break;
     case FaultEffect::Corrupt:
         parseCorruption(rule, argument);
         break;
     case FaultEffect::LateAnswer:
-        rule.argument = static_cast<int32_t>(numberOf(argument, 2, 255, "a read that gets it"));
+        rule.argument = parseArgument(faultArgument(rule.effect), argument, "a read that gets it");
         break;
     case FaultEffect::BadPort:
-        rule.argument = static_cast<int32_t>(numberOf(argument, 0, kPoePorts - 1, "a port"));
+        rule.argument = parseArgument(faultArgument(rule.effect), argument, "a port");
         break;
     case FaultEffect::NoAnswer:
     case FaultEffect::WrongEcho:

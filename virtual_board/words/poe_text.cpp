@@ -8,7 +8,6 @@ namespace vb {
 
 namespace {
 
-constexpr uint32_t kMostMilliwatts = 200000;
 constexpr const char *kSignatures[] = {"good", "bad", "legacy", "short", "open"};
 constexpr const char *kPhases[] = {"disabled",    "idle",       "detecting", "classifying", "held",
                                    "powering-up", "delivering", "denied",    "fault"};
@@ -39,9 +38,9 @@ void setPart(PoweredDevice &device, const std::string &word) {
     else if (name == "signature")
         device.signature = signatureOf(value);
     else if (name == "requests")
-        device.requestedMw = numberOf(name, value, kMostMilliwatts);
+        device.requestedMw = numberOf(name, value, kPoeMostMilliwatts);
     else if (name == "draws")
-        device.drawnMw = numberOf(name, value, kMostMilliwatts);
+        device.drawnMw = numberOf(name, value, kPoeMostMilliwatts);
     else
         throw Refused("'" + word +
                       "' is no part of a device: give 'none' or class=N signature=good "

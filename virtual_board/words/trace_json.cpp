@@ -56,8 +56,10 @@ const char *kindName(TraceKind kind) {
         return "mdio-write";
     case TraceKind::Console:
         return "console";
+    case TraceKind::Damaged:
+        break;
     }
-    return "unknown";
+    return "damaged";
 }
 
 bool isServed(const TraceRecord &record) {
@@ -139,6 +141,8 @@ json detailsJson(const TraceRecord &record) {
         return {{"first", record.devAddr}, {"second", record.offset}, {"value", readValue(record)}};
     case TraceKind::Console:
         return {{"speed", record.value}};
+    case TraceKind::Damaged:
+        break;
     }
     return json::object();
 }

@@ -119,12 +119,16 @@ std::string requestText(const TraceRecord &record) {
         return "MDIO write " + mdioText(record);
     case TraceKind::Console:
         return text("console speed %u", record.value);
+    case TraceKind::Damaged:
+        break;
     }
-    return "?";
+    return "damaged record";
 }
 
 /** How a request went when it did not go well. */
 std::string failureText(const TraceRecord &record) {
+    if (record.kind == TraceKind::Damaged)
+        return "";
     if (isOfFlash(record) && record.result == kPowerCutResult)
         return text(" -> power cut after 0x%x", record.value);
     if (record.error != 0 && isMdio(record))

@@ -50,10 +50,12 @@ std::string getSystemClock(const Target &target) {
 // The kernel's command line
 
 std::string getCommandLine(const Target &target) {
+    constexpr size_t kMost = 4096; // as much as kernels have
     std::ifstream file(target.folder.hostPath(kCommandLinePath).text);
-    std::string line;
-    std::getline(file, line);
-    return line;
+    std::string line(kMost, '\0');
+    file.read(line.data(), kMost);
+    line.resize(static_cast<size_t>(file.gcount()));
+    return line.substr(0, line.find('\n'));
 }
 
 void setCommandLine(const Target &target, const std::string &value) {

@@ -73,7 +73,7 @@ template <uint32_t index>
 void setDegrees(const Target &target, const std::string &value) {
     const bool isNegative = value.starts_with('-');
     const auto degrees = static_cast<int32_t>(
-        numberOf(value.substr(isNegative ? 1 : 0), 1000, "a temperature's amount"));
+        numberOf(value.substr(isNegative ? 1 : 0), kPmbusMostDegrees, "a temperature's amount"));
     target.supply().pmbus.degrees[index] = isNegative ? -degrees : degrees;
 }
 
@@ -169,9 +169,6 @@ std::string getPulses(const Target &target) {
     return std::to_string(target.devices().ptpPulses);
 }
 
-constexpr uint32_t kMostMillivolts = 127000; // of the output: what its format holds
-constexpr uint32_t kMostInput = 4000000;
-
 using P = PmbusSupply;
 
 /** A row of numbers of one supply. */
@@ -210,12 +207,12 @@ constexpr PropertyType kPowerProperties[] = {
      false, noteOfSupplyPresence},
     failure<&P::hasInputFailed>("supply.#.input"),
     failure<&P::hasOutputFailed>("supply.#.output"),
-    amount<&P::inputMv, kMostInput>("supply.#.input-voltage"),
-    amount<&P::inputMa, kMostInput>("supply.#.input-current"),
-    amount<&P::inputMw, kMostInput>("supply.#.input-power"),
-    amount<&P::outputMv, kMostMillivolts>("supply.#.output-voltage"),
-    amount<&P::outputMa, kMostInput>("supply.#.output-current"),
-    amount<&P::outputMw, kMostInput>("supply.#.output-power"),
+    amount<&P::inputMv, kPmbusMost>("supply.#.input-voltage"),
+    amount<&P::inputMa, kPmbusMost>("supply.#.input-current"),
+    amount<&P::inputMw, kPmbusMost>("supply.#.input-power"),
+    amount<&P::outputMv, kPmbusMostOutputMv>("supply.#.output-voltage"),
+    amount<&P::outputMa, kPmbusMost>("supply.#.output-current"),
+    amount<&P::outputMw, kPmbusMost>("supply.#.output-power"),
     temperature<0>("supply.#.temperature1"),
     temperature<1>("supply.#.temperature2"),
     temperature<2>("supply.#.temperature3"),
