@@ -7,7 +7,7 @@ namespace vb {
 
 namespace {
 
-constexpr uint8_t kSilence = 0xFF;
+constexpr uint8_t kUnknownByte = 0xFF;
 constexpr uint8_t kVoutMode = 0x20;
 constexpr uint8_t kVoutExponent = 0x17; // -9
 constexpr uint8_t kReadTemperature1 = 0x8D;
@@ -69,7 +69,7 @@ void pmbusBuild(PmbusSupply &supply) {
 }
 
 void pmbusRead(PmbusSupply &supply, uint8_t command, uint8_t *data, uint32_t length) {
-    std::memset(data, kSilence, length);
+    std::memset(data, kUnknownByte, length);
     ++supply.reads;
     if (supply.busyEvery != 0 && supply.reads % supply.busyEvery == 0)
         return;
