@@ -66,6 +66,7 @@ TEST_F(CompletionTest, OffersWhatTheProgramsTakeThere) {
         // options
         {{"iodbg", "watch", "--"}, {"--count", "--help", "--interval", "--json", "--version"}},
         {{"iodbg", "--"}, {"--help", "--json", "--version"}},
+        {{"vboard", "--"}, {"--help", "--version"}},
         {{"iodbg", "--json", "wat"}, {"watch", "watchdog"}},
         {{"iodbg", "watchdog", "feed", "--every", "2", "--c"}, {"--count"}},
         {{"iodbg", "eeprom", "dump", "--offset", "0", "--l"}, {"--length"}},

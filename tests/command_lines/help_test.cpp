@@ -8,6 +8,22 @@
 
 namespace {
 
+/** How a command is called, with names for what its groups take. */
+std::string callOf(const std::string &program, const CommandHelp &help,
+                   const std::vector<CommandHelp> &tree) {
+    std::string call = program;
+    std::vector<std::string> path;
+    for (const std::string &word : help.path) {
+        const auto group = std::find_if(tree.begin(), tree.end(),
+                                        [&](const CommandHelp &any) { return any.path == path; });
+        for (const HelpEntry &argument : group->arguments)
+            call += " " + argument.name;
+        call += " " + word;
+        path.push_back(word);
+    }
+    return call;
+}
+
 class HelpTest : public ::testing::TestWithParam<const char *> {};
 
 TEST_P(HelpTest, EveryCommandExplainsItselfAndAllItsWords) {
@@ -15,8 +31,7 @@ TEST_P(HelpTest, EveryCommandExplainsItselfAndAllItsWords) {
     EXPECT_GT(tree.size(), 10u);
     for (const CommandHelp &help : tree) {
         EXPECT_GT(help.text.find('\n'), 2u) << help.name() << ": the first line says what it does";
-        const std::string usage = "\nUsage: " + std::string(GetParam()) +
-                                  (help.path.empty() ? "" : " ") + help.name() + " ";
+        const std::string usage = "\nUsage: " + callOf(GetParam(), help, tree) + " ";
         EXPECT_NE(help.text.find(usage), std::string::npos) << help.text;
         for (const auto *entries : {&help.arguments, &help.options, &help.commands}) {
             for (const HelpEntry &entry : *entries)
@@ -42,6 +57,19 @@ TEST_P(HelpTest, ExitCodesAreListedForTheProgramAlone) {
     for (const CommandHelp &help : helpTree(GetParam()))
         EXPECT_EQ(help.text.find("Exit codes:") != std::string::npos, help.path.empty())
             << help.name();
+}
+
+TEST(VboardHelpTest, IsThatOfACommandWhoseFolderIsMissing) {
+    const std::string program = builtProgram("vboard");
+    for (const auto &[group, command] :
+         {std::pair{"fault", "add"}, std::pair{"flash", "mark-bad"}}) {
+        const ProcessResult whole = run({program, group, "x", command, "--help"});
+        EXPECT_EQ(whole.exitCode, 0);
+        const std::string usage =
+            "Usage: vboard " + std::string(group) + " DIR " + command + " [OPTIONS]";
+        EXPECT_NE(whole.out.find(usage), std::string::npos) << whole.out;
+        EXPECT_EQ(run({program, group, command, "--help"}).out, whole.out);
+    }
 }
 
 TEST(IodbgHelpTest, NamesEveryExitCode) {

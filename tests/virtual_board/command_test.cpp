@@ -52,6 +52,31 @@ TEST_F(CommandTest, AWrongCommandLineIsCode2) {
     expectFailure(2, "excludes", {"trace", board(), "--follow", "--clear"});
 }
 
+TEST_F(CommandTest, AWrongCommandLineNamesTheHelpThatTellsMore) {
+    const struct {
+        Words words;
+        std::string command;
+    } rows[] = {
+        {{}, "vboard"},
+        {{"dance"}, "vboard"},
+        {{"create", path("other")}, "vboard create"},
+        {{"get"}, "vboard get"},
+        {{"set", board(), "cpld.1"}, "vboard set"},
+        {{"fault", board()}, "vboard fault"},
+        {{"fault", board(), "add", "--device", "cpld"}, "vboard fault add"},
+        {{"fault", board(), "list", "--all"}, "vboard fault list"},
+        {{"flash", board(), "mark-bad", "12"}, "vboard flash mark-bad"},
+    };
+    for (const auto &row : rows)
+        expectFailure(2, "; '" + row.command + " --help' tells more\n", row.words);
+    const std::string missing = "DIR is missing in front of 'add'; 'vboard fault add --help'";
+    expectFailure(2, missing, {"fault", "add", "--device", "cpld", "--effect", "no-answer"});
+}
+
+TEST_F(CommandTest, PrintsItsVersion) {
+    EXPECT_EQ(vboard({"--version"}), "vboard " BSP_TEST_VERSION "\n");
+}
+
 TEST_F(CommandTest, CreateTakesTheIdentityFromItsOptions) {
     vboard({"create", "--model", "265", "--serial", "SN42", "--mac", "02:00:00:00:00:09",
             "--cmdline", "quiet bootver=7.7.7", path("other")});

@@ -2,6 +2,7 @@
 
 #include "virtual_board/board/create.h"
 #include "virtual_board/tool/commands.h"
+#include "virtual_board/tool/help.h"
 #include "virtual_board/words/values.h"
 
 #include <CLI/CLI.hpp>
@@ -342,6 +343,7 @@ int runCommandLine(int argc, char **argv) {
     Arguments arguments;
     Command todo;
     addCommands(app, arguments, todo);
+    app.set_version_flag("--version", "vboard " VBOARD_VERSION, "Print the version and exit");
 
     // What follows '--' is the program's own, options included, and not for this parser.
     std::vector<std::string> words(argv + 1, argv + argc);
@@ -354,10 +356,12 @@ int runCommandLine(int argc, char **argv) {
     std::reverse(words.begin(), words.end()); // the order in which CLI11 takes them
     try {
         app.parse(words);
-    } catch (const CLI::Success &help) {
-        return app.exit(help);
+    } catch (const CLI::CallForHelp &) {
+        todo = [&] { std::fputs(vboard::helpWanted(app).c_str(), stdout); };
+    } catch (const CLI::CallForVersion &version) {
+        todo = [text = std::string(version.what())] { std::puts(text.c_str()); };
     } catch (const CLI::ParseError &mistake) {
-        return fail(kUsage, std::string(mistake.what()) + "; 'vboard --help' tells more");
+        return fail(kUsage, vboard::mistakeText(app, mistake));
     }
     return carryOut(todo);
 }
