@@ -73,6 +73,14 @@ TEST_F(CommandTest, AWrongCommandLineNamesTheHelpThatTellsMore) {
     expectFailure(2, missing, {"fault", "add", "--device", "cpld", "--effect", "no-answer"});
 }
 
+TEST_F(CommandTest, ARuleForAPathOfAnyBytesIsListed) {
+    vboard({"fault", board(), "add", "--device", "/tmp/bsp/\xFF", "--op", "open", "--effect",
+            "open-fails=EIO"});
+    EXPECT_NE(vboard({"fault", board(), "list"}).find("/tmp/bsp/\xFF "), std::string::npos);
+    const json list = json::parse(vboard({"fault", board(), "list", "--json"}));
+    EXPECT_EQ(list.at(0)["device"], "/tmp/bsp/\xEF\xBF\xBD"); // the replacement character
+}
+
 TEST_F(CommandTest, PrintsItsVersion) {
     EXPECT_EQ(vboard({"--version"}), "vboard " BSP_TEST_VERSION "\n");
 }

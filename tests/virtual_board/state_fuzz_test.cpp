@@ -274,20 +274,25 @@ class StateFuzzTest : public ::testing::Test {
         EXPECT_TRUE(vb::createBoard(board(), options, error)) << error.text;
         std::fflush(nullptr);
         const pid_t child = fork();
-        if (child == 0) {
-            redirectOutput(reports());
-            alarm(kSecondsOfAState);
-            User user(board(), *progress_);
-            for (uint64_t number = first; number < behind && Clock::now() < end; ++number) {
-                progress_->state = number;
-                alarm(kSecondsOfAState);
-                user.useState(number);
-            }
-            _exit(EXIT_SUCCESS);
-        }
+        if (child == 0)
+            work(first, behind, end);
         int status = -1;
         waitpid(child, &status, 0);
         return status;
+    }
+
+    /** What the process does. What a command throws but refusals ends it with a report. */
+    [[noreturn]] void work(uint64_t first, uint64_t behind, Clock::time_point end) const noexcept {
+        redirectOutput(reports());
+        progress_->state = first;
+        alarm(kSecondsOfAState);
+        User user(board(), *progress_);
+        for (uint64_t number = first; number < behind && Clock::now() < end; ++number) {
+            progress_->state = number;
+            alarm(kSecondsOfAState);
+            user.useState(number);
+        }
+        _exit(EXIT_SUCCESS);
     }
 
     /** Whether a rule has cut the power, of which the process dies. */

@@ -61,7 +61,9 @@ void listFaults(const std::string &folder, bool asJson) {
             printFault(rule);
     }
     if (asJson)
-        std::printf("%s\n", list.dump(2).c_str());
+        // A path may hold any byte.
+        std::printf("%s\n",
+                    list.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
 }
 
 void clearFaults(const std::string &folder, const std::vector<std::string> &ids) {
