@@ -145,11 +145,10 @@ struct Progress {
 /** Sends away what the commands print; what a sanitizer reports goes to a file. */
 void redirectOutput(const std::string &reports) {
     const int file = open(reports.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    if (file < 0 || dup2(file, STDERR_FILENO) < 0 ||
-        std::freopen("/dev/null", "w", stdout) == nullptr)
+    if (file < 0 || dup2(file, STDERR_FILENO) < 0)
         _exit(EXIT_FAILURE);
     close(file);
-    stderr = std::fopen("/dev/null", "w");
+    silence();
 }
 
 class User {

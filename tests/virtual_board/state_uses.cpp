@@ -7,6 +7,8 @@
 #include "virtual_board/words/values.h"
 #include "virtual_board/words/world.h"
 
+#include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
 #include <mtd/mtd-user.h>
@@ -299,4 +301,10 @@ const std::vector<StateUse> kUses = {
 
 const std::vector<StateUse> &stateUses() {
     return kUses;
+}
+
+void silence() {
+    if (std::freopen("/dev/null", "w", stdout) == nullptr)
+        _exit(EXIT_FAILURE);
+    stderr = std::fopen("/dev/null", "w");
 }

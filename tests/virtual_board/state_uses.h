@@ -18,5 +18,8 @@ struct StateUse {
     void (*use)(const std::string &board, Random &random);
 };
 
-/** All uses. What one refuses it throws as an exception. */
+/** All uses. What one refuses it throws as vb::Refused. */
 const std::vector<StateUse> &stateUses();
+
+/** Sends away what this process prints, but for what is written to the descriptor of errors. */
+void silence();
