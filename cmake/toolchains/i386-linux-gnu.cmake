@@ -8,3 +8,6 @@ set(CMAKE_CXX_COMPILER g++-12)
 foreach(language C CXX)
   set(CMAKE_${language}_FLAGS_INIT "-m32 -idirafter /usr/include/x86_64-linux-gnu")
 endforeach()
+# The same compiler makes the host's own kind, with which 32-bit programs there get along.
+set(BSP_HOST_TRIPLET x86_64-linux-gnu)
+set(BSP_HOST_FLAGS -m64)

@@ -1,6 +1,7 @@
 // Commands that programs run through the shell. The tools that work on flash and console are the
 // board's own: their folder comes first in the command's search path.
 
+#include "virtual_board/os/program_start.h"
 #include "virtual_board/os/seam.h"
 
 #include <cstdio>
@@ -83,6 +84,8 @@ VB_SEAM(int, system, const char *command) {
                    stderr);
         return kNoCommand;
     }
+    if (!vb::putShellOnBoard())
+        return kNoCommand;
     char *line = boardCommand(command, tools.text, folder->path());
     if (line == nullptr)
         return -1;

@@ -33,11 +33,25 @@ class CannotStart : public std::exception {
     std::string reason_;
 };
 
+/** It can, but would be on the host. */
+class NotOnBoard : public CannotStart {
+  public:
+    using CannotStart::CannotStart;
+};
+
+/** How `vboard env` prints: line by line, as a shell's command, as arguments of the emulator. */
+enum class EnvironmentForm { Lines, Shell, Qemu };
+
 void create(const CreateArguments &arguments);
 void listModels(bool asJson);
 
-[[noreturn]] void runProgram(const std::string &folder, const std::vector<std::string> &program);
-void printEnvironment(const std::string &folder, bool forQemu);
+/** A word as shells take it, whatever it has in it: in quotes, or only where it needs them. */
+std::string shellQuoted(const std::string &word);
+std::string shellWord(const std::string &word);
+
+[[noreturn]] void runProgram(const std::string &folder, const std::vector<std::string> &program,
+                             bool allowsHost);
+void printEnvironment(const std::string &folder, EnvironmentForm form);
 
 void getProperties(const std::string &folder, const std::vector<std::string> &names, bool asJson);
 void setProperty(const std::string &folder, const std::string &name, const std::string &value);

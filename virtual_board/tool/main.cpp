@@ -12,7 +12,7 @@
 
 namespace {
 
-enum ExitCode { kDone = 0, kRefused = 1, kUsage = 2, kCannotStart = 3 };
+enum ExitCode { kDone = 0, kRefused = 1, kUsage = 2, kCannotStart = 3, kNotOnBoard = 125 };
 
 constexpr char kExitCodes[] =
     "Exit codes:\n"
@@ -21,7 +21,7 @@ constexpr char kExitCodes[] =
     "  2  the command line is wrong\n"
     "  3  the program of 'vboard run' cannot be started\n"
     "'vboard run' otherwise ends with the program's own exit code; 125 is "
-    "a program\nthat could not be connected to its board.\n";
+    "a program\nthat cannot be on its board: it is refused rather than run on the host.\n";
 
 /** What the command line asks for; filled by the parser, carried out afterwards. */
 using Command = std::function<void()>;
@@ -34,7 +34,9 @@ struct Arguments {
     std::string folder, name, value, partition, block;
     std::vector<std::string> names, ids, program;
     bool asJson = false;
+    bool allowsHost = false;
     bool forQemu = false;
+    bool forShell = false;
     bool isOnce = false;
     bool isWatching = false;
     double interval = 1;
@@ -108,6 +110,15 @@ void addListModels(CLI::App &app, Arguments &arguments, Command &todo) {
     command.callback([&] { todo = [&] { vboard::listModels(arguments.asJson); }; });
 }
 
+/** What is missing on a command line of run, with the right one. */
+std::string behindDashes(const std::string &folder, const std::vector<std::string> &program) {
+    std::string line = "vboard run " + vboard::shellWord(folder) + " --";
+    for (const std::string &word : program)
+        line += " " + vboard::shellWord(word);
+    return program.empty() ? "PROGRAM behind '--' is required: " + line + " PROGRAM [ARGUMENTS...]"
+                           : "'--' is missing before the program: " + line;
+}
+
 void addRun(CLI::App &app, Arguments &arguments, Command &todo) {
     CLI::App &command = addCommand(
         app, "run",
@@ -115,10 +126,21 @@ void addRun(CLI::App &app, Arguments &arguments, Command &todo) {
         "  vboard run board -- iodbg show\n"
         "  vboard run board -- sh -c 'cat /proc/cmdline'\n");
     addFolder(command, arguments.folder);
-    command.callback([&] {
-        if (arguments.program.empty())
-            throw CLI::RequiredError("PROGRAM behind '--'");
-        todo = [&] { vboard::runProgram(arguments.folder, arguments.program); };
+    command.add_flag(
+        "--allow-host", arguments.allowsHost,
+        "Also start programs that would be on the host: those that the board's library "
+        "cannot be loaded into");
+    // A program without '--' before it is not taken for more arguments of this command.
+    command.prefix_command();
+    command.callback([&arguments, &todo, app = &command] {
+        std::vector<std::string> words = app->remaining();
+        if (arguments.program.empty() || !words.empty()) {
+            words.insert(words.end(), arguments.program.begin(), arguments.program.end());
+            throw CLI::ParseError(behindDashes(arguments.folder, words), kUsage);
+        }
+        todo = [&] {
+            vboard::runProgram(arguments.folder, arguments.program, arguments.allowsHost);
+        };
     });
 }
 
@@ -128,11 +150,23 @@ void addEnv(CLI::App &app, Arguments &arguments, Command &todo) {
                    "Print the environment of a program on a board, for launchers that 'vboard run' "
                    "cannot start",
                    "  env $(vboard env board) iodbg show\n"
+                   "  eval \"$(vboard env --shell board)\"\n"
                    "  qemu-mips -L /usr/mips-linux-gnu $(vboard env --qemu board) ./iodbg show\n");
     addFolder(command, arguments.folder);
-    command.add_flag("--qemu", arguments.forQemu, "Print arguments for qemu's user emulation");
-    command.callback(
-        [&] { todo = [&] { vboard::printEnvironment(arguments.folder, arguments.forQemu); }; });
+    CLI::Option *forQemu =
+        command.add_flag("--qemu", arguments.forQemu, "Print arguments for qemu's user emulation");
+    command
+        .add_flag("--shell", arguments.forShell,
+                  "Print a command for 'eval', which puts a shell's programs on the board")
+        ->excludes(forQemu);
+    command.callback([&] {
+        todo = [&] {
+            using Form = vboard::EnvironmentForm;
+            vboard::printEnvironment(arguments.folder, arguments.forShell  ? Form::Shell
+                                                       : arguments.forQemu ? Form::Qemu
+                                                                           : Form::Lines);
+        };
+    });
 }
 
 void addGet(CLI::App &app, Arguments &arguments, Command &todo) {
@@ -326,6 +360,8 @@ int fail(ExitCode code, const std::string &reason) {
 int carryOut(const Command &todo) {
     try {
         todo();
+    } catch (const vboard::NotOnBoard &refusal) {
+        return fail(kNotOnBoard, refusal.what());
     } catch (const vboard::CannotStart &failure) {
         return fail(kCannotStart, failure.what());
     } catch (const std::exception &refusal) {

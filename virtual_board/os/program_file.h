@@ -1,0 +1,67 @@
+#pragma once
+// What the kernel and the loader will make of a program's file: whether the seam can be loaded into
+// it. Only system calls and a small stack: children of vfork look at programs, too.
+
+#include <cstdint>
+
+namespace vb {
+
+/** What programs and their libraries have in common. */
+struct Machine {
+    uint8_t wordSize;  // ELFCLASS32, ELFCLASS64
+    uint8_t byteOrder; // ELFDATA2LSB, ELFDATA2MSB
+    uint16_t number;   // EM_...
+
+    bool operator==(const Machine &) const = default;
+};
+
+enum class Fitness : uint8_t {
+    NotStarted, // the kernel will say why
+    Fits,       // for a seam of the same machine
+    NoSeam,     // there is none of its machine
+    Static,
+    OtherLoader,
+    OtherIds,
+    Capabilities,
+    Unreadable
+};
+
+/** Whether a program would be started, but not be on its board. */
+constexpr bool isUnfit(Fitness fitness) {
+    return fitness != Fitness::NotStarted && fitness != Fitness::Fits;
+}
+
+/** A program's file, or that of a script's interpreter. */
+struct ProgramFile {
+    static constexpr unsigned kMaxInterpreter = 256; // the kernel's
+    static constexpr unsigned kMaxRuntime = 48;
+
+    Fitness fitness = Fitness::NotStarted;
+    Machine machine = {};
+    /** What the kernel starts in place of a script; empty for other programs. */
+    char interpreter[kMaxInterpreter] = {};
+    /** A sanitizer's library that wants to be loaded before all others; empty when there is none.
+     */
+    char runtime[kMaxRuntime] = {};
+};
+
+/**
+ * Looks at the file that execveat(folder, path, ..., flags) would start. Files that the kernel does
+ * not know stand for scripts of the shell.
+ */
+ProgramFile examineProgram(int folder, const char *path, int flags = 0);
+
+/** Whether a file is a library or program of a machine. */
+bool isOfMachine(const char *path, const Machine &machine);
+
+/** Whether the kernel would start a file, as far as its kind and mode tell. */
+bool isExecutable(int folder, const char *path, int flags = 0);
+
+/** Why a program is not started on a board: parts of one line. */
+struct Refusal {
+    static constexpr unsigned kParts = 6;
+    const char *parts[kParts];
+};
+Refusal refusalOf(const ProgramFile &program, const char *path);
+
+} // namespace vb
