@@ -4,11 +4,16 @@
 #include "tests/virtual_board/command_test.h"
 #include "virtual_board/os/program_file.h"
 
+#include <cstddef>
+#include <elf.h>
 #include <fcntl.h>
 #include <functional>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace {
@@ -103,6 +108,19 @@ TEST_F(ExecTest, RunRefusesWhatWouldBeOnTheHost) {
     EXPECT_EQ(result.err, lineOf("static_program", "is statically linked"));
 }
 
+TEST_F(ExecTest, AProgramOfAMachineWithoutASeamIsRefused) {
+    const std::string program = path("program");
+    fs::copy_file("/bin/true", program);
+    std::fstream file(program, std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(offsetof(Elf64_Ehdr, e_machine)).write("\xF0\xF0", 2);
+    file.close();
+    const std::string reason = "is for a machine of which no libvboard.so is beside this one";
+    expectFailure(125, program + " " + reason, {"run", board(), "--", program});
+    const ProcessResult result = start("execve", {program});
+    EXPECT_EQ(result.out, "ENOEXEC\n");
+    EXPECT_EQ(result.err, lineOf(program, reason));
+}
+
 TEST_F(ExecTest, RunRefusesWhatIsStartedWithOtherRights) {
     if (geteuid() != 0)
         GTEST_SKIP() << "only root can give files away";
@@ -115,48 +133,95 @@ TEST_F(ExecTest, RunRefusesWhatIsStartedWithOtherRights) {
     EXPECT_EQ(onBoard({program}, {}, {"--allow-host"}).exitCode, 0);
 }
 
-TEST_F(ExecTest, TheKernelAgreesWhichProgramsAreStartedWithOtherRights) {
-    if (geteuid() != 0)
-        GTEST_SKIP() << "only root can give files away";
-    ASSERT_EQ(chmod(path("").c_str(), 0755), 0);
-    const std::string program = path("program");
-    fs::copy_file(builtProgram("start_programs"), program);
+/** What is thought of a program's rights, beside what the kernel does with them. */
+class ProgramRightsAtWorkTest : public ExecTest {
+  protected:
+    void SetUp() override {
+        if (geteuid() != 0)
+            GTEST_SKIP() << "only root can give files away";
+        ASSERT_EQ(chmod(path("").c_str(), 0755), 0);
+        fs::copy_file(builtProgram("start_programs"), program());
+    }
+
+    std::string program() const { return path("program"); }
+
+    /** Whether the loader is careful with the program, after a change of the process. */
+    bool isCareful(const std::function<bool()> &change) const {
+        constexpr int kDiffers = 2;
+        constexpr int kNotTried = 4;
+        const pid_t child = fork();
+        if (child == 0) {
+            if (!change())
+                _exit(kNotTried);
+            const vb::Fitness fitness = vb::examineProgram(AT_FDCWD, program().c_str()).fitness;
+            if (fitness == vb::Fitness::Unreadable || fitness == vb::Fitness::NotStarted)
+                _exit(0);
+            const char *thought = fitness == vb::Fitness::Fits ? "0" : "1";
+            execl(program().c_str(), "program", "compare", thought, nullptr);
+            _exit(kDiffers);
+        }
+        int status = 0;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(WEXITSTATUS(status) & (kDiffers | kNotTried), 0);
+        return WEXITSTATUS(status) == 1;
+    }
+
+    static bool becomeNobody() { return setgid(kNobody) == 0 && setuid(kNobody) == 0; }
+};
+
+TEST_F(ProgramRightsAtWorkTest, TheKernelAgreesOnIds) {
     const std::function<bool()> changes[] = {
         [] { return true; },
         [] { return setegid(kNobody) == 0; },
         [] { return seteuid(kNobody) == 0; },
-        [] { return setgid(kNobody) == 0 && setuid(kNobody) == 0; },
+        becomeNobody,
         [] { return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0; },
     };
     int careful = 0;
     for (const uid_t user : {uid_t{0}, kNobody}) {
         for (const mode_t mode : {00755u, 04755u, 02755u, 02745u, 06755u, 00711u}) {
-            ASSERT_EQ(chown(program.c_str(), user, user), 0);
-            ASSERT_EQ(chmod(program.c_str(), mode), 0);
+            ASSERT_EQ(chown(program().c_str(), user, user), 0);
+            ASSERT_EQ(chmod(program().c_str(), mode), 0);
             for (const auto &change : changes) {
-                // The child tells what is thought of the program, then is it.
-                const pid_t child = fork();
-                if (child == 0) {
-                    constexpr int kDiffers = 3;
-                    if (!change())
-                        _exit(kDiffers);
-                    const vb::Fitness fitness =
-                        vb::examineProgram(AT_FDCWD, program.c_str()).fitness;
-                    if (fitness == vb::Fitness::Unreadable || fitness == vb::Fitness::NotStarted)
-                        _exit(0);
-                    const char *thought = fitness == vb::Fitness::OtherIds ? "1" : "0";
-                    execl(program.c_str(), "program", "compare", thought, nullptr);
-                    _exit(kDiffers);
-                }
-                int status = 0;
-                ASSERT_EQ(waitpid(child, &status, 0), child);
-                EXPECT_EQ(WEXITSTATUS(status) & 2, 0)
-                    << user << ' ' << std::oct << mode << ' ' << &change - changes;
-                careful += WEXITSTATUS(status) & 1;
+                SCOPED_TRACE(::testing::Message()
+                             << user << ' ' << std::oct << mode << ' ' << &change - changes);
+                careful += isCareful(change) ? 1 : 0;
             }
         }
     }
     EXPECT_GT(careful, 10);
+}
+
+TEST_F(ProgramRightsAtWorkTest, TheKernelAgreesOnCapabilities) {
+    // CAP_NET_RAW, permitted and effective, as setcap writes it.
+    constexpr unsigned char kNetRaw[20] = {0x01, 0, 0, 0x02, 0, 0x20};
+    if (setxattr(program().c_str(), "security.capability", kNetRaw, sizeof(kNetRaw), 0) != 0)
+        GTEST_SKIP() << "files have no capabilities here";
+    EXPECT_TRUE(isCareful(becomeNobody));
+    EXPECT_FALSE(isCareful([] { return true; }));
+}
+
+TEST_F(ProgramRightsAtWorkTest, TheKernelAgreesWhereFilesGiveNoRights) {
+    ASSERT_EQ(chown(program().c_str(), kNobody, kNobody), 0);
+    ASSERT_EQ(chmod(program().c_str(), 06755), 0);
+    EXPECT_TRUE(isCareful([] { return true; }));
+    const std::string folder = path("");
+    const auto forbid = [&] {
+        constexpr unsigned long kBind = MS_BIND;
+        return unshare(CLONE_NEWNS) == 0 &&
+               mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+               mount(folder.c_str(), folder.c_str(), nullptr, kBind, nullptr) == 0 &&
+               mount(nullptr, folder.c_str(), nullptr, kBind | MS_REMOUNT | MS_NOSUID, nullptr) ==
+                   0;
+    };
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(forbid() ? 0 : 1);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    if (status != 0)
+        GTEST_SKIP() << "nothing can be mounted here";
+    EXPECT_FALSE(isCareful(forbid));
 }
 
 TEST_F(ExecTest, ThoseWhoMeanItMayStartThem) {

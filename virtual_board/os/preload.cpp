@@ -19,6 +19,7 @@ constexpr int kCannotAttach = 125;
     _exit(kCannotAttach);
 }
 
+#ifndef VBOARD_SHELL_IS_FOREIGN
 /**
  * Takes the sanitizer's library that was put before the seam out of the list: programs that this
  * one starts get their own.
@@ -36,6 +37,7 @@ void disownRuntime() {
     if (isIts && (start == list || start[-1] == ':'))
         std::memmove(start, seam + 1, std::strlen(seam + 1) + 1);
 }
+#endif
 
 __attribute__((constructor)) void attachFromEnvironment() {
     // Two seams in one program would count each use twice.
