@@ -182,6 +182,9 @@ TEST_F(ProgramFileTest, ProgramsThatNoSeamIsLoadedIntoAreKnown) {
             EXPECT_EQ(fitness(put("gnu", ElfWriter(machine).withLoader(loader).content())),
                       Fitness::Fits)
                 << loader;
+        const std::string user =
+            ElfWriter(machine).withLibrary(DT_NEEDED, "ld-linux.so.2").content();
+        EXPECT_EQ(fitness(put("user", user)), Fitness::Static);
         // The loader itself, started as a program.
         const std::string loader =
             ElfWriter(machine).withLibrary(DT_SONAME, "ld-linux.so.2").content();
@@ -201,6 +204,8 @@ TEST_F(ProgramFileTest, TheSanitizersLibraryIsTold) {
     EXPECT_STREQ(examine(putProgram("tsan", kPc, "libtsan.so.2")).runtime, "libtsan.so.2");
     EXPECT_STREQ(examine(putProgram("clang", kPc, "libclang_rt.asan-x86_64.so")).runtime,
                  "libclang_rt.asan-x86_64.so");
+    const std::string itself = ElfWriter(kPc).withLibrary(DT_SONAME, "libasan.so.8").content();
+    EXPECT_STREQ(examine(put("itself", itself)).runtime, "");
     EXPECT_STREQ(examine(putProgram("long", kPc, "libasan.so" + std::string(300, '8'))).runtime,
                  "");
 }

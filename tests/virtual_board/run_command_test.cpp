@@ -52,6 +52,14 @@ TEST_F(RunTest, AProgramThatCannotStartIsCode3) {
     EXPECT_EQ(result.err, "vboard: cannot start /etc: Permission denied\n");
 }
 
+TEST_F(RunTest, AnEmptyEnvironmentWillDo) {
+    const ProcessResult result =
+        run({"env", "-i", builtProgram("vboard"), "run", board(), "--", "sh", "-c",
+             "cat /proc/cmdline; flash_erase -q /dev/mtd4 0 1"});
+    EXPECT_EQ(result.out.substr(0, 7), "console") << result.err;
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+}
+
 TEST_F(RunTest, ProgramsThatTheBoardDoesNotConcernBehaveAsWithoutIt) {
     std::ofstream(path("file")) << "some text\nof two lines\n";
     const Words programs[] = {

@@ -61,12 +61,19 @@ static int runInVfork(char **words) {
     return error == 0 ? waitFor(child) : fail(error);
 }
 
+static void appendOwn(char *setting, size_t size, const char *name) {
+    const char *value = getenv(name);
+    if (value != NULL)
+        strncat(setting, value, size - strlen(setting) - 1);
+}
+
 int main(int argc, char **argv) {
     char *none[] = {NULL};
     char **noArray = NULL;
     char *replaced[] = {"HOME=/", "LD_PRELOAD=libdl.so.2", "VBOARD_DIR=", NULL};
-    static char ours[4096] = "LD_PRELOAD=";
-    char *twice[] = {ours, "LD_PRELOAD=", NULL};
+    static char list[4096] = "LD_PRELOAD=";
+    static char board[4096] = "VBOARD_DIR=";
+    char *twice[] = {list, board, "LD_PRELOAD=", NULL};
     const char *way = argc > 2 ? argv[1] : "";
     char **words = argv + 2;
     char *first = argc > 2 ? argv[2] : NULL;
@@ -74,8 +81,8 @@ int main(int argc, char **argv) {
     char *third = argc > 4 ? argv[4] : NULL;
     pid_t child = 0;
 
-    if (getenv("LD_PRELOAD") != NULL)
-        strncat(ours, getenv("LD_PRELOAD"), sizeof(ours) - strlen(ours) - 1);
+    appendOwn(list, sizeof(list), "LD_PRELOAD");
+    appendOwn(board, sizeof(board), "VBOARD_DIR");
     /* Whether the loader is careful with this program: 1, and 2 when something else was thought. */
     if (isWay(way, "compare"))
         return getauxval(AT_SECURE) == 0 ? (*first == '0' ? 0 : 2) : (*first == '1' ? 1 : 3);

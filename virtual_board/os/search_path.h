@@ -6,11 +6,13 @@
 
 namespace vb {
 
+constexpr char kUsualFolders[] = "/bin:/usr/bin"; // without PATH
+
 class SearchPath {
   public:
     explicit SearchPath(const char *name) : name_(name), folders_(std::getenv("PATH")) {
         if (folders_ == nullptr)
-            folders_ = "/bin:/usr/bin";
+            folders_ = kUsualFolders;
         if (std::strchr(name, '/') != nullptr)
             folders_ = ""; // the name is a path
     }

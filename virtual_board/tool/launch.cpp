@@ -125,7 +125,8 @@ void runProgram(const std::string &folder, const std::vector<std::string> &progr
     // Shells of the board find the tools that work on it, as programs do that run commands.
     const char *path = std::getenv("PATH");
     const fs::path tools = fs::path(findLibrary()).parent_path() / vb::kToolFolder;
-    setenv("PATH", (tools.string() + (path != nullptr ? ":" + std::string(path) : "")).c_str(), 1);
+    const std::string folders = path != nullptr ? path : vb::kUsualFolders;
+    setenv("PATH", (tools.string() + ":" + folders).c_str(), 1);
     setenv(vb::kPreloadVariable, preloadList(examine(program[0]), program[0]).c_str(), 1);
     std::vector<char *> words;
     words.reserve(program.size() + 1);
