@@ -229,6 +229,14 @@ TEST_F(ExecTest, ThoseWhoMeanItMayStartThem) {
     EXPECT_EQ(onBoard({program}, {}, {"--allow-host"}).out, "on the host\n");
     EXPECT_EQ(onBoard({"env", "-i", "/bin/sh", "-c", program}, {}, {"--allow-host"}).out,
               "on the host\n");
+    EXPECT_EQ(
+        onBoard({"env", "-u", "VBOARD_ALLOW_HOST", "/bin/sh", "-c", program}, {}, {"--allow-host"})
+            .out,
+        "on the host\n");
+    EXPECT_EQ(
+        onBoard({builtProgram("start_programs"), "execve-empty", program}, {}, {"--allow-host"})
+            .out,
+        "on the host\n");
     EXPECT_EQ(onBoard({"sh", "-c", "VBOARD_ALLOW_HOST=1 " + program}).out, "on the host\n");
     EXPECT_EQ(onBoard({"cat", "/proc/cmdline"}, {}, {"--allow-host"}).out, kCommandLine);
     EXPECT_EQ(onBoard({program}, {"VBOARD_ALLOW_HOST="}).exitCode, 125);
