@@ -18,7 +18,12 @@ namespace {
 
 using Words = char *const *;
 
-constexpr int kFailed = -1; // of functions that set errno
+/** How a function tells why it fails. */
+enum class Failure { InErrno, AsResult };
+
+int fail(Failure failure, int error) {
+    return failure == Failure::AsResult ? error : vb::failWith(error);
+}
 
 /** The environment that the C library hands on by itself. */
 Words ownEnvironment() {
@@ -26,27 +31,38 @@ Words ownEnvironment() {
 }
 
 /**
- * Starts the file that execveat would start, with the C library's function for it. refused is what
- * that answers when it fails with ENOEXEC. Nothing here allocates: children of vfork come this way.
+ * Starts the file that execveat would start, with the C library's function for it. Nothing here
+ * allocates: children of vfork come this way, and never come back.
  */
 template <typename Start>
-int startFile(int folder, const char *path, int flags, Words environment, int refused,
+int startFile(int folder, const char *path, int flags, Words environment, Failure failure,
               Start start) {
     const vb::ProgramStart program(folder, path, flags, environment);
     if (program.isRefused())
-        return refused;
+        return fail(failure, ENOEXEC);
     const size_t size = program.environmentSize();
     return start(size == 0 ? environment : program.makeEnvironment(alloca(size)));
 }
 
 /** The same of a path; the C library's function takes it as the host has it. */
 template <typename Start>
-int startPath(const char *path, Words environment, int refused, Start start) {
-    const vb::HostPath target(path);
-    if (path == nullptr)
-        return start(path, environment);
-    return startFile(AT_FDCWD, target.get(), 0, environment, refused,
-                     [&](Words handedOn) { return start(target.get(), handedOn); });
+int startPath(int folder, const char *path, int flags, Words environment, Failure failure,
+              Start start) {
+    if (path == nullptr || *path == '\0')
+        return startFile(folder, path != nullptr ? path : "", flags, environment, failure,
+                         [&](Words handedOn) { return start(path, handedOn); });
+    char *host = nullptr;
+    {
+        const bool isKept = (flags & AT_SYMLINK_NOFOLLOW) != 0;
+        const vb::HostPath target(path, isKept ? vb::LastLink::Kept : vb::LastLink::Followed,
+                                  folder);
+        if (target.error() != 0)
+            return fail(failure, target.error());
+        host = static_cast<char *>(alloca(std::strlen(target.get()) + 1));
+        std::strcpy(host, target.get());
+    }
+    return startFile(folder, host, flags, environment, failure,
+                     [&](Words handedOn) { return start(host, handedOn); });
 }
 
 /**
@@ -54,32 +70,35 @@ int startPath(const char *path, Words environment, int refused, Start start) {
  * is looked at; finding it again, or saying why there is none, is the C library's.
  */
 template <typename Start>
-int startName(const char *name, Words environment, int refused, Start start) {
+int startName(const char *name, Words environment, Failure failure, Start start) {
     if (name == nullptr || *name == '\0' || std::strchr(name, '/') != nullptr)
-        return startPath(name, environment, refused, start);
+        return startPath(AT_FDCWD, name, 0, environment, failure, start);
     const vb::SearchPath places(name);
     auto *path = static_cast<char *>(alloca(places.size()));
-    const auto isProgram = [](const char *place) {
-        return vb::isExecutable(AT_FDCWD, vb::HostPath(place).get());
+    bool isOnBoard = false;
+    const auto isProgram = [&](const char *place) {
+        const vb::HostPath target(place);
+        isOnBoard = target.isOfBoard();
+        return target.error() == 0 && vb::isExecutable(AT_FDCWD, target.get());
     };
     if (!places.find(path, isProgram))
         return start(name, environment);
-    const vb::HostPath target(path);
-    return startFile(AT_FDCWD, target.get(), 0, environment, refused, [&](Words handedOn) {
-        return start(target.isOfBoard() ? target.get() : name, handedOn);
-    });
+    return startPath(
+        AT_FDCWD, path, 0, environment, failure,
+        [&](const char *host, Words handedOn) { return start(isOnBoard ? host : name, handedOn); });
 }
 
 } // namespace
 
 VB_SEAM(int, execve, const char *path, Words arguments, Words environment) {
-    return startPath(path, environment, kFailed, [=](const char *host, Words handedOn) {
-        return VB_NEXT(execve)(host, arguments, handedOn);
-    });
+    return startPath(AT_FDCWD, path, 0, environment, Failure::InErrno,
+                     [=](const char *host, Words handedOn) {
+                         return VB_NEXT(execve)(host, arguments, handedOn);
+                     });
 }
 
 VB_SEAM(int, execvpe, const char *name, Words arguments, Words environment) {
-    return startName(name, environment, kFailed, [=](const char *host, Words handedOn) {
+    return startName(name, environment, Failure::InErrno, [=](const char *host, Words handedOn) {
         return VB_NEXT(execvpe)(host, arguments, handedOn);
     });
 }
@@ -93,16 +112,16 @@ VB_SEAM(int, execvp, const char *name, Words arguments) {
 }
 
 VB_SEAM(int, fexecve, int file, Words arguments, Words environment) {
-    return startFile(file, "", AT_EMPTY_PATH, environment, kFailed,
+    return startFile(file, "", AT_EMPTY_PATH, environment, Failure::InErrno,
                      [=](Words handedOn) { return VB_NEXT(fexecve)(file, arguments, handedOn); });
 }
 
 VB_SEAM(int, execveat, int folder, const char *path, Words arguments, Words environment,
         int flags) {
-    const vb::HostPath target(path);
-    return startFile(folder, target.get(), flags, environment, kFailed, [&](Words handedOn) {
-        return VB_NEXT(execveat)(folder, target.get(), arguments, handedOn, flags);
-    });
+    return startPath(folder, path, flags, environment, Failure::InErrno,
+                     [=](const char *host, Words handedOn) {
+                         return VB_NEXT(execveat)(folder, host, arguments, handedOn, flags);
+                     });
 }
 
 // The arguments of these are a list that ends with a null pointer; behind it one has the
@@ -130,14 +149,15 @@ VB_SEAM_LIST(execlp, vbSeam_execvpe, ownEnvironment())
 
 VB_SEAM(int, posix_spawn, void *child, const char *path, const void *actions,
         const void *attributes, Words arguments, Words environment) {
-    return startPath(path, environment, ENOEXEC, [=](const char *host, Words handedOn) {
-        return VB_NEXT(posix_spawn)(child, host, actions, attributes, arguments, handedOn);
-    });
+    return startPath(
+        AT_FDCWD, path, 0, environment, Failure::AsResult, [=](const char *host, Words handedOn) {
+            return VB_NEXT(posix_spawn)(child, host, actions, attributes, arguments, handedOn);
+        });
 }
 
 VB_SEAM(int, posix_spawnp, void *child, const char *name, const void *actions,
         const void *attributes, Words arguments, Words environment) {
-    return startName(name, environment, ENOEXEC, [=](const char *host, Words handedOn) {
+    return startName(name, environment, Failure::AsResult, [=](const char *host, Words handedOn) {
         return VB_NEXT(posix_spawnp)(child, host, actions, attributes, arguments, handedOn);
     });
 }
