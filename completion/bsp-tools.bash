@@ -110,7 +110,7 @@ _bsp_first_words() {
 }
 
 _bsp_properties() {
-    "$1" get "$2" --json 2>/dev/null | sed -n 's/^  "\([^"]*\)": .*/\1/p'
+    "$1" get "$2" --json 2>/dev/null | sed -n '/\.note": /d; s/^  "\([^"]*\)": .*/\1/p'
 }
 
 # Answers those of some words, one a line, that begin with what has been typed.

@@ -131,7 +131,7 @@ TEST_F(DamagedStateTest, RulesThatCannotBeFollowedAreRefused) {
     addFault(shortTransfer("/tmp/bsp/devId", vb::FaultOp::Read, 2));
     addFault(ioctlFails(vb::FaultDevice::Cpld, vb::FaultOp::Read, 5));
     vb::FaultRule &rule = board().faults.rule[0];
-    expectRefused(kRules, rule.device, 6);
+    expectRefused(kRules, rule.device, 7);
     expectRefused(kRules, rule.op, 12);
     expectRefused(kRules, rule.when, 3);
     expectRefused(kRules, rule.effect, 14);

@@ -49,7 +49,7 @@ bool isDue(const FaultRule &rule) {
 
 bool isPossible(const FaultRule &rule) {
     const FaultArgument argument = faultArgument(rule.effect);
-    return rule.device <= FaultDevice::Mtd && rule.op <= FaultOp::Map &&
+    return rule.device <= FaultDevice::Console && rule.op <= FaultOp::Map &&
            rule.when <= FaultWhen::FromOn && rule.effect <= FaultEffect::PowerCut &&
            rule.hasAddress <= 1 && rule.hasOffset <= 1 && rule.nth != 0 &&
            rule.argument >= argument.lowest && rule.argument <= argument.highest &&

@@ -92,11 +92,6 @@ bool BoardFolder::open(const char *path, FolderError &error) {
                         path, kRootFolder, needed);
         }
     }
-    if (access(lockPath_, R_OK | W_OK) != 0) {
-        close();
-        return fail(error, "%s cannot be used: %s cannot be opened for reading and writing: %s",
-                    path, kLockFile, std::strerror(errno));
-    }
     if (sizeOf(ownFile(kRegisterPageFile).text) != kMdioPageSize) {
         close();
         return fail(error, "%s is damaged: %s is missing or no page; create the board again", path,
