@@ -1,3 +1,4 @@
+#include "virtual_board/os/path_glance.h"
 #include "virtual_board/os/seam.h"
 
 #include <cstdio>
@@ -48,16 +49,25 @@ const BoardFolder *attachedFolder() {
     return attached;
 }
 
-HostPath::HostPath(const char *path, LastLink last, int folder) : path_(path) {
+HostPath::HostPath(const char *path, LastLink last, int folder, Use use) : path_(path) {
     if (attached == nullptr || path == nullptr)
         return;
+    const bool isWithinBoard =
+        use == Use::Opened && path[0] != '/' && mayBeOnBoard(*attached, folder);
+    if (!isWithinBoard && leadsPastBoard(*attached, folder, path, last))
+        return;
     const int savedErrno = errno;
+    walk(folder, last);
+    errno = savedErrno;
+}
+
+void HostPath::walk(int folder, LastLink last) {
     auto *memory = static_cast<WalkMemory *>(scratch_.take());
     if (memory == nullptr) {
         error_ = ENOMEM;
         return;
     }
-    const PathWalk walk(*attached, *memory, folder, path, last);
+    const PathWalk walk(*attached, *memory, folder, path_, last);
     switch (walk.end()) {
     case PathWalk::End::Host:
         if (walk.isInFolder())
@@ -75,11 +85,10 @@ HostPath::HostPath(const char *path, LastLink last, int folder) : path_(path) {
         error_ = walk.error();
         break;
     case PathWalk::End::Unknown:
-        traceUnknownPath(path);
+        traceUnknownPath(path_);
         error_ = EACCES;
         break;
     }
-    errno = savedErrno;
 }
 
 } // namespace vb

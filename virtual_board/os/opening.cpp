@@ -47,7 +47,7 @@ vb::LastLink lastLinkFor(int flags) {
  */
 template <typename Result, typename Open>
 Result openPath(int folder, const char *path, int flags, Result failed, Open openOnHost) {
-    const vb::HostPath target(path, lastLinkFor(flags), folder);
+    const vb::HostPath target(path, lastLinkFor(flags), folder, vb::HostPath::Use::Opened);
     if (!target.isOfBoard())
         return vb::callWithPath(target, failed, openOnHost);
     const vb::FaultRule fault = vb::fileFault(vb::FaultOp::Open, target.onBoard());

@@ -56,7 +56,11 @@ bool findTools(HostPathBuffer &tools);
  */
 class HostPath {
   public:
-    explicit HostPath(const char *path, LastLink last = LastLink::Followed, int folder = AT_FDCWD);
+    /** What is done with the file: uses that start at one of the board's folders count as its. */
+    enum class Use { Named, Opened };
+
+    explicit HostPath(const char *path, LastLink last = LastLink::Followed, int folder = AT_FDCWD,
+                      Use use = Use::Named);
 
     /** Why there is nothing that the path leads to; 0 when there may be. */
     int error() const { return error_; }
@@ -66,6 +70,8 @@ class HostPath {
     const char *onBoard() const { return boardPath_; }
 
   private:
+    void walk(int folder, LastLink last);
+
     const char *path_;
     const char *boardPath_ = nullptr;
     int error_ = 0;
