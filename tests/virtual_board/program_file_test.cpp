@@ -20,6 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using vb::Fitness;
+using Seam = vb::PreloadList::Seam;
 
 /** A file as linkers write it, of any machine: its header, segments, and what these hold. */
 class ElfWriter {
@@ -128,9 +129,8 @@ class ProgramFileTest : public ::testing::Test {
     static Fitness fitness(const std::string &program) { return examine(program).fitness; }
 
     static std::string listFor(const vb::ProgramFile &program, const std::string &library,
-                               const char *inherited = nullptr) {
-        const vb::PreloadList list(program, library.c_str(), inherited,
-                                   vb::PreloadList::Seam::Inherited);
+                               const char *inherited = nullptr, Seam preferred = Seam::Inherited) {
+        const vb::PreloadList list(program, library.c_str(), inherited, preferred);
         if (!list.hasSeam())
             return "(none)";
         std::string text(list.size(), '#');
@@ -394,6 +394,9 @@ TEST_F(ProgramFileTest, TheListKeepsWhatIsInheritedInFront) {
               "a.so:" + path("i386-linux-gnu/../libvboard.so"));
     EXPECT_EQ(listFor(pc, ours, "mylibvboard.so:libvboard.so:/x/libvboard.so"),
               "mylibvboard.so:" + ours);
+    const std::string fitting = putSeam("other/libvboard.so", kPc);
+    EXPECT_EQ(listFor(pc, ours, fitting.c_str()), fitting);
+    EXPECT_EQ(listFor(pc, ours, fitting.c_str(), Seam::Own), ours);
     const vb::ProgramFile sanitized = examine(putProgram("sanitized", kPc, "libasan.so.8"));
     EXPECT_EQ(listFor(sanitized, ours, "a.so"), "a.so:libasan.so.8:" + ours);
 }
