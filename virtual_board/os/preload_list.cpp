@@ -85,7 +85,8 @@ bool PreloadList::isSeam(const Part &part) {
 
 PreloadList::PreloadList(const ProgramFile &program, const char *library, const char *inherited,
                          Seam preferred)
-    : program_(program), library_(library), inherited_(inherited) {
+    : library_(library), inherited_(inherited), fitness_(program.fitness) {
+    std::memcpy(runtime_, program.runtime, sizeof(runtime_));
     if (preferred == Seam::Own)
         place_ = findPlace(library, program.machine);
     eachPart(inherited, [&](const Part &part) {
@@ -102,7 +103,7 @@ PreloadList::PreloadList(const ProgramFile &program, const char *library, const 
 
 size_t PreloadList::size() const {
     const size_t inherited = inherited_ != nullptr ? std::strlen(inherited_) : 0;
-    return inherited + sizeof(program_.runtime) + std::strlen(library_) + kLongestPlace;
+    return inherited + sizeof(runtime_) + std::strlen(library_) + kLongestPlace;
 }
 
 char *PreloadList::write(char *text) const {
@@ -113,8 +114,8 @@ char *PreloadList::write(char *text) const {
         end = static_cast<char *>(mempcpy(end, part.text, part.length));
         *end++ = ':';
     });
-    if (program_.runtime[0] != '\0')
-        end = stpcpy(stpcpy(end, program_.runtime), ":");
+    if (runtime_[0] != '\0')
+        end = stpcpy(stpcpy(end, runtime_), ":");
     if (seam_.length == 0)
         return writePlace(end, library_, place_ < 0 ? 0 : place_);
     end = static_cast<char *>(mempcpy(end, seam_.text, seam_.length));

@@ -25,6 +25,11 @@ class PreloadList {
 
     bool hasSeam() const { return seam_.length > 0 || place_ >= 0; }
 
+    /** The program's, which fits only where there is a seam for it. */
+    Fitness fitness() const {
+        return fitness_ == Fitness::Fits && !hasSeam() ? Fitness::NoSeam : fitness_;
+    }
+
     /** How much memory the text needs. */
     size_t size() const;
     /** Writes the text; its end. Without a fitting seam the library stands in the list. */
@@ -39,9 +44,10 @@ class PreloadList {
     static void eachPart(const char *list, Call call);
     static bool isSeam(const Part &part);
 
-    const ProgramFile &program_;
     const char *library_;
     const char *inherited_;
+    Fitness fitness_;
+    char runtime_[ProgramFile::kMaxRuntime];
     Part seam_ = {}; // the inherited one
     int place_ = -1; // where else one is
 };

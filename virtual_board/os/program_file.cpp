@@ -237,7 +237,7 @@ Fitness fitnessOf(int fd, ElfFile &file, char (&runtime)[ProgramFile::kMaxRuntim
     file.eachLibrary([&](uint64_t tag, const char *name) {
         isLoader |= tag == DT_SONAME && isGnuLoader(name);
         if (tag == DT_NEEDED && isSanitizer(name) && runtime[0] == '\0')
-            std::strcpy(runtime, name);
+            stpcpy(runtime, name);
     });
     // A loader that is started as a program preloads as well.
     if (!isLinked && !isLoader)
@@ -281,12 +281,11 @@ class OpenProgram {
         char link[sizeof(kLinks) + std::numeric_limits<int>::digits10 + 1] = {};
         if ((flags & AT_EMPTY_PATH) != 0 && path[0] == '\0') {
             // Its own descriptor may be one that cannot be read.
-            std::strcpy(link, kLinks);
-            std::to_chars(link + std::strlen(link), std::end(link) - 1, folder);
+            std::to_chars(stpcpy(link, kLinks), std::end(link) - 1, folder);
             path = link;
         }
-        constexpr int kHow = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | O_LARGEFILE;
-        fd_ = openat(folder, path, kHow);
+        constexpr int kHow = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+        fd_ = openat64(folder, path, kHow);
     }
     OpenProgram(const OpenProgram &) = delete;
     OpenProgram &operator=(const OpenProgram &) = delete;
@@ -319,7 +318,7 @@ bool isScript(int folder, const char *path, int flags, ProgramFile &program) {
         return false;
     }
     if (!findInterpreter(pieces, program.interpreter))
-        std::strcpy(program.interpreter, _PATH_BSHELL);
+        stpcpy(program.interpreter, _PATH_BSHELL);
     return true;
 }
 
@@ -337,7 +336,7 @@ ProgramFile examineProgram(int folder, const char *path, int flags) {
     bool goesOn = isScript(folder, path, flags, program);
     for (int scripts = 0; goesOn && scripts < kMaxScripts; ++scripts) {
         char script[ProgramFile::kMaxInterpreter];
-        std::strcpy(script, program.interpreter);
+        stpcpy(script, program.interpreter);
         goesOn = isScript(AT_FDCWD, script, 0, program);
     }
     return program;
@@ -350,9 +349,9 @@ bool isOfMachine(const char *path, const Machine &machine) {
     return opened.get() >= 0 && file.readHeader() && file.machine() == machine;
 }
 
-Refusal refusalOf(const ProgramFile &program, const char *path) {
+Refusal refusalOf(Fitness fitness, const char *interpreter, const char *path) {
     const char *reason = "";
-    switch (program.fitness) {
+    switch (fitness) {
     case Fitness::NotStarted:
     case Fitness::Fits:
         break;
@@ -376,9 +375,8 @@ Refusal refusalOf(const ProgramFile &program, const char *path) {
         reason = " cannot be read, so that nobody can tell what it is";
         break;
     }
-    const bool isScript = program.interpreter[0] != '\0';
-    return {{path, isScript ? " needs " : "", program.interpreter, isScript ? ", which" : "",
-             reason,
+    const bool isScript = *interpreter != '\0';
+    return {{path, isScript ? " needs " : "", interpreter, isScript ? ", which" : "", reason,
              ": it would run on the host, not on the board; 'vboard run --allow-host' lets it"}};
 }
 

@@ -18,7 +18,7 @@ struct Machine {
 enum class Fitness : uint8_t {
     NotStarted, // the kernel will say why
     Fits,       // for a seam of the same machine
-    NoSeam,     // there is none of its machine
+    NoSeam,     // there is none of its machine; told by who looks for one
     Static,
     OtherLoader,
     OtherIds,
@@ -62,6 +62,6 @@ struct Refusal {
     static constexpr unsigned kParts = 6;
     const char *parts[kParts];
 };
-Refusal refusalOf(const ProgramFile &program, const char *path);
+Refusal refusalOf(Fitness fitness, const char *interpreter, const char *path);
 
 } // namespace vb

@@ -82,6 +82,10 @@ bool isHandedOn() {
     return library[0] != '\0';
 }
 
+ProgramFile examine(int folder, const char *path, int flags) {
+    return isHandedOn() ? examineProgram(folder, path, flags) : ProgramFile{};
+}
+
 } // namespace
 
 void handOnBoard(const char *folder) {
@@ -94,21 +98,22 @@ void handOnBoard(const char *folder) {
 }
 
 ProgramStart::ProgramStart(int folder, const char *path, int flags, const char *const *environment)
+    : ProgramStart(path, examine(folder, path, flags), environment) {}
+
+ProgramStart::ProgramStart(const char *path, const ProgramFile &program,
+                           const char *const *environment)
     : environment_(environment), preload_(lookUp(environment, kPreloadVariable)),
       folder_(lookUp(environment, kFolderVariable)),
       allowance_(lookUp(environment, kAllowHostVariable)),
-      program_(isHandedOn() ? examineProgram(folder, path, flags) : ProgramFile{}),
-      list_(program_, library, preload_, PreloadList::Seam::Inherited) {
+      list_(program, library, preload_, PreloadList::Seam::Inherited) {
     for (; environment != nullptr && environment[variables_] != nullptr; ++variables_) {
     }
-    if (program_.fitness == Fitness::Fits && !list_.hasSeam())
-        program_.fitness = Fitness::NoSeam;
-    if (program_.fitness == Fitness::Static && list_.hasSeam() && isWatcher(environment))
-        program_.fitness = Fitness::Fits;
-    isRefused_ = isUnfit(program_.fitness) && !allowsHost && !isSet(allowance_);
+    const Fitness fitness = list_.fitness();
+    const bool isWatched = fitness == Fitness::Static && list_.hasSeam() && isWatcher(environment);
+    isRefused_ = isUnfit(fitness) && !isWatched && !allowsHost && !isSet(allowance_);
     if (!isRefused_)
         return;
-    say(refusalOf(program_, *path != '\0' ? path : "an open file"));
+    say(refusalOf(fitness, program.interpreter, *path != '\0' ? path : "an open file"));
     errno = ENOEXEC;
 }
 
@@ -165,7 +170,7 @@ void ProgramStart::applyToOwn() const {
 }
 
 bool putShellOnBoard() {
-    const ProgramStart shell(AT_FDCWD, _PATH_BSHELL, 0, environ);
+    ProgramStart shell(AT_FDCWD, _PATH_BSHELL, 0, environ);
     if (shell.isRefused())
         return false;
     shell.applyToOwn();

@@ -28,12 +28,12 @@ class ProgramStart {
     void applyToOwn() const;
 
   private:
+    ProgramStart(const char *path, const ProgramFile &program, const char *const *environment);
     bool isComplete() const;
 
     const char *const *environment_;
     size_t variables_ = 0;
     const char *preload_ = nullptr, *folder_ = nullptr, *allowance_ = nullptr;
-    ProgramFile program_;
     PreloadList list_;
     bool isRefused_ = false;
 };

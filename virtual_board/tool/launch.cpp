@@ -67,15 +67,15 @@ vb::ProgramFile examine(const std::string &name) {
 #endif
 
 /** The libraries to preload into a program, which is refused when it would not be on the board. */
-std::string preloadList(vb::ProgramFile program, const std::string &name) {
+std::string preloadList(const vb::ProgramFile &program, const std::string &name) {
     const std::string library = findPreloadable();
     const vb::PreloadList list(program, library.c_str(), std::getenv(vb::kPreloadVariable),
                                vb::PreloadList::Seam::Own);
-    if (program.fitness == vb::Fitness::Fits && !list.hasSeam())
-        program.fitness = vb::Fitness::NoSeam;
-    if (vb::isUnfit(program.fitness) && !isSet(vb::kAllowHostVariable)) {
+    if (vb::isUnfit(list.fitness()) && !isSet(vb::kAllowHostVariable)) {
+        const vb::Refusal refusal =
+            vb::refusalOf(list.fitness(), program.interpreter, name.c_str());
         std::string reason;
-        for (const char *part : vb::refusalOf(program, name.c_str()).parts)
+        for (const char *part : refusal.parts)
             reason += part;
         throw NotOnBoard(reason);
     }
