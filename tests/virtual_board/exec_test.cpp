@@ -108,6 +108,22 @@ TEST_F(ExecTest, RunRefusesWhatWouldBeOnTheHost) {
     EXPECT_EQ(result.err, lineOf("static_program", "is statically linked"));
 }
 
+TEST_F(ExecTest, AScriptForSuchAProgramIsNotTheShells) {
+    const std::string script =
+        makeFile("script", "#!" + builtProgram("static_program") + "\necho run by a shell\n");
+    const std::string line = lineOf(script + " needs " + builtProgram("static_program") + ", which",
+                                    "is statically linked");
+    for (const char *way : {"execve", "execvp", "posix_spawn", "posix_spawnp", "vfork"}) {
+        EXPECT_EQ(start(way, {script}).out, "EACCES\n") << way;
+        EXPECT_EQ(start(way, {script}).err, line) << way;
+    }
+    for (const char *shell : {"sh", "bash"}) {
+        const ProcessResult result = onBoard({shell, "-c", script + "; exit $?"});
+        EXPECT_EQ(result.out, "") << shell;
+        EXPECT_EQ(result.exitCode, 126) << shell;
+    }
+}
+
 TEST_F(ExecTest, AProgramOfAMachineWithoutASeamIsRefused) {
     const std::string program = path("program");
     fs::copy_file("/bin/true", program);

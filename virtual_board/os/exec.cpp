@@ -39,7 +39,7 @@ int startFile(int folder, const char *path, int flags, Words environment, Failur
               Start start) {
     const vb::ProgramStart program(folder, path, flags, environment);
     if (program.isRefused())
-        return fail(failure, ENOEXEC);
+        return fail(failure, errno);
     const size_t size = program.environmentSize();
     return start(size == 0 ? environment : program.makeEnvironment(alloca(size)));
 }

@@ -114,7 +114,8 @@ ProgramStart::ProgramStart(const char *path, const ProgramFile &program,
     if (!isRefused_)
         return;
     say(refusalOf(fitness, program.interpreter, *path != '\0' ? path : "an open file"));
-    errno = ENOEXEC;
+    // At ENOEXEC shells, and make, take a script for one of their own.
+    errno = program.interpreter[0] != '\0' ? EACCES : ENOEXEC;
 }
 
 /** Whether the environment is as this would make it. */
