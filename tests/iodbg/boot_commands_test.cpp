@@ -50,6 +50,11 @@ class BootCommandsTest : public FlashCommandsTest {
             const fs::path library = variable.substr(preload.size());
             fs::copy_file(library, folder / library.filename(),
                           fs::copy_options::overwrite_existing);
+            // The one for the shell of a host of another kind.
+            const fs::path hosts = library.parent_path() / "x86_64-linux-gnu";
+            if (fs::exists(hosts))
+                fs::copy(hosts, folder / hosts.filename(),
+                         fs::copy_options::recursive | fs::copy_options::overwrite_existing);
             variable = preload + (folder / library.filename()).string();
         }
         return environment;
