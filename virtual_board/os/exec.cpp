@@ -59,7 +59,7 @@ int startPath(int folder, const char *path, int flags, Words environment, Failur
         if (target.error() != 0)
             return fail(failure, target.error());
         host = static_cast<char *>(alloca(std::strlen(target.get()) + 1));
-        std::strcpy(host, target.get());
+        stpcpy(host, target.get());
     }
     return startFile(folder, host, flags, environment, failure,
                      [&](Words handedOn) { return start(host, handedOn); });
