@@ -81,7 +81,6 @@ const char *damagedPart(const Board &board, uint64_t hostNs) {
 
 void mendBoard(Board &board) {
     mendFaults(board.faults);
-    poeMend(board.devices.poe.image);
 }
 
 } // namespace vb

@@ -12,16 +12,20 @@ constexpr uint16_t kFactoryVersion = 0x1000; // V1.0.0.0
 
 void erase(PoeImage &image) {
     image.size = 0;
-    image.unitsWritten = 0;
     std::memset(image.written, 0, sizeof(image.written));
     std::memset(image.bytes, kErased, sizeof(image.bytes));
 }
 
 void markWritten(PoeImage &image, uint32_t unit) {
     const auto bit = static_cast<uint8_t>(1u << unit % 8);
-    if ((image.written[unit / 8] & bit) == 0)
-        ++image.unitsWritten;
     image.written[unit / 8] = static_cast<uint8_t>(image.written[unit / 8] | bit);
+}
+
+uint32_t unitsWritten(const PoeImage &image) {
+    uint32_t units = 0;
+    for (const uint8_t bits : image.written)
+        units += static_cast<uint32_t>(std::popcount(bits));
+    return units;
 }
 
 } // namespace
@@ -53,19 +57,11 @@ bool poeProgramBlock(PoeImage &image, uint32_t position, const uint8_t *data, ui
 }
 
 bool poeIsWhole(const PoeImage &image) {
-    return image.size >= kPoeSmallestImage && image.unitsWritten * kPoeImageUnit == image.size;
+    return image.size >= kPoeSmallestImage && unitsWritten(image) * kPoeImageUnit == image.size;
 }
 
 bool poeIsConsistent(const PoeImage &image) {
     return image.isValid <= 1 && image.size <= kPoeImageSize;
-}
-
-void poeMend(PoeImage &image) {
-    uint32_t units = 0;
-    for (const uint8_t bits : image.written)
-        units += static_cast<uint32_t>(std::popcount(bits));
-    if (image.unitsWritten != units)
-        image.unitsWritten = units;
 }
 
 uint16_t poeVersion(const PoeImage &image) {

@@ -11,10 +11,9 @@ constexpr uint32_t kPoeImageUnit = 4; // bytes that are programmed at once
 constexpr uint32_t kPoeImageUnits = kPoeImageSize / kPoeImageUnit;
 
 struct PoeImage {
-    uint32_t isValid;      // the loader has started it once; cleared by the first new block
-    uint32_t size;         // up to the end of the last block
-    uint32_t unitsWritten; // fewer than the size has: there are holes
-    uint8_t written[kPoeImageUnits / 8];
+    uint32_t isValid; // the loader has started it once; cleared by the first new block
+    uint32_t size;    // up to the end of the last block
+    uint8_t written[kPoeImageUnits / 8]; // a bit for each unit; fewer than the size has: holes
     uint8_t bytes[kPoeImageSize];
 };
 
@@ -32,9 +31,6 @@ bool poeIsWhole(const PoeImage &image);
 
 /** Whether the state is one that such a flash can have. */
 bool poeIsConsistent(const PoeImage &image);
-
-/** Counts anew what is written: a process may have been killed between a unit and its count. */
-void poeMend(PoeImage &image);
 
 /** Version of the application: an image carries it in its first two bytes. */
 uint16_t poeVersion(const PoeImage &image);

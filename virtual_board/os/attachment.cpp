@@ -52,8 +52,8 @@ const BoardFolder *attachedFolder() {
 HostPath::HostPath(const char *path, LastLink last, int folder, Use use) : path_(path) {
     if (attached == nullptr || path == nullptr)
         return;
-    const bool isWithinBoard =
-        use == Use::Opened && path[0] != '/' && mayBeOnBoard(*attached, folder);
+    const bool isWithinBoard = use == Use::Opened && path[0] != '/' && isBoardExpected() &&
+                               mayBeOnBoard(*attached, folder);
     if (!isWithinBoard && leadsPastBoard(*attached, folder, path, last))
         return;
     const int savedErrno = errno;
@@ -71,10 +71,11 @@ void HostPath::walk(int folder, LastLink last) {
     switch (walk.end()) {
     case PathWalk::End::Host:
         if (walk.isInFolder())
-            expectNodes(); // hands that reach into the folder come to the nodes' places
+            expectBoard(); // hands that reach into the folder come to the nodes' places
         scratch_.giveBack();
         break;
     case PathWalk::End::Board:
+        expectBoard();
         boardPath_ = walk.boardPath();
         path_ = walk.hostPath();
         break;

@@ -1,5 +1,6 @@
 #include "virtual_board/os/descriptors.h"
 
+#include "virtual_board/os/descriptor_link.h"
 #include "virtual_board/os/next.h"
 
 #include <atomic>
@@ -19,7 +20,7 @@ struct KnownNode {
 };
 
 KnownNode known[2 + kFlashPartitions]; // a board may go without a partition: its node is gone then
-std::atomic<bool> canHaveNodes;
+std::atomic<bool> canHaveFiles;
 
 kernel::Identity identityAt(const HostPathBuffer &path) {
     return kernel::identityOf(AT_FDCWD, path.text);
@@ -34,29 +35,36 @@ struct FolderEntry {
     char name[1];
 };
 
-bool isNodeIn(const char *entries, long size) {
+bool isIn(const BoardFolder &folder, const char *link) {
+    char path[kMaxFolderPath];
+    const ssize_t length = kernel::readLink(AT_FDCWD, link, path, sizeof(path));
+    const size_t root = std::strlen(folder.rootPath());
+    return length >= static_cast<ssize_t>(root) && std::memcmp(path, folder.rootPath(), root) == 0;
+}
+
+bool isInherited(const BoardFolder &folder, const char *entries, long size) {
     for (long at = 0; at < size;) {
         FolderEntry entry;
         std::memcpy(&entry, entries + at, sizeof(entry));
         const char *name = entries + at + offsetof(FolderEntry, name);
-        if (name[0] != '.' && nodeWith(kernel::identityOf(std::atoi(name))).node != Node::None)
+        if (name[0] != '.' && isIn(folder, DescriptorLink(std::atoi(name)).text))
             return true;
         at += entry.size;
     }
     return false;
 }
 
-/** Whether the program that starts here has inherited a node; true as well when nobody can tell. */
-bool hasInheritedNode() {
-    const int folder = kernel::open("/proc/self/fd", O_RDONLY | O_DIRECTORY);
-    if (folder < 0)
+/** Whether the program that starts here has inherited a file of the board; or nobody can tell. */
+bool hasInherited(const BoardFolder &folder) {
+    const int table = kernel::open("/proc/self/fd", O_RDONLY | O_DIRECTORY);
+    if (table < 0 || isIn(folder, "/proc/self/cwd"))
         return true;
     alignas(8) char entries[1024];
     bool isFound = false;
     long size = 0;
-    while (!isFound && (size = syscall(SYS_getdents64, folder, entries, sizeof(entries))) > 0)
-        isFound = isNodeIn(entries, size);
-    kernel::close(folder);
+    while (!isFound && (size = syscall(SYS_getdents64, table, entries, sizeof(entries))) > 0)
+        isFound = isInherited(folder, entries, size);
+    kernel::close(table);
     return isFound || size < 0;
 }
 
@@ -67,14 +75,14 @@ bool learnNodes(const BoardFolder &folder) {
     known[1] = {identityAt(folder.hostPath(kMemoryPath)), {Node::Memory, 0}};
     for (uint32_t index = 0; index < kFlashPartitions; ++index)
         known[2 + index] = {identityAt(folder.flashNode(index)), {Node::Flash, index}};
-    if (hasInheritedNode())
-        expectNodes();
+    if (hasInherited(folder))
+        expectBoard();
     return known[0].identity.isKnown();
 }
 
 void forgetNodes() {
     std::memset(static_cast<void *>(known), 0, sizeof(known));
-    canHaveNodes = false;
+    canHaveFiles = false;
 }
 
 NodeFound nodeWith(const kernel::Identity &identity) {
@@ -86,7 +94,7 @@ NodeFound nodeWith(const kernel::Identity &identity) {
 }
 
 NodeFound nodeOf(int fd) {
-    if (!canHaveNodes.load(std::memory_order_relaxed))
+    if (!isBoardExpected())
         return {};
     const int savedErrno = errno;
     const NodeFound found = nodeWith(kernel::identityOf(fd));
@@ -94,8 +102,12 @@ NodeFound nodeOf(int fd) {
     return found;
 }
 
-void expectNodes() {
-    canHaveNodes.store(true, std::memory_order_relaxed);
+void expectBoard() {
+    canHaveFiles.store(true, std::memory_order_relaxed);
+}
+
+bool isBoardExpected() {
+    return canHaveFiles.load(std::memory_order_relaxed);
 }
 
 } // namespace vb
@@ -106,9 +118,9 @@ void expectNodes() {
 namespace {
 
 template <typename Result>
-Result expectingNodes(Result result) {
+Result expectingBoard(Result result) {
     if (result >= 0)
-        vb::expectNodes();
+        vb::expectBoard();
     return result;
 }
 
@@ -117,22 +129,22 @@ Result expectingNodes(Result result) {
 #define VB_SEAM_RECVMSG(symbol)                                                                    \
     VB_SEAM(ssize_t, symbol, int socket, msghdr *message, int flags) {                             \
         const ssize_t count = VB_NEXT(symbol)(socket, message, flags);                             \
-        return count >= 0 && message->msg_controllen > 0 ? expectingNodes(count) : count;          \
+        return count >= 0 && message->msg_controllen > 0 ? expectingBoard(count) : count;          \
     }
 VB_SEAM_RECVMSG(recvmsg)
 VB_SEAM_RECVMSG(__recvmsg64)
 
 #define VB_SEAM_RECVMMSG(symbol)                                                                   \
     VB_SEAM(int, symbol, int socket, void *messages, unsigned count, int flags, void *timeout) {   \
-        return expectingNodes(VB_NEXT(symbol)(socket, messages, count, flags, timeout));           \
+        return expectingBoard(VB_NEXT(symbol)(socket, messages, count, flags, timeout));           \
     }
 VB_SEAM_RECVMMSG(recvmmsg)
 VB_SEAM_RECVMMSG(__recvmmsg64)
 
 VB_SEAM(int, pidfd_getfd, int process, int fd, unsigned flags) {
-    return expectingNodes(VB_NEXT(pidfd_getfd)(process, fd, flags));
+    return expectingBoard(VB_NEXT(pidfd_getfd)(process, fd, flags));
 }
 
 VB_SEAM(int, open_by_handle_at, int mount, void *handle, int flags) {
-    return expectingNodes(VB_NEXT(open_by_handle_at)(mount, handle, flags));
+    return expectingBoard(VB_NEXT(open_by_handle_at)(mount, handle, flags));
 }

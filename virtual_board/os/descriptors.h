@@ -29,7 +29,11 @@ NodeFound nodeOf(int fd);
 /** Whose a file is that has been examined or is about to be opened. */
 NodeFound nodeWith(const kernel::Identity &identity);
 
-/** From now on this process has descriptors of nodes. */
-void expectNodes();
+/**
+ * From now on this process can have descriptors of the board's files, or one of the board's folders
+ * as its working folder.
+ */
+void expectBoard();
+bool isBoardExpected();
 
 } // namespace vb

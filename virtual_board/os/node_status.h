@@ -36,7 +36,7 @@ int examined(int result, Info *info) {
     const DeviceNumber number = numberOf(found);
     constexpr auto kType = static_cast<mode_t>(S_IFMT);
     info->st_mode = (info->st_mode & ~kType) | S_IFCHR;
-    info->st_rdev = makedev(number.major, number.minor);
+    info->st_rdev = static_cast<decltype(info->st_rdev)>(makedev(number.major, number.minor));
     info->st_size = 0;
     info->st_blocks = 0;
     return result;

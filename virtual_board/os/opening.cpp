@@ -55,8 +55,6 @@ Result openPath(int folder, const char *path, int flags, Result failed, Open ope
     const vb::NodeFound node = vb::nodeWith(vb::kernel::identityOf(AT_FDCWD, target.get()));
     const int refusal = isFaulty ? fault.argument : nodeRefusal(node, flags);
     Result result = failed;
-    if (node.node != vb::Node::None)
-        vb::expectNodes();
     if (refusal != 0)
         errno = refusal;
     else

@@ -8,7 +8,7 @@ namespace vb {
 
 class Scratch {
   public:
-    static constexpr size_t kSize = 26 * 1024;
+    static constexpr size_t kSize = 26624;
 
     Scratch() = default;
     Scratch(const Scratch &) = delete;
