@@ -6,7 +6,9 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <regex>
+#include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -180,6 +182,48 @@ TEST_F(FourFansTest, LinesThatSeveralThingsShareAreMarked) {
               json::parse(R"({"fan.3.present": "yes", "fan.3.speed": "2400",
                               "fan.3.present.note": "one line with fan 4 and supply 2: it shows )"
                           R"(what changed last"})"));
+}
+
+TEST_F(CommandTest, WatchingEndsWithItsBoard) {
+    const Words commands[] = {{"panel", board(), "--watch", "--interval", "0.1"},
+                              {"trace", board(), "--follow"},
+                              {"trace", board(), "--follow", "--json"}};
+    for (const bool isReplaced : {false, true}) {
+        for (Words words : commands) {
+            showDeviceId(); // something to be seen in the trace
+            words.insert(words.begin(), builtProgram("vboard"));
+            Process watching(words);
+            EXPECT_TRUE(comesTrue([&] { return !watching.output().empty(); }));
+            removeFolder(board());
+            if (isReplaced)
+                SetUp();
+            const ProcessResult end = watching.wait();
+            EXPECT_EQ(end.exitCode, 1);
+            EXPECT_EQ(end.err, "vboard: " + board() +
+                                   ": the board is gone; its folder was removed, or "
+                                   "holds another board now\n");
+            if (!isReplaced)
+                SetUp();
+        }
+    }
+}
+
+TEST_F(CommandTest, WhatRootChangesStaysTheOwners) {
+    const uid_t owner = geteuid() == 0 ? 65534 : geteuid(); // only root can give files away
+    for (const std::string &each : pathsUnder(board()))
+        ASSERT_EQ(chown(each.c_str(), owner, getegid()), 0);
+    ASSERT_EQ(chown(board().c_str(), owner, getegid()), 0);
+    vboard({"set", board(), "cmdline", "quiet"});
+    vboard({"set", board(), "power", "cycle"});
+    vboard({"set", board(), "flash.4.content@0", "00"});
+    vboard({"fault", board(), "add", "--device", "cpld", "--effect", "no-answer"});
+    vboard({"flash", board(), "mark-bad", "12", "3"});
+    vboard({"trace", board(), "--clear"});
+    for (const std::string &each : pathsUnder(board())) {
+        struct stat64 info = {};
+        ASSERT_EQ(lstat64(each.c_str(), &info), 0);
+        EXPECT_EQ(info.st_uid, owner) << each;
+    }
 }
 
 class WatchedPanelTest : public CommandTest {

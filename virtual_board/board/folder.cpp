@@ -13,6 +13,7 @@
 #include <fcntl.h>
 #include <initializer_list>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -59,14 +60,19 @@ bool checkHeader(const BoardHeader &header, uint64_t fileSize, const char *path,
     return true;
 }
 
-/** The size of a file; 0 when it is missing. */
-uint64_t sizeOf(const char *path) {
-    const int fd = ::open(path, O_RDONLY | O_CLOEXEC);
-    if (fd < 0)
-        return 0;
-    const off_t size = lseek(fd, 0, SEEK_END);
-    ::close(fd);
-    return size < 0 ? 0 : static_cast<uint64_t>(size);
+/** Why a path leads to no folder. */
+bool failToReach(const char *path, FolderError &error) {
+    const char *reason = std::strerror(errno);
+    if (errno == ENOENT)
+        return fail(error, "%s: %s; create a board with: vboard create --model 0x0709 %s", path,
+                    reason, path);
+    if (errno == EACCES)
+        return fail(
+            error,
+            "%s: %s: another user's folder is in the way; have its owner let you in, or use "
+            "a board elsewhere",
+            path, reason);
+    return fail(error, "%s: %s; give the path of a board's folder", path, reason);
 }
 
 } // namespace
@@ -74,50 +80,75 @@ uint64_t sizeOf(const char *path) {
 bool BoardFolder::open(const char *path, FolderError &error) {
     close();
     if (realpath(path, path_) == nullptr)
-        return fail(error, "%s: %s; create a board with: vboard create --model 0x0709 %s", path,
-                    std::strerror(errno), path);
+        return failToReach(path, error);
     std::snprintf(rootPath_, sizeof(rootPath_), "%s/%s", path_, kRootFolder);
     std::snprintf(lockPath_, sizeof(lockPath_), "%s/%s", path_, kLockFile);
-    if (!map(path, error))
-        return false;
-    if (!check(path, error)) {
+    const bool isUsable = map(path, error) && check(path, error) && hasItsFiles(path, error);
+    if (!isUsable)
         close();
-        return false;
-    }
+    return isUsable;
+}
+
+/** Why one of the folder's files cannot be opened; it is told by its path from there. */
+bool BoardFolder::failToOpen(const char *path, const char *file, FolderError &error) const {
+    const char *reason = std::strerror(errno);
+    if (errno == ENOENT)
+        return fail(error, "%s is damaged: %s is missing; create the board again", path, file);
+    if (errno == EROFS)
+        return fail(error, "%s: cannot write %s: %s; copy the board to where you may: cp -a %s ...",
+                    path, file, reason, path);
+    if (errno != EACCES && errno != EPERM)
+        return fail(error, "%s: cannot open %s for reading and writing: %s", path, file, reason);
+    if (owner_.user == geteuid())
+        return fail(error,
+                    "%s: cannot open %s for reading and writing: %s; give yourself the permission "
+                    "with: chmod -R u+rwX %s",
+                    path, file, reason, path);
+    return fail(error,
+                "%s: cannot open %s for reading and writing: %s; the board is of user id %u: work "
+                "as that user, or have it permit you to",
+                path, file, reason, owner_.user);
+}
+
+/** Whether the files beside the state are there and can be used. */
+bool BoardFolder::hasItsFiles(const char *path, FolderError &error) const {
     for (const char *needed : {kNodePath, kMemoryPath, kCommandLinePath, kPartitionListPath}) {
-        if (access(hostPath(needed).text, R_OK) != 0) {
-            close();
-            return fail(error,
-                        "%s is damaged: %s%s is missing or unreadable; create the board again",
-                        path, kRootFolder, needed);
-        }
+        HostPathBuffer name;
+        std::snprintf(name.text, sizeof(name.text), "%s%s", kRootFolder, needed);
+        if (access(hostPath(needed).text, R_OK) != 0)
+            return failToOpen(path, name.text, error);
     }
-    if (sizeOf(ownFile(kRegisterPageFile).text) != kMdioPageSize) {
-        close();
-        return fail(error, "%s is damaged: %s is missing or no page; create the board again", path,
-                    kRegisterPageFile);
-    }
+    if (!hasFile(path, kRegisterPageFile, kMdioPageSize, error))
+        return false;
     for (uint32_t index = 0; index < kFlashPartitions; ++index) {
-        const FlashFileName name = flashFileName(index);
-        if (sizeOf(ownFile(name.text).text) != board_->devices.flash[index].geometry.size) {
-            close();
-            return fail(error,
-                        "%s is damaged: %s is missing or not as large as its partition; create the "
-                        "board again",
-                        path, name.text);
-        }
+        if (!hasFile(path, flashFileName(index).text, board_->devices.flash[index].geometry.size,
+                     error))
+            return false;
     }
     return true;
 }
 
+bool BoardFolder::hasFile(const char *path, const char *name, uint64_t size,
+                          FolderError &error) const {
+    const int fd = ::open(ownFile(name).text, O_RDWR | O_CLOEXEC);
+    if (fd < 0)
+        return failToOpen(path, name, error);
+    const off_t found = lseek(fd, 0, SEEK_END);
+    ::close(fd);
+    if (found >= 0 && static_cast<uint64_t>(found) == size)
+        return true;
+    return fail(error, "%s is damaged: %s is not of the size %llu; create the board again", path,
+                name, static_cast<unsigned long long>(size));
+}
+
 bool BoardFolder::map(const char *path, FolderError &error) {
+    owner_ = kernel::ownerOf(path_);
     const int fd = ::open(ownFile(kStateFile).text, O_RDWR | O_CLOEXEC);
     if (fd < 0 && errno == ENOENT)
         return fail(error, "%s is not a board: it has no %s; create one with: vboard create", path,
                     kStateFile);
     if (fd < 0)
-        return fail(error, "%s: cannot open %s for reading and writing: %s", path, kStateFile,
-                    std::strerror(errno));
+        return failToOpen(path, kStateFile, error);
 
     BoardHeader header = {};
     const ssize_t headerSize = pread(fd, &header, sizeof(header), 0);
@@ -134,16 +165,28 @@ bool BoardFolder::map(const char *path, FolderError &error) {
         else
             fail(error, "%s: cannot map %s: %s", path, kStateFile, std::strerror(errno));
     }
+    state_ = kernel::identityOf(fd);
     ::close(fd);
     return board_ != nullptr;
+}
+
+bool BoardFolder::isGone() const {
+    const int folder = kernel::open(path_, O_PATH | O_DIRECTORY);
+    const kernel::Identity found = kernel::identityOf(folder, kStateFile);
+    kernel::close(folder);
+    return found != state_;
+}
+
+void BoardFolder::giveToOwner(const char *hostPath) const {
+    if (geteuid() == 0 && owner_.user != 0)
+        kernel::changeOwner(hostPath, owner_); // what cannot be given stays whose it is
 }
 
 /** Judges the state while nobody changes it. */
 bool BoardFolder::check(const char *path, FolderError &error) {
     const BoardLock lock(*this);
     if (!lock.isHeld())
-        return fail(error, "%s: cannot open %s for reading and writing: %s", path, kLockFile,
-                    std::strerror(errno));
+        return failToOpen(path, kLockFile, error);
     if (const char *part = damagedPart(*board_, hostNow()); part != nullptr)
         return fail(error, "%s is damaged: %s holds impossible values (%s); create the board again",
                     path, kStateFile, part);

@@ -10,7 +10,10 @@
 //                 /tmp/bsp...
 
 #include "virtual_board/board/board.h"
+#include "virtual_board/board/kernel.h"
 #include "virtual_board/board/paths.h"
+
+#include <sys/types.h>
 
 namespace vb {
 
@@ -64,11 +67,25 @@ class BoardFolder {
     /** Where the placeholder of a flash partition's node lies on the host. */
     HostPathBuffer flashNode(uint32_t index) const;
 
+    /** Whether the folder has been removed, or holds another board, since it was opened. */
+    bool isGone() const;
+
+    /**
+     * Makes a new file that of the folder's owner, who goes on with it. Root's files would be in
+     * the way of that user; other users cannot give theirs away.
+     */
+    void giveToOwner(const char *hostPath) const;
+
   private:
     bool map(const char *path, FolderError &error);
     bool check(const char *path, FolderError &error);
+    bool hasItsFiles(const char *path, FolderError &error) const;
+    bool hasFile(const char *path, const char *name, uint64_t size, FolderError &error) const;
+    bool failToOpen(const char *path, const char *file, FolderError &error) const;
 
     Board *board_ = nullptr;
+    kernel::Owner owner_ = {};
+    kernel::Identity state_; // tells this board from another one in the same place
     // What every request needs is made once: programs may send them on small stacks.
     char path_[kMaxFolderPath] = {};
     char rootPath_[kMaxFolderPath + sizeof(kRootFolder)] = {};

@@ -10,9 +10,4 @@ FaultRule fileFault(FaultOp op, const char *boardPath) {
     return rule != nullptr ? *rule : FaultRule{};
 }
 
-void giveToOwner(const char *hostPath) {
-    if (geteuid() == 0)
-        kernel::changeOwner(hostPath, kernel::ownerOf(attachedFolder()->path()));
-}
-
 } // namespace vb

@@ -35,6 +35,13 @@ int nodeRefusal(const vb::NodeFound &found, int flags) {
     return flash.isWriteProtected != 0 && (flags & O_ACCMODE) != O_RDONLY ? EACCES : 0;
 }
 
+/** The errno with which a board that is being removed refuses new files: they would keep it there.
+ */
+int refusalOfNew(int flags) {
+    const bool canCreate = flags == kStream || (flags & O_CREAT) != 0;
+    return canCreate && vb::attachedFolder()->isGone() ? ENOENT : 0;
+}
+
 vb::LastLink lastLinkFor(int flags) {
     constexpr int kNew = O_CREAT | O_EXCL;
     const bool isKept = flags != kStream && ((flags & O_NOFOLLOW) != 0 || (flags & kNew) == kNew);
@@ -53,7 +60,8 @@ Result openPath(int folder, const char *path, int flags, Result failed, Open ope
     const vb::FaultRule fault = vb::fileFault(vb::FaultOp::Open, target.onBoard());
     const bool isFaulty = fault.id != 0 && fault.effect == vb::FaultEffect::OpenFails;
     const vb::NodeFound node = vb::nodeWith(vb::kernel::identityOf(AT_FDCWD, target.get()));
-    const int refusal = isFaulty ? fault.argument : nodeRefusal(node, flags);
+    const int refused = isFaulty ? fault.argument : nodeRefusal(node, flags);
+    const int refusal = refused != 0 ? refused : refusalOfNew(flags);
     Result result = failed;
     if (refusal != 0)
         errno = refusal;
@@ -61,7 +69,7 @@ Result openPath(int folder, const char *path, int flags, Result failed, Open ope
         result = openOnHost(target.get());
     const int savedErrno = errno;
     if (result != failed && node.node == vb::Node::None)
-        vb::giveToOwner(target.get());
+        vb::attachedFolder()->giveToOwner(target.get());
     traceOpen(target.onBoard(), result == failed ? savedErrno : 0);
     errno = savedErrno;
     return result;
@@ -158,7 +166,7 @@ Result makeTemporary(char *pattern, size_t suffix, Result failed, Make make) {
     const size_t hostLength = std::strlen(host);
     if (result != failed && length >= suffix + kMade) {
         std::memcpy(pattern + length - suffix - kMade, host + hostLength - suffix - kMade, kMade);
-        vb::giveToOwner(host);
+        vb::attachedFolder()->giveToOwner(host);
     }
     return result;
 }

@@ -8,10 +8,14 @@ namespace {
 
 using vb::LastLink;
 
-/** What is made on the board is its owner's. */
-int made(int result, const vb::HostPath &path) {
+/** Calls what makes something new at a path. On the board that is its owner's. */
+template <typename Call>
+int makeAt(const vb::HostPath &path, Call call) {
+    if (path.isOfBoard() && vb::attachedFolder()->isGone())
+        return vb::failWith(ENOENT);
+    const int result = vb::callWithPath(path, -1, call);
     if (result == 0 && path.isOfBoard())
-        vb::giveToOwner(path.get());
+        vb::attachedFolder()->giveToOwner(path.get());
     return result;
 }
 
@@ -122,55 +126,38 @@ VB_SEAM_SETXATTR(lsetxattr, LastLink::Kept)
 
 #define VB_SEAM_MAKE(symbol)                                                                       \
     VB_SEAM(int, symbol, const char *path, mode_t mode) {                                          \
-        const vb::HostPath target(path, LastLink::Kept);                                           \
-        return made(                                                                               \
-            vb::callWithPath(target, -1,                                                           \
-                             [=](const char *host) { return VB_NEXT(symbol)(host, mode); }),       \
-            target);                                                                               \
+        return makeAt(vb::HostPath(path, LastLink::Kept),                                          \
+                      [=](const char *host) { return VB_NEXT(symbol)(host, mode); });              \
     }
 VB_SEAM_MAKE(mkdir)
 VB_SEAM_MAKE(mkfifo)
 
 #define VB_SEAM_MAKEAT(symbol)                                                                     \
     VB_SEAM(int, symbol, int folder, const char *path, mode_t mode) {                              \
-        const vb::HostPath target(path, LastLink::Kept, folder);                                   \
-        return made(vb::callWithPath(                                                              \
-                        target, -1,                                                                \
-                        [=](const char *host) { return VB_NEXT(symbol)(folder, host, mode); }),    \
-                    target);                                                                       \
+        return makeAt(vb::HostPath(path, LastLink::Kept, folder),                                  \
+                      [=](const char *host) { return VB_NEXT(symbol)(folder, host, mode); });      \
     }
 VB_SEAM_MAKEAT(mkdirat)
 VB_SEAM_MAKEAT(mkfifoat)
 
 VB_SEAM(int, mknod, const char *path, mode_t mode, dev_t device) {
-    const vb::HostPath target(path, LastLink::Kept);
-    return made(
-        vb::callWithPath(target, -1,
-                         [=](const char *host) { return VB_NEXT(mknod)(host, mode, device); }),
-        target);
+    return makeAt(vb::HostPath(path, LastLink::Kept),
+                  [=](const char *host) { return VB_NEXT(mknod)(host, mode, device); });
 }
 
 VB_SEAM(int, mknodat, int folder, const char *path, mode_t mode, dev_t device) {
-    const vb::HostPath target(path, LastLink::Kept, folder);
-    return made(vb::callWithPath(
-                    target, -1,
-                    [=](const char *host) { return VB_NEXT(mknodat)(folder, host, mode, device); }),
-                target);
+    return makeAt(vb::HostPath(path, LastLink::Kept, folder),
+                  [=](const char *host) { return VB_NEXT(mknodat)(folder, host, mode, device); });
 }
 
 VB_SEAM(int, symlink, const char *content, const char *path) {
-    const vb::HostPath target(path, LastLink::Kept);
-    return made(vb::callWithPath(target, -1,
-                                 [=](const char *host) { return VB_NEXT(symlink)(content, host); }),
-                target);
+    return makeAt(vb::HostPath(path, LastLink::Kept),
+                  [=](const char *host) { return VB_NEXT(symlink)(content, host); });
 }
 
 VB_SEAM(int, symlinkat, const char *content, int folder, const char *path) {
-    const vb::HostPath target(path, LastLink::Kept, folder);
-    return made(vb::callWithPath(
-                    target, -1,
-                    [=](const char *host) { return VB_NEXT(symlinkat)(content, folder, host); }),
-                target);
+    return makeAt(vb::HostPath(path, LastLink::Kept, folder),
+                  [=](const char *host) { return VB_NEXT(symlinkat)(content, folder, host); });
 }
 
 // A folder's descriptor and a path

@@ -2,6 +2,9 @@
 
 #include "virtual_board/words/values.h"
 
+#include <cerrno>
+#include <cstring>
+
 namespace vboard {
 
 void openBoard(vb::BoardFolder &board, const std::string &folder) {
@@ -12,9 +15,14 @@ void openBoard(vb::BoardFolder &board, const std::string &folder) {
 
 std::unique_ptr<vb::BoardLock> lockBoard(const vb::BoardFolder &board) {
     auto lock = std::make_unique<vb::BoardLock>(board);
+    const std::string reason = std::strerror(errno);
+    if (board.isGone())
+        throw vb::Refused(
+            std::string(board.path()) +
+            ": the board is gone; its folder was removed, or holds another board now");
     if (!lock->isHeld())
         throw vb::Refused(std::string(board.ownFile(vb::kLockFile).text) +
-                          " cannot be opened for writing; give yourself the permission");
+                          " cannot be opened for writing: " + reason);
     return lock;
 }
 

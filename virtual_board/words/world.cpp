@@ -66,6 +66,7 @@ void setCommandLine(const Target &target, const std::string &value) {
     std::ofstream file(written);
     file << value << '\n';
     file.close();
+    target.folder.giveToOwner(written.c_str());
     std::error_code failure;
     if (file.fail())
         failure.assign(errno, std::generic_category());
