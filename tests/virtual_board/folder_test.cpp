@@ -280,6 +280,12 @@ TEST_F(FolderTest, KnowsWhenItsBoardIsGone) {
     removeFolder(path());
     fs::rename(path("moved"), path());
     EXPECT_FALSE(folder.isGone());
+    for (const char *part : {"/lock", "/board.state"}) { // it is being removed
+        fs::rename(path() + part, path("part"));
+        EXPECT_TRUE(folder.isGone()) << part;
+        fs::rename(path("part"), path() + part);
+    }
+    EXPECT_FALSE(folder.isGone());
 }
 
 TEST_F(FolderTest, ALockThatCannotBeTakenIsTold) {

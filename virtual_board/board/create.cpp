@@ -134,6 +134,12 @@ bool fillFolder(TemporaryFolder &folder, const Model &model, const BoardOptions 
     board->clock.mode = options.time;
     board->clock.startedNs = hostNow();
 
+    // Folders are removed in the order in which their files were made, or the other way round. With
+    // the lock as the first and the state as the last one, programs see in either case that their
+    // board is going before what they share is looked at: what they made then would keep its folder
+    // from going.
+    if (!folder.writeFile(kLockFile, "", 0))
+        return false;
     const std::string root = kRootFolder;
     for (const char *path : {"", "/dev", "/proc", "/tmp", kSharedFolderPath}) {
         if (!folder.makeFolder(root + path))
@@ -146,7 +152,6 @@ bool fillFolder(TemporaryFolder &folder, const Model &model, const BoardOptions 
     return folder.writeFile(root + kNodePath, "", 0) &&
            folder.writeFile(root + kMemoryPath, "", 0) &&
            folder.makeHole(kRegisterPageFile, kMdioPageSize) &&
-           folder.writeFile(kLockFile, "", 0) &&
            folder.writeFile(root + kCommandLinePath, commandLine.data(), commandLine.size()) &&
            folder.writeFile(root + kPartitionListPath, partitions.data(), partitions.size()) &&
            folder.writeFile(kStateFile, board.get(), sizeof(Board));

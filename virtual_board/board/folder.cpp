@@ -172,9 +172,10 @@ bool BoardFolder::map(const char *path, FolderError &error) {
 
 bool BoardFolder::isGone() const {
     const int folder = kernel::open(path_, O_PATH | O_DIRECTORY);
+    const bool hasLock = kernel::identityOf(folder, kLockFile).isKnown();
     const kernel::Identity found = kernel::identityOf(folder, kStateFile);
     kernel::close(folder);
-    return found != state_;
+    return !hasLock || found != state_;
 }
 
 void BoardFolder::giveToOwner(const char *hostPath) const {
@@ -185,6 +186,9 @@ void BoardFolder::giveToOwner(const char *hostPath) const {
 /** Judges the state while nobody changes it. */
 bool BoardFolder::check(const char *path, FolderError &error) {
     const BoardLock lock(*this);
+    if (!lock.isHeld() && errno == ENOENT)
+        return fail(error, "%s is damaged: %s is missing; make it anew with: touch %s/%s", path,
+                    kLockFile, path_, kLockFile);
     if (!lock.isHeld())
         return failToOpen(path, kLockFile, error);
     if (const char *part = damagedPart(*board_, hostNow()); part != nullptr)

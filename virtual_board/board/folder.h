@@ -67,7 +67,10 @@ class BoardFolder {
     /** Where the placeholder of a flash partition's node lies on the host. */
     HostPathBuffer flashNode(uint32_t index) const;
 
-    /** Whether the folder has been removed, or holds another board, since it was opened. */
+    /**
+     * Whether the folder has been removed, or holds another board, since it was opened. A folder
+     * that is being removed counts as soon as its lock or its state is gone.
+     */
     bool isGone() const;
 
     /**
