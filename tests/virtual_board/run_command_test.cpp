@@ -108,6 +108,16 @@ TEST_F(RunTest, ShellsFindTheToolsOfTheBoard) {
               "min=1 max=1 total=324\n9600\n");
 }
 
+TEST_F(RunTest, CommandsWorkOnABoardFromAProgramOfIt) {
+    vboard({"fault", board(), "add", "--device", "/proc/cmdline", "--op", "read", "--effect",
+            "short=2"});
+    const std::string told = vboard({"get", board(), "cmdline"});
+    const ProcessResult result = onBoard({builtProgram("vboard"), "get", board(), "cmdline"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out, told);
+    EXPECT_EQ(vboard({"trace", board()}), "");
+}
+
 TEST_F(RunTest, TellsWhenTheOutputCannotBeWritten) {
     const ProcessResult result =
         run({"sh", "-c", "\"$@\" > /dev/full", "sh", builtProgram("vboard"), "list-models"});

@@ -10,6 +10,11 @@
 #include <cstdio>
 #include <functional>
 
+// Tells a preloaded library to stay off: hands that work on a board are not on it, and would wait
+// for themselves at its lock.
+extern "C" __attribute__((visibility("default"))) const char vboardSeamOfProgram;
+const char vboardSeamOfProgram = 1;
+
 namespace {
 
 enum ExitCode { kDone = 0, kRefused = 1, kUsage = 2, kCannotStart = 3, kNotOnBoard = 125 };
