@@ -12,6 +12,7 @@
 
 namespace {
 
+constexpr char kVictim[] = "/tmp/bsp/victim";
 constexpr char kHeaderFile[] = "/tmp/bsp/osHeader.bin";
 const std::string kContent(2000, 'v');
 
@@ -19,7 +20,7 @@ class PlantedLinksTest : public VirtualBoardTest {
   protected:
     void plant(const char *pathOnBoard) const {
         unlink(boardFile(pathOnBoard).c_str());
-        ASSERT_EQ(symlink(victim().c_str(), boardFile(pathOnBoard).c_str()), 0) << pathOnBoard;
+        ASSERT_EQ(symlink(kVictim, boardFile(pathOnBoard).c_str()), 0) << pathOnBoard;
     }
 
     std::string file(const char *name, const std::string &content) const {
@@ -28,7 +29,7 @@ class PlantedLinksTest : public VirtualBoardTest {
     }
 
     /** The file that the links lead to. */
-    std::string victim() const { return boardFolder() + "/victim"; }
+    std::string victim() const { return boardFile(kVictim); }
     std::string contentOfVictim() const {
         std::ifstream stream(victim(), std::ios::binary);
         return {std::istreambuf_iterator<char>(stream), {}};
@@ -75,7 +76,7 @@ TEST_F(PlantedLinksTest, AreNotFollowed) {
             useModel(0x0709);
             file("image", std::string(3000, 'i'));
             if (isThere)
-                file("victim", kContent);
+                writeBoardFile(kVictim, kContent);
             ASSERT_NO_FATAL_FAILURE(plant(row.path));
             Answer answer = {-1};
             EXPECT_EQ(complainedBy([&] { answer = answerOf(row.call); }), row.complaint);

@@ -199,10 +199,11 @@ TEST_F(FlashClaimTest, AnUpgradeBelievesAnotherHeaderOnlyTheThirdTime) {
 }
 
 TEST_F(FlashClaimTest, TheLockFileIsNotFollowedToAnothersFile) {
-    const std::string target = makeFile("target", "kept");
-    std::filesystem::create_symlink(target, boardFile(kClaims));
+    constexpr char kTarget[] = "/tmp/bsp/target";
+    writeBoardFile(kTarget, "kept");
+    std::filesystem::create_symlink(kTarget, boardFile(kClaims));
     expectFailure({"mtd", "erase", "mtd4", "--yes"}, 4, {"cannot open /tmp/bsp/iodbg.lock: "});
-    EXPECT_EQ(readFile(target), "kept");
+    EXPECT_EQ(readBoardFile(kTarget), "kept");
     std::filesystem::remove(boardFile(kClaims));
     std::filesystem::permissions(boardFile("/tmp/bsp"), std::filesystem::perms(0777));
     expectFailure({"boot", "set", "mode", "1"}, 4,

@@ -229,7 +229,8 @@ void askFlash(const std::string &board, Random &random) {
         ioctl(node.fd(), MEMGETBADBLOCK, &block);
         ioctl(node.fd(), MEMERASE, &range);
         (void)!pwrite(node.fd(), data, 2048u << below(random, 2), offset);
-        (void)!pread(node.fd(), data, sizeof(data), offset - below(random, 100));
+        const auto before = static_cast<off_t>(below(random, 100));
+        (void)!pread(node.fd(), data, sizeof(data), offset - before);
         ioctl(node.fd(), MEMSETBADBLOCK, &block);
         ioctl(node.fd(), ECCGETSTATS, &statistics);
     }

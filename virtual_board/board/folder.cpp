@@ -4,6 +4,7 @@
 #include "virtual_board/board/flash_content.h"
 #include "virtual_board/board/kernel.h"
 #include "virtual_board/board/lock.h"
+#include "virtual_board/board/root_links.h"
 
 #include <cerrno>
 #include <cstdarg>
@@ -125,7 +126,10 @@ bool BoardFolder::hasItsFiles(const char *path, FolderError &error) const {
                      error))
             return false;
     }
-    return true;
+    const HostPathBuffer link = linkOutOfBoard(*this);
+    return link.text[0] == '\0' ||
+           fail(error, "%s cannot be used: the link %s leads out of the board; remove it", path,
+                link.text + std::strlen(path_) + 1);
 }
 
 bool BoardFolder::hasFile(const char *path, const char *name, uint64_t size,

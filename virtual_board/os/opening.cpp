@@ -57,21 +57,21 @@ Result openPath(int folder, const char *path, int flags, Result failed, Open ope
     const vb::HostPath target(path, lastLinkFor(flags), folder, vb::HostPath::Use::Opened);
     if (!target.isOfBoard())
         return vb::callWithPath(target, failed, openOnHost);
+    int errnoBehind = errno; // which a success leaves alone
     const vb::FaultRule fault = vb::fileFault(vb::FaultOp::Open, target.onBoard());
     const bool isFaulty = fault.id != 0 && fault.effect == vb::FaultEffect::OpenFails;
     const vb::NodeFound node = vb::nodeWith(vb::kernel::identityOf(AT_FDCWD, target.get()));
     const int refused = isFaulty ? fault.argument : nodeRefusal(node, flags);
     const int refusal = refused != 0 ? refused : refusalOfNew(flags);
     Result result = failed;
-    if (refusal != 0)
-        errno = refusal;
-    else
+    if (refusal == 0)
         result = openOnHost(target.get());
-    const int savedErrno = errno;
-    if (result != failed && node.node == vb::Node::None)
+    if (result == failed)
+        errnoBehind = refusal != 0 ? refusal : errno;
+    else if (node.node == vb::Node::None)
         vb::attachedFolder()->giveToOwner(target.get());
-    traceOpen(target.onBoard(), result == failed ? savedErrno : 0);
-    errno = savedErrno;
+    traceOpen(target.onBoard(), result == failed ? errnoBehind : 0);
+    errno = errnoBehind;
     return result;
 }
 
