@@ -2,6 +2,7 @@
 
 #include "virtual_board/board/kernel.h"
 
+#include <atomic>
 #include <cerrno>
 #include <pthread.h>
 #include <sys/file.h>
@@ -15,18 +16,6 @@ namespace {
 pthread_mutex_t ownProcess = PTHREAD_MUTEX_INITIALIZER;
 pthread_once_t forksArePrepared = PTHREAD_ONCE_INIT;
 
-void holdBack() {
-    pthread_mutex_lock(&ownProcess);
-}
-
-void goOn() {
-    pthread_mutex_unlock(&ownProcess);
-}
-
-void prepareForks() {
-    pthread_atfork(holdBack, goOn, goOn);
-}
-
 /** Signals that a program sends to itself by what it does wrong come through. */
 void blockSignals(sigset_t &before) {
     sigset_t all;
@@ -36,13 +25,44 @@ void blockSignals(sigset_t &before) {
     pthread_sigmask(SIG_BLOCK, &all, &before);
 }
 
+// A thread that forks, and its signals before that. Its handlers wait; what the program itself does
+// around a fork may come for the board meanwhile. The mutex guards them.
+pthread_t forker;
+std::atomic<bool> isForking;
+sigset_t signalsOfForker;
+
+bool isForker() {
+    return isForking.load(std::memory_order_acquire) && pthread_equal(forker, pthread_self()) != 0;
+}
+
+void holdBack() {
+    sigset_t before;
+    blockSignals(before);
+    pthread_mutex_lock(&ownProcess);
+    signalsOfForker = before;
+    forker = pthread_self();
+    isForking.store(true, std::memory_order_release);
+}
+
+void goOn() {
+    const sigset_t before = signalsOfForker;
+    isForking.store(false, std::memory_order_release);
+    pthread_mutex_unlock(&ownProcess);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+void prepareForks() {
+    pthread_atfork(holdBack, goOn, goOn);
+}
+
 } // namespace
 
 BoardLock::BoardLock(const BoardFolder &folder) {
-    pthread_once(&forksArePrepared, prepareForks);
     pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState_);
     blockSignals(signals_);
-    pthread_mutex_lock(&ownProcess);
+    pthread_once(&forksArePrepared, prepareForks);
+    if (!isForker())
+        pthread_mutex_lock(&ownProcess);
     fd_ = kernel::open(folder.lockPath(), O_RDWR);
     while (fd_ >= 0 && flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
     }
@@ -55,7 +75,8 @@ BoardLock::~BoardLock() {
         flock(fd_, LOCK_UN);
         kernel::close(fd_);
     }
-    pthread_mutex_unlock(&ownProcess);
+    if (!isForker())
+        pthread_mutex_unlock(&ownProcess);
     pthread_sigmask(SIG_SETMASK, &signals_, nullptr);
     pthread_setcancelstate(cancelState_, nullptr);
 }
