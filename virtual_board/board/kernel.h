@@ -3,6 +3,7 @@
 // board's own code does to the host is no business of the program that it works in. None of these
 // is a point where a thread can be cancelled.
 
+#include <cerrno>
 #include <cstdint>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -41,6 +42,14 @@ inline ssize_t write(int fd, const void *data, size_t length) {
 /** The target of a link, without a zero behind it. */
 inline ssize_t readLink(int folder, const char *path, char *target, size_t size) {
     return syscall(SYS_readlinkat, folder, path, target, size);
+}
+
+/**
+ * Whether a path is all in memory that can be read. To know it the kernel has only to copy the
+ * path, since nothing can be made under an empty name.
+ */
+inline bool isReadable(const char *path) {
+    return syscall(SYS_symlinkat, path, -1, "") == 0 || errno != EFAULT;
 }
 
 /** The path of the working folder with its zero; its length with it, or -1. */

@@ -52,13 +52,19 @@ const BoardFolder *attachedFolder() {
 HostPath::HostPath(const char *path, LastLink last, int folder, Use use) : path_(path) {
     if (attached == nullptr || path == nullptr)
         return;
-    const bool isWithinBoard = use == Use::Opened && path[0] != '/' && isBoardExpected() &&
-                               mayBeOnBoard(*attached, folder);
-    if (!isWithinBoard && leadsPastBoard(*attached, folder, path, last))
-        return;
     const int savedErrno = errno;
-    walk(folder, last);
+    if (kernel::isReadable(path))
+        find(folder, last, use);
+    else
+        error_ = EFAULT;
     errno = savedErrno;
+}
+
+void HostPath::find(int folder, LastLink last, Use use) {
+    const bool isWithinBoard = use == Use::Opened && path_[0] != '/' && isBoardExpected() &&
+                               mayBeOnBoard(*attached, folder);
+    if (isWithinBoard || !leadsPastBoard(*attached, folder, path_, last))
+        walk(folder, last);
 }
 
 void HostPath::walk(int folder, LastLink last) {

@@ -65,31 +65,23 @@ bool goesUp(const char *path) {
 } // namespace
 
 bool leadsPastBoard(const BoardFolder &board, int folder, const char *path, LastLink last) {
-    const int savedErrno = errno;
-    bool isPast = false;
-    if (std::strchr(path, '/') != nullptr) {
-        isPast = isFreeOfLinks(folder, path, last);
-    } else if (last == LastLink::Kept) {
-        isPast = true;
-    } else {
-        char nothing = '\0';
-        isPast = kernel::readLink(folder, path, &nothing, sizeof(nothing)) < 0;
-    }
-    errno = savedErrno;
-    return isPast && !goesUp(path) && !isOnWayToBoard(path) && !startsWith(path, board.rootPath());
+    if (goesUp(path) || isOnWayToBoard(path) || startsWith(path, board.rootPath()))
+        return false;
+    if (std::strchr(path, '/') != nullptr)
+        return isFreeOfLinks(folder, path, last);
+    char nothing = '\0';
+    return last == LastLink::Kept || kernel::readLink(folder, path, &nothing, sizeof(nothing)) < 0;
 }
 
 bool mayBeOnBoard(const BoardFolder &board, int folder) {
-    const int savedErrno = errno;
-    // Only the start of the path matters, and its folder has a short one.
+    // Only the start of the path matters, and few folders have a longer one.
     char path[512];
-    const ssize_t length =
-        folder == AT_FDCWD
-            ? kernel::readLink(AT_FDCWD, "/proc/self/cwd", path, sizeof(path))
-            : kernel::readLink(AT_FDCWD, DescriptorLink(folder).text, path, sizeof(path));
-    errno = savedErrno;
-    const size_t root = std::strlen(board.rootPath());
-    const size_t compared = std::min(root, sizeof(path));
+    const char *link = "/proc/self/cwd";
+    const DescriptorLink linkOfFolder(folder);
+    if (folder != AT_FDCWD)
+        link = linkOfFolder.text;
+    const ssize_t length = kernel::readLink(AT_FDCWD, link, path, sizeof(path));
+    const size_t compared = std::min(std::strlen(board.rootPath()), sizeof(path));
     return length < 0 || (static_cast<size_t>(length) >= compared &&
                           std::memcmp(path, board.rootPath(), compared) == 0);
 }

@@ -70,6 +70,7 @@ class HostPath {
     const char *onBoard() const { return boardPath_; }
 
   private:
+    void find(int folder, LastLink last, Use use);
     void walk(int folder, LastLink last);
 
     const char *path_;
