@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -31,7 +31,13 @@ const FlashContent &contentOf(const void *context) {
 
 FlashFileName flashFileName(uint32_t index) {
     FlashFileName name;
-    std::snprintf(name.text, sizeof(name.text), "%s/mtd%u", kFlashFolder, kFlashNumbers[index]);
+    char *end = stpcpy(stpcpy(name.text, kFlashFolder), "/mtd");
+    // Formatting text takes more of the stack than all the rest of a transfer.
+    const uint32_t number = kFlashNumbers[index];
+    if (number >= 10)
+        *end++ = static_cast<char>('0' + number / 10);
+    *end++ = static_cast<char>('0' + number % 10);
+    *end = '\0';
     return name;
 }
 

@@ -105,6 +105,18 @@ VB_SEAM(dirent64 *, readdir64, DIR *host) {
 
 namespace {
 
+/** Opens the board's folder of a path. */
+template <typename Open>
+DIR *openOwn(const vb::BoardFolder &board, const char *folder, Open open) {
+    vb::Scratch scratch;
+    static_assert(sizeof(vb::HostPathBuffer) <= vb::Scratch::kSize);
+    auto *path = static_cast<char *>(scratch.take());
+    if (path == nullptr)
+        return nullptr;
+    stpcpy(stpcpy(path, board.rootPath()), folder);
+    return open(path);
+}
+
 /** Shows the board's files in a folder of the host that has been opened, if it has some there. */
 template <typename Open>
 DIR *shared(DIR *host, Open open) {
@@ -117,7 +129,7 @@ DIR *shared(DIR *host, Open open) {
                                                 folder, sizeof(folder) - 1);
     DIR *own = nullptr;
     if (length > 0 && isShared(folder))
-        own = open(board->hostPath(folder).text);
+        own = openOwn(*board, folder, open);
     for (Listing &listing : listings) {
         DIR *none = nullptr;
         if (own == nullptr || !listing.host.compare_exchange_strong(none, host))
