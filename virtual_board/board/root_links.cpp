@@ -38,12 +38,12 @@ bool findLinkOut(const BoardFolder &folder, const char *boardFolder, HostPathBuf
     bool isOut = false;
     const dirent *entry = nullptr;
     while (!isOut && (entry = readdir(entries)) != nullptr) {
-        char path[kMaxBoardPath];
+        char path[kMaxBoardPath + sizeof(entry->d_name)];
         const bool isHere = std::strcmp(entry->d_name, ".") == 0;
         const bool isAbove = std::strcmp(entry->d_name, "..") == 0;
         const bool isToBeSeen = entry->d_type != DT_REG && !isHere && !isAbove;
         const int length = std::snprintf(path, sizeof(path), "%s/%s", boardFolder, entry->d_name);
-        if (!isToBeSeen || length >= static_cast<int>(sizeof(path)))
+        if (!isToBeSeen || length >= static_cast<int>(kMaxBoardPath))
             continue;
         char target[kMaxBoardPath] = {};
         const HostPathBuffer place = folder.hostPath(path);
