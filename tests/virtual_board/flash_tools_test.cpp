@@ -436,6 +436,26 @@ TEST_F(FlashToolsTest, RmRemovesTheBoardsFiles) {
     fail("rm " + path("host"), 1, "No such file or directory");
 }
 
+TEST_F(FlashToolsTest, RmTakesTheBoardsFilesAsTheKernelDoes) {
+    writeBoardFile("/tmp/bsp/one", "1");
+    writeBoardFile("/tmp/bsp/two", "2");
+    writeBoardFile("/tmp/bsp/-f", "3");
+    // A name without a folder, as the tool's own is, within the board's.
+    succeed("cd " + boardFile("/tmp/bsp") + " && rm one && rm -- -f");
+    EXPECT_FALSE(fs::exists(boardFile("/tmp/bsp/one")));
+    EXPECT_FALSE(fs::exists(boardFile("/tmp/bsp/-f")));
+    fs::create_symlink("two", boardFile("/tmp/bsp/link"));
+    succeed("rm /tmp/bsp/link");
+    EXPECT_FALSE(fs::is_symlink(boardFile("/tmp/bsp/link")));
+    EXPECT_TRUE(fs::exists(boardFile("/tmp/bsp/two")));
+    for (const char *own : {"/dev/mtd4", "/dev/bspHandle", "/proc/mtd"}) {
+        fail("rm -f " + std::string(own), 1,
+             "cannot remove '" + std::string(own) + "': Operation not permitted");
+        EXPECT_TRUE(fs::exists(boardFile(own)));
+    }
+    fail("rm /tmp/bsp/two/below", 1, "Not a directory");
+}
+
 TEST_F(FlashToolsTest, OtherCommandsAreTheShells) {
     EXPECT_EQ(shell("exit 42").status, 42);
     EXPECT_EQ(shell("echo 'a  b' \"$((1 + 1))\"").out, "a  b 2\n");

@@ -28,6 +28,17 @@ TEST_F(RunTest, AProgramRunsOnTheBoard) {
     EXPECT_TRUE(fs::exists(board() + "/root/tmp/bsp/note"));
 }
 
+TEST_F(RunTest, RmIsTheSystemsOnTheBoard) {
+    const ProcessResult result = onBoard({"sh", "-c",
+                                          "cd /tmp/bsp && touch a b && ln -s b link && rm link && "
+                                          "rm a && rm -v ../bsp/../bsp/b; rm none"});
+    EXPECT_EQ(result.out, "removed '../bsp/../bsp/b'\n");
+    EXPECT_EQ(result.err, "rm: cannot remove 'none': No such file or directory\n");
+    EXPECT_EQ(onBoard({"rm", "-f", "/dev/mtd4"}).err,
+              "rm: cannot remove '/dev/mtd4': Operation not permitted\n");
+    EXPECT_TRUE(fs::exists(board() + "/root/dev/mtd4"));
+}
+
 TEST_F(RunTest, TheProgramsArgumentsAndExitCodeAreItsOwn) {
     EXPECT_EQ(onBoard({"printf", "%s|", "--help", "--", "-x", "", "[a,b]"}).out,
               "--help|--|-x||[a,b]|");

@@ -3,10 +3,13 @@
 
 #include "virtual_board/devices/console.h"
 #include "virtual_board/flash_tools/tools.h"
+#include "virtual_board/os/preload_list.h"
 #include "virtual_board/os/seam.h"
 #include "virtual_board/words/values.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <unistd.h>
@@ -72,6 +75,12 @@ int setConsole(const Arguments &settings) {
     return kDone;
 }
 
+/** Whether the programs that this one starts are on the board without its help. */
+bool isSeamPreloaded() {
+    const char *list = std::getenv(vb::kPreloadVariable);
+    return list != nullptr && std::strstr(list, vb::kSeamLibrary) != nullptr;
+}
+
 } // namespace
 
 int setTerminal(const Arguments &arguments) {
@@ -93,10 +102,26 @@ int setTerminal(const Arguments &arguments) {
 }
 
 int removeFiles(const Arguments &arguments) {
-    Arguments mapped;
-    for (const std::string &word : arguments)
-        mapped.emplace_back(vb::HostPath(word.c_str()).get());
-    return runSystemTool(mapped);
+    if (isSeamPreloaded())
+        return runSystemTool(arguments); // which is on the board by itself
+    Arguments mapped = {arguments[0]};
+    int status = kDone;
+    bool areOptions = true;
+    for (size_t i = 1; i < arguments.size(); ++i) {
+        const std::string &word = arguments[i];
+        const vb::HostPath target(word.c_str(), vb::LastLink::Kept);
+        const bool isOption = areOptions && word.size() > 1 && word[0] == '-';
+        const int error = target.isOfKernel() ? EPERM : target.error();
+        areOptions = areOptions && word != "--";
+        if (isOption || error == 0) {
+            mapped.emplace_back(isOption ? word : target.get());
+            continue;
+        }
+        std::fprintf(stderr, "rm: cannot remove '%s': %s\n", word.c_str(), std::strerror(error));
+        status = kFailed;
+    }
+    // What nobody could tell the place of must not be looked for on the host.
+    return status == kDone ? runSystemTool(mapped) : status;
 }
 
 } // namespace flash_tools

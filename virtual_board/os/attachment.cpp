@@ -98,4 +98,11 @@ void HostPath::walk(int folder, LastLink last) {
     }
 }
 
+bool HostPath::isOfKernel() const {
+    constexpr char kNodes[] = "/dev/";
+    constexpr char kInformation[] = "/proc/";
+    return isOfBoard() && (std::strncmp(boardPath_, kNodes, sizeof(kNodes) - 1) == 0 ||
+                           std::strncmp(boardPath_, kInformation, sizeof(kInformation) - 1) == 0);
+}
+
 } // namespace vb

@@ -2,8 +2,6 @@
 
 #include "virtual_board/os/board_files.h"
 
-#include <cstring>
-
 namespace {
 
 using vb::LastLink;
@@ -19,19 +17,10 @@ int makeAt(const vb::HostPath &path, Call call) {
     return result;
 }
 
-/** Nodes, and what the kernel shows in /proc, are not a program's to replace or remove. */
-bool isOfKernel(const vb::HostPath &path) {
-    constexpr char kNodes[] = "/dev/";
-    constexpr char kInformation[] = "/proc/";
-    return path.isOfBoard() &&
-           (std::strncmp(path.onBoard(), kNodes, sizeof(kNodes) - 1) == 0 ||
-            std::strncmp(path.onBoard(), kInformation, sizeof(kInformation) - 1) == 0);
-}
-
 /** Calls what replaces or removes the file at a path. */
 template <typename Call>
 int replaceAt(const vb::HostPath &path, Call call) {
-    return isOfKernel(path) ? vb::failWith(EPERM) : vb::callWithPath(path, -1, call);
+    return path.isOfKernel() ? vb::failWith(EPERM) : vb::callWithPath(path, -1, call);
 }
 
 template <typename Call>

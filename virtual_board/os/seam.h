@@ -66,6 +66,8 @@ class HostPath {
     int error() const { return error_; }
     const char *get() const { return path_; }
     bool isOfBoard() const { return boardPath_ != nullptr; }
+    /** Nodes, and what the kernel shows in /proc, are not a program's to replace or remove. */
+    bool isOfKernel() const;
     /** The path on the board, free of links, doubled and idle parts; null for other files. */
     const char *onBoard() const { return boardPath_; }
 
