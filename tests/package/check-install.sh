@@ -87,6 +87,11 @@ for program in iodbg vboard; do
     echo "ok    installed manual page of $program"
 done
 
+for checker in vboard.supp vboard-tsan.supp; do
+    cmp "$source/virtual_board/checkers/$checker" "$prefix/share/bsp/$checker"
+done
+echo "ok    installed suppressions for checkers of threads"
+
 documents=$prefix/share/doc/bsp
 grep -q '^## JSON$' "$documents/iodbg.md"
 for document in "$source"/docs/*.md; do
