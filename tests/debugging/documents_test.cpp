@@ -142,7 +142,8 @@ TEST_P(DocumentsTest, CommandsDoWhatIsShown) {
     EXPECT_GT(count, 20u);
 }
 
-INSTANTIATE_TEST_SUITE_P(, DocumentsTest, ::testing::Values("debugging-and-ci.md"),
+INSTANTIATE_TEST_SUITE_P(, DocumentsTest,
+                         ::testing::Values("debugging-and-ci.md", "virtual-board.md"),
                          [](const auto &document) {
                              const std::string name = document.param;
                              return std::regex_replace(name.substr(0, name.find('.')),
