@@ -27,6 +27,7 @@ void traceUnknownPath(const char *path) {
 bool attachBoard(const char *path, FolderError &error) {
     detachBoard();
     findNextDefinitions();
+    prepareGlances();
     auto *folder = new (folderMemory) BoardFolder;
     if (!folder->open(path, error))
         return false;

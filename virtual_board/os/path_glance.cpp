@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <dlfcn.h>
 #include <iterator>
 #include <linux/openat2.h>
 
@@ -63,6 +64,12 @@ bool goesUp(const char *path) {
 }
 
 } // namespace
+
+void prepareGlances() {
+    // Valgrind complains of calls that it does not know, and this is one for most of its versions.
+    // It is told by what it brings into the program.
+    cannotAsk = dlsym(RTLD_DEFAULT, "_vgnU_freeres") != nullptr;
+}
 
 bool leadsPastBoard(const BoardFolder &board, int folder, const char *path, LastLink last) {
     if (goesUp(path) || isOnWayToBoard(path) || startsWith(path, board.rootPath()))

@@ -6,6 +6,9 @@
 
 namespace vb {
 
+/** Finds out what can be asked; once, before anything is looked at. */
+void prepareGlances();
+
 /**
  * Whether a path leads to the host for sure, so that it need not be walked: it has no link and no
  * ".." on its way and comes to none of the places where a board has files. A relative path must
