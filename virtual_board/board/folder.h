@@ -31,7 +31,7 @@ constexpr unsigned kMaxFolderPath = 4096;
 
 /** A path on the host; long enough for every path of a board in every folder. */
 struct HostPathBuffer {
-    char text[kMaxFolderPath + kMaxBoardPath + 16];
+    char text[kMaxFolderPath + 2 * kMaxBoardPath + 32];
 };
 
 /** A mapped board folder. */
