@@ -149,6 +149,31 @@ VB_SEAM_FOPEN(fopen64)
 VB_SEAM_FREOPEN(freopen)
 VB_SEAM_FREOPEN(freopen64)
 
+VB_SEAM(FILE *, fdopen, int fd, const char *mode) {
+    const int refusal = nodeRefusal(vb::nodeOf(fd), kStream);
+    if (refusal == 0)
+        return VB_NEXT(fdopen)(fd, mode);
+    errno = refusal;
+    return nullptr;
+}
+
+// Opens that a program leaves to the C library, for a child that it starts later.
+
+VB_SEAM(int, posix_spawn_file_actions_addopen, void *actions, int fd, const char *path, int flags,
+        mode_t mode) {
+    const vb::HostPath target(path, lastLinkFor(flags));
+    return target.error() != 0
+               ? target.error()
+               : VB_NEXT(posix_spawn_file_actions_addopen)(actions, fd, target.get(), flags, mode);
+}
+
+VB_SEAM(int, posix_spawn_file_actions_addchdir_np, void *actions, const char *path) {
+    const vb::HostPath target(path);
+    return target.error() != 0
+               ? target.error()
+               : VB_NEXT(posix_spawn_file_actions_addchdir_np)(actions, target.get());
+}
+
 // Names that are made up for new files and folders. The name goes back to the caller.
 
 namespace {

@@ -3,6 +3,9 @@
 #include "virtual_board/board/paths.h"
 #include "virtual_board/os/seam.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 
@@ -42,10 +45,45 @@ char *withOwnName(char *path) {
     return path;
 }
 
-/** The target of a link, which has no zero behind it. */
-ssize_t ownTarget(ssize_t length, char *target) {
-    return length > 0 ? static_cast<ssize_t>(replaceByOwnName(target, static_cast<size_t>(length)))
-                      : length;
+/** The working folder, which on the board may fit where its path on the host does not. */
+char *ownFolder(char *found, char *path, size_t size) {
+    if (found != nullptr || errno != ERANGE || path == nullptr || vb::attachedFolder() == nullptr)
+        return withOwnName(found);
+    vb::Scratch scratch;
+    auto *whole = static_cast<char *>(scratch.take());
+    const ssize_t length = whole != nullptr ? vb::kernel::workingFolder(whole, PATH_MAX) : 0;
+    const char *name = length > 0 ? nameOnBoard(whole, static_cast<size_t>(length) - 1) : nullptr;
+    errno = ERANGE;
+    return name != nullptr && std::strlen(name) < size ? std::strcpy(path, name) : nullptr;
+}
+
+/** Whether a link's target may lie in the board's root, as far as it has been told. */
+bool canBeInRoot(const char *target, size_t length, size_t size) {
+    const vb::BoardFolder *folder = vb::attachedFolder();
+    if (folder == nullptr)
+        return false;
+    const size_t root = std::strlen(folder->rootPath());
+    return (length > root || length == size) &&
+           std::memcmp(target, folder->rootPath(), std::min(length, root)) == 0;
+}
+
+/**
+ * What a link's target is on the board, when it has been read: it has no zero behind it, and may be
+ * cut short.
+ */
+ssize_t ownTarget(ssize_t count, int folder, const char *host, char *target, size_t size) {
+    if (count <= 0 || !canBeInRoot(target, static_cast<size_t>(count), size))
+        return count;
+    vb::Scratch scratch;
+    auto *whole = static_cast<char *>(scratch.take());
+    const ssize_t length =
+        whole != nullptr ? vb::kernel::readLink(folder, host, whole, PATH_MAX) : -1;
+    if (length <= 0)
+        return count;
+    const size_t own = std::min(replaceByOwnName(whole, static_cast<size_t>(length)), size);
+    std::memset(target, 0, static_cast<size_t>(count)); // as much as has been written
+    std::memcpy(target, whole, own);
+    return static_cast<ssize_t>(own);
 }
 
 /** The path of an existing file of the board, in the caller's memory or in new one. */
@@ -68,11 +106,11 @@ char *resolve(const char *path, char *resolved, Resolve resolveOnHost) {
 } // namespace
 
 VB_SEAM(char *, getcwd, char *path, size_t size) {
-    return withOwnName(VB_NEXT(getcwd)(path, size));
+    return ownFolder(VB_NEXT(getcwd)(path, size), path, size);
 }
 
 VB_SEAM(char *, __getcwd_chk, char *path, size_t size, size_t room) {
-    return withOwnName(VB_NEXT(__getcwd_chk)(path, size, room));
+    return ownFolder(VB_NEXT(__getcwd_chk)(path, size, room), path, size);
 }
 
 VB_SEAM(char *, getwd, char *path) {
@@ -100,20 +138,22 @@ VB_SEAM(char *, canonicalize_file_name, const char *path) {
 
 VB_SEAM(ssize_t, readlink, const char *path, char *target, size_t size) {
     return vb::callWithPath(vb::HostPath(path, LastLink::Kept), ssize_t{-1}, [=](const char *host) {
-        return ownTarget(VB_NEXT(readlink)(host, target, size), target);
+        return ownTarget(VB_NEXT(readlink)(host, target, size), AT_FDCWD, host, target, size);
     });
 }
 
 VB_SEAM(ssize_t, readlinkat, int folder, const char *path, char *target, size_t size) {
-    return vb::callWithPath(
-        vb::HostPath(path, LastLink::Kept, folder), ssize_t{-1}, [=](const char *host) {
-            return ownTarget(VB_NEXT(readlinkat)(folder, host, target, size), target);
-        });
+    return vb::callWithPath(vb::HostPath(path, LastLink::Kept, folder), ssize_t{-1},
+                            [=](const char *host) {
+                                return ownTarget(VB_NEXT(readlinkat)(folder, host, target, size),
+                                                 folder, host, target, size);
+                            });
 }
 
 VB_SEAM(ssize_t, __readlink_chk, const char *path, char *target, size_t size, size_t room) {
     return vb::callWithPath(vb::HostPath(path, LastLink::Kept), ssize_t{-1}, [=](const char *host) {
-        return ownTarget(VB_NEXT(__readlink_chk)(host, target, size, room), target);
+        return ownTarget(VB_NEXT(__readlink_chk)(host, target, size, room), AT_FDCWD, host, target,
+                         size);
     });
 }
 
@@ -121,6 +161,7 @@ VB_SEAM(ssize_t, __readlinkat_chk, int folder, const char *path, char *target, s
         size_t room) {
     return vb::callWithPath(
         vb::HostPath(path, LastLink::Kept, folder), ssize_t{-1}, [=](const char *host) {
-            return ownTarget(VB_NEXT(__readlinkat_chk)(folder, host, target, size, room), target);
+            return ownTarget(VB_NEXT(__readlinkat_chk)(folder, host, target, size, room), folder,
+                             host, target, size);
         });
 }

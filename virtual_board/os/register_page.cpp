@@ -121,8 +121,13 @@ void pollRegisterPage(const BoardFolder &folder) {
 #define VB_SEAM_MMAP(symbol, offsetType)                                                           \
     VB_SEAM(void *, symbol, void *address, size_t length, int protection, int flags, int fd,       \
             offsetType offset) {                                                                   \
-        if (fd < 0 || vb::nodeOf(fd).node != vb::Node::Memory)                                     \
+        const vb::Node node = fd < 0 ? vb::Node::None : vb::nodeOf(fd).node;                       \
+        if (node == vb::Node::None)                                                                \
             return VB_NEXT(symbol)(address, length, protection, flags, fd, offset);                \
+        if (node != vb::Node::Memory) {                                                            \
+            errno = ENODEV;                                                                        \
+            return MAP_FAILED;                                                                     \
+        }                                                                                          \
         return vb::mapPage(fd, length, flags, offset, [=](int page) {                              \
             return VB_NEXT(symbol)(address, length, protection, flags, page, 0);                   \
         });                                                                                        \
