@@ -58,6 +58,8 @@ void prepareForks() {
 } // namespace
 
 BoardLock::BoardLock(const BoardFolder &folder) {
+    // Both: a cancellation that is on its way already looks at the type alone.
+    pthread_setcanceltype(PTHREAD_CANCEL_DEFERRED, &cancelType_);
     pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState_);
     blockSignals(signals_);
     pthread_once(&forksArePrepared, prepareForks);
@@ -79,6 +81,7 @@ BoardLock::~BoardLock() {
         pthread_mutex_unlock(&ownProcess);
     pthread_sigmask(SIG_SETMASK, &signals_, nullptr);
     pthread_setcancelstate(cancelState_, nullptr);
+    pthread_setcanceltype(cancelType_, nullptr);
 }
 
 } // namespace vb

@@ -25,6 +25,7 @@ class BoardLock {
 
   private:
     sigset_t signals_;
+    int cancelType_ = 0;
     int cancelState_ = 0;
     int fd_;
 };

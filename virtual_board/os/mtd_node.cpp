@@ -11,6 +11,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <mtd/mtd-abi.h>
+#include <pthread.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -162,6 +163,7 @@ off64_t seekPartition(int fd, uint32_t partition, off64_t offset, int whence) {
 }
 
 ssize_t readPartitionAt(int fd, uint32_t partition, void *data, size_t length, off64_t offset) {
+    pthread_testcancel(); // as in every transfer
     if (!canRead(fd))
         return failWith(EBADF);
     if (offset < 0)
@@ -175,6 +177,7 @@ ssize_t readPartitionAt(int fd, uint32_t partition, void *data, size_t length, o
 
 ssize_t writePartitionAt(int fd, uint32_t partition, const void *data, size_t length,
                          off64_t offset) {
+    pthread_testcancel();
     if (!canWrite(fd))
         return failWith(EBADF);
     if (offset < 0)

@@ -5,6 +5,7 @@
 #include "virtual_board/os/timespec64.h"
 
 #include <cerrno>
+#include <pthread.h>
 #include <sched.h>
 #include <time.h>
 #include <unistd.h>
@@ -33,9 +34,11 @@ bool sleepOnBoard(uint64_t ns) {
             board.clock.sleptNs += ns;
         vb::pollRegisterPage(*folder);
     }
-    if (isVirtual)
-        sched_yield();
     errno = savedErrno;
+    if (isVirtual) {
+        sched_yield();
+        pthread_testcancel(); // as in every sleep
+    }
     return isVirtual;
 }
 
