@@ -271,6 +271,7 @@ TEST_F(SignalsTest, WhatAProgramDoesAroundForksMayUseTheBoard) {
     expectBoardToWork();
 }
 
+#ifdef BSP_TEST_FORKS_OF_THREADS
 TEST_F(SignalsTest, ForksAreNotHeldUpByHandlersOfOtherThreads) {
     runApart({[] {
         handleSignal(SIGALRM);
@@ -289,6 +290,8 @@ TEST_F(SignalsTest, ForksAreNotHeldUpByHandlersOfOtherThreads) {
     }});
     expectBoardToWork();
 }
+
+#endif
 
 TEST_F(SignalsTest, TheirHandlersMasksAreAsTheyWere) {
     sigset_t mine, before, after;

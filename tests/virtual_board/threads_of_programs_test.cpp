@@ -62,6 +62,7 @@ class ThreadsOfProgramsTest : public VirtualBoardTest {
     }
 };
 
+#ifdef BSP_TEST_FORKS_OF_THREADS
 TEST_F(ThreadsOfProgramsTest, ForkedWhileTheyWork) {
     expectApart([] {
         std::atomic<bool> isOver = false;
@@ -86,6 +87,8 @@ TEST_F(ThreadsOfProgramsTest, ForkedWhileTheyWork) {
     });
     EXPECT_TRUE(hasDeviceId());
 }
+
+#endif
 
 TEST_F(ThreadsOfProgramsTest, OthersAreStartedMeanwhile) {
     expectApart([] {
