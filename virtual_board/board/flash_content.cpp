@@ -20,7 +20,7 @@ void complement(uint8_t *data, uint32_t length) {
 }
 
 bool writeAll(int fd, const uint8_t *data, uint32_t length, uint32_t offset) {
-    return pwrite(fd, data, length, static_cast<off_t>(offset)) == static_cast<ssize_t>(length);
+    return kernel::writeAt(fd, data, length, offset) == static_cast<ssize_t>(length);
 }
 
 const FlashContent &contentOf(const void *context) {
@@ -50,7 +50,7 @@ FlashContent::~FlashContent() {
 }
 
 bool FlashContent::load(uint32_t offset, uint8_t *data, uint32_t length) const {
-    const ssize_t count = pread(fd_, data, length, static_cast<off_t>(offset));
+    const ssize_t count = kernel::readAt(fd_, data, length, offset);
     complement(data, length);
     return count == static_cast<ssize_t>(length);
 }
@@ -71,8 +71,7 @@ bool FlashContent::store(uint32_t offset, const uint8_t *data, uint32_t length) 
 }
 
 bool FlashContent::erase(uint32_t offset, uint32_t length) const {
-    if (fallocate(fd_, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, static_cast<off_t>(offset),
-                  static_cast<off_t>(length)) == 0)
+    if (kernel::punchHole(fd_, offset, length))
         return true;
     // File systems without holes.
     static constexpr uint8_t kErasedChunk[kChunk] = {};

@@ -5,10 +5,12 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <endian.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/types.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 namespace vb::kernel {
@@ -37,6 +39,29 @@ inline ssize_t read(int fd, void *data, size_t length) {
 
 inline ssize_t write(int fd, const void *data, size_t length) {
     return syscall(SYS_write, fd, data, length);
+}
+
+// At a position; of the two halves that all systems want it in the upper is always 0.
+
+inline ssize_t readAt(int fd, void *data, size_t length, uint32_t offset) {
+    const iovec part = {data, length};
+    return syscall(SYS_preadv, fd, &part, 1, static_cast<unsigned long>(offset), 0ul);
+}
+
+inline ssize_t writeAt(int fd, const void *data, size_t length, uint32_t offset) {
+    const iovec part = {const_cast<void *>(data), length};
+    return syscall(SYS_pwritev, fd, &part, 1, static_cast<unsigned long>(offset), 0ul);
+}
+
+/** Makes a part of a file a hole; false where there are none. */
+inline bool punchHole(int fd, uint32_t offset, uint32_t length) {
+    constexpr int kMode = FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE;
+#if __SIZEOF_LONG__ == 8
+    return syscall(SYS_fallocate, fd, kMode, long{offset}, long{length}) == 0;
+#else
+    return syscall(SYS_fallocate, fd, kMode, __LONG_LONG_PAIR(0, offset),
+                   __LONG_LONG_PAIR(0, length)) == 0;
+#endif
 }
 
 /** The target of a link, without a zero behind it. */

@@ -50,13 +50,13 @@ void traceDone(Board &board, const MdioDone &done) {
 void lookAtPage(const BoardFolder &folder, MdioDone (*look)(Mdio &, uint32_t &)) {
     const int fd = folder.openOwnFile(kRegisterPageFile, O_RDWR);
     uint32_t content = 0;
-    if (fd >= 0 && pread(fd, &content, sizeof(content), kMdioCommand) == sizeof(content)) {
+    if (fd >= 0 && kernel::readAt(fd, &content, sizeof(content), kMdioCommand) == sizeof(content)) {
         const uint32_t before = content;
         const MdioDone done = look(folder.board()->devices.mdio, content);
         if (done.isDone)
             traceDone(*folder.board(), done);
         // The file and its mappings are the same memory.
-        if (content != before && pwrite(fd, &content, sizeof(content), kMdioCommand) < 0)
+        if (content != before && kernel::writeAt(fd, &content, sizeof(content), kMdioCommand) < 0)
             errno = EIO; // the command stays busy, which programs can tell
     }
     if (fd >= 0)
