@@ -11,6 +11,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <functional>
+#include <glob.h>
 #include <mtd/mtd-abi.h>
 #include <spawn.h>
 #include <sys/ioctl.h>
@@ -392,6 +393,21 @@ TEST_F(DescriptorsTest, DevicesAreNotCopiedFromDirectlyNorMapped) {
     EXPECT_EQ(errno, ENOTSUP);
     for (const int fd : {flash, other, ends[0], ends[1]})
         close(fd);
+}
+
+TEST_F(DescriptorsTest, PatternsFindTheBoardsFiles) {
+    const auto found = [](const char *pattern) {
+        glob_t search = {};
+        Lines paths;
+        EXPECT_EQ(glob(pattern, 0, nullptr, &search), 0) << pattern;
+        for (size_t i = 0; i < search.gl_pathc; ++i)
+            paths.emplace_back(search.gl_pathv[i]);
+        globfree(&search);
+        return paths;
+    };
+    EXPECT_EQ(found("/dev/mtd*"), (Lines{"/dev/mtd0", "/dev/mtd12", "/dev/mtd14", "/dev/mtd4"}));
+    EXPECT_EQ(found("/tmp/bs[p]/f*"), Lines{"/tmp/bsp/file"});
+    EXPECT_EQ(found((hostFolder() + "/f*").c_str()), Lines{hostFile()});
 }
 
 TEST_F(DescriptorsTest, FilesForChildrenAreOpenedOnTheBoard) {

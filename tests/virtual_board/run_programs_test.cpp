@@ -127,4 +127,15 @@ TEST_F(ProgramsTest, DoOnABoardWhatTheyDoWithoutOne) {
     EXPECT_EQ(vboard({"trace", board()}), ""); // nothing of this concerns the board
 }
 
+TEST_F(ProgramsTest, LibrariesThatAreLoadedLateUseTheBoard) {
+    const ProcessResult result = inNewFolder(
+        {builtProgram("vboard"), "run", board(), "--"},
+        "printf '#include <fcntl.h>\\n#include <unistd.h>\\nchar text[8];\\n"
+        "const char *load(void) { (void)!read(open(\"/proc/cmdline\", O_RDONLY), text, 7); "
+        "return text; }' >l.c; gcc -shared -fPIC l.c -o l.so && "
+        "python3 -c 'import ctypes as c; f = c.CDLL(\"./l.so\").load; f.restype = c.c_char_p; "
+        "print(f().decode())'");
+    EXPECT_EQ(result.out, "console\n") << result.err;
+}
+
 } // namespace
