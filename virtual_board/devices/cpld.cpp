@@ -32,7 +32,7 @@ uint16_t poeLamps(uint32_t reg, uint32_t poePorts) {
     if (reg < kCpldPoeLamps || before >= poePorts)
         return 0;
     const uint32_t count = poePorts - before;
-    return count >= kLampsInRegister ? 0xFFFF : static_cast<uint16_t>((1u << count) - 1);
+    return static_cast<uint16_t>(count >= kLampsInRegister ? 0xFFFFu : (1u << count) - 1);
 }
 
 } // namespace
