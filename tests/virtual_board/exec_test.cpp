@@ -403,4 +403,14 @@ TEST_F(ExecTest, AShellTakesTheEnvironmentByEval) {
     EXPECT_EQ(result.out, fs::canonical(odd).string() + "\n0x0109\n") << result.err;
 }
 
+TEST_F(ExecTest, NamesThatCannotBeReadAreBadAddresses) {
+    constexpr char kProgram[] = "import ctypes\n"
+                                "library = ctypes.CDLL(None, use_errno=True)\n"
+                                "for start in library.execv, library.execvp:\n"
+                                "    print(start(ctypes.c_void_p(8), None), ctypes.get_errno())\n";
+    const ProcessResult result = onBoard({"python3", "-c", kProgram});
+    const std::string failure = "-1 " + std::to_string(EFAULT) + "\n";
+    EXPECT_EQ(result.out, failure + failure) << result.err;
+}
+
 } // namespace

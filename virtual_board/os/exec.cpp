@@ -48,6 +48,8 @@ int startFile(int folder, const char *path, int flags, Words environment, Failur
 template <typename Start>
 int startPath(int folder, const char *path, int flags, Words environment, Failure failure,
               Start start) {
+    if (path != nullptr && !vb::kernel::isReadable(path))
+        return fail(failure, EFAULT);
     if (path == nullptr || *path == '\0')
         return startFile(folder, path != nullptr ? path : "", flags, environment, failure,
                          [&](Words handedOn) { return start(path, handedOn); });
@@ -71,6 +73,8 @@ int startPath(int folder, const char *path, int flags, Words environment, Failur
  */
 template <typename Start>
 int startName(const char *name, Words environment, Failure failure, Start start) {
+    if (name != nullptr && !vb::kernel::isReadable(name))
+        return fail(failure, EFAULT);
     if (name == nullptr || *name == '\0' || std::strchr(name, '/') != nullptr)
         return startPath(AT_FDCWD, name, 0, environment, failure, start);
     const vb::SearchPath places(name);
