@@ -1,7 +1,7 @@
 #include "virtual_board/os/node_status.h"
 
-using Status = struct stat;
-using Status64 = struct stat64;
+using Status = struct stat *;
+using Status64 = struct stat64 *;
 
 VB_SEAM_STAT(stat, vb::LastLink::Followed, Status)
 VB_SEAM_STAT(lstat, vb::LastLink::Kept, Status)
@@ -15,7 +15,7 @@ VB_SEAM_STATAT(fstatat64, Status64)
 // What builds for C libraries before 2.33 call instead.
 
 #define VB_SEAM_XSTAT(symbol, last, Info)                                                          \
-    VB_SEAM(int, symbol, int version, const char *path, Info *info) {                              \
+    VB_SEAM(int, symbol, int version, const char *path, Info info) {                               \
         return examineAt(vb::HostPath(path, last), info,                                           \
                          [=](const char *host) { return VB_NEXT(symbol)(version, host, info); });  \
     }
@@ -25,14 +25,14 @@ VB_SEAM_XSTAT(__xstat64, vb::LastLink::Followed, Status64)
 VB_SEAM_XSTAT(__lxstat64, vb::LastLink::Kept, Status64)
 
 #define VB_SEAM_FXSTAT(symbol, Info)                                                               \
-    VB_SEAM(int, symbol, int version, int fd, Info *info) {                                        \
+    VB_SEAM(int, symbol, int version, int fd, Info info) {                                         \
         return examined(VB_NEXT(symbol)(version, fd, info), info);                                 \
     }
 VB_SEAM_FXSTAT(__fxstat, Status)
 VB_SEAM_FXSTAT(__fxstat64, Status64)
 
 #define VB_SEAM_FXSTATAT(symbol, Info)                                                             \
-    VB_SEAM(int, symbol, int version, int folder, const char *path, Info *info, int flags) {       \
+    VB_SEAM(int, symbol, int version, int folder, const char *path, Info info, int flags) {        \
         const bool isKept = (flags & AT_SYMLINK_NOFOLLOW) != 0;                                    \
         const vb::HostPath target(path, isKept ? vb::LastLink::Kept : vb::LastLink::Followed,      \
                                   folder);                                                         \

@@ -15,7 +15,7 @@ struct DeviceNumber {
     unsigned major, minor;
 };
 
-DeviceNumber numberOf(const vb::NodeFound &found) {
+constexpr DeviceNumber numberOf(const vb::NodeFound &found) {
     constexpr DeviceNumber kDriver = {240, 0}; // of those for local use
     constexpr DeviceNumber kMemory = {1, 1};
     constexpr unsigned kFlashMajor = 90; // and two minors for each partition
@@ -53,18 +53,18 @@ int examineAt(const vb::HostPath &path, Info *info, Examine examine, int flags =
 } // namespace
 
 #define VB_SEAM_STAT(symbol, last, Info)                                                           \
-    VB_SEAM(int, symbol, const char *path, Info *info) {                                           \
+    VB_SEAM(int, symbol, const char *path, Info info) {                                            \
         return examineAt(vb::HostPath(path, last), info,                                           \
                          [=](const char *host) { return VB_NEXT(symbol)(host, info); });           \
     }
 
 #define VB_SEAM_FSTAT(symbol, Info)                                                                \
-    VB_SEAM(int, symbol, int fd, Info *info) {                                                     \
+    VB_SEAM(int, symbol, int fd, Info info) {                                                      \
         return examined(VB_NEXT(symbol)(fd, info), info);                                          \
     }
 
 #define VB_SEAM_STATAT(symbol, Info)                                                               \
-    VB_SEAM(int, symbol, int folder, const char *path, Info *info, int flags) {                    \
+    VB_SEAM(int, symbol, int folder, const char *path, Info info, int flags) {                     \
         const bool isKept = (flags & AT_SYMLINK_NOFOLLOW) != 0;                                    \
         const vb::HostPath target(path, isKept ? vb::LastLink::Kept : vb::LastLink::Followed,      \
                                   folder);                                                         \

@@ -3,13 +3,13 @@
 #define _FILE_OFFSET_BITS 64
 #define _TIME_BITS 64
 
-#include "virtual_board/os/node_status.h"
-
 #include <bits/timesize.h>
 
 #if __TIMESIZE == 32
 
-using Status = struct stat;
+#include "virtual_board/os/node_status.h"
+
+using Status = struct stat *;
 
 VB_SEAM_STAT(__stat64_time64, vb::LastLink::Followed, Status)
 VB_SEAM_STAT(__lstat64_time64, vb::LastLink::Kept, Status)

@@ -54,7 +54,10 @@ char *ownFolder(char *found, char *path, size_t size) {
     const ssize_t length = whole != nullptr ? vb::kernel::workingFolder(whole, PATH_MAX) : 0;
     const char *name = length > 0 ? nameOnBoard(whole, static_cast<size_t>(length) - 1) : nullptr;
     errno = ERANGE;
-    return name != nullptr && std::strlen(name) < size ? std::strcpy(path, name) : nullptr;
+    if (name == nullptr || std::strlen(name) >= size)
+        return nullptr;
+    stpcpy(path, name);
+    return path;
 }
 
 /** Whether a link's target may lie in the board's root, as far as it has been told. */
@@ -92,7 +95,10 @@ char *resolvedOnBoard(const vb::HostPath &target, char *resolved) {
         errno = ENOENT;
         return nullptr;
     }
-    return resolved != nullptr ? std::strcpy(resolved, target.onBoard()) : strdup(target.onBoard());
+    if (resolved == nullptr)
+        return strdup(target.onBoard());
+    stpcpy(resolved, target.onBoard());
+    return resolved;
 }
 
 template <typename Resolve>

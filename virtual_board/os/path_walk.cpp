@@ -198,16 +198,22 @@ const char *PathWalk::placeOnHost() {
     return memory_.host;
 }
 
+/** The same with something behind it. */
+const char *PathWalk::placeOnHost(const char *tail) {
+    const char *place = placeOnHost();
+    const size_t length = std::strlen(place);
+    std::memmove(memory_.host, place, length);
+    stpcpy(memory_.host + length, tail);
+    return memory_.host;
+}
+
 /** Whether the walk can leave its place for the folder above: from anything else it cannot. */
 bool PathWalk::isFolder() {
     char nothing = '\0';
     if (length_ == 0)
         return true;
-    const char *place = placeOnHost();
-    if (place != memory_.host)
-        stpcpy(memory_.host, place);
-    std::strcat(memory_.host, "/.");
-    const ssize_t count = kernel::readLink(AT_FDCWD, memory_.host, &nothing, sizeof(nothing));
+    const char *itself = placeOnHost("/.");
+    const ssize_t count = kernel::readLink(AT_FDCWD, itself, &nothing, sizeof(nothing));
     return count >= 0 || errno == EINVAL || fail(errno);
 }
 
@@ -272,10 +278,7 @@ void PathWalk::arrive() {
     end_ = isHereOnBoard_ ? End::Board : End::Beyond;
     if (hasJumped_)
         return; // the kernel jumps as well, even where the file has no path any more
-    hostPath_ = placeOnHost();
-    if (hostPath_ != memory_.host)
-        stpcpy(memory_.host, hostPath_);
-    hostPath_ = std::strcat(memory_.host, tail_);
+    hostPath_ = placeOnHost(tail_);
 }
 
 /** A path that is too long to be walked here; the kernel finds its way through the host only. */

@@ -60,6 +60,7 @@ class PathWalk {
     void recogniseBoard();
     void look();
     const char *placeOnHost();
+    const char *placeOnHost(const char *tail);
     void askKernel();
     void askKernelForParent();
     bool pathOfDescriptor(int fd);

@@ -54,36 +54,36 @@ VB_SEAM(int, chdir, const char *path) {
 
 // A path and one argument or two
 
-#define VB_SEAM_PATH_WITH(symbol, last, result, failed, type)                                      \
+#define VB_SEAM_PATH_WITH(symbol, last, result, type)                                              \
     VB_SEAM(result, symbol, const char *path, type argument) {                                     \
-        return vb::callWithPath(vb::HostPath(path, last), result{failed}, [=](const char *host) {  \
+        return vb::callWithPath(vb::HostPath(path, last), [=](const char *host) {                  \
             return VB_NEXT(symbol)(host, argument);                                                \
         });                                                                                        \
     }
-VB_SEAM_PATH_WITH(access, LastLink::Followed, int, -1, int)
-VB_SEAM_PATH_WITH(euidaccess, LastLink::Followed, int, -1, int)
-VB_SEAM_PATH_WITH(eaccess, LastLink::Followed, int, -1, int)
-VB_SEAM_PATH_WITH(chmod, LastLink::Followed, int, -1, mode_t)
-VB_SEAM_PATH_WITH(lchmod, LastLink::Kept, int, -1, mode_t)
-VB_SEAM_PATH_WITH(truncate, LastLink::Followed, int, -1, off_t)
-VB_SEAM_PATH_WITH(truncate64, LastLink::Followed, int, -1, off64_t)
-VB_SEAM_PATH_WITH(utime, LastLink::Followed, int, -1, const void *)
-VB_SEAM_PATH_WITH(__utime64, LastLink::Followed, int, -1, const void *)
-VB_SEAM_PATH_WITH(utimes, LastLink::Followed, int, -1, const void *)
-VB_SEAM_PATH_WITH(__utimes64, LastLink::Followed, int, -1, const void *)
-VB_SEAM_PATH_WITH(lutimes, LastLink::Kept, int, -1, const void *)
-VB_SEAM_PATH_WITH(__lutimes64, LastLink::Kept, int, -1, const void *)
-VB_SEAM_PATH_WITH(statfs, LastLink::Followed, int, -1, void *)
-VB_SEAM_PATH_WITH(statfs64, LastLink::Followed, int, -1, void *)
-VB_SEAM_PATH_WITH(statvfs, LastLink::Followed, int, -1, void *)
-VB_SEAM_PATH_WITH(statvfs64, LastLink::Followed, int, -1, void *)
-VB_SEAM_PATH_WITH(pathconf, LastLink::Followed, long, -1, int)
-VB_SEAM_PATH_WITH(removexattr, LastLink::Followed, int, -1, const char *)
-VB_SEAM_PATH_WITH(lremovexattr, LastLink::Kept, int, -1, const char *)
+VB_SEAM_PATH_WITH(access, LastLink::Followed, int, int)
+VB_SEAM_PATH_WITH(euidaccess, LastLink::Followed, int, int)
+VB_SEAM_PATH_WITH(eaccess, LastLink::Followed, int, int)
+VB_SEAM_PATH_WITH(chmod, LastLink::Followed, int, mode_t)
+VB_SEAM_PATH_WITH(lchmod, LastLink::Kept, int, mode_t)
+VB_SEAM_PATH_WITH(truncate, LastLink::Followed, int, off_t)
+VB_SEAM_PATH_WITH(truncate64, LastLink::Followed, int, off64_t)
+VB_SEAM_PATH_WITH(utime, LastLink::Followed, int, const void *)
+VB_SEAM_PATH_WITH(__utime64, LastLink::Followed, int, const void *)
+VB_SEAM_PATH_WITH(utimes, LastLink::Followed, int, const void *)
+VB_SEAM_PATH_WITH(__utimes64, LastLink::Followed, int, const void *)
+VB_SEAM_PATH_WITH(lutimes, LastLink::Kept, int, const void *)
+VB_SEAM_PATH_WITH(__lutimes64, LastLink::Kept, int, const void *)
+VB_SEAM_PATH_WITH(statfs, LastLink::Followed, int, void *)
+VB_SEAM_PATH_WITH(statfs64, LastLink::Followed, int, void *)
+VB_SEAM_PATH_WITH(statvfs, LastLink::Followed, int, void *)
+VB_SEAM_PATH_WITH(statvfs64, LastLink::Followed, int, void *)
+VB_SEAM_PATH_WITH(pathconf, LastLink::Followed, long, int)
+VB_SEAM_PATH_WITH(removexattr, LastLink::Followed, int, const char *)
+VB_SEAM_PATH_WITH(lremovexattr, LastLink::Kept, int, const char *)
 
 #define VB_SEAM_PATH_WITH_TWO(symbol, last, result, first, second)                                 \
     VB_SEAM(result, symbol, const char *path, first one, second two) {                             \
-        return vb::callWithPath(vb::HostPath(path, last), result{-1}, [=](const char *host) {      \
+        return vb::callWithPath(vb::HostPath(path, last), [=](const char *host) {                  \
             return VB_NEXT(symbol)(host, one, two);                                                \
         });                                                                                        \
     }

@@ -38,12 +38,12 @@ void useSeam(glob64_t &search) {
 } // namespace
 
 #define VB_SEAM_GLOB(symbol, Search)                                                               \
-    VB_SEAM(int, symbol, const char *pattern, int flags, OnError onError, Search *search) {        \
+    VB_SEAM(int, symbol, const char *pattern, int flags, OnError onError, Search search) {         \
         const bool isTold = (flags & GLOB_ALTDIRFUNC) != 0;                                        \
         if (vb::attachedFolder() == nullptr || isTold)                                             \
             return VB_NEXT(symbol)(pattern, flags, onError, search);                               \
         useSeam(*search);                                                                          \
         return VB_NEXT(symbol)(pattern, flags | GLOB_ALTDIRFUNC, onError, search);                 \
     }
-VB_SEAM_GLOB(glob, glob_t)
-VB_SEAM_GLOB(glob64, glob64_t)
+VB_SEAM_GLOB(glob, glob_t *)
+VB_SEAM_GLOB(glob64, glob64_t *)

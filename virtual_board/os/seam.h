@@ -90,6 +90,13 @@ Result callWithPath(const HostPath &path, Result failed, Call call) {
     return failed;
 }
 
+/** The same of a function that tells with -1 that it fails. */
+template <typename Call>
+auto callWithPath(const HostPath &path, Call call) -> decltype(call(path.get())) {
+    using Result = decltype(call(path.get()));
+    return callWithPath(path, static_cast<Result>(-1), call);
+}
+
 /** Fails as functions of the C library do. */
 inline int failWith(int error) {
     errno = error;

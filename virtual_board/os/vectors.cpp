@@ -126,13 +126,13 @@ bool areNodes(int one, int other) {
 
 } // namespace
 
-#define VB_SEAM_SENDFILE(symbol, offsetType)                                                       \
-    VB_SEAM(ssize_t, symbol, int to, int from, offsetType *offset, size_t length) {                \
+#define VB_SEAM_SENDFILE(symbol, OffsetPointer)                                                    \
+    VB_SEAM(ssize_t, symbol, int to, int from, OffsetPointer offset, size_t length) {              \
         return areNodes(from, to) ? vb::failWith(EINVAL)                                           \
                                   : VB_NEXT(symbol)(to, from, offset, length);                     \
     }
-VB_SEAM_SENDFILE(sendfile, off_t)
-VB_SEAM_SENDFILE(sendfile64, off64_t)
+VB_SEAM_SENDFILE(sendfile, off_t *)
+VB_SEAM_SENDFILE(sendfile64, off64_t *)
 
 #define VB_SEAM_COPY_DIRECTLY(symbol)                                                              \
     VB_SEAM(ssize_t, symbol, int from, off64_t *fromOffset, int to, off64_t *toOffset,             \
