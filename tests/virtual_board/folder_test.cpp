@@ -268,6 +268,38 @@ TEST_F(FolderTest, AnotherUsersFilesAreGivenToTheOwner) {
     EXPECT_EQ(info.st_uid, owner);
 }
 
+TEST_F(FolderTest, LinksThatLeadOutOfItKeepItFromBeingUsed) {
+    const std::string root = path() + "/root";
+    fs::create_directory(root + "/tmp/bsp/folder");
+    const struct {
+        const char *place;
+        const char *target;
+    } out[] = {{"/tmp/bsp/link", "/etc/hosts"},
+               {"/tmp/bsp/folder/link", "../../../etc"},
+               {"/tmp/bsp/link", "folder/../../x"},
+               {"/dev/mtd9", "/dev/null"},
+               {"/link", "/tmp"}};
+    for (const auto &row : out) {
+        fs::create_symlink(row.target, root + row.place);
+        EXPECT_EQ(open(), path() + " cannot be used: the link root" + row.place +
+                              " leads out of the board; remove it");
+        fs::remove(root + row.place);
+    }
+    for (const char *own : {"/dev/bspHandle", "/dev/mtd4", "/proc", "/tmp/bsp/folder"}) {
+        fs::rename(root + own, path("part"));
+        fs::create_symlink(path("part"), root + own);
+        EXPECT_NE(open().find(std::string("the link root") + own), std::string::npos) << open();
+        fs::remove(root + own);
+        fs::rename(path("part"), root + own);
+    }
+    for (const char *target :
+         {"folder", "/tmp/bsp/folder", "../../dev/mtd4", "a..b", "folder/..x"}) {
+        fs::create_symlink(target, root + "/tmp/bsp/link");
+        EXPECT_EQ(open(), "") << target;
+        fs::remove(root + "/tmp/bsp/link");
+    }
+}
+
 TEST_F(FolderTest, KnowsWhenItsBoardIsGone) {
     vb::BoardFolder folder;
     vb::FolderError error = {};

@@ -24,6 +24,16 @@ bool isBoardPath(const char *path) {
     return std::strncmp(path, kSharedFolderPath, folderLength) == 0 && path[folderLength] == '/';
 }
 
+bool goesUp(const char *path) {
+    for (const char *dots = std::strstr(path, ".."); dots != nullptr;
+         dots = std::strstr(dots + 1, "..")) {
+        const bool isStart = dots == path || dots[-1] == '/';
+        if (isStart && (dots[2] == '/' || dots[2] == '\0'))
+            return true;
+    }
+    return false;
+}
+
 bool tidyPath(const char *path, char (&buffer)[kMaxBoardPath]) {
     size_t length = 0;
     for (const char *part = path + std::strspn(path, "/"); *part != '\0';) {

@@ -18,6 +18,9 @@ constexpr unsigned kMaxBoardPath = 256;
 /** Whether a tidy path is that of a file or folder which each board has of its own. */
 bool isBoardPath(const char *path);
 
+/** Whether one of a path's parts is "..". */
+bool goesUp(const char *path);
+
 /**
  * Copies an absolute path without doubled slashes, "." and ".." parts and a trailing slash; false
  * when it is too long for a board's path.

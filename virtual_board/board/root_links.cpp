@@ -15,8 +15,7 @@ bool isLink(const char *hostPath) {
 
 /** Whether a path goes up behind a name, which may be that of a link to anywhere. */
 bool goesUpAgain(const char *target) {
-    target += std::strspn(target, "./");
-    return std::strstr(target, "..") != nullptr;
+    return goesUp(target + std::strspn(target, "./"));
 }
 
 /** Whether a link in a folder of the board leads to a path of the board. */
@@ -30,7 +29,7 @@ bool staysOnBoard(const char *boardFolder, const char *target) {
            tidyPath(path, tidy) && isBoardPath(tidy);
 }
 
-/** Looks at what programs have made in a folder and below; true when a link leads out. */
+/** Looks at what hands or programs have put in a folder and below; true when a link leads out. */
 bool findLinkOut(const BoardFolder &folder, const char *boardFolder, HostPathBuffer &found) {
     DIR *entries = opendir(folder.hostPath(boardFolder).text);
     if (entries == nullptr)
@@ -74,7 +73,7 @@ HostPathBuffer linkOutOfBoard(const BoardFolder &folder) {
             return place;
     }
     HostPathBuffer found = {};
-    findLinkOut(folder, "/tmp", found); // where programs make files
+    findLinkOut(folder, "", found);
     return found;
 }
 

@@ -1,6 +1,7 @@
 #include "virtual_board/os/path_glance.h"
 
 #include "virtual_board/board/kernel.h"
+#include "virtual_board/board/paths.h"
 #include "virtual_board/os/descriptor_link.h"
 
 #include <algorithm>
@@ -51,16 +52,6 @@ bool isOnWayToBoard(const char *path) {
     const auto isFirst = [path](const char *part) { return startsWith(path, part); };
     return std::any_of(std::begin(kFromRoot), std::end(kFromRoot), isFirst) ||
            (!isAbsolute && std::any_of(std::begin(kFromThere), std::end(kFromThere), isFirst));
-}
-
-bool goesUp(const char *path) {
-    for (const char *dots = std::strstr(path, ".."); dots != nullptr;
-         dots = std::strstr(dots + 1, "..")) {
-        const bool isStart = dots == path || dots[-1] == '/';
-        if (isStart && (dots[2] == '/' || dots[2] == '\0'))
-            return true;
-    }
-    return false;
 }
 
 } // namespace
