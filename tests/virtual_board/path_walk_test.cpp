@@ -199,6 +199,21 @@ TEST_F(PathWalkTest, RelativePathsStartWhereTheProgramIs) {
     EXPECT_EQ(contentOf("file"), "host");
 }
 
+TEST_F(PathWalkTest, ProgramsMayStartInAFolderOfTheBoard) {
+    ASSERT_EQ(chdir("/tmp/bsp"), 0);
+    const int before = dup(STDERR_FILENO);
+    close(before);
+    const std::string folder = boardFolder();
+    vb::FolderError error = {};
+    ASSERT_TRUE(vb::attachBoard(folder.c_str(), error)) << error.text;
+    const int after = dup(STDERR_FILENO);
+    close(after);
+    EXPECT_EQ(after, before) << "nothing is left open";
+    trace();
+    EXPECT_EQ(contentOf("file"), "board");
+    EXPECT_EQ(trace(), Lines{"open /tmp/bsp/file"});
+}
+
 TEST_F(PathWalkTest, RelativePathsStartAtAFoldersDescriptor) {
     const int temporary = open("/tmp", O_RDONLY | O_DIRECTORY);
     const int shared = openat(temporary, "bsp", O_RDONLY | O_DIRECTORY);

@@ -56,8 +56,10 @@ bool isInherited(const BoardFolder &folder, const char *entries, long size) {
 
 /** Whether the program that starts here has inherited a file of the board; or nobody can tell. */
 bool hasInherited(const BoardFolder &folder) {
+    if (isIn(folder, "/proc/self/cwd"))
+        return true;
     const int table = kernel::open("/proc/self/fd", O_RDONLY | O_DIRECTORY);
-    if (table < 0 || isIn(folder, "/proc/self/cwd"))
+    if (table < 0)
         return true;
     alignas(8) char entries[1024];
     bool isFound = false;
