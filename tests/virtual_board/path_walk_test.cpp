@@ -320,6 +320,8 @@ TEST_F(PathWalkTest, ProgramsAreToldThePathsThatTheyHave) {
     EXPECT_STREQ(realpath("/dev/mtd4", path), "/dev/mtd4");
     EXPECT_EQ(realpath("/tmp/bsp/none", path), nullptr);
     EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(realpath("/tmp/bsp/file/", path), nullptr);
+    EXPECT_EQ(errno, ENOTDIR);
     const int fd = open("/tmp/bsp/file", O_RDONLY);
     const ssize_t length =
         readlink(("/proc/self/fd/" + std::to_string(fd)).c_str(), path, sizeof(path));

@@ -91,10 +91,8 @@ ssize_t ownTarget(ssize_t count, int folder, const char *host, char *target, siz
 
 /** The path of an existing file of the board, in the caller's memory or in new one. */
 char *resolvedOnBoard(const vb::HostPath &target, char *resolved) {
-    if (!vb::kernel::identityOf(AT_FDCWD, target.get()).isKnown()) {
-        errno = ENOENT;
+    if (!vb::kernel::identityOf(AT_FDCWD, target.get()).isKnown())
         return nullptr;
-    }
     if (resolved == nullptr)
         return strdup(target.onBoard());
     stpcpy(resolved, target.onBoard());
