@@ -194,6 +194,31 @@ void becomeNobody() {
         _exit(100);
 }
 
+TEST_F(FolderTest, LinksThatLeadOutAreRefused) {
+    fs::create_symlink("/proc/cmdline", path() + "/root/tmp/bsp/fine");
+    fs::create_symlink("bsp/fine", path() + "/root/tmp/bspPoeLockFile");
+    EXPECT_EQ(open(), "");
+    fs::create_directory(path() + "/root/tmp/bsp/folder");
+    for (const char *place : {"/root/tmp/bsp/link", "/root/tmp/bsp/folder/link"}) {
+        for (const char *target : {"/etc/passwd", "../../../etc", "folder/../../../.."}) {
+            fs::create_symlink(target, path() + place);
+            EXPECT_EQ(open(), path() + " cannot be used: the link " + (place + 1) +
+                                  " leads out of the board; remove it")
+                << target;
+            fs::remove(path() + place);
+        }
+    }
+    for (const char *own :
+         {"/root", "/root/dev", "/root/tmp", "/root/dev/mtd4", "/root/dev/mem", "/root/proc/mtd"}) {
+        fs::rename(path() + own, path("moved"));
+        fs::create_symlink(path("moved"), path() + own);
+        EXPECT_SAYS(open(), " cannot be used: the link " + std::string(own + 1) + " leads out");
+        fs::remove(path() + own);
+        fs::rename(path("moved"), path() + own);
+    }
+    EXPECT_EQ(open(), "");
+}
+
 TEST_F(FolderTest, WhatOneMayNotUseIsRefusedWithAWayOut) {
     const std::string uid = std::to_string(geteuid());
     // Root may do everything; the children give that up.

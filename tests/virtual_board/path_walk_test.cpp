@@ -425,6 +425,31 @@ TEST_F(PathWalkTest, NamesThatAreMadeUpAreTheCallers) {
     EXPECT_TRUE(fs::is_directory(boardFile(folder))) << folder;
 }
 
+TEST_F(PathWalkTest, LinksThatTheFolderIsRefusedForAreNotMade) {
+    const int folder = open("/tmp/bsp/folder", O_RDONLY | O_DIRECTORY);
+    ASSERT_GE(folder, 0);
+    for (const char *content : {"/etc/passwd", "../../etc", "/tmp", "folder/../../.."}) {
+        errno = 0;
+        EXPECT_EQ(symlink(content, "/tmp/bsp/link"), -1) << content;
+        EXPECT_EQ(errno, EPERM) << content;
+    }
+    EXPECT_EQ(symlinkat("../../x", folder, "link"), -1);
+    EXPECT_EQ(errno, EPERM);
+    EXPECT_EQ(symlink(std::string(PATH_MAX, 'x').c_str(), "/tmp/bsp/link"), -1);
+    EXPECT_EQ(errno, ENAMETOOLONG);
+    EXPECT_EQ(symlink("/etc/passwd", "/tmp/bsp/none/link"), -1);
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(symlinkat("../file", folder, "link"), 0);
+    EXPECT_EQ(symlink("/proc/cmdline", "/tmp/bsp/link"), 0);
+    EXPECT_EQ(symlink("from..to", "/tmp/bsp/dots"), 0);
+    EXPECT_EQ(symlink("/etc/passwd", host("link").c_str()), 0) << "links of the host are";
+    EXPECT_EQ(contentOf("/tmp/bsp/folder/link"), "board");
+    close(folder);
+    vb::BoardFolder again;
+    vb::FolderError error = {};
+    EXPECT_TRUE(again.open(boardFolder().c_str(), error)) << error.text;
+}
+
 TEST_F(PathWalkTest, WhatRootMakesIsTheOwners) {
     const uid_t owner = geteuid() == 0 ? 65534 : geteuid(); // only root can give files away
     const std::string folder = boardFolder();
@@ -436,8 +461,12 @@ TEST_F(PathWalkTest, WhatRootMakesIsTheOwners) {
     fclose(fopen("/tmp/bsp/stream", "w"));
     mkdir("/tmp/bsp/place", 0755);
     EXPECT_EQ(symlink("made", "/tmp/bsp/link"), 0);
-    for (const char *path :
-         {"/tmp/bsp/made", "/tmp/bsp/stream", "/tmp/bsp/place", "/tmp/bsp/link"}) {
+    const int place = open("/tmp/bsp/place", O_RDONLY | O_DIRECTORY);
+    mkdirat(place, "inner", 0755);
+    EXPECT_EQ(symlinkat("made", place, "link"), 0);
+    close(place);
+    for (const char *path : {"/tmp/bsp/made", "/tmp/bsp/stream", "/tmp/bsp/place", "/tmp/bsp/link",
+                             "/tmp/bsp/place/inner", "/tmp/bsp/place/link"}) {
         struct stat info = {};
         ASSERT_EQ(lstat(path, &info), 0) << path;
         EXPECT_EQ(info.st_uid, owner) << path;

@@ -18,17 +18,6 @@ bool goesUpAgain(const char *target) {
     return goesUp(target + std::strspn(target, "./"));
 }
 
-/** Whether a link in a folder of the board leads to a path of the board. */
-bool staysOnBoard(const char *boardFolder, const char *target) {
-    char path[2 * kMaxBoardPath];
-    char tidy[kMaxBoardPath];
-    const bool isAbsolute = target[0] == '/';
-    const int length =
-        std::snprintf(path, sizeof(path), "%s/%s", isAbsolute ? "" : boardFolder, target);
-    return length < static_cast<int>(sizeof(path)) && !goesUpAgain(target) &&
-           tidyPath(path, tidy) && isBoardPath(tidy);
-}
-
 /** Looks at what hands or programs have put in a folder and below; true when a link leads out. */
 bool findLinkOut(const BoardFolder &folder, const char *boardFolder, HostPathBuffer &found) {
     DIR *entries = opendir(folder.hostPath(boardFolder).text);
@@ -47,7 +36,7 @@ bool findLinkOut(const BoardFolder &folder, const char *boardFolder, HostPathBuf
         char target[kMaxBoardPath] = {};
         const HostPathBuffer place = folder.hostPath(path);
         const ssize_t size = kernel::readLink(AT_FDCWD, place.text, target, sizeof(target) - 1);
-        isOut = size >= 0 && !staysOnBoard(boardFolder, target);
+        isOut = size >= 0 && leadsOutOfBoard(boardFolder, target);
         if (isOut)
             found = place;
         else if (size < 0)
@@ -58,6 +47,16 @@ bool findLinkOut(const BoardFolder &folder, const char *boardFolder, HostPathBuf
 }
 
 } // namespace
+
+bool leadsOutOfBoard(const char *boardFolder, const char *target) {
+    char path[2 * kMaxBoardPath];
+    char tidy[kMaxBoardPath];
+    const bool isAbsolute = target[0] == '/';
+    const int length =
+        std::snprintf(path, sizeof(path), "%s/%s", isAbsolute ? "" : boardFolder, target);
+    return length >= static_cast<int>(sizeof(path)) || goesUpAgain(target) ||
+           !tidyPath(path, tidy) || !isBoardPath(tidy);
+}
 
 HostPathBuffer linkOutOfBoard(const BoardFolder &folder) {
     // What the board has itself is never a link.

@@ -5,6 +5,9 @@
 
 namespace vb {
 
+/** Whether a link in a folder of the board would lead to other files than the board's. */
+bool leadsOutOfBoard(const char *boardFolder, const char *target);
+
 /**
  * Finds a link that would lead programs of the board to other files than the board's; its place in
  * the board's folder, or an empty text.

@@ -1,10 +1,19 @@
 // What takes a path and does not open it.
 
+#include "virtual_board/board/root_links.h"
 #include "virtual_board/os/board_files.h"
+
+#include <climits>
+#include <cstring>
 
 namespace {
 
 using vb::LastLink;
+
+/** A path where something new is made: below one of the board's folders that is its, too. */
+vb::HostPath newPath(const char *path, int folder = AT_FDCWD) {
+    return vb::HostPath(path, LastLink::Kept, folder, vb::HostPath::Use::Opened);
+}
 
 /** Calls what makes something new at a path. On the board that is its owner's. */
 template <typename Call>
@@ -15,6 +24,23 @@ int makeAt(const vb::HostPath &path, Call call) {
     if (result == 0 && path.isOfBoard())
         vb::attachedFolder()->giveToOwner(path.get());
     return result;
+}
+
+/** Whether a new link of the board would have its folder refused from then on. */
+bool wouldLeadOut(const vb::HostPath &link, const char *content) {
+    if (!link.isOfBoard() || content == nullptr || !vb::kernel::isReadable(content) ||
+        strnlen(content, PATH_MAX) == PATH_MAX)
+        return false; // the kernel knows whether and why it fails
+    char folder[vb::kMaxBoardPath] = {};
+    std::strncpy(folder, link.onBoard(), sizeof(folder) - 1);
+    *std::strrchr(folder, '/') = '\0';
+    return vb::leadsOutOfBoard(folder, content);
+}
+
+/** Calls what makes a link. One that leads out of the board's folder is none that it can have. */
+template <typename Call>
+int makeLinkAt(const vb::HostPath &path, const char *content, Call call) {
+    return wouldLeadOut(path, content) ? vb::failWith(EPERM) : makeAt(path, call);
 }
 
 /** Calls what replaces or removes the file at a path. */
@@ -115,7 +141,7 @@ VB_SEAM_SETXATTR(lsetxattr, LastLink::Kept)
 
 #define VB_SEAM_MAKE(symbol)                                                                       \
     VB_SEAM(int, symbol, const char *path, mode_t mode) {                                          \
-        return makeAt(vb::HostPath(path, LastLink::Kept),                                          \
+        return makeAt(newPath(path),                                                               \
                       [=](const char *host) { return VB_NEXT(symbol)(host, mode); });              \
     }
 VB_SEAM_MAKE(mkdir)
@@ -123,30 +149,30 @@ VB_SEAM_MAKE(mkfifo)
 
 #define VB_SEAM_MAKEAT(symbol)                                                                     \
     VB_SEAM(int, symbol, int folder, const char *path, mode_t mode) {                              \
-        return makeAt(vb::HostPath(path, LastLink::Kept, folder),                                  \
+        return makeAt(newPath(path, folder),                                                       \
                       [=](const char *host) { return VB_NEXT(symbol)(folder, host, mode); });      \
     }
 VB_SEAM_MAKEAT(mkdirat)
 VB_SEAM_MAKEAT(mkfifoat)
 
 VB_SEAM(int, mknod, const char *path, mode_t mode, dev_t device) {
-    return makeAt(vb::HostPath(path, LastLink::Kept),
+    return makeAt(newPath(path),
                   [=](const char *host) { return VB_NEXT(mknod)(host, mode, device); });
 }
 
 VB_SEAM(int, mknodat, int folder, const char *path, mode_t mode, dev_t device) {
-    return makeAt(vb::HostPath(path, LastLink::Kept, folder),
+    return makeAt(newPath(path, folder),
                   [=](const char *host) { return VB_NEXT(mknodat)(folder, host, mode, device); });
 }
 
 VB_SEAM(int, symlink, const char *content, const char *path) {
-    return makeAt(vb::HostPath(path, LastLink::Kept),
-                  [=](const char *host) { return VB_NEXT(symlink)(content, host); });
+    return makeLinkAt(newPath(path), content,
+                      [=](const char *host) { return VB_NEXT(symlink)(content, host); });
 }
 
 VB_SEAM(int, symlinkat, const char *content, int folder, const char *path) {
-    return makeAt(vb::HostPath(path, LastLink::Kept, folder),
-                  [=](const char *host) { return VB_NEXT(symlinkat)(content, folder, host); });
+    return makeLinkAt(newPath(path, folder), content,
+                      [=](const char *host) { return VB_NEXT(symlinkat)(content, folder, host); });
 }
 
 // A folder's descriptor and a path
