@@ -330,6 +330,15 @@ TEST_F(FlashTest, StreamsCannotBeOpenedOnPartitions) {
     EXPECT_EQ(fopen(kNor, "w"), nullptr);
 }
 
+TEST_F(FlashTest, StreamsAreClosedThatCannotBeReopenedOnPartitions) {
+    static FILE *stream = nullptr; // nobody may use it any more, not even to free it
+    stream = fopen("/dev/null", "r");
+    const int fd = fileno(stream);
+    EXPECT_EQ(freopen(kNor, "r", stream), nullptr);
+    EXPECT_EQ(errno, ENOTSUP);
+    EXPECT_EQ(fcntl(fd, F_GETFD), -1);
+}
+
 TEST_F(FlashTest, EveryNameOfACallReachesThePartition) {
     const Node node(kNor);
     char text[8] = {};

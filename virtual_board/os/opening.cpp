@@ -141,10 +141,20 @@ VB_SEAM_CREAT(creat64)
 VB_SEAM_FOPEN(fopen)
 VB_SEAM_FOPEN(fopen64)
 
+// Where it fails the old stream is closed all the same, which a path of nothing does.
 #define VB_SEAM_FREOPEN(symbol)                                                                    \
     VB_SEAM(FILE *, symbol, const char *path, const char *mode, FILE *file) {                      \
-        return openPath(AT_FDCWD, path, kStream, static_cast<FILE *>(nullptr),                     \
-                        [=](const char *host) { return VB_NEXT(symbol)(host, mode, file); });      \
+        bool isClosed = false;                                                                     \
+        const auto reopen = [&](const char *host) {                                                \
+            isClosed = true;                                                                       \
+            return VB_NEXT(symbol)(host, mode, file);                                              \
+        };                                                                                         \
+        FILE *opened = openPath(AT_FDCWD, path, kStream, static_cast<FILE *>(nullptr), reopen);    \
+        const int savedErrno = errno;                                                              \
+        if (!isClosed)                                                                             \
+            VB_NEXT(symbol)("", mode, file);                                                       \
+        errno = savedErrno;                                                                        \
+        return opened;                                                                             \
     }
 VB_SEAM_FREOPEN(freopen)
 VB_SEAM_FREOPEN(freopen64)
