@@ -1,6 +1,7 @@
 // Where paths lead on a board: walked as the kernel does, in the board's folder where the board has
 // files of its own.
 
+#include "bsp.h"
 #include "tests/support/virtual_board_test.h"
 #include "virtual_board/os/seam.h"
 
@@ -14,6 +15,8 @@
 #include <fstream>
 #include <memory>
 #include <set>
+#include <sys/ioctl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <sys/wait.h>
@@ -448,6 +451,30 @@ TEST_F(PathWalkTest, LinksThatTheFolderIsRefusedForAreNotMade) {
     vb::BoardFolder again;
     vb::FolderError error = {};
     EXPECT_TRUE(again.open(boardFolder().c_str(), error)) << error.text;
+}
+
+TEST_F(PathWalkTest, ProgramsReachDevicesWithAllTheirDescriptorsInUse) {
+    const int driver = open("/dev/bspHandle", O_RDWR);
+    const int flash = open("/dev/mtd4", O_RDONLY);
+    rlimit before = {}, after = {};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit full = {static_cast<rlim_t>(flash) + 1, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &full), 0);
+    uint32_t value = 0;
+    BspIoctlRecord record = {};
+    record.slot[0] = 1;
+    record.slot[1] = reinterpret_cast<uintptr_t>(&value);
+    EXPECT_EQ(ioctl(driver, BSP_REQ_CPLD_READ, &record), 0) << std::strerror(errno);
+    EXPECT_EQ(value, 0x0709u);
+    char byte = 0;
+    EXPECT_EQ(pread(flash, &byte, 1, 0), 1) << std::strerror(errno);
+    EXPECT_EQ(open("/tmp/bsp/new", O_CREAT | O_WRONLY, 0644), -1);
+    EXPECT_EQ(errno, EMFILE);
+    EXPECT_EQ(getrlimit(RLIMIT_NOFILE, &after), 0);
+    EXPECT_EQ(after.rlim_cur, full.rlim_cur);
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+    close(flash);
+    close(driver);
 }
 
 TEST_F(PathWalkTest, WhatRootMakesIsTheOwners) {

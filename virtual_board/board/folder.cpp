@@ -176,6 +176,8 @@ bool BoardFolder::map(const char *path, FolderError &error) {
 
 bool BoardFolder::isGone() const {
     const int folder = kernel::open(path_, O_PATH | O_DIRECTORY);
+    if (folder < 0 && (errno == EMFILE || errno == ENFILE))
+        return false; // it cannot be told, and nothing can be opened on it either
     const bool hasLock = kernel::identityOf(folder, kLockFile).isKnown();
     const kernel::Identity found = kernel::identityOf(folder, kStateFile);
     kernel::close(folder);
@@ -221,8 +223,8 @@ HostPathBuffer BoardFolder::ownFile(const char *name) const {
 }
 
 int BoardFolder::openOwnFile(const char *name, int flags) const {
-    const int folder = kernel::open(path_, O_PATH | O_DIRECTORY);
-    const int fd = kernel::openAt(folder, name, flags);
+    const int folder = kernel::openBeyondLimit(AT_FDCWD, path_, O_PATH | O_DIRECTORY);
+    const int fd = kernel::openBeyondLimit(folder, name, flags);
     kernel::close(folder);
     return fd;
 }

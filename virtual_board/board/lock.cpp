@@ -65,7 +65,7 @@ BoardLock::BoardLock(const BoardFolder &folder) {
     pthread_once(&forksArePrepared, prepareForks);
     if (!isForker())
         pthread_mutex_lock(&ownProcess);
-    fd_ = kernel::open(folder.lockPath(), O_RDWR);
+    fd_ = kernel::openBeyondLimit(AT_FDCWD, folder.lockPath(), O_RDWR);
     while (fd_ >= 0 && flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
     }
 }
