@@ -394,6 +394,11 @@ TEST_F(ProgramFileTest, TheListKeepsWhatIsInheritedInFront) {
               "a.so:" + path("i386-linux-gnu/../libvboard.so"));
     EXPECT_EQ(listFor(pc, ours, "mylibvboard.so:libvboard.so:/x/libvboard.so"),
               "mylibvboard.so:" + ours);
+    const fs::path before = fs::current_path();
+    fs::current_path(fs::path(ours).parent_path()); // where the loader does not look for names
+    EXPECT_EQ(listFor(pc, ours, "libvboard.so"), ours);
+    EXPECT_EQ(listFor(pc, ours, "./libvboard.so"), "./libvboard.so");
+    fs::current_path(before);
     const std::string fitting = putSeam("other/libvboard.so", kPc);
     EXPECT_EQ(listFor(pc, ours, fitting.c_str()), fitting);
     EXPECT_EQ(listFor(pc, ours, fitting.c_str(), Seam::Own), ours);

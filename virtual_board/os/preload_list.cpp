@@ -90,7 +90,9 @@ PreloadList::PreloadList(const ProgramFile &program, const char *library, const 
     if (preferred == Seam::Own)
         place_ = findPlace(library, program.machine);
     eachPart(inherited, [&](const Part &part) {
-        if (hasSeam() || !isSeam(part))
+        // The loader does not look for a bare name in the working folder.
+        const bool isPath = std::memchr(part.text, '/', part.length) != nullptr;
+        if (hasSeam() || !isSeam(part) || !isPath)
             return;
         auto *path = static_cast<char *>(alloca(part.length + 1));
         *static_cast<char *>(mempcpy(path, part.text, part.length)) = '\0';
