@@ -13,6 +13,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <poll.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -94,6 +95,13 @@ TEST_F(RemovedBoardTest, TakesNoNewFiles) {
         EXPECT_LT(open("/tmp/bsp/new", O_WRONLY | O_CREAT, 0644), 0);
         EXPECT_EQ(errno, ENOENT);
         EXPECT_EQ(std::fopen("/tmp/bsp/new", "w"), nullptr);
+        EXPECT_EQ(errno, ENOENT);
+        EXPECT_EQ(mkdir("/tmp/bsp/new", 0755), -1);
+        EXPECT_EQ(errno, ENOENT);
+        EXPECT_EQ(rename("/tmp/bsp/before", "/tmp/bsp/new"), -1);
+        EXPECT_EQ(errno, ENOENT);
+        char pattern[] = "/tmp/bsp/new-XXXXXX";
+        EXPECT_EQ(mkstemp(pattern), -1);
         EXPECT_EQ(errno, ENOENT);
         const int fd = open("/tmp/bsp/before", O_RDONLY);
         EXPECT_GE(fd, 0); // what is there can be used

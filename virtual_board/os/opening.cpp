@@ -194,6 +194,10 @@ Result makeTemporary(char *pattern, size_t suffix, Result failed, Make make) {
     const vb::HostPath target(pattern, vb::LastLink::Kept);
     if (!target.isOfBoard())
         return vb::callWithPath(target, failed, [&](const char *) { return make(pattern); });
+    if (vb::attachedFolder()->isGone()) {
+        errno = ENOENT;
+        return failed;
+    }
     // The path on the host is in memory of our own.
     auto *host = const_cast<char *>(target.get());
     const Result result = make(host);

@@ -51,6 +51,8 @@ int replaceAt(const vb::HostPath &path, Call call) {
 
 template <typename Call>
 int replaceAt(const vb::HostPath &from, const vb::HostPath &to, Call call) {
+    if (to.isOfBoard() && vb::attachedFolder()->isGone())
+        return vb::failWith(ENOENT);
     return replaceAt(from, [&](const char *hostFrom) {
         return replaceAt(to, [&](const char *hostTo) { return call(hostFrom, hostTo); });
     });
