@@ -179,8 +179,8 @@ TEST_F(FolderTest, ImpossibleValuesAreRefused) {
 }
 
 TEST_F(FolderTest, AMissingFileIsRefused) {
-    for (const char *file :
-         {"root/dev/bspHandle", "root/dev/mem", "root/proc/cmdline", "registers"}) {
+    for (const char *file : {"root/dev/bspHandle", "root/dev/mem", "root/proc/cmdline", "registers",
+                             "root/dev/mtd0", "root/dev/mtd14"}) {
         fs::rename(path() + "/" + file, path() + "/moved");
         EXPECT_SAYS(open(), std::string(file) + " is missing");
         fs::rename(path() + "/moved", path() + "/" + file);

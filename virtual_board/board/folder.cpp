@@ -125,6 +125,9 @@ bool BoardFolder::hasItsFiles(const char *path, FolderError &error) const {
         if (!hasFile(path, flashFileName(index).text, board_->devices.flash[index].geometry.size,
                      error))
             return false;
+        const HostPathBuffer node = flashNode(index);
+        if (access(node.text, R_OK) != 0)
+            return failToOpen(path, node.text + std::strlen(path_) + 1, error);
     }
     const HostPathBuffer link = linkOutOfBoard(*this);
     return link.text[0] == '\0' ||
