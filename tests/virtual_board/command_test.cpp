@@ -41,7 +41,10 @@ TEST_F(CommandTest, EveryCommandHasHelpWithExamples) {
 
 TEST_F(CommandTest, AWrongCommandLineIsCode2) {
     expectFailure(2, "subcommand is required", {});
-    expectFailure(2, "--help", {"dance"});
+    expectFailure(2, "vboard: there is no command 'dance'; 'vboard --help'", {"dance", board()});
+    expectFailure(2, "there is no option '--dance'; 'vboard --help'", {"--dance"});
+    expectFailure(2, "there is no command 'dance'; 'vboard fault --help'",
+                  {"fault", board(), "dance"});
     expectFailure(2, "--model is required", {"create", path("other")});
     expectFailure(2, "--time", {"create", "--model", "0x0709", "--time", "slow", path("other")});
     expectFailure(2, "PROGRAM", {"run", board()});

@@ -49,6 +49,18 @@ std::string wholeName(const CLI::App &command) {
     return (group == nullptr ? "" : wholeName(*group) + " ") + command.get_name();
 }
 
+/** What is wrong, with the word that somebody took for a command. */
+std::string reasonOf(const CLI::App &command, const CLI::ParseError &mistake) {
+    const std::vector<std::string> words = command.remaining();
+    const bool isWithoutCommand =
+        std::string(mistake.what()) == CLI::RequiredError::Subcommand(1).what();
+    if (!isWithoutCommand || words.empty())
+        return mistake.what();
+    const bool isOption = words.front().starts_with('-');
+    return std::string("there is no ") + (isOption ? "option" : "command") + " '" + words.front() +
+           "'";
+}
+
 } // namespace
 
 std::string helpWanted(const CLI::App &app) {
@@ -60,8 +72,9 @@ std::string helpWanted(const CLI::App &app) {
 std::string mistakeText(const CLI::App &app, const CLI::ParseError &mistake) {
     const CLI::App &command = meantCommand(app);
     const bool isMisplaced = &command != &recognised(app);
-    const std::string reason =
-        isMisplaced ? "DIR is missing in front of '" + command.get_name() + "'" : mistake.what();
+    const std::string reason = isMisplaced
+                                   ? "DIR is missing in front of '" + command.get_name() + "'"
+                                   : reasonOf(command, mistake);
     return reason + "; '" + wholeName(command) + " --help' tells more";
 }
 
