@@ -8,8 +8,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -284,6 +286,22 @@ TEST_F(WorldTest, WhatIsInMemoryIsGoneWithThePower) {
     EXPECT_NE(access("/tmp/bspPoeLockFile", F_OK), 0);
     EXPECT_EQ(access("/tmp/bsp", W_OK), 0);
     EXPECT_EQ(get("system-clock"), "host");
+    ASSERT_EQ(mkdir("/tmp/bsp/folder", 0755), 0);
+    ASSERT_EQ(mkdir("/tmp/bsp/folder/inner", 0755), 0);
+    writeBoardFile("/tmp/bsp/folder/inner/file", "");
+    const int shared = open("/tmp/bsp", O_RDONLY | O_DIRECTORY);
+    struct stat info = {};
+    set("power", "cycle");
+    EXPECT_NE(access("/tmp/bsp/folder", F_OK), 0);
+    EXPECT_EQ(mkdirat(shared, "again", 0755), 0) << "programs may be in it";
+    EXPECT_EQ(rmdir("/tmp/bsp/again"), 0);
+    close(shared);
+    ASSERT_EQ(rmdir("/tmp/bsp"), 0); // nor does its loss outlive the power
+    const mode_t mask = umask(077);
+    set("power", "cycle");
+    umask(mask);
+    ASSERT_EQ(stat("/tmp/bsp", &info), 0);
+    EXPECT_EQ(info.st_mode, mode_t{S_IFDIR | 0755});
 }
 
 TEST_F(WorldTest, ModelsWithBuiltInSuppliesHaveNoSupplyProperties) {

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <dirent.h>
 #include <memory>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace vb {
@@ -145,13 +146,22 @@ std::string getPower(const Target &) {
     return "on";
 }
 
-/** Removes the files of a folder. Positions in folders have 64 bits also where programs have 32. */
-void emptyFolder(const std::string &path) {
+/** Empties a folder but for one in it. Positions in folders have 64 bits everywhere. */
+void emptyFolder(const std::string &path, const std::string &kept) {
     const std::unique_ptr<DIR, int (*)(DIR *)> folder(opendir(path.c_str()), closedir);
     if (folder == nullptr)
         return;
-    while (const dirent64 *entry = readdir64(folder.get()))
-        unlink((path + "/" + entry->d_name).c_str()); // which leaves folders
+    while (const dirent64 *entry = readdir64(folder.get())) {
+        const std::string name = entry->d_name;
+        std::string file = path;
+        file.append("/").append(name);
+        const bool isFolder = name != "." && name != ".." && unlink(file.c_str()) != 0;
+        if (isFolder) {
+            emptyFolder(file, kept);
+            if (file != kept)
+                rmdir(file.c_str());
+        }
+    }
 }
 
 /** What is in main memory does not outlive the power: the files in /tmp and the system clock. */
@@ -159,8 +169,11 @@ void setPower(const Target &target, const std::string &value) {
     if (value != "cycle")
         throw Refused("power can be set to 'cycle': off and on again");
     const std::string shared = target.folder.hostPath(kSharedFolderPath).text;
-    emptyFolder(shared);
-    emptyFolder(shared.substr(0, shared.rfind('/')));
+    emptyFolder(shared.substr(0, shared.rfind('/')), shared); // programs may be in it
+    if (mkdir(shared.c_str(), 0755) == 0) {
+        chmod(shared.c_str(), 0755); // whatever the umask is
+        target.folder.giveToOwner(shared.c_str());
+    }
     target.board().clock.systemOffsetNs = 0;
     resetBoard(target.board(), ResetReason::PowerOn, target.now());
 }
