@@ -397,12 +397,12 @@ TEST_F(DescriptorsTest, DevicesAreNotCopiedFromDirectlyNorMapped) {
 
 TEST_F(DescriptorsTest, PatternsFindTheBoardsFiles) {
     const auto found = [](const char *pattern) {
-        glob_t search = {};
+        glob64_t search = {};
         Lines paths;
-        EXPECT_EQ(glob(pattern, 0, nullptr, &search), 0) << pattern;
+        EXPECT_EQ(glob64(pattern, 0, nullptr, &search), 0) << pattern;
         for (size_t i = 0; i < search.gl_pathc; ++i)
             paths.emplace_back(search.gl_pathv[i]);
-        globfree(&search);
+        globfree64(&search);
         return paths;
     };
     EXPECT_EQ(found("/dev/mtd*"), (Lines{"/dev/mtd0", "/dev/mtd12", "/dev/mtd14", "/dev/mtd4"}));

@@ -24,8 +24,8 @@ bool findLinkOut(const BoardFolder &folder, const char *boardFolder, HostPathBuf
     if (entries == nullptr)
         return false;
     bool isOut = false;
-    const dirent *entry = nullptr;
-    while (!isOut && (entry = readdir(entries)) != nullptr) {
+    const dirent64 *entry = nullptr; // positions may need 64 bits everywhere
+    while (!isOut && (entry = readdir64(entries)) != nullptr) {
         char path[kMaxBoardPath + sizeof(entry->d_name)];
         const bool isHere = std::strcmp(entry->d_name, ".") == 0;
         const bool isAbove = std::strcmp(entry->d_name, "..") == 0;
