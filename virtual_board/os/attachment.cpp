@@ -1,3 +1,4 @@
+#include "virtual_board/os/board_files.h"
 #include "virtual_board/os/path_glance.h"
 #include "virtual_board/os/seam.h"
 
@@ -12,15 +13,6 @@ namespace {
 // Never destroyed: programs reach the seam before and after main.
 alignas(BoardFolder) unsigned char folderMemory[sizeof(BoardFolder)];
 BoardFolder *attached = nullptr;
-
-/** Somebody who wonders why a path is refused finds it in the trace. */
-void traceUnknownPath(const char *path) {
-    const BoardLock lock(*attached);
-    Board &board = *attached->board();
-    TraceRecord &trace = traceNext(board.trace, TraceKind::Open, thisSender(board));
-    trace.error = EACCES;
-    std::strncpy(reinterpret_cast<char *>(trace.data), path, sizeof(trace.data) - 1);
-}
 
 } // namespace
 
@@ -93,7 +85,7 @@ void HostPath::walk(int folder, LastLink last) {
         error_ = walk.error();
         break;
     case PathWalk::End::Unknown:
-        traceUnknownPath(path_);
+        traceOpen(path_, EACCES); // for those who wonder why it is refused
         error_ = EACCES;
         break;
     }

@@ -11,19 +11,6 @@ namespace {
 /** Opened as a stream, whose transfers within the C library no seam sees. */
 constexpr int kStream = -1;
 
-/** Records the open of a board's file. Each request opens the driver's node: only failures count.
- */
-void traceOpen(const char *boardPath, int error) {
-    if (error == 0 && std::strcmp(boardPath, vb::kNodePath) == 0)
-        return;
-    const vb::BoardFolder &folder = *vb::attachedFolder();
-    const vb::BoardLock lock(folder);
-    vb::Board &board = *folder.board();
-    vb::TraceRecord &trace = vb::traceNext(board.trace, vb::TraceKind::Open, vb::thisSender(board));
-    trace.error = error;
-    std::strncpy(reinterpret_cast<char *>(trace.data), boardPath, sizeof(trace.data) - 1);
-}
-
 /** The errno with which a node refuses to be opened; 0 when it does not, or is none. */
 int nodeRefusal(const vb::NodeFound &found, int flags) {
     const bool isTransferred = found.node == vb::Node::Memory || found.node == vb::Node::Flash;
@@ -70,7 +57,7 @@ Result openPath(int folder, const char *path, int flags, Result failed, Open ope
         errnoBehind = refusal != 0 ? refusal : errno;
     else if (node.node == vb::Node::None)
         vb::attachedFolder()->giveToOwner(target.get());
-    traceOpen(target.onBoard(), result == failed ? errnoBehind : 0);
+    vb::traceOpen(target.onBoard(), result == failed ? errnoBehind : 0);
     errno = errnoBehind;
     return result;
 }
