@@ -55,9 +55,7 @@ int startPath(int folder, const char *path, int flags, Words environment, Failur
                          [&](Words handedOn) { return start(path, handedOn); });
     char *host = nullptr;
     {
-        const bool isKept = (flags & AT_SYMLINK_NOFOLLOW) != 0;
-        const vb::HostPath target(path, isKept ? vb::LastLink::Kept : vb::LastLink::Followed,
-                                  folder);
+        const vb::HostPath target(path, vb::lastLinkAt(flags), folder);
         if (target.error() != 0)
             return fail(failure, target.error());
         host = static_cast<char *>(alloca(std::strlen(target.get()) + 1));

@@ -33,9 +33,7 @@ VB_SEAM_FXSTAT(__fxstat64, Status64)
 
 #define VB_SEAM_FXSTATAT(symbol, Info)                                                             \
     VB_SEAM(int, symbol, int version, int folder, const char *path, Info info, int flags) {        \
-        const bool isKept = (flags & AT_SYMLINK_NOFOLLOW) != 0;                                    \
-        const vb::HostPath target(path, isKept ? vb::LastLink::Kept : vb::LastLink::Followed,      \
-                                  folder);                                                         \
+        const vb::HostPath target(path, vb::lastLinkAt(flags), folder);                            \
         return examineAt(                                                                          \
             target, info,                                                                          \
             [=](const char *host) { return VB_NEXT(symbol)(version, folder, host, info, flags); }, \
@@ -67,8 +65,7 @@ int examinedAnew(int result, struct statx *info) {
 } // namespace
 
 VB_SEAM(int, statx, int folder, const char *path, int flags, unsigned mask, struct statx *info) {
-    const bool isKept = (flags & AT_SYMLINK_NOFOLLOW) != 0;
-    const vb::HostPath target(path, isKept ? vb::LastLink::Kept : vb::LastLink::Followed, folder);
+    const vb::HostPath target(path, vb::lastLinkAt(flags), folder);
     const int result = vb::callWithPath(target, -1, [=](const char *host) {
         // Which file it is must be known, whether it was asked for or not.
         return VB_NEXT(statx)(folder, host, flags, mask | STATX_INO, info);

@@ -65,9 +65,7 @@ int examineAt(const vb::HostPath &path, Info *info, Examine examine, int flags =
 
 #define VB_SEAM_STATAT(symbol, Info)                                                               \
     VB_SEAM(int, symbol, int folder, const char *path, Info info, int flags) {                     \
-        const bool isKept = (flags & AT_SYMLINK_NOFOLLOW) != 0;                                    \
-        const vb::HostPath target(path, isKept ? vb::LastLink::Kept : vb::LastLink::Followed,      \
-                                  folder);                                                         \
+        const vb::HostPath target(path, vb::lastLinkAt(flags), folder);                            \
         return examineAt(                                                                          \
             target, info,                                                                          \
             [=](const char *host) { return VB_NEXT(symbol)(folder, host, info, flags); }, flags);  \

@@ -58,10 +58,6 @@ int replaceAt(const vb::HostPath &from, const vb::HostPath &to, Call call) {
     });
 }
 
-LastLink linkFor(int flags) {
-    return (flags & AT_SYMLINK_NOFOLLOW) != 0 ? LastLink::Kept : LastLink::Followed;
-}
-
 } // namespace
 
 // A path alone, and the working folder
@@ -182,7 +178,7 @@ VB_SEAM(int, symlinkat, const char *content, int folder, const char *path) {
 #define VB_SEAM_PATHAT_WITH(symbol, type)                                                          \
     VB_SEAM(int, symbol, int folder, const char *path, type argument, int flags) {                 \
         return vb::callWithPath(                                                                   \
-            vb::HostPath(path, linkFor(flags), folder), -1,                                        \
+            vb::HostPath(path, vb::lastLinkAt(flags), folder), -1,                                 \
             [=](const char *host) { return VB_NEXT(symbol)(folder, host, argument, flags); });     \
     }
 VB_SEAM_PATHAT_WITH(faccessat, int)
@@ -197,9 +193,9 @@ VB_SEAM(int, futimesat, int folder, const char *path, const void *times) {
 }
 
 VB_SEAM(int, fchownat, int folder, const char *path, uid_t user, gid_t group, int flags) {
-    return vb::callWithPath(vb::HostPath(path, linkFor(flags), folder), -1, [=](const char *host) {
-        return VB_NEXT(fchownat)(folder, host, user, group, flags);
-    });
+    return vb::callWithPath(
+        vb::HostPath(path, vb::lastLinkAt(flags), folder), -1,
+        [=](const char *host) { return VB_NEXT(fchownat)(folder, host, user, group, flags); });
 }
 
 VB_SEAM(int, unlinkat, int folder, const char *path, int flags) {

@@ -81,6 +81,11 @@ class HostPath {
     Scratch scratch_;
 };
 
+/** For functions whose flags are those of fstatat. */
+inline LastLink lastLinkAt(int flags) {
+    return (flags & AT_SYMLINK_NOFOLLOW) != 0 ? LastLink::Kept : LastLink::Followed;
+}
+
 /** Calls a function of the C library with the path that it shall see. */
 template <typename Result, typename Call>
 Result callWithPath(const HostPath &path, Result failed, Call call) {
