@@ -1,10 +1,10 @@
 // iodbg: the board's diagnostic command line.
 
-#include "iodbg/command_line.h"
-#include "iodbg/commands/commands.h"
-#include "iodbg/commands/poe_debug.h"
-#include "iodbg/console.h"
-#include "iodbg/failure.h"
+#include "iodbg/commands.h"
+#include "iodbg/core/command_line.h"
+#include "iodbg/core/console.h"
+#include "iodbg/core/failure.h"
+#include "iodbg/poe/debug.h"
 
 #include <cstdio>
 #include <exception>

@@ -1,8 +1,8 @@
 // iodbg check: one cause is one finding, and what hangs on it is not judged.
 
 #include "bsp.h"
-#include "iodbg/finding_codes.h"
-#include "iodbg/health/thresholds.h"
+#include "iodbg/chassis/thresholds.h"
+#include "iodbg/core/finding_codes.h"
 #include "tests/iodbg/iodbg_test.h"
 #include "tests/support/world.h"
 #include "virtual_board/words/fault_text.h"

@@ -1,6 +1,6 @@
 // What iodbg takes for a frame of the PoE controller among the requests that pass.
 
-#include "iodbg/poe_wire.h"
+#include "iodbg/poe/wire.h"
 
 #include "bsp.h"
 

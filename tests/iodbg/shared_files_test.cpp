@@ -1,6 +1,6 @@
 // What iodbg thinks of the folder and the lock files that the board's programs share.
 
-#include "iodbg/shared_files.h"
+#include "iodbg/core/shared_files.h"
 #include "tests/iodbg/flash_commands_test.h"
 
 #include <cerrno>

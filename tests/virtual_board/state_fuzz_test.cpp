@@ -9,7 +9,7 @@
 #include "tests/support/host_clock.h"
 #include "tests/support/virtual_board_test.h"
 #include "tests/virtual_board/state_uses.h"
-#include "virtual_board/tool/commands.h"
+#include "virtual_board/command/commands.h"
 #include "virtual_board/words/values.h"
 
 #include <algorithm>

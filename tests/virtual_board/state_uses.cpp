@@ -1,9 +1,9 @@
 #include "tests/virtual_board/state_uses.h"
 
 #include "bsp.h"
+#include "virtual_board/command/commands.h"
+#include "virtual_board/command/open_board.h"
 #include "virtual_board/os/seam.h"
-#include "virtual_board/tool/commands.h"
-#include "virtual_board/tool/open_board.h"
 #include "virtual_board/words/values.h"
 #include "virtual_board/words/world.h"
 

@@ -1,0 +1,120 @@
+// iodbg clock: the battery-backed clock chip and the system's clock.
+
+#include "bsp.h"
+#include "iodbg/chassis/calendar.h"
+#include "iodbg/chassis/clocks.h"
+#include "iodbg/chassis/commands.h"
+#include "iodbg/core/console.h"
+#include "iodbg/core/failure.h"
+#include "iodbg/core/model.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <string_view>
+
+namespace iodbg {
+
+namespace {
+
+// What a program can be expected to take between two looks at a clock, in seconds.
+constexpr int64_t kTolerance = 2;
+
+ChipTime readChip() {
+    Model model;
+    require(readModel(model), "read the device id");
+    if (!model.hasClock)
+        throw Failure::board("use the clock chip", BSP_E_NOT_SUPPORTED, "this model has none");
+    ChipTime chip;
+    require(readChipTime(chip), "read the clock chip");
+    return chip;
+}
+
+ExitCode showBoth(Console &console) {
+    const ChipTime chip = readChip();
+    Section section = {"", "", {}};
+    addClocks(section, chip);
+    return console.print({{section}, {}});
+}
+
+bool hasShapeOfTime(const std::string &word) {
+    constexpr std::string_view kShape = "0000-00-00T00:00:00";
+    return word.size() == kShape.size() &&
+           std::equal(word.begin(), word.end(), kShape.begin(), [](char given, char shape) {
+               if (shape == '0')
+                   return given >= '0' && given <= '9';
+               return given == shape || (shape == 'T' && given == ' ');
+           });
+}
+
+/** "now", or "2026-11-21T12:34:56", which may have a blank in the middle. */
+BspCalendar parseTime(const std::string &word) {
+    if (word == "now")
+        return systemTime();
+    BspCalendar time = {};
+    bool isRight = hasShapeOfTime(word);
+    if (isRight) {
+        const auto number = [&](size_t offset, size_t digits) {
+            return static_cast<uint32_t>(std::stoul(word.substr(offset, digits)));
+        };
+        // Years and months that are out of range wrap around to numbers that are out of range.
+        time = {number(17, 2), number(14, 2),    number(11, 2),
+                number(8, 2),  number(5, 2) - 1, number(0, 4) - BSP_CALENDAR_FIRST_YEAR};
+        isRight = time.year <= BSP_CLOCK_YEAR_MAX && isDate(time);
+    }
+    if (!isRight)
+        throw std::invalid_argument("'" + word +
+                                    "' is no time from 1900 to 2059: give 'now', or one like "
+                                    "2026-11-21T12:34:56");
+    return time;
+}
+
+ExitCode set(Console &console, const BspCalendar &wanted) {
+    const BspCalendar before = readChip().time;
+    require(ioRealtimeSet(&wanted), "set the clock chip");
+    const ChipTime chip = readChip();
+    const BspCalendar &after = chip.time;
+    const int64_t passed = secondsBetween(wanted, after);
+    if (!chip.isValid() || passed < 0 || passed > kTolerance)
+        throw Failure(ExitCode::ReadBack, "the clock chip was set to " + calendarText(wanted) +
+                                              " and reads " + calendarText(after) +
+                                              "; look at it again with 'iodbg clock get'");
+    Section section = {"", "", {}};
+    section.add("before", "Before", textCell(calendarText(before)));
+    section.add("after", "Now", textCell(calendarText(after)));
+    return console.print({{section}, {}});
+}
+
+ExitCode sync(Console &console) {
+    const ChipTime chip = readChip();
+    const BspCalendar &time = chip.time;
+    if (!chip.isValid())
+        throw Failure(ExitCode::Board, "the clock chip holds no date and time, " +
+                                           calendarText(time) +
+                                           "; set it with 'iodbg clock set' first");
+    require(bspSysClockSync(), "set the system clock from the clock chip");
+    // The library does not tell whether the system took it.
+    const BspCalendar now = systemTime();
+    const int64_t difference = secondsBetween(time, now);
+    if (difference < -kTolerance || difference > kTolerance)
+        throw Failure(ExitCode::ReadBack, "the system clock is " + calendarText(now) + " and not " +
+                                              calendarText(time) + "; setting it takes root");
+    Section section = {"", "", {}};
+    section.add("system", "System clock (local time)", textCell(calendarText(now)));
+    section.add("verified", "Verified", flagCell(true, "read back", ""));
+    return console.print({{section}, {}});
+}
+
+} // namespace
+
+void addClockCommands(const Command &root) {
+    const Command clock = root.group("clock", "The clock chip and the system's clock");
+    clock.command("get", "Show both").does(showBoth);
+    const auto time = std::make_shared<BspCalendar>();
+    const Command setCommand = clock.command("set", "Set the clock chip and read it back");
+    setCommand.argument("TIME", "'now' (the system clock), or local time like 2026-11-21T12:34:56",
+                        [time](const std::string &word) { *time = parseTime(word); });
+    setCommand.does([time](Console &console) { return set(console, *time); });
+    clock.command("sync", "Set the system clock from the chip").does(sync);
+}
+
+} // namespace iodbg

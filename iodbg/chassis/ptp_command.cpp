@@ -1,0 +1,34 @@
+// iodbg ptp: the trigger line of the precision time protocol.
+
+#include "bsp.h"
+#include "iodbg/chassis/commands.h"
+#include "iodbg/core/console.h"
+#include "iodbg/core/failure.h"
+
+namespace iodbg {
+
+namespace {
+
+constexpr uint32_t kControlRegister = 6;
+constexpr uint16_t kTriggerBit = 0x8000;
+
+ExitCode pulse(Console &console) {
+    require(ioPtpTriggerSet(0), "give a pulse on the PTP trigger line");
+    uint16_t control = 0;
+    require(bspCpldGet(kControlRegister, &control), "read the PTP trigger line, CPLD register 6");
+    if ((control & kTriggerBit) == 0)
+        throw Failure(ExitCode::ReadBack, "the PTP trigger line, bit 15 of CPLD register 6, stayed "
+                                          "low after the pulse; run the command again");
+    Section section = {"", "", {}};
+    section.add("level", "PTP trigger line", {"was low for a pulse, is high", int64_t{1}});
+    return console.print({{section}, {}});
+}
+
+} // namespace
+
+void addPtpCommands(const Command &root) {
+    const Command ptp = root.group("ptp", "Precision time protocol");
+    ptp.command("pulse", "Give a low pulse on the trigger line").does(pulse);
+}
+
+} // namespace iodbg

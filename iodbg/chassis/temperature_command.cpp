@@ -1,0 +1,26 @@
+// iodbg temperature: the board's sensor.
+
+#include "iodbg/chassis/climate.h"
+#include "iodbg/chassis/commands.h"
+#include "iodbg/core/console.h"
+#include "iodbg/core/failure.h"
+
+namespace iodbg {
+
+namespace {
+
+ExitCode show(Console &console) {
+    Cell celsius;
+    require(readTemperature(celsius), "read the temperature sensor");
+    Section section = {"", "", {}};
+    section.add("temperature_c", "Temperature", celsius);
+    return console.print({{section}, {}});
+}
+
+} // namespace
+
+void addTemperatureCommand(const Command &root) {
+    root.command("temperature", "Show the board's temperature").does(show);
+}
+
+} // namespace iodbg

@@ -1,0 +1,129 @@
+// iodbg watchdog: the hardware watchdog.
+
+#include "bsp.h"
+#include "iodbg/chassis/commands.h"
+#include "iodbg/core/console.h"
+#include "iodbg/core/failure.h"
+#include "iodbg/core/interrupt.h"
+
+#include <cstdio>
+#include <optional>
+#include <unistd.h>
+
+namespace iodbg {
+
+namespace {
+
+constexpr uint32_t kMaxInterval = 3600;
+
+uint32_t readPeriod() {
+    uint32_t period = 0;
+    require(ioWatchdogPeriodGet(&period), "read the watchdog's period");
+    return period;
+}
+
+ExitCode printPeriod(Console &console, uint32_t period) {
+    Section section = {"", "", {}};
+    section.add("period", "Period", numberCell(period));
+    section.add("armed", "Armed",
+                flagCell(period != BSP_WATCHDOG_OFF, "yes: something must feed it", "no"));
+    return console.print({{section}, {}});
+}
+
+/** Reads back what a write of the period has left. */
+ExitCode verify(Console &console, uint32_t wanted) {
+    const uint32_t period = readPeriod();
+    if (period != wanted)
+        throw Failure(ExitCode::ReadBack, "the watchdog's period " + std::to_string(wanted) +
+                                              " was written, and it reads " +
+                                              std::to_string(period) +
+                                              "; check with 'iodbg cpld get 4'");
+    return printPeriod(console, period);
+}
+
+ExitCode set(Console &console, uint32_t period) {
+    require(ioWatchdogPeriodSet(period), "set the watchdog's period");
+    return verify(console, period);
+}
+
+ExitCode stop(Console &console) {
+    require(ioWatchdogStop(), "stop the watchdog");
+    return verify(console, BSP_WATCHDOG_OFF);
+}
+
+struct Feeding {
+    std::optional<uint32_t> interval; // seconds
+    std::optional<uint32_t> count;    // without it and with an interval: for ever
+};
+
+uint32_t readLine() {
+    uint32_t level = 0;
+    require(bspGpioGetValue(BSP_GPIO_WATCHDOG, &level), "read the watchdog's line, GPIO 0");
+    return level;
+}
+
+/** One edge on the line. The library tells of no failure, so the line is looked at. */
+void feedOnce() {
+    const Uninterrupted whole;
+    const uint32_t before = readLine();
+    require(ioWatchdogFeed(), "feed the watchdog");
+    if (readLine() == before)
+        throw Failure(ExitCode::ReadBack, "the watchdog's line, GPIO 0, stayed at " +
+                                              std::to_string(before) +
+                                              "; check what else drives it");
+}
+
+ExitCode feed(Console &console, const Feeding &feeding) {
+    if (feeding.count && !feeding.interval)
+        throw Failure::usage("--count needs --every, the seconds between the feeds");
+    if (feeding.interval && !feeding.count)
+        std::fprintf(stderr, "iodbg: feeding every %u s until this program is stopped\n",
+                     *feeding.interval);
+    const bool isEndless = feeding.interval && !feeding.count;
+    const uint32_t count = feeding.count.value_or(1);
+    if (isEndless)
+        endOnInterrupt(console.terminalSize().has_value());
+    feedOnce();
+    for (uint32_t done = 1; isEndless || done < count; ++done) {
+        sleep(*feeding.interval);
+        feedOnce();
+    }
+    Section section = {"", "", {}};
+    section.add("feeds", "Feeds", numberCell(count));
+    return console.print({{section}, {}});
+}
+
+Parser optionalNumber(std::optional<uint32_t> &target, uint32_t highest) {
+    return [&target, highest](const std::string &word) {
+        numberFromOne(target.emplace(), highest)(word);
+    };
+}
+
+} // namespace
+
+void addWatchdogCommands(const Command &root) {
+    const Command watchdog = root.group("watchdog", "The hardware watchdog");
+    watchdog.command("get", "Read the period").does([](Console &console) {
+        return printPeriod(console, readPeriod());
+    });
+
+    const auto period = std::make_shared<uint32_t>(0);
+    const Command setCommand = watchdog.command(
+        "set", "Set the period and read it back.\nA period other than 0 arms the watchdog: "
+               "unless something feeds it from then on, it resets the board");
+    setCommand.argument("PERIOD", "0-63, in the CPLD's units; 0 stops it",
+                        number(*period, BSP_WATCHDOG_PERIOD_MAX));
+    setCommand.does([period](Console &console) { return set(console, *period); });
+
+    const auto feeding = std::make_shared<Feeding>();
+    const Command feedCommand = watchdog.command("feed", "Feed it, once or again and again");
+    feedCommand.option("--every", "SECONDS", "Go on feeding in this interval, 1-3600",
+                       optionalNumber(feeding->interval, kMaxInterval));
+    feedCommand.option("--count", "N", "How often with --every (default: until stopped)",
+                       optionalNumber(feeding->count, UINT32_MAX));
+    feedCommand.does([feeding](Console &console) { return feed(console, *feeding); });
+
+    watchdog.command("stop", "Stop it: period 0").does(stop);
+}
+
+} // namespace iodbg

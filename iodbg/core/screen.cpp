@@ -1,0 +1,36 @@
+#include "iodbg/core/screen.h"
+
+namespace iodbg {
+
+namespace {
+
+constexpr char kPlain[] = "\x1b[m";
+
+const char *startOf(Emphasis emphasis) {
+    switch (emphasis) {
+    case Emphasis::Bold:
+        return "\x1b[1m";
+    case Emphasis::Inverse:
+        return "\x1b[7m";
+    case Emphasis::None:
+        break;
+    }
+    return "";
+}
+
+std::string emphasised(const ScreenLine &line) {
+    const bool isPlain = line.emphasis == Emphasis::None || !terminal::wantsColours();
+    return isPlain ? line.text : startOf(line.emphasis) + line.text + kPlain;
+}
+
+} // namespace
+
+std::string screenText(const std::vector<ScreenLine> &lines, const terminal::Size &size) {
+    std::vector<std::string> drawn;
+    drawn.reserve(lines.size());
+    for (const ScreenLine &line : lines)
+        drawn.push_back(emphasised(line));
+    return terminal::picture(drawn, size);
+}
+
+} // namespace iodbg

@@ -1,0 +1,47 @@
+#pragma once
+// The settings of the boot loader as they lie in flash: texts in fixed slots of a block, which is
+// erased and written anew for each change.
+
+#include "iodbg/core/format.h"
+#include "iodbg/core/parse.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace iodbg {
+
+constexpr size_t kBootBlockSize = 256;
+
+/** A slot, and how the library reads and writes what is in it. */
+struct BootSetting {
+    const char *name;  // on the command line
+    const char *key;   // in answers for programs
+    const char *label; // for people
+    size_t offset;
+    size_t size;
+    const char *mark; // in the slot, before the value
+    int32_t (*read)(std::string &value);
+    int32_t (*write)(const std::string &value);
+};
+
+extern const std::span<const BootSetting> kBootSettings;
+extern const BootSetting &kBootPassword;
+
+/** The setting of a name; throws std::invalid_argument for others. */
+const BootSetting &bootSetting(const std::string &name);
+
+/** The value in the setting's own form; throws Failure for one that it cannot have. */
+std::string checkBootValue(const BootSetting &setting, const std::string &value);
+
+/** What is in the slot, behind its mark; nothing when nothing is stored there. */
+std::optional<std::string> storedValue(const BootSetting &setting, ByteView block);
+
+/** The block with one setting changed, as the library should leave it. */
+Bytes withValue(const BootSetting &setting, const std::string &value, Bytes block);
+
+/** The block as it is stored; throws when it cannot be read. */
+Bytes readBootBlock();
+
+} // namespace iodbg

@@ -1,0 +1,261 @@
+// iodbg mtd: flash partitions as a whole, or the file that one holds behind a length header.
+
+#include "bsp.h"
+#include "iodbg/core/confirm.h"
+#include "iodbg/core/console.h"
+#include "iodbg/core/failure.h"
+#include "iodbg/core/host_file.h"
+#include "iodbg/core/status_table.h"
+#include "iodbg/flash/boot_block.h"
+#include "iodbg/flash/claim.h"
+#include "iodbg/flash/commands.h"
+#include "iodbg/flash/flash.h"
+#include "iodbg/flash/work.h"
+#include "support/byte_order.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <optional>
+#include <sys/stat.h>
+
+namespace iodbg {
+
+namespace {
+
+constexpr char kHeaderHelp[] = "The file behind a length header, not the whole partition";
+
+std::string sizeText(uint64_t bytes) {
+    return std::to_string(bytes) + " bytes";
+}
+
+// mtd read
+
+struct ReadArguments {
+    std::string device;
+    std::string file;
+    bool hasHeader = false;
+    bool isForced = false;
+};
+
+/** How many bytes a read will give; throws when no file is stored. */
+uint64_t storedSize(const FlashPartition &partition, bool hasHeader) {
+    if (!hasHeader)
+        return partition.size();
+    const Bytes header = partition.read(0, BSP_MTD_HEADER_SIZE);
+    const uint64_t size = bsp::loadBe32(header.data());
+    const bool isMarked = bsp::loadBe32(header.data() + 4) == BSP_MTD_HEADER_MARKER;
+    if (!isMarked || size == 0 || size + BSP_MTD_HEADER_SIZE > partition.size())
+        throw Failure(ExitCode::Board, partition.device() +
+                                           " holds no file with a length header; leave out "
+                                           "--header to read the whole partition");
+    return size;
+}
+
+/** Compares the copy with the partition, since the library does not notice a full file system. */
+void verifyCopy(const FlashPartition &partition, const ReadArguments &arguments,
+                const std::string &copy, uint64_t size) {
+    struct stat info = {};
+    const bool isThere = stat(copy.c_str(), &info) == 0;
+    const uint64_t copied = isThere ? static_cast<uint64_t>(info.st_size) : 0;
+    if (copied != size)
+        throw Failure(ExitCode::Host, "the new " + arguments.file + " took " +
+                                          std::to_string(copied) + " of " + sizeText(size) +
+                                          "; choose a folder that can be written and has space");
+    Content content = {{}, copy, size};
+    if (arguments.hasHeader)
+        content.front = partition.read(0, BSP_MTD_HEADER_SIZE);
+    const Comparison comparison = compare(partition, content, Layout::Straight, [](uint64_t) {});
+    if (comparison.first)
+        throw Failure(ExitCode::ReadBack, "the copy differs from a second reading: " +
+                                              differenceText(partition, content, comparison) +
+                                              "; read again, and see what differs each time");
+}
+
+ExitCode read(Console &console, const ReadArguments &arguments) {
+    const FlashPartition partition(arguments.device);
+    const uint64_t size = storedSize(partition, arguments.hasHeader);
+    const Destination destination = {arguments.file, arguments.isForced,
+                                     partition.isAt(BSP_MTD_BOOT_SETTINGS)};
+    Saving copy(console, destination);
+    require(
+        bsp_mtd_read_to_file(arguments.device.c_str(), copy.path().c_str(),
+                             arguments.hasHeader ? BSP_MTD_WITH_HEADER : BSP_MTD_WITHOUT_HEADER),
+        "read " + arguments.device);
+    verifyCopy(partition, arguments, copy.path(), size);
+    copy.finish();
+    Section section = {"", "", {}};
+    section.add("device", "Device", textCell(arguments.device));
+    section.add("output", "Saved in", textCell(destination.name()));
+    section.add("size_bytes", "Size, bytes", numberCell(static_cast<int64_t>(size)));
+    return console.print({{section}, {}});
+}
+
+// mtd write
+
+struct WriteArguments {
+    std::string device;
+    std::string file;
+    bool hasHeader = false;
+    bool isDryRun = false;
+    bool isYes = false;
+};
+
+/** The bytes of standard input in a file, where the library and the comparison find them. */
+class InputFile {
+  public:
+    explicit InputFile(const WriteArguments &arguments) {
+        constexpr size_t kLargest = 1048576; // the settings of a boot loader, and more
+        if (!isStandardStream(arguments.file))
+            return;
+        if (!arguments.isYes && !arguments.isDryRun)
+            throw Failure::usage("standard input has the file, so that it cannot have the answer "
+                                 "to a question; say --yes");
+        const Bytes content = readHostFileOrInput(arguments.file, kLargest);
+        if (content.empty())
+            throw Failure(ExitCode::Host,
+                          inputName(arguments.file) + " is empty; give the right file");
+        file_.emplace(folderForTemporaryFiles(), "a temporary file");
+        if (!writeAll(file_->descriptor(), content))
+            throw Failure::file("write a temporary file", "give the name of a file instead");
+    }
+
+    /** What to read instead of the file that was given. */
+    std::string path(const std::string &given) const { return file_ ? file_->path() : given; }
+
+  private:
+    std::optional<TemporaryFile> file_;
+};
+
+Content contentOf(const WriteArguments &arguments, const std::string &path,
+                  const FlashPartition &partition) {
+    Content content = {{}, path, hostFileSize(path)};
+    if (arguments.hasHeader) {
+        content.front.resize(BSP_MTD_HEADER_SIZE);
+        bsp::storeBe32(content.front.data(), static_cast<uint32_t>(content.fileSize));
+        bsp::storeBe32(content.front.data() + 4, BSP_MTD_HEADER_MARKER);
+    }
+    if (content.size() > partition.size())
+        throw Failure::usage("'" + inputName(arguments.file) + "' has " +
+                             sizeText(content.fileSize) +
+                             (arguments.hasHeader ? ", 8 more with the length header" : "") + "; " +
+                             partition.device() + " holds " + std::to_string(partition.size()));
+    return content;
+}
+
+std::string planText(const WriteArguments &arguments, const FlashPartition &partition,
+                     const Content &content) {
+    return partition.device() + ", " + sizeText(partition.size()) + "\n  now  " +
+           (isErased(partition.read(0, BSP_MTD_HEADER_SIZE)) ? "nothing at its start"
+                                                             : "data, which will be lost") +
+           "\n  new  " + arguments.file + ", " + sizeText(content.fileSize) +
+           (arguments.hasHeader ? ", behind a length header\n" : "\n");
+}
+
+/** The library answers what its last page write answered when the partition ended too early. */
+Failure writeFailure(const WriteArguments &arguments, int32_t status, const std::string &found) {
+    const std::string hint = found + "; write again, and see the kernel log for flash errors";
+    if (!explain(status).name.empty() && status != BSP_E_FAILED)
+        return Failure::board("write " + arguments.device, status, hint);
+    return {ExitCode::Board, "cannot write all of " + inputName(arguments.file) + " into " +
+                                 arguments.device + ": the library answered " +
+                                 std::to_string(status) + "; " + hint};
+}
+
+ExitCode write(Console &console, const WriteArguments &arguments) {
+    console.beginLongWork();
+    const FlashPartition partition(arguments.device);
+    const InputFile input(arguments);
+    const Content content = contentOf(arguments, input.path(arguments.file), partition);
+    Section section = {"", "", {}};
+    section.add("device", "Device", textCell(arguments.device));
+    section.add("file", "File", textCell(inputName(arguments.file)));
+    section.add("size_bytes", "Size, bytes", numberCell(static_cast<int64_t>(content.fileSize)));
+    section.add("dry_run", "Dry run",
+                flagCell(arguments.isDryRun, "yes, nothing was changed", "no"));
+    if (arguments.isDryRun)
+        return console.print({{section}, {}});
+    const FlashClaim claim(partition);
+    if (!arguments.isYes)
+        confirm(planText(arguments, partition, content) + "Write it now?");
+
+    PartitionWork work(console, "mtd write", partition, content);
+    const int32_t status = work.write([&] {
+        return bsp_mtd_write_from_file(content.file.c_str(), arguments.device.c_str(),
+                                       arguments.hasHeader ? BSP_MTD_WITH_HEADER
+                                                           : BSP_MTD_WITHOUT_HEADER);
+    });
+    const std::string found = work.readBack();
+    if (status != BSP_OK)
+        throw writeFailure(arguments, status, found);
+    work.requireSame("write again; blocks that do not take their data need another partition");
+    section.add("verified", "Verified", flagCell(true, "read back, all bytes are the file's", ""));
+    return console.print({{section}, {}});
+}
+
+// mtd erase
+
+struct EraseArguments {
+    std::string device;
+    bool isYes = false;
+};
+
+ExitCode erase(Console &console, const EraseArguments &arguments) {
+    const FlashPartition partition(arguments.device);
+    const FlashClaim claim(partition);
+    if (!arguments.isYes)
+        confirm("The first block of " + arguments.device + ", " + sizeText(partition.blockSize()) +
+                ", will be lost.\nErase it now?");
+    require(bsp_mtd_erase(arguments.device.c_str()), "erase " + arguments.device);
+    if (!partition.isErased(0))
+        throw Failure(ExitCode::ReadBack,
+                      "the first block of " + arguments.device +
+                          " was erased, but does not read as erased; see the kernel log for flash "
+                          "errors");
+    Section section = {"", "", {}};
+    section.add("device", "Device", textCell(arguments.device));
+    section.add("erased_bytes", "Erased, bytes",
+                numberCell(static_cast<int64_t>(partition.blockSize())));
+    return console.print({{section}, {}});
+}
+
+void addRead(const Command &mtd) {
+    const auto arguments = std::make_shared<ReadArguments>();
+    const Command command = mtd.command("read", "Copy a partition into a file");
+    command.argument("DEVICE", kFlashDeviceHelp, flashDevice(arguments->device));
+    command.argument("FILE", "The copy, - is standard output", fileName(arguments->file));
+    command.flag("--header", kHeaderHelp, arguments->hasHeader);
+    command.flag("--force", kForceHelp, arguments->isForced);
+    command.does([arguments](Console &console) { return read(console, *arguments); });
+}
+
+void addWrite(const Command &mtd) {
+    const auto arguments = std::make_shared<WriteArguments>();
+    const Command command = mtd.command("write", "Replace a partition's content by a file's");
+    command.argument("DEVICE", kFlashDeviceHelp, flashDevice(arguments->device));
+    command.argument("FILE", "The new content, - is standard input", fileName(arguments->file));
+    command.flag("--header", "Write it behind a length header, and erase no more than it needs",
+                 arguments->hasHeader);
+    command.flag("--dry-run", "Check the file, change nothing", arguments->isDryRun);
+    command.flag("--yes", kYesHelp, arguments->isYes);
+    command.does([arguments](Console &console) { return write(console, *arguments); });
+}
+
+void addErase(const Command &mtd) {
+    const auto arguments = std::make_shared<EraseArguments>();
+    const Command command = mtd.command("erase", "Erase a partition's first block, and only that");
+    command.argument("DEVICE", kFlashDeviceHelp, flashDevice(arguments->device));
+    command.flag("--yes", kYesHelp, arguments->isYes);
+    command.does([arguments](Console &console) { return erase(console, *arguments); });
+}
+
+} // namespace
+
+void addMtdCommands(const Command &root) {
+    const Command mtd = root.group("mtd", "Flash partitions");
+    addRead(mtd);
+    addWrite(mtd);
+    addErase(mtd);
+}
+
+} // namespace iodbg

@@ -1,0 +1,37 @@
+#pragma once
+// What the upgrades of all images share.
+
+#include "iodbg/core/command_line.h"
+#include "iodbg/core/console.h"
+
+#include <string>
+
+namespace iodbg {
+
+struct UpgradeArguments {
+    std::string file;
+    uint32_t bank = 0;
+    bool isDryRun = false;
+    bool isYes = false;
+};
+
+/** What is replaced by what, and the question about it. */
+struct UpgradePlan {
+    std::string what; // "Image of bank 0, /dev/mtd12"
+    std::string now;
+    std::string replacement;
+    std::string warning;
+};
+
+/** Adds the plan to an answer and asks; false when the command ends here, as it is a dry run. */
+bool goOn(Section &section, const UpgradePlan &plan, const UpgradeArguments &arguments);
+
+void addUpgradeOs(const Command &upgrade);
+void addUpgradeBoot(const Command &upgrade);
+void addUpgradeCpld(const Command &upgrade);
+
+/** The arguments that all upgrades have. */
+void addUpgradeArguments(const Command &command, UpgradeArguments &arguments,
+                         const std::string &fileHelp);
+
+} // namespace iodbg

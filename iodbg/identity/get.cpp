@@ -1,0 +1,110 @@
+// iodbg identity get: serial number, MAC addresses and product records.
+
+#include "iodbg/core/console.h"
+#include "iodbg/core/failure.h"
+#include "iodbg/core/host_file.h"
+#include "iodbg/identity/commands.h"
+#include "iodbg/identity/items.h"
+#include "iodbg/identity/record.h"
+#include "iodbg/identity/set.h"
+
+namespace iodbg {
+
+namespace {
+
+struct GetArguments {
+    std::string item; // empty: all
+    Carrier carrier;
+    std::string output;
+    bool isForced = false;
+
+    bool asksFor(const char *name) const { return item.empty() || item == name; }
+};
+
+void checkArguments(const GetArguments &arguments) {
+    if (arguments.item != "record" && !arguments.output.empty())
+        throw Failure::usage("--output saves a record; ask with 'iodbg identity get record'");
+    if (arguments.item == "mac" && !arguments.carrier.isBoard())
+        throw Failure::usage("a supply has no MAC address; leave --index out");
+}
+
+void addBoardItems(Report &report, const GetArguments &arguments) {
+    Section section = {"", "", {}};
+    if (arguments.asksFor("serial"))
+        addItems(report, section, kSerialItems);
+    if (arguments.asksFor("mac"))
+        addItems(report, section, kMacItems);
+    if (!section.fields.empty())
+        report.parts.emplace_back(section);
+}
+
+void addRecord(Console &console, Report &report, const GetArguments &arguments,
+               const BspDevinfo &record) {
+    const Carrier &carrier = arguments.carrier;
+    Section section = {"record", "Product record of " + carrier.name(), {}};
+    if (carrier.isBoard()) {
+        const Verdict verdict = judge(record);
+        addVerdict(section, verdict);
+        if (verdict.status() != BSP_OK)
+            report.tried(section.key, verdict.status(), {});
+    }
+    addFields(section, carrier, record);
+    if (!arguments.output.empty()) {
+        const Destination destination = {arguments.output, arguments.isForced};
+        save(console, destination, bytesOf(record));
+        section.add("output", "Saved in", textCell(destination.name()));
+    }
+    report.parts.emplace_back(section);
+}
+
+/** A supply has its serial number in its record alone. */
+void addSupplySerial(Report &report, const BspDevinfo &record) {
+    Section section = {"", "", {}};
+    const ByteView serial(reinterpret_cast<const uint8_t *>(record.serial), sizeof(record.serial));
+    section.add("serial_number", "Serial number", textCell(fieldText(serial)));
+    report.parts.emplace_back(section);
+}
+
+ExitCode get(Console &console, const GetArguments &arguments) {
+    checkArguments(arguments);
+    const Carrier &carrier = arguments.carrier;
+    Report report;
+    if (carrier.isBoard())
+        addBoardItems(report, arguments);
+    if (arguments.asksFor("record") || !carrier.isBoard()) {
+        BspDevinfo record;
+        require(readRecord(carrier, record), "read the record of " + carrier.name());
+        if (arguments.item == "serial")
+            addSupplySerial(report, record);
+        else
+            addRecord(console, report, arguments, record);
+    }
+    return console.print(report);
+}
+
+Parser itemName(std::string &target) {
+    return [&target](const std::string &word) {
+        if (word != "serial" && word != "mac" && word != "record")
+            throw std::invalid_argument("'" + word + "' is none of serial|mac|record");
+        target = word;
+    };
+}
+
+} // namespace
+
+void addIdentityCommands(const Command &root) {
+    const Command identity = root.group("identity", "Serial number, MAC address, product records");
+
+    const auto arguments = std::make_shared<GetArguments>();
+    const Command command = identity.command("get", "Read what the board knows of itself");
+    command.optionalArgument("ITEM", "serial|mac|record (default: all)", itemName(arguments->item));
+    command.option("--index", kCarrierWords, "Whose (default board)", carrier(arguments->carrier));
+    command.option("--output", "FILE", "Save the record's 128 bytes, - is standard output",
+                   fileName(arguments->output));
+    command.flag("--force", kForceHelp, arguments->isForced);
+    command.does([arguments](Console &console) { return get(console, *arguments); });
+
+    addIdentitySetCommands(identity);
+}
+
+} // namespace iodbg

@@ -1,0 +1,48 @@
+#pragma once
+// Device information records: reading, judging and showing them.
+
+#include "bsp.h"
+#include "iodbg/core/report.h"
+#include "iodbg/core/update.h"
+#include "iodbg/identity/memory.h"
+
+#include <vector>
+
+namespace iodbg {
+
+/**
+ * Reads the record of the board or a supply. The board's comes as it is stored, damaged ones
+ * included; a supply's is the library's view of it, zeros where the supply has no such bytes.
+ */
+int32_t readRecord(const Carrier &carrier, BspDevinfo &record);
+
+/** Whether a board's record is one. */
+struct Verdict {
+    bool hasMagic;
+    uint32_t storedCrc;
+    uint32_t computedCrc;
+
+    bool isCrcRight() const { return storedCrc == computedCrc; }
+    /** What the library answers to a reader of the record. */
+    int32_t status() const;
+};
+
+Verdict judge(const BspDevinfo &record);
+/** Makes the record's CRC right. */
+void renewCrc(BspDevinfo &record);
+
+/** Magic and CRC of the board's record, in a section. */
+void addVerdict(Section &section, const Verdict &verdict);
+/** All fields that the record of the board or a supply has. */
+void addFields(Section &section, const Carrier &carrier, const BspDevinfo &record);
+
+/** Which fields differ between two records. */
+std::vector<Change> changedFields(const Carrier &carrier, const BspDevinfo &before,
+                                  const BspDevinfo &after);
+
+/** Offset of the first byte that a supply's record has no place for but is not zero, or -1. */
+int firstByteWithoutPlace(const BspDevinfo &supplyView);
+
+Bytes bytesOf(const BspDevinfo &record);
+
+} // namespace iodbg

@@ -1,0 +1,89 @@
+#include "iodbg/poe/board.h"
+
+#include "bsp.h"
+#include "iodbg/core/failure.h"
+#include "iodbg/core/model.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace iodbg {
+
+namespace {
+
+std::vector<std::string> splitAt(const std::string &text, char separator) {
+    std::vector<std::string> parts(1);
+    for (const char character : text) {
+        if (character == separator)
+            parts.emplace_back();
+        else
+            parts.back() += character;
+    }
+    return parts;
+}
+
+uint32_t portOf(const std::string &word) {
+    return static_cast<uint32_t>(parseNumber(word, 1, BSP_POE_PORTS_MAX));
+}
+
+void addRange(std::vector<uint32_t> &ports, const std::string &word) {
+    const std::vector<std::string> ends = splitAt(word, '-');
+    const uint32_t first = portOf(ends.front());
+    const uint32_t last = portOf(ends.back());
+    if (ends.size() > 2 || last < first)
+        throw std::invalid_argument("'" + word + "' is no range of ports; give one as 1-8");
+    for (uint32_t port = first; port <= last; ++port)
+        ports.push_back(port);
+}
+
+} // namespace
+
+uint32_t requirePoe() {
+    Model model;
+    require(readModel(model), "read the device id");
+    if (model.poePorts == 0)
+        throw Failure(ExitCode::Board, "this model has no PoE; 'iodbg show' tells which it is");
+    uint32_t presence = BSP_POE_CONTROLLER_MISSING;
+    require(bspPoeOnlineGet(&presence), "ask whether the PoE controller is there");
+    if (presence != BSP_POE_CONTROLLER_PRESENT)
+        throw Failure(ExitCode::Board,
+                      "the PoE controller is missing (CPLD register 6, bit 14 is set); check that "
+                      "its board is plugged and has power");
+    return model.poePorts;
+}
+
+void requirePort(uint32_t port, uint32_t portCount) {
+    if (port > portCount)
+        throw Failure::usage("there is no PoE port " + std::to_string(port) +
+                             "; this board has ports 1 to " + std::to_string(portCount));
+}
+
+PortList::PortList(const std::string &word) : isAll_(word == "all") {
+    if (isAll_)
+        return;
+    for (const std::string &part : splitAt(word, ','))
+        addRange(ports_, part);
+    std::sort(ports_.begin(), ports_.end());
+    ports_.erase(std::unique(ports_.begin(), ports_.end()), ports_.end());
+}
+
+std::vector<uint32_t> PortList::within(uint32_t portCount) const {
+    if (isAll_) {
+        std::vector<uint32_t> ports(portCount);
+        for (uint32_t i = 0; i < portCount; ++i)
+            ports[i] = i + 1;
+        return ports;
+    }
+    requirePort(ports_.back(), portCount); // the highest
+    return ports_;
+}
+
+Parser portList(PortList &target) {
+    return [&target](const std::string &word) { target = PortList(word); };
+}
+
+Parser portNumber(uint32_t &target) {
+    return [&target](const std::string &word) { target = portOf(word); };
+}
+
+} // namespace iodbg

@@ -1,0 +1,144 @@
+// iodbg poe set: settings of ports and the power budget, read back where the library can.
+
+#include "bsp.h"
+#include "iodbg/core/console.h"
+#include "iodbg/core/failure.h"
+#include "iodbg/poe/board.h"
+#include "iodbg/poe/parts.h"
+#include "iodbg/poe/port.h"
+
+namespace iodbg {
+
+namespace {
+
+/** How a value's word becomes the library's number. */
+using ValueParser = Parser (*)(uint32_t &target);
+
+/** What one of the ports' settings is called, takes, and how it is set and read. */
+struct Setting {
+    const char *name;
+    const char *help;
+    const char *valueHelp;
+    ValueParser parser;
+    int32_t (*set)(uint32_t port, uint32_t value);
+    int32_t (*get)(uint32_t port, uint32_t *out); // null: nothing reads it
+    uint32_t unit;                                // the controller rounds up to it
+    Cell (*cell)(uint32_t value);
+};
+
+Cell switchCell(uint32_t value) {
+    return flagCell(value == BSP_POE_ON, "on", "off");
+}
+
+Parser modeParser(uint32_t &target) {
+    return oneOf(target, {{"auto", BSP_POE_MODE_0},
+                          {"semi", BSP_POE_MODE_1},
+                          {"manual", BSP_POE_MODE_2},
+                          {"disabled", BSP_POE_MODE_DISABLED}});
+}
+
+Parser switchParser(uint32_t &target) {
+    return oneOf(target, {{"on", BSP_POE_ON}, {"off", BSP_POE_OFF}});
+}
+
+template <uint32_t Lowest, uint32_t Highest>
+Parser numberParser(uint32_t &target) {
+    return numberWithin(target, Lowest, Highest);
+}
+
+constexpr Setting kSettings[] = {
+    {"mode",
+     "Who powers the ports: the controller (auto), a command after detection (semi), "
+     "commands for every step (manual), or nobody (disabled)",
+     "auto|semi|manual|disabled", modeParser, ioPoePortModeSet, ioPoePortModeGet, 1, poeModeCell},
+    {"priority", "Which ports keep their power when the budget is spent",
+     "1|2|3; 1 is the most important", numberParser<BSP_POE_PRIORITY_MIN, BSP_POE_PRIORITY_MAX>,
+     ioPoePortPrioritySet, nullptr, 1, poeNumberCell},
+    {"limit", "Power limit", "Milliwatts, 0 to 102000; rounded up to 400",
+     numberParser<0, BSP_POE_PORT_LIMIT_MAX_MW>, ioPoePortMaxPowerSet, ioPoePortMaxPowerGet,
+     BSP_POE_PORT_LIMIT_STEP_MW, poeNumberCell},
+    {"limit-type", "What limits the ports' power",
+     "1|2: the device's class, or the limit that is set",
+     numberParser<BSP_POE_LIMIT_TYPE_MIN, BSP_POE_LIMIT_TYPE_MAX>, ioPoePortMaxPowerTypeSet,
+     nullptr, 1, poeNumberCell},
+    {"legacy", "Detection of devices older than the standard", "on|off", switchParser,
+     ioPoePortLegacyEnableSet, nullptr, 1, switchCell},
+    {"inrush", "Inrush mode", "0 to 8", numberParser<0, BSP_POE_INRUSH_MODE_MAX>,
+     ioPoePortInrushModeSet, ioPoePortInrushModeGet, 1, poeNumberCell},
+    {"force-inrush", "Forced inrush", "on|off", switchParser, ioPoePortForceInrushSet, nullptr, 1,
+     switchCell},
+};
+
+constexpr uint32_t roundedUp(uint32_t value, uint32_t unit) {
+    return (value + unit - 1) / unit * unit;
+}
+
+/** What a port reads back, which must be what was set. */
+Cell readBack(const Setting &setting, uint32_t port, uint32_t value) {
+    if (setting.get == nullptr)
+        return {"not readable", nullptr};
+    const std::string name = std::string(setting.name) + " of port " + std::to_string(port);
+    uint32_t stored = 0;
+    require(setting.get(port, &stored), "read back the " + name);
+    if (stored != roundedUp(value, setting.unit))
+        throw Failure(ExitCode::ReadBack, "the " + name + " was set to " +
+                                              setting.cell(value).text + " but reads " +
+                                              setting.cell(stored).text + "; see 'iodbg poe port " +
+                                              std::to_string(port) + "'");
+    return setting.cell(stored);
+}
+
+ExitCode setPorts(Console &console, const Setting &setting, const PortList &list, uint32_t value) {
+    Table table = {"ports", {{"port", "PORT"}, {"set_to", "SET TO"}, {"read_back", "READS"}}, {}};
+    for (const uint32_t port : list.within(requirePoe())) {
+        require(setting.set(port, value),
+                std::string("set the ") + setting.name + " of port " + std::to_string(port));
+        table.rows.push_back(
+            {numberCell(port), setting.cell(value), readBack(setting, port, value)});
+    }
+    return console.print({{table}, {}});
+}
+
+ExitCode setBudget(Console &console, uint32_t milliwatts) {
+    requirePoe();
+    require(ioPoeGlobalMaxPowerSet(milliwatts), "set the power budget");
+    uint32_t stored = 0;
+    require(ioPoeGlobalMaxPowerGet(&stored), "read back the power budget");
+    if (stored != roundedUp(milliwatts, BSP_POE_BUDGET_STEP_MW))
+        throw Failure(ExitCode::ReadBack, "the power budget was set to " +
+                                              std::to_string(milliwatts) + " mW but reads " +
+                                              std::to_string(stored) + " mW; set it again");
+    Section section = {"", "", {}};
+    section.add("budget_mw", "Power budget, W", milliCell(stored));
+    return console.print({{section}, {}});
+}
+
+void addPortSetting(const Command &group, const Setting &setting) {
+    struct Arguments {
+        PortList ports;
+        uint32_t value = 0;
+    };
+    const auto arguments = std::make_shared<Arguments>();
+    const Command command = group.command(setting.name, setting.help);
+    command.argument("PORTS", kPortListHelp, portList(arguments->ports));
+    command.argument("VALUE", setting.valueHelp, setting.parser(arguments->value));
+    command.does([&setting, arguments](Console &console) {
+        return setPorts(console, setting, arguments->ports, arguments->value);
+    });
+}
+
+} // namespace
+
+void addPoeSetCommands(const Command &poe) {
+    const Command group = poe.group("set", "Change settings of ports, or the power budget");
+    for (const Setting &setting : kSettings)
+        addPortSetting(group, setting);
+
+    const auto milliwatts = std::make_shared<uint32_t>(0);
+    const Command budget = group.command("budget", "Power budget of all ports");
+    budget.argument("MILLIWATTS", "0 to 6553500; rounded up to 100",
+                    number(*milliwatts, BSP_POE_BUDGET_MAX_MW));
+    budget.does([milliwatts](Console &console) { return setBudget(console, *milliwatts); });
+}
+
+} // namespace iodbg

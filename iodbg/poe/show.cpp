@@ -1,0 +1,134 @@
+// iodbg poe status, port: what the controller and its ports say.
+
+#include "bsp.h"
+#include "iodbg/core/console.h"
+#include "iodbg/core/failure.h"
+#include "iodbg/core/progress.h"
+#include "iodbg/poe/board.h"
+#include "iodbg/poe/controller.h"
+#include "iodbg/poe/parts.h"
+#include "iodbg/poe/port.h"
+
+#include <optional>
+#include <utility>
+
+namespace iodbg {
+
+namespace {
+
+constexpr uint32_t kPortMs = 600; // three exchanges, and a fourth for a port with power
+
+/** Ends the command when the controller does not answer at all, rather than fail on each port. */
+void requireAnswer() {
+    uint32_t drawn = 0;
+    require(ioPoeGlobalPowerGet(&drawn), "ask the PoE controller");
+}
+
+Table portsTable() {
+    Table table = {"ports", {{"port", "PORT"}}, {}};
+    for (const PoePortItem &item : poePortItems())
+        table.columns.push_back({item.key, item.label});
+    return table;
+}
+
+/** Text that is shown at once on a terminal, else with the rest of the answer. */
+class LiveText {
+  public:
+    explicit LiveText(const Console &console)
+        : console_(console),
+          isLive_(console.form() == AnswerForm::Text && console.terminalSize().has_value()) {}
+
+    bool isLive() const { return isLive_; }
+    void add(const std::string &text) {
+        if (isLive_)
+            console_.printText(text);
+        else
+            rest_ += text;
+    }
+    /** What has not been shown. */
+    const std::string &rest() const { return rest_; }
+
+  private:
+    const Console &console_;
+    bool isLive_;
+    std::string rest_;
+};
+
+std::vector<WorkStep> portSteps(const std::vector<uint32_t> &ports) {
+    std::vector<WorkStep> steps;
+    steps.reserve(ports.size());
+    for (const uint32_t port : ports)
+        steps.push_back({"port " + std::to_string(port), kPortMs});
+    return steps;
+}
+
+void addPorts(Report &report, Console &console, LiveText &text,
+              const std::vector<uint32_t> &ports) {
+    std::optional<Progress> progress; // rows that appear one by one need none
+    if (!text.isLive())
+        progress.emplace(console, "poe status", portSteps(ports));
+    Table table = portsTable();
+    text.add("\n" + poePortHeadLine());
+    for (size_t i = 0; i < ports.size(); ++i) {
+        if (progress)
+            progress->reach(i, 0);
+        std::vector<Cell> cells = readPoePort(report, ports[i]);
+        text.add(poePortLine(ports[i], cells));
+        cells.insert(cells.begin(), numberCell(ports[i]));
+        table.rows.push_back(std::move(cells));
+    }
+    report.parts.emplace_back(table);
+}
+
+ExitCode showStatus(Console &console, const PortList &list) {
+    const std::vector<uint32_t> ports = list.within(requirePoe());
+    requireAnswer();
+    Report report;
+    addPoeController(report);
+    LiveText text(console);
+    text.add(Report{report.parts, {}}.toText());
+    addPorts(report, console, text, ports);
+    text.add(Report{{}, report.failures}.toText());
+    return console.print(report, text.rest());
+}
+
+ExitCode showPort(Console &console, uint32_t port) {
+    requirePort(port, requirePoe());
+    requireAnswer();
+    Report report;
+    Section section = {"", "", {}};
+    section.add("port", "Port", numberCell(port));
+    const std::vector<Cell> cells = readPoePort(report, port);
+    for (size_t i = 0; i < cells.size(); ++i)
+        section.add(poePortItems()[i].key, poePortItems()[i].longLabel, cells[i]);
+    report.parts.emplace_back(section);
+    return console.print(report);
+}
+
+ExitCode showController(Console &console) {
+    requirePoe();
+    requireAnswer();
+    Report report;
+    addPoeController(report);
+    return console.print(report);
+}
+
+} // namespace
+
+void addPoeShowCommands(const Command &poe) {
+    const auto ports = std::make_shared<PortList>("all");
+    const Command status = poe.command("status", "Show the controller and all ports (takes less "
+                                                 "than a second for each port)");
+    status.optionalArgument("PORTS", std::string(kPortListHelp) + " (default all)",
+                            portList(*ports));
+    status.does([ports](Console &console) { return showStatus(console, *ports); });
+
+    poe.command("info", "Show the controller: firmware, state, power budget").does(showController);
+
+    const auto port = std::make_shared<uint32_t>(0);
+    const Command portCommand = poe.command("port", "Show one port");
+    portCommand.argument("PORT", "Number of the port", portNumber(*port));
+    portCommand.does([port](Console &console) { return showPort(console, *port); });
+}
+
+} // namespace iodbg

@@ -1,0 +1,62 @@
+// iodbg gpio: GPIO lines of the processor.
+
+#include "bsp.h"
+#include "iodbg/core/console.h"
+#include "iodbg/core/failure.h"
+#include "iodbg/registers/commands.h"
+
+namespace iodbg {
+
+namespace {
+
+struct LineArguments {
+    uint32_t line = 0;
+    uint32_t level = 0;
+};
+
+uint32_t readLevel(uint32_t line) {
+    uint32_t level = 0;
+    requireInRange(bspGpioGetValue(line, &level), "read GPIO line " + std::to_string(line));
+    return level;
+}
+
+Report describe(uint32_t line, uint32_t level) {
+    Section section = {"", "", {}};
+    section.add("line", "Line", numberCell(line));
+    section.add("level", "Level", numberCell(level));
+    return {{section}, {}};
+}
+
+ExitCode get(Console &console, const LineArguments &arguments) {
+    return console.print(describe(arguments.line, readLevel(arguments.line)));
+}
+
+ExitCode set(Console &console, const LineArguments &arguments) {
+    const std::string name = "GPIO line " + std::to_string(arguments.line);
+    requireInRange(bspGpioDirectionOutput(arguments.line, static_cast<int32_t>(arguments.level)),
+                   "drive " + name);
+    const uint32_t level = readLevel(arguments.line);
+    if (level != arguments.level)
+        throw Failure(ExitCode::ReadBack,
+                      name + " was driven to " + std::to_string(arguments.level) + " but reads " +
+                          std::to_string(level) + "; check what else drives it");
+    return console.print(describe(arguments.line, level));
+}
+
+} // namespace
+
+void addGpioCommands(const Command &root) {
+    const auto arguments = std::make_shared<LineArguments>();
+    const Command gpio = root.group("gpio", "GPIO lines");
+
+    const Command getCommand = gpio.command("get", "Read the level of a line");
+    getCommand.argument("LINE", "Number of the line", number(arguments->line));
+    getCommand.does([arguments](Console &console) { return get(console, *arguments); });
+
+    const Command setCommand = gpio.command("set", "Make a line an output and drive it");
+    setCommand.argument("LINE", "Number of the line", number(arguments->line));
+    setCommand.argument("LEVEL", "0|1", number(arguments->level, 1));
+    setCommand.does([arguments](Console &console) { return set(console, *arguments); });
+}
+
+} // namespace iodbg

@@ -1,0 +1,88 @@
+// iodbg mdio: registers of the PHYs.
+
+#include "bsp.h"
+#include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
+#include "iodbg/core/failure.h"
+#include "iodbg/core/format.h"
+#include "iodbg/registers/commands.h"
+
+namespace iodbg {
+
+namespace {
+
+constexpr char kRegisterDevice[] = "/dev/mem";
+/** The two address fields, as the command register has them. */
+struct MdioPlace {
+    uint32_t a = 0;
+    uint32_t b = 0;
+
+    std::string text() const {
+        return "MDIO register " + std::to_string(a) + "." + std::to_string(b);
+    }
+};
+
+/** Throws unless a call succeeded; one that could not reach the registers names their device. */
+void requireMdio(int32_t status, const std::string &what) {
+    if (status == BSP_E_OPEN)
+        throw Failure::board(what, status, tryNode(kRegisterDevice).hint());
+    require(status, what);
+}
+
+uint32_t readRegister(const MdioPlace &place) {
+    uint32_t value = 0;
+    requireMdio(bsp_smi_read(0, place.a, 0, place.b, &value), "read " + place.text());
+    return value;
+}
+
+void addPlace(Section &section, const MdioPlace &place) {
+    section.add("a", "Address A", numberCell(place.a));
+    section.add("b", "Address B", numberCell(place.b));
+}
+
+ExitCode read(Console &console, const MdioPlace &place) {
+    const uint32_t value = readRegister(place);
+    Section section = {"", "", {}};
+    addPlace(section, place);
+    section.add("value", "Value", hexCell(value, 4));
+    return console.print({{section}, {}});
+}
+
+ExitCode write(Console &console, const MdioPlace &place, uint32_t value) {
+    const uint32_t before = readRegister(place);
+    requireMdio(bsp_smi_write(0, place.a, 0, place.b, value), "write " + place.text());
+    const uint32_t after = readRegister(place);
+    Section section = {"", "", {}};
+    addPlace(section, place);
+    section.add("before", "Before", hexCell(before, 4));
+    section.add("written", "Written", hexCell(value, 4));
+    section.add("after", "After", hexCell(after, 4));
+    return console.print({{section}, {}});
+}
+
+void addPlaceArguments(const Command &command, MdioPlace &place) {
+    command.argument("A", "Field in bits 2-6 of the MDIO command, 0-31",
+                     number(place.a, BSP_MDIO_ADDRESS_MAX));
+    command.argument("B", "Field in bits 7-11 of the MDIO command, 0-31",
+                     number(place.b, BSP_MDIO_ADDRESS_MAX));
+}
+
+} // namespace
+
+void addMdioCommands(const Command &root) {
+    const Command mdio = root.group("mdio", "Registers of the PHYs, over MDIO");
+    const auto place = std::make_shared<MdioPlace>();
+    const Command readCommand = mdio.command("read", "Read a register");
+    addPlaceArguments(readCommand, *place);
+    readCommand.does([place](Console &console) { return read(console, *place); });
+
+    const auto value = std::make_shared<uint32_t>(0);
+    const Command writeCommand =
+        mdio.command("write", "Write a register, and show it before and after.\nMany registers "
+                              "have bits that change by themselves, so nothing is compared");
+    addPlaceArguments(writeCommand, *place);
+    writeCommand.argument("VALUE", "0-0xFFFF", number(*value, BSP_MDIO_VALUE_MAX));
+    writeCommand.does([place, value](Console &console) { return write(console, *place, *value); });
+}
+
+} // namespace iodbg

@@ -1,0 +1,43 @@
+// iodbg check: judges the whole unit.
+
+#include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
+#include "iodbg/core/page.h"
+#include "iodbg/flash/boot_block.h"
+#include "iodbg/unit/commands.h"
+#include "iodbg/unit/health.h"
+
+#include <string>
+
+namespace iodbg {
+
+namespace {
+
+std::string textOf(const Findings &findings, const Section &summary) {
+    std::string text;
+    for (const FindingLine &line : findingLines(findings, kPageWidth))
+        text += line.text + "\n";
+    return text + "\n" + Report{{summary}, {}}.toText();
+}
+
+ExitCode check(Console &console) {
+    requireBoard();
+    const Findings findings = unitFindings();
+    Section summary = {"", "", {}};
+    const int64_t faults = countOf(findings, Severity::Fault);
+    summary.add("faults", "Faults", numberCell(faults));
+    summary.add("warnings", "Warnings", numberCell(countOf(findings, Severity::Warning)));
+    summary.add("not_judged", "Not judged", numberCell(countOf(findings, Severity::NotJudged)));
+    console.print({{findingsTable(findings), summary}, {}}, textOf(findings, summary));
+    return faults == 0 ? ExitCode::Ok : ExitCode::Faulty;
+}
+
+} // namespace
+
+void addCheckCommand(const Command &root) {
+    root.command("check", "Judge the whole unit: what is wrong and what to do.\nExit code 5 when "
+                          "there is a fault; warnings alone are 0")
+        .does(check);
+}
+
+} // namespace iodbg

@@ -1,0 +1,26 @@
+#include "virtual_board/board/models.h"
+#include "virtual_board/command/commands.h"
+#include "virtual_board/words/values.h"
+
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+namespace vboard {
+
+void listModels(bool asJson) {
+    auto list = nlohmann::json::array();
+    for (const vb::Model &model : vb::kModels) {
+        const std::string devId = vb::hex16Text(model.devId);
+        if (asJson)
+            list.push_back({{"model", devId},
+                            {"description", model.description},
+                            {"poe_ports", model.poePorts},
+                            {"supply_eeproms", model.hasSupplyEeproms}});
+        else
+            std::printf("%s  %s\n", devId.c_str(), model.description);
+    }
+    if (asJson)
+        std::printf("%s\n", list.dump(2).c_str());
+}
+
+} // namespace vboard
