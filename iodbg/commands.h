@@ -12,28 +12,27 @@
 
 namespace iodbg {
 
-inline void addCommands(const Command &root) {
-    const Command board = root.onKernelModule();
-    addShowCommand(board);
-    addCheckCommand(root); // finds itself what is missing
+inline void addCommands(Command &root) {
+    addShowCommand(root);
+    addCheckCommand(root);
     addWatchCommand(root);
-    addInitCommand(board);
-    addIdentityCommands(board);
-    addEepromCommands(board);
-    addPowerCommand(board);
-    addFanCommands(board);
-    addTemperatureCommand(board);
-    addClockCommands(board);
-    addLedCommands(board);
-    addWatchdogCommands(board);
-    addPtpCommands(board);
-    addRebootCommand(board);
-    addCpldCommands(board);
-    addI2cCommands(board);
-    addGpioCommands(board);
-    addPoeCommands(board);
-    addSfpCommands(board);
-    addMdioCommands(root); // past the kernel module, as all that follow
+    addInitCommand(root);
+    addIdentityCommands(root);
+    addEepromCommands(root);
+    addPowerCommand(root);
+    addFanCommands(root);
+    addTemperatureCommand(root);
+    addClockCommands(root);
+    addLedCommands(root);
+    addWatchdogCommands(root);
+    addPtpCommands(root);
+    addRebootCommand(root);
+    addCpldCommands(root);
+    addI2cCommands(root);
+    addGpioCommands(root);
+    addPoeCommands(root);
+    addSfpCommands(root);
+    addMdioCommands(root);
     addImageCommands(root);
     addBootCommands(root);
     addMtdCommands(root);

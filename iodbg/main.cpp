@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <exception>
+#include <span>
 #include <string>
 
 namespace {
@@ -15,17 +16,21 @@ namespace {
 using namespace iodbg;
 
 ExitCode runCommand(Console &console, int argc, const char *const *argv) {
-    CommandLine line("Reads and changes what is on the board: identity, EEPROMs, power supplies, "
-                     "fans, temperature, clock, LEDs, watchdog, PoE, SFP modules, flash, upgrades, "
-                     "boot settings, CPLD registers, I2C devices, GPIO lines, MDIO registers; "
-                     "judges and watches the unit.",
-                     "'iodbg COMMAND --help' shows a command's options and examples.\n\n" +
-                         std::string(kExitCodeHelp),
-                     "iodbg " IODBG_VERSION, console.isJson());
-    addCommands(line.root());
     if (isPoeDebug(argc, argv))
         return runPoeDebug(console, argc, argv);
-    return line.parse(argc, argv)(console);
+    Program program = {
+        {"iodbg", "Reads and changes what is on the board: identity, EEPROMs, power supplies, "
+                  "fans, temperature, clock, LEDs, watchdog, PoE, SFP modules, flash, upgrades, "
+                  "boot settings, CPLD registers, I2C devices, GPIO lines, MDIO registers; "
+                  "judges and watches the unit."},
+        "'iodbg COMMAND --help' shows a command's options and examples.\n\n" +
+            std::string(kExitCodeHelp),
+        "iodbg " IODBG_VERSION,
+        console.isJson()};
+    program.root.isGroup = true;
+    addCommands(program.root);
+    const std::span words(argv, static_cast<size_t>(argc));
+    return parseCommandLine(program, words.subspan(words.empty() ? 0 : 1))(console);
 }
 
 /** Runs a command; what it throws becomes a message and an exit code. */

@@ -5,6 +5,7 @@
 #include "iodbg/chassis/clocks.h"
 #include "iodbg/chassis/commands.h"
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/model.h"
 
@@ -104,17 +105,21 @@ ExitCode sync(Console &console) {
     return console.print({{section}, {}});
 }
 
-} // namespace
-
-void addClockCommands(const Command &root) {
-    const Command clock = root.group("clock", "The clock chip and the system's clock");
+void defineClock(Command &clock) {
     clock.command("get", "Show both").does(showBoth);
     const auto time = std::make_shared<BspCalendar>();
-    const Command setCommand = clock.command("set", "Set the clock chip and read it back");
+    Command &setCommand = clock.command("set", "Set the clock chip and read it back");
     setCommand.argument("TIME", "'now' (the system clock), or local time like 2026-11-21T12:34:56",
                         [time](const std::string &word) { *time = parseTime(word); });
     setCommand.does([time](Console &console) { return set(console, *time); });
     clock.command("sync", "Set the system clock from the chip").does(sync);
+}
+
+} // namespace
+
+void addClockCommands(Command &root) {
+    root.group("clock", "The clock chip and the system's clock", defineClock)
+        .onlyAfter(requireKernelModule);
 }
 
 } // namespace iodbg

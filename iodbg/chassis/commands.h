@@ -1,17 +1,17 @@
 #pragma once
 // The commands about the chassis.
 
-#include "iodbg/core/command_line.h"
+#include "iodbg/core/command.h"
 
 namespace iodbg {
 
-void addPowerCommand(const Command &root);
-void addFanCommands(const Command &root);
-void addTemperatureCommand(const Command &root);
-void addClockCommands(const Command &root);
-void addLedCommands(const Command &root);
-void addWatchdogCommands(const Command &root);
-void addPtpCommands(const Command &root);
-void addRebootCommand(const Command &root);
+void addPowerCommand(Command &root);
+void addFanCommands(Command &root);
+void addTemperatureCommand(Command &root);
+void addClockCommands(Command &root);
+void addLedCommands(Command &root);
+void addWatchdogCommands(Command &root);
+void addPtpCommands(Command &root);
+void addRebootCommand(Command &root);
 
 } // namespace iodbg

@@ -4,6 +4,7 @@
 #include "iodbg/chassis/commands.h"
 #include "iodbg/chassis/fans.h"
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/items.h"
 
@@ -39,16 +40,19 @@ ExitCode set(Console &console, uint32_t level) {
     return console.print({{section}, {}});
 }
 
-} // namespace
-
-void addFanCommands(const Command &root) {
-    const Command fan = root.group("fan", "The fans");
+void defineFan(Command &fan) {
     fan.command("get", "Show level, presence and speed").does(show);
     const auto level = std::make_shared<uint32_t>(0);
-    const Command setCommand = fan.command("set", "Set the level of all fans and read it back");
+    Command &setCommand = fan.command("set", "Set the level of all fans and read it back");
     setCommand.argument("LEVEL", "1 (slowest) to 10",
                         numberWithin(*level, BSP_FAN_LEVEL_MIN, BSP_FAN_LEVEL_MAX));
     setCommand.does([level](Console &console) { return set(console, *level); });
+}
+
+} // namespace
+
+void addFanCommands(Command &root) {
+    root.group("fan", "The fans", defineFan).onlyAfter(requireKernelModule);
 }
 
 } // namespace iodbg

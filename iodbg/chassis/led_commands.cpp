@@ -4,6 +4,7 @@
 #include "iodbg/chassis/commands.h"
 #include "iodbg/chassis/lamps.h"
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/format.h"
 
@@ -73,9 +74,9 @@ Parser stateOf(const LampKind &kind, uint32_t &target) {
     };
 }
 
-void addSet(const Command &setGroup, const LampKind &kind) {
+void addSet(Command &setGroup, const LampKind &kind) {
     const auto setting = std::make_shared<Setting>();
-    const Command command = setGroup.command(kind.word, kind.label);
+    Command &command = setGroup.command(kind.word, kind.label);
     command.alias(std::to_string(kind.number));
     if (kind.index != nullptr)
         command.argument(kind.index, "1-" + std::to_string(kind.lamps),
@@ -86,11 +87,12 @@ void addSet(const Command &setGroup, const LampKind &kind) {
 
 } // namespace
 
-void addLedCommands(const Command &root) {
-    const Command led = root.command("led", "Lamps of the front panel; alone it shows them");
+void addLedCommands(Command &root) {
+    Command &led = root.command("led", "Lamps of the front panel; alone it shows them");
+    led.onlyAfter(requireKernelModule);
     led.does(show);
     led.command("get", "Show the lamps").does(show);
-    const Command setGroup = led.group("set", "Set a lamp and read it back");
+    Command &setGroup = led.group("set", "Set a lamp and read it back");
     for (const LampKind &kind : kLampKinds)
         addSet(setGroup, kind);
 }

@@ -4,6 +4,7 @@
 #include "iodbg/chassis/commands.h"
 #include "iodbg/chassis/supplies.h"
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 
 #include <optional>
@@ -41,15 +42,16 @@ ExitCode power(Console &console, const std::optional<uint32_t> &wanted) {
 
 } // namespace
 
-void addPowerCommand(const Command &root) {
+void addPowerCommand(Command &root) {
     const auto supply = std::make_shared<std::optional<uint32_t>>();
-    const Command command =
+    Command &command =
         root.command("power", "Show the power supplies: presence, type, status, live readings.\n"
                               "The readings of a supply take about a second");
     command.optionalArgument("N", "Number of a supply, 1-6 (default: all)",
                              [supply](const std::string &word) {
                                  numberFromOne(supply->emplace(), BSP_SUPPLIES_MAX)(word);
                              });
+    command.onlyAfter(requireKernelModule);
     command.does([supply](Console &console) { return power(console, *supply); });
 }
 

@@ -3,6 +3,7 @@
 #include "bsp.h"
 #include "iodbg/chassis/commands.h"
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 
 namespace iodbg {
@@ -24,11 +25,14 @@ ExitCode pulse(Console &console) {
     return console.print({{section}, {}});
 }
 
+void definePtp(Command &ptp) {
+    ptp.command("pulse", "Give a low pulse on the trigger line").does(pulse);
+}
+
 } // namespace
 
-void addPtpCommands(const Command &root) {
-    const Command ptp = root.group("ptp", "Precision time protocol");
-    ptp.command("pulse", "Give a low pulse on the trigger line").does(pulse);
+void addPtpCommands(Command &root) {
+    root.group("ptp", "Precision time protocol", definePtp).onlyAfter(requireKernelModule);
 }
 
 } // namespace iodbg

@@ -4,6 +4,7 @@
 #include "iodbg/chassis/commands.h"
 #include "iodbg/core/confirm.h"
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 
 #include <cstdio>
@@ -24,12 +25,13 @@ ExitCode reboot(Console &console, bool isConfirmed) {
 
 } // namespace
 
-void addRebootCommand(const Command &root) {
+void addRebootCommand(Command &root) {
     const auto isConfirmed = std::make_shared<bool>(false);
-    const Command command = root.command(
+    Command &command = root.command(
         "reboot", "Reset the board in hardware, at once.\nNo program is told, and what files have "
                   "not been synchronised to flash is lost");
     command.flag("--yes", kYesHelp, *isConfirmed);
+    command.onlyAfter(requireKernelModule);
     command.does([isConfirmed](Console &console) { return reboot(console, *isConfirmed); });
 }
 

@@ -3,6 +3,7 @@
 #include "iodbg/chassis/climate.h"
 #include "iodbg/chassis/commands.h"
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 
 namespace iodbg {
@@ -19,8 +20,10 @@ ExitCode show(Console &console) {
 
 } // namespace
 
-void addTemperatureCommand(const Command &root) {
-    root.command("temperature", "Show the board's temperature").does(show);
+void addTemperatureCommand(Command &root) {
+    root.command("temperature", "Show the board's temperature")
+        .onlyAfter(requireKernelModule)
+        .does(show);
 }
 
 } // namespace iodbg

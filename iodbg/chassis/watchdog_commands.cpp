@@ -3,6 +3,7 @@
 #include "bsp.h"
 #include "iodbg/chassis/commands.h"
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/interrupt.h"
 
@@ -99,16 +100,13 @@ Parser optionalNumber(std::optional<uint32_t> &target, uint32_t highest) {
     };
 }
 
-} // namespace
-
-void addWatchdogCommands(const Command &root) {
-    const Command watchdog = root.group("watchdog", "The hardware watchdog");
+void defineWatchdog(Command &watchdog) {
     watchdog.command("get", "Read the period").does([](Console &console) {
         return printPeriod(console, readPeriod());
     });
 
     const auto period = std::make_shared<uint32_t>(0);
-    const Command setCommand = watchdog.command(
+    Command &setCommand = watchdog.command(
         "set", "Set the period and read it back.\nA period other than 0 arms the watchdog: "
                "unless something feeds it from then on, it resets the board");
     setCommand.argument("PERIOD", "0-63, in the CPLD's units; 0 stops it",
@@ -116,7 +114,7 @@ void addWatchdogCommands(const Command &root) {
     setCommand.does([period](Console &console) { return set(console, *period); });
 
     const auto feeding = std::make_shared<Feeding>();
-    const Command feedCommand = watchdog.command("feed", "Feed it, once or again and again");
+    Command &feedCommand = watchdog.command("feed", "Feed it, once or again and again");
     feedCommand.option("--every", "SECONDS", "Go on feeding in this interval, 1-3600",
                        optionalNumber(feeding->interval, kMaxInterval));
     feedCommand.option("--count", "N", "How often with --every (default: until stopped)",
@@ -124,6 +122,12 @@ void addWatchdogCommands(const Command &root) {
     feedCommand.does([feeding](Console &console) { return feed(console, *feeding); });
 
     watchdog.command("stop", "Stop it: period 0").does(stop);
+}
+
+} // namespace
+
+void addWatchdogCommands(Command &root) {
+    root.group("watchdog", "The hardware watchdog", defineWatchdog).onlyAfter(requireKernelModule);
 }
 
 } // namespace iodbg

@@ -4,14 +4,13 @@
 
 #include "iodbg/core/closest_word.h"
 #include "iodbg/core/console.h"
-#include "iodbg/core/device_node.h"
 #include "iodbg/core/examples.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/format.h"
 #include "iodbg/core/page.h"
 
 #include <CLI/CLI.hpp>
-#include <span>
+#include <algorithm>
 #include <sstream>
 
 namespace iodbg {
@@ -20,6 +19,8 @@ namespace {
 
 constexpr char kJsonHelp[] = "Answer in JSON";
 constexpr size_t kLongestReason = 300;
+
+using Words = std::span<const char *const>;
 
 /** Help on a page as wide as all that the program prints. */
 class HelpFormatter : public CLI::Formatter {
@@ -56,15 +57,78 @@ CLI::callback_t takenBy(const std::string &name, const Parser &parser) {
     };
 }
 
-CLI::Option *addOption(CLI::App &app, const std::string &name, const std::string &help,
-                       const Parser &parser) {
-    return app.add_option(name, takenBy(name, parser), help);
+void addWord(CLI::App &app, const Word &word) {
+    if (word.kind == Word::Kind::Flag) {
+        app.add_flag(word.name, *word.flag, word.help);
+        return;
+    }
+    CLI::Option *option = app.add_option(word.name, takenBy(word.name, word.parser), word.help)
+                              ->type_name(word.valueName)
+                              ->required(word.isRequired);
+    if (word.isMany)
+        option->expected(-1)->take_all();
 }
 
-/** "iodbg cpld set" */
-std::string wholeName(const CLI::App &app) {
-    const CLI::App *group = app.get_parent();
-    return (group == nullptr ? "" : wholeName(*group) + " ") + app.get_name();
+CLI::App &addCommand(CLI::App &app, const Command &command) {
+    CLI::App &added = *app.add_subcommand(command.name, command.help);
+    for (const std::string &alias : command.aliases)
+        added.alias(alias);
+    return added;
+}
+
+void addWords(CLI::App &app, const Command &command, const Program &program) {
+    const bool isWhole = command.parent == nullptr;
+    if (isWhole || !command.isGroup)
+        app.add_flag("--json", program.isJson, kJsonHelp);
+    if (isWhole)
+        app.set_version_flag("--version", program.version, "Print the version and exit");
+    if (command.isGroup)
+        app.require_subcommand(1);
+    for (const Word &word : command.words)
+        addWord(app, word);
+}
+
+bool isCalled(const Command &command, Words words) {
+    return std::any_of(words.begin(), words.end(),
+                       [&](const char *word) { return command.isCalled(word); });
+}
+
+/** Makes the parser of a command and of its commands that the words can mean: parsers of all would
+ * take most of the time of a short command. */
+void addParsers(CLI::App &app, Command &command, const Program &program, Words words) {
+    command.complete();
+    addWords(app, command, program);
+    for (Command &next : command.commands) {
+        if (isCalled(next, words))
+            addParsers(addCommand(app, next), next, program, words);
+    }
+}
+
+std::string footerOf(const Command &command, const Program &program) {
+    if (command.parent == nullptr)
+        return program.footer;
+    if (command.isGroup)
+        return "'" + command.wholeName() +
+               " COMMAND --help' shows a command's options and examples.";
+    return "Examples:\n" + examplesOf(command.wholeName());
+}
+
+std::string helpOf(const Command &command, const Program &program) {
+    CLI::App app(command.help, command.wholeName());
+    app.formatter(std::make_shared<HelpFormatter>());
+    app.footer(footerOf(command, program));
+    addWords(app, command, program);
+    for (const Command &next : command.commands)
+        addCommand(app, next);
+    return app.help();
+}
+
+const Command &commandOf(const CLI::App &app, const Command &root) {
+    if (app.get_parent() == nullptr)
+        return root;
+    const std::list<Command> &known = commandOf(*app.get_parent(), root).commands;
+    return *std::find_if(known.begin(), known.end(),
+                         [&](const Command &command) { return command.name == app.get_name(); });
 }
 
 /** The last command that was recognised in the words. */
@@ -79,8 +143,7 @@ bool isOption(const std::string &word) {
 
 /** The last command that was recognised before a word that nobody knows. A word behind it may
  * look like a command of its own, yet stands where the unknown one's arguments were meant to. */
-const CLI::App &recognisedBefore(const std::string &unknown, const CLI::App &app,
-                                 std::span<const char *const> words) {
+const CLI::App &recognisedBefore(const std::string &unknown, const CLI::App &app, Words words) {
     const CLI::App *command = &app;
     for (const std::string word : words) {
         const std::vector<CLI::App *> next = command->get_subcommands();
@@ -90,13 +153,6 @@ const CLI::App &recognisedBefore(const std::string &unknown, const CLI::App &app
             return *command;
     }
     return recognised(app);
-}
-
-std::vector<std::string> namesOfCommands(const CLI::App &app) {
-    std::vector<std::string> names;
-    for (const CLI::App *command : app.get_subcommands([](const CLI::App *) { return true; }))
-        names.push_back(command->get_name());
-    return names;
 }
 
 /** What to say of a word where a command is wanted, or of none. */
@@ -112,19 +168,30 @@ std::string commandWanted(const std::string &word, const std::vector<std::string
 }
 
 /** What is wrong. A word that nobody knows says more than the one that is missing for it. */
-std::string reasonOf(const CLI::ParseError &error, const CLI::App &command,
+std::string reasonOf(const CLI::ParseError &error, const Command &command,
                      const std::string &word) {
     const auto code = static_cast<CLI::ExitCodes>(error.get_exit_code());
     const bool isMissing = code == CLI::ExitCodes::RequiredError;
-    const std::vector<std::string> names = namesOfCommands(command);
     const bool concernsWords = isMissing || code == CLI::ExitCodes::ExtrasError;
-    if (concernsWords && !isOption(word) && !names.empty())
-        return commandWanted(word, names);
+    if (concernsWords && !isOption(word) && !command.commands.empty())
+        return commandWanted(word, command.namesOfCommands());
     if (isMissing && !word.empty())
         return quoted(word) + " is not known here";
     // Words that nobody expected are as they were typed; parsers have quoted theirs.
     const bool isQuoted = code != CLI::ExitCodes::ExtrasError;
     return shortened(isQuoted ? error.what() : printable(error.what()), kLongestReason);
+}
+
+Failure wrongUsage(const CLI::ParseError &error, const CLI::App &app, const Command &root,
+                   Words words) {
+    const std::vector<std::string> unknown = app.remaining(true);
+    const std::string word = unknown.empty() ? "" : unknown[0];
+    const CLI::App &last = recognised(app);
+    const CLI::App &before = recognisedBefore(word, app, words);
+    const Command &command = commandOf(before, root);
+    const std::string reason = &before != &last ? commandWanted(word, command.namesOfCommands())
+                                                : reasonOf(error, command, word);
+    return Failure::usage(reason + "; see '" + command.wholeName() + " --help'");
 }
 
 Action printing(const std::string &text) {
@@ -134,110 +201,36 @@ Action printing(const std::string &text) {
     };
 }
 
-/** One line instead of one for each thing that could not be read. */
-Action behindKernelModule(const Action &action) {
-    return [action](Console &console) {
-        requireKernelModule();
-        return action(console);
-    };
+/** What a command does once all that it needs is there. */
+Action actionOf(const Command &command) {
+    Action action = command.action;
+    for (const Command *any = &command; any != nullptr; any = any->parent) {
+        if (!any->check)
+            continue;
+        action = [check = any->check, action](Console &console) {
+            check();
+            return action(console);
+        };
+    }
+    return action;
 }
 
 } // namespace
 
-Command Command::group(const std::string &name, const std::string &help) const {
-    CLI::App *app = app_.add_subcommand(name, help);
-    app->require_subcommand(1);
-    app->footer("'" + wholeName(*app) + " COMMAND --help' shows a command's options and examples.");
-    return {*app, grammar_, needsKernelModule_};
-}
-
-Command Command::command(const std::string &name, const std::string &help) const {
-    CLI::App *app = app_.add_subcommand(name, help);
-    app->add_flag("--json", grammar_.isJson, kJsonHelp);
-    app->footer("Examples:\n" + examplesOf(wholeName(*app)));
-    return {*app, grammar_, needsKernelModule_};
-}
-
-const Command &Command::alias(const std::string &name) const {
-    app_.alias(name);
-    return *this;
-}
-
-const Command &Command::argument(const std::string &name, const std::string &help,
-                                 const Parser &parser) const {
-    addOption(app_, name, help, parser)->required()->type_name("");
-    return *this;
-}
-
-const Command &Command::optionalArgument(const std::string &name, const std::string &help,
-                                         const Parser &parser) const {
-    addOption(app_, name, help, parser)->type_name("");
-    return *this;
-}
-
-const Command &Command::optionalArguments(const std::string &name, const std::string &help,
-                                          const Parser &parser) const {
-    addOption(app_, name, help, parser)->type_name("")->expected(-1)->take_all();
-    return *this;
-}
-
-const Command &Command::option(const std::string &name, const std::string &valueName,
-                               const std::string &help, const Parser &parser) const {
-    addOption(app_, name, help, parser)->type_name(valueName);
-    return *this;
-}
-
-const Command &Command::requiredOption(const std::string &name, const std::string &valueName,
-                                       const std::string &help, const Parser &parser) const {
-    addOption(app_, name, help, parser)->type_name(valueName)->required();
-    return *this;
-}
-
-const Command &Command::flag(const std::string &name, const std::string &help, bool &target) const {
-    app_.add_flag(name, target, help);
-    return *this;
-}
-
-void Command::does(const Action &action) const {
-    const Action whole = needsKernelModule_ ? behindKernelModule(action) : action;
-    app_.callback([&app = app_, &chosen = grammar_.chosen, whole] {
-        if (app.get_subcommands().empty()) // else one of its own commands has been chosen
-            chosen = whole;
-    });
-}
-
-CommandLine::CommandLine(const std::string &description, const std::string &footer,
-                         const std::string &version, bool &isJson)
-    : app_(std::make_unique<CLI::App>(description, "iodbg")), grammar_{{}, isJson} {
-    app_->formatter(std::make_shared<HelpFormatter>()); // of all commands, which are added later
-    app_->fallthrough(); // options of the whole program may follow a command
-    app_->require_subcommand(1);
-    app_->footer(footer);
-    app_->add_flag("--json", isJson, kJsonHelp);
-    app_->set_version_flag("--version", version, "Print the version and exit");
-}
-
-CommandLine::~CommandLine() = default;
-
-Action CommandLine::parse(int argc, const char *const *argv) {
+Action parseCommandLine(Program &program, Words words) {
+    CLI::App app("", program.root.name);
+    app.fallthrough(); // options of the whole program may follow a command
+    addParsers(app, program.root, program, words);
     try {
-        app_->parse(argc, argv);
+        app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
     } catch (const CLI::CallForHelp &) {
-        return printing(app_->help());
+        return printing(helpOf(commandOf(recognised(app), program.root), program));
     } catch (const CLI::CallForVersion &version) {
         return printing(std::string(version.what()) + "\n");
     } catch (const CLI::ParseError &error) {
-        const std::vector<std::string> unknown = app_->remaining(true);
-        const std::string word = unknown.empty() ? "" : unknown[0];
-        const std::span words(argv, static_cast<size_t>(argc));
-        const CLI::App &command =
-            recognisedBefore(word, *app_, words.subspan(words.empty() ? 0 : 1));
-        const bool isWordWrong = &command != &recognised(*app_);
-        const std::string reason = isWordWrong ? commandWanted(word, namesOfCommands(command))
-                                               : reasonOf(error, command, word);
-        throw Failure::usage(reason + "; see '" + wholeName(command) + " --help'");
+        throw wrongUsage(error, app, program.root, words);
     }
-    return grammar_.chosen;
+    return actionOf(commandOf(recognised(app), program.root));
 }
 
 } // namespace iodbg

@@ -1,10 +1,10 @@
 #pragma once
 // The commands about the library itself.
 
-#include "iodbg/core/command_line.h"
+#include "iodbg/core/command.h"
 
 namespace iodbg {
 
-void addStatusCommand(const Command &root);
+void addStatusCommand(Command &root);
 
 } // namespace iodbg

@@ -36,9 +36,9 @@ Report list(const std::vector<StatusText> &statuses) {
 
 } // namespace
 
-void addStatusCommand(const Command &root) {
+void addStatusCommand(Command &root) {
     const auto code = std::make_shared<std::optional<int32_t>>();
-    const Command status = root.command("status", "Explain a status code, or list them all");
+    Command &status = root.command("status", "Explain a status code, or list them all");
     status.optionalArgument("CODE", "The code; without it all codes", [code](const auto &word) {
         *code = static_cast<int32_t>(parseNumber(word, INT32_MIN, INT32_MAX));
     });

@@ -190,17 +190,17 @@ Parser settingName(const BootSetting *&target) {
 
 constexpr char kSettingsHelp[] = "mode|flag|baudrate|console-password|user-password|password";
 
-void addGet(const Command &boot) {
+void addGet(Command &boot) {
     const auto arguments = std::make_shared<GetArguments>();
-    const Command command = boot.command("get", "Show the settings, or one of them");
+    Command &command = boot.command("get", "Show the settings, or one of them");
     command.optionalArgument("SETTING", kSettingsHelp, settingName(arguments->only));
     command.flag("--show-password", "Show the boot password", arguments->isPasswordShown);
     command.does([arguments](Console &console) { return get(console, *arguments); });
 }
 
-void addSet(const Command &boot) {
+void addSet(Command &boot) {
     const auto arguments = std::make_shared<SetArguments>();
-    const Command command =
+    Command &command =
         boot.command("set", "Store a setting and read all of them back.\nA power cut on the way "
                             "leaves none of them");
     command.argument("SETTING", kSettingsHelp, settingName(arguments->setting));
@@ -217,12 +217,15 @@ void addSet(const Command &boot) {
     command.does([arguments](Console &console) { return set(console, *arguments); });
 }
 
-} // namespace
-
-void addBootCommands(const Command &root) {
-    const Command boot = root.group("boot", "Settings of the boot loader");
+void defineBoot(Command &boot) {
     addGet(boot);
     addSet(boot);
+}
+
+} // namespace
+
+void addBootCommands(Command &root) {
+    root.group("boot", "Settings of the boot loader", defineBoot);
 }
 
 } // namespace iodbg

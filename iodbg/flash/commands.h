@@ -1,13 +1,13 @@
 #pragma once
 // The commands about flash, boot settings and upgrades.
 
-#include "iodbg/core/command_line.h"
+#include "iodbg/core/command.h"
 
 namespace iodbg {
 
-void addImageCommands(const Command &root);
-void addBootCommands(const Command &root);
-void addMtdCommands(const Command &root);
-void addUpgradeCommands(const Command &root);
+void addImageCommands(Command &root);
+void addBootCommands(Command &root);
+void addMtdCommands(Command &root);
+void addUpgradeCommands(Command &root);
 
 } // namespace iodbg

@@ -117,9 +117,9 @@ ExitCode check(Console &console, const std::string &path) {
     return isValid ? ExitCode::Ok : ExitCode::Host;
 }
 
-void addInfo(const Command &image) {
+void addInfo(Command &image) {
     const auto only = std::make_shared<std::optional<uint32_t>>();
-    const Command command =
+    Command &command =
         image.command("info", "Show the header blocks of the stored operating-system images");
     command.option("--bank", "0|1", "Only this bank", [only](const std::string &word) {
         number(only->emplace(), BSP_OS_BANKS - 1)(word);
@@ -127,10 +127,9 @@ void addInfo(const Command &image) {
     command.does([only](Console &console) { return showBanks(console, *only); });
 }
 
-void addPackBoot(const Command &image) {
+void addPackBoot(Command &image) {
     const auto arguments = std::make_shared<PackArguments>();
-    const Command command =
-        image.command("pack-boot", "Make an upgrade file of a boot-loader image");
+    Command &command = image.command("pack-boot", "Make an upgrade file of a boot-loader image");
     command.argument("IN", "The image, up to 1048496 bytes; - is standard input",
                      fileName(arguments->image));
     command.argument("OUT", "The upgrade file; - is standard output", fileName(arguments->output));
@@ -138,22 +137,25 @@ void addPackBoot(const Command &image) {
     command.does([arguments](Console &console) { return pack(console, *arguments); });
 }
 
-void addCheck(const Command &image) {
+void addCheck(Command &image) {
     const auto path = std::make_shared<std::string>();
-    const Command command =
+    Command &command =
         image.command("check", "Judge a boot-loader upgrade file, field by field.\nA wrong one is "
                                "exit code 4");
     command.argument("FILE", "The upgrade file, - is standard input", fileName(*path));
     command.does([path](Console &console) { return check(console, *path); });
 }
 
-} // namespace
-
-void addImageCommands(const Command &root) {
-    const Command image = root.group("image", "Stored images and upgrade files");
+void defineImage(Command &image) {
     addInfo(image);
     addPackBoot(image);
     addCheck(image);
+}
+
+} // namespace
+
+void addImageCommands(Command &root) {
+    root.group("image", "Stored images and upgrade files", defineImage);
 }
 
 } // namespace iodbg

@@ -219,9 +219,9 @@ ExitCode erase(Console &console, const EraseArguments &arguments) {
     return console.print({{section}, {}});
 }
 
-void addRead(const Command &mtd) {
+void addRead(Command &mtd) {
     const auto arguments = std::make_shared<ReadArguments>();
-    const Command command = mtd.command("read", "Copy a partition into a file");
+    Command &command = mtd.command("read", "Copy a partition into a file");
     command.argument("DEVICE", kFlashDeviceHelp, flashDevice(arguments->device));
     command.argument("FILE", "The copy, - is standard output", fileName(arguments->file));
     command.flag("--header", kHeaderHelp, arguments->hasHeader);
@@ -229,9 +229,9 @@ void addRead(const Command &mtd) {
     command.does([arguments](Console &console) { return read(console, *arguments); });
 }
 
-void addWrite(const Command &mtd) {
+void addWrite(Command &mtd) {
     const auto arguments = std::make_shared<WriteArguments>();
-    const Command command = mtd.command("write", "Replace a partition's content by a file's");
+    Command &command = mtd.command("write", "Replace a partition's content by a file's");
     command.argument("DEVICE", kFlashDeviceHelp, flashDevice(arguments->device));
     command.argument("FILE", "The new content, - is standard input", fileName(arguments->file));
     command.flag("--header", "Write it behind a length header, and erase no more than it needs",
@@ -241,21 +241,24 @@ void addWrite(const Command &mtd) {
     command.does([arguments](Console &console) { return write(console, *arguments); });
 }
 
-void addErase(const Command &mtd) {
+void addErase(Command &mtd) {
     const auto arguments = std::make_shared<EraseArguments>();
-    const Command command = mtd.command("erase", "Erase a partition's first block, and only that");
+    Command &command = mtd.command("erase", "Erase a partition's first block, and only that");
     command.argument("DEVICE", kFlashDeviceHelp, flashDevice(arguments->device));
     command.flag("--yes", kYesHelp, arguments->isYes);
     command.does([arguments](Console &console) { return erase(console, *arguments); });
 }
 
-} // namespace
-
-void addMtdCommands(const Command &root) {
-    const Command mtd = root.group("mtd", "Flash partitions");
+void defineMtd(Command &mtd) {
     addRead(mtd);
     addWrite(mtd);
     addErase(mtd);
+}
+
+} // namespace
+
+void addMtdCommands(Command &root) {
+    root.group("mtd", "Flash partitions", defineMtd);
 }
 
 } // namespace iodbg

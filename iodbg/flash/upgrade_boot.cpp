@@ -74,9 +74,9 @@ ExitCode upgradeBoot(Console &console, const UpgradeArguments &arguments) {
 
 } // namespace
 
-void addUpgradeBoot(const Command &upgrade) {
+void addUpgradeBoot(Command &upgrade) {
     const auto arguments = std::make_shared<UpgradeArguments>();
-    const Command command = upgrade.command("boot", "Write a new boot loader");
+    Command &command = upgrade.command("boot", "Write a new boot loader");
     addUpgradeArguments(command, *arguments,
                         "The upgrade file, see 'iodbg image check'; up to 1048576 bytes");
     command.does([arguments](Console &console) { return upgradeBoot(console, *arguments); });

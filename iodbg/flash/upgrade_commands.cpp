@@ -19,18 +19,19 @@ bool goOn(Section &section, const UpgradePlan &plan, const UpgradeArguments &arg
     return !arguments.isDryRun;
 }
 
-void addUpgradeArguments(const Command &command, UpgradeArguments &arguments,
+void addUpgradeArguments(Command &command, UpgradeArguments &arguments,
                          const std::string &fileHelp) {
     command.argument("FILE", fileHelp, fileName(arguments.file));
     command.flag("--dry-run", "Check the file and show what would be replaced", arguments.isDryRun);
     command.flag("--yes", kYesHelp, arguments.isYes);
 }
 
-void addUpgradeCommands(const Command &root) {
-    const Command upgrade = root.group("upgrade", "Replace images of the board");
-    addUpgradeOs(upgrade);
-    addUpgradeBoot(upgrade);
-    addUpgradeCpld(upgrade.onKernelModule());
+void addUpgradeCommands(Command &root) {
+    root.group("upgrade", "Replace images of the board", [](Command &upgrade) {
+        addUpgradeOs(upgrade);
+        addUpgradeBoot(upgrade);
+        addUpgradeCpld(upgrade);
+    });
 }
 
 } // namespace iodbg

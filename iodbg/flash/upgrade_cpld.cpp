@@ -1,6 +1,7 @@
 // iodbg upgrade cpld: the CPLD's logic.
 
 #include "bsp.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/flash/claim.h"
 #include "iodbg/flash/flash.h"
@@ -50,10 +51,11 @@ ExitCode upgradeCpld(Console &console, const UpgradeArguments &arguments) {
 
 } // namespace
 
-void addUpgradeCpld(const Command &upgrade) {
+void addUpgradeCpld(Command &upgrade) {
     const auto arguments = std::make_shared<UpgradeArguments>();
-    const Command command = upgrade.command("cpld", "Program the CPLD; nothing reads it back");
+    Command &command = upgrade.command("cpld", "Program the CPLD; nothing reads it back");
     addUpgradeArguments(command, *arguments, "The image, which the kernel module opens");
+    command.onlyAfter(requireKernelModule);
     command.does([arguments](Console &console) { return upgradeCpld(console, *arguments); });
 }
 

@@ -191,9 +191,9 @@ ExitCode upgradeOs(Console &console, const UpgradeArguments &arguments) {
 
 } // namespace
 
-void addUpgradeOs(const Command &upgrade) {
+void addUpgradeOs(Command &upgrade) {
     const auto arguments = std::make_shared<UpgradeArguments>();
-    const Command command =
+    Command &command =
         upgrade.command("os", "Write an operating-system image into a bank; takes minutes");
     addUpgradeArguments(command, *arguments, "The image: 512 to 40894464 bytes");
     command.requiredOption("--bank", "0|1", "The bank that is replaced",

@@ -1,7 +1,7 @@
 #pragma once
 // What the upgrades of all images share.
 
-#include "iodbg/core/command_line.h"
+#include "iodbg/core/command.h"
 #include "iodbg/core/console.h"
 
 #include <string>
@@ -26,12 +26,12 @@ struct UpgradePlan {
 /** Adds the plan to an answer and asks; false when the command ends here, as it is a dry run. */
 bool goOn(Section &section, const UpgradePlan &plan, const UpgradeArguments &arguments);
 
-void addUpgradeOs(const Command &upgrade);
-void addUpgradeBoot(const Command &upgrade);
-void addUpgradeCpld(const Command &upgrade);
+void addUpgradeOs(Command &upgrade);
+void addUpgradeBoot(Command &upgrade);
+void addUpgradeCpld(Command &upgrade);
 
 /** The arguments that all upgrades have. */
-void addUpgradeArguments(const Command &command, UpgradeArguments &arguments,
+void addUpgradeArguments(Command &command, UpgradeArguments &arguments,
                          const std::string &fileHelp);
 
 } // namespace iodbg

@@ -1,11 +1,11 @@
 #pragma once
 // The commands about what the board says of itself.
 
-#include "iodbg/core/command_line.h"
+#include "iodbg/core/command.h"
 
 namespace iodbg {
 
-void addIdentityCommands(const Command &root);
-void addEepromCommands(const Command &root);
+void addIdentityCommands(Command &root);
+void addEepromCommands(Command &root);
 
 } // namespace iodbg

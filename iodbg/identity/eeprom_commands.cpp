@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/format.h"
 #include "iodbg/core/host_file.h"
@@ -117,13 +118,13 @@ ExitCode write(Console &console, const WriteArguments &arguments) {
     return carryOut(console, update, changedRows(offset, before, data), arguments.isDryRun);
 }
 
-void addDevice(const Command &command, Carrier &target) {
+void addDevice(Command &command, Carrier &target) {
     command.option("--device", kCarrierWords, "Whose EEPROM (default board)", carrier(target));
 }
 
-void addDump(const Command &eeprom) {
+void addDump(Command &eeprom) {
     const auto arguments = std::make_shared<DumpArguments>();
-    const Command command = eeprom.command("dump", "Print or save stored bytes");
+    Command &command = eeprom.command("dump", "Print or save stored bytes");
     addDevice(command, arguments->carrier);
     command.option("--offset", "N", "First byte (default 0)", number(arguments->offset));
     command.option(
@@ -135,9 +136,9 @@ void addDump(const Command &eeprom) {
     command.does([arguments](Console &console) { return dump(console, *arguments); });
 }
 
-void addWrite(const Command &eeprom) {
+void addWrite(Command &eeprom) {
     const auto arguments = std::make_shared<WriteArguments>();
-    const Command command = eeprom.command("write", "Store bytes and read them back");
+    Command &command = eeprom.command("write", "Store bytes and read them back");
     addDevice(command, arguments->carrier);
     command.argument("OFFSET", "First byte", number(arguments->offset));
     command.optionalArgument("HEX", "The bytes, two hexadecimal digits each", hex(arguments->data));
@@ -147,12 +148,15 @@ void addWrite(const Command &eeprom) {
     command.does([arguments](Console &console) { return write(console, *arguments); });
 }
 
-} // namespace
-
-void addEepromCommands(const Command &root) {
-    const Command eeprom = root.group("eeprom", "Raw content of EEPROMs");
+void defineEeprom(Command &eeprom) {
     addDump(eeprom);
     addWrite(eeprom);
+}
+
+} // namespace
+
+void addEepromCommands(Command &root) {
+    root.group("eeprom", "Raw content of EEPROMs", defineEeprom).onlyAfter(requireKernelModule);
 }
 
 } // namespace iodbg

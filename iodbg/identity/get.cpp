@@ -1,6 +1,7 @@
 // iodbg identity get: serial number, MAC addresses and product records.
 
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/host_file.h"
 #include "iodbg/identity/commands.h"
@@ -90,13 +91,10 @@ Parser itemName(std::string &target) {
     };
 }
 
-} // namespace
-
-void addIdentityCommands(const Command &root) {
-    const Command identity = root.group("identity", "Serial number, MAC address, product records");
+void defineIdentity(Command &identity) {
 
     const auto arguments = std::make_shared<GetArguments>();
-    const Command command = identity.command("get", "Read what the board knows of itself");
+    Command &command = identity.command("get", "Read what the board knows of itself");
     command.optionalArgument("ITEM", "serial|mac|record (default: all)", itemName(arguments->item));
     command.option("--index", kCarrierWords, "Whose (default board)", carrier(arguments->carrier));
     command.option("--output", "FILE", "Save the record's 128 bytes, - is standard output",
@@ -105,6 +103,13 @@ void addIdentityCommands(const Command &root) {
     command.does([arguments](Console &console) { return get(console, *arguments); });
 
     addIdentitySetCommands(identity);
+}
+
+} // namespace
+
+void addIdentityCommands(Command &root) {
+    root.group("identity", "Serial number, MAC address, product records", defineIdentity)
+        .onlyAfter(requireKernelModule);
 }
 
 } // namespace iodbg

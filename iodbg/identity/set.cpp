@@ -157,17 +157,17 @@ ExitCode setRecord(Console &console, const RecordArguments &arguments) {
     return carryOut(console, updateOf(carrier, before, wanted, write), changes, arguments.isDryRun);
 }
 
-void addDryRun(const Command &command, bool &target) {
+void addDryRun(Command &command, bool &target) {
     command.flag("--dry-run", "Show what would change, change nothing", target);
 }
 
-void addSetSerial(const Command &group) {
+void addSetSerial(Command &group) {
     struct Arguments {
         std::string serial;
         bool isDryRun = false;
     };
     const auto arguments = std::make_shared<Arguments>();
-    const Command command = group.command("serial", "Store the board's serial number");
+    Command &command = group.command("serial", "Store the board's serial number");
     command.argument("TEXT", "1 to 31 printable characters", text(arguments->serial));
     addDryRun(command, arguments->isDryRun);
     command.does([arguments](Console &console) {
@@ -175,13 +175,13 @@ void addSetSerial(const Command &group) {
     });
 }
 
-void addSetMac(const Command &group) {
+void addSetMac(Command &group) {
     struct Arguments {
         Mac mac{};
         bool isDryRun = false;
     };
     const auto arguments = std::make_shared<Arguments>();
-    const Command command = group.command("mac", "Store the board's base MAC address");
+    Command &command = group.command("mac", "Store the board's base MAC address");
     command.argument("MAC", "AA:BB:CC:DD:EE:FF",
                      [arguments](const std::string &word) { arguments->mac = parseMac(word); });
     addDryRun(command, arguments->isDryRun);
@@ -190,9 +190,9 @@ void addSetMac(const Command &group) {
     });
 }
 
-void addSetRecord(const Command &group) {
+void addSetRecord(Command &group) {
     const auto arguments = std::make_shared<RecordArguments>();
-    const Command command = group.command("record", "Store a whole record from a file");
+    Command &command = group.command("record", "Store a whole record from a file");
     command.option("--index", kCarrierWords, "Whose (default board)", carrier(arguments->carrier));
     command.requiredOption(
         "--file", "FILE", "128 bytes, as 'identity get record --output' saves; - is standard input",
@@ -205,8 +205,8 @@ void addSetRecord(const Command &group) {
 
 } // namespace
 
-void addIdentitySetCommands(const Command &identity) {
-    const Command group = identity.group("set", "Change the board's records");
+void addIdentitySetCommands(Command &identity) {
+    Command &group = identity.group("set", "Change the board's records");
     addSetSerial(group);
     addSetMac(group);
     addSetRecord(group);

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "iodbg/core/command_line.h"
+#include "iodbg/core/command.h"
 
 namespace iodbg {
 
 /** Adds the commands that change what the board knows of itself. */
-void addIdentitySetCommands(const Command &identity);
+void addIdentitySetCommands(Command &identity);
 
 } // namespace iodbg

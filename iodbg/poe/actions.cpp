@@ -187,17 +187,17 @@ ExitCode powerUp(Console &console, const PortAction &action, const PortList &lis
     return tellOutcomes(console, awaitPower(ports));
 }
 
-void addAction(const Command &poe, const PortAction &action,
+void addAction(Command &poe, const PortAction &action,
                ExitCode (*run)(Console &, const PortAction &, const PortList &)) {
     const auto ports = std::make_shared<PortList>();
-    const Command command = poe.command(action.name, action.help);
+    Command &command = poe.command(action.name, action.help);
     command.argument("PORTS", kPortListHelp, portList(*ports));
     command.does([&action, run, ports](Console &console) { return run(console, action, *ports); });
 }
 
 } // namespace
 
-void addPoePortActions(const Command &poe) {
+void addPoePortActions(Command &poe) {
     addAction(poe, kSwitchOn, powerUp);
     for (const PortAction *action : {&kSwitchOff, &kDetect, &kClassify})
         addAction(poe, *action, carryOut);

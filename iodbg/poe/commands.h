@@ -1,10 +1,10 @@
 #pragma once
 // The commands about the PoE controller and its ports.
 
-#include "iodbg/core/command_line.h"
+#include "iodbg/core/command.h"
 
 namespace iodbg {
 
-void addPoeCommands(const Command &root);
+void addPoeCommands(Command &root);
 
 } // namespace iodbg

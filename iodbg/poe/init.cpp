@@ -142,7 +142,7 @@ ExitCode init(Console &console) {
 
 } // namespace
 
-void addPoeInitCommand(const Command &poe) {
+void addPoeInitCommand(Command &poe) {
     poe.command("init", "Initialise the controller: resets it, all ports lose their power; takes "
                         "most of a minute")
         .does(init);

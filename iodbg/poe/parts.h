@@ -1,14 +1,14 @@
 #pragma once
 // The parts of the group "poe", one file for each.
 
-#include "iodbg/core/command_line.h"
+#include "iodbg/core/command.h"
 
 namespace iodbg {
 
-void addPoeShowCommands(const Command &poe);
-void addPoeSetCommands(const Command &poe);
-void addPoePortActions(const Command &poe);
-void addPoeInitCommand(const Command &poe);
-void addPoeUpgradeCommand(const Command &poe);
+void addPoeShowCommands(Command &poe);
+void addPoeSetCommands(Command &poe);
+void addPoePortActions(Command &poe);
+void addPoeInitCommand(Command &poe);
+void addPoeUpgradeCommand(Command &poe);
 
 } // namespace iodbg

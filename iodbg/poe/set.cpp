@@ -113,13 +113,13 @@ ExitCode setBudget(Console &console, uint32_t milliwatts) {
     return console.print({{section}, {}});
 }
 
-void addPortSetting(const Command &group, const Setting &setting) {
+void addPortSetting(Command &group, const Setting &setting) {
     struct Arguments {
         PortList ports;
         uint32_t value = 0;
     };
     const auto arguments = std::make_shared<Arguments>();
-    const Command command = group.command(setting.name, setting.help);
+    Command &command = group.command(setting.name, setting.help);
     command.argument("PORTS", kPortListHelp, portList(arguments->ports));
     command.argument("VALUE", setting.valueHelp, setting.parser(arguments->value));
     command.does([&setting, arguments](Console &console) {
@@ -129,13 +129,13 @@ void addPortSetting(const Command &group, const Setting &setting) {
 
 } // namespace
 
-void addPoeSetCommands(const Command &poe) {
-    const Command group = poe.group("set", "Change settings of ports, or the power budget");
+void addPoeSetCommands(Command &poe) {
+    Command &group = poe.group("set", "Change settings of ports, or the power budget");
     for (const Setting &setting : kSettings)
         addPortSetting(group, setting);
 
     const auto milliwatts = std::make_shared<uint32_t>(0);
-    const Command budget = group.command("budget", "Power budget of all ports");
+    Command &budget = group.command("budget", "Power budget of all ports");
     budget.argument("MILLIWATTS", "0 to 6553500; rounded up to 100",
                     number(*milliwatts, BSP_POE_BUDGET_MAX_MW));
     budget.does([milliwatts](Console &console) { return setBudget(console, *milliwatts); });

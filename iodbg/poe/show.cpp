@@ -115,10 +115,10 @@ ExitCode showController(Console &console) {
 
 } // namespace
 
-void addPoeShowCommands(const Command &poe) {
+void addPoeShowCommands(Command &poe) {
     const auto ports = std::make_shared<PortList>("all");
-    const Command status = poe.command("status", "Show the controller and all ports (takes less "
-                                                 "than a second for each port)");
+    Command &status = poe.command("status", "Show the controller and all ports (takes less "
+                                            "than a second for each port)");
     status.optionalArgument("PORTS", std::string(kPortListHelp) + " (default all)",
                             portList(*ports));
     status.does([ports](Console &console) { return showStatus(console, *ports); });
@@ -126,7 +126,7 @@ void addPoeShowCommands(const Command &poe) {
     poe.command("info", "Show the controller: firmware, state, power budget").does(showController);
 
     const auto port = std::make_shared<uint32_t>(0);
-    const Command portCommand = poe.command("port", "Show one port");
+    Command &portCommand = poe.command("port", "Show one port");
     portCommand.argument("PORT", "Number of the port", portNumber(*port));
     portCommand.does([port](Console &console) { return showPort(console, *port); });
 }

@@ -168,9 +168,9 @@ ExitCode run(Console &console, const Arguments &arguments) {
 
 } // namespace
 
-void addPoeUpgradeCommand(const Command &poe) {
+void addPoeUpgradeCommand(Command &poe) {
     const auto arguments = std::make_shared<Arguments>();
-    const Command command =
+    Command &command =
         poe.command("upgrade", "Write new firmware into the controller; takes 4 to 14 minutes");
     command.argument("FILE", "The image: 51200 to 196608 bytes, a multiple of 4",
                      fileName(arguments->file));

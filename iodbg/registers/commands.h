@@ -1,13 +1,13 @@
 #pragma once
 // The commands about registers, lines and buses.
 
-#include "iodbg/core/command_line.h"
+#include "iodbg/core/command.h"
 
 namespace iodbg {
 
-void addCpldCommands(const Command &root);
-void addI2cCommands(const Command &root);
-void addGpioCommands(const Command &root);
-void addMdioCommands(const Command &root);
+void addCpldCommands(Command &root);
+void addI2cCommands(Command &root);
+void addGpioCommands(Command &root);
+void addMdioCommands(Command &root);
 
 } // namespace iodbg

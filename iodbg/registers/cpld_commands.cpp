@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/format.h"
 #include "iodbg/registers/commands.h"
@@ -76,9 +77,9 @@ ExitCode set(Console &console, uint32_t reg, uint16_t value) {
     return console.print({{section}, {}});
 }
 
-void addGet(const Command &cpld) {
+void addGet(Command &cpld) {
     const auto registers = std::make_shared<std::vector<uint32_t>>();
-    const Command get = cpld.command("get", "Read registers");
+    Command &get = cpld.command("get", "Read registers");
     get.optionalArguments(
         "REG", "Numbers of registers; without them those of 0-63 that answer",
         [registers](const std::string &word) { number(registers->emplace_back())(word); });
@@ -87,13 +88,13 @@ void addGet(const Command &cpld) {
     });
 }
 
-void addSet(const Command &cpld) {
+void addSet(Command &cpld) {
     struct Arguments {
         uint32_t reg = 0;
         uint32_t value = 0;
     };
     const auto arguments = std::make_shared<Arguments>();
-    const Command setCommand = cpld.command("set", "Write a register and read it back");
+    Command &setCommand = cpld.command("set", "Write a register and read it back");
     setCommand.argument("REG", "Number of the register", number(arguments->reg));
     setCommand.argument("VALUE", "Its new content, 0-0xFFFF", number(arguments->value, UINT16_MAX));
     setCommand.does([arguments](Console &console) {
@@ -101,12 +102,15 @@ void addSet(const Command &cpld) {
     });
 }
 
-} // namespace
-
-void addCpldCommands(const Command &root) {
-    const Command cpld = root.group("cpld", "CPLD registers");
+void defineCpld(Command &cpld) {
     addGet(cpld);
     addSet(cpld);
+}
+
+} // namespace
+
+void addCpldCommands(Command &root) {
+    root.group("cpld", "CPLD registers", defineCpld).onlyAfter(requireKernelModule);
 }
 
 } // namespace iodbg

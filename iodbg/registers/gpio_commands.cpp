@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/registers/commands.h"
 
@@ -43,20 +44,22 @@ ExitCode set(Console &console, const LineArguments &arguments) {
     return console.print(describe(arguments.line, level));
 }
 
-} // namespace
-
-void addGpioCommands(const Command &root) {
+void defineGpio(Command &gpio) {
     const auto arguments = std::make_shared<LineArguments>();
-    const Command gpio = root.group("gpio", "GPIO lines");
-
-    const Command getCommand = gpio.command("get", "Read the level of a line");
+    Command &getCommand = gpio.command("get", "Read the level of a line");
     getCommand.argument("LINE", "Number of the line", number(arguments->line));
     getCommand.does([arguments](Console &console) { return get(console, *arguments); });
 
-    const Command setCommand = gpio.command("set", "Make a line an output and drive it");
+    Command &setCommand = gpio.command("set", "Make a line an output and drive it");
     setCommand.argument("LINE", "Number of the line", number(arguments->line));
     setCommand.argument("LEVEL", "0|1", number(arguments->level, 1));
     setCommand.does([arguments](Console &console) { return set(console, *arguments); });
+}
+
+} // namespace
+
+void addGpioCommands(Command &root) {
+    root.group("gpio", "GPIO lines", defineGpio).onlyAfter(requireKernelModule);
 }
 
 } // namespace iodbg

@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/format.h"
 #include "iodbg/registers/commands.h"
@@ -75,7 +76,7 @@ ExitCode write(Console &console, const Transfer &transfer) {
     return console.print(describe(target, data));
 }
 
-void addTarget(const Command &command, Target &target) {
+void addTarget(Command &command, Target &target) {
     command.argument("BUS", "Number of the bus, 0-255", number(target.bus, kMaxBus));
     command.argument("CHANNEL", "Branch behind the bus, 0-255",
                      number(target.channel, kMaxChannel));
@@ -88,22 +89,24 @@ void addTarget(const Command &command, Target &target) {
                    number(target.offsetLength, kMaxOffsetLength));
 }
 
-} // namespace
-
-void addI2cCommands(const Command &root) {
+void defineI2c(Command &i2c) {
     const auto transfer = std::make_shared<Transfer>();
-    const Command i2c = root.group("i2c", "Transfers on the I2C buses");
-
-    const Command readCommand = i2c.command("read", "Read from a device");
+    Command &readCommand = i2c.command("read", "Read from a device");
     addTarget(readCommand, transfer->target);
     readCommand.argument("LENGTH", "Bytes to read, 1-65535",
                          numberFromOne(transfer->length, kMaxTransfer));
     readCommand.does([transfer](Console &console) { return read(console, *transfer); });
 
-    const Command writeCommand = i2c.command("write", "Write to a device, in one transfer");
+    Command &writeCommand = i2c.command("write", "Write to a device, in one transfer");
     addTarget(writeCommand, transfer->target);
     writeCommand.argument("HEX", "The bytes, two hexadecimal digits each", hex(transfer->data));
     writeCommand.does([transfer](Console &console) { return write(console, *transfer); });
+}
+
+} // namespace
+
+void addI2cCommands(Command &root) {
+    root.group("i2c", "Transfers on the I2C buses", defineI2c).onlyAfter(requireKernelModule);
 }
 
 } // namespace iodbg

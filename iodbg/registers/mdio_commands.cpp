@@ -60,29 +60,32 @@ ExitCode write(Console &console, const MdioPlace &place, uint32_t value) {
     return console.print({{section}, {}});
 }
 
-void addPlaceArguments(const Command &command, MdioPlace &place) {
+void addPlaceArguments(Command &command, MdioPlace &place) {
     command.argument("A", "Field in bits 2-6 of the MDIO command, 0-31",
                      number(place.a, BSP_MDIO_ADDRESS_MAX));
     command.argument("B", "Field in bits 7-11 of the MDIO command, 0-31",
                      number(place.b, BSP_MDIO_ADDRESS_MAX));
 }
 
-} // namespace
-
-void addMdioCommands(const Command &root) {
-    const Command mdio = root.group("mdio", "Registers of the PHYs, over MDIO");
+void defineMdio(Command &mdio) {
     const auto place = std::make_shared<MdioPlace>();
-    const Command readCommand = mdio.command("read", "Read a register");
+    Command &readCommand = mdio.command("read", "Read a register");
     addPlaceArguments(readCommand, *place);
     readCommand.does([place](Console &console) { return read(console, *place); });
 
     const auto value = std::make_shared<uint32_t>(0);
-    const Command writeCommand =
+    Command &writeCommand =
         mdio.command("write", "Write a register, and show it before and after.\nMany registers "
                               "have bits that change by themselves, so nothing is compared");
     addPlaceArguments(writeCommand, *place);
     writeCommand.argument("VALUE", "0-0xFFFF", number(*value, BSP_MDIO_VALUE_MAX));
     writeCommand.does([place, value](Console &console) { return write(console, *place, *value); });
+}
+
+} // namespace
+
+void addMdioCommands(Command &root) {
+    root.group("mdio", "Registers of the PHYs, over MDIO", defineMdio);
 }
 
 } // namespace iodbg

@@ -1,10 +1,10 @@
 #pragma once
 // The commands about the SFP cages.
 
-#include "iodbg/core/command_line.h"
+#include "iodbg/core/command.h"
 
 namespace iodbg {
 
-void addSfpCommands(const Command &root);
+void addSfpCommands(Command &root);
 
 } // namespace iodbg

@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/format.h"
 #include "iodbg/core/model.h"
@@ -264,17 +265,14 @@ ExitCode switchTransmitter(Console &console, uint32_t port, uint32_t wanted) {
 
 using OfPort = ExitCode (*)(Console &, uint32_t port);
 
-void addOfPort(const Command &sfp, const std::string &name, const std::string &help, OfPort run) {
+void addOfPort(Command &sfp, const std::string &name, const std::string &help, OfPort run) {
     const auto port = std::make_shared<uint32_t>(0);
-    const Command command = sfp.command(name, help);
+    Command &command = sfp.command(name, help);
     command.argument("PORT", "Front-panel port of the cage", numberFromOne(*port));
     command.does([port, run](Console &console) { return run(console, *port); });
 }
 
-} // namespace
-
-void addSfpCommands(const Command &root) {
-    const Command sfp = root.group("sfp", "SFP cages and modules");
+void defineSfp(Command &sfp) {
     sfp.command("list", "Show all cages: lines, and what is plugged").does(list);
     addOfPort(sfp, "show", "Show a module: identification, diagnostics with limits, checksums",
               show);
@@ -283,10 +281,16 @@ void addSfpCommands(const Command &root) {
 
     const auto port = std::make_shared<uint32_t>(0);
     const auto state = std::make_shared<uint32_t>(0);
-    const Command tx = sfp.command("tx", "Switch a transmitter, and read its line back");
+    Command &tx = sfp.command("tx", "Switch a transmitter, and read its line back");
     tx.argument("PORT", "Front-panel port of the cage", numberFromOne(*port));
     tx.argument("STATE", "on|off", oneOf(*state, {{"on", BSP_LASER_ON}, {"off", BSP_LASER_OFF}}));
     tx.does([port, state](Console &console) { return switchTransmitter(console, *port, *state); });
+}
+
+} // namespace
+
+void addSfpCommands(Command &root) {
+    root.group("sfp", "SFP cages and modules", defineSfp).onlyAfter(requireKernelModule);
 }
 
 } // namespace iodbg

@@ -34,7 +34,7 @@ ExitCode check(Console &console) {
 
 } // namespace
 
-void addCheckCommand(const Command &root) {
+void addCheckCommand(Command &root) {
     root.command("check", "Judge the whole unit: what is wrong and what to do.\nExit code 5 when "
                           "there is a fault; warnings alone are 0")
         .does(check);

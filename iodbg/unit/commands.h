@@ -1,13 +1,13 @@
 #pragma once
 // The commands about the unit as a whole.
 
-#include "iodbg/core/command_line.h"
+#include "iodbg/core/command.h"
 
 namespace iodbg {
 
-void addShowCommand(const Command &root);
-void addCheckCommand(const Command &root);
-void addWatchCommand(const Command &root);
-void addInitCommand(const Command &root);
+void addShowCommand(Command &root);
+void addCheckCommand(Command &root);
+void addWatchCommand(Command &root);
+void addInitCommand(Command &root);
 
 } // namespace iodbg

@@ -3,14 +3,16 @@
 #include "bsp.h"
 #include "iodbg/chassis/calendar.h"
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/unit/commands.h"
 
 namespace iodbg {
 
-void addInitCommand(const Command &root) {
+void addInitCommand(Command &root) {
     root.command("init", "Start the library as the management software does: the system clock is "
                          "set from the clock chip")
+        .onlyAfter(requireKernelModule)
         .does([](Console &console) {
             require(bspInit(), "start the library");
             Section section = {"", "", {}};

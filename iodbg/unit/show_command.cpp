@@ -5,6 +5,7 @@
 #include "iodbg/chassis/fans.h"
 #include "iodbg/chassis/supplies.h"
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/identity/items.h"
 #include "iodbg/identity/record.h"
 #include "iodbg/poe/controller.h"
@@ -102,10 +103,11 @@ void addModelsParts(Report &report, const Model &model, int32_t status) {
 
 } // namespace
 
-void addShowCommand(const Command &root) {
+void addShowCommand(Command &root) {
     root.command("show",
                  "Show the board: versions, identity, product record, temperature, fans, clock, "
                  "supplies, PoE, SFP cages")
+        .onlyAfter(requireKernelModule)
         .does([](Console &console) {
             Report report;
             addBoard(report);

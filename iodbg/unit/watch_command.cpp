@@ -203,9 +203,9 @@ ExitCode watch(Console &console, const Watching &watching) {
 
 } // namespace
 
-void addWatchCommand(const Command &root) {
+void addWatchCommand(Command &root) {
     const auto watching = std::make_shared<Watching>();
-    const Command command =
+    Command &command =
         root.command("watch", "Show the unit again and again: what is wrong first, then "
                               "temperature, fans, supplies, PoE, SFP cages, clock and lamps.\n"
                               "Ends with Ctrl-C; with --json each round is a line");
