@@ -2,13 +2,17 @@
 
 #include "tests/support/host_clock.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <map>
+#include <mutex>
 #include <poll.h>
 #include <pty.h>
 #include <regex>
+#include <spawn.h>
 #include <sstream>
 #include <stdexcept>
 #include <sys/mman.h>
@@ -39,27 +43,56 @@ std::vector<std::string> emulated(const std::vector<std::string> &argv,
     return command;
 }
 
-[[noreturn]] void execute(const std::vector<std::string> &argv, const Environment &environment) {
-    for (const std::string &variable : environment) {
-        const size_t equals = variable.find('=');
-        setenv(variable.substr(0, equals).c_str(), variable.substr(equals + 1).c_str(), 1);
-    }
-    std::vector<char *> words;
-    for (const std::string &word : argv)
-        words.push_back(const_cast<char *>(word.c_str()));
-    words.push_back(nullptr);
-    execvp(words[0], words.data());
-    _exit(kCannotExecute);
+/** Words as system calls take them. */
+std::vector<char *> pointersTo(const std::vector<std::string> &words) {
+    std::vector<char *> pointers;
+    for (const std::string &word : words)
+        pointers.push_back(const_cast<char *>(word.c_str()));
+    pointers.push_back(nullptr);
+    return pointers;
 }
 
-/** Executes a program of the build, under the emulator where it needs one. */
-[[noreturn]] void executeBuilt(const std::vector<std::string> &argv,
-                               const Environment &environment) {
-    protectHostClock();
-    if (isEmulated())
-        execute(emulated(argv, environment), {});
-    execute(argv, environment);
+/** The test's own variables, but for those that a program gets another value of. */
+std::vector<std::string> withOurs(const Environment &environment) {
+    std::vector<std::string> all = environment;
+    for (char *const *variable = environ; *variable != nullptr; ++variable) {
+        const std::string ours = *variable;
+        const std::string name = ours.substr(0, ours.find('=') + 1);
+        const bool isReplaced =
+            std::any_of(environment.begin(), environment.end(),
+                        [&](const std::string &other) { return other.starts_with(name); });
+        if (!isReplaced)
+            all.push_back(ours);
+    }
+    return all;
 }
+
+/** How to start a program of the build, under the emulator where it needs one. */
+struct Start {
+    std::vector<std::string> argv;
+    std::vector<std::string> variables;
+
+    Start(const std::vector<std::string> &program, const Environment &environment)
+        : argv(isEmulated() ? emulated(program, environment) : program),
+          variables(withOurs(isEmulated() ? Environment{} : environment)) {
+        protectHostClock();
+    }
+};
+
+/** What becomes of descriptors in a program that is started. */
+class FileActions {
+  public:
+    FileActions() { posix_spawn_file_actions_init(&actions_); }
+    FileActions(const FileActions &) = delete;
+    FileActions &operator=(const FileActions &) = delete;
+    ~FileActions() { posix_spawn_file_actions_destroy(&actions_); }
+
+    void duplicate(int from, int to) { posix_spawn_file_actions_adddup2(&actions_, from, to); }
+    const posix_spawn_file_actions_t *get() const { return &actions_; }
+
+  private:
+    posix_spawn_file_actions_t actions_ = {};
+};
 
 } // namespace
 
@@ -85,15 +118,17 @@ std::string Process::Stream::content() const {
 Process::Process(const std::vector<std::string> &argv, const Environment &environment,
                  const std::string &input)
     : in_(input) {
-    pid_ = fork();
-    if (pid_ < 0)
-        throw std::runtime_error("fork: " + std::string(std::strerror(errno)));
-    if (pid_ > 0)
-        return;
-    dup2(in_.descriptor(), STDIN_FILENO);
-    dup2(out_.descriptor(), STDOUT_FILENO);
-    dup2(err_.descriptor(), STDERR_FILENO);
-    executeBuilt(argv, environment);
+    const Start start(argv, environment);
+    FileActions streams;
+    streams.duplicate(in_.descriptor(), STDIN_FILENO);
+    streams.duplicate(out_.descriptor(), STDOUT_FILENO);
+    streams.duplicate(err_.descriptor(), STDERR_FILENO);
+    // Not a fork, which would copy the page tables of a test under a sanitizer.
+    const int error =
+        posix_spawnp(&pid_, start.argv[0].c_str(), streams.get(), nullptr,
+                     pointersTo(start.argv).data(), pointersTo(start.variables).data());
+    if (error != 0)
+        throw std::runtime_error(start.argv[0] + ": " + std::strerror(error));
 }
 
 Process::~Process() {
@@ -143,13 +178,17 @@ std::string runOnTerminal(const std::vector<std::string> &argv, const Environmen
                           const Typing &typing, const TerminalKind &kind, TerminalEnd *end) {
     Environment variables = kind.variables;
     variables.insert(variables.end(), environment.begin(), environment.end());
+    const Start start(argv, variables);
     const winsize size = {kind.rows, kind.columns, 0, 0};
     int terminal = -1;
     const pid_t pid = forkpty(&terminal, nullptr, nullptr, &size);
     if (pid < 0)
         throw std::runtime_error("forkpty: " + std::string(std::strerror(errno)));
-    if (pid == 0)
-        executeBuilt(argv, variables);
+    if (pid == 0) {
+        execvpe(start.argv[0].c_str(), pointersTo(start.argv).data(),
+                pointersTo(start.variables).data());
+        _exit(kCannotExecute);
+    }
     std::string text;
     char part[4096];
     ssize_t count = 0;
@@ -183,13 +222,24 @@ ProcessResult runOnBoard(const std::string &boardFolder, const std::vector<std::
     return run(argv, boardEnvironment(boardFolder), input);
 }
 
-Environment boardEnvironment(const std::string &boardFolder) {
+/** As vboard prints it. */
+static Environment printedEnvironment(const std::string &boardFolder) {
     const ProcessResult answer = run({builtProgram("vboard"), "env", boardFolder});
     if (answer.exitCode != 0)
         throw std::runtime_error(answer.err);
     Environment environment = linesOf(answer.out);
     // The board's library comes before the sanitizer's, which would refuse that.
     environment.emplace_back("ASAN_OPTIONS=verify_asan_link_order=0");
+    return environment;
+}
+
+Environment boardEnvironment(const std::string &boardFolder) {
+    static std::mutex mutex;
+    static std::map<std::string, Environment> known; // it is asked for with every program
+    const std::lock_guard lock(mutex);
+    Environment &environment = known[boardFolder];
+    if (environment.empty())
+        environment = printedEnvironment(boardFolder);
     return environment;
 }
 
