@@ -1,0 +1,206 @@
+// Words into fault rules.
+
+#include "virtual_board/words/fault_text.h"
+
+#include "virtual_board/board/paths.h"
+#include "virtual_board/devices/cpld.h"
+#include "virtual_board/devices/gpio.h"
+#include "virtual_board/words/fault_check.h"
+#include "virtual_board/words/fault_words.h"
+#include "virtual_board/words/values.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+#include <string>
+
+namespace vb {
+
+namespace {
+
+constexpr FaultArgument kByteOfRegister = {0, 1};
+
+/** The value of a word of a list; what says what the list is of. */
+template <typename Value, size_t count>
+Value valueOf(const FaultWord<Value> (&list)[count], const std::string &text,
+              const std::string &what) {
+    std::string choices;
+    for (const auto &word : list) {
+        if (text == word.text)
+            return word.value;
+        choices += (choices.empty() ? "" : ", ") + std::string(word.text);
+    }
+    throw Refused("'" + text + "' is not " + what + "; choose from: " + choices);
+}
+
+uint32_t numberOf(const std::string &text, uint32_t min, uint32_t max, const std::string &what) {
+    const auto number = parseNumber(text, max);
+    if (!number.has_value() || *number < min)
+        throw Refused("'" + text + "' is not " + what + ": give a number from " +
+                      std::to_string(min) + " to " + std::to_string(max));
+    return *number;
+}
+
+// Devices
+
+void parseI2cAddress(FaultRule &rule, const std::string &text) {
+    const size_t dot = text.find('.');
+    const size_t secondDot = text.find('.', dot + 1);
+    if (dot == std::string::npos || secondDot == std::string::npos)
+        throw Refused("'" + text +
+                      "' is not an I2C address: give BUS.CHANNEL.DEVICE, as in "
+                      "i2c:0.0.0x51");
+    rule.hasAddress = 1;
+    rule.bus = numberOf(text.substr(0, dot), 0, 0xFF, "an I2C bus");
+    rule.channel = numberOf(text.substr(dot + 1, secondDot - dot - 1), 0, 0xFF, "an I2C channel");
+    rule.devAddr = numberOf(text.substr(secondDot + 1), 0, 0x7F, "an I2C device address");
+}
+
+void parsePath(FaultRule &rule, const std::string &path) {
+    char tidy[kMaxBoardPath];
+    if (!tidyPath(path.c_str(), tidy) || !isBoardPath(tidy))
+        throw Refused(path + " is not one of the board's own files: /dev/bspHandle, /proc/cmdline, "
+                             "/dev/mem, /dev/mtd0, /dev/mtd4, /dev/mtd12, /dev/mtd14, /tmp/bsp..., "
+                             "/tmp/bspFlashLockFile, /tmp/bspPoeLockFile");
+    const size_t length = std::strlen(tidy);
+    if (length >= kFaultPathSize)
+        throw Refused("the path is longer than " + std::to_string(kFaultPathSize - 1) +
+                      " characters");
+    std::memcpy(rule.path, tidy, length + 1);
+}
+
+void parseDevice(FaultRule &rule, const std::string &text) {
+    constexpr char kI2cPrefix[] = "i2c:";
+    if (text.starts_with('/')) {
+        rule.device = FaultDevice::File;
+        parsePath(rule, text);
+    } else if (text.starts_with(kI2cPrefix)) {
+        rule.device = FaultDevice::I2c;
+        parseI2cAddress(rule, text.substr(std::strlen(kI2cPrefix)));
+    } else {
+        rule.device = valueOf(kFaultDevices, text, "a device (or the path of a file of the board)");
+        if (rule.device == FaultDevice::Mtd) {
+            rule.hasAddress = 1;
+            rule.devAddr = numberOf(text.substr(std::strlen(kFaultMtdPrefix)), 0, UINT32_MAX, "");
+        }
+    }
+}
+
+void parseOffset(FaultRule &rule, const std::string &text) {
+    if (text.empty())
+        return;
+    if (rule.device == FaultDevice::File)
+        throw Refused("files have no offset to look at; leave out --offset");
+    if (rule.device == FaultDevice::Console)
+        throw Refused("the console has no offset to look at; leave out --offset");
+    rule.hasOffset = 1;
+    if (rule.device == FaultDevice::Cpld)
+        rule.offset = numberOf(text, 0, kCpldRegisters - 1, "a CPLD register");
+    else if (rule.device == FaultDevice::Gpio)
+        rule.offset = numberOf(text, 0, kGpioLines - 1, "a GPIO line");
+    else if (rule.device == FaultDevice::Poe)
+        rule.offset = numberOf(text, 0, UINT8_MAX, "a command code");
+    else if (rule.device == FaultDevice::Mtd)
+        rule.offset = numberOf(text, 0, UINT32_MAX, "an offset of the partition");
+    else
+        rule.offset = numberOf(text, 0, UINT32_MAX, "an I2C offset");
+}
+
+// Effects
+
+int32_t parseResult(const std::string &text) {
+    char *end = nullptr;
+    errno = 0;
+    const long long result = std::strtoll(text.c_str(), &end, 0);
+    const bool isWhole = end != text.c_str() && *end == '\0' && errno == 0;
+    if (!isWhole || result == 0 || result < INT32_MIN || result > INT32_MAX)
+        throw Refused("'" + text +
+                      "' is not a result word of a refusal: give a number other than "
+                      "0, as in refuse=-5");
+    return static_cast<int32_t>(result);
+}
+
+int32_t parseErrno(const std::string &text) {
+    const int32_t highest = faultArgument(FaultEffect::Fails).highest;
+    for (int number = 1; number <= highest; ++number) {
+        const char *name = strerrorname_np(number);
+        if (name != nullptr && text == name)
+            return number;
+    }
+    const auto number = parseNumber(text, static_cast<uint32_t>(highest));
+    if (!number.has_value() || *number == 0)
+        throw Refused("'" + text + "' is not an error: give a name or a number, as in ENOENT or 2");
+    return static_cast<int32_t>(*number);
+}
+
+/** The argument of an effect that is a number. */
+int32_t parseArgument(const FaultArgument &argument, const std::string &text,
+                      const std::string &what) {
+    return static_cast<int32_t>(numberOf(text, static_cast<uint32_t>(argument.lowest),
+                                         static_cast<uint32_t>(argument.highest), what));
+}
+
+void parseCorruption(FaultRule &rule, const std::string &text) {
+    const size_t colon = text.find(':');
+    if (colon == std::string::npos)
+        throw Refused("corrupt needs a byte's index and a mask, as in corrupt=0:0x80");
+    rule.argument = parseArgument(rule.device == FaultDevice::Cpld ? kByteOfRegister
+                                                                   : faultArgument(rule.effect),
+                                  text.substr(0, colon), "a byte's index");
+    rule.mask = numberOf(text.substr(colon + 1), 1, 0xFF, "a mask");
+}
+
+void parseEffect(FaultRule &rule, const std::string &text) {
+    const size_t equals = text.find('=');
+    const std::string name = text.substr(0, equals);
+    const std::string argument = equals == std::string::npos ? "" : text.substr(equals + 1);
+    rule.effect = valueOf(kFaultEffects, name, "an effect");
+    switch (rule.effect) {
+    case FaultEffect::Refuse:
+        rule.argument = parseResult(argument);
+        break;
+    case FaultEffect::OpenFails:
+    case FaultEffect::IoctlFails:
+    case FaultEffect::Fails:
+        rule.argument = parseErrno(argument);
+        break;
+    case FaultEffect::PowerCut:
+    case FaultEffect::Short:
+        rule.argument = parseArgument(faultArgument(rule.effect), argument, "a byte count");
+        break;
+    case FaultEffect::Corrupt:
+        parseCorruption(rule, argument);
+        break;
+    case FaultEffect::LateAnswer:
+        rule.argument = parseArgument(faultArgument(rule.effect), argument, "a read that gets it");
+        break;
+    case FaultEffect::BadPort:
+        rule.argument = parseArgument(faultArgument(rule.effect), argument, "a port");
+        break;
+    case FaultEffect::NoAnswer:
+    case FaultEffect::WrongEcho:
+    case FaultEffect::WrongChecksum:
+    case FaultEffect::PowerLoss:
+    case FaultEffect::NoEffect:
+        if (equals != std::string::npos)
+            throw Refused(name + " takes no value; leave out '=" + argument + "'");
+        break;
+    }
+}
+
+} // namespace
+
+FaultRule parseFault(const FaultWords &words) {
+    FaultRule rule{};
+    parseDevice(rule, words.device);
+    rule.op = valueOf(kFaultOps, words.op, "an operation");
+    parseOffset(rule, words.offset);
+    rule.nth = numberOf(words.nth, 1, UINT32_MAX, "a count of requests");
+    rule.when = valueOf(kFaultWhens, words.when, "a time");
+    parseEffect(rule, words.effect);
+    checkFault(rule);
+    return rule;
+}
+
+} // namespace vb
