@@ -2,18 +2,11 @@
 // What the kernel and the loader will make of a program's file: whether the seam can be loaded into
 // it. Only system calls and a small stack: children of vfork look at programs, too.
 
+#include "virtual_board/os/elf_file.h"
+
 #include <cstdint>
 
 namespace vb {
-
-/** What programs and their libraries have in common. */
-struct Machine {
-    uint8_t wordSize;  // ELFCLASS32, ELFCLASS64
-    uint8_t byteOrder; // ELFDATA2LSB, ELFDATA2MSB
-    uint16_t number;   // EM_...
-
-    bool operator==(const Machine &) const = default;
-};
 
 enum class Fitness : uint8_t {
     NotStarted, // the kernel will say why
@@ -34,7 +27,7 @@ constexpr bool isUnfit(Fitness fitness) {
 /** A program's file, or that of a script's interpreter. */
 struct ProgramFile {
     static constexpr unsigned kMaxInterpreter = 256; // the kernel's
-    static constexpr unsigned kMaxRuntime = 48;
+    static constexpr unsigned kMaxRuntime = ElfFile::kMaxLibrary;
 
     Fitness fitness = Fitness::NotStarted;
     Machine machine = {};
