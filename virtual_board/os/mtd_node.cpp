@@ -1,18 +1,12 @@
-// Reads, writes, seeks and ioctls on the nodes of the flash partitions. A descriptor's position is
-// that of its placeholder file, which copies and children share as they do on a device.
+// Reads, writes and seeks on the nodes of the flash partitions. A descriptor's position is that of
+// its placeholder file, which copies and children share as they do on a device.
 
-#include "virtual_board/board/mtd.h"
-#include "virtual_board/board/user_memory.h"
-#include "virtual_board/os/seam.h"
+#include "virtual_board/os/mtd_request.h"
 
 #include <cerrno>
 #include <csignal>
-#include <cstdarg>
-#include <cstring>
 #include <fcntl.h>
-#include <mtd/mtd-abi.h>
 #include <pthread.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 VB_SEAM(off64_t, lseek64, int fd, off64_t offset, int whence) {
@@ -38,107 +32,6 @@ using vb::failWith;
 
 bool canRead(int fd) {
     return (fcntl(fd, F_GETFL) & O_ACCMODE) != O_WRONLY;
-}
-
-bool canWrite(int fd) {
-    return (fcntl(fd, F_GETFL) & O_ACCMODE) != O_RDONLY;
-}
-
-/** Sends a request under the board's lock; errno is untouched unless the request fails. */
-template <typename Send>
-vb::MtdAnswer sendRequest(uint32_t partition, Send send) {
-    const int savedErrno = errno;
-    const vb::BoardFolder &folder = *vb::attachedFolder();
-    const vb::BoardLock lock(folder);
-    if (!lock.isHeld()) {
-        errno = ENODEV; // the board is gone
-        return {ENODEV, 0, false};
-    }
-    const uint64_t now = vb::clockNow(folder.board()->clock, vb::hostNow());
-    const vb::MtdAnswer answer = send(vb::MtdRequest{folder, {getpid(), now}, partition});
-    if (answer.isPowerCut)
-        vb::cutPower();
-    errno = answer.error != 0 ? answer.error : savedErrno;
-    return answer;
-}
-
-int resultOf(const vb::MtdAnswer &answer) {
-    return answer.error != 0 ? -1 : static_cast<int>(answer.value);
-}
-
-void describe(const vb::Flash &flash, mtd_info_user &info) {
-    const bool isNor = flash.geometry.type == vb::FlashType::Nor;
-    const uint32_t flags = isNor ? MTD_CAP_NORFLASH : MTD_CAP_NANDFLASH;
-    info = {};
-    info.type = isNor ? MTD_NORFLASH : MTD_NANDFLASH;
-    info.flags = flash.isWriteProtected != 0 ? flags & ~uint32_t{MTD_WRITEABLE} : flags;
-    info.size = flash.geometry.size;
-    info.erasesize = flash.geometry.eraseSize;
-    info.writesize = flash.geometry.pageSize;
-    info.oobsize = flash.geometry.spareSize;
-}
-
-vb::MtdAnswer badAddress() {
-    return {EFAULT, 0, false};
-}
-
-template <typename Value>
-vb::MtdAnswer store(const vb::MtdAnswer &answer, const Value &value, void *argument) {
-    return vb::copyToUser(argument, &value, sizeof(value)) ? answer : badAddress();
-}
-
-vb::MtdAnswer serveInfo(const vb::MtdRequest &request, void *argument) {
-    const vb::MtdAnswer answer = vb::mtdInfo(request);
-    if (answer.error != 0)
-        return answer;
-    mtd_info_user info;
-    describe(request.folder.board()->devices.flash[request.index], info);
-    return store(answer, info, argument);
-}
-
-vb::MtdAnswer serveStatistics(const vb::MtdRequest &request, uint32_t code, void *argument) {
-    const vb::MtdAnswer answer = vb::mtdStatistics(request, code);
-    if (answer.error != 0)
-        return answer;
-    mtd_ecc_stats stats = {}; // no page has a code that could have found errors
-    stats.badblocks = answer.value;
-    return store(answer, stats, argument);
-}
-
-template <typename Blocks>
-vb::MtdAnswer serveErase(const vb::MtdRequest &request, int fd, const void *argument) {
-    Blocks blocks;
-    return vb::copyFromUser(&blocks, argument, sizeof(blocks))
-               ? vb::mtdErase(request, canWrite(fd), blocks.start, blocks.length)
-               : badAddress();
-}
-
-/** A question about a block, or its marking, by its offset. */
-template <typename Serve>
-vb::MtdAnswer serveBlock(const void *argument, Serve serve) {
-    int64_t offset = 0;
-    return vb::copyFromUser(&offset, argument, sizeof(offset)) ? serve(offset) : badAddress();
-}
-
-vb::MtdAnswer serve(const vb::MtdRequest &request, int fd, uint32_t code, void *argument) {
-    switch (code) {
-    case MEMGETINFO:
-        return serveInfo(request, argument);
-    case MEMERASE:
-        return serveErase<erase_info_user>(request, fd, argument);
-    case MEMERASE64:
-        return serveErase<erase_info_user64>(request, fd, argument);
-    case MEMGETBADBLOCK:
-        return serveBlock(argument, [&](int64_t offset) { return vb::mtdIsBad(request, offset); });
-    case MEMSETBADBLOCK:
-        return serveBlock(argument, [&](int64_t offset) {
-            return vb::mtdMarkBad(request, canWrite(fd), offset);
-        });
-    case ECCGETSTATS:
-        return serveStatistics(request, code, argument);
-    default:
-        return vb::mtdOther(request, code);
-    }
 }
 
 } // namespace
@@ -203,13 +96,6 @@ ssize_t writePartition(int fd, uint32_t partition, const void *data, size_t leng
     if (count > 0)
         VB_NEXT(lseek64)(fd, offset + count, SEEK_SET);
     return count;
-}
-
-int partitionIoctl(int fd, uint32_t partition, unsigned long code, void *argument) {
-    const MtdAnswer answer = sendRequest(partition, [&](const MtdRequest &request) {
-        return serve(request, fd, static_cast<uint32_t>(code), argument);
-    });
-    return answer.error == 0 && code != MEMGETBADBLOCK ? 0 : resultOf(answer);
 }
 
 } // namespace vb
