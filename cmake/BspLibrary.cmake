@@ -43,6 +43,7 @@ add_library(bsp_objects OBJECT
   kernel/version.cpp
   poe/port_records.cpp
   poe/rtl8239/app_status.cpp
+  poe/rtl8239/bus.cpp
   poe/rtl8239/debug_commands.cpp
   poe/rtl8239/device_init.cpp
   poe/rtl8239/driver.cpp

@@ -1,8 +1,9 @@
 // The sequence that makes the controller ready: reset, mapping, defaults, budget.
 
 #include "bsp.h"
+#include "poe/rtl8239/bus.h"
 #include "poe/rtl8239/commands.h"
-#include "poe/rtl8239/transport.h"
+#include "poe/rtl8239/port_map.h"
 
 #include <unistd.h>
 

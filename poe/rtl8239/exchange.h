@@ -3,7 +3,6 @@
 
 #include "bsp.h"
 #include "poe/rtl8239/frame.h"
-#include "poe/rtl8239/port_map.h"
 #include "poe/rtl8239/transport.h"
 #include "support/message.h"
 

@@ -6,6 +6,8 @@
 #include "bsp.h"
 #include "poe/rtl8239/commands.h"
 #include "poe/rtl8239/exchange.h"
+#include "poe/rtl8239/lock_file.h"
+#include "poe/rtl8239/transport.h"
 #include "support/owned.h"
 
 #include <algorithm>

@@ -1,8 +1,6 @@
-// The file that keeps the processes of the board apart on the way to the controller. Its first byte
-// counts the frames.
+#include "poe/rtl8239/lock_file.h"
 
 #include "support/lock_file.h"
-#include "poe/rtl8239/transport.h"
 
 #include <sys/file.h>
 #include <unistd.h>

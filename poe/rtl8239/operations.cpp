@@ -2,8 +2,8 @@
 
 #include "bsp.h"
 #include "poe/rtl8239/commands.h"
+#include "poe/rtl8239/port_map.h"
 #include "poe/rtl8239/port_values.h"
-#include "poe/rtl8239/transport.h"
 
 #include <cstdio>
 

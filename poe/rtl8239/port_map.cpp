@@ -2,7 +2,6 @@
 
 #include "bsp.h"
 #include "identity/board_catalogue.h"
-#include "poe/rtl8239/transport.h"
 
 namespace {
 

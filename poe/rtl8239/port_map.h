@@ -26,3 +26,8 @@ struct BspPoePortMap {
 };
 
 constexpr uint32_t kFourPair = 2;
+
+extern "C" {
+/** The port map of this board; null without a controller. */
+const BspPoePortMap *bspPoeRtl8239PortMapGet(void);
+}

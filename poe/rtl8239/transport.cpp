@@ -1,8 +1,10 @@
 #include "poe/rtl8239/transport.h"
 
 #include "bsp.h"
-#include "identity/board_catalogue.h"
+#include "poe/rtl8239/bus.h"
 #include "poe/rtl8239/frame.h"
+#include "poe/rtl8239/lock_file.h"
+#include "poe/rtl8239/reply_plan.h"
 #include "support/message.h"
 
 #include <cstdio>
@@ -12,53 +14,8 @@ namespace {
 
 using namespace bsp::rtl8239;
 
-constexpr uint32_t kBus = 16;
-constexpr uint32_t kSegment = 0;
-constexpr uint32_t kDevice = 0x20;
-
-// What the controller's firmware needs between the steps of an exchange.
-constexpr useconds_t kSettle = 100000;
-constexpr useconds_t kPoll = 100000;
-constexpr useconds_t kLoaderPoll = 25000;
-constexpr useconds_t kGlobalEnableWait = 1100000;
-constexpr useconds_t kMappingWait = 2100000;
+constexpr useconds_t kSettle = 100000; // what the controller needs before each request
 constexpr int kAttempts = 5;
-constexpr int32_t kDownloadReply = 4; // the loader repeats a block's header
-
-/** How the reply to a request is waited for. */
-struct ReplyPlan {
-    useconds_t wait = 0; // before the first poll
-    useconds_t poll = kPoll;
-    int32_t length = kFrameSize;
-    bool isChecked = true;
-};
-
-constexpr bool isDownload(uint8_t subCommand) {
-    return subCommand >= kDownloadBank0 && subCommand <= kDownloadBank3;
-}
-
-constexpr ReplyPlan planLoaderReply(uint8_t subCommand) {
-    if (subCommand == kJumpToLoader)
-        return {.poll = kLoaderPoll};
-    if (subCommand == kJumpToApp)
-        return {.poll = kLoaderPoll, .isChecked = false};
-    if (isDownload(subCommand))
-        return {.poll = kLoaderPoll, .length = kDownloadReply, .isChecked = false};
-    return {};
-}
-
-constexpr ReplyPlan planReply(const uint8_t *request) {
-    switch (request[0]) {
-    case kGlobalEnable:
-        return {.wait = kGlobalEnableWait};
-    case kPortMappingEnable:
-        return {.wait = kMappingWait};
-    case kMisc:
-        return planLoaderReply(request[1]);
-    default:
-        return {};
-    }
-}
 
 /** Commands whose second byte belongs to the command instead of counting frames. */
 constexpr bool hasOwnSecondByte(uint8_t command) {
@@ -71,21 +28,6 @@ constexpr bool isRefused(const uint8_t *request) {
         return true;
     return request[0] == kMisc &&
            (request[1] == kJumpToLoader || request[1] == kJumpToApp || isDownload(request[1]));
-}
-
-bool hasController() {
-    uint32_t devId = 0;
-    return bspDevIdGet(&devId) == BSP_OK && bsp::boardModel(devId).poePorts != 0;
-}
-
-/** Checks a raw transfer's buffer and board; reported under the name of the transfer. */
-int32_t checkTransfer(const uint8_t *buffer, int32_t length,
-                      bsp::CallSite site = bsp::CallSite::here()) {
-    if (buffer == nullptr || length < 1) {
-        bsp::reportError("errno is 1102.", site);
-        return BSP_E_POE_INVALID;
-    }
-    return hasController() ? BSP_OK : BSP_E_POE_UNAVAILABLE;
 }
 
 /** Polls for the reply; the last failure's status when none comes that fits. */
@@ -111,20 +53,6 @@ bool isNull(const uint8_t *request, const uint8_t *response,
 }
 
 } // namespace
-
-int32_t rtl8239CmdRequest(const uint8_t *buffer, int32_t length) {
-    if (const int32_t status = checkTransfer(buffer, length); status != BSP_OK)
-        return status;
-    return bspI2cWrite(kBus, kSegment, kDevice, 0, 0, buffer, length) == BSP_OK ? BSP_OK
-                                                                                : BSP_E_POE_WRITE;
-}
-
-int32_t rtl8239CmdResponse(uint8_t *buffer, int32_t length) {
-    if (const int32_t status = checkTransfer(buffer, length); status != BSP_OK)
-        return status;
-    return bspI2cRead(kBus, kSegment, kDevice, 0, 0, buffer, length) == BSP_OK ? BSP_OK
-                                                                               : BSP_E_POE_READ;
-}
 
 uint8_t rtl8239CmdChecksum(const uint8_t *buffer, int32_t length) {
     unsigned sum = 0;
@@ -181,22 +109,4 @@ int32_t rtl8239CmdMessageSafe(uint8_t *request, uint8_t *response) {
     const int32_t status = rtl8239CmdMessage(request, response, kFrameSize);
     bspPoeLockFileClose(lock);
     return status;
-}
-
-int32_t bspPoeOnlineGet(uint32_t *out) {
-    constexpr uint32_t kControlRegister = 6;
-    constexpr uint16_t kMissing = 0x4000; // active low: 0 is a controller that is there
-    if (out == nullptr)
-        return BSP_E_POE_NULL;
-    uint16_t reg = 0;
-    if (const int32_t status = bspCpldGet(kControlRegister, &reg); status != BSP_OK) {
-        std::printf("%s-%d: bspCpldGet error. ret=%d \n", __func__, __LINE__, status);
-        return status;
-    }
-    *out = (reg & kMissing) != 0 ? BSP_POE_CONTROLLER_MISSING : BSP_POE_CONTROLLER_PRESENT;
-    return BSP_OK;
-}
-
-int32_t bspPoeRtl8239ResetSet(uint32_t value) {
-    return bspGpioDirectionOutput(BSP_GPIO_POE_RESET, value != 0 ? BSP_GPIO_LOW : BSP_GPIO_HIGH);
 }

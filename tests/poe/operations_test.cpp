@@ -1,7 +1,6 @@
 // The driver's operations: what each sends for its argument, and makes of the answer.
 
 #include "bsp.h"
-#include "poe/rtl8239/transport.h"
 #include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 
