@@ -119,6 +119,19 @@ void requireNamedFile(const std::string &path) {
         throw Failure::usage("this is not taken from standard input; give the name of a file");
 }
 
+bool readAt(int file, uint64_t offset, std::span<uint8_t> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = pread(file, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+        if (count == 0)
+            errno = ENODATA;
+        if (count <= 0)
+            return false;
+        bytes = bytes.subspan(static_cast<size_t>(count));
+        offset += static_cast<uint64_t>(count);
+    }
+    return true;
+}
+
 bool writeAll(int file, ByteView bytes) {
     while (!bytes.empty()) {
         const ssize_t count = write(file, bytes.data(), bytes.size());

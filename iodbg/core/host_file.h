@@ -7,7 +7,9 @@
 #include "iodbg/core/parse.h"
 #include "iodbg/core/temporary_file.h"
 
+#include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 
 namespace iodbg {
@@ -27,6 +29,9 @@ Bytes readHostFileOrInput(const std::string &path, size_t maxSize);
 
 /** Throws for standard input where the content is read more than once, or by others. */
 void requireNamedFile(const std::string &path);
+
+/** Reads so many bytes; false, with the reason in errno, when they are not there. */
+bool readAt(int file, uint64_t offset, std::span<uint8_t> bytes);
 
 /** Writes to an open file; false, with the reason in errno, when not all bytes could be written. */
 bool writeAll(int file, ByteView bytes);

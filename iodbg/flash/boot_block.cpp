@@ -2,7 +2,7 @@
 
 #include "bsp.h"
 #include "iodbg/core/failure.h"
-#include "iodbg/flash/flash.h"
+#include "iodbg/flash/partition.h"
 
 #include <algorithm>
 #include <array>

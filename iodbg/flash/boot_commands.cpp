@@ -9,7 +9,7 @@
 #include "iodbg/flash/boot_block.h"
 #include "iodbg/flash/claim.h"
 #include "iodbg/flash/commands.h"
-#include "iodbg/flash/flash.h"
+#include "iodbg/flash/partition.h"
 
 #include <algorithm>
 

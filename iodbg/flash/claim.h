@@ -4,7 +4,7 @@
 // record locks on a file of iodbg's own: the kernel knows who holds them, and frees them when that
 // process ends, however it does.
 
-#include "iodbg/flash/flash.h"
+#include "iodbg/flash/partition.h"
 
 #include <optional>
 #include <sys/types.h>

@@ -7,8 +7,8 @@
 #include "iodbg/core/status_table.h"
 #include "iodbg/flash/boot_block.h"
 #include "iodbg/flash/claim.h"
-#include "iodbg/flash/flash.h"
 #include "iodbg/flash/os_bank.h"
+#include "iodbg/flash/partition.h"
 
 #include <algorithm>
 

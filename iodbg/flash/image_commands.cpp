@@ -8,8 +8,8 @@
 #include "iodbg/core/host_file.h"
 #include "iodbg/flash/boot_image.h"
 #include "iodbg/flash/commands.h"
-#include "iodbg/flash/flash.h"
 #include "iodbg/flash/os_bank.h"
+#include "iodbg/flash/partition.h"
 
 #include <filesystem>
 #include <optional>

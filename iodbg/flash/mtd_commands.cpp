@@ -9,7 +9,10 @@
 #include "iodbg/flash/boot_block.h"
 #include "iodbg/flash/claim.h"
 #include "iodbg/flash/commands.h"
-#include "iodbg/flash/flash.h"
+#include "iodbg/flash/comparison.h"
+#include "iodbg/flash/content.h"
+#include "iodbg/flash/device_argument.h"
+#include "iodbg/flash/partition.h"
 #include "iodbg/flash/work.h"
 #include "support/byte_order.h"
 

@@ -4,7 +4,7 @@
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/flash/claim.h"
-#include "iodbg/flash/flash.h"
+#include "iodbg/flash/content.h"
 #include "iodbg/flash/upgrade_parts.h"
 
 #include <array>

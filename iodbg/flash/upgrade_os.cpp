@@ -6,8 +6,10 @@
 #include "iodbg/core/library_calls.h"
 #include "iodbg/core/progress.h"
 #include "iodbg/flash/claim.h"
-#include "iodbg/flash/flash.h"
+#include "iodbg/flash/comparison.h"
+#include "iodbg/flash/content.h"
 #include "iodbg/flash/os_bank.h"
+#include "iodbg/flash/partition.h"
 #include "iodbg/flash/reading_watch.h"
 #include "iodbg/flash/upgrade_parts.h"
 

@@ -2,7 +2,7 @@
 // Writing a file into a partition page by page, with progress, and comparing all of it afterwards.
 
 #include "iodbg/core/progress.h"
-#include "iodbg/flash/flash.h"
+#include "iodbg/flash/comparison.h"
 
 namespace iodbg {
 

@@ -1,0 +1,26 @@
+#include "iodbg/flash/device_argument.h"
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+
+namespace iodbg {
+
+namespace {
+
+constexpr const char *kPartitions[] = {"mtd0", "mtd4", "mtd12", "mtd14"};
+
+} // namespace
+
+Parser flashDevice(std::string &path) {
+    return [&path](const std::string &word) {
+        const auto *const known = std::find(std::begin(kPartitions), std::end(kPartitions), word);
+        if (known == std::end(kPartitions) && word.find('/') == std::string::npos)
+            throw std::invalid_argument("'" + word +
+                                        "' is none of mtd0|mtd4|mtd12|mtd14, and no "
+                                        "path of a device");
+        path = known == std::end(kPartitions) ? word : "/dev/" + word;
+    };
+}
+
+} // namespace iodbg
