@@ -1,38 +1,19 @@
-// The boot loader's upgrade file: the image, and behind it a trailer with the board's name and the
-// checksums of both. The messages call the trailer a header.
+// The boot loader's upgrade. The messages call the trailer of its file a header.
 
 #include "flash/boot_loader.h"
 
 #include "bsp.h"
-#include "support/byte_order.h"
+#include "language/formats/boot_file.h"
 #include "support/owned.h"
 
-#include <cstddef>
 #include <cstdio>
-#include <cstring>
+#include <cstdlib>
 #include <memory>
 #include <sys/stat.h>
 
 namespace {
 
-constexpr uint32_t kTrailerSize = sizeof(BspBootTrailer);
-static_assert(kTrailerSize == 80 && offsetof(BspBootTrailer, boardName) == 32);
-
 using FileBuffer = std::unique_ptr<uint8_t, bsp::FreeMemory>;
-
-bool isForThisBoard(const BspBootTrailer &trailer) {
-    return bsp::loadBe32(trailer.magic) == BSP_BOOT_MAGIC &&
-           std::strncmp(trailer.boardName, BSP_BOOT_BOARD_NAME, sizeof(trailer.boardName)) == 0;
-}
-
-/** The CRC of all of the trailer but the field that holds it. */
-uint32_t trailerCrc(const BspBootTrailer &trailer) {
-    constexpr uint32_t kCrcAt = offsetof(BspBootTrailer, trailerCrc);
-    constexpr uint32_t kBehindCrc = kCrcAt + sizeof(trailer.trailerCrc);
-    const auto *bytes = reinterpret_cast<const uint8_t *>(&trailer);
-    const uint32_t front = bsp_crc32_cal(0, bytes, kCrcAt);
-    return bsp_crc32_cal(front, bytes + kBehindCrc, kTrailerSize - kBehindCrc);
-}
 
 int32_t refuse(const char *message) {
     std::printf("%s\n", message);
@@ -65,18 +46,18 @@ int32_t readFile(const char *path, FileBuffer &data, uint32_t *size) {
 int32_t bsp_bios_file_check(const uint8_t *data, uint32_t size) {
     if (data == nullptr)
         return BSP_E_NULL;
-    if (size < kTrailerSize)
+    if (size < formats::kBootTrailerSize)
         return refuse("Bios file header error(0).");
-    const uint32_t dataSize = size - kTrailerSize;
-    BspBootTrailer trailer;
-    std::memcpy(&trailer, data + dataSize, kTrailerSize);
-    if (!isForThisBoard(trailer))
+    const uint32_t imageSize = size - formats::kBootTrailerSize;
+    const uint8_t *bytes = data + imageSize;
+    const formats::BootTrailer trailer = formats::readBootTrailer(bytes);
+    if (!formats::isForThisBoard(trailer))
         return refuse("Bios file header error(0).");
-    if (bsp::loadBe32(trailer.length) != kTrailerSize)
+    if (trailer.length != formats::kBootTrailerSize)
         return refuse("Bios file header error(1).");
-    if (bsp::loadBe32(trailer.trailerCrc) != trailerCrc(trailer))
+    if (trailer.trailerCrc != formats::computedTrailerCrc(bytes))
         return refuse("Bios file header error(2).");
-    if (bsp::loadBe32(trailer.imageCrc) != bsp_crc32_cal(0, data, dataSize))
+    if (trailer.imageCrc != formats::crc32(0, data, imageSize))
         return refuse("Bios file data error.");
     return BSP_OK;
 }

@@ -6,6 +6,7 @@
 #include "flash/flash_lock.h"
 #include "flash/partition.h"
 #include "flash/shell_command.h"
+#include "language/formats/os_image.h"
 #include "support/kept_file.h"
 #include "support/message.h"
 #include "support/owned.h"
@@ -79,7 +80,7 @@ int32_t bsp_os_image_write(const char *device, const char *file) {
     const ShellWord image(file);
     const ShellCommand erase("flash_erase -q %s 0 0", partition.text());
     const ShellCommand writeImage("nandwrite -q -p %s %s", partition.text(), image.text());
-    const ShellCommand writeHeader("nandwrite -q -p -s %#x %s %s", BSP_OS_HEADER_PLACE,
+    const ShellCommand writeHeader("nandwrite -q -p -s %#x %s %s", formats::kOsHeaderPlace,
                                    partition.text(), kHeaderFile);
     // A name that is too long is refused while the old image is still there.
     if (!erase.fits() || !writeImage.fits() || !writeHeader.fits())
@@ -109,7 +110,7 @@ int32_t bsp_os_file_header_to_file(const char *imageFile, const char *headerFile
     off_t size = 0;
     if (const int32_t status = readImageSize(imageFile, &size); status != BSP_OK)
         return status;
-    const bsp::PageBuffer header(static_cast<uint8_t *>(std::malloc(BSP_OS_HEADER_SIZE)));
+    const bsp::PageBuffer header(static_cast<uint8_t *>(std::malloc(formats::kOsHeaderSize)));
     if (header == nullptr) {
         reportLine("malloc fail.", CallSite::here());
         return BSP_E_NO_MEMORY;
@@ -118,15 +119,16 @@ int32_t bsp_os_file_header_to_file(const char *imageFile, const char *headerFile
     if (!image.isOpen())
         return BSP_E_OPEN;
     // An image without room for a header block has no such position.
-    const off_t start = size - static_cast<off_t>(BSP_OS_HEADER_SIZE);
+    const auto start = static_cast<off_t>(formats::osHeaderStart(size));
     if (start < 0 || lseek(image.get(), start, SEEK_SET) != start)
         return BSP_E_WRITE;
-    if (!bsp::readWhole(image.get(), header.get(), BSP_OS_HEADER_SIZE))
+    if (!bsp::readWhole(image.get(), header.get(), formats::kOsHeaderSize))
         return BSP_E_SHORT_READ;
     const bsp::Descriptor copy(reportedOpen(bsp::openKeptFile(headerFile), headerFile));
     if (!copy.isOpen())
         return BSP_E_OPEN;
-    [[maybe_unused]] const ssize_t written = write(copy.get(), header.get(), BSP_OS_HEADER_SIZE);
+    [[maybe_unused]] const ssize_t written =
+        write(copy.get(), header.get(), formats::kOsHeaderSize);
     return BSP_OK;
 }
 
@@ -137,7 +139,7 @@ int32_t bsp_os_header_file_to_buffer(const char *headerFile, uint8_t *buffer) {
         reportedOpen(open(headerFile, O_RDONLY | O_NOFOLLOW | O_CLOEXEC), headerFile));
     if (!file.isOpen())
         return BSP_E_OPEN;
-    uint8_t header[BSP_OS_HEADER_SIZE];
+    uint8_t header[formats::kOsHeaderSize];
     if (!bsp::readWhole(file.get(), header, sizeof(header)))
         return BSP_E_SHORT_READ;
     std::copy(std::begin(header), std::end(header), buffer);
@@ -155,8 +157,8 @@ int32_t bspOsImageInfoGet(uint8_t *header, int32_t bank) {
             reportLine("flash lock failed", CallSite::here());
             return BSP_E_LOCK;
         }
-        result = ShellCommand("nanddump -q -s %#x -l %#x %s -f %s", BSP_OS_HEADER_PLACE,
-                              BSP_OS_HEADER_SIZE, device, kHeaderFile)
+        result = ShellCommand("nanddump -q -s %#x -l %#x %s -f %s", formats::kOsHeaderPlace,
+                              formats::kOsHeaderSize, device, kHeaderFile)
                      .run();
     }
     if (result != 0) {

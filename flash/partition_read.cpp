@@ -3,7 +3,7 @@
 #include "bsp.h"
 #include "flash/flash_lock.h"
 #include "flash/partition.h"
-#include "support/byte_order.h"
+#include "language/formats/length_header.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -21,15 +21,10 @@ struct Extent {
 /** Where the stored file lies, told by the length header. Nothing of an empty or foreign partition.
  */
 int32_t findStoredFile(int device, uint32_t partitionSize, Extent &extent) {
-    uint8_t header[BSP_MTD_HEADER_SIZE] = {};
+    uint8_t header[formats::kLengthHeaderSize] = {};
     if (!bsp::readWhole(device, header, sizeof(header)))
         return BSP_E_SHORT_READ;
-    const uint32_t length = bsp::loadBe32(header);
-    const bool isMarked = bsp::loadBe32(header + 4) == BSP_MTD_HEADER_MARKER;
-    // An erased length, FFFFFFFF, fits into no partition.
-    const bool fits = uint64_t{length} + BSP_MTD_HEADER_SIZE <= partitionSize;
-    if (isMarked && fits)
-        extent = {BSP_MTD_HEADER_SIZE, length};
+    extent = {formats::kLengthHeaderSize, formats::storedFileLength(header, partitionSize)};
     return BSP_OK;
 }
 

@@ -3,7 +3,7 @@
 #include "bsp.h"
 #include "flash/flash_lock.h"
 #include "flash/partition.h"
-#include "support/byte_order.h"
+#include "language/formats/length_header.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -29,9 +29,9 @@ struct Transfer {
 
 /** The bytes written first. Pages smaller than the length header, as NOR flash has, are joined. */
 constexpr uint32_t headerPageSize(uint32_t pageSize) {
-    if (pageSize >= BSP_MTD_HEADER_SIZE)
+    if (pageSize >= formats::kLengthHeaderSize)
         return pageSize;
-    return (BSP_MTD_HEADER_SIZE + pageSize - 1) / pageSize * pageSize;
+    return (formats::kLengthHeaderSize + pageSize - 1) / pageSize * pageSize;
 }
 
 /**
@@ -55,12 +55,11 @@ void erase(int device, const bsp::FlashGeometry &geometry, uint64_t fileSize, bo
  */
 int32_t writeHeaderPage(Transfer &transfer) {
     const uint32_t size = headerPageSize(transfer.pageSize);
-    const auto count =
-        static_cast<uint32_t>(std::min<uint64_t>(transfer.remaining, size - BSP_MTD_HEADER_SIZE));
+    const auto count = static_cast<uint32_t>(
+        std::min<uint64_t>(transfer.remaining, size - formats::kLengthHeaderSize));
     std::memset(transfer.page, 0, size);
-    bsp::storeBe32(transfer.page, static_cast<uint32_t>(transfer.remaining));
-    bsp::storeBe32(transfer.page + 4, BSP_MTD_HEADER_MARKER);
-    if (!bsp::readWhole(transfer.file, transfer.page + BSP_MTD_HEADER_SIZE, count))
+    formats::writeLengthHeader(transfer.page, static_cast<uint32_t>(transfer.remaining));
+    if (!bsp::readWhole(transfer.file, transfer.page + formats::kLengthHeaderSize, count))
         return BSP_E_SHORT_READ;
     [[maybe_unused]] const ssize_t written = write(transfer.device, transfer.page, size);
 

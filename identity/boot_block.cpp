@@ -1,6 +1,7 @@
 #include "identity/boot_block.h"
 
 #include "bsp.h"
+#include "language/formats/boot_settings.h"
 #include "support/mtd.h"
 #include "support/owned.h"
 
@@ -15,7 +16,7 @@ int32_t bsp::readBootBlock(uint8_t *block) {
     const Descriptor device(open(BSP_MTD_BOOT_SETTINGS, O_RDONLY | O_CLOEXEC));
     if (!device.isOpen())
         return BSP_E_OPEN;
-    uint8_t stored[kBootBlockSize];
+    uint8_t stored[formats::kBootBlockSize];
     if (read(device.get(), stored, sizeof(stored)) != static_cast<ssize_t>(sizeof(stored)))
         return BSP_E_SHORT_READ;
     std::copy(std::begin(stored), std::end(stored), block);
@@ -39,6 +40,6 @@ int32_t bsp::writeBootBlock(const uint8_t *block) {
     }
     // How much of it was written is not looked at: a block that did not get into flash stays
     // erased, and callers rely on an erased block reading as the defaults.
-    [[maybe_unused]] const ssize_t written = write(device.get(), block, kBootBlockSize);
+    [[maybe_unused]] const ssize_t written = write(device.get(), block, formats::kBootBlockSize);
     return BSP_OK;
 }

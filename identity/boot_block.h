@@ -1,12 +1,9 @@
 #pragma once
-// The block of boot settings: the first 256 bytes of its partition.
+// The block of boot settings, at the start of its partition.
 
-#include <cstddef>
 #include <cstdint>
 
 namespace bsp {
-
-constexpr size_t kBootBlockSize = 256;
 
 /** Reads the block; the buffer is untouched on failure. */
 int32_t readBootBlock(uint8_t *block);

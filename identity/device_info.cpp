@@ -3,9 +3,7 @@
 #include "bsp.h"
 #include "identity/board_catalogue.h"
 #include "identity/reported_steps.h"
-
-#include <algorithm>
-#include <cstring>
+#include "language/formats/product_record.h"
 
 namespace {
 
@@ -17,27 +15,19 @@ constexpr uint32_t supplyOfIndex(uint32_t index) {
     return index - BSP_DEVINFO_SUPPLY_1 + 1;
 }
 
-/** BSP_OK on the models whose supplies have records. */
-int32_t checkModelHasSupplyRecords(bsp::CallSite site = bsp::CallSite::here()) {
+/** BSP_OK for the index of a supply, on the models whose supplies have records. */
+int32_t checkSupplyIndex(uint32_t index, bsp::CallSite site = bsp::CallSite::here()) {
+    if (!isSupplyIndex(index))
+        return BSP_E_NOT_SUPPORTED;
     uint32_t devId = 0;
     if (const int32_t status = bsp::readDeviceId(&devId, site); status != BSP_OK)
         return status;
     return bspDevIsTwoFanModel(devId) != 0 ? BSP_OK : BSP_E_NOT_SUPPORTED;
 }
 
-/** Copies between two fields of the same meaning, as much as both hold. */
-template <typename To, typename From>
-void copyField(To &to, const From &from) {
-    std::memcpy(to, from, std::min(sizeof(to), sizeof(from)));
-}
-
-/** Copies what the two record layouts have in common. */
-template <typename To, typename From>
-void copySharedFields(To &to, const From &from) {
-    copyField(to.productData1, from.productData1);
-    copyField(to.productData2, from.productData2);
-    copyField(to.productData3, from.productData3);
-    copyField(to.serial, from.serial);
+template <typename Record>
+uint8_t *bytesOf(Record &record) {
+    return reinterpret_cast<uint8_t *>(&record);
 }
 
 } // namespace
@@ -47,16 +37,13 @@ int32_t bspDevinfoGet(uint32_t index, BspDevinfo *record) {
         return BSP_E_NULL;
     if (index == BSP_DEVINFO_BOARD)
         return bspLocalPieGet(record);
-    if (!isSupplyIndex(index))
-        return BSP_E_NOT_SUPPORTED;
-
-    if (const int32_t status = checkModelHasSupplyRecords(); status != BSP_OK)
+    if (const int32_t status = checkSupplyIndex(index); status != BSP_OK)
         return status;
     BspSupplyRecord supplyRecord{};
     if (const int32_t status = bspPowerPieGet(supplyOfIndex(index), &supplyRecord);
         status != BSP_OK)
         return status;
-    copySharedFields(*record, supplyRecord);
+    formats::showSupplyRecord(bytesOf(supplyRecord), bytesOf(*record));
     return BSP_OK;
 }
 
@@ -65,14 +52,11 @@ int32_t bspDevinfoSet(uint32_t index, BspDevinfo *record) {
         return BSP_E_NULL;
     if (index == BSP_DEVINFO_BOARD)
         return bspLocalPieSet(record);
-    if (!isSupplyIndex(index))
-        return BSP_E_NOT_SUPPORTED;
-
-    if (const int32_t status = checkModelHasSupplyRecords(); status != BSP_OK)
+    if (const int32_t status = checkSupplyIndex(index); status != BSP_OK)
         return status;
     // What the board's layout has no place for is cleared in the supply.
     BspSupplyRecord supplyRecord{};
-    copySharedFields(supplyRecord, *record);
+    formats::takeSupplyRecord(bytesOf(*record), bytesOf(supplyRecord));
     return bspPowerPieSet(supplyOfIndex(index), &supplyRecord);
 }
 

@@ -1,30 +1,22 @@
 // The product information records in the EEPROMs of the board and of its power supplies.
 
+#include "language/formats/product_record.h"
 #include "bsp.h"
-#include "support/byte_order.h"
 #include "support/owned.h"
 
 #include <cstddef>
-#include <cstring>
 
 namespace {
 
-static_assert(sizeof(BspDevinfo) == 128 && offsetof(BspDevinfo, crc) == 124);
-static_assert(sizeof(BspSupplyRecord) == 80 && offsetof(BspSupplyRecord, serial) == 40);
+static_assert(sizeof(BspDevinfo) == formats::kBoardRecordSize &&
+              offsetof(BspDevinfo, crc) == formats::kRecordCrc.offset);
+static_assert(sizeof(BspSupplyRecord) == formats::kSupplyRecordSize);
 
 uint8_t *bytesOf(void *record) {
     return static_cast<uint8_t *>(record);
 }
 const uint8_t *bytesOf(const void *record) {
     return static_cast<const uint8_t *>(record);
-}
-
-bool hasMagic(const BspDevinfo &record) {
-    return std::memcmp(record.magic, BSP_DEVINFO_MAGIC, sizeof(record.magic)) == 0;
-}
-
-uint32_t crcOf(const BspDevinfo &record) {
-    return bsp_crc32_cal(0, bytesOf(&record), offsetof(BspDevinfo, crc));
 }
 
 } // namespace
@@ -40,9 +32,10 @@ int32_t bspLocalPieGet(BspDevinfo *record) {
             bspLocalEepromRead(BSP_DEVINFO_OFFSET, bytesOf(stored.get()), sizeof(*stored));
         status != BSP_OK)
         return status;
-    if (!hasMagic(*stored))
+    const uint8_t *bytes = bytesOf(stored.get());
+    if (!formats::hasRecordMagic(bytes))
         return BSP_E_NO_RECORD;
-    if (bsp::loadBe32(stored->crc) != crcOf(*stored))
+    if (formats::storedRecordCrc(bytes) != formats::computedRecordCrc(bytes))
         return BSP_E_INVALID;
     *record = *stored;
     return BSP_OK;
@@ -51,9 +44,9 @@ int32_t bspLocalPieGet(BspDevinfo *record) {
 int32_t bspLocalPieSet(BspDevinfo *record) {
     if (record == nullptr)
         return BSP_E_NULL;
-    if (!hasMagic(*record))
+    if (!formats::hasRecordMagic(bytesOf(record)))
         return BSP_E_NO_RECORD;
-    bsp::storeBe32(record->crc, crcOf(*record));
+    formats::renewRecordCrc(bytesOf(record));
     return bspLocalEepromWrite(BSP_DEVINFO_OFFSET, bytesOf(record), sizeof(*record));
 }
 

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <stdexcept>
 
 namespace iodbg {
@@ -54,17 +53,19 @@ int32_t writePassword(const std::string &value) {
 }
 
 constexpr BootSetting kSettings[] = {
-    {"mode", "mode", "Mode (system to start)", 0, 32,
-     "main_system=", readNumber<uint32_t, bspBootModeGet>, writeNumber<int32_t, bspBootModeSet>},
-    {"flag", "flag", "Boot flag", 32, 32, "boot_type=", readNumber<int32_t, bspBootFlagGet>,
+    {"mode", "mode", "Mode (system to start)", formats::kBootModeSlot,
+     readNumber<uint32_t, bspBootModeGet>, writeNumber<int32_t, bspBootModeSet>},
+    {"flag", "flag", "Boot flag", formats::kBootFlagSlot, readNumber<int32_t, bspBootFlagGet>,
      writeNumber<int32_t, bspBootFlagSet>},
-    {"baudrate", "baudrate", "Console, baud", 64, 32,
-     "baudrate=", readNumber<uint32_t, bspBaudrateGet>, writeNumber<uint32_t, bspBaudrateSet>},
-    {"console-password", "console_password", "Console asks for a password", 96, 32,
-     "password=", readSwitch<bspConsolePwdValidGet>, writeSwitch<bspConsolePwdValidSet>},
-    {"user-password", "user_password", "User password in force", 128, 32,
-     "user_pwd=", readSwitch<bspUserPwdValidGet>, writeSwitch<bspUserPwdValidSet>},
-    {"password", "password", "Boot password", 192, 64, "boot_pwd=", readPassword, writePassword},
+    {"baudrate", "baudrate", "Console, baud", formats::kBaudrateSlot,
+     readNumber<uint32_t, bspBaudrateGet>, writeNumber<uint32_t, bspBaudrateSet>},
+    {"console-password", "console_password", "Console asks for a password",
+     formats::kConsolePasswordSlot, readSwitch<bspConsolePwdValidGet>,
+     writeSwitch<bspConsolePwdValidSet>},
+    {"user-password", "user_password", "User password in force", formats::kUserPasswordSlot,
+     readSwitch<bspUserPwdValidGet>, writeSwitch<bspUserPwdValidSet>},
+    {"password", "password", "Boot password", formats::kBootPasswordSlot, readPassword,
+     writePassword},
 };
 constexpr const BootSetting *kMode = &kSettings[0];
 constexpr const BootSetting *kBaudrate = &kSettings[2];
@@ -101,12 +102,14 @@ std::string parseValue(const BootSetting &setting, const std::string &value) {
     return std::to_string(parseNumber(value, isMode ? 0 : INT32_MIN, isMode ? 1 : INT32_MAX));
 }
 
-std::string slotText(const BootSetting &setting, const std::string &value) {
-    if (&setting == kPassword && value.empty())
-        return "";
+formats::BootSlotText slotText(const BootSetting &setting, const std::string &value) {
+    if (&setting == kPassword)
+        return formats::bootPasswordText(value.c_str());
+    if (&setting == kUserPassword && value == kOn)
+        return formats::userPasswordInForce();
     if (isSwitch(setting))
-        return setting.mark + std::string(value == kOn ? "1" : "0");
-    return setting.mark + value;
+        return formats::bootText(setting.slot, value == kOn ? 1 : 0);
+    return formats::bootText(setting.slot, value.c_str());
 }
 
 } // namespace
@@ -133,26 +136,18 @@ std::string checkBootValue(const BootSetting &setting, const std::string &value)
 }
 
 std::optional<std::string> storedValue(const BootSetting &setting, ByteView block) {
-    const ByteView slot = block.subspan(setting.offset, setting.size);
-    const std::string text(slot.begin(), std::find(slot.begin(), slot.end(), uint8_t{0}));
-    const size_t at = text.find(setting.mark);
-    if (at == std::string::npos)
-        return {};
-    return text.substr(at + std::strlen(setting.mark));
+    formats::BootSlotText text;
+    const char *value = formats::findBootValue(setting.slot, block.data(), text);
+    return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
 }
 
 Bytes withValue(const BootSetting &setting, const std::string &value, Bytes block) {
-    // The user password is in force as an erase leaves the slot.
-    const bool isErased = &setting == kUserPassword && value == kOn;
-    const auto slot = block.begin() + static_cast<ptrdiff_t>(setting.offset);
-    std::fill_n(slot, setting.size, isErased ? uint8_t{0xFF} : uint8_t{0});
-    if (const std::string text = slotText(setting, value); !isErased)
-        std::copy(text.begin(), text.end(), slot);
+    formats::storeBootText(setting.slot, slotText(setting, value), block.data());
     return block;
 }
 
 Bytes readBootBlock() {
-    return FlashPartition(BSP_MTD_BOOT_SETTINGS).read(0, kBootBlockSize);
+    return FlashPartition(BSP_MTD_BOOT_SETTINGS).read(0, formats::kBootBlockSize);
 }
 
 } // namespace iodbg

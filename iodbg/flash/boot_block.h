@@ -4,6 +4,7 @@
 
 #include "iodbg/core/format.h"
 #include "iodbg/core/parse.h"
+#include "language/formats/boot_settings.h"
 
 #include <cstdint>
 #include <optional>
@@ -12,16 +13,12 @@
 
 namespace iodbg {
 
-constexpr size_t kBootBlockSize = 256;
-
 /** A slot, and how the library reads and writes what is in it. */
 struct BootSetting {
     const char *name;  // on the command line
     const char *key;   // in answers for programs
     const char *label; // for people
-    size_t offset;
-    size_t size;
-    const char *mark; // in the slot, before the value
+    formats::BootSlot slot;
     int32_t (*read)(std::string &value);
     int32_t (*write)(const std::string &value);
 };
@@ -35,7 +32,7 @@ const BootSetting &bootSetting(const std::string &name);
 /** The value in the setting's own form; throws Failure for one that it cannot have. */
 std::string checkBootValue(const BootSetting &setting, const std::string &value);
 
-/** What is in the slot, behind its mark; nothing when nothing is stored there. */
+/** What is in the slot, behind its key; nothing when nothing is stored there. */
 std::optional<std::string> storedValue(const BootSetting &setting, ByteView block);
 
 /** The block with one setting changed, as the library should leave it. */

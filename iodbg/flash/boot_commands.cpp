@@ -83,7 +83,7 @@ std::string oldValues(ByteView before) {
         if (!value)
             continue;
         const bool isPassword = &setting == &kBootPassword;
-        text += (text.empty() ? "" : ", ") + std::string(setting.mark) +
+        text += (text.empty() ? "" : ", ") + std::string(setting.slot.key) +
                 (isPassword
                      ? "(not shown)"
                      : excerpt({reinterpret_cast<const uint8_t *>(value->data()), value->size()}));
@@ -94,9 +94,9 @@ std::string oldValues(ByteView before) {
 std::string changedSettings(ByteView wanted, ByteView after) {
     std::string names;
     for (const BootSetting &setting : kBootSettings) {
-        const ByteView slot = wanted.subspan(setting.offset, setting.size);
+        const ByteView slot = wanted.subspan(setting.slot.offset, setting.slot.size);
         if (!std::equal(slot.begin(), slot.end(),
-                        after.begin() + static_cast<ptrdiff_t>(setting.offset)))
+                        after.begin() + static_cast<ptrdiff_t>(setting.slot.offset)))
             names += (names.empty() ? "" : ", ") + std::string(setting.name);
     }
     return names.empty() ? "bytes between the settings" : names;
@@ -104,7 +104,7 @@ std::string changedSettings(ByteView wanted, ByteView after) {
 
 /** Why the flash cannot take a block of settings, if that is so. */
 std::string pageSizeReason(uint64_t pageSize) {
-    if (pageSize <= kBootBlockSize)
+    if (pageSize <= formats::kBootBlockSize)
         return "";
     return "; the flash takes only whole pages of " + std::to_string(pageSize) +
            " bytes, and so no setting of these 256";
@@ -120,7 +120,7 @@ std::string repairText(const SetArguments &arguments, uint64_t pageSize) {
 
 void verify(const SetArguments &arguments, const Bytes &before, const Bytes &wanted) {
     const FlashPartition partition(BSP_MTD_BOOT_SETTINGS);
-    const Bytes after = partition.read(0, kBootBlockSize);
+    const Bytes after = partition.read(0, formats::kBootBlockSize);
     std::string value;
     const int32_t status = arguments.setting->read(value);
     if (after == wanted && status == BSP_OK && value == arguments.value)
@@ -161,7 +161,7 @@ ExitCode set(Console &console, SetArguments arguments) {
     // Of two that read the old block the later writer would undo what the other one has set.
     const FlashClaim claim(partition);
     // Without the old block the library would store this setting alone.
-    const Bytes before = partition.read(0, kBootBlockSize);
+    const Bytes before = partition.read(0, formats::kBootBlockSize);
     if (!arguments.backup.empty())
         save(console, {arguments.backup, arguments.isForced, true}, before);
     const Bytes wanted = withValue(setting, arguments.value, before);

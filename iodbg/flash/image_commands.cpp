@@ -10,6 +10,7 @@
 #include "iodbg/flash/commands.h"
 #include "iodbg/flash/os_bank.h"
 #include "iodbg/flash/partition.h"
+#include "language/formats/boot_file.h"
 
 #include <filesystem>
 #include <optional>
@@ -71,7 +72,7 @@ struct PackArguments {
 
 ExitCode pack(Console &console, const PackArguments &arguments) {
     const Bytes image =
-        readHostFileOrInput(arguments.image, BSP_BOOT_FILE_MAX - sizeof(BspBootTrailer));
+        readHostFileOrInput(arguments.image, BSP_BOOT_FILE_MAX - formats::kBootTrailerSize);
     if (image.empty())
         throw Failure(ExitCode::Host,
                       inputName(arguments.image) + " is empty; give the right file");

@@ -14,7 +14,7 @@
 #include "iodbg/flash/device_argument.h"
 #include "iodbg/flash/partition.h"
 #include "iodbg/flash/work.h"
-#include "support/byte_order.h"
+#include "language/formats/length_header.h"
 
 #include <algorithm>
 #include <array>
@@ -45,10 +45,9 @@ struct ReadArguments {
 uint64_t storedSize(const FlashPartition &partition, bool hasHeader) {
     if (!hasHeader)
         return partition.size();
-    const Bytes header = partition.read(0, BSP_MTD_HEADER_SIZE);
-    const uint64_t size = bsp::loadBe32(header.data());
-    const bool isMarked = bsp::loadBe32(header.data() + 4) == BSP_MTD_HEADER_MARKER;
-    if (!isMarked || size == 0 || size + BSP_MTD_HEADER_SIZE > partition.size())
+    const Bytes header = partition.read(0, formats::kLengthHeaderSize);
+    const uint32_t size = formats::storedFileLength(header.data(), partition.size());
+    if (size == 0)
         throw Failure(ExitCode::Board, partition.device() +
                                            " holds no file with a length header; leave out "
                                            "--header to read the whole partition");
@@ -67,7 +66,7 @@ void verifyCopy(const FlashPartition &partition, const ReadArguments &arguments,
                                           "; choose a folder that can be written and has space");
     Content content = {{}, copy, size};
     if (arguments.hasHeader)
-        content.front = partition.read(0, BSP_MTD_HEADER_SIZE);
+        content.front = partition.read(0, formats::kLengthHeaderSize);
     const Comparison comparison = compare(partition, content, Layout::Straight, [](uint64_t) {});
     if (comparison.first)
         throw Failure(ExitCode::ReadBack, "the copy differs from a second reading: " +
@@ -134,9 +133,8 @@ Content contentOf(const WriteArguments &arguments, const std::string &path,
                   const FlashPartition &partition) {
     Content content = {{}, path, hostFileSize(path)};
     if (arguments.hasHeader) {
-        content.front.resize(BSP_MTD_HEADER_SIZE);
-        bsp::storeBe32(content.front.data(), static_cast<uint32_t>(content.fileSize));
-        bsp::storeBe32(content.front.data() + 4, BSP_MTD_HEADER_MARKER);
+        content.front.resize(formats::kLengthHeaderSize);
+        formats::writeLengthHeader(content.front.data(), static_cast<uint32_t>(content.fileSize));
     }
     if (content.size() > partition.size())
         throw Failure::usage("'" + inputName(arguments.file) + "' has " +
@@ -149,8 +147,8 @@ Content contentOf(const WriteArguments &arguments, const std::string &path,
 std::string planText(const WriteArguments &arguments, const FlashPartition &partition,
                      const Content &content) {
     return partition.device() + ", " + sizeText(partition.size()) + "\n  now  " +
-           (isErased(partition.read(0, BSP_MTD_HEADER_SIZE)) ? "nothing at its start"
-                                                             : "data, which will be lost") +
+           (isErased(partition.read(0, formats::kLengthHeaderSize)) ? "nothing at its start"
+                                                                    : "data, which will be lost") +
            "\n  new  " + arguments.file + ", " + sizeText(content.fileSize) +
            (arguments.hasHeader ? ", behind a length header\n" : "\n");
 }

@@ -4,6 +4,7 @@
 #include "iodbg/core/failure.h"
 #include "iodbg/core/shared_files.h"
 #include "iodbg/flash/claim.h"
+#include "language/formats/os_image.h"
 
 namespace iodbg {
 
@@ -30,7 +31,7 @@ std::string bankDevice(uint32_t bank) {
 int32_t readOsHeader(uint32_t bank, Bytes &header) {
     requireSharedFiles();
     const HeaderTurn turn;
-    header.resize(BSP_OS_HEADER_SIZE);
+    header.resize(formats::kOsHeaderSize);
     int32_t status = BSP_OK;
     for (int tries = 0; tries < kHeaderTries; ++tries) {
         status = bspOsImageInfoGet(header.data(), static_cast<int32_t>(bank));

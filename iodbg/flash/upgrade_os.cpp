@@ -12,6 +12,7 @@
 #include "iodbg/flash/partition.h"
 #include "iodbg/flash/reading_watch.h"
 #include "iodbg/flash/upgrade_parts.h"
+#include "language/formats/os_image.h"
 
 #include <optional>
 
@@ -49,7 +50,7 @@ uint64_t checkImage(const std::string &file, const FlashPartition &bank) {
         throw Failure::usage("'" + file + "' has " + std::to_string(size) +
                              " bytes; an operating-system image has 512 to 40894464; check that "
                              "it is the right file");
-    if (bank.size() < BSP_OS_HEADER_PLACE + BSP_OS_HEADER_SIZE)
+    if (bank.size() < formats::kOsBankMin)
         throw Failure(ExitCode::Board, bank.device() + " has " + std::to_string(bank.size()) +
                                            " bytes, too few for an image and the copy of its "
                                            "header block; nothing was changed");
@@ -58,7 +59,8 @@ uint64_t checkImage(const std::string &file, const FlashPartition &bank) {
 
 /** The image's own header block, its last bytes. */
 Bytes headerOf(const Content &image) {
-    return readContent(image, image.size() - BSP_OS_HEADER_SIZE, BSP_OS_HEADER_SIZE);
+    const int64_t start = formats::osHeaderStart(static_cast<int64_t>(image.size()));
+    return readContent(image, static_cast<uint64_t>(start), formats::kOsHeaderSize);
 }
 
 /** Enough of a header block to tell images apart: its format is the image build's. */
@@ -83,13 +85,13 @@ struct Verdict {
 /** Why the copy of the header block is not where it is read. */
 std::string headerText(const FlashPartition &bank, int32_t status, const Bytes &header) {
     std::string text = "the copy of the header block, which is read at " +
-                       hexNumber(BSP_OS_HEADER_PLACE, 1) + ", ";
+                       hexNumber(formats::kOsHeaderPlace, 1) + ", ";
     if (status != BSP_OK)
         text += "cannot be read";
     else
         text += isErased(header) ? "is empty" : "differs";
-    if (bank.isBad(BSP_OS_HEADER_PLACE))
-        text += "; block " + std::to_string(BSP_OS_HEADER_PLACE / bank.blockSize()) +
+    if (bank.isBad(formats::kOsHeaderPlace))
+        text += "; block " + std::to_string(formats::kOsHeaderPlace / bank.blockSize()) +
                 " of its place is bad";
     return text;
 }

@@ -1,54 +1,49 @@
 #include "iodbg/identity/record.h"
 
+#include "language/formats/product_record.h"
+
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 
 namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kCheckedSize = offsetof(BspDevinfo, crc);
-
 enum class Form { Text, Hex, Mac, Number };
 
 /** One field of the record. */
-struct RecordField {
+struct ShownField {
     const char *key;
     const char *label;
     Form form;
-    size_t offset;
-    size_t size;
-    size_t sizeOfSupply; // how much of it a supply's record has
+    formats::RecordField place;
 };
 
-#define FIELD(name) offsetof(BspDevinfo, name), sizeof(BspDevinfo::name)
-constexpr RecordField kFields[] = {
-    {"magic", "Magic", Form::Text, FIELD(magic), 0},
-    {"product_name", "Product name", Form::Text, FIELD(productData2), 32},
-    {"serial_number", "Serial number", Form::Text, FIELD(serial), 24},
-    {"base_mac", "Base MAC", Form::Mac, FIELD(mac), 0},
-    {"supply_count", "Supply count", Form::Number, FIELD(supplyCount), 0},
-    {"supply_types_hex", "Supply types", Form::Hex, FIELD(supplyType), 0},
-    {"product_data_1_hex", "Product data 1", Form::Hex, FIELD(productData1), 16},
-    {"product_data_2_hex", "Product data 2", Form::Hex, FIELD(productData2), 32},
-    {"product_data_3_hex", "Product data 3", Form::Hex, FIELD(productData3), 4},
-    {"reserved_1_hex", "Reserved 1", Form::Hex, FIELD(reserved1), 0},
-    {"reserved_2_hex", "Reserved 2", Form::Hex, FIELD(reserved2), 0},
-    {"crc_hex", "CRC", Form::Hex, FIELD(crc), 0},
+constexpr ShownField kFields[] = {
+    {"magic", "Magic", Form::Text, formats::kRecordMagic},
+    {"product_name", "Product name", Form::Text, formats::kRecordProductData2},
+    {"serial_number", "Serial number", Form::Text, formats::kRecordSerial},
+    {"base_mac", "Base MAC", Form::Mac, formats::kRecordMac},
+    {"supply_count", "Supply count", Form::Number, formats::kRecordSupplyCount},
+    {"supply_types_hex", "Supply types", Form::Hex, formats::kRecordSupplyTypes},
+    {"product_data_1_hex", "Product data 1", Form::Hex, formats::kRecordProductData1},
+    {"product_data_2_hex", "Product data 2", Form::Hex, formats::kRecordProductData2},
+    {"product_data_3_hex", "Product data 3", Form::Hex, formats::kRecordProductData3},
+    {"reserved_1_hex", "Reserved 1", Form::Hex, formats::kRecordReserved1},
+    {"reserved_2_hex", "Reserved 2", Form::Hex, formats::kRecordReserved2},
+    {"crc_hex", "CRC", Form::Hex, formats::kRecordCrc},
 };
-#undef FIELD
 
 const uint8_t *start(const BspDevinfo &record) {
     return reinterpret_cast<const uint8_t *>(&record);
 }
 
-size_t sizeOf(const RecordField &field, const Carrier &carrier) {
-    return carrier.isBoard() ? field.size : field.sizeOfSupply;
+size_t sizeOf(const ShownField &field, const Carrier &carrier) {
+    return carrier.isBoard() ? field.place.size : field.place.supplySize;
 }
 
-Cell cellOf(const RecordField &field, const Carrier &carrier, const BspDevinfo &record) {
-    const ByteView content(start(record) + field.offset, sizeOf(field, carrier));
+Cell cellOf(const ShownField &field, const Carrier &carrier, const BspDevinfo &record) {
+    const ByteView content(start(record) + field.place.offset, sizeOf(field, carrier));
     switch (field.form) {
     case Form::Text:
         return textCell(fieldText(content));
@@ -62,11 +57,8 @@ Cell cellOf(const RecordField &field, const Carrier &carrier, const BspDevinfo &
     return {"", nullptr};
 }
 
-uint32_t loadCrc(const BspDevinfo &record) {
-    uint32_t crc = 0;
-    for (const uint8_t byte : record.crc) // most significant byte first
-        crc = crc << 8 | byte;
-    return crc;
+uint8_t *start(BspDevinfo &record) {
+    return reinterpret_cast<uint8_t *>(&record);
 }
 
 } // namespace
@@ -75,8 +67,7 @@ int32_t readRecord(const Carrier &carrier, BspDevinfo &record) {
     record = BspDevinfo{};
     if (!carrier.isBoard())
         return ioDevinfoGet(carrier.devinfoIndex(), &record);
-    return bspLocalEepromRead(BSP_DEVINFO_OFFSET, reinterpret_cast<uint8_t *>(&record),
-                              sizeof(record));
+    return bspLocalEepromRead(BSP_DEVINFO_OFFSET, start(record), sizeof(record));
 }
 
 int32_t Verdict::status() const {
@@ -86,14 +77,13 @@ int32_t Verdict::status() const {
 }
 
 Verdict judge(const BspDevinfo &record) {
-    return {std::memcmp(record.magic, BSP_DEVINFO_MAGIC, sizeof(record.magic)) == 0,
-            loadCrc(record), bsp_crc32_cal(0, start(record), kCheckedSize)};
+    const uint8_t *bytes = start(record);
+    return {formats::hasRecordMagic(bytes), formats::storedRecordCrc(bytes),
+            formats::computedRecordCrc(bytes)};
 }
 
 void renewCrc(BspDevinfo &record) {
-    uint32_t crc = judge(record).computedCrc;
-    for (size_t i = sizeof(record.crc); i > 0; --i, crc >>= 8)
-        record.crc[i - 1] = static_cast<uint8_t>(crc);
+    formats::renewRecordCrc(start(record));
 }
 
 void addVerdict(Section &section, const Verdict &verdict) {
@@ -105,7 +95,7 @@ void addVerdict(Section &section, const Verdict &verdict) {
 }
 
 void addFields(Section &section, const Carrier &carrier, const BspDevinfo &record) {
-    for (const RecordField &field : kFields) {
+    for (const ShownField &field : kFields) {
         if (sizeOf(field, carrier) > 0)
             section.add(field.key, field.label, cellOf(field, carrier, record));
     }
@@ -114,10 +104,11 @@ void addFields(Section &section, const Carrier &carrier, const BspDevinfo &recor
 std::vector<Change> changedFields(const Carrier &carrier, const BspDevinfo &before,
                                   const BspDevinfo &after) {
     std::vector<Change> changes;
-    for (const RecordField &field : kFields) {
+    for (const ShownField &field : kFields) {
         const size_t size = sizeOf(field, carrier);
-        if (!std::equal(start(before) + field.offset, start(before) + field.offset + size,
-                        start(after) + field.offset))
+        if (!std::equal(start(before) + field.place.offset,
+                        start(before) + field.place.offset + size,
+                        start(after) + field.place.offset))
             changes.push_back({field.key, cellOf(field, carrier, before).text,
                                cellOf(field, carrier, after).text});
     }
@@ -126,9 +117,9 @@ std::vector<Change> changedFields(const Carrier &carrier, const BspDevinfo &befo
 
 int firstByteWithoutPlace(const BspDevinfo &supplyView) {
     Bytes bytes = bytesOf(supplyView);
-    for (const RecordField &field : kFields)
-        std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(field.offset), field.sizeOfSupply,
-                    uint8_t{0});
+    for (const ShownField &field : kFields)
+        std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(field.place.offset),
+                    field.place.supplySize, uint8_t{0});
     const auto found = std::find_if(bytes.begin(), bytes.end(), [](uint8_t b) { return b != 0; });
     return found == bytes.end() ? -1 : static_cast<int>(found - bytes.begin());
 }

@@ -1,8 +1,8 @@
 // Queries of the controller and of its ports.
 
+#include "language/formats/byte_order.h"
 #include "poe/rtl8239/commands.h"
 #include "poe/rtl8239/port_pairs.h"
-#include "support/byte_order.h"
 
 #include <algorithm>
 
@@ -266,8 +266,8 @@ int32_t rtl8239CmdDebugChipRegSet(const Rtl8239ChipRegister *chipRegister) {
         return BSP_E_POE_NULL;
     Frame request = requestFrame(kDebugChipRegWrite);
     request[2] = chipRegister->selector;
-    bsp::storeBe32(&request[3], chipRegister->address);
-    bsp::storeBe32(&request[7], chipRegister->value);
+    formats::storeBe32(&request[3], chipRegister->address);
+    formats::storeBe32(&request[7], chipRegister->value);
     return command(request, kStatusAt, bsp::CallSite::here(__func__));
 }
 
@@ -276,7 +276,7 @@ int32_t rtl8239CmdDebugChipRegGet(Rtl8239ChipRegister *chipRegister) {
         return BSP_E_POE_NULL;
     Frame request = requestFrame(kDebugChipRegRead);
     request[2] = chipRegister->selector;
-    bsp::storeBe32(&request[3], chipRegister->address);
+    formats::storeBe32(&request[3], chipRegister->address);
     return queryController(request, &chipRegister->value,
-                           [](const Frame &reply) { return bsp::loadBe32(&reply[7]); });
+                           [](const Frame &reply) { return formats::loadBe32(&reply[7]); });
 }

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-namespace bsp {
+namespace formats {
 
 constexpr uint32_t loadBe32(const uint8_t *bytes) {
     return uint32_t{bytes[0]} << 24 | uint32_t{bytes[1]} << 16 | uint32_t{bytes[2]} << 8 | bytes[3];
@@ -16,4 +16,4 @@ constexpr void storeBe32(uint8_t *bytes, uint32_t value) {
     bytes[3] = static_cast<uint8_t>(value);
 }
 
-} // namespace bsp
+} // namespace formats
