@@ -2,7 +2,7 @@
 // emulated builds, whose programs cannot execute each other.
 
 #include "tests/virtual_board/command_test.h"
-#include "virtual_board/os/program_file.h"
+#include "virtual_board/programs/program_file.h"
 
 #include <cstddef>
 #include <elf.h>

@@ -2,7 +2,7 @@
 
 #include "tests/support/process.h"
 #include "tests/support/virtual_board_test.h"
-#include "virtual_board/os/preload_list.h"
+#include "virtual_board/programs/preload_list.h"
 
 #include <elf.h>
 #include <fcntl.h>

@@ -2,8 +2,9 @@
 
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/open_board.h"
-#include "virtual_board/os/program_start.h"
-#include "virtual_board/os/search_path.h"
+#include "virtual_board/programs/environment.h"
+#include "virtual_board/programs/preload_list.h"
+#include "virtual_board/programs/search_path.h"
 #include "virtual_board/words/values.h"
 
 #include <cerrno>

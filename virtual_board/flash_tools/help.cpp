@@ -2,8 +2,6 @@
 
 #include "virtual_board/flash_tools/help.h"
 
-#include "bsp.h"
-
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
@@ -62,8 +60,8 @@ void printUsage(std::FILE *stream, const ToolHelp &help) {
 }
 
 void printWhatItIs(const ToolHelp &help) {
-    std::printf("%s of a virtual board %d.%d.%d, in place of that of %s\n", help.name,
-                BSP_VERSION_MAJOR, BSP_VERSION_MINOR, BSP_VERSION_PATCH, help.model);
+    std::printf("%s of a virtual board " VBOARD_VERSION ", in place of that of %s\n", help.name,
+                help.model);
 }
 
 void printHelp(const ToolHelp &help) {

@@ -3,8 +3,8 @@
 
 #include "virtual_board/devices/console.h"
 #include "virtual_board/flash_tools/tools.h"
-#include "virtual_board/os/preload_list.h"
 #include "virtual_board/os/seam.h"
+#include "virtual_board/programs/preload_list.h"
 #include "virtual_board/words/values.h"
 
 #include <cerrno>

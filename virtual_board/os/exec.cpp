@@ -3,7 +3,7 @@
 
 #include "virtual_board/os/program_start.h"
 #include "virtual_board/os/seam.h"
-#include "virtual_board/os/search_path.h"
+#include "virtual_board/programs/search_path.h"
 
 #include <alloca.h>
 #include <cerrno>

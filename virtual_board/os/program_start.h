@@ -1,12 +1,10 @@
 #pragma once
 // What a program of a board hands on to those that it starts, so that they are on the board, too.
 
-#include "virtual_board/os/preload_list.h"
+#include "virtual_board/programs/environment.h"
+#include "virtual_board/programs/preload_list.h"
 
 namespace vb {
-
-constexpr char kFolderVariable[] = "VBOARD_DIR";
-constexpr char kAllowHostVariable[] = "VBOARD_ALLOW_HOST"; // of those who mean it
 
 /** This process has got its board from a preloaded library, and hands both on from now on. */
 void handOnBoard(const char *folder);

@@ -1,4 +1,4 @@
-#include "virtual_board/os/preload_list.h"
+#include "virtual_board/programs/preload_list.h"
 
 #include <alloca.h>
 #include <cstring>

@@ -2,7 +2,7 @@
 // What the kernel and the loader will make of a program's file: whether the seam can be loaded into
 // it. Only system calls and a small stack: children of vfork look at programs, too.
 
-#include "virtual_board/os/elf_file.h"
+#include "virtual_board/programs/elf_file.h"
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "virtual_board/os/elf_file.h"
+#include "virtual_board/programs/elf_file.h"
 
 #include <algorithm>
 #include <cstring>

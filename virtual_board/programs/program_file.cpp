@@ -1,4 +1,4 @@
-#include "virtual_board/os/program_file.h"
+#include "virtual_board/programs/program_file.h"
 
 #include <algorithm>
 #include <cerrno>

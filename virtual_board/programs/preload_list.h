@@ -2,7 +2,7 @@
 // The list of libraries to preload into a program of a board: those that its environment asks for,
 // a sanitizer's, and the seam. So other interposers see each call as the program makes it.
 
-#include "virtual_board/os/program_file.h"
+#include "virtual_board/programs/program_file.h"
 
 #include <cstddef>
 
