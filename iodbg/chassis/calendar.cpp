@@ -1,6 +1,7 @@
 #include "iodbg/chassis/calendar.h"
 
-#include <cstdio>
+#include "language/times.h"
+
 #include <ctime>
 
 namespace iodbg {
@@ -32,11 +33,8 @@ int64_t secondsOf(const BspCalendar &time) {
 } // namespace
 
 std::string calendarText(const BspCalendar &time) {
-    char text[80];
-    std::snprintf(text, sizeof(text), "%04u-%02u-%02u %02u:%02u:%02u",
-                  time.year + BSP_CALENDAR_FIRST_YEAR, time.month + 1, time.day, time.hour,
-                  time.minute, time.second);
-    return text;
+    return language::calendarText({time.year + BSP_CALENDAR_FIRST_YEAR, time.month + 1, time.day,
+                                   time.hour, time.minute, time.second});
 }
 
 bool isDate(const BspCalendar &time) {

@@ -8,10 +8,7 @@
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/model.h"
-
-#include <algorithm>
-#include <stdexcept>
-#include <string_view>
+#include "language/times.h"
 
 namespace iodbg {
 
@@ -37,36 +34,14 @@ ExitCode showBoth(Console &console) {
     return console.print({{section}, {}});
 }
 
-bool hasShapeOfTime(const std::string &word) {
-    constexpr std::string_view kShape = "0000-00-00T00:00:00";
-    return word.size() == kShape.size() &&
-           std::equal(word.begin(), word.end(), kShape.begin(), [](char given, char shape) {
-               if (shape == '0')
-                   return given >= '0' && given <= '9';
-               return given == shape || (shape == 'T' && given == ' ');
-           });
-}
-
 /** "now", or "2026-11-21T12:34:56", which may have a blank in the middle. */
 BspCalendar parseTime(const std::string &word) {
     if (word == "now")
         return systemTime();
-    BspCalendar time = {};
-    bool isRight = hasShapeOfTime(word);
-    if (isRight) {
-        const auto number = [&](size_t offset, size_t digits) {
-            return static_cast<uint32_t>(std::stoul(word.substr(offset, digits)));
-        };
-        // Years and months that are out of range wrap around to numbers that are out of range.
-        time = {number(17, 2), number(14, 2),    number(11, 2),
-                number(8, 2),  number(5, 2) - 1, number(0, 4) - BSP_CALENDAR_FIRST_YEAR};
-        isRight = time.year <= BSP_CLOCK_YEAR_MAX && isDate(time);
-    }
-    if (!isRight)
-        throw std::invalid_argument("'" + word +
-                                    "' is no time from 1900 to 2059: give 'now', or one like "
-                                    "2026-11-21T12:34:56");
-    return time;
+    constexpr uint32_t kFirstYear = BSP_CALENDAR_FIRST_YEAR;
+    const language::CalendarTime time = language::parseCalendarTime(
+        word, kFirstYear, kFirstYear + BSP_CLOCK_YEAR_MAX, "'now', or ");
+    return {time.second, time.minute, time.hour, time.day, time.month - 1, time.year - kFirstYear};
 }
 
 ExitCode set(Console &console, const BspCalendar &wanted) {

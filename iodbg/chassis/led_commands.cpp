@@ -8,8 +8,6 @@
 #include "iodbg/core/failure.h"
 #include "iodbg/core/format.h"
 
-#include <stdexcept>
-
 namespace iodbg {
 
 namespace {
@@ -68,8 +66,8 @@ Parser stateOf(const LampKind &kind, uint32_t &target) {
         }
         try {
             number(target, kind.highestState)(word);
-        } catch (const std::invalid_argument &) {
-            throw std::invalid_argument("'" + word + "' is none of " + statesOf(kind));
+        } catch (const language::Refused &) {
+            language::refuse(word, std::string("is none of ") + statesOf(kind));
         }
     };
 }

@@ -50,7 +50,7 @@ CLI::callback_t takenBy(const std::string &name, const Parser &parser) {
         try {
             for (const std::string &word : words)
                 parser(word);
-        } catch (const std::invalid_argument &refusal) {
+        } catch (const language::Refused &refusal) {
             throw CLI::ValidationError(name, refusal.what());
         }
         return true;

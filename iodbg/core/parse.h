@@ -1,8 +1,11 @@
 #pragma once
 // Words of the command line as values. Each parser stores into its target or throws
-// std::invalid_argument with a line that says what would be right.
+// language::Refused with a line that says what would be right.
 
-#include <array>
+#include "language/bytes.h"
+#include "language/numbers.h"
+#include "language/refused.h"
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -14,15 +17,10 @@ namespace iodbg {
 /** Takes one word of the command line. */
 using Parser = std::function<void(const std::string &word)>;
 
-using Bytes = std::vector<uint8_t>;
-using Mac = std::array<uint8_t, 6>;
-
-/** A decimal number, or a hexadecimal one after 0x, from lowest to highest. */
-int64_t parseNumber(const std::string &word, int64_t lowest, int64_t highest);
-/** Bytes of two hexadecimal digits, with or without 0x before them. */
-Bytes parseHexBytes(const std::string &word);
-/** Six bytes with colons between them. */
-Mac parseMac(const std::string &word);
+using language::Bytes;
+using language::Mac;
+using language::parseMac;
+using language::parseNumber;
 
 /** Stores a number from 0 to highest. */
 Parser number(uint32_t &target, uint32_t highest = UINT32_MAX);

@@ -40,7 +40,7 @@ void addStatusCommand(Command &root) {
     const auto code = std::make_shared<std::optional<int32_t>>();
     Command &status = root.command("status", "Explain a status code, or list them all");
     status.optionalArgument("CODE", "The code; without it all codes", [code](const auto &word) {
-        *code = static_cast<int32_t>(parseNumber(word, INT32_MIN, INT32_MAX));
+        *code = parseNumber(word, INT32_MIN, INT32_MAX);
     });
     status.does([code](Console &console) {
         return console.print(*code ? describe(explain(**code)) : list(allStatuses()));

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <stdexcept>
 
 namespace iodbg {
 
@@ -77,7 +76,7 @@ bool isSwitch(const BootSetting &setting) {
     return &setting == kConsolePassword || &setting == kUserPassword;
 }
 
-/** Throws std::invalid_argument for a value that the setting cannot have. */
+/** Throws language::Refused for a value that the setting cannot have. */
 std::string parseValue(const BootSetting &setting, const std::string &value) {
     uint32_t ignored = 0;
     if (&setting == kPassword) {
@@ -85,7 +84,7 @@ std::string parseValue(const BootSetting &setting, const std::string &value) {
             return byte >= 0x20 && byte < 0x7F;
         });
         if (value.size() > BSP_BOOT_PASSWORD_MAX || !isPrintable)
-            throw std::invalid_argument("a boot password has at most 40 printable characters");
+            throw language::Refused("a boot password has at most 40 printable characters");
         return value;
     }
     if (isSwitch(setting)) {
@@ -124,13 +123,13 @@ const BootSetting &bootSetting(const std::string &name) {
             return setting;
         known += (known.empty() ? "" : "|") + std::string(setting.name);
     }
-    throw std::invalid_argument("'" + name + "' is none of " + known);
+    language::refuse(name, "is none of " + known);
 }
 
 std::string checkBootValue(const BootSetting &setting, const std::string &value) {
     try {
         return parseValue(setting, value);
-    } catch (const std::invalid_argument &refusal) {
+    } catch (const language::Refused &refusal) {
         throw Failure::usage(std::string(setting.name) + ": " + refusal.what());
     }
 }

@@ -26,7 +26,7 @@ struct BootSetting {
 extern const std::span<const BootSetting> kBootSettings;
 extern const BootSetting &kBootPassword;
 
-/** The setting of a name; throws std::invalid_argument for others. */
+/** The setting of a name; throws language::Refused for others. */
 const BootSetting &bootSetting(const std::string &name);
 
 /** The value in the setting's own form; throws Failure for one that it cannot have. */

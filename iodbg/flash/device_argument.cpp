@@ -1,8 +1,9 @@
 #include "iodbg/flash/device_argument.h"
 
+#include "language/refused.h"
+
 #include <algorithm>
 #include <iterator>
-#include <stdexcept>
 
 namespace iodbg {
 
@@ -16,9 +17,7 @@ Parser flashDevice(std::string &path) {
     return [&path](const std::string &word) {
         const auto *const known = std::find(std::begin(kPartitions), std::end(kPartitions), word);
         if (known == std::end(kPartitions) && word.find('/') == std::string::npos)
-            throw std::invalid_argument("'" + word +
-                                        "' is none of mtd0|mtd4|mtd12|mtd14, and no "
-                                        "path of a device");
+            language::refuse(word, "is none of mtd0|mtd4|mtd12|mtd14, and no path of a device");
         path = known == std::end(kPartitions) ? word : "/dev/" + word;
     };
 }

@@ -86,7 +86,7 @@ ExitCode get(Console &console, const GetArguments &arguments) {
 Parser itemName(std::string &target) {
     return [&target](const std::string &word) {
         if (word != "serial" && word != "mac" && word != "record")
-            throw std::invalid_argument("'" + word + "' is none of serial|mac|record");
+            language::refuse(word, "is none of serial|mac|record");
         target = word;
     };
 }

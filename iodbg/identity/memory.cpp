@@ -2,8 +2,6 @@
 
 #include "bsp.h"
 
-#include <stdexcept>
-
 namespace iodbg {
 
 std::string Carrier::word() const {
@@ -31,7 +29,7 @@ Parser carrier(Carrier &target) {
             target.supply = supply;
             return;
         }
-        throw std::invalid_argument("'" + word + "' is none of " + kCarrierWords);
+        language::refuse(word, std::string("is none of ") + kCarrierWords);
     };
 }
 

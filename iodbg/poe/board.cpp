@@ -5,33 +5,13 @@
 #include "iodbg/core/model.h"
 
 #include <algorithm>
-#include <stdexcept>
 
 namespace iodbg {
 
 namespace {
 
-std::vector<std::string> splitAt(const std::string &text, char separator) {
-    std::vector<std::string> parts(1);
-    for (const char character : text) {
-        if (character == separator)
-            parts.emplace_back();
-        else
-            parts.back() += character;
-    }
-    return parts;
-}
-
-uint32_t portOf(const std::string &word) {
-    return static_cast<uint32_t>(parseNumber(word, 1, BSP_POE_PORTS_MAX));
-}
-
 void addRange(std::vector<uint32_t> &ports, const std::string &word) {
-    const std::vector<std::string> ends = splitAt(word, '-');
-    const uint32_t first = portOf(ends.front());
-    const uint32_t last = portOf(ends.back());
-    if (ends.size() > 2 || last < first)
-        throw std::invalid_argument("'" + word + "' is no range of ports; give one as 1-8");
+    const auto [first, last] = language::parseRange(word, 1, BSP_POE_PORTS_MAX, "ports");
     for (uint32_t port = first; port <= last; ++port)
         ports.push_back(port);
 }
@@ -61,8 +41,11 @@ void requirePort(uint32_t port, uint32_t portCount) {
 PortList::PortList(const std::string &word) : isAll_(word == "all") {
     if (isAll_)
         return;
-    for (const std::string &part : splitAt(word, ','))
-        addRange(ports_, part);
+    size_t comma = 0;
+    for (size_t start = 0; comma != std::string::npos; start = comma + 1) {
+        comma = word.find(',', start);
+        addRange(ports_, word.substr(start, comma - start));
+    }
     std::sort(ports_.begin(), ports_.end());
     ports_.erase(std::unique(ports_.begin(), ports_.end()), ports_.end());
 }
@@ -83,7 +66,7 @@ Parser portList(PortList &target) {
 }
 
 Parser portNumber(uint32_t &target) {
-    return [&target](const std::string &word) { target = portOf(word); };
+    return numberFromOne(target, BSP_POE_PORTS_MAX);
 }
 
 } // namespace iodbg

@@ -156,7 +156,7 @@ constexpr BadWord kVboard[] = {
     {"create", "--serial", "--model 0x0709 --serial '' @new",
      "a serial number is 1 to 31 printable ASCII characters", 1},
     {"create", "--mac", "--model 0x0709 --mac 02:00 @new",
-     "a MAC address looks like 02:00:5e:10:00:00, not '02:00'", 1},
+     "'02:00' is not a MAC address: give six bytes as AA:BB:CC:DD:EE:FF", 1},
     {"create", "--cmdline", "--model 0x0709 --cmdline \xE9 @new",
      "a kernel command line is up to 1024 printable ASCII characters", 1},
     {"create", "--mtd", "--model 0x0709 --mtd 5:size=1 @new",
@@ -181,7 +181,8 @@ constexpr BadWord kVboard[] = {
      "/nowhere: No such file or directory; create a board with: vboard create", 1},
     {"get", "NAME", "@board cpld.64", "there is no cpld.64; the numbers are 0 to 63", 1},
     {"set", "NAME", "@board cpld.64 1", "there is no cpld.64; the numbers are 0 to 63", 1},
-    {"set", "VALUE", "@board cpld.1 x", "a CPLD register holds 0 to 0xFFFF, not 'x'", 1},
+    {"set", "VALUE", "@board cpld.1 x",
+     "cpld.1: 'x' is not a number from 0 to 65535 (decimal, or hexadecimal after 0x)", 1},
     {"fault add", "--device", "--device disk --effect no-answer",
      "'disk' is not a device (or the path of a file of the board); choose from: cpld, gpio, i2c, "
      "poe, mtd0, mtd4, mtd12, mtd14",

@@ -139,9 +139,10 @@ TEST_F(ClockChipTest, TimesThatThereAreNotAreRefused) {
           "2024-00-01 00:00:00", "2024-01-00 00:00:00", "1899-01-01 00:00:00",
           "2060-01-01 00:00:00", "2024-01-01 24:00:00", "2024-01-01 00:60:00",
           "2024-01-01 00:00:60", "2024-01-01 00:00:00x", "2024-01-01", "2024-1--1 00:00:00"})
-        EXPECT_NE(refusal("rtc.time", time).find("looks like"), std::string::npos) << time;
+        EXPECT_NE(refusal("rtc.time", time).find("is no time from 1900 to 2059"), std::string::npos)
+            << time;
     EXPECT_EQ(get("rtc.time"), "2024-01-01 00:00:00");
-    EXPECT_NE(refusal("rtc.battery", "low").find("'good', 'empty'"), std::string::npos);
+    EXPECT_NE(refusal("rtc.battery", "low").find("is none of good|empty"), std::string::npos);
 }
 
 } // namespace

@@ -106,7 +106,7 @@ TEST_F(CommandTest, CreateRefusesWhatWouldMakeNoBoard) {
     expectFailure(1, "exists already", {"create", "--model", "0x0709", board()});
     expectFailure(1, "'vboard list-models'", {"create", "--model", "0x0001", path("other")});
     expectFailure(1, "'vboard list-models'", {"create", "--model", "switch", path("other")});
-    expectFailure(1, "02:00:5e:10:00:00",
+    expectFailure(1, "six bytes as AA:BB:CC:DD:EE:FF",
                   {"create", "--model", "0x0709", "--mac", "1:2:3", path("other")});
     expectFailure(1, "1 to 31", {"create", "--model", "0x0709", "--serial", "", path("other")});
     expectFailure(1, "create it first", {"create", "--model", "0x0709", path("none/board")});
@@ -313,7 +313,7 @@ TEST_F(CommandTest, SetChangesWhatProgramsSee) {
     EXPECT_EQ(vboard({"set", board(), "cpld.1", "0x0809"}), "");
     EXPECT_EQ(showDeviceId(), "0x0809\n");
     const auto before = contentOf(board());
-    expectFailure(1, "pairs of hexadecimal digits", {"set", board(), "eeprom.board", "abc"});
+    expectFailure(1, "two hexadecimal digits for each", {"set", board(), "eeprom.board", "abc"});
     expectFailure(1, "can only be read", {"set", board(), "model", "0x0809"});
     EXPECT_EQ(contentOf(board()), before);
 }

@@ -124,7 +124,7 @@ TEST_F(FlashCommandTest, FlashIsReadAndSetByName) {
     expectFailure(1, "of up to 1048576 bytes", {"get", board(), "flash.12.content"});
     expectFailure(1, "bytes 0 to 262143", {"get", board(), "flash.4.content@262143+2"});
     expectFailure(1, "would end behind them", {"set", board(), "flash.4.content@262143", "0000"});
-    expectFailure(1, "pairs of hexadecimal digits", {"set", board(), "flash.4.content", "0"});
+    expectFailure(1, "two hexadecimal digits for each", {"set", board(), "flash.4.content", "0"});
 
     vboard({"set", board(), "flash.14.bad-blocks", "0,7,323"});
     EXPECT_EQ(vboard({"get", board(), "flash.14.bad-blocks"}), "0,7,323\n");
@@ -133,7 +133,8 @@ TEST_F(FlashCommandTest, FlashIsReadAndSetByName) {
     vboard({"set", board(), "flash.14.bad-blocks", "none"});
     EXPECT_EQ(vboard({"get", board(), "flash.14.bad-blocks"}), "none\n");
     expectFailure(1, "only NAND", {"set", board(), "flash.4.bad-blocks", "1"});
-    expectFailure(1, "'yes' or 'no'", {"set", board(), "flash.4.write-protected", "1"});
+    expectFailure(1, "write-protected: '1' is none of no|yes",
+                  {"set", board(), "flash.4.write-protected", "1"});
     expectFailure(1, "can only be read", {"set", board(), "flash.4.geometry", "nor"});
     expectFailure(1, "can only be read", {"set", board(), "flash.4.erase-counts", "0"});
     expectFailure(1, "the numbers are 0, 4, 12 and 14", {"get", board(), "flash.1.geometry"});

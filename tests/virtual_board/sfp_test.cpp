@@ -391,7 +391,7 @@ TEST_F(SfpTest, TheWorldWritesPages) {
 }
 
 TEST_F(SfpTest, BadNamesAndValuesAreRefused) {
-    EXPECT_NE(refusal("sfp.49.module", "zr").find("'copper-mode4'"), std::string::npos);
+    EXPECT_NE(refusal("sfp.49.module", "zr").find("|copper-mode4|"), std::string::npos);
     for (const auto &[name, value] : {std::pair{"sfp.49.link", "up"},
                                       {"sfp.49.state", "good"},
                                       {"sfp.49.rx-power", "1"},
@@ -401,10 +401,10 @@ TEST_F(SfpTest, BadNamesAndValuesAreRefused) {
     set("sfp.49.module", "dac");
     EXPECT_NE(refusal("sfp.49.rx-power", "5").find("receives no light"), std::string::npos);
     EXPECT_NE(refusal("sfp.49.diagnostics").find("has no diagnostics"), std::string::npos);
-    EXPECT_NE(refusal("sfp.49.link", "maybe").find("'down', 'up'"), std::string::npos);
+    EXPECT_NE(refusal("sfp.49.link", "maybe").find("none of down|up"), std::string::npos);
     set("sfp.49.module", "sr");
     EXPECT_NE(refusal("sfp.49.rx-power", "6554").find("0 to 6553"), std::string::npos);
-    EXPECT_NE(refusal("sfp.49.state", "ill").find("'tx-fault'"), std::string::npos);
+    EXPECT_NE(refusal("sfp.49.state", "ill").find("none of good|tx-fault|dead"), std::string::npos);
 }
 
 } // namespace

@@ -145,24 +145,24 @@ TEST_F(WorldTest, BadNamesAndValuesAreRefusedWithWhatWouldBeRight) {
         {"model", "0x0109", "can only be read"},
         {"clock", "1", "can only be read"},
         {"gpio.1.direction", "input", "can only be read"},
-        {"time", "fast", "'real' or 'virtual'"},
+        {"time", "fast", "time: 'fast' is none of real|virtual"},
         {"cpld.64", "0", "the numbers are 0 to 63"},
         {"cpld.-1", "0", "there is no property"},
         {"cpld.", "0", "there is no property"},
         {"cpld.1x", "0", "there is no property"},
         {"cpld.1@2", "0", "has no parts"},
-        {"cpld.1", "0x10000", "0 to 0xFFFF"},
-        {"cpld.1", "", "0 to 0xFFFF"},
-        {"cpld.1", "0x", "0 to 0xFFFF"},
+        {"cpld.1", "0x10000", "cpld.1: '0x10000' is not a number from 0 to 65535"},
+        {"cpld.1", "", "not a number from 0 to 65535"},
+        {"cpld.1", "0x", "not a number from 0 to 65535"},
         {"gpio.32", "0", "the numbers are 0 to 31"},
-        {"gpio.1", "2", "0 or 1"},
+        {"gpio.1", "2", "not a number from 0 to 1"},
         {"supply.0.present", "no", "the numbers are 1 to 2"},
         {"supply.3.present", "no", "the numbers are 1 to 2"},
-        {"supply.1.present", "maybe", "'yes' or 'no'"},
-        {"eeprom.board", "abc", "pairs of hexadecimal digits"},
-        {"eeprom.board", "0g", "pairs of hexadecimal digits"},
-        {"eeprom.board", "+1", "pairs of hexadecimal digits"},
-        {"eeprom.board", "", "pairs of hexadecimal digits"},
+        {"supply.1.present", "maybe", "is none of no|yes"},
+        {"eeprom.board", "abc", "two hexadecimal digits for each"},
+        {"eeprom.board", "0g", "other characters than hexadecimal digits"},
+        {"eeprom.board", "+1", "other characters than hexadecimal digits"},
+        {"eeprom.board", "", "two hexadecimal digits for each"},
         {"eeprom.board@1023", "0000", "would end behind"},
         {"eeprom.board@4294967295", "00", "would end behind"},
         {"eeprom.board@0+1", "00", "leave out '+LENGTH'"},
@@ -171,9 +171,9 @@ TEST_F(WorldTest, BadNamesAndValuesAreRefusedWithWhatWouldBeRight) {
         {"eeprom.supply3", "00", "the numbers are 1 to 2"},
         {"identity.serial", "", "1 to 31 printable"},
         {"identity.serial", "12345678901234567890123456789012", "1 to 31 printable"},
-        {"identity.mac", "02:00:5e:10:00", "02:00:5e:10:00:00"},
-        {"identity.mac", "02:00:5e:10:00:0g", "02:00:5e:10:00:00"},
-        {"identity.mac", "02-00-5e-10-00-00", "02:00:5e:10:00:00"},
+        {"identity.mac", "02:00:5e:10:00", "six bytes as AA:BB:CC:DD:EE:FF"},
+        {"identity.mac", "02:00:5e:10:00:0g", "six bytes as AA:BB:CC:DD:EE:FF"},
+        {"identity.mac", "02-00-5e-10-00-00", "six bytes as AA:BB:CC:DD:EE:FF"},
         {"nothing", "0", "'vboard get DIR' lists them"},
     };
     const vb::Devices before = devices();
@@ -212,10 +212,10 @@ TEST_F(WorldTest, BadDevicesAreRefused) {
     const struct {
         const char *value, *reason;
     } cases[] = {{"", "'none' or its parts"},
-                 {"class=9", "class is 0 to 8"},
-                 {"class", "class is 0 to 8"},
-                 {"signature=nice", "good, bad, legacy, short or open"},
-                 {"draws=200001", "draws is 0 to 200000"},
+                 {"class=9", "poe.1.device: class: '9' is not a number from 0 to 8"},
+                 {"class", "class: '' is not a number from 0 to 8"},
+                 {"signature=nice", "signature: 'nice' is none of good|bad|legacy|short|open"},
+                 {"draws=200001", "draws: '200001' is not a number from 0 to 200000"},
                  {"colour=red", "no part of a device"}};
     for (const auto &[value, reason] : cases)
         EXPECT_NE(refusal("poe.1.device", value).find(reason), std::string::npos)
@@ -252,8 +252,8 @@ TEST_F(WorldTest, SuppliesAreSetAndRead) {
     set("supply.1.line.type", "0");
     EXPECT_EQ(bspPowerTypeGet(1, &value), BSP_OK);
     EXPECT_EQ(value, 2);
-    EXPECT_NE(refusal("supply.1.temperature1", "--1").find("0 to 1000"), std::string::npos);
-    EXPECT_NE(refusal("supply.1.input", "bad").find("'failed' or 'good'"), std::string::npos);
+    EXPECT_NE(refusal("supply.1.temperature1", "--1").find("-1000 to 1000"), std::string::npos);
+    EXPECT_NE(refusal("supply.1.input", "bad").find("is none of good|failed"), std::string::npos);
 }
 
 TEST_F(WorldTest, WatchdogResetAndPowerAreShown) {

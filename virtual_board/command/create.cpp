@@ -4,8 +4,6 @@
 #include "virtual_board/words/flash_text.h"
 #include "virtual_board/words/values.h"
 
-#include <algorithm>
-
 namespace vboard {
 
 namespace {
@@ -25,11 +23,7 @@ void create(const CreateArguments &arguments) {
     options.time = arguments.time == "virtual" ? vb::TimeMode::Virtual : vb::TimeMode::Real;
     options.serial = arguments.serial;
     options.commandLine = arguments.commandLine;
-    const auto mac = vb::parseMac(arguments.mac);
-    if (!mac.has_value())
-        throw vb::Refused("a MAC address looks like 02:00:5e:10:00:00, not '" + arguments.mac +
-                          "'");
-    std::copy(mac->begin(), mac->end(), options.mac.begin());
+    options.mac = language::parseMac(arguments.mac);
     for (const std::string &geometry : arguments.flash)
         vb::changeGeometry(options.flash, geometry);
     vb::FolderError error = {};

@@ -82,7 +82,7 @@ void addCreate(CLI::App &app, Arguments &arguments, Command &todo) {
     create.time = "real";
     create.serial = usual.serial;
     create.commandLine = usual.commandLine;
-    create.mac = vb::macText(usual.mac.data());
+    create.mac = vb::macText(usual.mac);
 
     CLI::App &command =
         addCommand(app, "create", "Make a new board in a folder that is not there yet, or is empty",

@@ -10,7 +10,8 @@ namespace vb {
 /** "2024-02-29 23:59:59". */
 std::string clockTimeText(const ClockTime &time);
 
-/** The time of such a text; others, and times that there are not, throw Refused. */
+/** The time of such a text, or of one with a T in the middle; others, and times that there are not,
+    throw Refused. */
 ClockTime parseClockTime(const std::string &text);
 
 } // namespace vb

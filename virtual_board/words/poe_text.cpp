@@ -13,18 +13,13 @@ constexpr const char *kPhases[] = {"disabled",    "idle",       "detecting", "cl
                                    "powering-up", "delivering", "denied",    "fault"};
 
 uint32_t numberOf(const std::string &name, const std::string &text, uint32_t max) {
-    const auto number = parseNumber(text, max);
-    if (!number.has_value())
-        throw Refused(name + " is 0 to " + std::to_string(max) + ", not '" + text + "'");
-    return *number;
+    return language::about(name, [&] { return language::parseNumber<uint32_t>(text, 0, max); });
 }
 
 PoeSignature signatureOf(const std::string &text) {
-    for (size_t i = 0; i < std::size(kSignatures); ++i) {
-        if (text == kSignatures[i])
-            return static_cast<PoeSignature>(i);
-    }
-    throw Refused("a signature is good, bad, legacy, short or open, not '" + text + "'");
+    return language::about("signature", [&] {
+        return static_cast<PoeSignature>(language::parseChoice(text, kSignatures));
+    });
 }
 
 void setPart(PoweredDevice &device, const std::string &word) {

@@ -17,7 +17,7 @@ const char *sfpKindText(SfpKind kind) {
 }
 
 SfpKind sfpKindOf(const std::string &text) {
-    return static_cast<SfpKind>(wordIndex(text, kKinds));
+    return static_cast<SfpKind>(language::parseChoice(text, kKinds));
 }
 
 } // namespace vb

@@ -91,7 +91,8 @@ json i2cJson(const TraceRecord &record) {
             {"device", record.devAddr},
             {"offset", record.offset},
             {"length", static_cast<int32_t>(record.length)},
-            {"data", isServed(record) ? json(hexText(record.data, record.stored)) : json()}};
+            {"data",
+             isServed(record) ? json(language::hexText({record.data, record.stored})) : json()}};
 }
 
 /** What only this kind of request has. */

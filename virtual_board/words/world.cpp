@@ -23,19 +23,19 @@ using Target = PropertyTarget;
 
 // Model and time
 
+constexpr const char *kTimeModes[] = {"real", "virtual"};
+
 std::string getModel(const Target &target) {
     return hex16Text(target.board().header.devId);
 }
 
 std::string getTime(const Target &target) {
-    return target.board().clock.mode == TimeMode::Virtual ? "virtual" : "real";
+    return kTimeModes[target.board().clock.mode == TimeMode::Virtual];
 }
 
 void setTime(const Target &target, const std::string &value) {
-    if (value != "real" && value != "virtual")
-        throw Refused("time is 'real' or 'virtual', not '" + value + "'");
-    setTimeMode(target.board().clock, value == "real" ? TimeMode::Real : TimeMode::Virtual,
-                hostNow());
+    const bool isVirtual = language::parseChoice(value, kTimeModes) != 0;
+    setTimeMode(target.board().clock, isVirtual ? TimeMode::Virtual : TimeMode::Real, hostNow());
 }
 
 std::string getClock(const Target &target) {
@@ -86,10 +86,7 @@ std::string getCpld(const Target &target) {
 }
 
 void setCpld(const Target &target, const std::string &value) {
-    const auto content = parseNumber(value, 0xFFFF);
-    if (!content.has_value())
-        throw Refused("a CPLD register holds 0 to 0xFFFF, not '" + value + "'");
-    target.devices().cpld.reg[target.number] = static_cast<uint16_t>(*content);
+    target.devices().cpld.reg[target.number] = language::parseNumber<uint16_t>(value, 0, 0xFFFF);
 }
 
 std::string getGpio(const Target &target) {
@@ -106,10 +103,7 @@ std::string getLogic(const Target &target) {
 }
 
 void setGpio(const Target &target, const std::string &value) {
-    const auto level = parseNumber(value, 1);
-    if (!level.has_value())
-        throw Refused("a line's level is 0 or 1, not '" + value + "'");
-    target.devices().gpio.external[target.number] = static_cast<uint8_t>(*level);
+    target.devices().gpio.external[target.number] = language::parseNumber<uint8_t>(value, 0, 1);
 }
 
 std::string getDirection(const Target &target) {
@@ -151,8 +145,8 @@ std::string getSerial(const Target &target) {
     std::string text;
     for (uint32_t i = 0; i < kFactorySerialSize && serial[i] != 0; ++i) {
         const bool isPlain = serial[i] >= ' ' && serial[i] <= '~' && serial[i] != '\\';
-        text +=
-            isPlain ? std::string(1, static_cast<char>(serial[i])) : "\\x" + hexText(serial + i, 1);
+        text += isPlain ? std::string(1, static_cast<char>(serial[i]))
+                        : "\\x" + language::hexText({serial + i, 1});
     }
     return text;
 }
@@ -164,15 +158,13 @@ void setSerial(const Target &target, const std::string &value) {
 }
 
 std::string getMac(const Target &target) {
-    return macText(factoryMac(target.devices().eeprom));
+    return macText({factoryMac(target.devices().eeprom), kFactoryMacSize});
 }
 
 void setMac(const Target &target, const std::string &value) {
-    const auto bytes = parseMac(value);
-    if (!bytes.has_value())
-        throw Refused("a MAC address looks like 02:00:5e:10:00:00, not '" + value + "'");
+    const language::Mac bytes = language::parseMac(value);
     uint8_t mac[kFactoryMacSize];
-    std::memcpy(mac, bytes->data(), sizeof(mac));
+    std::memcpy(mac, bytes.data(), sizeof(mac));
     setFactoryMac(target.devices().eeprom, mac);
 }
 
@@ -360,14 +352,12 @@ std::vector<uint8_t> bytesToSet(const PropertyTarget &target, const std::string 
     const uint32_t offset = target.offset.value_or(0);
     if (target.length.has_value())
         throw Refused("the bytes tell how many are set; leave out '+LENGTH'");
-    const auto bytes = parseHex(value);
-    if (!bytes.has_value())
-        throw Refused("bytes are pairs of hexadecimal digits, like 00ff12");
-    if (offset >= size || bytes->size() > size - offset)
+    const std::vector<uint8_t> bytes = language::parseBytes(value);
+    if (offset >= size || bytes.size() > size - offset)
         throw Refused("the " + what + " has bytes 0 to " + std::to_string(size - 1) + "; " +
-                      std::to_string(bytes->size()) + " bytes from " + std::to_string(offset) +
+                      std::to_string(bytes.size()) + " bytes from " + std::to_string(offset) +
                       " on would end behind them");
-    return *bytes;
+    return bytes;
 }
 
 std::string bytesText(const PropertyTarget &target, const uint8_t *bytes, uint32_t size,
@@ -377,7 +367,7 @@ std::string bytesText(const PropertyTarget &target, const uint8_t *bytes, uint32
     if (length == 0 || offset >= size || length > size - offset)
         throw Refused("the " + what + " has bytes 0 to " + std::to_string(size - 1) +
                       "; give a range inside: @OFFSET+LENGTH");
-    return hexText(bytes + offset, length);
+    return language::hexText({bytes + offset, length});
 }
 
 std::vector<Property> properties(const BoardFolder &folder) {
@@ -414,7 +404,7 @@ void setProperty(const BoardFolder &folder, const std::string &name, const std::
     if (found.type->set == nullptr)
         throw Refused(name + " can only be read");
     bringUpToDate(folder);
-    found.type->set(found.target, value);
+    language::about(name, [&] { found.type->set(found.target, value); });
     bringUpToDate(folder);
 }
 

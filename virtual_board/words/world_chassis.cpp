@@ -30,7 +30,7 @@ std::string getFanPresent(const Target &target) {
 
 void setFanPresent(const Target &target, const std::string &value) {
     Fan &fan = fanOf(target);
-    fan.isPresent = wordIndex(value, kYesNo);
+    fan.isPresent = language::parseChoice(value, kYesNo);
     if (fan.isPresent == 0)
         fan.rpm = 0;
 }
@@ -40,7 +40,7 @@ std::string getFanState(const Target &target) {
 }
 
 void setFanState(const Target &target, const std::string &value) {
-    fanOf(target).state = static_cast<FanState>(wordIndex(value, kFanStates));
+    fanOf(target).state = static_cast<FanState>(language::parseChoice(value, kFanStates));
 }
 
 std::string getFanSpeed(const Target &target) {
@@ -54,7 +54,7 @@ std::string getAmbient(const Target &target) {
 }
 
 void setAmbient(const Target &target, const std::string &value) {
-    target.devices().climate.ambient = numberFrom(kColdest, kHottest, value, "the ambient");
+    target.devices().climate.ambient = language::parseNumber(value, kColdest, kHottest);
 }
 
 /** Degrees with one decimal. */
@@ -75,7 +75,8 @@ std::string getSensorState(const Target &target) {
 }
 
 void setSensorState(const Target &target, const std::string &value) {
-    target.devices().climate.sensor = static_cast<SensorState>(wordIndex(value, kSensorStates));
+    target.devices().climate.sensor =
+        static_cast<SensorState>(language::parseChoice(value, kSensorStates));
 }
 
 // Clock
@@ -93,7 +94,7 @@ std::string getBattery(const Target &target) {
 }
 
 void setBattery(const Target &target, const std::string &value) {
-    target.devices().clockChip.isBatteryEmpty = wordIndex(value, kBatteries);
+    target.devices().clockChip.isBatteryEmpty = language::parseChoice(value, kBatteries);
 }
 
 constexpr PropertyType kChassisProperties[] = {

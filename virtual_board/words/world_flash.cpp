@@ -14,6 +14,8 @@ namespace {
 
 using Target = PropertyTarget;
 
+constexpr const char *kNoYes[] = {"no", "yes"};
+
 Flash &flashOf(const Target &target) {
     return target.devices().flash[flashIndex(target.number)];
 }
@@ -52,13 +54,11 @@ void setBadBlocks(const Target &target, const std::string &value) {
 }
 
 std::string getProtected(const Target &target) {
-    return flashOf(target).isWriteProtected != 0 ? "yes" : "no";
+    return kNoYes[flashOf(target).isWriteProtected];
 }
 
 void setProtected(const Target &target, const std::string &value) {
-    if (value != "yes" && value != "no")
-        throw Refused("write protection is 'yes' or 'no', not '" + value + "'");
-    flashOf(target).isWriteProtected = value == "yes" ? 1 : 0;
+    flashOf(target).isWriteProtected = language::parseChoice(value, kNoYes);
 }
 
 std::string getErases(const Target &target) {
@@ -81,7 +81,7 @@ std::string getContent(const Target &target) {
     const FlashContent content(target.folder, flashIndex(target.number));
     if (!content.load(offset, bytes.data(), length))
         throw Refused("the flash's content cannot be read");
-    return hexText(bytes.data(), bytes.size());
+    return language::hexText(bytes);
 }
 
 void setContent(const Target &target, const std::string &value) {

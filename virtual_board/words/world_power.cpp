@@ -19,39 +19,28 @@ namespace {
 
 using Target = PropertyTarget;
 
-uint32_t numberOf(const std::string &value, uint32_t max, const std::string &what) {
-    const auto number = parseNumber(value, max);
-    if (!number.has_value())
-        throw Refused(what + " is 0 to " + std::to_string(max) + ", not '" + value + "'");
-    return *number;
-}
-
-/** Which of two words a value is. */
-bool isFirst(const std::string &value, const char *first, const char *second) {
-    if (value != first && value != second)
-        throw Refused("give '" + std::string(first) + "' or '" + second + "', not '" + value + "'");
-    return value == first;
-}
+constexpr const char *kPresences[] = {"no", "yes"};
+constexpr const char *kConditions[] = {"good", "failed"};
 
 // Supplies
 
 std::string getPresent(const Target &target) {
-    return target.supply().isPresent != 0 ? "yes" : "no";
+    return kPresences[target.supply().isPresent];
 }
 
 void setPresent(const Target &target, const std::string &value) {
-    target.supply().isPresent = isFirst(value, "yes", "no") ? 1 : 0;
+    target.supply().isPresent = language::parseChoice(value, kPresences);
     driveSupplyLines(target.board(), target.number - 1);
 }
 
 template <uint32_t PmbusSupply::*flag>
 std::string getFailed(const Target &target) {
-    return target.supply().pmbus.*flag != 0 ? "failed" : "good";
+    return kConditions[target.supply().pmbus.*flag];
 }
 
 template <uint32_t PmbusSupply::*flag>
 void setFailed(const Target &target, const std::string &value) {
-    target.supply().pmbus.*flag = isFirst(value, "failed", "good") ? 1 : 0;
+    target.supply().pmbus.*flag = language::parseChoice(value, kConditions);
     driveSupplyLines(target.board(), target.number - 1);
 }
 
@@ -62,7 +51,7 @@ std::string getAmount(const Target &target) {
 
 template <uint32_t PmbusSupply::*field, uint32_t max>
 void setAmount(const Target &target, const std::string &value) {
-    target.supply().pmbus.*field = numberOf(value, max, "this");
+    target.supply().pmbus.*field = language::parseNumber<uint32_t>(value, 0, max);
 }
 
 template <uint32_t index>
@@ -72,10 +61,8 @@ std::string getDegrees(const Target &target) {
 
 template <uint32_t index>
 void setDegrees(const Target &target, const std::string &value) {
-    const bool isNegative = value.starts_with('-');
-    const auto degrees = static_cast<int32_t>(
-        numberOf(value.substr(isNegative ? 1 : 0), kPmbusMostDegrees, "a temperature's amount"));
-    target.supply().pmbus.degrees[index] = isNegative ? -degrees : degrees;
+    target.supply().pmbus.degrees[index] =
+        language::parseNumber(value, -kPmbusMostDegrees, kPmbusMostDegrees);
 }
 
 // Single lines of a supply
@@ -87,7 +74,7 @@ std::string getLine(const Target &target) {
 
 template <CpldLine (*lineOf)(uint32_t)>
 void setLine(const Target &target, const std::string &value) {
-    const bool level = numberOf(value, 1, "a line's level") != 0;
+    const bool level = language::parseNumber(value, 0, 1) != 0;
     cpldDrive(target.devices().cpld, lineOf(target.number), level);
 }
 
@@ -121,7 +108,8 @@ std::string getController(const Target &target) {
 }
 
 void setController(const Target &target, const std::string &value) {
-    poeOf(target).isMissing = isFirst(value, "missing", "present") ? 1 : 0;
+    constexpr const char *kPresence[] = {"present", "missing"};
+    poeOf(target).isMissing = language::parseChoice(value, kPresence) != 0 ? 1 : 0;
     drivePoeLine(target.board());
 }
 

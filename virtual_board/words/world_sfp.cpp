@@ -48,7 +48,7 @@ std::string getSfpState(const Target &target) {
 }
 
 void setSfpState(const Target &target, const std::string &value) {
-    pluggedModuleOf(target).state = static_cast<SfpState>(wordIndex(value, kSfpStates));
+    pluggedModuleOf(target).state = static_cast<SfpState>(language::parseChoice(value, kSfpStates));
 }
 
 std::string getLink(const Target &target) {
@@ -56,7 +56,7 @@ std::string getLink(const Target &target) {
 }
 
 void setLink(const Target &target, const std::string &value) {
-    pluggedModuleOf(target).isLinkUp = wordIndex(value, kLinks);
+    pluggedModuleOf(target).isLinkUp = language::parseChoice(value, kLinks);
 }
 
 std::string getRxPower(const Target &target) {
@@ -69,8 +69,7 @@ void setRxPower(const Target &target, const std::string &value) {
     if (!sfpIsOptical(module))
         throw Refused("a module of kind " + std::string(sfpKindText(module.kind)) +
                       " receives no light; set its link");
-    module.microwatts = static_cast<uint32_t>(
-        numberFrom(0, kSfpMostMicrowatts, value, "the received power in microwatts"));
+    module.microwatts = language::parseNumber<uint32_t>(value, 0, kSfpMostMicrowatts);
     module.isLinkUp = 1;
 }
 
@@ -120,10 +119,8 @@ std::string getMdio(const Target &target) {
 
 template <uint32_t first>
 void setMdio(const Target &target, const std::string &value) {
-    const auto content = parseNumber(value, 0xFFFF);
-    if (!content.has_value())
-        throw Refused("an MDIO register holds 0 to 0xFFFF, not '" + value + "'");
-    target.devices().mdio.reg[first][target.number] = static_cast<uint16_t>(*content);
+    target.devices().mdio.reg[first][target.number] =
+        language::parseNumber<uint16_t>(value, 0, 0xFFFF);
 }
 
 std::string getMdioState(const Target &target) {
@@ -131,7 +128,7 @@ std::string getMdioState(const Target &target) {
 }
 
 void setMdioState(const Target &target, const std::string &value) {
-    target.devices().mdio.state = static_cast<MdioState>(wordIndex(value, kMdioStates));
+    target.devices().mdio.state = static_cast<MdioState>(language::parseChoice(value, kMdioStates));
 }
 
 std::string getBusyPolls(const Target &target) {
@@ -139,8 +136,7 @@ std::string getBusyPolls(const Target &target) {
 }
 
 void setBusyPolls(const Target &target, const std::string &value) {
-    target.devices().mdio.busyPolls = static_cast<uint32_t>(
-        numberFrom(1, kMdioMostBusyPolls, value, "the number of polls that find a command busy"));
+    target.devices().mdio.busyPolls = language::parseNumber<uint32_t>(value, 1, kMdioMostBusyPolls);
 }
 
 /** "mdio.7.#": a row of registers for each first field of the address. */

@@ -1,0 +1,23 @@
+#pragma once
+// Texts that come from outside, as messages and reports show them.
+
+#include "language/bytes.h"
+
+#include <cstddef>
+#include <string>
+
+namespace language {
+
+/** The text in a zero-padded field. Bytes that are not printable ASCII appear as \xNN. */
+std::string fieldText(ByteView field);
+
+/** The same of a text. */
+std::string printable(const std::string &text);
+
+/** The beginning of a text that is longer than this, with dots behind it. */
+std::string shortened(const std::string &text, size_t longest);
+
+/** A word of the user's or of a file's in a message: short, printable, between quotes. */
+std::string quoted(const std::string &word);
+
+} // namespace language
