@@ -1,7 +1,6 @@
 // iodbg: the board's diagnostic command line.
 
 #include "iodbg/commands.h"
-#include "iodbg/core/command_line.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/poe/debug.h"
@@ -14,23 +13,15 @@
 namespace {
 
 using namespace iodbg;
+using namespace command_line;
 
 ExitCode runCommand(Console &console, int argc, const char *const *argv) {
     if (isPoeDebug(argc, argv))
         return runPoeDebug(console, argc, argv);
-    Program program = {
-        {"iodbg", "Reads and changes what is on the board: identity, EEPROMs, power supplies, "
-                  "fans, temperature, clock, LEDs, watchdog, PoE, SFP modules, flash, upgrades, "
-                  "boot settings, CPLD registers, I2C devices, GPIO lines, MDIO registers; "
-                  "judges and watches the unit."},
-        "'iodbg COMMAND --help' shows a command's options and examples.\n\n" +
-            std::string(kExitCodeHelp),
-        "iodbg " IODBG_VERSION,
-        console.isJson()};
-    program.root.isGroup = true;
-    addCommands(program.root);
+    Tool tool = makeTool(console.isJson());
     const std::span words(argv, static_cast<size_t>(argc));
-    return parseCommandLine(program, words.subspan(words.empty() ? 0 : 1))(console);
+    const Action action = actionFor(tool, words.subspan(words.empty() ? 0 : 1));
+    return static_cast<ExitCode>(action(console));
 }
 
 /** Runs a command; what it throws becomes a message and an exit code. */
@@ -39,6 +30,8 @@ ExitCode runReported(Console &console, int argc, const char *const *argv) {
         return runCommand(console, argc, argv);
     } catch (const Failure &failure) {
         return console.print(failure);
+    } catch (const WrongUsage &mistake) {
+        return console.print(Failure::usage(mistake.what()));
     } catch (const std::exception &exception) {
         return console.print(Failure(ExitCode::Host, exception.what()));
     }

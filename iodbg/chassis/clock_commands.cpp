@@ -81,13 +81,21 @@ ExitCode sync(Console &console) {
 }
 
 void defineClock(Command &clock) {
-    clock.command("get", "Show both").does(showBoth);
+    clock.command("get", "Show both")
+        .detail("Their difference, too.")
+        .example("iodbg clock get")
+        .does(showBoth);
     const auto time = std::make_shared<BspCalendar>();
     Command &setCommand = clock.command("set", "Set the clock chip and read it back");
-    setCommand.argument("TIME", "'now' (the system clock), or local time like 2026-11-21T12:34:56",
-                        [time](const std::string &word) { *time = parseTime(word); });
+    setCommand.argument(
+        "TIME", "'now' (the system clock), or local time like 2026-11-21T12:34:56",
+        offering("now", [time](const std::string &word) { *time = parseTime(word); }));
+    setCommand.example("iodbg clock set now").example("iodbg clock set 2026-11-21T12:34:56");
     setCommand.does([time](Console &console) { return set(console, *time); });
-    clock.command("sync", "Set the system clock from the chip").does(sync);
+    clock.command("sync", "Set the system clock from the chip")
+        .detail("That takes root.")
+        .example("iodbg clock sync")
+        .does(sync);
 }
 
 } // namespace

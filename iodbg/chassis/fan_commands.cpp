@@ -41,11 +41,12 @@ ExitCode set(Console &console, uint32_t level) {
 }
 
 void defineFan(Command &fan) {
-    fan.command("get", "Show level, presence and speed").does(show);
+    fan.command("get", "Show level, presence and speed").example("iodbg fan get").does(show);
     const auto level = std::make_shared<uint32_t>(0);
     Command &setCommand = fan.command("set", "Set the level of all fans and read it back");
     setCommand.argument("LEVEL", "1 (slowest) to 10",
                         numberWithin(*level, BSP_FAN_LEVEL_MIN, BSP_FAN_LEVEL_MAX));
+    setCommand.example("iodbg fan set 5");
     setCommand.does([level](Console &console) { return set(console, *level); });
 }
 

@@ -16,13 +16,16 @@ constexpr uint32_t kPortsPerRegister = 16;
 constexpr int kRegisterDigits = 4;
 
 constexpr LampKind kKinds[] = {
-    {BSP_LED_SYSTEM, "system", "System lamp", nullptr, 1, BSP_LED_STATE_3, kLampRegister, 0, 2},
-    {BSP_LED_4, "lamp4", "Lamp 4", nullptr, 1, BSP_LED_STATE_1, kLampRegister, 4, 1},
-    {BSP_LED_5, "lamp5", "Lamp 5", nullptr, 1, BSP_LED_STATE_1, kLampRegister, 5, 1},
+    {BSP_LED_SYSTEM, "system", "System lamp", nullptr, 1, BSP_LED_STATE_3, kLampRegister, 0, 2,
+     "iodbg led set system 2"},
+    {BSP_LED_4, "lamp4", "Lamp 4", nullptr, 1, BSP_LED_STATE_1, kLampRegister, 4, 1,
+     "iodbg led set lamp4 on"},
+    {BSP_LED_5, "lamp5", "Lamp 5", nullptr, 1, BSP_LED_STATE_1, kLampRegister, 5, 1,
+     "iodbg led set lamp5 off"},
     {BSP_LED_INDEXED, "indexed", "Indexed lamp", "LAMP", BSP_LED_INDEXED_MAX, BSP_LED_STATE_1,
-     kLampRegister, 6, 1},
+     kLampRegister, 6, 1, "iodbg led set indexed 3 on"},
     {BSP_LED_POE_PORT, "poe", "LED of a PoE port", "PORT", BSP_POE_PORTS_MAX, BSP_POE_LED_ON,
-     kPoeRegister, 0, 1},
+     kPoeRegister, 0, 1, "iodbg led set poe 17 on"},
 };
 constexpr const LampKind &kSystem = kKinds[0];
 constexpr const LampKind &kLamp4 = kKinds[1];

@@ -20,6 +20,7 @@ struct LampKind {
     uint32_t reg;
     uint32_t lowestBit;
     uint32_t width;
+    const char *example;
 
     uint32_t registerOf(uint32_t lamp) const;
     uint32_t bitOf(uint32_t lamp) const;

@@ -79,20 +79,26 @@ void addSet(Command &setGroup, const LampKind &kind) {
     if (kind.index != nullptr)
         command.argument(kind.index, "1-" + std::to_string(kind.lamps),
                          numberFromOne(setting->lamp, kind.lamps));
-    command.argument("STATE", statesOf(kind), stateOf(kind, setting->state));
+    command.argument("STATE", statesOf(kind),
+                     offering(statesOf(kind), stateOf(kind, setting->state)));
+    command.example(kind.example);
     command.does([&kind, setting](Console &console) { return set(console, kind, *setting); });
+}
+
+void defineLed(Command &led) {
+    led.example("iodbg led");
+    led.does(show);
+    led.command("get", "Show the lamps").example("iodbg led get --json").does(show);
+    Command &setGroup = led.group("set", "Set a lamp and read it back");
+    for (const LampKind &kind : kLampKinds)
+        addSet(setGroup, kind);
 }
 
 } // namespace
 
 void addLedCommands(Command &root) {
-    Command &led = root.command("led", "Lamps of the front panel; alone it shows them");
-    led.onlyAfter(requireKernelModule);
-    led.does(show);
-    led.command("get", "Show the lamps").does(show);
-    Command &setGroup = led.group("set", "Set a lamp and read it back");
-    for (const LampKind &kind : kLampKinds)
-        addSet(setGroup, kind);
+    root.command("led", "Lamps of the front panel; alone it shows them", defineLed)
+        .onlyAfter(requireKernelModule);
 }
 
 } // namespace iodbg

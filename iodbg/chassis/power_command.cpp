@@ -51,6 +51,7 @@ void addPowerCommand(Command &root) {
                              [supply](const std::string &word) {
                                  numberFromOne(supply->emplace(), BSP_SUPPLIES_MAX)(word);
                              });
+    command.example("iodbg power").example("iodbg power 2 --json");
     command.onlyAfter(requireKernelModule);
     command.does([supply](Console &console) { return power(console, *supply); });
 }

@@ -26,7 +26,9 @@ ExitCode pulse(Console &console) {
 }
 
 void definePtp(Command &ptp) {
-    ptp.command("pulse", "Give a low pulse on the trigger line").does(pulse);
+    ptp.command("pulse", "Give a low pulse on the trigger line")
+        .example("iodbg ptp pulse")
+        .does(pulse);
 }
 
 } // namespace

@@ -31,6 +31,8 @@ void addRebootCommand(Command &root) {
         "reboot", "Reset the board in hardware, at once.\nNo program is told, and what files have "
                   "not been synchronised to flash is lost");
     command.flag("--yes", kYesHelp, *isConfirmed);
+    command.detail("Run 'sync' before it.");
+    command.example("iodbg reboot").example("iodbg reboot --yes");
     command.onlyAfter(requireKernelModule);
     command.does([isConfirmed](Console &console) { return reboot(console, *isConfirmed); });
 }

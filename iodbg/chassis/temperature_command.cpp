@@ -23,6 +23,7 @@ ExitCode show(Console &console) {
 void addTemperatureCommand(Command &root) {
     root.command("temperature", "Show the board's temperature")
         .onlyAfter(requireKernelModule)
+        .example("iodbg temperature")
         .does(show);
 }
 

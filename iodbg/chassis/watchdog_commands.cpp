@@ -101,9 +101,9 @@ Parser optionalNumber(std::optional<uint32_t> &target, uint32_t highest) {
 }
 
 void defineWatchdog(Command &watchdog) {
-    watchdog.command("get", "Read the period").does([](Console &console) {
-        return printPeriod(console, readPeriod());
-    });
+    watchdog.command("get", "Read the period")
+        .example("iodbg watchdog get")
+        .does([](Console &console) { return printPeriod(console, readPeriod()); });
 
     const auto period = std::make_shared<uint32_t>(0);
     Command &setCommand = watchdog.command(
@@ -111,6 +111,7 @@ void defineWatchdog(Command &watchdog) {
                "unless something feeds it from then on, it resets the board");
     setCommand.argument("PERIOD", "0-63, in the CPLD's units; 0 stops it",
                         number(*period, BSP_WATCHDOG_PERIOD_MAX));
+    setCommand.example("iodbg watchdog set 10");
     setCommand.does([period](Console &console) { return set(console, *period); });
 
     const auto feeding = std::make_shared<Feeding>();
@@ -119,9 +120,11 @@ void defineWatchdog(Command &watchdog) {
                        optionalNumber(feeding->interval, kMaxInterval));
     feedCommand.option("--count", "N", "How often with --every (default: until stopped)",
                        optionalNumber(feeding->count, UINT32_MAX));
+    feedCommand.detail("Ends with Ctrl-C, exit code 0.");
+    feedCommand.example("iodbg watchdog feed").example("iodbg watchdog feed --every 5");
     feedCommand.does([feeding](Console &console) { return feed(console, *feeding); });
 
-    watchdog.command("stop", "Stop it: period 0").does(stop);
+    watchdog.command("stop", "Stop it: period 0").example("iodbg watchdog stop").does(stop);
 }
 
 } // namespace

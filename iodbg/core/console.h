@@ -2,11 +2,12 @@
 // Where answers go. Standard output carries nothing else, so that it can be piped: the library
 // prints its diagnostics there too, and these are led to standard error.
 
+#include "command_line/command.h"
+#include "command_line/screen.h"
 #include "iodbg/core/exit_code.h"
 #include "iodbg/core/format.h"
 #include "iodbg/core/report.h"
 #include "support/owned.h"
-#include "terminal/screen.h"
 
 #include <optional>
 #include <string>
@@ -15,7 +16,7 @@ namespace iodbg {
 
 class Failure;
 
-class Console {
+class Console : public command_line::Output {
   public:
     /** Takes standard output over. */
     Console();
@@ -33,7 +34,7 @@ class Console {
     /** The same with another form of it for people. */
     ExitCode print(const Report &report, const std::string &text) const;
 
-    void printText(const std::string &text) const;
+    void printText(const std::string &text) const override;
 
     /** Gives bytes on standard output, which then carries them alone: answers go to people. */
     void giveData(ByteView data);

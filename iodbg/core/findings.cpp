@@ -1,11 +1,13 @@
 #include "iodbg/core/findings.h"
 
-#include "iodbg/core/page.h"
+#include "command_line/page.h"
 #include "iodbg/core/status_table.h"
 
 #include <algorithm>
 
 namespace iodbg {
+
+using namespace command_line;
 
 namespace {
 

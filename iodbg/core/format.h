@@ -1,6 +1,7 @@
 #pragma once
 // Bytes and numbers as text.
 
+#include "language/bytes.h"
 #include "language/numbers.h"
 #include "language/texts.h"
 
@@ -9,8 +10,12 @@
 
 namespace iodbg {
 
+using language::Bytes;
 using language::ByteView;
 using language::fieldText;
+using language::Mac;
+using language::parseMac;
+using language::parseNumber;
 using language::printable;
 using language::quoted;
 using language::shortened;

@@ -4,7 +4,6 @@
 
 #include "iodbg/core/console.h"
 #include "iodbg/core/format.h"
-#include "iodbg/core/parse.h"
 #include "iodbg/core/temporary_file.h"
 
 #include <cstdint>

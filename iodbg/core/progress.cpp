@@ -1,8 +1,8 @@
 #include "iodbg/core/progress.h"
 
+#include "command_line/screen.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/report.h"
-#include "terminal/screen.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,13 +1,15 @@
 #include "iodbg/core/report.h"
 
 #include "bsp.h"
+#include "command_line/page.h"
 #include "iodbg/core/format.h"
-#include "iodbg/core/page.h"
 #include "iodbg/core/status_table.h"
 
 #include <algorithm>
 
 namespace iodbg {
+
+using namespace command_line;
 
 namespace {
 

@@ -1,7 +1,7 @@
 #pragma once
 // A text that is drawn again and again at the same place of a terminal.
 
-#include "terminal/screen.h"
+#include "command_line/screen.h"
 
 #include <string>
 #include <vector>

@@ -42,6 +42,7 @@ void addStatusCommand(Command &root) {
     status.optionalArgument("CODE", "The code; without it all codes", [code](const auto &word) {
         *code = parseNumber(word, INT32_MIN, INT32_MAX);
     });
+    status.example("iodbg status").example("iodbg status 1017");
     status.does([code](Console &console) {
         return console.print(*code ? describe(explain(**code)) : list(allStatuses()));
     });

@@ -2,7 +2,7 @@
 // Changing stored bytes so that nothing goes wrong unseen: show what changes, write, read back.
 
 #include "iodbg/core/console.h"
-#include "iodbg/core/parse.h"
+#include "iodbg/core/format.h"
 
 #include <functional>
 #include <string>

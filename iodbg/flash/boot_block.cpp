@@ -1,6 +1,7 @@
 #include "iodbg/flash/boot_block.h"
 
 #include "bsp.h"
+#include "iodbg/core/command.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/flash/partition.h"
 

@@ -3,7 +3,6 @@
 // erased and written anew for each change.
 
 #include "iodbg/core/format.h"
-#include "iodbg/core/parse.h"
 #include "language/formats/boot_settings.h"
 
 #include <cstdint>

@@ -184,17 +184,20 @@ ExitCode set(Console &console, SetArguments arguments) {
     return console.print({{section}, {}});
 }
 
-Parser settingName(const BootSetting *&target) {
-    return [&target](const std::string &word) { target = &bootSetting(word); };
-}
-
 constexpr char kSettingsHelp[] = "mode|flag|baudrate|console-password|user-password|password";
+
+Parser settingName(const BootSetting *&target) {
+    return offering(kSettingsHelp,
+                    [&target](const std::string &word) { target = &bootSetting(word); });
+}
 
 void addGet(Command &boot) {
     const auto arguments = std::make_shared<GetArguments>();
     Command &command = boot.command("get", "Show the settings, or one of them");
     command.optionalArgument("SETTING", kSettingsHelp, settingName(arguments->only));
     command.flag("--show-password", "Show the boot password", arguments->isPasswordShown);
+    command.detail("The password is shown with --show-password alone.");
+    command.example("iodbg boot get").example("iodbg boot get baudrate");
     command.does([arguments](Console &console) { return get(console, *arguments); });
 }
 
@@ -214,6 +217,9 @@ void addSet(Command &boot) {
                    "mtd4 FILE' restores it",
                    fileName(arguments->backup));
     command.flag("--force", "Replace a backup that exists", arguments->isForced);
+    command.detail("The backup is for its owner alone.");
+    command.example("iodbg boot set flag 3")
+        .example("iodbg boot set mode 1 --backup saved-settings.bin");
     command.does([arguments](Console &console) { return set(console, *arguments); });
 }
 

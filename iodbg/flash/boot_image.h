@@ -3,7 +3,6 @@
 // checksums of both.
 
 #include "iodbg/core/format.h"
-#include "iodbg/core/parse.h"
 
 #include <cstdint>
 #include <string>

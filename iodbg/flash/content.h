@@ -2,7 +2,6 @@
 // What a flash partition should hold: a file of the host, perhaps with some bytes in front of it.
 
 #include "iodbg/core/format.h"
-#include "iodbg/core/parse.h"
 #include "support/owned.h"
 
 #include <cstdint>

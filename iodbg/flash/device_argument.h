@@ -1,7 +1,7 @@
 #pragma once
 // How the device of a flash partition is named on the command line.
 
-#include "iodbg/core/parse.h"
+#include "iodbg/core/command.h"
 
 #include <string>
 

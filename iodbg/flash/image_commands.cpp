@@ -122,9 +122,11 @@ void addInfo(Command &image) {
     const auto only = std::make_shared<std::optional<uint32_t>>();
     Command &command =
         image.command("info", "Show the header blocks of the stored operating-system images");
-    command.option("--bank", "0|1", "Only this bank", [only](const std::string &word) {
-        number(only->emplace(), BSP_OS_BANKS - 1)(word);
-    });
+    command.option("--bank", "0|1", "Only this bank",
+                   offering("0|1", [only](const std::string &word) {
+                       number(only->emplace(), BSP_OS_BANKS - 1)(word);
+                   }));
+    command.example("iodbg image info").example("iodbg image info --bank 1");
     command.does([only](Console &console) { return showBanks(console, *only); });
 }
 
@@ -135,6 +137,7 @@ void addPackBoot(Command &image) {
                      fileName(arguments->image));
     command.argument("OUT", "The upgrade file; - is standard output", fileName(arguments->output));
     command.flag("--force", kForceHelp, arguments->isForced);
+    command.example("iodbg image pack-boot loader.raw new-loader.bin");
     command.does([arguments](Console &console) { return pack(console, *arguments); });
 }
 
@@ -144,6 +147,7 @@ void addCheck(Command &image) {
         image.command("check", "Judge a boot-loader upgrade file, field by field.\nA wrong one is "
                                "exit code 4");
     command.argument("FILE", "The upgrade file, - is standard input", fileName(*path));
+    command.example("iodbg image check loader.bin");
     command.does([path](Console &console) { return check(console, *path); });
 }
 

@@ -227,6 +227,7 @@ void addRead(Command &mtd) {
     command.argument("FILE", "The copy, - is standard output", fileName(arguments->file));
     command.flag("--header", kHeaderHelp, arguments->hasHeader);
     command.flag("--force", kForceHelp, arguments->isForced);
+    command.example("iodbg mtd read mtd4 saved.bin");
     command.does([arguments](Console &console) { return read(console, *arguments); });
 }
 
@@ -239,6 +240,8 @@ void addWrite(Command &mtd) {
                  arguments->hasHeader);
     command.flag("--dry-run", "Check the file, change nothing", arguments->isDryRun);
     command.flag("--yes", kYesHelp, arguments->isYes);
+    command.example("iodbg mtd write mtd4 settings.bin --dry-run")
+        .example("iodbg mtd write mtd4 settings.bin --yes");
     command.does([arguments](Console &console) { return write(console, *arguments); });
 }
 
@@ -247,6 +250,7 @@ void addErase(Command &mtd) {
     Command &command = mtd.command("erase", "Erase a partition's first block, and only that");
     command.argument("DEVICE", kFlashDeviceHelp, flashDevice(arguments->device));
     command.flag("--yes", kYesHelp, arguments->isYes);
+    command.example("iodbg mtd erase mtd4");
     command.does([arguments](Console &console) { return erase(console, *arguments); });
 }
 

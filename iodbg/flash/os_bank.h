@@ -1,7 +1,7 @@
 #pragma once
 // The banks of operating-system images.
 
-#include "iodbg/core/parse.h"
+#include "iodbg/core/format.h"
 
 #include <cstdint>
 #include <string>

@@ -3,7 +3,6 @@
 
 #include "iodbg/core/failure.h"
 #include "iodbg/core/format.h"
-#include "iodbg/core/parse.h"
 #include "support/mtd.h"
 #include "support/owned.h"
 

@@ -79,6 +79,8 @@ void addUpgradeBoot(Command &upgrade) {
     Command &command = upgrade.command("boot", "Write a new boot loader");
     addUpgradeArguments(command, *arguments,
                         "The upgrade file, see 'iodbg image check'; up to 1048576 bytes");
+    command.example("iodbg upgrade boot loader.bin --dry-run")
+        .example("iodbg upgrade boot loader.bin");
     command.does([arguments](Console &console) { return upgradeBoot(console, *arguments); });
 }
 

@@ -1,7 +1,7 @@
 // iodbg upgrade: the images of the board.
 
+#include "command_line/page.h"
 #include "iodbg/core/confirm.h"
-#include "iodbg/core/page.h"
 #include "iodbg/flash/commands.h"
 #include "iodbg/flash/upgrade_parts.h"
 

@@ -55,6 +55,7 @@ void addUpgradeCpld(Command &upgrade) {
     const auto arguments = std::make_shared<UpgradeArguments>();
     Command &command = upgrade.command("cpld", "Program the CPLD; nothing reads it back");
     addUpgradeArguments(command, *arguments, "The image, which the kernel module opens");
+    command.example("iodbg upgrade cpld cpld.bin");
     command.onlyAfter(requireKernelModule);
     command.does([arguments](Console &console) { return upgradeCpld(console, *arguments); });
 }

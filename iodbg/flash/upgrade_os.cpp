@@ -202,6 +202,8 @@ void addUpgradeOs(Command &upgrade) {
     addUpgradeArguments(command, *arguments, "The image: 512 to 40894464 bytes");
     command.requiredOption("--bank", "0|1", "The bank that is replaced",
                            number(arguments->bank, BSP_OS_BANKS - 1));
+    command.example("iodbg upgrade os os.img --bank 1 --dry-run")
+        .example("iodbg upgrade os os.img --bank 1");
     command.does([arguments](Console &console) { return upgradeOs(console, *arguments); });
 }
 

@@ -133,6 +133,8 @@ void addDump(Command &eeprom) {
     command.option("--output", "FILE", "Save the bytes in a file, - is standard output",
                    fileName(arguments->output));
     command.flag("--force", kForceHelp, arguments->isForced);
+    command.example("iodbg eeprom dump --offset 0x100 --length 128")
+        .example("iodbg eeprom dump --device supply1 --output saved.eeprom");
     command.does([arguments](Console &console) { return dump(console, *arguments); });
 }
 
@@ -145,6 +147,8 @@ void addWrite(Command &eeprom) {
     command.option("--file", "FILE", "Take the bytes from a file, - is standard input",
                    fileName(arguments->file));
     command.flag("--dry-run", "Show what would change, change nothing", arguments->isDryRun);
+    command.example("iodbg eeprom write 0x140 4E45572D3432 --dry-run")
+        .example("iodbg eeprom write 0 --file board.eeprom");
     command.does([arguments](Console &console) { return write(console, *arguments); });
 }
 

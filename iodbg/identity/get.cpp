@@ -84,11 +84,7 @@ ExitCode get(Console &console, const GetArguments &arguments) {
 }
 
 Parser itemName(std::string &target) {
-    return [&target](const std::string &word) {
-        if (word != "serial" && word != "mac" && word != "record")
-            language::refuse(word, "is none of serial|mac|record");
-        target = word;
-    };
+    return oneOf(target, {"serial", "mac", "record"});
 }
 
 void defineIdentity(Command &identity) {
@@ -100,6 +96,8 @@ void defineIdentity(Command &identity) {
     command.option("--output", "FILE", "Save the record's 128 bytes, - is standard output",
                    fileName(arguments->output));
     command.flag("--force", kForceHelp, arguments->isForced);
+    command.example("iodbg identity get")
+        .example("iodbg identity get record --index supply1 --output saved.rec");
     command.does([arguments](Console &console) { return get(console, *arguments); });
 
     addIdentitySetCommands(identity);

@@ -22,7 +22,7 @@ uint32_t Carrier::eepromSize() const {
 }
 
 Parser carrier(Carrier &target) {
-    return [&target](const std::string &word) {
+    const auto take = [&target](const std::string &word) {
         for (uint32_t supply = 0; supply <= BSP_FIXED_SUPPLIES; ++supply) {
             if (Carrier{supply}.word() != word)
                 continue;
@@ -31,6 +31,7 @@ Parser carrier(Carrier &target) {
         }
         language::refuse(word, std::string("is none of ") + kCarrierWords);
     };
+    return offering(kCarrierWords, take);
 }
 
 int32_t readEeprom(const Carrier &carrier, uint32_t offset, Bytes &buffer) {

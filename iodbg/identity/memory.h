@@ -1,8 +1,8 @@
 #pragma once
 // The EEPROMs with product data: the board's and its supplies'.
 
+#include "iodbg/core/command.h"
 #include "iodbg/core/format.h"
-#include "iodbg/core/parse.h"
 
 #include <cstdint>
 #include <string>

@@ -170,6 +170,8 @@ void addSetSerial(Command &group) {
     Command &command = group.command("serial", "Store the board's serial number");
     command.argument("TEXT", "1 to 31 printable characters", text(arguments->serial));
     addDryRun(command, arguments->isDryRun);
+    command.example("iodbg identity set serial SN0001 --dry-run")
+        .example("iodbg identity set serial SN0001");
     command.does([arguments](Console &console) {
         return setSerial(console, arguments->serial, arguments->isDryRun);
     });
@@ -185,6 +187,7 @@ void addSetMac(Command &group) {
     command.argument("MAC", "AA:BB:CC:DD:EE:FF",
                      [arguments](const std::string &word) { arguments->mac = parseMac(word); });
     addDryRun(command, arguments->isDryRun);
+    command.example("iodbg identity set mac 02:00:5E:10:00:40");
     command.does([arguments](Console &console) {
         return setMac(console, arguments->mac, arguments->isDryRun);
     });
@@ -200,6 +203,8 @@ void addSetRecord(Command &group) {
     command.flag("--renew-crc", "Accept a file whose CRC does not match, and store the right one",
                  arguments->isCrcRenewed);
     addDryRun(command, arguments->isDryRun);
+    command.example("iodbg identity set record --file board.rec --dry-run")
+        .example("iodbg identity set record --file supply1.rec --index supply1");
     command.does([arguments](Console &console) { return setRecord(console, *arguments); });
 }
 

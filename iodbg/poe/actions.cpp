@@ -21,6 +21,8 @@ constexpr useconds_t kSettle = 1000000; // detection, classification and power-u
 struct PortAction {
     const char *name;
     const char *help;
+    const char *details;
+    const char *example;
     const char *doing; // in "cannot ... port 3"
     int32_t (*act)(uint32_t port);
     // What tells the outcome.
@@ -38,17 +40,23 @@ int32_t switchOff(uint32_t port) {
     return ioPoePortPowerOnSet(port, BSP_POE_OFF);
 }
 
-constexpr PortAction kSwitchOn = {"on",
-                                  "Switch ports on that are in the mode semi or manual",
-                                  "switch on",
-                                  switchOn,
-                                  "delivering",
-                                  "POWER",
-                                  ioPoePortDisconnectGet,
-                                  poeDeliveringCell,
-                                  true};
+constexpr PortAction kSwitchOn = {
+    "on",
+    "Switch ports on that are in the mode semi or manual",
+    "Waits until they have power: a port that stays off is named with the likely reason, "
+    "and the exit code is 3.",
+    "iodbg poe on 3",
+    "switch on",
+    switchOn,
+    "delivering",
+    "POWER",
+    ioPoePortDisconnectGet,
+    poeDeliveringCell,
+    true};
 constexpr PortAction kSwitchOff = {"off",
                                    "Switch ports off that are in the mode semi or manual",
+                                   "",
+                                   "iodbg poe off 3",
                                    "switch off",
                                    switchOff,
                                    "delivering",
@@ -58,6 +66,8 @@ constexpr PortAction kSwitchOff = {"off",
                                    true};
 constexpr PortAction kDetect = {"detect",
                                 "Look for a device on ports",
+                                "",
+                                "iodbg poe detect 1-8",
                                 "start a detection on",
                                 ioPoePortDetectionSet,
                                 "detection",
@@ -67,6 +77,8 @@ constexpr PortAction kDetect = {"detect",
                                 false};
 constexpr PortAction kClassify = {"classify",
                                   "Ask the devices on ports for their class",
+                                  "",
+                                  "iodbg poe classify 1-8",
                                   "start a classification on",
                                   ioPoePortClassificationSet,
                                   "class",
@@ -192,6 +204,7 @@ void addAction(Command &poe, const PortAction &action,
     const auto ports = std::make_shared<PortList>();
     Command &command = poe.command(action.name, action.help);
     command.argument("PORTS", kPortListHelp, portList(*ports));
+    command.detail(action.details).example(action.example);
     command.does([&action, run, ports](Console &console) { return run(console, action, *ports); });
 }
 

@@ -62,7 +62,7 @@ std::vector<uint32_t> PortList::within(uint32_t portCount) const {
 }
 
 Parser portList(PortList &target) {
-    return [&target](const std::string &word) { target = PortList(word); };
+    return offering("all", [&target](const std::string &word) { target = PortList(word); });
 }
 
 Parser portNumber(uint32_t &target) {

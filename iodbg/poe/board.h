@@ -1,7 +1,7 @@
 #pragma once
 // Which PoE ports a board has, and which of them a command is for.
 
-#include "iodbg/core/parse.h"
+#include "iodbg/core/command.h"
 
 #include <cstdint>
 #include <string>

@@ -145,6 +145,8 @@ ExitCode init(Console &console) {
 void addPoeInitCommand(Command &poe) {
     poe.command("init", "Initialise the controller: resets it, all ports lose their power; takes "
                         "most of a minute")
+        .detail("Interrupted, it says what it leaves, and has to be run again.")
+        .example("iodbg poe init")
         .does(init);
 }
 

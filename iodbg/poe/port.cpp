@@ -1,8 +1,8 @@
 #include "iodbg/poe/port.h"
 
 #include "bsp.h"
+#include "command_line/page.h"
 #include "iodbg/core/format.h"
-#include "iodbg/core/page.h"
 #include "iodbg/poe/wire.h"
 
 #include <array>
@@ -10,6 +10,8 @@
 #include <optional>
 
 namespace iodbg {
+
+using namespace command_line;
 
 namespace {
 

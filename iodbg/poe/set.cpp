@@ -19,6 +19,7 @@ struct Setting {
     const char *name;
     const char *help;
     const char *valueHelp;
+    const char *example;
     ValueParser parser;
     int32_t (*set)(uint32_t port, uint32_t value);
     int32_t (*get)(uint32_t port, uint32_t *out); // null: nothing reads it
@@ -50,23 +51,27 @@ constexpr Setting kSettings[] = {
     {"mode",
      "Who powers the ports: the controller (auto), a command after detection (semi), "
      "commands for every step (manual), or nobody (disabled)",
-     "auto|semi|manual|disabled", modeParser, ioPoePortModeSet, ioPoePortModeGet, 1, poeModeCell},
+     "auto|semi|manual|disabled", "iodbg poe set mode 3 semi", modeParser, ioPoePortModeSet,
+     ioPoePortModeGet, 1, poeModeCell},
     {"priority", "Which ports keep their power when the budget is spent",
-     "1|2|3; 1 is the most important", numberParser<BSP_POE_PRIORITY_MIN, BSP_POE_PRIORITY_MAX>,
-     ioPoePortPrioritySet, nullptr, 1, poeNumberCell},
+     "1|2|3; 1 is the most important", "iodbg poe set priority 1-4 1",
+     numberParser<BSP_POE_PRIORITY_MIN, BSP_POE_PRIORITY_MAX>, ioPoePortPrioritySet, nullptr, 1,
+     poeNumberCell},
     {"limit", "Power limit", "Milliwatts, 0 to 102000; rounded up to 400",
-     numberParser<0, BSP_POE_PORT_LIMIT_MAX_MW>, ioPoePortMaxPowerSet, ioPoePortMaxPowerGet,
-     BSP_POE_PORT_LIMIT_STEP_MW, poeNumberCell},
+     "iodbg poe set limit 3 30000", numberParser<0, BSP_POE_PORT_LIMIT_MAX_MW>,
+     ioPoePortMaxPowerSet, ioPoePortMaxPowerGet, BSP_POE_PORT_LIMIT_STEP_MW, poeNumberCell},
     {"limit-type", "What limits the ports' power",
-     "1|2: the device's class, or the limit that is set",
+     "1|2: the device's class, or the limit that is set", "iodbg poe set limit-type 3 2",
      numberParser<BSP_POE_LIMIT_TYPE_MIN, BSP_POE_LIMIT_TYPE_MAX>, ioPoePortMaxPowerTypeSet,
      nullptr, 1, poeNumberCell},
-    {"legacy", "Detection of devices older than the standard", "on|off", switchParser,
-     ioPoePortLegacyEnableSet, nullptr, 1, switchCell},
-    {"inrush", "Inrush mode", "0 to 8", numberParser<0, BSP_POE_INRUSH_MODE_MAX>,
-     ioPoePortInrushModeSet, ioPoePortInrushModeGet, 1, poeNumberCell},
-    {"force-inrush", "Forced inrush", "on|off", switchParser, ioPoePortForceInrushSet, nullptr, 1,
+    {"legacy", "Detection of devices older than the standard", "on|off",
+     "iodbg poe set legacy all off", switchParser, ioPoePortLegacyEnableSet, nullptr, 1,
      switchCell},
+    {"inrush", "Inrush mode", "0 to 8", "iodbg poe set inrush 3 6",
+     numberParser<0, BSP_POE_INRUSH_MODE_MAX>, ioPoePortInrushModeSet, ioPoePortInrushModeGet, 1,
+     poeNumberCell},
+    {"force-inrush", "Forced inrush", "on|off", "iodbg poe set force-inrush 3 off", switchParser,
+     ioPoePortForceInrushSet, nullptr, 1, switchCell},
 };
 
 constexpr uint32_t roundedUp(uint32_t value, uint32_t unit) {
@@ -122,6 +127,7 @@ void addPortSetting(Command &group, const Setting &setting) {
     Command &command = group.command(setting.name, setting.help);
     command.argument("PORTS", kPortListHelp, portList(arguments->ports));
     command.argument("VALUE", setting.valueHelp, setting.parser(arguments->value));
+    command.example(setting.example);
     command.does([&setting, arguments](Console &console) {
         return setPorts(console, setting, arguments->ports, arguments->value);
     });
@@ -138,6 +144,7 @@ void addPoeSetCommands(Command &poe) {
     Command &budget = group.command("budget", "Power budget of all ports");
     budget.argument("MILLIWATTS", "0 to 6553500; rounded up to 100",
                     number(*milliwatts, BSP_POE_BUDGET_MAX_MW));
+    budget.example("iodbg poe set budget 370000");
     budget.does([milliwatts](Console &console) { return setBudget(console, *milliwatts); });
 }
 

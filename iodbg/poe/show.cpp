@@ -121,13 +121,18 @@ void addPoeShowCommands(Command &poe) {
                                             "than a second for each port)");
     status.optionalArgument("PORTS", std::string(kPortListHelp) + " (default all)",
                             portList(*ports));
+    status.detail("On a terminal each port appears as it is read.");
+    status.example("iodbg poe status").example("iodbg poe status 1-8,12 --json");
     status.does([ports](Console &console) { return showStatus(console, *ports); });
 
-    poe.command("info", "Show the controller: firmware, state, power budget").does(showController);
+    poe.command("info", "Show the controller: firmware, state, power budget")
+        .example("iodbg poe info")
+        .does(showController);
 
     const auto port = std::make_shared<uint32_t>(0);
     Command &portCommand = poe.command("port", "Show one port");
     portCommand.argument("PORT", "Number of the port", portNumber(*port));
+    portCommand.example("iodbg poe port 3");
     portCommand.does([port](Console &console) { return showPort(console, *port); });
 }
 

@@ -1,11 +1,11 @@
 // iodbg poe upgrade: new firmware for the controller.
 
 #include "bsp.h"
+#include "command_line/page.h"
 #include "iodbg/core/confirm.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/host_file.h"
-#include "iodbg/core/page.h"
 #include "iodbg/core/progress.h"
 #include "iodbg/poe/board.h"
 #include "iodbg/poe/controller.h"
@@ -177,6 +177,9 @@ void addPoeUpgradeCommand(Command &poe) {
     command.flag("--dry-run", "Check the file and show what would be replaced",
                  arguments->isDryRun);
     command.flag("--yes", kYesHelp, arguments->isYes);
+    command.detail("It must not be interrupted.");
+    command.example("iodbg poe upgrade poe.bin --dry-run")
+        .example("iodbg poe upgrade poe.bin --yes");
     command.does([arguments](Console &console) { return run(console, *arguments); });
 }
 

@@ -83,6 +83,7 @@ void addGet(Command &cpld) {
     get.optionalArguments(
         "REG", "Numbers of registers; without them those of 0-63 that answer",
         [registers](const std::string &word) { number(registers->emplace_back())(word); });
+    get.example("iodbg cpld get").example("iodbg cpld get 1 2 0x1E");
     get.does([registers](Console &console) {
         return console.print(registers->empty() ? scanRegisters() : readRegisters(*registers));
     });
@@ -97,6 +98,8 @@ void addSet(Command &cpld) {
     Command &setCommand = cpld.command("set", "Write a register and read it back");
     setCommand.argument("REG", "Number of the register", number(arguments->reg));
     setCommand.argument("VALUE", "Its new content, 0-0xFFFF", number(arguments->value, UINT16_MAX));
+    setCommand.detail("Shows it before and after.");
+    setCommand.example("iodbg cpld set 7 0x0002");
     setCommand.does([arguments](Console &console) {
         return set(console, arguments->reg, static_cast<uint16_t>(arguments->value));
     });

@@ -48,11 +48,13 @@ void defineGpio(Command &gpio) {
     const auto arguments = std::make_shared<LineArguments>();
     Command &getCommand = gpio.command("get", "Read the level of a line");
     getCommand.argument("LINE", "Number of the line", number(arguments->line));
+    getCommand.example("iodbg gpio get 19");
     getCommand.does([arguments](Console &console) { return get(console, *arguments); });
 
     Command &setCommand = gpio.command("set", "Make a line an output and drive it");
     setCommand.argument("LINE", "Number of the line", number(arguments->line));
     setCommand.argument("LEVEL", "0|1", number(arguments->level, 1));
+    setCommand.example("iodbg gpio set 0 1");
     setCommand.does([arguments](Console &console) { return set(console, *arguments); });
 }
 

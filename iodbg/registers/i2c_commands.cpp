@@ -95,11 +95,14 @@ void defineI2c(Command &i2c) {
     addTarget(readCommand, transfer->target);
     readCommand.argument("LENGTH", "Bytes to read, 1-65535",
                          numberFromOne(transfer->length, kMaxTransfer));
+    readCommand.example("iodbg i2c read 0 0 0x51 0x100 16 --offset-length 2");
     readCommand.does([transfer](Console &console) { return read(console, *transfer); });
 
     Command &writeCommand = i2c.command("write", "Write to a device, in one transfer");
     addTarget(writeCommand, transfer->target);
     writeCommand.argument("HEX", "The bytes, two hexadecimal digits each", hex(transfer->data));
+    writeCommand.detail("Nothing is read back.");
+    writeCommand.example("iodbg i2c write 0 0 0x51 0x3F0 4E4557 --offset-length 2");
     writeCommand.does([transfer](Console &console) { return write(console, *transfer); });
 }
 

@@ -71,6 +71,7 @@ void defineMdio(Command &mdio) {
     const auto place = std::make_shared<MdioPlace>();
     Command &readCommand = mdio.command("read", "Read a register");
     addPlaceArguments(readCommand, *place);
+    readCommand.example("iodbg mdio read 3 5");
     readCommand.does([place](Console &console) { return read(console, *place); });
 
     const auto value = std::make_shared<uint32_t>(0);
@@ -79,6 +80,7 @@ void defineMdio(Command &mdio) {
                               "have bits that change by themselves, so nothing is compared");
     addPlaceArguments(writeCommand, *place);
     writeCommand.argument("VALUE", "0-0xFFFF", number(*value, BSP_MDIO_VALUE_MAX));
+    writeCommand.example("iodbg mdio write 3 5 0xABCD");
     writeCommand.does([place, value](Console &console) { return write(console, *place, *value); });
 }
 

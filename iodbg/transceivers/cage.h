@@ -2,7 +2,7 @@
 // An SFP cage: its lines, and the pages of the module in it.
 
 #include "bsp.h"
-#include "iodbg/core/parse.h"
+#include "iodbg/core/format.h"
 #include "iodbg/core/report.h"
 
 #include <cstdint>

@@ -265,25 +265,31 @@ ExitCode switchTransmitter(Console &console, uint32_t port, uint32_t wanted) {
 
 using OfPort = ExitCode (*)(Console &, uint32_t port);
 
-void addOfPort(Command &sfp, const std::string &name, const std::string &help, OfPort run) {
+void addOfPort(Command &sfp, const std::string &name, const std::string &help,
+               const std::string &examplePort, OfPort run) {
     const auto port = std::make_shared<uint32_t>(0);
     Command &command = sfp.command(name, help);
     command.argument("PORT", "Front-panel port of the cage", numberFromOne(*port));
+    command.example("iodbg sfp " + name + " " + examplePort);
     command.does([port, run](Console &console) { return run(console, *port); });
 }
 
 void defineSfp(Command &sfp) {
-    sfp.command("list", "Show all cages: lines, and what is plugged").does(list);
+    sfp.command("list", "Show all cages: lines, and what is plugged")
+        .example("iodbg sfp list")
+        .example("iodbg sfp list --json")
+        .does(list);
     addOfPort(sfp, "show", "Show a module: identification, diagnostics with limits, checksums",
-              show);
-    addOfPort(sfp, "dump", "Show a module's pages byte for byte", dump);
-    addOfPort(sfp, "phy", "Show the PHY registers of a copper module", phy);
+              "49", show);
+    addOfPort(sfp, "dump", "Show a module's pages byte for byte", "49", dump);
+    addOfPort(sfp, "phy", "Show the PHY registers of a copper module", "50", phy);
 
     const auto port = std::make_shared<uint32_t>(0);
     const auto state = std::make_shared<uint32_t>(0);
     Command &tx = sfp.command("tx", "Switch a transmitter, and read its line back");
     tx.argument("PORT", "Front-panel port of the cage", numberFromOne(*port));
     tx.argument("STATE", "on|off", oneOf(*state, {{"on", BSP_LASER_ON}, {"off", BSP_LASER_OFF}}));
+    tx.example("iodbg sfp tx 49 off");
     tx.does([port, state](Console &console) { return switchTransmitter(console, *port, *state); });
 }
 

@@ -13,6 +13,7 @@ void addInitCommand(Command &root) {
     root.command("init", "Start the library as the management software does: the system clock is "
                          "set from the clock chip")
         .onlyAfter(requireKernelModule)
+        .example("iodbg init")
         .does([](Console &console) {
             require(bspInit(), "start the library");
             Section section = {"", "", {}};

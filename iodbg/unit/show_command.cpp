@@ -108,6 +108,9 @@ void addShowCommand(Command &root) {
                  "Show the board: versions, identity, product record, temperature, fans, clock, "
                  "supplies, PoE, SFP cages")
         .onlyAfter(requireKernelModule)
+        .detail("What cannot be read does not hide the rest.")
+        .example("iodbg show")
+        .example("iodbg show --json")
         .does([](Console &console) {
             Report report;
             addBoard(report);

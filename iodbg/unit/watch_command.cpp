@@ -1,6 +1,7 @@
 // iodbg watch: the unit as it changes.
 
 #include "bsp.h"
+#include "command_line/page.h"
 #include "iodbg/chassis/calendar.h"
 #include "iodbg/chassis/climate.h"
 #include "iodbg/chassis/clocks.h"
@@ -11,7 +12,6 @@
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/interrupt.h"
-#include "iodbg/core/page.h"
 #include "iodbg/core/screen.h"
 #include "iodbg/poe/health.h"
 #include "iodbg/poe/tour.h"
@@ -214,6 +214,11 @@ void addWatchCommand(Command &root) {
     command.option(
         "--count", "N", "How many rounds (default: until stopped)",
         [watching](const std::string &word) { numberFromOne(watching->count.emplace())(word); });
+    command.detail(
+        "What is wrong is the judgement of 'iodbg check'.\nOn a terminal the picture is redrawn in "
+        "place, elsewhere each round is a block of lines that begins with its time.\nThe PoE "
+        "controller takes 200 ms for each answer, so that each round asks for four ports.");
+    command.example("iodbg watch").example("iodbg watch --interval 10 --count 6 --json");
     command.does([watching](Console &console) { return watch(console, *watching); });
 }
 

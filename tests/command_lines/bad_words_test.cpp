@@ -152,7 +152,8 @@ constexpr BadWord kVboard[] = {
     {"create", "DIR", "--model 0x0709 /nowhere/x", "/nowhere is not a folder; create it first", 1},
     {"create", "--model", "--model 0x1234 @new",
      "there is no model '0x1234'; 'vboard list-models' lists them", 1},
-    {"create", "--time", "--model 0x0709 --time slow @new", "--time: slow not in {real,virtual}"},
+    {"create", "--time", "--model 0x0709 --time slow @new",
+     "--time: 'slow' is none of real|virtual"},
     {"create", "--serial", "--model 0x0709 --serial '' @new",
      "a serial number is 1 to 31 printable ASCII characters", 1},
     {"create", "--mac", "--model 0x0709 --mac 02:00 @new",
@@ -205,12 +206,12 @@ constexpr BadWord kVboard[] = {
     {"fault clear", "ID", "77",
      "there is no fault rule 77; 'vboard fault DIR list' lists them; none was cleared", 1},
     {"panel", "--interval", "@board --watch --interval 0",
-     "--interval: Value 0 not in range 0.100000 to 3600.000000"},
+     "--interval: '0' is not a number of seconds from 0.1 to 3600, with up to three decimals"},
     {"flash mark-bad", "PARTITION", "5 1",
      "there is no flash partition 5; the numbers are 0, 4, 12 and 14", 1},
     {"flash mark-bad", "BLOCK", "12 324", "'324' is not a block of partition 12; they are 0 to 323",
      1},
-    {"trace", "--last", "@board --last few", "--last: Value few not in range 0 to 4294967295"},
+    {"trace", "--last", "@board --last few", "--last: 'few' is not a number from 0 to 4294967295"},
 };
 
 class BadWordsTest : public IodbgTest {

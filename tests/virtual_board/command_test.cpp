@@ -40,10 +40,10 @@ TEST_F(CommandTest, EveryCommandHasHelpWithExamples) {
 }
 
 TEST_F(CommandTest, AWrongCommandLineIsCode2) {
-    expectFailure(2, "subcommand is required", {});
-    expectFailure(2, "vboard: there is no command 'dance'; 'vboard --help'", {"dance", board()});
-    expectFailure(2, "there is no option '--dance'; 'vboard --help'", {"--dance"});
-    expectFailure(2, "there is no command 'dance'; 'vboard fault --help'",
+    expectFailure(2, "vboard: a command is missing: give one of create|list-models|run|", {});
+    expectFailure(2, "vboard: 'dance' is none of create|list-models|run|", {"dance", board()});
+    expectFailure(2, "'--dance' is not known here; see 'vboard --help'", {"--dance"});
+    expectFailure(2, "'dance' is none of add|list|clear; see 'vboard fault --help'",
                   {"fault", board(), "dance"});
     expectFailure(2, "--model is required", {"create", path("other")});
     expectFailure(2, "--time", {"create", "--model", "0x0709", "--time", "slow", path("other")});
@@ -51,7 +51,7 @@ TEST_F(CommandTest, AWrongCommandLineIsCode2) {
     expectFailure(2, "PROGRAM", {"run", board(), "--"});
     expectFailure(2, "DIR is required", {"run", "--", "true"});
     expectFailure(2, "VALUE is required", {"set", board(), "cpld.1"});
-    expectFailure(2, "subcommand is required", {"fault", board()});
+    expectFailure(2, "a command is missing: give one of add|list|clear; see", {"fault", board()});
     expectFailure(2, "--effect is required", {"fault", board(), "add", "--device", "cpld"});
     expectFailure(2, "--last", {"trace", board(), "--last", "many"});
     expectFailure(2, "excludes", {"trace", board(), "--follow", "--clear"});
@@ -73,8 +73,8 @@ TEST_F(CommandTest, AWrongCommandLineNamesTheHelpThatTellsMore) {
         {{"flash", board(), "mark-bad", "12"}, "vboard flash mark-bad"},
     };
     for (const auto &row : rows)
-        expectFailure(2, "; '" + row.command + " --help' tells more\n", row.words);
-    const std::string missing = "DIR is missing in front of 'add'; 'vboard fault add --help'";
+        expectFailure(2, "; see '" + row.command + " --help'\n", row.words);
+    const std::string missing = "DIR is missing in front of 'add'; see 'vboard fault add --help'";
     expectFailure(2, missing, {"fault", "add", "--device", "cpld", "--effect", "no-answer"});
 }
 

@@ -2,6 +2,7 @@
 // The commands of `vboard`. Each prints its data on standard output and throws vb::Refused when it
 // cannot do what it is asked.
 
+#include "command_line/command.h"
 #include "virtual_board/words/fault_text.h"
 
 #include <cstdint>
@@ -39,19 +40,20 @@ class NotOnBoard : public CannotStart {
     using CannotStart::CannotStart;
 };
 
-/** How `vboard env` prints: line by line, as a shell's command, as arguments of the emulator. */
-enum class EnvironmentForm { Lines, Shell, Qemu };
+// Each adds a command.
+void addCreate(command_line::Command &root);
+void addListModels(command_line::Command &root);
+void addRun(command_line::Command &root);
+void addEnv(command_line::Command &root);
+void addGet(command_line::Command &root);
+void addSet(command_line::Command &root);
+void addFault(command_line::Command &root);
+void addPanel(command_line::Command &root);
+void addFlash(command_line::Command &root);
+void addConsole(command_line::Command &root);
+void addTrace(command_line::Command &root);
 
 void create(const CreateArguments &arguments);
-void listModels(bool asJson);
-
-/** A word as shells take it, whatever it has in it: in quotes, or only where it needs them. */
-std::string shellQuoted(const std::string &word);
-std::string shellWord(const std::string &word);
-
-[[noreturn]] void runProgram(const std::string &folder, const std::vector<std::string> &program,
-                             bool allowsHost);
-void printEnvironment(const std::string &folder, EnvironmentForm form);
 
 void getProperties(const std::string &folder, const std::vector<std::string> &names, bool asJson);
 void setProperty(const std::string &folder, const std::string &name, const std::string &value);

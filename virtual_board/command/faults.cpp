@@ -2,9 +2,11 @@
 
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/open_board.h"
+#include "virtual_board/command/words.h"
 #include "virtual_board/words/values.h"
 
 #include <cstdio>
+#include <memory>
 #include <nlohmann/json.hpp>
 
 namespace vboard {
@@ -37,7 +39,116 @@ bool hasFault(const vb::FaultTable &table, uint32_t id) {
     return false;
 }
 
+/** The numbers of the rules of the board in the folder that stands before them. */
+Offers numbersOfRules() {
+    return {{}, Offers::Files::None, [](const std::vector<std::string> &arguments) {
+                const LockedBoard board(arguments[0]);
+                std::vector<std::string> numbers;
+                for (const vb::FaultRule &rule : board->faults.rule) {
+                    if (rule.id != 0)
+                        numbers.push_back(std::to_string(rule.id));
+                }
+                return numbers;
+            }};
+}
+
+constexpr char kEffectHelp[] =
+    "refuse=RESULT|open-fails=ERRNO|ioctl-fails=ERRNO|short=BYTES|corrupt=INDEX:MASK|no-answer; "
+    "poe: late-answer=READ|wrong-echo|wrong-checksum|bad-port=PORT (from 0)|power-loss|no-effect; "
+    "flash: fails=ERRNO|power-cut=BYTES (also of writes of files); console: fails=ERRNO";
+constexpr char kEffects[] =
+    "refuse=|open-fails=|ioctl-fails=|short=|corrupt=|no-answer|late-answer=|wrong-echo|"
+    "wrong-checksum|bad-port=|power-loss|no-effect|fails=|power-cut=";
+constexpr char kDeviceHelp[] =
+    "cpld|gpio|i2c|i2c:BUS.CHANNEL.DEVICE|poe|mtd0|mtd4|mtd12|mtd14|console, or the path of a file "
+    "of the board";
+constexpr char kDevices[] = "cpld|gpio|i2c|poe|mtd0|mtd4|mtd12|mtd14|console";
+constexpr char kOperationHelp[] =
+    "any|open|read|write (poe: a frame; console: its speed)|reset (poe)|upgrade (cpld)|map "
+    "(/dev/mem); flash: read|program|erase|change (program or erase)|info (the geometry)";
+constexpr char kOperations[] = "any|open|read|write|reset|upgrade|map|program|erase|change|info";
+
+constexpr char kEffectDetails[] =
+    "'refuse': the driver answers RESULT and does nothing.\n"
+    "'ioctl-fails': the driver is not asked.\n"
+    "'open-fails': of files and nodes, with --op open.\n"
+    "'short': only so many bytes are transferred, of I2C and files, and of reads of flash.\n"
+    "'corrupt': a byte arrives with other bits, of the CPLD and I2C, and of reads of files and "
+    "flash.\n"
+    "'power-loss': the PoE controller starts anew.\n"
+    "'no-effect': it tells of success, and nothing is stored.\n"
+    "'fails': the call fails and does nothing, of flash and the console, and of mappings of "
+    "'/dev/mem'.\n"
+    "'power-cut': only so many bytes are programmed, erased or written, then the program is "
+    "killed.";
+
+struct FaultArguments {
+    std::string folder;
+    vb::FaultWords rule;
+    std::vector<std::string> ids;
+    bool asJson = false;
+};
+
+void defineFaultAdd(Command &fault, const std::shared_ptr<FaultArguments> &arguments) {
+    vb::FaultWords *words = &arguments->rule;
+    Command &command = fault.command("add", "Add a rule and print its number");
+    command.requiredOption("--device", "DEVICE", kDeviceHelp,
+                           offering(kDevices, text(words->device), Offers::Files::Paths));
+    command.option("--op", "OPERATION", kOperationHelp, offering(kOperations, text(words->op)))
+        .usually(words->op);
+    command.option("--offset", "N",
+                   "Only this register, line, offset inside an I2C device, PoE command, or page or "
+                   "block of flash (its offset)",
+                   text(words->offset));
+    command.option("--nth", "N", "Which matching request, counted from 1", text(words->nth))
+        .usually(words->nth);
+    command
+        .option("--when", "WORD",
+                "once|every|from: once, every n-th, or the n-th and all behind it",
+                offering("once|every|from", text(words->when)))
+        .usually(words->when);
+    command.requiredOption("--effect", "EFFECT", kEffectHelp,
+                           offering(kEffects, text(words->effect)));
+    command.detail(kEffectDetails);
+    for (const char *line :
+         {"--device cpld --op read --offset 1 --effect refuse=-5",
+          "--device i2c:0.0.0x51 --nth 3 --when from --effect no-answer",
+          "--device /dev/bspHandle --op open --effect open-fails=ENODEV",
+          "--device /tmp/bsp/devId --op read --effect short=2",
+          "--device poe --op write --offset 0x42 --effect late-answer=3",
+          "--device poe --op reset --effect no-answer",
+          "--device mtd12 --op program --offset 0x800 --when from --effect fails=EIO",
+          "--device mtd4 --op change --nth 2 --effect power-cut=100",
+          "--device console --op write --effect fails=EIO"})
+        command.example(std::string("vboard fault board add ") + line);
+    command.does([arguments] { addFault(arguments->folder, arguments->rule); });
+}
+
+void defineFault(Command &fault) {
+    const auto arguments = std::make_shared<FaultArguments>();
+    addFolder(fault, arguments->folder);
+    fault.example("vboard fault board add --help")
+        .example("vboard fault board list")
+        .example("vboard fault board clear 2");
+    defineFaultAdd(fault, arguments);
+
+    Command &list = fault.command("list", "List the rules and how often they fired");
+    addJson(list, arguments->asJson);
+    list.example("vboard fault board list --json").does([arguments] {
+        listFaults(arguments->folder, arguments->asJson);
+    });
+
+    Command &clear = fault.command("clear", "Remove rules; without a number, all");
+    clear.optionalArguments("ID", "Numbers of rules", {texts(arguments->ids), numbersOfRules()});
+    clear.example("vboard fault board clear").example("vboard fault board clear 1 3");
+    clear.does([arguments] { clearFaults(arguments->folder, arguments->ids); });
+}
+
 } // namespace
+
+void addFault(Command &root) {
+    root.group("fault", "Let requests go wrong by rules", defineFault);
+}
 
 void addFault(const std::string &folder, const vb::FaultWords &words) {
     const vb::FaultRule rule = vb::parseFault(words);

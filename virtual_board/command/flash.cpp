@@ -1,12 +1,14 @@
-// `vboard flash` and `vboard console`.
+// `vboard flash`.
 
 #include "virtual_board/words/flash_text.h"
 
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/open_board.h"
+#include "virtual_board/command/words.h"
 #include "virtual_board/words/values.h"
 
 #include <cstdio>
+#include <memory>
 #include <nlohmann/json.hpp>
 
 namespace vboard {
@@ -61,7 +63,32 @@ Json summaryJson(const vb::FlashSummary &summary) {
             {"holds", summary.contents}};
 }
 
+void defineFlash(Command &flash) {
+    struct Arguments {
+        std::string folder, partition, block;
+        bool asJson = false;
+    };
+    const auto arguments = std::make_shared<Arguments>();
+    addFolder(flash, arguments->folder);
+    addJson(flash, arguments->asJson);
+    flash.example("vboard flash board")
+        .example("vboard flash board --json")
+        .example("vboard flash board mark-bad 12 7");
+    flash.does([arguments] { showFlash(arguments->folder, arguments->asJson); });
+
+    Command &markBad = flash.command("mark-bad", "Make a block of NAND a bad one");
+    markBad.argument("PARTITION", "0|4|12|14", offering("0|4|12|14", text(arguments->partition)));
+    markBad.argument("BLOCK", "Number of the block, from 0", text(arguments->block));
+    markBad.example("vboard flash board mark-bad 12 7");
+    markBad.does(
+        [arguments] { markBadBlock(arguments->folder, arguments->partition, arguments->block); });
+}
+
 } // namespace
+
+void addFlash(Command &root) {
+    root.command("flash", "Show the flash partitions and what they hold", defineFlash);
+}
 
 void showFlash(const std::string &folder, bool asJson) {
     const LockedBoard board(folder);
@@ -93,15 +120,6 @@ void markBadBlock(const std::string &folder, const std::string &partition,
         throw vb::Refused("'" + block + "' is not a block of partition " + partition +
                           "; they are 0 to " + std::to_string(vb::flashBlocks(flash) - 1));
     flash.isBad[*bad] = 1;
-}
-
-void showConsole(const std::string &folder, bool asJson) {
-    const LockedBoard board(folder);
-    const uint32_t speed = board->devices.console.speed;
-    if (asJson)
-        std::printf("%s\n", Json({{"device", vb::kConsolePath}, {"speed", speed}}).dump(2).c_str());
-    else
-        std::printf("%s %u baud\n", vb::kConsolePath, speed);
 }
 
 } // namespace vboard

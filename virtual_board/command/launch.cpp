@@ -1,7 +1,9 @@
-// Programs on a board: what they need in their environment, and starting them with it.
+// `vboard run` and `vboard env`: programs on a board, what they need in their environment, and
+// starting them with it.
 
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/open_board.h"
+#include "virtual_board/command/words.h"
 #include "virtual_board/programs/environment.h"
 #include "virtual_board/programs/preload_list.h"
 #include "virtual_board/programs/search_path.h"
@@ -13,6 +15,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <memory>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
@@ -20,6 +23,9 @@ namespace fs = std::filesystem;
 namespace vboard {
 
 namespace {
+
+/** How `vboard env` prints: line by line, as a shell's command, as arguments of the emulator. */
+enum class EnvironmentForm { Lines, Shell, Qemu };
 
 constexpr char kSeparators[] = ": \t\n"; // of a list of libraries to preload
 
@@ -97,13 +103,7 @@ std::string absoluteFolder(const std::string &folder) {
     return board.path();
 }
 
-/** A setting of the shell's, of any value. */
-std::string shellSetting(const Variable &variable) {
-    return std::string(variable.name) + "=" + shellQuoted(variable.value);
-}
-
-} // namespace
-
+/** A word as the shell takes it, whatever it has in it. */
 std::string shellQuoted(const std::string &word) {
     std::string text = "'";
     for (const char character : word)
@@ -111,6 +111,7 @@ std::string shellQuoted(const std::string &word) {
     return text + "'";
 }
 
+/** The same, in quotes only where it needs them. */
 std::string shellWord(const std::string &word) {
     constexpr char kPlain[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
                               "%+,-./:=@_";
@@ -118,8 +119,13 @@ std::string shellWord(const std::string &word) {
     return isPlain ? word : shellQuoted(word);
 }
 
-void runProgram(const std::string &folder, const std::vector<std::string> &program,
-                bool allowsHost) {
+/** A setting of the shell's, of any value. */
+std::string shellSetting(const Variable &variable) {
+    return std::string(variable.name) + "=" + shellQuoted(variable.value);
+}
+
+[[noreturn]] void runProgram(const std::string &folder, const std::vector<std::string> &program,
+                             bool allowsHost) {
     setenv(vb::kFolderVariable, absoluteFolder(folder).c_str(), 1);
     if (allowsHost)
         setenv(vb::kAllowHostVariable, "1", 1);
@@ -162,6 +168,89 @@ void printEnvironment(const std::string &folder, EnvironmentForm form) {
         }
     }
     std::printf("%s%s", line.c_str(), form == EnvironmentForm::Lines ? "" : "\n");
+}
+
+/** What is missing on a command line of run, with the right one. */
+std::string behindDashes(const std::string &folder, const std::vector<std::string> &program) {
+    std::string line = "vboard run " + shellWord(folder) + " --";
+    for (const std::string &word : program)
+        line += " " + shellWord(word);
+    return program.empty() ? "PROGRAM behind '--' is required: " + line + " PROGRAM [ARGUMENTS...]"
+                           : "'--' is missing before the program: " + line;
+}
+
+void defineRun(Command &command) {
+    struct Arguments {
+        std::string folder;
+        bool allowsHost = false;
+        std::vector<std::string> program;
+    };
+    const auto arguments = std::make_shared<Arguments>();
+    addFolder(command, arguments->folder);
+    command.flag("--allow-host",
+                 "Also start programs that would be on the host: those that the board's library "
+                 "cannot be loaded into",
+                 arguments->allowsHost);
+    command.takesProgram(
+        [arguments](std::vector<std::string> words, const std::vector<std::string> &line) {
+            const bool isBehindDashes = words.empty() && !line.empty();
+            words.insert(words.end(), line.begin(), line.end());
+            if (!isBehindDashes)
+                throw language::Refused(behindDashes(arguments->folder, words));
+            arguments->program = words;
+        });
+    command.detail(
+        "It replaces vboard, so that its exit code and signals are its own.\n"
+        "A program that the board's library cannot be loaded into would be on the host, and is "
+        "refused: with exit code 125, or 'ENOEXEC' (for a script 'EACCES') where a program of the "
+        "board starts it.\n"
+        "These are statically linked programs, those of a machine or word size of which no library "
+        "is beside this one, those that are not for the GNU C library, set-user-id and "
+        "set-group-id "
+        "programs, those with file capabilities, those that cannot be read, and scripts for them.");
+    command.example("vboard run board -- iodbg show")
+        .example("vboard run board -- sh -c 'cat /proc/cmdline'");
+    command.does(
+        [arguments] { runProgram(arguments->folder, arguments->program, arguments->allowsHost); });
+}
+
+void defineEnv(Command &command) {
+    struct Arguments {
+        std::string folder;
+        bool forQemu = false;
+        bool forShell = false;
+    };
+    const auto arguments = std::make_shared<Arguments>();
+    addFolder(command, arguments->folder);
+    command.flag("--qemu", "Print arguments for qemu's user emulation", arguments->forQemu);
+    command
+        .flag("--shell", "Print a command for 'eval', which puts a shell's programs on the board",
+              arguments->forShell)
+        .notWith("--qemu");
+    command.example("env $(vboard env board) iodbg show")
+        .example("eval \"$(vboard env --shell board)\"")
+        .example("qemu-mips -L /usr/mips-linux-gnu $(vboard env --qemu board) ./iodbg show");
+    command.does([arguments] {
+        printEnvironment(arguments->folder, arguments->forShell  ? EnvironmentForm::Shell
+                                            : arguments->forQemu ? EnvironmentForm::Qemu
+                                                                 : EnvironmentForm::Lines);
+    });
+}
+
+} // namespace
+
+void addRun(Command &root) {
+    root.command("run",
+                 "Run a program, and all that it starts, on a board: run DIR -- PROGRAM "
+                 "[ARGUMENTS...]",
+                 defineRun);
+}
+
+void addEnv(Command &root) {
+    root.command("env",
+                 "Print the environment of a program on a board, for launchers that 'vboard run' "
+                 "cannot start",
+                 defineEnv);
 }
 
 } // namespace vboard

@@ -1,11 +1,17 @@
+// `vboard list-models`.
+
 #include "virtual_board/board/models.h"
 #include "virtual_board/command/commands.h"
+#include "virtual_board/command/words.h"
 #include "virtual_board/words/values.h"
 
 #include <cstdio>
+#include <memory>
 #include <nlohmann/json.hpp>
 
 namespace vboard {
+
+namespace {
 
 void listModels(bool asJson) {
     auto list = nlohmann::json::array();
@@ -21,6 +27,18 @@ void listModels(bool asJson) {
     }
     if (asJson)
         std::printf("%s\n", list.dump(2).c_str());
+}
+
+void defineListModels(Command &command) {
+    const auto asJson = std::make_shared<bool>(false);
+    addJson(command, *asJson);
+    command.example("vboard list-models").does([asJson] { listModels(*asJson); });
+}
+
+} // namespace
+
+void addListModels(Command &root) {
+    root.command("list-models", "List the models that boards can be made of", defineListModels);
 }
 
 } // namespace vboard

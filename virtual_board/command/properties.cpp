@@ -2,9 +2,11 @@
 
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/open_board.h"
+#include "virtual_board/command/words.h"
 #include "virtual_board/words/world.h"
 
 #include <cstdio>
+#include <memory>
 #include <nlohmann/json.hpp>
 
 namespace vboard {
@@ -54,7 +56,60 @@ void printTable(const std::vector<vb::Property> &properties) {
                  "without a device, empty cages, MDIO registers, what the flash holds.\n");
 }
 
+/** The names of the properties of the board in the folder that stands before them. */
+Offers namesOfProperties() {
+    return {{}, Offers::Files::None, [](const std::vector<std::string> &arguments) {
+                std::vector<std::string> names;
+                for (const vb::Property &property : selected(arguments[0], {}))
+                    names.push_back(property.name);
+                return names;
+            }};
+}
+
+void defineGet(Command &command) {
+    struct Arguments {
+        std::string folder;
+        std::vector<std::string> names;
+        bool asJson = false;
+    };
+    const auto arguments = std::make_shared<Arguments>();
+    addFolder(command, arguments->folder);
+    command.optionalArguments("NAME", "Properties", {texts(arguments->names), namesOfProperties()});
+    addJson(command, arguments->asJson);
+    command.example("vboard get board")
+        .example("vboard get board cpld.2 supply.1.present")
+        .example("vboard get board eeprom.board@0x100+16");
+    command.does(
+        [arguments] { getProperties(arguments->folder, arguments->names, arguments->asJson); });
+}
+
+void defineSet(Command &command) {
+    struct Arguments {
+        std::string folder, name, value;
+    };
+    const auto arguments = std::make_shared<Arguments>();
+    addFolder(command, arguments->folder);
+    command.argument("NAME", "Property", {text(arguments->name), namesOfProperties()});
+    command.argument("VALUE", "Its new value", text(arguments->value));
+    command.detail("Plugs a supply, stops a fan, moves the calendar clock.");
+    command.example("vboard set board supply.2.present no")
+        .example("vboard set board cpld.2 0x2413")
+        .example("vboard set board poe.3.device 'class=4 draws=18000'")
+        .example("vboard set board eeprom.board@0x100 00ff")
+        .example("vboard set board identity.mac 02:00:5e:10:00:01");
+    command.does(
+        [arguments] { setProperty(arguments->folder, arguments->name, arguments->value); });
+}
+
 } // namespace
+
+void addGet(Command &root) {
+    root.command("get", "Show what the board holds; without a name, everything", defineGet);
+}
+
+void addSet(Command &root) {
+    root.command("set", "Change what the board holds", defineSet);
+}
 
 void getProperties(const std::string &folder, const std::vector<std::string> &names, bool asJson) {
     const std::vector<vb::Property> found = selected(folder, names);

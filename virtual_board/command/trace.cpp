@@ -3,12 +3,14 @@
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/interrupt.h"
 #include "virtual_board/command/open_board.h"
+#include "virtual_board/command/words.h"
 #include "virtual_board/words/trace_json.h"
 #include "virtual_board/words/trace_text.h"
 #include "virtual_board/words/values.h"
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <nlohmann/json.hpp>
 
 namespace vboard {
@@ -79,7 +81,31 @@ void follow(const TraceArguments &arguments) {
     } while (rounds.pause(kFollowSeconds));
 }
 
+void defineTrace(Command &command) {
+    const auto arguments = std::make_shared<TraceArguments>();
+    addFolder(command, arguments->folder);
+    command.flag("--json", "Print one JSON object per line", arguments->asJson);
+    command.option("--last", "N", "Only the last N requests", number(arguments->last));
+    command.flag("--follow", "Go on with new requests until stopped", arguments->isFollowing);
+    command.flag("--clear", "Forget the requests after showing them", arguments->isClearing)
+        .notWith("--follow");
+    command.detail(
+        "With --follow it goes on until Ctrl-C, exit code 0, or until the board is gone, "
+        "exit code 1.");
+    command.example("vboard trace board --last 10")
+        .example("vboard trace board --follow")
+        .example("vboard trace board --json --clear");
+    command.does([arguments] { printTrace(*arguments); });
+}
+
 } // namespace
+
+void addTrace(Command &root) {
+    root.command("trace",
+                 "Show the requests that reached the board: board time in seconds, process id, "
+                 "request",
+                 defineTrace);
+}
 
 void printTrace(const TraceArguments &arguments) {
     if (arguments.isFollowing) {

@@ -1,30 +1,41 @@
-#include "iodbg/core/command.h"
+#include "command_line/command.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace iodbg {
-
-Command &Command::add(Command command, const Define &define) {
-    command.define_ = define;
-    command.parent = this;
-    return commands.emplace_back(std::move(command));
-}
+namespace command_line {
 
 Command &Command::group(const std::string &groupName, const std::string &groupHelp,
                         const Define &define) {
-    Command &added = add({groupName, groupHelp}, define);
+    Command &added = command(groupName, groupHelp, define);
     added.isGroup = true;
     return added;
 }
 
 Command &Command::command(const std::string &commandName, const std::string &commandHelp,
                           const Define &define) {
-    return add({commandName, commandHelp}, define);
+    Command &added = commands.emplace_back(commandName, commandHelp, define);
+    added.parent = this;
+    added.inChapter = chapters.size();
+    return added;
+}
+
+void Command::chapter(const std::string &title, const std::string &text) {
+    chapters.push_back({title, text});
 }
 
 Command &Command::alias(const std::string &other) {
     aliases.push_back(other);
+    return *this;
+}
+
+Command &Command::detail(const std::string &sentences) {
+    details = sentences;
+    return *this;
+}
+
+Command &Command::example(const std::string &line) {
+    examples.push_back(line);
     return *this;
 }
 
@@ -33,8 +44,8 @@ Command &Command::onlyAfter(const std::function<void()> &condition) {
     return *this;
 }
 
-Command &Command::does(const Action &what) {
-    action = what;
+Command &Command::takesProgram(const ProgramTaker &taker) {
+    program = taker;
     return *this;
 }
 
@@ -69,12 +80,12 @@ Word &Command::requiredOption(const std::string &word, const std::string &valueN
 }
 
 Word &Command::flag(const std::string &word, const std::string &text, bool &target) {
-    return words.emplace_back(Word{Word::Kind::Flag, word, "", text, nullptr, &target});
+    return words.emplace_back(Word{Word::Kind::Flag, word, "", text, {}, &target});
 }
 
 void Command::complete() {
-    if (define_)
-        std::exchange(define_, nullptr)(*this);
+    if (const Define define = std::exchange(define_, nullptr))
+        define(*this);
 }
 
 bool Command::isCalled(const std::string &word) const {
@@ -85,6 +96,24 @@ std::string Command::wholeName() const {
     return (parent == nullptr ? "" : parent->wholeName() + " ") + name;
 }
 
+std::string Command::call() const {
+    if (parent == nullptr)
+        return name;
+    std::string line = parent->call();
+    for (const Word *argument : parent->arguments())
+        line += " " + argument->name;
+    return line + " " + name;
+}
+
+std::vector<const Word *> Command::arguments() const {
+    std::vector<const Word *> found;
+    for (const Word &word : words) {
+        if (word.kind == Word::Kind::Argument)
+            found.push_back(&word);
+    }
+    return found;
+}
+
 std::vector<std::string> Command::namesOfCommands() const {
     std::vector<std::string> names;
     for (const Command &command : commands)
@@ -92,4 +121,4 @@ std::vector<std::string> Command::namesOfCommands() const {
     return names;
 }
 
-} // namespace iodbg
+} // namespace command_line

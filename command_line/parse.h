@@ -2,25 +2,19 @@
 // Words of the command line as values. Each parser stores into its target or throws
 // language::Refused with a line that says what would be right.
 
+#include "command_line/word.h"
 #include "language/bytes.h"
-#include "language/numbers.h"
-#include "language/refused.h"
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
-namespace iodbg {
+namespace command_line {
 
-/** Takes one word of the command line. */
-using Parser = std::function<void(const std::string &word)>;
-
-using language::Bytes;
-using language::Mac;
-using language::parseMac;
-using language::parseNumber;
+/** The same parser, for which completion offers words: "on|off". */
+Parser offering(const std::string &choices, Parser parser,
+                Offers::Files files = Offers::Files::None);
 
 /** Stores a number from 0 to highest. */
 Parser number(uint32_t &target, uint32_t highest = UINT32_MAX);
@@ -32,9 +26,11 @@ Parser numberWithin(uint32_t &target, uint32_t lowest, uint32_t highest);
 Parser seconds(uint32_t &milliseconds, uint32_t lowest, uint32_t highest);
 /** One of some words, each of which stands for a number. */
 Parser oneOf(uint32_t &target, const std::vector<std::pair<std::string, uint32_t>> &words);
+/** One of some words, as it is. */
+Parser oneOf(std::string &target, const std::vector<const char *> &words);
 Parser text(std::string &target);
 /** Stores the name of a file. */
 Parser fileName(std::string &target);
-Parser hex(Bytes &target);
+Parser hex(language::Bytes &target);
 
-} // namespace iodbg
+} // namespace command_line

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-namespace iodbg {
+namespace command_line {
 
 /** The one of some words that a word is closest to; empty when none is close. */
 std::string closestWord(const std::string &word, const std::vector<std::string> &known);
 
-} // namespace iodbg
+} // namespace command_line

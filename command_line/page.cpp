@@ -1,12 +1,18 @@
-#include "iodbg/core/page.h"
+#include "command_line/page.h"
 
 #include <algorithm>
 #include <numeric>
 #include <sstream>
 
-namespace iodbg {
+namespace command_line {
 
 namespace {
+
+/** Where a word that is too long for a line can end: behind one of its choices, or anywhere. */
+size_t endOfPart(const std::string &word, size_t width) {
+    const size_t mark = word.find_last_of("|,", width - 1);
+    return mark == std::string::npos ? width : mark + 1;
+}
 
 std::string layOutRow(const std::vector<std::string> &row, const std::vector<size_t> &widths) {
     std::vector<std::vector<std::string>> cells;
@@ -63,7 +69,7 @@ std::vector<std::string> linesWithin(std::string text, size_t width) {
     while (text.size() > width) {
         const size_t blank = text.rfind(' ', width);
         const bool hasBlank = blank != std::string::npos && blank > 0;
-        const size_t end = hasBlank ? blank : width;
+        const size_t end = hasBlank ? blank : endOfPart(text, width);
         lines.push_back(text.substr(0, end));
         text.erase(0, std::min(text.find_first_not_of(' ', end), text.size()));
     }
@@ -111,4 +117,4 @@ std::string inBlocks(const Rows &rows) {
     return text;
 }
 
-} // namespace iodbg
+} // namespace command_line

@@ -1,4 +1,4 @@
-#include "terminal/screen.h"
+#include "command_line/screen.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,9 +1,9 @@
-#include "iodbg/core/closest_word.h"
+#include "command_line/closest_word.h"
 
 #include <algorithm>
 #include <numeric>
 
-namespace iodbg {
+namespace command_line {
 
 namespace {
 
@@ -56,4 +56,4 @@ std::string closestWord(const std::string &word, const std::vector<std::string> 
     return closest;
 }
 
-} // namespace iodbg
+} // namespace command_line

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace iodbg {
+namespace command_line {
 
 constexpr size_t kPageWidth = 80;
 constexpr size_t kGap = 2; // blanks between columns
@@ -31,4 +31,4 @@ std::string inOneBlock(const Rows &rows);
 /** Columns that the page has no room for stand in blocks below, each behind the first column. */
 std::string inBlocks(const Rows &rows);
 
-} // namespace iodbg
+} // namespace command_line
