@@ -1,220 +1,15 @@
 #include "virtual_board/board/driver.h"
 
 #include "virtual_board/board/circuits.h"
-#include "virtual_board/board/i2c_bus.h"
+#include "virtual_board/board/request.h"
 #include "virtual_board/board/user_memory.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstddef>
-#include <cstring>
-#include <iterator>
 
 namespace vb {
 
 namespace {
-
-constexpr uint32_t kFloating = 0xFFFF; // what an undriven 16-bit bus reads
-constexpr uint64_t kLowestUserAddress = 4096;
-constexpr uint32_t kMaxTransfer = 4096;
-constexpr uint32_t kHighestDevAddr = 0x7F;
-
-/** A request on its way through the driver. */
-struct Request {
-    Board &board;
-    BspIoctlRecord &record;
-    TraceRecord &trace;
-    const FaultRule *fault; // what goes wrong with it, or null
-    const FileFound &file;
-
-    bool has(FaultEffect effect) const { return fault != nullptr && fault->effect == effect; }
-};
-
-constexpr uint32_t word(const BspIoctlRecord &record, unsigned slot) {
-    return static_cast<uint32_t>(record.slot[slot]);
-}
-
-/** User memory at the address in a slot; null when the process can have nothing there. */
-void *userMemory(uint64_t slot) {
-    constexpr uint64_t kExtension = 0xFFFFFFFF00000000;
-    // No process lives in the top 4 GiB of 64 bits: such an address is a sign-extended 32-bit one.
-    const uint64_t address = (slot & kExtension) == kExtension ? slot & ~kExtension : slot;
-    if (address < kLowestUserAddress)
-        return nullptr;
-    return reinterpret_cast<void *>(static_cast<uintptr_t>(address));
-}
-
-/** Stores an answer where a slot says; the result word of the request. */
-int32_t storeWord(uint64_t slot, uint32_t value) {
-    return copyToUser(userMemory(slot), &value, sizeof(value)) ? 0 : -EFAULT;
-}
-
-/** Single-byte corruption of data on its way; bytes outside the data stay what they are. */
-void corrupt(const FaultRule &fault, uint8_t *data, uint32_t length) {
-    const auto index = static_cast<uint32_t>(fault.argument);
-    if (index < length)
-        data[index] = static_cast<uint8_t>(data[index] ^ fault.mask);
-}
-
-uint32_t corruptRegister(const FaultRule &fault, uint32_t value) {
-    uint8_t bytes[2] = {static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value)};
-    corrupt(fault, bytes, sizeof(bytes));
-    return uint32_t{bytes[0]} << 8 | bytes[1];
-}
-
-// Each server answers the request's result word.
-
-int32_t serveCpldRead(Request &request) {
-    uint16_t content = 0;
-    if (!cpldRead(request.board.devices.cpld, word(request.record, 0), &content))
-        return -EINVAL;
-    uint32_t value = request.has(FaultEffect::NoAnswer) ? kFloating : content;
-    if (request.has(FaultEffect::Corrupt))
-        value = corruptRegister(*request.fault, value);
-    request.trace.value = value;
-    return storeWord(request.record.slot[1], value);
-}
-
-int32_t serveCpldWrite(Request &request) {
-    const uint32_t reg = word(request.record, 0);
-    uint32_t value = word(request.record, 1);
-    if (reg >= kCpldRegisters || value > 0xFFFF)
-        return -EINVAL;
-    if (request.has(FaultEffect::Corrupt))
-        value = corruptRegister(*request.fault, value);
-    if (request.has(FaultEffect::NoAnswer))
-        return 0;
-    Cpld &cpld = request.board.devices.cpld;
-    const uint16_t before = cpld.reg[reg];
-    cpldWrite(cpld, reg, static_cast<uint16_t>(value));
-    request.trace.length = value ^ cpld.reg[reg];
-    registerWritten(request.board, reg, before, request.trace.timeNs);
-    return 0;
-}
-
-/** How the caller describes the programming, in words of the board's 32-bit processor. */
-struct ProgrammingBlock {
-    uint32_t word0, word4;
-    uint8_t byte8, unused[3];
-    uint32_t word12, lineTable, word20;
-    uint32_t lines[4];
-};
-
-/** Whether a block describes this board's CPLD: other lines are other chips'. */
-bool isForThisCpld(const ProgrammingBlock &block, const void *memory) {
-    constexpr uint32_t kLines[] = {9, 8, 10, 11};
-    const auto address = static_cast<const char *>(memory) + offsetof(ProgrammingBlock, lines);
-    return block.word0 == 1 && block.byte8 == 1 && block.word12 == 5500 && block.word20 == 0 &&
-           block.lineTable == static_cast<uint32_t>(reinterpret_cast<uintptr_t>(address)) &&
-           std::equal(std::begin(kLines), std::end(kLines), block.lines);
-}
-
-int32_t serveCpldUpgrade(Request &request) {
-    const void *memory = userMemory(request.record.slot[0]);
-    ProgrammingBlock block;
-    if (!copyFromUser(&block, memory, sizeof(block)))
-        return -EFAULT;
-    if (request.file.error != 0)
-        return -request.file.error;
-    if (!isForThisCpld(block, memory) || request.file.size == 0)
-        return -EINVAL;
-    if (request.has(FaultEffect::NoAnswer))
-        return -EIO;
-    CpldLogic &logic = request.board.devices.cpld.logic;
-    ++logic.programmings;
-    logic.size = request.file.size;
-    logic.crc = request.file.crc;
-    return 0;
-}
-
-int32_t serveI2c(Request &request, bool isRead) {
-    const BspIoctlRecord &record = request.record;
-    const auto length = static_cast<int32_t>(word(record, 5));
-    auto *memory = static_cast<uint8_t *>(userMemory(record.slot[4]));
-    if (memory == nullptr)
-        return -EFAULT;
-    if (length < 1 || static_cast<uint32_t>(length) > kMaxTransfer ||
-        word(record, 1) > kHighestDevAddr)
-        return -EINVAL;
-    if (request.has(FaultEffect::NoAnswer))
-        return -ENXIO;
-
-    // The data crosses the driver's own buffer, where a fault can spoil it without touching the
-    // caller's bytes of a write. One at a time works on a board, maybe on a small stack.
-    static uint8_t data[kMaxTransfer];
-    auto count = static_cast<uint32_t>(length);
-    if (request.has(FaultEffect::Short))
-        count = std::min(count, static_cast<uint32_t>(request.fault->argument));
-    if (!isRead && !copyFromUser(data, memory, count))
-        return -EFAULT;
-    if (!isRead && request.has(FaultEffect::Corrupt))
-        corrupt(*request.fault, data, count);
-    const I2cTransfer transfer = {word(record, 0) & 0xFF,
-                                  word(record, 0) >> 8 & 0xFF,
-                                  word(record, 1),
-                                  word(record, 2),
-                                  word(record, 3),
-                                  isRead,
-                                  data,
-                                  count,
-                                  request.trace.timeNs};
-    if (!i2cTransfer(request.board, transfer))
-        return -ENXIO;
-    if (isRead && request.has(FaultEffect::Corrupt))
-        corrupt(*request.fault, data, count);
-    if (isRead && !copyToUser(memory, data, count))
-        return -EFAULT;
-    request.trace.stored = std::min(count, kTraceDataSize);
-    std::memcpy(request.trace.data, data, request.trace.stored);
-    return 0;
-}
-
-int32_t serveGpioInput(Request &request) {
-    if (request.has(FaultEffect::NoAnswer))
-        return 0;
-    return gpioSetInput(request.board.devices.gpio, word(request.record, 0)) ? 0 : -EINVAL;
-}
-
-int32_t serveGpioOutput(Request &request) {
-    if (request.has(FaultEffect::NoAnswer))
-        return 0;
-    const uint32_t line = word(request.record, 0);
-    const bool level = word(request.record, 1) != 0;
-    return gpioSetOutput(request.board.devices.gpio, line, level) ? 0 : -EINVAL;
-}
-
-int32_t serveGpioRead(Request &request) {
-    uint32_t level = 0;
-    if (!gpioRead(request.board.devices.gpio, word(request.record, 0), &level))
-        return -EINVAL;
-    if (request.has(FaultEffect::NoAnswer))
-        level = 1; // the pull-up
-    request.trace.value = level;
-    return storeWord(request.record.slot[1], level);
-}
-
-int32_t serve(Request &request) {
-    switch (request.trace.kind) {
-    case TraceKind::CpldRead:
-        return serveCpldRead(request);
-    case TraceKind::CpldWrite:
-        return serveCpldWrite(request);
-    case TraceKind::I2cRead:
-        return serveI2c(request, true);
-    case TraceKind::I2cWrite:
-        return serveI2c(request, false);
-    case TraceKind::GpioInput:
-        return serveGpioInput(request);
-    case TraceKind::GpioOutput:
-        return serveGpioOutput(request);
-    case TraceKind::GpioRead:
-        return serveGpioRead(request);
-    case TraceKind::CpldUpgrade:
-        return serveCpldUpgrade(request);
-    default:
-        return -ENOTTY;
-    }
-}
 
 struct RequestType {
     TraceKind kind;
@@ -250,9 +45,13 @@ FaultSubject subjectOf(const RequestType &type, const BspIoctlRecord &record) {
     if (type.op == FaultOp::Upgrade)
         return {type.device, type.op, 0, 0, 0, UINT32_MAX}; // concerns no register
     if (type.device != FaultDevice::I2c)
-        return {type.device, type.op, 0, 0, 0, word(record, 0)};
-    return {type.device,     type.op,        word(record, 0) & 0xFF, word(record, 0) >> 8 & 0xFF,
-            word(record, 1), word(record, 2)};
+        return {type.device, type.op, 0, 0, 0, slotWord(record, 0)};
+    return {type.device,
+            type.op,
+            slotWord(record, 0) & 0xFF,
+            slotWord(record, 0) >> 8 & 0xFF,
+            slotWord(record, 1),
+            slotWord(record, 2)};
 }
 
 void describe(TraceRecord &trace, const FaultSubject &subject, const BspIoctlRecord &record) {
@@ -261,11 +60,11 @@ void describe(TraceRecord &trace, const FaultSubject &subject, const BspIoctlRec
     trace.devAddr = static_cast<uint8_t>(subject.devAddr);
     trace.offset = subject.offset;
     if (subject.device == FaultDevice::I2c)
-        trace.length = word(record, 5);
+        trace.length = slotWord(record, 5);
     if (trace.kind == TraceKind::CpldWrite)
-        trace.value = word(record, 1);
+        trace.value = slotWord(record, 1);
     if (trace.kind == TraceKind::GpioOutput)
-        trace.value = word(record, 1) != 0 ? 1 : 0;
+        trace.value = slotWord(record, 1) != 0 ? 1 : 0;
 }
 
 } // namespace
@@ -275,7 +74,7 @@ bool needsFile(uint32_t code) {
 }
 
 int copyFileName(const BspIoctlRecord &record, char (&name)[kMaxFileName]) {
-    const uint32_t length = word(record, 2);
+    const uint32_t length = slotWord(record, 2);
     if (length >= kMaxFileName)
         return EINVAL;
     name[length] = '\0';
@@ -290,7 +89,7 @@ int serveRequest(Board &board, const Sender &sender, uint32_t code, BspIoctlReco
     describe(trace, subject, record);
     if (needsFile(code)) {
         trace.value = file.size;
-        const uint32_t shown = std::min(word(record, 2), kTraceDataSize - 1);
+        const uint32_t shown = std::min(slotWord(record, 2), kTraceDataSize - 1);
         copyFromUser(trace.data, userMemory(record.slot[1]), shown);
     }
     if (type.kind == TraceKind::OtherRequest) {
@@ -305,7 +104,8 @@ int serveRequest(Board &board, const Sender &sender, uint32_t code, BspIoctlReco
         return trace.error;
     }
     advanceBoard(board, sender.nowNs);
-    record.result = request.has(FaultEffect::Refuse) ? request.fault->argument : serve(request);
+    record.result =
+        request.has(FaultEffect::Refuse) ? request.fault->argument : serveDevice(request);
     advanceBoard(board, sender.nowNs);
     trace.result = record.result;
     return 0;

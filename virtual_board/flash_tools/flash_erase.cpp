@@ -2,6 +2,8 @@
 // Bad blocks are passed over, and a block that cannot be erased is told, but does not count as
 // failure.
 
+#include "virtual_board/flash_tools/options.h"
+#include "virtual_board/flash_tools/partition.h"
 #include "virtual_board/flash_tools/tools.h"
 
 #include <cstdio>

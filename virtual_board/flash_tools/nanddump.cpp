@@ -2,6 +2,8 @@
 // partition into a file, or to standard output.
 
 #include "virtual_board/flash_tools/help.h"
+#include "virtual_board/flash_tools/options.h"
+#include "virtual_board/flash_tools/partition.h"
 #include "virtual_board/flash_tools/tools.h"
 
 #include <algorithm>

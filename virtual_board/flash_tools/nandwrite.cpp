@@ -3,6 +3,8 @@
 // follows moves up by a block.
 
 #include "virtual_board/flash_tools/help.h"
+#include "virtual_board/flash_tools/options.h"
+#include "virtual_board/flash_tools/partition.h"
 #include "virtual_board/flash_tools/tools.h"
 
 #include <algorithm>

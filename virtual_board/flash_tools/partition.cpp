@@ -1,29 +1,18 @@
-// Flash partitions and command lines as all MTD tools handle them.
+#include "virtual_board/flash_tools/partition.h"
 
 #include "virtual_board/flash_tools/tools.h"
 
 #include <cerrno>
-#include <cstdarg>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
-#include <getopt.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace flash_tools {
 
 namespace {
 
 constexpr char kLibrary[] = "libmtd"; // whose messages appear with those of the tools
-
-__attribute__((format(printf, 2, 0))) void printError(const std::string &tool, const char *format,
-                                                      va_list arguments) {
-    std::fprintf(stderr, "%s: error!: ", tool.c_str());
-    std::vfprintf(stderr, format, arguments);
-    std::fputc('\n', stderr);
-}
 
 /** The digits of /dev/mtdN. */
 std::string numberOf(const std::string &path) {
@@ -32,26 +21,6 @@ std::string numberOf(const std::string &path) {
 }
 
 } // namespace
-
-int complain(const std::string &tool, const char *format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    printError(tool, format, arguments);
-    va_end(arguments);
-    return kError;
-}
-
-int complainSystem(const std::string &tool, const char *format, ...) {
-    const int error = errno;
-    va_list arguments;
-    va_start(arguments, format);
-    printError(tool, format, arguments);
-    va_end(arguments);
-    const int indent = static_cast<int>(tool.size()) + 2;
-    std::fprintf(stderr, "%*serror %d (%s)\n", indent, "", error, std::strerror(error));
-    errno = error;
-    return kError;
-}
 
 Partition::Partition(std::string tool, std::string path)
     : tool_(std::move(tool)), path_(std::move(path)) {}
@@ -120,47 +89,6 @@ bool Partition::writePage(uint64_t offset, const uint8_t *page) const {
     return (lseek(fd_, position, SEEK_SET) == position &&
             write(fd_, page, info_.writesize) == size) ||
            failTransfer("write", "to", offset);
-}
-
-CommandLine parse(const Arguments &arguments, const std::vector<Option> &known) {
-    std::string letters;
-    std::vector<option> names;
-    for (const Option &candidate : known) {
-        for (const char *letter = candidate.letters; *letter != '\0'; ++letter)
-            letters += std::string(1, *letter) + (candidate.hasValue ? ":" : "");
-        if (candidate.name != nullptr)
-            names.push_back({candidate.name, candidate.hasValue ? required_argument : no_argument,
-                             nullptr, candidate.letters[0]});
-    }
-    names.push_back({nullptr, 0, nullptr, 0});
-    std::vector<char *> words;
-    for (const std::string &argument : arguments)
-        words.push_back(const_cast<char *>(argument.c_str()));
-    words.push_back(nullptr);
-
-    CommandLine line;
-    const int count = static_cast<int>(arguments.size());
-    int found = 0;
-    while ((found = getopt_long(count, words.data(), letters.c_str(), names.data(), nullptr)) !=
-           -1) {
-        if (found == '?')
-            line.isGood = false;
-        else
-            line.options.push_back({static_cast<char>(found), optarg != nullptr ? optarg : ""});
-    }
-    line.operands.assign(words.data() + optind, words.data() + count);
-    return line;
-}
-
-bool parseNumber(const std::string &tool, const char *parser, const std::string &text,
-                 int64_t &number) {
-    char *end = nullptr;
-    errno = 0;
-    number = std::strtoll(text.c_str(), &end, 0);
-    if (end != text.c_str() && *end == '\0' && errno == 0)
-        return true;
-    complain(tool, "%s: unable to parse the number '%s'", parser, text.c_str());
-    return false;
 }
 
 } // namespace flash_tools
