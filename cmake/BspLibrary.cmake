@@ -41,6 +41,7 @@ add_library(bsp_objects OBJECT
   kernel/request.cpp
   kernel/status_text.cpp
   kernel/version.cpp
+  poe/dispatcher.cpp
   poe/port_records.cpp
   poe/rtl8239/app_status.cpp
   poe/rtl8239/bus.cpp

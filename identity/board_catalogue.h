@@ -48,6 +48,8 @@ struct BoardModel {
     CageRange frontCages;
     CageRange uplinkCages;
     CageLines cageLines;
+
+    constexpr bool hasPoe() const { return poePorts != 0; }
 };
 
 /** The row of a device id; the row for unknown ids when it is in none. All 32 bits count. */

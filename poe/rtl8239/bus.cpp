@@ -14,7 +14,7 @@ constexpr uint32_t kDevice = 0x20;
 
 bool hasController() {
     uint32_t devId = 0;
-    return bspDevIdGet(&devId) == BSP_OK && bsp::boardModel(devId).poePorts != 0;
+    return bspDevIdGet(&devId) == BSP_OK && bsp::boardModel(devId).hasPoe();
 }
 
 /** Checks a raw transfer's buffer and board; reported under the name of the transfer. */
