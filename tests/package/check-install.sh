@@ -98,7 +98,10 @@ for document in "$source"/docs/*.md; do
     [ "$(basename "$document")" != reference.md ] || continue # a part of the HTML reference
     cmp "$document" "$documents/$(basename "$document")"
 done
-echo "ok    installed documents, the keys of JSON among them"
+cmp "$source/CHANGELOG.md" "$documents/CHANGELOG.md"
+version=$(PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --modversion bsp)
+grep -qx "## $version" "$documents/CHANGELOG.md" # what has changed in this version
+echo "ok    installed documents, the keys of JSON and the version's changes among them"
 
 "${emulator[@]}" "$prefix/bin/vboard" create --model 0x0709 "$work/board"
 VBOARD_DIR=$work/board "$libraries/vboard-tools/flash_erase" -q /dev/mtd4 0 1
