@@ -182,8 +182,8 @@ constexpr BadWord kVboard[] = {
      "/nowhere: No such file or directory; create a board with: vboard create", 1},
     {"get", "NAME", "@board cpld.64", "there is no cpld.64; the numbers are 0 to 63", 1},
     {"set", "NAME", "@board cpld.64 1", "there is no cpld.64; the numbers are 0 to 63", 1},
-    {"set", "VALUE", "@board cpld.1 x",
-     "cpld.1: 'x' is not a number from 0 to 65535 (decimal, or hexadecimal after 0x)", 1},
+    {"properties", "PATTERN", "nothing.*",
+     "no property fits 'nothing.*'; 'vboard properties' lists all", 1},
     {"fault add", "--device", "--device disk --effect no-answer",
      "'disk' is not a device (or the path of a file of the board); choose from: cpld, gpio, i2c, "
      "poe, mtd0, mtd4, mtd12, mtd14",

@@ -94,9 +94,18 @@ TEST_F(CompletionTest, OffersWhatTheProgramsTakeThere) {
         {{"iodbg", "clock", "set", "2026-11-21T12", ":", "3"}, {}},
         // what the virtual board tells
         {{"vboard", "create", "--model", "0x07"}, {"0x0709"}},
-        {{"vboard", "set", board(), "fan.1."}, {"fan.1.present", "fan.1.speed", "fan.1.state"}},
+        {{"vboard", "get", board(), "fan.1."}, {"fan.1.present", "fan.1.speed", "fan.1.state"}},
+        {{"vboard", "set", board(), "fan.1."},
+         {"fan.1.present=no", "fan.1.present=yes", "fan.1.state=failing", "fan.1.state=good",
+          "fan.1.state=stuck"}},
+        {{"vboard", "set", board(), "cpld.1=1", "temp"},
+         {"temperature.ambient=", "temperature.state=good", "temperature.state=missing",
+          "temperature.state=stuck"}},
+        {{"vboard", "set", board(), "fan.1.state", "=", "s"}, {"stuck"}},
+        {{"vboard", "set", board(), "poe.controller", ""}, {"missing", "present"}},
+        {{"vboard", "properties", "rtc"}, {"rtc.battery", "rtc.time"}},
         {{"vboard", "get", board(), "rtc.time", "supply.2.line.p"}, {"supply.2.line.presence"}},
-        {{"vboard", "set", board(), "sfp.54.m"}, {"sfp.54.module"}}, // of an empty cage as well
+        {{"vboard", "get", board(), "sfp.54.m"}, {"sfp.54.module"}}, // of an empty cage as well
         // files
         {{"iodbg", "upgrade", "cpld", "im"}, {"image one.bin"}},
         {{"iodbg", "mtd", "write", "mtd4", "r"}, {"record"}},

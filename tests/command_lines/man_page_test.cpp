@@ -2,12 +2,9 @@
 
 #include "tests/command_lines/help_tree.h"
 #include "tests/iodbg/iodbg_test.h"
-#include "tests/virtual_board/command_test.h"
 
 #include <algorithm>
 #include <map>
-#include <nlohmann/json.hpp>
-#include <regex>
 
 namespace {
 
@@ -161,49 +158,6 @@ TEST_P(ManPageTest, HasEveryExitCode) {
     }
     EXPECT_GT(count, 3u);
     EXPECT_EQ(codes.find(".It " + std::to_string(count) + "\n"), std::string::npos);
-}
-
-/** A property's name with N in place of its numbers. */
-std::string withoutNumbers(std::string name) {
-    name = std::regex_replace(name, std::regex("\\.[0-9]+"), ".N");
-    return std::regex_replace(name, std::regex("^mdio\\.N\\.N"), "mdio.A.B");
-}
-
-/** Names that the page has, and whether it says that they can only be read. */
-std::map<std::string, bool> describedProperties() {
-    std::map<std::string, bool> properties;
-    bool isName = false;
-    for (const std::string &line : linesOf(readPage("vboard"))) {
-        const Words words = wordsOf(line);
-        if (line == ".It Xo" || line == ".Xc")
-            isName = line == ".It Xo";
-        else if (isName && words.size() > 1 && words[0] == ".Ql")
-            properties[words[1].substr(0, words[1].find('*'))] = words[1].ends_with("*");
-    }
-    return properties;
-}
-
-class ManPagePropertiesTest : public CommandTest {};
-
-TEST_F(ManPagePropertiesTest, AreThoseOfBoards) {
-    auto described = describedProperties();
-    // What is shown of it when somebody asks only
-    for (const char *part : {"mdio.A.B", "flash.N.content", "sfp.N.id", "sfp.N.diagnostics"})
-        EXPECT_EQ(described.erase(part), 1u) << part;
-    vboard({"create", "--model", "0x0309", path("other")});
-    std::map<std::string, bool> known;
-    for (const std::string &folder : {board(), path("other")}) {
-        const auto properties = nlohmann::json::parse(vboard({"get", folder, "--json"}));
-        for (const auto &[name, value] : properties.items()) {
-            const std::string general = withoutNumbers(name);
-            if (name.ends_with(".note") || known.contains(general))
-                continue;
-            const std::string same = name == "power" ? "cycle" : value.get<std::string>();
-            const ProcessResult result = answer({"set", folder, name, same});
-            known[general] = result.err.find("only be read") != std::string::npos;
-        }
-    }
-    EXPECT_EQ(described, known);
 }
 
 INSTANTIATE_TEST_SUITE_P(Programs, ManPageTest, ::testing::Values("iodbg", "vboard"),

@@ -2,6 +2,9 @@
 
 #include "tests/virtual_board/command_test.h"
 
+#include "language/properties.h"
+
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -50,7 +53,7 @@ TEST_F(CommandTest, AWrongCommandLineIsCode2) {
     expectFailure(2, "PROGRAM", {"run", board()});
     expectFailure(2, "PROGRAM", {"run", board(), "--"});
     expectFailure(2, "DIR is required", {"run", "--", "true"});
-    expectFailure(2, "VALUE is required", {"set", board(), "cpld.1"});
+    expectFailure(2, "'cpld.1' has no value: give NAME=VALUE", {"set", board(), "cpld.1"});
     expectFailure(2, "a command is missing: give one of add|list|clear; see", {"fault", board()});
     expectFailure(2, "--effect is required", {"fault", board(), "add", "--device", "cpld"});
     expectFailure(2, "--last", {"trace", board(), "--last", "many"});
@@ -182,7 +185,7 @@ TEST_F(FourFansTest, LinesThatSeveralThingsShareAreMarked) {
     EXPECT_EQ(named.err,
               "fan.3.present: one line with fan 4 and supply 2: it shows what changed last\n");
     EXPECT_EQ(json::parse(vboard({"get", board(), "fan.3.present", "fan.3.speed", "--json"})),
-              json::parse(R"({"fan.3.present": "yes", "fan.3.speed": "2400",
+              json::parse(R"({"fan.3.present": "yes", "fan.3.speed": 2400,
                               "fan.3.present.note": "one line with fan 4 and supply 2: it shows )"
                           R"(what changed last"})"));
 }
@@ -299,14 +302,73 @@ TEST_F(CommandTest, CtrlCIsTheProperEndOfWhatGoesOn) {
 TEST_F(CommandTest, GetShowsTheNamedPropertiesOrAll) {
     EXPECT_EQ(vboard({"get", board(), "cpld.2", "gpio.0"}), "0x1312\n0\n");
     EXPECT_EQ(json::parse(vboard({"get", board(), "cpld.2", "--json"})),
-              json::parse(R"({"cpld.2": "0x1312"})"));
+              json::parse(R"({"cpld.2": 4882})"));
     const std::string table = vboard({"get", board()});
     EXPECT_NE(table.find("model                  0x0709\n"), std::string::npos);
     EXPECT_EQ(table.find("cpld.3 "), std::string::npos);
     const json all = json::parse(vboard({"get", board(), "--json"}));
-    EXPECT_EQ(all["cpld.3"], "0x0000");
+    EXPECT_EQ(all["cpld.3"], 0);
     EXPECT_EQ(all["eeprom.board"].get<std::string>().size(), 2048u);
     expectFailure(1, "there is no property 'colour'", {"get", board(), "cpld.2", "colour"});
+}
+
+TEST_F(CommandTest, PropertiesAreOfTheirTypesInJson) {
+    const json all = json::parse(vboard({"get", board(), "--json"}));
+    EXPECT_EQ(all["gpio.0"], 0);
+    EXPECT_TRUE(all["clock"].is_number());
+    EXPECT_EQ(all["supply.1.output-voltage"], 54000);
+    EXPECT_TRUE(all["temperature.sensor"].is_number_integer());
+    EXPECT_TRUE(all["temperature.board"].is_number_float());
+    EXPECT_EQ(all["watchdog.expires"], "off");
+    EXPECT_EQ(all["fan.1.present"], "yes");
+    EXPECT_EQ(all["console.speed"], 115200);
+    EXPECT_EQ(all["identity.mac"], "02:00:5e:10:00:00");
+}
+
+TEST_F(CommandTest, GetTakesPatterns) {
+    EXPECT_EQ(vboard({"get", board(), "fan.*.state", "fan.1.*"}),
+              "fan.1.state            good\nfan.2.state            good\n"
+              "fan.1.present          yes  (one line with fan 2: it is set while both are there)\n"
+              "fan.1.speed            2400\n");
+    EXPECT_EQ(json::parse(vboard({"get", board(), "fan.?.speed", "cpld.1", "--json"})),
+              json::parse(R"({"fan.1.speed": 2400, "fan.2.speed": 2400, "cpld.1": 1801})"));
+    expectFailure(1, "no property of model 0x0709 fits 'fan.9.*'", {"get", board(), "fan.9.*"});
+}
+
+TEST_F(CommandTest, SetChangesSeveralAtOnceOrNone) {
+    EXPECT_EQ(vboard({"set", board(), "fan.1.state=stuck", "poe.1.device=class=4 draws=18000"}),
+              "");
+    EXPECT_EQ(vboard({"get", board(), "fan.1.state", "poe.1.device"}),
+              "stuck\nclass=4 signature=good requests=25500 draws=18000\n");
+    vboard({"set", board(), "poe.1.device", "class=3"}); // a name and its value
+    const auto before = contentOf(board());
+    expectFailure(1, "fan.3.state", {"set", board(), "fan.1.state=good", "fan.3.state=good"});
+    expectFailure(1, "cage 49 is empty", {"set", board(), "fan.1.state=good", "sfp.49.link=up"});
+    expectFailure(2, "'fan.2.state' has no value",
+                  {"set", board(), "fan.1.state=good", "fan.2.state", "good"});
+    EXPECT_EQ(contentOf(board()), before);
+}
+
+TEST_F(CommandTest, PropertiesAreListedForAllModels) {
+    const std::string all = vboard({"properties"});
+    EXPECT_EQ(std::count(all.begin(), all.end(), '\n'),
+              static_cast<ptrdiff_t>(language::properties().size()));
+    EXPECT_EQ(vboard({"properties", "fan.2.speed"}),
+              "fan.#.speed               read       with fans               "
+              "rpm; How fast it turns\n");
+    EXPECT_EQ(vboard({"properties", "sfp.#.s*"}),
+              "sfp.#.state               read, set  all                     "
+              "good|tx-fault|dead; A dead module does not answer and receives nothing\n");
+    const json rows = json::parse(vboard({"properties", "poe.*", "--json"}));
+    ASSERT_EQ(rows.size(), 3u);
+    EXPECT_EQ(rows[0], json::parse(R"({
+        "name": "poe.controller", "type": "word", "unit": null, "lowest": null, "highest": null,
+        "words": ["reset", "application", "loader", "missing"], "settable": true,
+        "words_to_set": ["present", "missing"], "untouched": null,
+        "models": ["0x0709", "0x0809", "0x8709", "0x8809"],
+        "description": "What the PoE controller runs"})"));
+    EXPECT_EQ(json::parse(vboard({"properties", "--json"})).size(), language::properties().size());
+    expectFailure(1, "no property fits 'colour'", {"properties", "colour"});
 }
 
 TEST_F(CommandTest, SetChangesWhatProgramsSee) {

@@ -204,7 +204,7 @@ class User {
         };
         for (const auto &[name, value] : kThings) {
             try {
-                vboard::setProperty(board_, name, value);
+                vboard::setProperties(board_, {{name, value}});
             } catch (const vb::Refused &) { // models do not have everything
             }
         }

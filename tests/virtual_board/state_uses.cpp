@@ -91,7 +91,7 @@ void changeWorld(const std::string &board, Random &random) {
     for (int i = 0; i < 4; ++i) {
         const auto &[name, value] = kChanges[below(random, std::size(kChanges))];
         try {
-            vboard::setProperty(board, name, value);
+            vboard::setProperties(board, {{name, value}});
         } catch (const vb::Refused &) { // models do not have everything
         }
     }

@@ -4,6 +4,7 @@
 
 #include "command_line/command.h"
 #include "virtual_board/words/fault_text.h"
+#include "virtual_board/words/world.h"
 
 #include <cstdint>
 #include <string>
@@ -47,6 +48,7 @@ void addRun(command_line::Command &root);
 void addEnv(command_line::Command &root);
 void addGet(command_line::Command &root);
 void addSet(command_line::Command &root);
+void addProperties(command_line::Command &root);
 void addFault(command_line::Command &root);
 void addPanel(command_line::Command &root);
 void addFlash(command_line::Command &root);
@@ -56,7 +58,7 @@ void addTrace(command_line::Command &root);
 void create(const CreateArguments &arguments);
 
 void getProperties(const std::string &folder, const std::vector<std::string> &names, bool asJson);
-void setProperty(const std::string &folder, const std::string &name, const std::string &value);
+void setProperties(const std::string &folder, const std::vector<vb::Assignment> &assignments);
 
 void addFault(const std::string &folder, const vb::FaultWords &words);
 void listFaults(const std::string &folder, bool asJson);

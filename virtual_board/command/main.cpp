@@ -42,6 +42,7 @@ void addCommands(Command &root) {
     vboard::addEnv(root);
     vboard::addGet(root);
     vboard::addSet(root);
+    vboard::addProperties(root);
     vboard::addFault(root);
     vboard::addPanel(root);
     vboard::addFlash(root);

@@ -1,10 +1,13 @@
 // The world's side of a board: `vboard get` and `vboard set`.
 
+#include "command_line/line.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/open_board.h"
 #include "virtual_board/command/words.h"
+#include "virtual_board/words/values.h"
 #include "virtual_board/words/world.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -14,70 +17,139 @@ namespace vboard {
 namespace {
 
 using Json = nlohmann::ordered_json;
+using Properties = std::vector<vb::Property>;
 
-/** Every property, or the named ones. */
-std::vector<vb::Property> selected(const std::string &folder,
-                                   const std::vector<std::string> &names) {
+bool hasPattern(const std::vector<std::string> &names) {
+    return std::any_of(names.begin(), names.end(), vb::isPattern);
+}
+
+/** Every property, or those of the names and patterns, each once for all patterns that it fits. */
+Properties selected(const std::string &folder, const std::vector<std::string> &names) {
     const LockedBoard board(folder);
     if (names.empty())
         return vb::properties(board.folder());
-    std::vector<vb::Property> found;
-    found.reserve(names.size());
-    for (const std::string &name : names)
-        found.push_back({name, vb::property(board.folder(), name), false,
-                         vb::propertyNote(board.folder(), name)});
+    Properties found;
+    for (const std::string &name : names) {
+        if (!vb::isPattern(name)) {
+            found.push_back(vb::namedProperty(board.folder(), name));
+            continue;
+        }
+        for (const vb::Property &property : vb::matchingProperties(board.folder(), name)) {
+            const bool isThere =
+                std::any_of(found.begin(), found.end(),
+                            [&](const vb::Property &other) { return other.name == property.name; });
+            if (!isThere)
+                found.push_back(property);
+        }
+    }
     return found;
 }
 
-void printJson(const std::vector<vb::Property> &properties) {
+/** The names of all properties of a board but those that are too many. */
+std::vector<language::PropertyName> namesOf(const std::string &folder) {
+    vb::BoardFolder board;
+    openBoard(board, folder);
+    return vb::listedNames(board);
+}
+
+void printJson(const Properties &properties) {
     Json object = Json::object();
     for (const vb::Property &property : properties) {
-        object[property.name] = property.value;
+        object[property.name] = language::valueJson(*property.type, property.content);
         if (!property.note.empty())
-            object[property.name + ".note"] = property.note; // a text as all others
+            object[property.name + ".note"] = property.note;
     }
     // A command line that another program wrote may hold any byte.
     std::printf("%s\n", object.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
 }
 
-void printTable(const std::vector<vb::Property> &properties) {
+void printLine(const vb::Property &property, size_t mostCharacters) {
+    const bool isCut = property.value.size() > mostCharacters;
+    const std::string note = property.note.empty() ? "" : "  (" + property.note + ")";
+    std::printf("%-22s %s%s%s\n", property.name.c_str(),
+                property.value.substr(0, mostCharacters).c_str(), isCut ? "..." : "", note.c_str());
+}
+
+void printTable(const Properties &properties) {
     constexpr size_t kMostCharacters = 64;
     for (const vb::Property &property : properties) {
-        if (property.isIdle)
-            continue;
-        const bool isCut = property.value.size() > kMostCharacters;
-        const std::string note = property.note.empty() ? "" : "  (" + property.note + ")";
-        std::printf("%-22s %s%s%s\n", property.name.c_str(),
-                    property.value.substr(0, kMostCharacters).c_str(), isCut ? "..." : "",
-                    note.c_str());
+        if (!property.isIdle)
+            printLine(property, kMostCharacters);
     }
     std::fprintf(stderr,
                  "Not shown: CPLD registers that hold 0x0000, GPIO inputs at level 0, PoE ports "
                  "without a device, empty cages, MDIO registers, what the flash holds.\n");
 }
 
-/** The names of the properties of the board in the folder that stands before them. */
-Offers namesOfProperties() {
-    return {{}, Offers::Files::None, [](const std::vector<std::string> &arguments) {
-                std::vector<std::string> names;
-                for (const vb::Property &property : selected(arguments[0], {}))
-                    names.push_back(property.name);
-                return names;
-            }};
+void printValues(const Properties &properties) {
+    for (const vb::Property &property : properties) {
+        std::printf("%s\n", property.value.c_str());
+        if (!property.note.empty())
+            std::fprintf(stderr, "%s: %s\n", property.name.c_str(), property.note.c_str());
+    }
+}
+
+/** What is given a value: NAME=VALUE..., or one NAME and its VALUE. */
+std::vector<vb::Assignment> assignmentsOf(const std::vector<std::string> &words) {
+    if (words.size() == 2 && words[0].find('=') == std::string::npos)
+        return {{words[0], words[1]}};
+    std::vector<vb::Assignment> assignments;
+    for (const std::string &word : words) {
+        const size_t equals = word.find('=');
+        if (equals == std::string::npos)
+            throw WrongUsage(language::quoted(word) +
+                             " has no value: give NAME=VALUE, or one NAME and its VALUE; see "
+                             "'vboard set --help'");
+        assignments.push_back({word.substr(0, equals), word.substr(equals + 1)});
+    }
+    return assignments;
+}
+
+// What completion offers; the board's folder stands before all names.
+
+using Strings = std::vector<std::string>;
+
+Strings offeredNames(const Strings &arguments) {
+    Strings names;
+    for (const language::PropertyName &name : namesOf(arguments[0]))
+        names.push_back(nameText(name));
+    return names;
+}
+
+/** "fan.1.state=good", "fan.1.speed=": what can be set, with its words where it has some. */
+Strings offeredAssignments(const std::vector<language::PropertyName> &names) {
+    Strings assignments;
+    for (const language::PropertyName &name : names) {
+        const Strings words = wordsToSet(*name.property);
+        if (words.empty() && name.property->isSettable)
+            assignments.push_back(nameText(name) + "=");
+        for (const std::string &word : words)
+            assignments.push_back(nameText(name) + "=" + word);
+    }
+    return assignments;
+}
+
+Strings offeredChanges(const Strings &arguments) {
+    const bool isValue = arguments.size() == 2 && arguments[1].find('=') == std::string::npos;
+    const language::Property *row = isValue ? language::rowOf(arguments[1]) : nullptr;
+    return row != nullptr ? wordsToSet(*row) : offeredAssignments(namesOf(arguments[0]));
 }
 
 void defineGet(Command &command) {
     struct Arguments {
         std::string folder;
-        std::vector<std::string> names;
+        Strings names;
         bool asJson = false;
     };
     const auto arguments = std::make_shared<Arguments>();
     addFolder(command, arguments->folder);
-    command.optionalArguments("NAME", "Properties", {texts(arguments->names), namesOfProperties()});
+    command.optionalArguments("NAME", "Properties, or patterns of shells: 'fan.*'",
+                              {texts(arguments->names), {{}, Offers::Files::None, offeredNames}});
     addJson(command, arguments->asJson);
+    command.detail("A pattern stands for all that fit it. In JSON numbers are numbers.");
     command.example("vboard get board")
         .example("vboard get board cpld.2 supply.1.present")
+        .example("vboard get board 'fan.*' --json")
         .example("vboard get board eeprom.board@0x100+16");
     command.does(
         [arguments] { getProperties(arguments->folder, arguments->names, arguments->asJson); });
@@ -85,20 +157,25 @@ void defineGet(Command &command) {
 
 void defineSet(Command &command) {
     struct Arguments {
-        std::string folder, name, value;
+        std::string folder;
+        Strings words;
     };
     const auto arguments = std::make_shared<Arguments>();
     addFolder(command, arguments->folder);
-    command.argument("NAME", "Property", {text(arguments->name), namesOfProperties()});
-    command.argument("VALUE", "Its new value", text(arguments->value));
-    command.detail("Plugs a supply, stops a fan, moves the calendar clock.");
+    command
+        .argument("NAME", "NAME=VALUE, or one property and its new value",
+                  {texts(arguments->words), {{}, Offers::Files::None, offeredChanges}})
+        .repeatable();
+    command.detail("Plugs a supply, stops a fan, moves the calendar clock. Where one change is "
+                   "refused, nothing changes.");
     command.example("vboard set board supply.2.present no")
+        .example("vboard set board fan.1.state=stuck temperature.ambient=40")
         .example("vboard set board cpld.2 0x2413")
         .example("vboard set board poe.3.device 'class=4 draws=18000'")
         .example("vboard set board eeprom.board@0x100 00ff")
         .example("vboard set board identity.mac 02:00:5e:10:00:01");
     command.does(
-        [arguments] { setProperty(arguments->folder, arguments->name, arguments->value); });
+        [arguments] { setProperties(arguments->folder, assignmentsOf(arguments->words)); });
 }
 
 } // namespace
@@ -112,23 +189,21 @@ void addSet(Command &root) {
 }
 
 void getProperties(const std::string &folder, const std::vector<std::string> &names, bool asJson) {
-    const std::vector<vb::Property> found = selected(folder, names);
-    if (asJson) {
+    const Properties found = selected(folder, names);
+    if (asJson)
         printJson(found);
-    } else if (names.empty()) {
+    else if (names.empty())
         printTable(found);
-    } else {
-        for (const vb::Property &property : found) {
-            std::printf("%s\n", property.value.c_str());
-            if (!property.note.empty())
-                std::fprintf(stderr, "%s: %s\n", property.name.c_str(), property.note.c_str());
-        }
-    }
+    else if (!hasPattern(names))
+        printValues(found);
+    else
+        for (const vb::Property &property : found)
+            printLine(property, std::string::npos);
 }
 
-void setProperty(const std::string &folder, const std::string &name, const std::string &value) {
+void setProperties(const std::string &folder, const std::vector<vb::Assignment> &assignments) {
     const LockedBoard board(folder);
-    vb::setProperty(board.folder(), name, value);
+    vb::setProperties(board.folder(), assignments);
 }
 
 } // namespace vboard

@@ -24,23 +24,23 @@ std::string fansBeside(uint32_t supply) {
 } // namespace
 
 std::string noteOfFanPresence(const Target &target) {
-    const uint32_t other = target.number % 2 == 0 ? target.number - 1 : target.number + 1;
+    const uint32_t other = target.number() % 2 == 0 ? target.number() - 1 : target.number() + 1;
     const std::string pair = "one line with fan " + std::to_string(other);
     if (!sharesPresenceLines(modelOf(target)))
         return pair + ": it is set while both are there";
-    const uint32_t supply = (target.number + 1) / 2;
+    const uint32_t supply = (target.number() + 1) / 2;
     return pair + " and supply " + std::to_string(supply) + kLastChange;
 }
 
 std::string noteOfSupplyPresence(const Target &target) {
     if (!sharesPresenceLines(modelOf(target)))
         return "";
-    return "one line with " + fansBeside(target.number) + kLastChange;
+    return "one line with " + fansBeside(target.number()) + kLastChange;
 }
 
 std::string noteOfCage(const Target &target) {
     const Model &model = modelOf(target);
-    const bool isUplink = target.number >= firstUplink(model);
+    const bool isUplink = target.number() >= firstUplink(model);
     return isUplink && !hasUplinkLossLines(model)
                ? "programs read loss from its presence line, fault from that of transmit disable"
                : "";
@@ -48,7 +48,7 @@ std::string noteOfCage(const Target &target) {
 
 std::string noteOfRegister(const Target &target) {
     const Model &model = modelOf(target);
-    const uint32_t reg = target.number;
+    const uint32_t reg = target.number();
     if (reg == kCpldSupplies && sharesPresenceLines(model))
         return "bit 0: supply 1 and " + fansBeside(1) + "; bit 1: supply 2 and " + fansBeside(2);
     if (reg == kCpldUplinkInputs && !hasUplinkLossLines(model))

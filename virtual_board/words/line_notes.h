@@ -2,7 +2,7 @@
 // What is to be said of lines of the CPLD that several things of a board share: notes of
 // properties.
 
-#include "virtual_board/words/property_types.h"
+#include "virtual_board/words/bindings.h"
 
 namespace vb {
 

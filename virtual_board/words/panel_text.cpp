@@ -109,7 +109,7 @@ class Panel {
     /** A module and how its link is. */
     std::string moduleText(uint32_t port) const {
         const SfpModule &module = board_.devices.sfp[port - 1];
-        const std::string kind = " " + std::string(sfpKindText(module.kind)) + " ";
+        const std::string kind = " " + sfpKindText(module.kind) + " ";
         if (module.kind == SfpKind::None)
             return "";
         const SfpCage cage = sfpCage(board_, port, nowNs_);

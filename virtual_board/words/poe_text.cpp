@@ -1,5 +1,7 @@
 #include "virtual_board/words/poe_text.h"
 
+#include "language/property_table.h"
+#include "language/property_values.h"
 #include "virtual_board/words/values.h"
 
 #include <sstream>
@@ -9,8 +11,6 @@ namespace vb {
 namespace {
 
 constexpr const char *kSignatures[] = {"good", "bad", "legacy", "short", "open"};
-constexpr const char *kPhases[] = {"disabled",    "idle",       "detecting", "classifying", "held",
-                                   "powering-up", "delivering", "denied",    "fault"};
 
 uint32_t numberOf(const std::string &name, const std::string &text, uint32_t max) {
     return language::about(name, [&] { return language::parseNumber<uint32_t>(text, 0, max); });
@@ -68,8 +68,8 @@ PoweredDevice parseDevice(const std::string &text) {
     return device;
 }
 
-const char *phaseText(PoePhase phase) {
-    return kPhases[static_cast<size_t>(phase)];
+std::string phaseText(PoePhase phase) {
+    return language::wordOf(language::propertyOf("poe.#.state"), static_cast<int64_t>(phase));
 }
 
 } // namespace vb

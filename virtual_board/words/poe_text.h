@@ -13,6 +13,6 @@ std::string deviceText(const PoweredDevice &device);
 /** The device that such a text describes; left out parts are usual ones. Others throw Refused. */
 PoweredDevice parseDevice(const std::string &text);
 
-const char *phaseText(PoePhase phase);
+std::string phaseText(PoePhase phase);
 
 } // namespace vb

@@ -8,9 +8,6 @@
 namespace vb {
 
 /** "sr", "copper-mode4", "none" ... */
-const char *sfpKindText(SfpKind kind);
-
-/** The kind of such a text; others throw Refused. */
-SfpKind sfpKindOf(const std::string &text);
+std::string sfpKindText(SfpKind kind);
 
 } // namespace vb

@@ -4,6 +4,7 @@
 #include "language/bytes.h"
 #include "language/numbers.h"
 #include "language/refused.h"
+#include "language/texts.h"
 #include "language/times.h"
 
 namespace vb {

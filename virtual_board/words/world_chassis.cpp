@@ -1,8 +1,8 @@
 // Properties of the chassis: fans, temperature and calendar clock.
 
+#include "virtual_board/words/bindings.h"
 #include "virtual_board/words/clock_text.h"
 #include "virtual_board/words/line_notes.h"
-#include "virtual_board/words/property_types.h"
 #include "virtual_board/words/values.h"
 
 #include <cstdio>
@@ -11,109 +11,107 @@ namespace vb {
 
 namespace {
 
+using language::Value;
 using Target = PropertyTarget;
-
-constexpr const char *kYesNo[] = {"no", "yes"};
-constexpr const char *kFanStates[] = {"good", "failing", "stuck"};
-constexpr const char *kSensorStates[] = {"good", "stuck", "missing"};
-constexpr const char *kBatteries[] = {"good", "empty"};
 
 // Fans
 
 Fan &fanOf(const Target &target) {
-    return target.devices().climate.fan[target.number - 1];
+    return target.devices().climate.fan[target.number() - 1];
 }
 
-std::string getFanPresent(const Target &target) {
-    return kYesNo[fanOf(target).isPresent];
+Value getFanPresent(const Target &target) {
+    return fanOf(target).isPresent;
 }
 
-void setFanPresent(const Target &target, const std::string &value) {
+void setFanPresent(const Target &target, const Value &value) {
     Fan &fan = fanOf(target);
-    fan.isPresent = language::parseChoice(value, kYesNo);
+    fan.isPresent = value.as<uint32_t>();
     if (fan.isPresent == 0)
         fan.rpm = 0;
 }
 
-std::string getFanState(const Target &target) {
-    return kFanStates[static_cast<size_t>(fanOf(target).state)];
+Value getFanState(const Target &target) {
+    return static_cast<uint32_t>(fanOf(target).state);
 }
 
-void setFanState(const Target &target, const std::string &value) {
-    fanOf(target).state = static_cast<FanState>(language::parseChoice(value, kFanStates));
+void setFanState(const Target &target, const Value &value) {
+    fanOf(target).state = value.as<FanState>();
 }
 
-std::string getFanSpeed(const Target &target) {
-    return std::to_string(fanOf(target).rpm);
+Value getFanSpeed(const Target &target) {
+    return fanOf(target).rpm;
 }
 
 // Temperature
 
-std::string getAmbient(const Target &target) {
-    return std::to_string(target.devices().climate.ambient);
+Value getAmbient(const Target &target) {
+    return target.devices().climate.ambient;
 }
 
-void setAmbient(const Target &target, const std::string &value) {
-    target.devices().climate.ambient = language::parseNumber(value, kColdest, kHottest);
+void setAmbient(const Target &target, const Value &value) {
+    target.devices().climate.ambient = value.as<int32_t>();
 }
 
 /** Degrees with one decimal. */
-std::string getBoardTemperature(const Target &target) {
+Value getBoardTemperature(const Target &target) {
     char text[32];
     std::snprintf(text, sizeof(text), "%.1f", target.devices().climate.microdegrees / 1e6);
     return text;
 }
 
-std::string getSensor(const Target &target) {
+Value getSensor(const Target &target) {
     uint8_t byte = 0;
-    return climateSense(target.devices().climate, &byte) ? std::to_string(static_cast<int8_t>(byte))
-                                                         : "none";
+    if (!climateSense(target.devices().climate, &byte))
+        return "none";
+    return static_cast<int8_t>(byte);
 }
 
-std::string getSensorState(const Target &target) {
-    return kSensorStates[static_cast<size_t>(target.devices().climate.sensor)];
+Value getSensorState(const Target &target) {
+    return static_cast<uint32_t>(target.devices().climate.sensor);
 }
 
-void setSensorState(const Target &target, const std::string &value) {
-    target.devices().climate.sensor =
-        static_cast<SensorState>(language::parseChoice(value, kSensorStates));
+void setSensorState(const Target &target, const Value &value) {
+    target.devices().climate.sensor = value.as<SensorState>();
 }
 
 // Clock
 
-std::string getClockTime(const Target &target) {
+Value getClockTime(const Target &target) {
     return clockTimeText(clockTime(target.devices().clockChip));
 }
 
-void setClockTime(const Target &target, const std::string &value) {
-    clockSetTime(target.devices().clockChip, parseClockTime(value), target.now());
+void setClockTime(const Target &target, const Value &value) {
+    clockSetTime(target.devices().clockChip, parseClockTime(value.text()), target.now());
 }
 
-std::string getBattery(const Target &target) {
-    return kBatteries[target.devices().clockChip.isBatteryEmpty];
+Value getBattery(const Target &target) {
+    return target.devices().clockChip.isBatteryEmpty;
 }
 
-void setBattery(const Target &target, const std::string &value) {
-    target.devices().clockChip.isBatteryEmpty = language::parseChoice(value, kBatteries);
+void setBattery(const Target &target, const Value &value) {
+    target.devices().clockChip.isBatteryEmpty = value.as<uint32_t>();
 }
 
-constexpr PropertyType kChassisProperties[] = {
-    {"fan.#.present", 1, kMaxFans, getFanPresent, setFanPresent, nullptr, false, Fitted::Fans,
-     false, noteOfFanPresence},
-    {"fan.#.state", 1, kMaxFans, getFanState, setFanState, "good", false, Fitted::Fans},
-    {"fan.#.speed", 1, kMaxFans, getFanSpeed, nullptr, nullptr, false, Fitted::Fans},
-    {"temperature.ambient", 0, 0, getAmbient, setAmbient, nullptr, false, Fitted::Always},
-    {"temperature.board", 0, 0, getBoardTemperature, nullptr, nullptr, false, Fitted::Always},
-    {"temperature.sensor", 0, 0, getSensor, nullptr, nullptr, false, Fitted::Always},
-    {"temperature.state", 0, 0, getSensorState, setSensorState, "good", false, Fitted::Always},
-    {"rtc.time", 0, 0, getClockTime, setClockTime, nullptr, false, Fitted::ClockChip},
-    {"rtc.battery", 0, 0, getBattery, setBattery, "good", false, Fitted::ClockChip},
+constexpr Binding kChassisBindings[] = {
+    bind("fan.#.present", getFanPresent, setFanPresent, noteOfFanPresence),
+    bind("fan.#.state", getFanState, setFanState),
+    bind("fan.#.speed", getFanSpeed),
+    bind("temperature.ambient", getAmbient, setAmbient),
+    bind("temperature.board", getBoardTemperature),
+    bind("temperature.sensor", getSensor),
+    bind("temperature.state", getSensorState, setSensorState),
+    bind("rtc.time", getClockTime, setClockTime),
+    bind("rtc.battery", getBattery, setBattery),
 };
+static_assert(language::propertyOf("temperature.ambient").lowest == kColdest);
+static_assert(language::propertyOf("temperature.ambient").highest == kHottest);
+static_assert(language::kFirstYear == kClockFirstYear && language::kLastYear == kClockLastYear);
 
 } // namespace
 
-std::span<const PropertyType> chassisProperties() {
-    return kChassisProperties;
+std::span<const Binding> chassisBindings() {
+    return kChassisBindings;
 }
 
 } // namespace vb

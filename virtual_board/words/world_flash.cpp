@@ -1,8 +1,9 @@
 // The flash partitions and the console as properties.
 
 #include "virtual_board/board/flash_content.h"
+#include "virtual_board/words/bindings.h"
 #include "virtual_board/words/flash_text.h"
-#include "virtual_board/words/property_types.h"
+#include "virtual_board/words/parts.h"
 #include "virtual_board/words/values.h"
 
 #include <algorithm>
@@ -12,19 +13,18 @@ namespace vb {
 
 namespace {
 
+using language::Value;
 using Target = PropertyTarget;
 
-constexpr const char *kNoYes[] = {"no", "yes"};
-
 Flash &flashOf(const Target &target) {
-    return target.devices().flash[flashIndex(target.number)];
+    return target.devices().flash[flashIndex(target.number())];
 }
 
-std::string getGeometry(const Target &target) {
+Value getGeometry(const Target &target) {
     return flashGeometryText(flashOf(target).geometry);
 }
 
-std::string getBadBlocks(const Target &target) {
+Value getBadBlocks(const Target &target) {
     const Flash &flash = flashOf(target);
     std::string text;
     for (uint32_t block = 0; block < flashBlocks(flash); ++block) {
@@ -34,7 +34,8 @@ std::string getBadBlocks(const Target &target) {
     return text.empty() ? "none" : text;
 }
 
-void setBadBlocks(const Target &target, const std::string &value) {
+void setBadBlocks(const Target &target, const Value &given) {
+    const std::string &value = given.text();
     Flash &flash = flashOf(target);
     if (flash.geometry.type == FlashType::Nor && value != "none")
         throw Refused("only NAND has bad blocks");
@@ -53,16 +54,16 @@ void setBadBlocks(const Target &target, const std::string &value) {
         flash.isBad[block] = 1;
 }
 
-std::string getProtected(const Target &target) {
-    return kNoYes[flashOf(target).isWriteProtected];
+Value getProtected(const Target &target) {
+    return flashOf(target).isWriteProtected;
 }
 
-void setProtected(const Target &target, const std::string &value) {
-    flashOf(target).isWriteProtected = language::parseChoice(value, kNoYes);
+void setProtected(const Target &target, const Value &value) {
+    flashOf(target).isWriteProtected = value.as<uint32_t>();
 }
 
-std::string getErases(const Target &target) {
-    const FlashSummary summary = flashSummary(target.folder, flashIndex(target.number));
+Value getErases(const Target &target) {
+    const FlashSummary summary = flashSummary(target.folder, flashIndex(target.number()));
     return "min=" + std::to_string(summary.leastErases) +
            " max=" + std::to_string(summary.mostErases) +
            " total=" + std::to_string(summary.totalErases);
@@ -70,58 +71,71 @@ std::string getErases(const Target &target) {
 
 constexpr uint32_t kMostBytes = 1024 * 1024; // shown at once
 
-std::string getContent(const Target &target) {
+Value getContent(const Target &target) {
     const uint32_t size = flashOf(target).geometry.size;
-    const uint32_t offset = target.offset.value_or(0);
-    const uint32_t length = target.length.value_or(offset < size ? size - offset : 1);
+    const uint32_t offset = target.name.offset.value_or(0);
+    const uint32_t length = target.name.length.value_or(offset < size ? size - offset : 1);
     if (length == 0 || offset >= size || length > size - offset || length > kMostBytes)
         throw Refused("the partition has bytes 0 to " + std::to_string(size - 1) +
                       "; give a range inside, of up to 1048576 bytes: @OFFSET+LENGTH");
     std::vector<uint8_t> bytes(length);
-    const FlashContent content(target.folder, flashIndex(target.number));
+    const FlashContent content(target.folder, flashIndex(target.number()));
     if (!content.load(offset, bytes.data(), length))
         throw Refused("the flash's content cannot be read");
     return language::hexText(bytes);
 }
 
-void setContent(const Target &target, const std::string &value) {
+bool storeContent(const BoardFolder &folder, uint32_t index, uint32_t offset,
+                  const std::vector<uint8_t> &bytes) {
+    const FlashContent content(folder, index);
+    return content.store(offset, bytes.data(), static_cast<uint32_t>(bytes.size()));
+}
+
+void setContent(const Target &target, const Value &value) {
     const uint32_t size = flashOf(target).geometry.size;
     const std::vector<uint8_t> bytes = bytesToSet(target, value, size, "partition");
-    const FlashContent content(target.folder, flashIndex(target.number));
-    if (!content.store(target.offset.value_or(0), bytes.data(),
-                       static_cast<uint32_t>(bytes.size())))
-        throw Refused("the flash's content cannot be written");
+    const uint32_t offset = target.name.offset.value_or(0);
+    std::vector<uint8_t> old(bytes.size());
+    const uint32_t index = flashIndex(target.number());
+    const BoardFolder &folder = target.folder;
+    if (!FlashContent(folder, index).load(offset, old.data(), static_cast<uint32_t>(old.size())))
+        throw Refused("the flash's content cannot be read");
+    target.deeds->push_back(
+        {[&folder, index, offset, bytes] {
+             if (!storeContent(folder, index, offset, bytes))
+                 throw Refused("the flash's content cannot be written");
+         },
+         [&folder, index, offset, old] { storeContent(folder, index, offset, old); }});
 }
 
-std::string getSpeed(const Target &target) {
-    return std::to_string(target.devices().console.speed);
+Value getSpeed(const Target &target) {
+    return target.devices().console.speed;
 }
 
-void setSpeed(const Target &target, const std::string &value) {
-    const auto speed = parseNumber(value, UINT32_MAX);
-    if (!speed.has_value() || !isConsoleSpeed(*speed))
-        throw Refused("'" + value + "' is no rate of a serial console; 9600 and 115200 are");
-    target.devices().console.speed = *speed;
+void setSpeed(const Target &target, const Value &value) {
+    const auto speed = value.as<uint32_t>();
+    if (!isConsoleSpeed(speed))
+        throw Refused("'" + std::to_string(speed) +
+                      "' is no rate of a serial console; 9600 and 115200 are");
+    target.devices().console.speed = speed;
 }
 
-constexpr uint32_t kFirst = kFlashNumbers[0];
-constexpr uint32_t kLast = kFlashNumbers[kFlashPartitions - 1];
-
-constexpr PropertyType kFlashProperties[] = {
-    {"flash.#.geometry", kFirst, kLast, getGeometry, nullptr, nullptr, false, Fitted::Flash},
-    {"flash.#.bad-blocks", kFirst, kLast, getBadBlocks, setBadBlocks, "none", false, Fitted::Flash},
-    {"flash.#.write-protected", kFirst, kLast, getProtected, setProtected, "no", false,
-     Fitted::Flash},
-    {"flash.#.erase-counts", kFirst, kLast, getErases, nullptr, "min=0 max=0 total=0", false,
-     Fitted::Flash},
-    {"flash.#.content", kFirst, kLast, getContent, setContent, nullptr, true, Fitted::Flash, true},
-    {"console.speed", 0, 0, getSpeed, setSpeed, nullptr, false, Fitted::Always},
+constexpr Binding kFlashBindings[] = {
+    bind("flash.#.geometry", getGeometry),
+    bind("flash.#.bad-blocks", getBadBlocks, setBadBlocks),
+    bind("flash.#.write-protected", getProtected, setProtected),
+    bind("flash.#.erase-counts", getErases),
+    bind("flash.#.content", getContent, setContent),
+    bind("console.speed", getSpeed, setSpeed),
 };
+static_assert(language::propertyOf("console.speed").lowest == kConsoleSpeeds[0]);
+static_assert(language::propertyOf("console.speed").highest ==
+              kConsoleSpeeds[std::size(kConsoleSpeeds) - 1]);
 
 } // namespace
 
-std::span<const PropertyType> flashProperties() {
-    return kFlashProperties;
+std::span<const Binding> flashBindings() {
+    return kFlashBindings;
 }
 
 } // namespace vb

@@ -2,9 +2,9 @@
 
 #include "virtual_board/board/circuits.h"
 #include "virtual_board/devices/poe_ports.h"
+#include "virtual_board/words/bindings.h"
 #include "virtual_board/words/line_notes.h"
 #include "virtual_board/words/poe_text.h"
-#include "virtual_board/words/property_types.h"
 #include "virtual_board/words/values.h"
 
 #include <cstdlib>
@@ -17,65 +17,61 @@ namespace vb {
 
 namespace {
 
+using language::Value;
 using Target = PropertyTarget;
-
-constexpr const char *kPresences[] = {"no", "yes"};
-constexpr const char *kConditions[] = {"good", "failed"};
 
 // Supplies
 
-std::string getPresent(const Target &target) {
-    return kPresences[target.supply().isPresent];
+Value getPresent(const Target &target) {
+    return target.supply().isPresent;
 }
 
-void setPresent(const Target &target, const std::string &value) {
-    target.supply().isPresent = language::parseChoice(value, kPresences);
-    driveSupplyLines(target.board(), target.number - 1);
-}
-
-template <uint32_t PmbusSupply::*flag>
-std::string getFailed(const Target &target) {
-    return kConditions[target.supply().pmbus.*flag];
+void setPresent(const Target &target, const Value &value) {
+    target.supply().isPresent = value.as<uint32_t>();
+    driveSupplyLines(target.board(), target.number() - 1);
 }
 
 template <uint32_t PmbusSupply::*flag>
-void setFailed(const Target &target, const std::string &value) {
-    target.supply().pmbus.*flag = language::parseChoice(value, kConditions);
-    driveSupplyLines(target.board(), target.number - 1);
+Value getFailed(const Target &target) {
+    return target.supply().pmbus.*flag;
+}
+
+template <uint32_t PmbusSupply::*flag>
+void setFailed(const Target &target, const Value &value) {
+    target.supply().pmbus.*flag = value.as<uint32_t>();
+    driveSupplyLines(target.board(), target.number() - 1);
 }
 
 template <uint32_t PmbusSupply::*field>
-std::string getAmount(const Target &target) {
-    return std::to_string(target.supply().pmbus.*field);
+Value getAmount(const Target &target) {
+    return target.supply().pmbus.*field;
 }
 
-template <uint32_t PmbusSupply::*field, uint32_t max>
-void setAmount(const Target &target, const std::string &value) {
-    target.supply().pmbus.*field = language::parseNumber<uint32_t>(value, 0, max);
-}
-
-template <uint32_t index>
-std::string getDegrees(const Target &target) {
-    return std::to_string(target.supply().pmbus.degrees[index]);
+template <uint32_t PmbusSupply::*field>
+void setAmount(const Target &target, const Value &value) {
+    target.supply().pmbus.*field = value.as<uint32_t>();
 }
 
 template <uint32_t index>
-void setDegrees(const Target &target, const std::string &value) {
-    target.supply().pmbus.degrees[index] =
-        language::parseNumber(value, -kPmbusMostDegrees, kPmbusMostDegrees);
+Value getDegrees(const Target &target) {
+    return target.supply().pmbus.degrees[index];
+}
+
+template <uint32_t index>
+void setDegrees(const Target &target, const Value &value) {
+    target.supply().pmbus.degrees[index] = value.as<int32_t>();
 }
 
 // Single lines of a supply
 
 template <CpldLine (*lineOf)(uint32_t)>
-std::string getLine(const Target &target) {
-    return cpldLevel(target.devices().cpld, lineOf(target.number)) ? "1" : "0";
+Value getLine(const Target &target) {
+    return cpldLevel(target.devices().cpld, lineOf(target.number()));
 }
 
 template <CpldLine (*lineOf)(uint32_t)>
-void setLine(const Target &target, const std::string &value) {
-    const bool level = language::parseNumber(value, 0, 1) != 0;
-    cpldDrive(target.devices().cpld, lineOf(target.number), level);
+void setLine(const Target &target, const Value &value) {
+    cpldDrive(target.devices().cpld, lineOf(target.number()), value.as<uint32_t>() != 0);
 }
 
 template <uint32_t line>
@@ -89,48 +85,47 @@ PoeController &poeOf(const Target &target) {
     return target.devices().poe;
 }
 
-std::string getDevice(const Target &target) {
-    return deviceText(poeOf(target).device[target.number - 1]);
+Value getDevice(const Target &target) {
+    return deviceText(poeOf(target).device[target.number() - 1]);
 }
 
-void setDevice(const Target &target, const std::string &value) {
-    poeSetDevice(poeOf(target), target.number - 1, parseDevice(value), target.now());
+void setDevice(const Target &target, const Value &value) {
+    poeSetDevice(poeOf(target), target.number() - 1, parseDevice(value.text()), target.now());
 }
 
-std::string getState(const Target &target) {
-    return phaseText(poeOf(target).port[target.number - 1].phase);
+Value getState(const Target &target) {
+    return static_cast<uint32_t>(poeOf(target).port[target.number() - 1].phase);
 }
 
-std::string getController(const Target &target) {
-    constexpr const char *kModes[] = {"reset", "application", "loader"};
-    return isPoePresent(target.board()) ? kModes[static_cast<size_t>(poeOf(target).mode)]
-                                        : "missing";
+Value getController(const Target &target) {
+    return isPoePresent(target.board())
+               ? language::wordOf(language::propertyOf("poe.controller"),
+                                  static_cast<uint32_t>(poeOf(target).mode))
+               : "missing";
 }
 
-void setController(const Target &target, const std::string &value) {
-    constexpr const char *kPresence[] = {"present", "missing"};
-    poeOf(target).isMissing = language::parseChoice(value, kPresence) != 0 ? 1 : 0;
+void setController(const Target &target, const Value &value) {
+    poeOf(target).isMissing = value.as<uint8_t>();
     drivePoeLine(target.board());
 }
 
 // Watchdog and reset
 
-std::string getWatchdog(const Target &target) {
+Value getWatchdog(const Target &target) {
     const uint64_t expiry =
         watchdogExpiry(target.devices().watchdog, target.devices().cpld.reg[kCpldWatchdog]);
     return expiry == UINT64_MAX ? "off" : secondsText(expiry - target.now());
 }
 
-std::string getResets(const Target &target) {
-    return std::to_string(target.devices().resets);
+Value getResets(const Target &target) {
+    return target.devices().resets;
 }
 
-std::string getReason(const Target &target) {
-    constexpr const char *kReasons[] = {"none", "power-on", "register", "watchdog"};
-    return kReasons[static_cast<size_t>(target.devices().lastReset)];
+Value getReason(const Target &target) {
+    return static_cast<uint32_t>(target.devices().lastReset);
 }
 
-std::string getPower(const Target &) {
+Value getPower(const Target &) {
     return "on";
 }
 
@@ -152,92 +147,85 @@ void emptyFolder(const std::string &path, const std::string &kept) {
     }
 }
 
-/** What is in main memory does not outlive the power: the files in /tmp and the system clock. */
-void setPower(const Target &target, const std::string &value) {
-    if (value != "cycle")
-        throw Refused("power can be set to 'cycle': off and on again");
-    const std::string shared = target.folder.hostPath(kSharedFolderPath).text;
+/** What is in main memory does not outlive the power. */
+void emptyMemory(const BoardFolder &board) {
+    const std::string shared = board.hostPath(kSharedFolderPath).text;
     emptyFolder(shared.substr(0, shared.rfind('/')), shared); // programs may be in it
     if (mkdir(shared.c_str(), 0755) == 0) {
         chmod(shared.c_str(), 0755); // whatever the umask is
-        target.folder.giveToOwner(shared.c_str());
+        board.giveToOwner(shared.c_str());
     }
+}
+
+/** The files in /tmp and the system clock are in main memory. */
+void setPower(const Target &target, const Value &) {
+    const BoardFolder &folder = target.folder;
+    target.deeds->push_back({[&folder] { emptyMemory(folder); }, {}});
     target.board().clock.systemOffsetNs = 0;
     resetBoard(target.board(), ResetReason::PowerOn, target.now());
 }
 
-std::string getPulses(const Target &target) {
-    return std::to_string(target.devices().ptpPulses);
+Value getPulses(const Target &target) {
+    return target.devices().ptpPulses;
 }
 
 using P = PmbusSupply;
 
-/** A row of numbers of one supply. */
-template <uint32_t P::*field, uint32_t max>
-constexpr PropertyType amount(const char *pattern) {
-    return {pattern,
-            1,
-            kSupplies,
-            getAmount<field>,
-            setAmount<field, max>,
-            nullptr,
-            false,
-            Fitted::PlugInSupplies};
+template <uint32_t P::*field>
+constexpr Binding amount(const char *name) {
+    return bind(name, getAmount<field>, setAmount<field>);
 }
 
 template <uint32_t P::*flag>
-constexpr PropertyType failure(const char *pattern) {
-    return {pattern,         1,      kSupplies, getFailed<flag>,
-            setFailed<flag>, "good", false,     Fitted::SupplyLines};
+constexpr Binding failure(const char *name) {
+    return bind(name, getFailed<flag>, setFailed<flag>);
 }
 
 template <uint32_t index>
-constexpr PropertyType temperature(const char *pattern) {
-    return {pattern,           1,       kSupplies, getDegrees<index>,
-            setDegrees<index>, nullptr, false,     Fitted::PlugInSupplies};
+constexpr Binding temperature(const char *name) {
+    return bind(name, getDegrees<index>, setDegrees<index>);
 }
 
 template <CpldLine (*lineOf)(uint32_t)>
-constexpr PropertyType line(const char *pattern, PropertyGetter note = nullptr) {
-    return {pattern, 1,     kSupplies,           getLine<lineOf>, setLine<lineOf>,
-            nullptr, false, Fitted::SupplyLines, false,           note};
+constexpr Binding line(const char *name, PropertyNote note = nullptr) {
+    return bind(name, getLine<lineOf>, setLine<lineOf>, note);
 }
 
-constexpr PropertyType kPowerProperties[] = {
-    {"supply.#.present", 1, kSupplies, getPresent, setPresent, nullptr, false, Fitted::SupplyLines,
-     false, noteOfSupplyPresence},
+constexpr Binding kPowerBindings[] = {
+    bind("supply.#.present", getPresent, setPresent, noteOfSupplyPresence),
     failure<&P::hasInputFailed>("supply.#.input"),
     failure<&P::hasOutputFailed>("supply.#.output"),
-    amount<&P::inputMv, kPmbusMost>("supply.#.input-voltage"),
-    amount<&P::inputMa, kPmbusMost>("supply.#.input-current"),
-    amount<&P::inputMw, kPmbusMost>("supply.#.input-power"),
-    amount<&P::outputMv, kPmbusMostOutputMv>("supply.#.output-voltage"),
-    amount<&P::outputMa, kPmbusMost>("supply.#.output-current"),
-    amount<&P::outputMw, kPmbusMost>("supply.#.output-power"),
+    amount<&P::inputMv>("supply.#.input-voltage"),
+    amount<&P::inputMa>("supply.#.input-current"),
+    amount<&P::inputMw>("supply.#.input-power"),
+    amount<&P::outputMv>("supply.#.output-voltage"),
+    amount<&P::outputMa>("supply.#.output-current"),
+    amount<&P::outputMw>("supply.#.output-power"),
     temperature<0>("supply.#.temperature1"),
     temperature<1>("supply.#.temperature2"),
     temperature<2>("supply.#.temperature3"),
-    {"supply.#.busy-every", 1, kSupplies, getAmount<&P::busyEvery>,
-     setAmount<&P::busyEvery, UINT32_MAX>, "0", false, Fitted::PlugInSupplies},
+    amount<&P::busyEvery>("supply.#.busy-every"),
     line<supplyPresenceLine>("supply.#.line.presence", noteOfSupplyPresence),
     line<supplyTypeLine>("supply.#.line.type"),
     line<statusLine<0>>("supply.#.line.status0"),
     line<statusLine<1>>("supply.#.line.status1"),
     line<statusLine<2>>("supply.#.line.status2"),
-    {"poe.controller", 0, 0, getController, setController, nullptr, false, Fitted::Poe},
-    {"poe.#.device", 1, kPoePorts, getDevice, setDevice, "none", false, Fitted::Poe},
-    {"poe.#.state", 1, kPoePorts, getState, nullptr, "disabled", false, Fitted::Poe},
-    {"watchdog.expires", 0, 0, getWatchdog, nullptr, "off", false, Fitted::Always},
-    {"reset.count", 0, 0, getResets, nullptr, "0", false, Fitted::Always},
-    {"reset.reason", 0, 0, getReason, nullptr, "none", false, Fitted::Always},
-    {"power", 0, 0, getPower, setPower, "on", false, Fitted::Always},
-    {"ptp.pulses", 0, 0, getPulses, nullptr, "0", false, Fitted::Always},
+    bind("poe.controller", getController, setController),
+    bind("poe.#.device", getDevice, setDevice),
+    bind("poe.#.state", getState),
+    bind("watchdog.expires", getWatchdog),
+    bind("reset.count", getResets),
+    bind("reset.reason", getReason),
+    bind("power", getPower, setPower),
+    bind("ptp.pulses", getPulses),
 };
+static_assert(language::kMostPmbus == kPmbusMost && language::kMostDegrees == kPmbusMostDegrees);
+static_assert(language::propertyOf("supply.#.output-voltage").highest == kPmbusMostOutputMv);
 
 } // namespace
 
-std::span<const PropertyType> powerProperties() {
-    return kPowerProperties;
+std::span<const Binding> powerBindings() {
+    return kPowerBindings;
 }
 
 } // namespace vb

@@ -1,0 +1,130 @@
+// The tables of properties in the documents are those of the language. scripts/property-tables
+// renews them.
+
+#include "language/property_names.h"
+#include "language/property_values.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace {
+
+using namespace language;
+
+std::string joinedWith(const std::vector<std::string> &words, const std::string &around) {
+    std::string text;
+    for (const std::string &word : words) {
+        text += text.empty() ? "" : ", ";
+        text += around;
+        text += word;
+        text += around;
+    }
+    return text;
+}
+
+/** What a property holds and can be set to, its words between marks. */
+std::string valueTold(const Property &property, const std::string &around) {
+    std::string text = joinedWith(wordsOf(property.words), around);
+    const std::string whole = rangeText(property);
+    const std::string words = property.words;
+    std::string rest = whole.substr(words.size(), whole.find("; set: ") - words.size());
+    if (rest.starts_with(", or "))
+        rest = (property.type == Type::Number || property.type == Type::Decimal ? ", or " : ", ") +
+               rest.substr(5);
+    if (property.type == Type::Text || property.type == Type::Time ||
+        property.type == Type::MacAddress) {
+        const size_t form = rest.starts_with(", ") ? 2 : 0;
+        rest = rest.substr(0, form) + around + rest.substr(form) + around;
+    }
+    text += rest;
+    if (*property.given != '\0')
+        text += "; set: " + joinedWith(wordsOf(property.given), around);
+    return text;
+}
+
+std::string modelsTold(const Property &property) {
+    const std::string models = modelsText(property.subject);
+    return models == "all" ? "" : models;
+}
+
+std::string markdownTable() {
+    std::string text = "| name | value | set | models | |\n|---|---|---|---|---|\n";
+    for (const Property &property : properties()) {
+        for (const std::string &cell :
+             {"`" + std::string(property.name) + "`", valueTold(property, "`"),
+              std::string(property.isSettable ? "yes" : ""), modelsTold(property),
+              std::string(property.sentence)}) {
+            text += cell.empty() ? "| " : "| " + cell + " ";
+        }
+        text += "|\n";
+    }
+    return text;
+}
+
+/** Text in lines that are no longer than manual pages have them. */
+std::string filled(const std::string &text) {
+    constexpr size_t kLongest = 78;
+    std::istringstream words(text);
+    std::string lines;
+    size_t column = 0;
+    for (std::string word; words >> word;) {
+        const bool isFirst = lines.empty();
+        const bool fits = column + 1 + word.size() <= kLongest;
+        lines += isFirst ? "" : fits ? " " : "\n";
+        column = isFirst || !fits ? word.size() : column + 1 + word.size();
+        lines += word;
+    }
+    return lines + "\n";
+}
+
+std::string manualEntries() {
+    std::string text;
+    for (const Property &property : properties()) {
+        const std::string models = modelsTold(property);
+        text += ".It Ql " + std::string(property.name) + "\n";
+        text +=
+            filled("Holds " + valueTold(property, "") + (property.isSettable ? "" : "; read only") +
+                   (models.empty() ? "" : "; on models " + models) + ".");
+        text += filled(std::string(property.sentence) + ".");
+    }
+    return text;
+}
+
+struct Table {
+    const char *file;
+    const char *start, *end; // lines around it
+    std::string (*content)();
+};
+
+class PropertyTablesTest : public ::testing::TestWithParam<Table> {};
+
+TEST_P(PropertyTablesTest, AreWhatTheLanguageHas) {
+    const auto &[file, start, end, content] = GetParam();
+    const std::string path = std::string(BSP_TEST_DOCUMENTS) + "/" + file;
+    std::stringstream read;
+    read << std::ifstream(path).rdbuf();
+    const std::string page = read.str();
+    const size_t from = page.find(start);
+    const size_t to = page.find(end);
+    ASSERT_NE(from, std::string::npos) << path << " lacks the line " << start;
+    ASSERT_NE(to, std::string::npos) << path << " lacks the line " << end;
+    const size_t first = from + std::string(start).size();
+    const std::string wanted = content();
+    if (std::getenv("BSP_RENEW_TABLES") != nullptr)
+        std::ofstream(path) << page.substr(0, first) + wanted + page.substr(to);
+    else
+        EXPECT_TRUE(page.substr(first, to - first) == wanted)
+            << path << " has another table of properties; renew it with scripts/property-tables";
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, PropertyTablesTest,
+                         ::testing::Values(Table{"virtual-board.md", "<!-- the properties -->\n",
+                                                 "<!-- end of the properties -->\n", markdownTable},
+                                           Table{"man/vboard.1", ".\\\" the properties\n",
+                                                 ".\\\" end of the properties\n", manualEntries}),
+                         [](const auto &table) { return table.index == 0 ? "Page" : "Manual"; });
+
+} // namespace
