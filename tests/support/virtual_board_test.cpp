@@ -1,9 +1,9 @@
 #include "tests/support/virtual_board_test.h"
 
+#include "language/trace_text.h"
 #include "tests/support/files.h"
 #include "tests/support/host_clock.h"
 #include "virtual_board/os/seam.h"
-#include "virtual_board/words/trace_text.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -81,7 +81,7 @@ std::string VirtualBoardTest::boardFile(const std::string &pathOnBoard) const {
 std::vector<std::string> VirtualBoardTest::trace() {
     std::vector<std::string> lines;
     for (; traced_ < board().trace.total; ++traced_)
-        lines.push_back(vb::traceText(vb::traceAt(board().trace, traced_)));
+        lines.push_back(language::traceText(vb::traceAt(board().trace, traced_)));
     return lines;
 }
 
@@ -96,7 +96,7 @@ std::vector<std::string> VirtualBoardTest::requests() {
     for (; traced_ < board().trace.total; ++traced_) {
         const vb::TraceRecord &record = vb::traceAt(board().trace, traced_);
         if (record.kind != vb::TraceKind::Open && record.kind != vb::TraceKind::Sleep)
-            lines.push_back(vb::traceText(record));
+            lines.push_back(language::traceText(record));
     }
     return lines;
 }

@@ -1,9 +1,9 @@
 // State files that something else has written to: refused, mended, or harmless where they are read.
 
+#include "language/trace_json.h"
+#include "language/trace_text.h"
 #include "tests/support/virtual_board_test.h"
 #include "virtual_board/board/consistency.h"
-#include "virtual_board/words/trace_json.h"
-#include "virtual_board/words/trace_text.h"
 
 #include <cstring>
 #include <fstream>
@@ -214,28 +214,30 @@ TEST_F(DamagedTraceTest, EveryKindCanBeReadWhateverTheRestHolds) {
         const vb::TraceRecord record = overwritten(static_cast<uint8_t>(kind));
         EXPECT_LE(record.kind, vb::TraceKind::Damaged);
         EXPECT_LE(record.stored, vb::kTraceDataSize);
-        EXPECT_LT(vb::traceText(record).size(), 400u);
-        EXPECT_EQ(vb::traceJson(record)["time_ns"], UINT64_MAX);
+        EXPECT_LT(language::traceText(record).size(), 400u);
+        EXPECT_EQ(language::traceJson(record)["time_ns"], UINT64_MAX);
         if (kind >= static_cast<unsigned>(vb::TraceKind::Damaged)) {
-            EXPECT_EQ(vb::traceText(record), "damaged record");
-            EXPECT_EQ(vb::traceJson(record)["kind"], "damaged");
+            EXPECT_EQ(language::traceText(record), "damaged record");
+            EXPECT_EQ(language::traceJson(record)["kind"], "damaged");
         }
     }
 }
 
 TEST_F(DamagedTraceTest, TextsEndAndDataIsNotReadBeyondTheRecord) {
     const std::string path(vb::kTraceDataSize - 1, '\xFF');
-    EXPECT_EQ(vb::traceJson(overwritten(static_cast<uint8_t>(vb::TraceKind::Open)))["path"], path);
-    EXPECT_EQ(vb::traceJson(overwritten(static_cast<uint8_t>(vb::TraceKind::CpldUpgrade)))["path"],
+    EXPECT_EQ(language::traceJson(overwritten(static_cast<uint8_t>(vb::TraceKind::Open)))["path"],
               path);
+    EXPECT_EQ(
+        language::traceJson(overwritten(static_cast<uint8_t>(vb::TraceKind::CpldUpgrade)))["path"],
+        path);
     vb::TraceRecord &record = ring_->record[0];
     record = {};
     record.kind = vb::TraceKind::I2cRead;
     record.stored = 1000;
     record.data[vb::kTraceDataSize - 1] = 0xAB;
-    const std::string data = vb::traceJson(vb::traceAt(*ring_, 0))["data"];
+    const std::string data = language::traceJson(vb::traceAt(*ring_, 0))["data"];
     EXPECT_EQ(data, std::string(2 * (vb::kTraceDataSize - 1), '0') + "ab");
-    EXPECT_TRUE(vb::traceText(vb::traceAt(*ring_, 0)).ends_with(" 00 AB"));
+    EXPECT_TRUE(language::traceText(vb::traceAt(*ring_, 0)).ends_with(" 00 AB"));
 }
 
 TEST_F(DamagedTraceTest, ANumberOfRecordsMayBeAnything) {

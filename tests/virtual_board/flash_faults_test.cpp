@@ -1,8 +1,8 @@
 // Faults of flash: refused operations, worn pages, and power cuts at exact bytes.
 
+#include "language/trace_json.h"
 #include "tests/virtual_board/flash_test.h"
 #include "virtual_board/os/seam.h"
-#include "virtual_board/words/trace_json.h"
 
 #include <cerrno>
 #include <csignal>
@@ -219,7 +219,7 @@ TEST_F(FlashFaultsTest, AreRecorded) {
         trace(),
         (Lines{"open /dev/mtd4", "MTD write mtd4 0x10+0x6 -> power cut after 0x3", "open /dev/mtd4",
                "MTD erase mtd4 0x0+0x10000 -> fails, errno 5 (Input/output error)"}));
-    nlohmann::json object = vb::traceJson(cut);
+    nlohmann::json object = language::traceJson(cut);
     object.erase("pid");
     EXPECT_EQ(object, nlohmann::json::parse(R"({"kind": "mtd-write", "partition": 4, "offset": 16,
                                                 "length": 6, "done": 3, "power_cut": true,

@@ -3,8 +3,8 @@
 // driver with the real tools; only a block that fails to erase is erased there all the same.
 
 #include "bsp.h"
+#include "language/trace_text.h"
 #include "tests/virtual_board/flash_test.h"
-#include "virtual_board/words/trace_text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -119,7 +119,7 @@ TEST_F(FlashTrapsTest, OnNandASetterLosesAllBootSettings) {
             storeSettings(blockSize, pageSize);
             EXPECT_EQ(settingsTold(), kStored);
             expectSuccess(setter.set, "");
-            EXPECT_EQ(vb::traceText(vb::traceAt(board().trace, board().trace.total - 1)),
+            EXPECT_EQ(language::traceText(vb::traceAt(board().trace, board().trace.total - 1)),
                       "MTD write mtd4 0x0+0x100 -> fails, errno 22 (Invalid argument)")
                 << setter.call;
             EXPECT_EQ(Node("/dev/mtd4").read(0, blockSize), erased(blockSize)) << setter.call;

@@ -2,14 +2,14 @@
 // kinds. BSP_TEST_SECONDS says how long, instead of the usual time.
 
 #include "bsp.h"
+#include "language/trace_json.h"
+#include "language/trace_text.h"
 #include "tests/support/depth.h"
 #include "tests/support/virtual_board_test.h"
 #include "tests/virtual_board/state_uses.h"
 #include "virtual_board/board/consistency.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/os/seam.h"
-#include "virtual_board/words/trace_json.h"
-#include "virtual_board/words/trace_text.h"
 #include "virtual_board/words/values.h"
 
 #include <algorithm>
@@ -126,8 +126,8 @@ TEST_F(KilledProcessesTest, LeaveABoardThatWorks) {
     for (uint64_t i = vb::traceOldest(board().trace); i < board().trace.total; ++i) {
         const vb::TraceRecord record = vb::traceAt(board().trace, i);
         ++kinds[record.kind];
-        EXPECT_NE(vb::traceText(record), "");
-        EXPECT_NE(vb::traceJson(record)["kind"], "damaged");
+        EXPECT_NE(language::traceText(record), "");
+        EXPECT_NE(language::traceJson(record)["kind"], "damaged");
     }
     EXPECT_GT(kinds.size(), 10u) << "the processes have done next to nothing";
     const auto fileRules =

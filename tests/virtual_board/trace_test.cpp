@@ -1,11 +1,16 @@
 // The trace: what it keeps, in words and as JSON.
 
 #include "bsp.h"
+#include "language/trace_json.h"
+#include "language/trace_names.h"
 #include "tests/support/virtual_board_test.h"
 #include "tests/support/world.h"
-#include "virtual_board/words/trace_json.h"
+#include "virtual_board/board/i2c_bus.h"
+#include "virtual_board/devices/cpld.h"
+#include "virtual_board/devices/poe_frame.h"
 
 #include <cerrno>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
@@ -17,7 +22,7 @@ class TraceTest : public VirtualBoardTest {
   protected:
     /** The last request as JSON, without what differs from run to run. */
     json last() const {
-        json object = vb::traceJson(vb::traceAt(board().trace, board().trace.total - 1));
+        json object = language::traceJson(vb::traceAt(board().trace, board().trace.total - 1));
         EXPECT_EQ(object["pid"], getpid());
         EXPECT_EQ(object["time_ns"], now());
         object.erase("pid");
@@ -134,8 +139,9 @@ TEST_F(TraceTest, OtherRequestsOpensAndSleepsAsJson) {
     EXPECT_EQ(fopen("/tmp/bsp/none", "r"), nullptr);
     EXPECT_EQ(last(), json({{"kind", "open"}, {"path", "/tmp/bsp/none"}, {"errno", ENOENT}}));
     usleep(1500);
-    EXPECT_EQ(vb::traceJson(vb::traceAt(board().trace, board().trace.total - 1))["duration_ns"],
-              1500000);
+    EXPECT_EQ(
+        language::traceJson(vb::traceAt(board().trace, board().trace.total - 1))["duration_ns"],
+        1500000);
 }
 
 TEST_F(TraceTest, InWords) {
@@ -178,6 +184,63 @@ TEST_F(TraceTest, CommandsHaveNames) {
                              0),
               0u)
         << lines[3];
+}
+
+// The common language has its own knowledge of where things are on boards.
+TEST_F(TraceTest, NamesAreThoseOfTheBoardsDevices) {
+    const std::map<uint32_t, std::string> names = {
+        {vb::kCpldDeviceId, "device id"},
+        {vb::kCpldVersion, "version"},
+        {vb::kCpldWatchdog, "watchdog"},
+        {vb::kCpldReset, "reset"},
+        {vb::kCpldControl, "control"},
+        {vb::kCpldLamps, "lamps"},
+        {vb::kCpldUplinkInputs, "uplink inputs"},
+        {vb::kCpldUplinkTransmit, "uplink transmitters"},
+        {vb::kCpldPoeLamps, "PoE lamps"},
+        {vb::kCpldPoeLamps + 1, "PoE lamps"},
+        {vb::kCpldPoeLamps + 2, "PoE lamps"},
+        {vb::kCpldSfpLoss, "SFP receive loss"},
+        {vb::kCpldSfpLoss + 1, "SFP receive loss"},
+        {vb::kCpldSfpLoss + 2, "SFP receive loss"},
+        {vb::kCpldSfpPresent, "SFP presence"},
+        {vb::kCpldSfpPresent + 1, "SFP presence"},
+        {vb::kCpldSfpPresent + 2, "SFP presence"},
+        {vb::kCpldSfpFault, "SFP transmit fault"},
+        {vb::kCpldSfpFault + 1, "SFP transmit fault"},
+        {vb::kCpldSfpFault + 2, "SFP transmit fault"},
+        {vb::kCpldSfpDisable, "SFP transmit disable"},
+        {vb::kCpldSfpDisable + 1, "SFP transmit disable"},
+        {vb::kCpldSfpDisable + 2, "SFP transmit disable"},
+        {vb::kCpldFanCounts, "fan speeds"},
+        {vb::kCpldFanCounts + 1, "fan speeds"},
+        {vb::kCpldSupplies, "supplies"},
+        {vb::kCpldFanPresence, "fans"}};
+    for (uint32_t reg = 0; reg < 2 * vb::kCpldRegisters; ++reg) {
+        const char *name = language::registerName(reg);
+        const auto known = names.find(reg);
+        EXPECT_EQ(name != nullptr ? name : "", known != names.end() ? known->second : "") << reg;
+    }
+    static_assert(language::kSystemBus == vb::kSystemBus);
+    static_assert(language::kFirstSupplyChannel == vb::kFirstSupplyChannel);
+    static_assert(language::kPmbusDevAddr == vb::kPmbusDevAddr);
+    static_assert(language::kPoeBus == vb::kPoeBus);
+    static_assert(language::kPoeDevAddr == vb::kPoeDevAddr);
+    language::TraceRecord record = {};
+    record.kind = language::TraceKind::I2cWrite;
+    record.bus = vb::kPoeBus;
+    record.devAddr = vb::kPoeDevAddr;
+    record.stored = 2;
+    record.data[0] = vb::kPoeMisc;
+    for (const auto &[code, name] :
+         {std::pair{vb::kPoeJumpToLoader, "PoE jump to loader"},
+          {vb::kPoeJumpToApp, "PoE jump to application"},
+          {vb::kPoeDownload, "PoE block of bank 0"},
+          {static_cast<uint8_t>(vb::kPoeDownload + 3), "PoE block of bank 3"},
+          {uint8_t{0x7F}, "PoE unknown command"}}) {
+        record.data[1] = code;
+        EXPECT_EQ(language::transferName(record), name);
+    }
 }
 
 } // namespace

@@ -1,11 +1,11 @@
 // `vboard trace`.
 
+#include "language/trace_json.h"
+#include "language/trace_text.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/interrupt.h"
 #include "virtual_board/command/open_board.h"
 #include "virtual_board/command/words.h"
-#include "virtual_board/words/trace_json.h"
-#include "virtual_board/words/trace_text.h"
 #include "virtual_board/words/values.h"
 
 #include <algorithm>
@@ -45,12 +45,12 @@ Excerpt excerptFrom(const vb::TraceRing &ring, uint64_t number, uint32_t limit) 
 
 void print(const vb::TraceRecord &record, bool asJson) {
     if (asJson)
-        std::printf("%s\n", vb::traceJson(record)
+        std::printf("%s\n", language::traceJson(record)
                                 .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)
                                 .c_str());
     else
         std::printf("%s %d %s\n", vb::secondsText(record.timeNs).c_str(), record.pid,
-                    vb::traceText(record).c_str());
+                    language::traceText(record).c_str());
 }
 
 void print(const Excerpt &excerpt, bool asJson) {

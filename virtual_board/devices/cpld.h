@@ -69,7 +69,4 @@ uint16_t cpldInputs(uint32_t reg);
  */
 void cpldReset(Cpld &cpld, uint32_t poePorts);
 
-/** What a register is for, in a word or two; null when nothing is known of it. */
-const char *cpldRegisterName(uint32_t reg);
-
 } // namespace vb

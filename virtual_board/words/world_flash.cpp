@@ -55,7 +55,7 @@ void setBadBlocks(const Target &target, const Value &given) {
 }
 
 Value getProtected(const Target &target) {
-    return flashOf(target).isWriteProtected;
+    return flashOf(target).isWriteProtected != 0;
 }
 
 void setProtected(const Target &target, const Value &value) {

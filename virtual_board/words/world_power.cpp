@@ -23,7 +23,7 @@ using Target = PropertyTarget;
 // Supplies
 
 Value getPresent(const Target &target) {
-    return target.supply().isPresent;
+    return target.supply().isPresent != 0;
 }
 
 void setPresent(const Target &target, const Value &value) {
@@ -33,7 +33,7 @@ void setPresent(const Target &target, const Value &value) {
 
 template <uint32_t PmbusSupply::*flag>
 Value getFailed(const Target &target) {
-    return target.supply().pmbus.*flag;
+    return target.supply().pmbus.*flag != 0;
 }
 
 template <uint32_t PmbusSupply::*flag>

@@ -43,7 +43,7 @@ void setGpio(const Target &target, const Value &value) {
 }
 
 Value getDirection(const Target &target) {
-    return target.devices().gpio.isOutput[target.number()];
+    return target.devices().gpio.isOutput[target.number()] != 0;
 }
 
 // EEPROMs

@@ -1,13 +1,13 @@
 #pragma once
-// The trace in the board's words.
+// The trace in words.
 
-#include "virtual_board/board/trace.h"
+#include "language/trace_record.h"
 
 #include <string>
 
-namespace vb {
+namespace language {
 
 /** A request and its answer in one line: "CPLD read  reg 2 (version) = 0x1312". */
 std::string traceText(const TraceRecord &record);
 
-} // namespace vb
+} // namespace language

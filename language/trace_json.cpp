@@ -1,12 +1,11 @@
-#include "virtual_board/words/trace_json.h"
+#include "language/trace_json.h"
 
-#include "virtual_board/devices/cpld.h"
-#include "virtual_board/words/i2c_names.h"
-#include "virtual_board/words/values.h"
+#include "language/bytes.h"
+#include "language/trace_names.h"
 
 #include <nlohmann/json.hpp>
 
-namespace vb {
+namespace language {
 
 namespace {
 
@@ -71,7 +70,7 @@ json readValue(const TraceRecord &record) {
 }
 
 json cpldJson(const TraceRecord &record, const json &value) {
-    const char *name = cpldRegisterName(record.offset);
+    const char *name = registerName(record.offset);
     return {{"register", record.offset},
             {"name", name != nullptr ? json(name) : json()},
             {"value", value}};
@@ -91,8 +90,7 @@ json i2cJson(const TraceRecord &record) {
             {"device", record.devAddr},
             {"offset", record.offset},
             {"length", static_cast<int32_t>(record.length)},
-            {"data",
-             isServed(record) ? json(language::hexText({record.data, record.stored})) : json()}};
+            {"data", isServed(record) ? json(hexText({record.data, record.stored})) : json()}};
 }
 
 /** What only this kind of request has. */
@@ -163,4 +161,4 @@ json traceJson(const TraceRecord &record) {
     return object;
 }
 
-} // namespace vb
+} // namespace language

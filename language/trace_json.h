@@ -1,11 +1,11 @@
 #pragma once
 // The trace for programs.
 
-#include "virtual_board/board/trace.h"
+#include "language/trace_record.h"
 
 #include <nlohmann/json_fwd.hpp>
 
-namespace vb {
+namespace language {
 
 /**
  * A request and its answer as an object. Every object has "time_ns", "pid" and "kind"; requests to
@@ -14,4 +14,4 @@ namespace vb {
  */
 nlohmann::json traceJson(const TraceRecord &record);
 
-} // namespace vb
+} // namespace language

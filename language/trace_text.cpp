@@ -1,13 +1,12 @@
-#include "virtual_board/words/trace_text.h"
+#include "language/trace_text.h"
 
-#include "virtual_board/devices/cpld.h"
-#include "virtual_board/words/i2c_names.h"
+#include "language/trace_names.h"
 
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 
-namespace vb {
+namespace language {
 
 namespace {
 
@@ -21,7 +20,7 @@ __attribute__((format(printf, 1, 2))) std::string text(const char *format, ...) 
 }
 
 std::string registerText(const TraceRecord &record) {
-    const char *name = cpldRegisterName(record.offset);
+    const char *name = registerName(record.offset);
     return text("reg %u", record.offset) + (name != nullptr ? text(" (%s)", name) : "");
 }
 
@@ -149,4 +148,4 @@ std::string traceText(const TraceRecord &record) {
     return requestText(record) + failureText(record);
 }
 
-} // namespace vb
+} // namespace language

@@ -1,13 +1,34 @@
-#include "virtual_board/words/i2c_names.h"
-
-#include "virtual_board/board/i2c_bus.h"
-#include "virtual_board/devices/poe_frame.h"
+#include "language/trace_names.h"
 
 #include <span>
 
-namespace vb {
+namespace language {
 
 namespace {
+
+struct RegisterName {
+    uint32_t first, count;
+    const char *name;
+};
+
+constexpr RegisterName kRegisterNames[] = {
+    {1, 1, "device id"},
+    {2, 1, "version"},
+    {4, 1, "watchdog"},
+    {5, 1, "reset"},
+    {6, 1, "control"},
+    {7, 1, "lamps"},
+    {8, 1, "uplink inputs"},
+    {12, 1, "uplink transmitters"},
+    {13, 3, "PoE lamps"},
+    {16, 3, "SFP receive loss"},
+    {19, 3, "SFP presence"},
+    {22, 3, "SFP transmit fault"},
+    {25, 3, "SFP transmit disable"},
+    {28, 2, "fan speeds"},
+    {30, 1, "supplies"},
+    {31, 1, "fans"},
+};
 
 struct CommandName {
     uint8_t code;
@@ -56,12 +77,13 @@ constexpr CommandName kPoeCommands[] = {
     {0xF1, "read chip register"},
 };
 
+constexpr uint8_t kPoeMisc = 0xC0; // with a sub-command behind it
+
 constexpr CommandName kPoeMiscCommands[] = {
-    {kPoeJumpToLoader, "jump to loader"},  {0x01, "save settings"},
-    {0x02, "clear saved settings"},        {0x05, "reset settings"},
-    {0x06, "initialise settings"},         {kPoeJumpToApp, "jump to application"},
-    {kPoeDownload, "block of bank 0"},     {kPoeDownload + 1, "block of bank 1"},
-    {kPoeDownload + 2, "block of bank 2"}, {kPoeDownload + 3, "block of bank 3"},
+    {0x00, "jump to loader"},  {0x01, "save settings"},       {0x02, "clear saved settings"},
+    {0x05, "reset settings"},  {0x06, "initialise settings"}, {0x40, "jump to application"},
+    {0x80, "block of bank 0"}, {0x81, "block of bank 1"},     {0x82, "block of bank 2"},
+    {0x83, "block of bank 3"},
 };
 
 constexpr CommandName kPmbusCommands[] = {
@@ -88,6 +110,14 @@ std::string frameName(const TraceRecord &record) {
 
 } // namespace
 
+const char *registerName(uint32_t reg) {
+    for (const RegisterName &known : kRegisterNames) {
+        if (reg >= known.first && reg - known.first < known.count)
+            return known.name;
+    }
+    return nullptr;
+}
+
 std::string transferName(const TraceRecord &record) {
     if (record.bus == kPoeBus && record.devAddr == kPoeDevAddr)
         return frameName(record);
@@ -98,4 +128,4 @@ std::string transferName(const TraceRecord &record) {
     return "";
 }
 
-} // namespace vb
+} // namespace language

@@ -1,0 +1,24 @@
+#pragma once
+// What requests mean to the devices that they are for: names of registers, and of commands on the
+// I2C buses.
+
+#include "language/trace_record.h"
+
+#include <string>
+
+namespace language {
+
+// Where the devices are that have commands of their own.
+constexpr uint32_t kSystemBus = 0;
+constexpr uint32_t kFirstSupplyChannel = 2; // one for each supply
+constexpr uint32_t kPmbusDevAddr = 0x58;
+constexpr uint32_t kPoeBus = 16;
+constexpr uint32_t kPoeDevAddr = 0x20;
+
+/** What a register of the CPLD is for, in a word or two; null when nothing is known of it. */
+const char *registerName(uint32_t reg);
+
+/** "PoE port status", "supply 1 READ_VIN"; empty for devices that hold nothing but bytes. */
+std::string transferName(const TraceRecord &record);
+
+} // namespace language
