@@ -1,8 +1,10 @@
 #include "command_line/man_page.h"
 
 #include <algorithm>
+#include <cctype>
 #include <set>
 #include <sstream>
+#include <utility>
 
 namespace command_line {
 
@@ -41,9 +43,11 @@ std::string escaped(const std::string &text) {
     return safe;
 }
 
-/** A word that would be a macro where macros are looked for. */
+/** A word of a macro's line, also one that would be a macro itself: "No". */
 std::string asArgument(const std::string &word) {
-    const bool isLikeMacro = word.size() == 2 && word[0] >= 'A' && word[0] <= 'Z';
+    const bool isLikeMacro = word.size() == 2 &&
+                             std::isupper(static_cast<unsigned char>(word[0])) &&
+                             std::islower(static_cast<unsigned char>(word[1]));
     return (isLikeMacro ? "\\&" : "") + escaped(word);
 }
 
@@ -92,7 +96,7 @@ class Prose {
         const std::string &core = token.core;
         if (core.size() > 2 && core.front() == kQuote && core.back() == kQuote)
             addMacro("Ql", core.substr(1, core.size() - 2), token);
-        else if (core.size() > 2 && core.starts_with("--"))
+        else if (core.starts_with("--"))
             addMacro("Fl", core.substr(1), token);
         else if (names_.contains(core))
             addMacro("Ar", core, token);
@@ -207,13 +211,33 @@ std::string itemsOf(Command &command) {
     return items;
 }
 
-std::string chapterOf(Command &root, size_t number) {
+/** The commands of a chapter, a list of them. */
+std::string listOf(Command &root, size_t chapter) {
     std::string items;
     for (Command &command : root.commands) {
-        if (command.inChapter == number)
+        if (command.inChapter == chapter)
             items += itemsOf(command);
     }
     return items.empty() ? "" : ".Bl -tag -width Ds\n" + items + ".El\n";
+}
+
+void addNames(std::set<std::string> &names, const Command &command) {
+    names.merge(namesIn(command));
+    for (const Command &next : command.commands)
+        addNames(names, next);
+}
+
+std::string chapterOf(Command &root, size_t number) {
+    const std::string list = listOf(root, number); // completes the commands
+    std::set<std::string> names;
+    for (const Command &command : root.commands) {
+        if (command.inChapter == number)
+            addNames(names, command);
+    }
+    const Chapter &chapter = root.chapters[number - 1];
+    Prose prose(names);
+    prose.add(chapter.text);
+    return ".Ss " + chapter.title + "\n" + prose.lines() + list;
 }
 
 } // namespace
@@ -221,12 +245,9 @@ std::string chapterOf(Command &root, size_t number) {
 std::string manPageOf(Tool &tool) {
     Command &root = tool.root;
     root.complete();
-    std::string page = ".Sh COMMANDS\n" + chapterOf(root, 0);
-    for (size_t i = 0; i < root.chapters.size(); ++i) {
-        Prose prose({});
-        prose.add(root.chapters[i].text);
-        page += ".Ss " + root.chapters[i].title + "\n" + prose.lines() + chapterOf(root, i + 1);
-    }
+    std::string page = ".Sh COMMANDS\n" + listOf(root, 0);
+    for (size_t number = 1; number <= root.chapters.size(); ++number)
+        page += chapterOf(root, number);
     return page;
 }
 

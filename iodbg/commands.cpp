@@ -16,12 +16,18 @@ namespace {
 
 void addCommands(Command &root) {
     root.isGroup = true;
+    root.chapter("The whole unit");
     addShowCommand(root);
     addCheckCommand(root);
     addWatchCommand(root);
     addInitCommand(root);
+    addStatusCommand(root);
+
+    root.chapter("Identity and EEPROMs");
     addIdentityCommands(root);
     addEepromCommands(root);
+
+    root.chapter("Chassis");
     addPowerCommand(root);
     addFanCommands(root);
     addTemperatureCommand(root);
@@ -30,17 +36,30 @@ void addCommands(Command &root) {
     addWatchdogCommands(root);
     addPtpCommands(root);
     addRebootCommand(root);
+
+    root.chapter("Registers, buses and lines");
     addCpldCommands(root);
     addI2cCommands(root);
     addGpioCommands(root);
-    addPoeCommands(root);
-    addSfpCommands(root);
     addMdioCommands(root);
+
+    root.chapter("SFP modules");
+    addSfpCommands(root);
+
+    root.chapter("Power over Ethernet",
+                 "The controller's driver has debug words of its own behind 'poe'; 'iodbg poe -h' "
+                 "lists them.");
+    addPoeCommands(root);
+
+    root.chapter("Flash",
+                 "DEVICE is 'mtd0' (boot loader), 'mtd4' (boot settings), 'mtd12' or 'mtd14' (the "
+                 "banks of the operating system), or the path of a device.\n"
+                 "Commands that replace something ask first, not with --yes, and compare what is "
+                 "stored.");
     addImageCommands(root);
     addBootCommands(root);
     addMtdCommands(root);
     addUpgradeCommands(root);
-    addStatusCommand(root);
 }
 
 } // namespace

@@ -82,7 +82,7 @@ ExitCode sync(Console &console) {
 
 void defineClock(Command &clock) {
     clock.command("get", "Show both")
-        .detail("Their difference, too.")
+        .detail("These are the clock chip, the system's clock and their difference.")
         .example("iodbg clock get")
         .does(showBoth);
     const auto time = std::make_shared<BspCalendar>();

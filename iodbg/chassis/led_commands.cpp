@@ -86,7 +86,7 @@ void addSet(Command &setGroup, const LampKind &kind) {
 }
 
 void defineLed(Command &led) {
-    led.example("iodbg led");
+    led.detail("These are the lamps of the PoE ports, too.").example("iodbg led");
     led.does(show);
     led.command("get", "Show the lamps").example("iodbg led get --json").does(show);
     Command &setGroup = led.group("set", "Set a lamp and read it back");

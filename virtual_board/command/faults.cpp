@@ -69,8 +69,8 @@ constexpr char kOperationHelp[] =
 constexpr char kOperations[] = "any|open|read|write|reset|upgrade|map|program|erase|change|info";
 
 constexpr char kEffectDetails[] =
-    "'refuse': the driver answers RESULT and does nothing.\n"
-    "'ioctl-fails': the driver is not asked.\n"
+    "'refuse': the driver answers RESULT and does nothing, of CPLD, GPIO and I2C.\n"
+    "'ioctl-fails': the driver is not asked, of the same.\n"
     "'open-fails': of files and nodes, with --op open.\n"
     "'short': only so many bytes are transferred, of I2C and files, and of reads of flash.\n"
     "'corrupt': a byte arrives with other bits, of the CPLD and I2C, and of reads of files and "

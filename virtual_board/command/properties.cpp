@@ -146,7 +146,8 @@ void defineGet(Command &command) {
     command.optionalArguments("NAME", "Properties, or patterns of shells: 'fan.*'",
                               {texts(arguments->names), {{}, Offers::Files::None, offeredNames}});
     addJson(command, arguments->asJson);
-    command.detail("A pattern stands for all that fit it. In JSON numbers are numbers.");
+    command.detail("A pattern stands for all that fit it. In JSON numbers are numbers.\n"
+                   "'vboard properties' lists the names.");
     command.example("vboard get board")
         .example("vboard get board cpld.2 supply.1.present")
         .example("vboard get board 'fan.*' --json")
@@ -167,7 +168,8 @@ void defineSet(Command &command) {
                   {texts(arguments->words), {{}, Offers::Files::None, offeredChanges}})
         .repeatable();
     command.detail("Plugs a supply, stops a fan, moves the calendar clock. Where one change is "
-                   "refused, nothing changes.");
+                   "refused, nothing changes.\n"
+                   "'vboard properties' lists the names.");
     command.example("vboard set board supply.2.present no")
         .example("vboard set board fan.1.state=stuck temperature.ambient=40")
         .example("vboard set board cpld.2 0x2413")
