@@ -1,8 +1,5 @@
 #include "iodbg/core/library_calls.h"
 
-#include <cstdlib>
-#include <dlfcn.h>
-#include <unistd.h>
 #include <utility>
 
 namespace iodbg {
@@ -12,14 +9,20 @@ namespace {
 CommandWatcher commandWatcher;
 WriteWatcher writeWatcher;
 
-/** What a watcher writes itself is not told to it. */
-void tellOfWrite(size_t bytes) {
-    const WriteWatcher watcher = std::exchange(writeWatcher, nullptr);
-    watcher(bytes);
-    writeWatcher = watcher;
+} // namespace
+
+void tellOfCommand(const char *command) {
+    if (commandWatcher && command != nullptr)
+        commandWatcher(command);
 }
 
-} // namespace
+void tellOfWrite(size_t bytes) {
+    // What the watcher writes itself is not told to it.
+    const WriteWatcher watcher = std::exchange(writeWatcher, nullptr);
+    if (watcher)
+        watcher(bytes);
+    writeWatcher = watcher;
+}
 
 CommandWatch::CommandWatch(CommandWatcher watcher) {
     commandWatcher = std::move(watcher);
@@ -38,23 +41,3 @@ WriteWatch::~WriteWatch() {
 }
 
 } // namespace iodbg
-
-// A program's own functions come before the C library's. The calls go on unchanged.
-
-extern "C" int system(const char *command) {
-    using System = int (*)(const char *);
-    static const auto next = reinterpret_cast<System>(dlsym(RTLD_NEXT, "system"));
-    if (iodbg::commandWatcher && command != nullptr)
-        iodbg::commandWatcher(command);
-    return next(command);
-}
-
-// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): the system's are reserved
-extern "C" ssize_t write(int fd, const void *data, size_t length) {
-    using Write = ssize_t (*)(int, const void *, size_t);
-    static const auto next = reinterpret_cast<Write>(dlsym(RTLD_NEXT, "write"));
-    const ssize_t count = next(fd, data, length);
-    if (iodbg::writeWatcher)
-        iodbg::tellOfWrite(length);
-    return count;
-}

@@ -30,4 +30,8 @@ class WriteWatch {
     ~WriteWatch();
 };
 
+// The calls that pass (`interposed.cpp`).
+void tellOfCommand(const char *command);
+void tellOfWrite(size_t bytes);
+
 } // namespace iodbg

@@ -3,10 +3,7 @@
 #include "bsp.h"
 
 #include <algorithm>
-#include <cstdarg>
-#include <dlfcn.h>
 #include <numeric>
-#include <sys/ioctl.h>
 #include <utility>
 
 namespace iodbg {
@@ -60,6 +57,13 @@ bool PoeEcho::isAnsweredBy(ByteView frame) const {
     return isPoeFrame(frame) && std::equal(head_.begin(), head_.end(), frame.begin());
 }
 
+void tellOfRequest(unsigned long request, const void *argument) {
+    if (!watching)
+        return;
+    if (const auto traffic = poeTrafficOf(request, argument); traffic.has_value())
+        watching(traffic->direction, traffic->frame);
+}
+
 PoeWatch::PoeWatch(PoeWatcher watcher) {
     watching = std::move(watcher);
 }
@@ -69,22 +73,3 @@ PoeWatch::~PoeWatch() {
 }
 
 } // namespace iodbg
-
-/**
- * The library's requests to the kernel module pass through here: a program's own function comes
- * before the C library's. They go on unchanged, and so do all other requests.
- */
-extern "C" int ioctl(int fd, unsigned long request, ...) noexcept {
-    using Ioctl = int (*)(int, unsigned long, ...);
-    static const auto next = reinterpret_cast<Ioctl>(dlsym(RTLD_NEXT, "ioctl"));
-    va_list arguments;
-    va_start(arguments, request);
-    void *argument = va_arg(arguments, void *);
-    va_end(arguments);
-    const int result = next(fd, request, argument);
-    if (!iodbg::watching || result < 0)
-        return result;
-    if (const auto traffic = iodbg::poeTrafficOf(request, argument); traffic.has_value())
-        iodbg::watching(traffic->direction, traffic->frame);
-    return result;
-}

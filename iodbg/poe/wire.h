@@ -52,4 +52,7 @@ class PoeWatch {
     ~PoeWatch();
 };
 
+/** A request that has passed and succeeded (`interposed.cpp`). */
+void tellOfRequest(unsigned long request, const void *argument);
+
 } // namespace iodbg

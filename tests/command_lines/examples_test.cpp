@@ -1,6 +1,6 @@
 // The examples that iodbg's help shows, each tried on a board of its own kind.
 
-#include "tests/command_lines/help_tree.h"
+#include "tests/command_lines/definitions.h"
 #include "tests/iodbg/iodbg_test.h"
 #include "tests/support/world.h"
 
@@ -82,11 +82,12 @@ TEST_F(ExamplesTest, EachDoesWhatItShows) {
     const WorkingIn folder(hostFile("examples"));
     makeFiles();
     std::set<std::string> tried;
-    for (const CommandHelp &help : helpTree("iodbg")) {
-        if (help.name() == "poe")
+    command_line::Tool tool = iodbgTool();
+    for (const command_line::Command *command : commandsOf(tool)) {
+        if (command->wholeName() == "iodbg poe")
             startPoe();
-        for (const std::string &example : help.examples) {
-            EXPECT_TRUE(example.starts_with("iodbg " + help.name())) << example;
+        for (const std::string &example : command->examples) {
+            EXPECT_TRUE(example.starts_with(command->wholeName())) << example;
             EXPECT_EQ(exitCodeOf(example), 0) << example;
             EXPECT_TRUE(tried.insert(example).second) << example << " is shown twice";
         }

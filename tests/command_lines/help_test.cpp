@@ -1,79 +1,108 @@
 // The help of every command.
 
-#include "tests/command_lines/help_tree.h"
+#include "tests/command_lines/definitions.h"
 #include "tests/support/process.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace {
 
-/** How a command is called, with names for what its groups take. */
-std::string callOf(const std::string &program, const CommandHelp &help,
-                   const std::vector<CommandHelp> &tree) {
-    std::string call = program;
-    std::vector<std::string> path;
-    for (const std::string &word : help.path) {
-        const auto group = std::find_if(tree.begin(), tree.end(),
-                                        [&](const CommandHelp &any) { return any.path == path; });
-        for (const HelpEntry &argument : group->arguments)
-            call += " " + argument.name;
-        call += " " + word;
-        path.push_back(word);
-    }
-    return call;
-}
+using command_line::Command;
+using command_line::Tool;
+using command_line::Word;
 
-class HelpTest : public ::testing::TestWithParam<const char *> {};
+class HelpTest : public ::testing::TestWithParam<NamedTool> {
+  protected:
+    static std::string helpOf(const Command &command) {
+        std::vector<std::string> words = callOf(command);
+        words.emplace_back("--help");
+        return printed(GetParam(), words);
+    }
+};
 
 TEST_P(HelpTest, EveryCommandExplainsItselfAndAllItsWords) {
-    const std::vector<CommandHelp> tree = helpTree(GetParam()); // throws unless all succeed
-    EXPECT_GT(tree.size(), 10u);
-    for (const CommandHelp &help : tree) {
-        EXPECT_GT(help.text.find('\n'), 2u) << help.name() << ": the first line says what it does";
-        const std::string usage = "\nUsage: " + callOf(GetParam(), help, tree) + " ";
-        EXPECT_NE(help.text.find(usage), std::string::npos) << help.text;
-        for (const auto *entries : {&help.arguments, &help.options, &help.commands}) {
-            for (const HelpEntry &entry : *entries)
-                EXPECT_GT(entry.text.size(), 2u) << help.name() << " " << entry.name;
+    Tool tool = GetParam().make();
+    const auto commands = commandsOf(tool);
+    EXPECT_GT(commands.size(), 10u);
+    for (const Command *command : commands) {
+        const std::string help = helpOf(*command);
+        EXPECT_EQ(help.find(command->help.substr(0, command->help.find(' '))), 0u)
+            << command->wholeName() << ": the first line says what it does";
+        EXPECT_NE(help.find("\nUsage: " + command->call() + " "), std::string::npos) << help;
+        EXPECT_GT(command->help.size(), 2u) << command->wholeName();
+        for (const Word &word : command->words) {
+            EXPECT_GT(word.help.size(), 2u) << command->wholeName() << " " << word.name;
+            EXPECT_NE(help.find("\n  " + word.name), std::string::npos)
+                << word.name << " is not in\n"
+                << help;
         }
+        for (const Command &next : command->commands)
+            EXPECT_NE(help.find("\n  " + next.name), std::string::npos) << help;
+    }
+}
+
+TEST_P(HelpTest, EveryCommandDoesSomethingOrHasOneThatDoes) {
+    Tool tool = GetParam().make();
+    for (const Command *command : commandsOf(tool)) {
+        EXPECT_EQ(command->action == nullptr, command->isGroup) << command->wholeName();
+        EXPECT_FALSE(command->isGroup && command->commands.empty()) << command->wholeName();
     }
 }
 
 TEST_P(HelpTest, EveryCommandShowsExamplesOfItself) {
-    for (const CommandHelp &help : helpTree(GetParam())) {
-        if (help.isGroup)
-            continue;
-        EXPECT_FALSE(help.examples.empty()) << help.name();
-        for (const std::string &example : help.examples) {
-            EXPECT_NE(example.find(help.path.empty() ? GetParam() : help.path.back()),
-                      std::string::npos)
-                << help.name() << ": " << example;
+    Tool tool = GetParam().make();
+    for (const Command *command : commandsOf(tool)) {
+        const std::string help = helpOf(*command);
+        EXPECT_FALSE(command->examples.empty() && !command->isGroup) << command->wholeName();
+        for (const std::string &example : command->examples) {
+            EXPECT_NE(example.find(command->name), std::string::npos) << example;
+            EXPECT_NE(help.find("\n  " + example + "\n"), std::string::npos) << help;
         }
     }
 }
 
 TEST_P(HelpTest, ExitCodesAreListedForTheProgramAlone) {
-    for (const CommandHelp &help : helpTree(GetParam()))
-        EXPECT_EQ(help.text.find("Exit codes:") != std::string::npos, help.path.empty())
-            << help.name();
+    Tool tool = GetParam().make();
+    for (const Command *command : commandsOf(tool))
+        EXPECT_EQ(helpOf(*command).find("Exit codes:") != std::string::npos,
+                  command->parent == nullptr)
+            << command->wholeName();
+}
+
+TEST_P(HelpTest, FitsOnAPage) {
+    constexpr size_t kPageWidth = 80;
+    Tool tool = GetParam().make();
+    for (const Command *command : commandsOf(tool)) {
+        const std::string help = helpOf(*command);
+        const std::string page = help.substr(0, help.find("Examples:"));
+        for (const std::string &line : linesOf(page))
+            EXPECT_LE(line.size(), kPageWidth) << command->wholeName() << "\n" << line;
+    }
+}
+
+TEST_P(HelpTest, TheShortOptionSaysTheSame) {
+    EXPECT_EQ(printed(GetParam(), {"-h"}), printed(GetParam(), {"--help"}));
+}
+
+TEST_P(HelpTest, IsWhatTheProgramPrints) {
+    const ProcessResult result = run({builtProgram(GetParam().name), "--help"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.out, printed(GetParam(), {"--help"}));
 }
 
 TEST(VboardHelpTest, IsThatOfACommandWhoseFolderIsMissing) {
-    const std::string program = builtProgram("vboard");
     for (const auto &[group, command] :
          {std::pair{"fault", "add"}, std::pair{"flash", "mark-bad"}}) {
-        const ProcessResult whole = run({program, group, "x", command, "--help"});
-        EXPECT_EQ(whole.exitCode, 0);
+        const std::string whole = printed(kVboardTool, {group, "x", command, "--help"});
         const std::string usage =
             "Usage: vboard " + std::string(group) + " DIR " + command + " [OPTIONS]";
-        EXPECT_NE(whole.out.find(usage), std::string::npos) << whole.out;
-        EXPECT_EQ(run({program, group, command, "--help"}).out, whole.out);
+        EXPECT_NE(whole.find(usage), std::string::npos) << whole;
+        EXPECT_EQ(printed(kVboardTool, {group, command, "--help"}), whole);
     }
 }
 
 TEST(IodbgHelpTest, NamesEveryExitCode) {
-    const std::string help = commandHelp("iodbg", {}, {}).text;
+    const std::string help = printed(kIodbgTool, {"--help"});
     for (const char *line :
          {"\nExit codes:\n  0  done\n", "\n  1  the board or the library answered a failure\n",
           "\n  2  wrong usage, also a number that this board does not have, or not confirmed;\n",
@@ -84,20 +113,7 @@ TEST(IodbgHelpTest, NamesEveryExitCode) {
         EXPECT_NE(help.find(line), std::string::npos) << line << help;
 }
 
-TEST(IodbgHelpTest, FitsOnAPage) {
-    constexpr size_t kPageWidth = 80;
-    for (const CommandHelp &help : helpTree("iodbg")) {
-        for (const std::string &line : linesOf(help.text))
-            EXPECT_LE(line.size(), kPageWidth) << help.name() << "\n" << line;
-    }
-}
-
-TEST_P(HelpTest, TheShortOptionSaysTheSame) {
-    const CommandHelp help = commandHelp(GetParam(), {}, {});
-    EXPECT_EQ(run({builtProgram(GetParam()), "-h"}).out, help.text);
-}
-
-INSTANTIATE_TEST_SUITE_P(Programs, HelpTest, ::testing::Values("iodbg", "vboard"),
-                         [](const auto &program) { return std::string(program.param); });
+INSTANTIATE_TEST_SUITE_P(Programs, HelpTest, ::testing::Values(kIodbgTool, kVboardTool),
+                         [](const auto &tool) { return tool.param.name; });
 
 } // namespace

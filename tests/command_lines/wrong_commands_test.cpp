@@ -1,42 +1,71 @@
-// A word that is no command, and a command that is missing, at every level of iodbg's.
+// A word that is no command, and a command that is missing, at every level.
 
-#include "tests/command_lines/help_tree.h"
+#include "tests/command_lines/definitions.h"
 #include "tests/iodbg/iodbg_test.h"
 
 namespace {
 
-class WrongCommandsTest : public IodbgTest {
-  protected:
-    /** All commands of a help, as messages list them. */
-    static std::string choicesOf(const CommandHelp &help) {
-        std::string choices;
-        for (const HelpEntry &command : help.commands)
-            choices += (choices.empty() ? "" : "|") + command.name;
-        return choices;
-    }
-    static Words with(Words call, const std::string &word) {
-        call.push_back(word);
-        return call;
-    }
-};
+using command_line::Command;
+using command_line::Tool;
 
-TEST_F(WrongCommandsTest, EveryLevelNamesItsCommands) {
-    size_t groups = 0;
-    for (const CommandHelp &help : helpTree("iodbg")) {
-        if (help.commands.empty())
-            continue;
-        ++groups;
-        const std::string where =
-            "; see 'iodbg " + help.name() + (help.path.empty() ? "" : " ") + "--help'";
-        const std::string choices = choicesOf(help);
-        expectRefusal(with(help.call, "xyzzy"), 2, "'xyzzy' is none of " + choices + where);
-        if (help.isGroup)
-            expectRefusal(help.call, 2, "a command is missing: give one of " + choices + where);
-    }
-    EXPECT_GT(groups, 15u);
+Words with(Words call, const std::string &word) {
+    call.push_back(word);
+    return call;
 }
 
-TEST_F(WrongCommandsTest, WhatIsMeantIsGuessedWhereItIsClose) {
+/** All commands of one, as messages list them. */
+std::string choicesOf(const Command &command) {
+    std::string choices;
+    for (const Command &next : command.commands)
+        choices += (choices.empty() ? "" : "|") + next.name;
+    return choices;
+}
+
+/** A group's call with its own arguments. */
+Words wholeCallOf(const Command &command) {
+    Words call = callOf(command);
+    call.insert(call.end(), command.arguments().size(), "x");
+    return call;
+}
+
+class WrongCommandsTest : public ::testing::TestWithParam<NamedTool> {};
+
+TEST_P(WrongCommandsTest, EveryLevelNamesItsCommands) {
+    Tool tool = GetParam().make();
+    size_t groups = 0;
+    for (const Command *command : commandsOf(tool)) {
+        if (command->commands.empty())
+            continue;
+        ++groups;
+        const std::string where = "; see '" + command->wholeName() + " --help'";
+        const std::string choices = choicesOf(*command);
+        const Words call = wholeCallOf(*command);
+        EXPECT_EQ(refusalOf(GetParam(), with(call, "xyzzy")),
+                  "'xyzzy' is none of " + choices + where);
+        EXPECT_EQ(refusalOf(GetParam(), call),
+                  command->isGroup ? "a command is missing: give one of " + choices + where : "");
+    }
+    EXPECT_GT(groups, 2u);
+}
+
+TEST_P(WrongCommandsTest, UnknownOptionsAreNamed) {
+    const std::string name = GetParam().name;
+    EXPECT_EQ(refusalOf(GetParam(), {"--foo"}),
+              "'--foo' is not known here; see '" + name + " --help'");
+    Tool tool = GetParam().make();
+    for (const Command *command : commandsOf(tool)) {
+        if (command->program) // takes them for the program's
+            continue;
+        const std::string refusal = refusalOf(GetParam(), with(callOf(*command), "--foo"));
+        EXPECT_NE(refusal.find("--foo"), std::string::npos)
+            << command->wholeName() << ": " << refusal;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Programs, WrongCommandsTest, ::testing::Values(kIodbgTool, kVboardTool),
+                         [](const auto &tool) { return tool.param.name; });
+
+TEST(WrongIodbgCommandsTest, WhatIsMeantIsGuessedWhereItIsClose) {
     const struct {
         Words words;
         std::string guess;
@@ -53,16 +82,14 @@ TEST_F(WrongCommandsTest, WhatIsMeantIsGuessedWhereItIsClose) {
         {{std::string(5000, 'x')}, ""},
     };
     for (const auto &row : rows) {
-        const ProcessResult result = iodbg(row.words);
-        EXPECT_EQ(result.exitCode, 2);
-        const size_t guess = result.err.find(" (did you mean '" + row.guess + "'?); see 'iodbg ");
-        EXPECT_EQ(guess == std::string::npos, row.guess.empty()) << result.err;
-        EXPECT_EQ(result.err.find("did you mean") == std::string::npos, row.guess.empty())
-            << result.err;
+        const std::string refusal = refusalOf(kIodbgTool, row.words);
+        const size_t guess = refusal.find(" (did you mean '" + row.guess + "'?); see 'iodbg ");
+        EXPECT_EQ(guess == std::string::npos, row.guess.empty()) << refusal;
+        EXPECT_EQ(refusal.find("did you mean") == std::string::npos, row.guess.empty()) << refusal;
     }
 }
 
-TEST_F(WrongCommandsTest, AWrongWordBeforeAnotherCommandsIsJudgedWhereItStands) {
+TEST(WrongIodbgCommandsTest, AWrongWordBeforeAnotherCommandsIsJudgedWhereItStands) {
     const struct {
         Words words;
         std::string wrong, guess, command;
@@ -76,21 +103,23 @@ TEST_F(WrongCommandsTest, AWrongWordBeforeAnotherCommandsIsJudgedWhereItStands) 
         {{"poe", "poe", "status"}, "poe", "", "iodbg poe"},
     };
     for (const auto &row : rows) {
-        const ProcessResult result = iodbg(row.words);
-        EXPECT_EQ(result.exitCode, 2);
-        EXPECT_NE(result.err.find("'" + row.wrong + "' is none of "), std::string::npos)
-            << result.err;
+        const std::string refusal = refusalOf(kIodbgTool, row.words);
+        EXPECT_EQ(refusal.find("'" + row.wrong + "' is none of "), 0u) << refusal;
         const std::string guess = row.guess.empty() ? "" : " (did you mean '" + row.guess + "'?)";
-        EXPECT_TRUE(result.err.ends_with(guess + "; see '" + row.command + " --help'\n"))
-            << result.err;
+        EXPECT_TRUE(refusal.ends_with(guess + "; see '" + row.command + " --help'")) << refusal;
     }
 }
 
-TEST_F(WrongCommandsTest, UnknownOptionsAreNamed) {
-    expectRefusal({"--foo"}, 2, "'--foo' is not known here; see 'iodbg --help'");
-    expectRefusal({"poe", "--foo"}, 2, "'--foo' is not known here; see 'iodbg poe --help'");
-    expectRefusal({"show", "--foo"}, 2, "--foo; see 'iodbg show --help'");
-    expectRefusal({"show", "now"}, 2, "now; see 'iodbg show --help'");
+TEST(WrongIodbgCommandsTest, WordsTooManyAreNamed) {
+    EXPECT_EQ(refusalOf(kIodbgTool, {"show", "now"}),
+              "The following argument was not expected: now; see 'iodbg show --help'");
+}
+
+class WrongProgramTest : public IodbgTest {};
+
+TEST_F(WrongProgramTest, TheProgramSaysItAndEndsWithCode2) {
+    expectRefusal({"poe", "satus"}, 2, "'satus' is none of status|info|");
+    expectRefusal({}, 2, "a command is missing: give one of show|check|");
 }
 
 } // namespace

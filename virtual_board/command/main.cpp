@@ -1,7 +1,7 @@
-// The command line of `vboard`.
+// `vboard`: what its commands end with.
 
-#include "command_line/line.h"
 #include "virtual_board/command/commands.h"
+#include "virtual_board/command/tool.h"
 
 #include <cstdio>
 #include <exception>
@@ -19,36 +19,10 @@ using namespace command_line;
 
 enum ExitCode { kDone = 0, kRefused = 1, kUsage = 2, kCannotStart = 3, kNotOnBoard = 125 };
 
-constexpr char kFooter[] =
-    "'vboard COMMAND --help' shows a command's options and examples.\n\n"
-    "Exit codes:\n"
-    "  0  done\n"
-    "  1  refused: the board or a value is not usable; nothing changed\n"
-    "  2  the command line is wrong\n"
-    "  3  the program of 'vboard run' cannot be started\n"
-    "'vboard run' otherwise ends with the program's own exit code; 125 is "
-    "a program\nthat cannot be on its board: it is refused rather than run on the host.\n";
-
 class StandardOutput : public Output {
   public:
     void printText(const std::string &text) const override { std::fputs(text.c_str(), stdout); }
 };
-
-void addCommands(Command &root) {
-    root.isGroup = true;
-    vboard::addCreate(root);
-    vboard::addListModels(root);
-    vboard::addRun(root);
-    vboard::addEnv(root);
-    vboard::addGet(root);
-    vboard::addSet(root);
-    vboard::addProperties(root);
-    vboard::addFault(root);
-    vboard::addPanel(root);
-    vboard::addFlash(root);
-    vboard::addConsole(root);
-    vboard::addTrace(root);
-}
 
 int fail(ExitCode code, const std::string &reason) {
     std::fflush(stdout);
@@ -57,12 +31,7 @@ int fail(ExitCode code, const std::string &reason) {
 }
 
 int carryOut(std::span<const char *const> words) {
-    Tool tool = {{"vboard",
-                  "A whole switch in software: makes virtual boards, runs programs on them, and "
-                  "shows and changes what they hold.",
-                  addCommands},
-                 kFooter,
-                 "vboard " VBOARD_VERSION};
+    Tool tool = vboard::makeTool();
     StandardOutput output;
     try {
         actionFor(tool, words)(output);
