@@ -1,6 +1,7 @@
 #include "command_line/completion.h"
 
 #include <algorithm>
+#include <exception>
 
 namespace command_line {
 
@@ -84,12 +85,19 @@ class Place {
         return names;
     }
 
+    /** Nothing is offered where there is nobody to ask, no board for example. */
+    Strings asked(const Offers &offers) const {
+        try {
+            return offers.ask ? offers.ask(arguments_) : Strings{};
+        } catch (const std::exception &) {
+            return {};
+        }
+    }
+
     Strings offersOf(const Offers &offers, const std::string &word) const {
         Strings lines = offers.words;
-        if (offers.ask) {
-            const Strings told = offers.ask(arguments_);
-            lines.insert(lines.end(), told.begin(), told.end());
-        }
+        const Strings told = asked(offers);
+        lines.insert(lines.end(), told.begin(), told.end());
         const bool isPath = offers.files == Offers::Files::Paths && word.starts_with('/');
         if (offers.files == Offers::Files::All || isPath)
             lines.push_back(kDirective + std::string("files"));

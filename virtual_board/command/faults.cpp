@@ -42,7 +42,7 @@ bool hasFault(const vb::FaultTable &table, uint32_t id) {
 /** The numbers of the rules of the board in the folder that stands before them. */
 Offers numbersOfRules() {
     return {{}, Offers::Files::None, [](const std::vector<std::string> &arguments) {
-                const LockedBoard board(arguments[0]);
+                const LockedBoard board(arguments.at(0)); // fails where the folder is missing
                 std::vector<std::string> numbers;
                 for (const vb::FaultRule &rule : board->faults.rule) {
                     if (rule.id != 0)
