@@ -5,8 +5,8 @@
 #include "iodbg/core/failure.h"
 #include "iodbg/core/format.h"
 #include "iodbg/poe/board.h"
+#include "iodbg/poe/cells.h"
 #include "iodbg/poe/parts.h"
-#include "iodbg/poe/port.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -2,7 +2,7 @@
 
 #include "bsp.h"
 #include "iodbg/core/items.h"
-#include "iodbg/poe/port.h"
+#include "iodbg/poe/cells.h"
 
 #include <iterator>
 

@@ -4,8 +4,8 @@
 #include "iodbg/core/console.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/poe/board.h"
+#include "iodbg/poe/cells.h"
 #include "iodbg/poe/parts.h"
-#include "iodbg/poe/port.h"
 
 namespace iodbg {
 

@@ -2,7 +2,6 @@
 
 #include "bsp.h"
 #include "iodbg/poe/controller.h"
-#include "iodbg/poe/port.h"
 
 namespace iodbg {
 
