@@ -1,32 +1,17 @@
 // iodbg watch: the unit as it changes.
 
-#include "bsp.h"
 #include "command_line/page.h"
-#include "iodbg/chassis/calendar.h"
-#include "iodbg/chassis/climate.h"
-#include "iodbg/chassis/clocks.h"
-#include "iodbg/chassis/fans.h"
-#include "iodbg/chassis/health.h"
-#include "iodbg/chassis/lamps.h"
-#include "iodbg/chassis/supplies.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/interrupt.h"
 #include "iodbg/core/screen.h"
-#include "iodbg/poe/health.h"
 #include "iodbg/poe/tour.h"
-#include "iodbg/transceivers/cage_table.h"
-#include "iodbg/transceivers/health.h"
-#include "iodbg/unit/buses.h"
 #include "iodbg/unit/commands.h"
-#include "iodbg/unit/grounds.h"
+#include "iodbg/unit/watch_round.h"
 
-#include <algorithm>
-#include <iterator>
 #include <optional>
 #include <sstream>
 #include <unistd.h>
-#include <utility>
 
 namespace iodbg {
 
@@ -40,90 +25,6 @@ struct Watching {
     uint32_t intervalMs = 2 * kMsPerSecond;
     std::optional<uint32_t> count; // without it: until stopped
 };
-
-/** What one round has found. */
-struct Round {
-    std::string time;
-    Findings findings; // but what is good
-    Report report;
-    bool isAsked = true; // else nothing of the unit could be reached
-};
-
-// Reading
-
-/** What `iodbg check` says of the parts that are quick to read. */
-Findings quickFindings(const Model &model) {
-    Findings all;
-    for (Findings &part : std::vector<Findings>{temperatureFindings(), fanFindings(model),
-                                                supplyFindings(model), poeControllerFindings(model),
-                                                cageLineFindings(model), clockFindings(model)})
-        std::move(part.begin(), part.end(), std::back_inserter(all));
-    blameBuses(all, 0);
-    return all;
-}
-
-/** What somebody should know of. */
-Findings withoutGood(const Findings &all) {
-    Findings findings;
-    std::copy_if(all.begin(), all.end(), std::back_inserter(findings), [](const Finding &finding) {
-        return finding.severity() >= Severity::Warning || finding.cause.has_value();
-    });
-    return findings;
-}
-
-void addCageSummary(Report &report, const Model &model) {
-    Section section = {"sfp", "SFP cages", {}};
-    CageSummary summary;
-    const int32_t status = readCages(model, summary);
-    section.add("plugged", "Modules in",
-                report.tried(section.path("plugged"), status, portsCell(summary.plugged)));
-    if (status == BSP_OK) {
-        section.add("rx_loss", "Loss of signal", portsCell(summary.lostSignal));
-        section.add("tx_fault", "Transmitter fault", portsCell(summary.txFault));
-    }
-    report.parts.emplace_back(section);
-}
-
-void addParts(Report &report, const Model &model, PoeTour &tour) {
-    Section climate = {"climate", "Climate", {}};
-    addItems(report, climate, kClimateItems);
-    report.parts.emplace_back(climate);
-    report.parts.emplace_back(fanTable(report, model));
-    report.parts.emplace_back(supplyTable(report, model));
-    if (model.poePorts > 0)
-        tour.add(report, model.poePorts);
-    if (!model.cages.empty())
-        addCageSummary(report, model);
-    if (model.hasClock)
-        addClocks(report);
-    addPanelLamps(report);
-}
-
-Round look(PoeTour &tour) {
-    Round round;
-    round.time = calendarText(systemTime());
-    round.report.event = "round";
-    const Grounds grounds = judgeGrounds();
-    constexpr Unit kNeeded[] = {Unit::KernelModule, Unit::Cpld, Unit::Model};
-    round.isAsked = grounds.modelStatus.has_value();
-    round.findings =
-        withoutGood(grounds.causeAmong(kNeeded) ? grounds.findings : quickFindings(grounds.model));
-    if (grounds.modelStatus != BSP_OK) {
-        Section section = {"model", "Model", {}};
-        // Where nothing could be asked the findings say why.
-        section.add("device_id", "Device id",
-                    grounds.modelStatus
-                        ? round.report.tried(section.path("device_id"), *grounds.modelStatus, {},
-                                             round.findings.front().toDo())
-                        : Cell{"not asked", nullptr});
-        round.report.parts.emplace_back(section);
-        return round;
-    }
-    addParts(round.report, grounds.model, tour);
-    return round;
-}
-
-// Showing
 
 std::string headline(const Round &round) {
     const int64_t faults = countOf(round.findings, Severity::Fault);
@@ -193,7 +94,7 @@ ExitCode watch(Console &console, const Watching &watching) {
         ExitCode code = ExitCode::Ok;
         {
             const Uninterrupted whole;
-            code = print(console, look(tour));
+            code = print(console, lookAround(tour));
         }
         if (rounds == watching.count)
             return code;
