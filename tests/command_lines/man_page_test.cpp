@@ -4,7 +4,6 @@
 #include "tests/command_lines/definitions.h"
 #include "tests/iodbg/iodbg_test.h"
 
-
 namespace {
 
 std::string readPage(const std::string &program) {
