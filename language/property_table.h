@@ -454,4 +454,12 @@ constexpr const Property &propertyOf(std::string_view name) {
     throw "the table has no such property";
 }
 
+/** How many words a row has: as many as there are values behind them. */
+constexpr uint32_t wordCount(std::string_view name) {
+    uint32_t count = 1;
+    for (const char *next = propertyOf(name).words; *next != '\0'; ++next)
+        count += *next == '|' ? 1 : 0;
+    return count;
+}
+
 } // namespace language

@@ -15,7 +15,7 @@ std::vector<Binding> allBindings() {
 const Binding &bindingOf(const language::Property &property) {
     static const std::vector<Binding> all = allBindings();
     for (const Binding &binding : all) {
-        if (binding.property->name == property.name)
+        if (binding.property == &property)
             return binding;
     }
     throw std::logic_error(std::string("nobody serves ") + property.name);

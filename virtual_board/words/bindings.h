@@ -70,6 +70,12 @@ constexpr Binding bind(const char *name, PropertyGetter get, std::nullptr_t = nu
     return bind(name, false, {nullptr, get, nullptr, note});
 }
 
+/** Whether the words of a row are those of an enumeration with a last value. */
+template <typename Enumeration>
+constexpr bool hasWordsUpTo(const char *name, Enumeration last) {
+    return language::wordCount(name) == static_cast<uint32_t>(last) + 1;
+}
+
 /** The binding of a row. */
 const Binding &bindingOf(const language::Property &property);
 

@@ -9,7 +9,7 @@ std::vector<uint8_t> bytesToSet(const PropertyTarget &target, const language::Va
     const uint32_t offset = target.name.offset.value_or(0);
     if (target.name.length.has_value())
         throw Refused("the bytes tell how many are set; leave out '+LENGTH'");
-    const std::vector<uint8_t> bytes = language::parseBytes(value.text());
+    std::vector<uint8_t> bytes = language::parseBytes(value.text());
     if (offset >= size || bytes.size() > size - offset)
         throw Refused("the " + what + " has bytes 0 to " + std::to_string(size - 1) + "; " +
                       std::to_string(bytes.size()) + " bytes from " + std::to_string(offset) +

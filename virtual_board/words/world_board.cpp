@@ -124,6 +124,7 @@ constexpr Binding kBoardBindings[] = {
     bind("identity.serial", getSerial, setSerial),
     bind("identity.mac", getMac, setMac),
 };
+static_assert(hasWordsUpTo("time", TimeMode::Virtual));
 
 } // namespace
 

@@ -104,6 +104,8 @@ constexpr Binding kChassisBindings[] = {
     bind("rtc.time", getClockTime, setClockTime),
     bind("rtc.battery", getBattery, setBattery),
 };
+static_assert(hasWordsUpTo("fan.#.state", FanState::Stuck));
+static_assert(hasWordsUpTo("temperature.state", SensorState::Missing));
 static_assert(language::propertyOf("temperature.ambient").lowest == kColdest);
 static_assert(language::propertyOf("temperature.ambient").highest == kHottest);
 static_assert(language::kFirstYear == kClockFirstYear && language::kLastYear == kClockLastYear);

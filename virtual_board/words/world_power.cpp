@@ -219,6 +219,8 @@ constexpr Binding kPowerBindings[] = {
     bind("power", getPower, setPower),
     bind("ptp.pulses", getPulses),
 };
+static_assert(hasWordsUpTo("poe.#.state", PoePhase::Fault));
+static_assert(hasWordsUpTo("reset.reason", ResetReason::Watchdog));
 static_assert(language::kMostPmbus == kPmbusMost && language::kMostDegrees == kPmbusMostDegrees);
 static_assert(language::propertyOf("supply.#.output-voltage").highest == kPmbusMostOutputMv);
 

@@ -147,6 +147,9 @@ constexpr Binding kSfpBindings[] = {
     bind("mdio.busy-polls", getBusyPolls, setBusyPolls),
     bind("mdio.#.#", getMdio, setMdio),
 };
+static_assert(language::wordCount("sfp.#.module") == kSfpKinds);
+static_assert(hasWordsUpTo("sfp.#.state", SfpState::Dead));
+static_assert(hasWordsUpTo("mdio.state", MdioState::Stuck));
 static_assert(language::propertyOf("sfp.#.rx-power").highest == kSfpMostMicrowatts);
 static_assert(language::propertyOf("mdio.busy-polls").highest == kMdioMostBusyPolls);
 static_assert(language::kMdioAddresses == kMdioAddresses);
