@@ -6,8 +6,9 @@ namespace vb {
 
 std::vector<Binding> allBindings() {
     std::vector<Binding> all;
-    for (const auto bindings : {boardBindings(), registerBindings(), powerBindings(),
-                                chassisBindings(), sfpBindings(), flashBindings()})
+    for (const auto bindings :
+         {boardBindings(), registerBindings(), supplyBindings(), poeBindings(), powerBindings(),
+          chassisBindings(), sfpBindings(), mdioBindings(), flashBindings()})
         all.insert(all.end(), bindings.begin(), bindings.end());
     return all;
 }

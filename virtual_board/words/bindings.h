@@ -85,9 +85,12 @@ std::vector<Binding> allBindings();
 // The bindings of each source.
 std::span<const Binding> boardBindings();
 std::span<const Binding> registerBindings();
+std::span<const Binding> supplyBindings();
+std::span<const Binding> poeBindings();
 std::span<const Binding> powerBindings();
 std::span<const Binding> chassisBindings();
 std::span<const Binding> sfpBindings();
+std::span<const Binding> mdioBindings();
 std::span<const Binding> flashBindings();
 
 } // namespace vb

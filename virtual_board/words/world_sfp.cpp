@@ -1,4 +1,4 @@
-// Properties of SFP cages and MDIO registers.
+// Properties of SFP cages and what is plugged into them.
 
 #include "virtual_board/board/sfp_cages.h"
 #include "virtual_board/words/bindings.h"
@@ -106,36 +106,6 @@ void setDiagnostics(const Target &target, const Value &value) {
     setPart(measuringModuleOf(target).diagnostics, target, value);
 }
 
-// MDIO
-
-uint16_t &mdioRegister(const Target &target) {
-    return target.devices().mdio.reg[target.name.number][target.name.second];
-}
-
-Value getMdio(const Target &target) {
-    return mdioRegister(target);
-}
-
-void setMdio(const Target &target, const Value &value) {
-    mdioRegister(target) = value.as<uint16_t>();
-}
-
-Value getMdioState(const Target &target) {
-    return static_cast<uint32_t>(target.devices().mdio.state);
-}
-
-void setMdioState(const Target &target, const Value &value) {
-    target.devices().mdio.state = value.as<MdioState>();
-}
-
-Value getBusyPolls(const Target &target) {
-    return target.devices().mdio.busyPolls;
-}
-
-void setBusyPolls(const Target &target, const Value &value) {
-    target.devices().mdio.busyPolls = value.as<uint32_t>();
-}
-
 constexpr Binding kSfpBindings[] = {
     bind("sfp.#.module", getModule, setModule, noteOfCage),
     bind("sfp.#.state", getSfpState, setSfpState),
@@ -143,16 +113,10 @@ constexpr Binding kSfpBindings[] = {
     bind("sfp.#.rx-power", getRxPower, setRxPower),
     bind("sfp.#.id", getId, setId),
     bind("sfp.#.diagnostics", getDiagnostics, setDiagnostics),
-    bind("mdio.state", getMdioState, setMdioState),
-    bind("mdio.busy-polls", getBusyPolls, setBusyPolls),
-    bind("mdio.#.#", getMdio, setMdio),
 };
 static_assert(language::wordCount("sfp.#.module") == kSfpKinds);
 static_assert(hasWordsUpTo("sfp.#.state", SfpState::Dead));
-static_assert(hasWordsUpTo("mdio.state", MdioState::Stuck));
 static_assert(language::propertyOf("sfp.#.rx-power").highest == kSfpMostMicrowatts);
-static_assert(language::propertyOf("mdio.busy-polls").highest == kMdioMostBusyPolls);
-static_assert(language::kMdioAddresses == kMdioAddresses);
 
 } // namespace
 

@@ -1,0 +1,122 @@
+// Properties of the power supplies.
+
+#include "virtual_board/board/circuits.h"
+#include "virtual_board/words/bindings.h"
+#include "virtual_board/words/line_notes.h"
+
+namespace vb {
+
+namespace {
+
+using language::Value;
+using Target = PropertyTarget;
+
+Value getPresent(const Target &target) {
+    return target.supply().isPresent != 0;
+}
+
+void setPresent(const Target &target, const Value &value) {
+    target.supply().isPresent = value.as<uint32_t>();
+    driveSupplyLines(target.board(), target.number() - 1);
+}
+
+template <uint32_t PmbusSupply::*flag>
+Value getFailed(const Target &target) {
+    return target.supply().pmbus.*flag != 0;
+}
+
+template <uint32_t PmbusSupply::*flag>
+void setFailed(const Target &target, const Value &value) {
+    target.supply().pmbus.*flag = value.as<uint32_t>();
+    driveSupplyLines(target.board(), target.number() - 1);
+}
+
+template <uint32_t PmbusSupply::*field>
+Value getAmount(const Target &target) {
+    return target.supply().pmbus.*field;
+}
+
+template <uint32_t PmbusSupply::*field>
+void setAmount(const Target &target, const Value &value) {
+    target.supply().pmbus.*field = value.as<uint32_t>();
+}
+
+template <uint32_t index>
+Value getDegrees(const Target &target) {
+    return target.supply().pmbus.degrees[index];
+}
+
+template <uint32_t index>
+void setDegrees(const Target &target, const Value &value) {
+    target.supply().pmbus.degrees[index] = value.as<int32_t>();
+}
+
+// Single lines of a supply
+
+template <CpldLine (*lineOf)(uint32_t)>
+Value getLine(const Target &target) {
+    return cpldLevel(target.devices().cpld, lineOf(target.number()));
+}
+
+template <CpldLine (*lineOf)(uint32_t)>
+void setLine(const Target &target, const Value &value) {
+    cpldDrive(target.devices().cpld, lineOf(target.number()), value.as<uint32_t>() != 0);
+}
+
+template <uint32_t line>
+constexpr CpldLine statusLine(uint32_t n) {
+    return supplyStatusLine(n, line);
+}
+
+using P = PmbusSupply;
+
+template <uint32_t P::*field>
+constexpr Binding amount(const char *name) {
+    return bind(name, getAmount<field>, setAmount<field>);
+}
+
+template <uint32_t P::*flag>
+constexpr Binding failure(const char *name) {
+    return bind(name, getFailed<flag>, setFailed<flag>);
+}
+
+template <uint32_t index>
+constexpr Binding temperature(const char *name) {
+    return bind(name, getDegrees<index>, setDegrees<index>);
+}
+
+template <CpldLine (*lineOf)(uint32_t)>
+constexpr Binding line(const char *name, PropertyNote note = nullptr) {
+    return bind(name, getLine<lineOf>, setLine<lineOf>, note);
+}
+
+constexpr Binding kSupplyBindings[] = {
+    bind("supply.#.present", getPresent, setPresent, noteOfSupplyPresence),
+    failure<&P::hasInputFailed>("supply.#.input"),
+    failure<&P::hasOutputFailed>("supply.#.output"),
+    amount<&P::inputMv>("supply.#.input-voltage"),
+    amount<&P::inputMa>("supply.#.input-current"),
+    amount<&P::inputMw>("supply.#.input-power"),
+    amount<&P::outputMv>("supply.#.output-voltage"),
+    amount<&P::outputMa>("supply.#.output-current"),
+    amount<&P::outputMw>("supply.#.output-power"),
+    temperature<0>("supply.#.temperature1"),
+    temperature<1>("supply.#.temperature2"),
+    temperature<2>("supply.#.temperature3"),
+    amount<&P::busyEvery>("supply.#.busy-every"),
+    line<supplyPresenceLine>("supply.#.line.presence", noteOfSupplyPresence),
+    line<supplyTypeLine>("supply.#.line.type"),
+    line<statusLine<0>>("supply.#.line.status0"),
+    line<statusLine<1>>("supply.#.line.status1"),
+    line<statusLine<2>>("supply.#.line.status2"),
+};
+static_assert(language::kMostPmbus == kPmbusMost && language::kMostDegrees == kPmbusMostDegrees);
+static_assert(language::propertyOf("supply.#.output-voltage").highest == kPmbusMostOutputMv);
+
+} // namespace
+
+std::span<const Binding> supplyBindings() {
+    return kSupplyBindings;
+}
+
+} // namespace vb
