@@ -1,14 +1,13 @@
-// The world's side of a board: `vboard get` and `vboard set`.
+// `vboard properties`: what boards of all models have.
 
-#include "command_line/line.h"
 #include "virtual_board/command/commands.h"
-#include "virtual_board/command/open_board.h"
 #include "virtual_board/command/words.h"
+#include "virtual_board/words/equipment.h"
 #include "virtual_board/words/values.h"
 #include "virtual_board/words/world.h"
 
-#include <algorithm>
 #include <cstdio>
+#include <fnmatch.h>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -17,195 +16,111 @@ namespace vboard {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using Properties = std::vector<vb::Property>;
+using language::Property;
+using language::Type;
 
-bool hasPattern(const std::vector<std::string> &names) {
-    return std::any_of(names.begin(), names.end(), vb::isPattern);
-}
-
-/** Every property, or those of the names and patterns, each once for all patterns that it fits. */
-Properties selected(const std::string &folder, const std::vector<std::string> &names) {
-    const LockedBoard board(folder);
-    if (names.empty())
-        return vb::properties(board.folder());
-    Properties found;
-    for (const std::string &name : names) {
-        if (!vb::isPattern(name)) {
-            found.push_back(vb::namedProperty(board.folder(), name));
-            continue;
-        }
-        for (const vb::Property &property : vb::matchingProperties(board.folder(), name)) {
-            const bool isThere =
-                std::any_of(found.begin(), found.end(),
-                            [&](const vb::Property &other) { return other.name == property.name; });
-            if (!isThere)
-                found.push_back(property);
-        }
+/** Rows whose name a pattern fits, or that a name is of; without a pattern all. */
+std::vector<const Property *> rowsFor(const std::string &pattern) {
+    std::vector<const Property *> rows;
+    for (const Property &property : language::properties()) {
+        if (pattern.empty() || fnmatch(pattern.c_str(), property.name, 0) == 0 ||
+            language::rowOf(pattern) == &property)
+            rows.push_back(&property);
     }
-    return found;
+    if (rows.empty())
+        throw vb::Refused("no property fits " + language::quoted(pattern) +
+                          "; 'vboard properties' lists all");
+    return rows;
 }
 
-/** The names of all properties of a board but those that are too many. */
-std::vector<language::PropertyName> namesOf(const std::string &folder) {
-    vb::BoardFolder board;
-    openBoard(board, folder);
-    return vb::listedNames(board);
-}
-
-void printJson(const Properties &properties) {
-    Json object = Json::object();
-    for (const vb::Property &property : properties) {
-        object[property.name] = language::valueJson(*property.type, property.content);
-        if (!property.note.empty())
-            object[property.name + ".note"] = property.note;
+const char *typeName(Type type) {
+    switch (type) {
+    case Type::Number:
+    case Type::Register:
+    case Type::Decimal:
+        return "number";
+    case Type::Word:
+        return "word";
+    case Type::Text:
+        return "text";
+    case Type::MacAddress:
+        return "mac";
+    case Type::Time:
+        return "time";
+    case Type::ByteRow:
+        break;
     }
-    // A command line that another program wrote may hold any byte.
-    std::printf("%s\n", object.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+    return "bytes";
 }
 
-void printLine(const vb::Property &property, size_t mostCharacters) {
-    const bool isCut = property.value.size() > mostCharacters;
-    const std::string note = property.note.empty() ? "" : "  (" + property.note + ")";
-    std::printf("%-22s %s%s%s\n", property.name.c_str(),
-                property.value.substr(0, mostCharacters).c_str(), isCut ? "..." : "", note.c_str());
-}
-
-void printTable(const Properties &properties) {
-    constexpr size_t kMostCharacters = 64;
-    for (const vb::Property &property : properties) {
-        if (!property.isIdle)
-            printLine(property, kMostCharacters);
+Json modelsWith(const Property &property) {
+    Json models = Json::array();
+    for (const vb::Model &model : vb::kModels) {
+        const language::Equipment equipment = vb::equipmentOf(model);
+        if (language::isOn(equipment, property.subject))
+            models.push_back(equipment.model);
     }
-    std::fprintf(stderr,
-                 "Not shown: CPLD registers that hold 0x0000, GPIO inputs at level 0, PoE ports "
-                 "without a device, empty cages, MDIO registers, what the flash holds.\n");
+    return models;
 }
 
-void printValues(const Properties &properties) {
-    for (const vb::Property &property : properties) {
-        std::printf("%s\n", property.value.c_str());
-        if (!property.note.empty())
-            std::fprintf(stderr, "%s: %s\n", property.name.c_str(), property.note.c_str());
+Json rowJson(const Property &property) {
+    const bool isNumber = property.type == Type::Number || property.type == Type::Register;
+    return {{"name", property.name},
+            {"type", typeName(property.type)},
+            {"unit", *property.unit != '\0' ? Json(property.unit) : Json()},
+            {"lowest", isNumber ? Json(property.lowest) : Json()},
+            {"highest", isNumber ? Json(property.highest) : Json()},
+            {"words", language::wordsOf(property.words)},
+            {"settable", property.isSettable},
+            {"words_to_set", language::wordsToSet(property)},
+            {"untouched", property.idle != nullptr ? Json(property.idle) : Json()},
+            {"models", modelsWith(property)},
+            {"description", property.sentence}};
+}
+
+void printRow(const Property &property) {
+    std::printf("%-24s  %-9s  %-22s  %s; %s\n", property.name,
+                property.isSettable ? "read, set" : "read", language::modelsText(property.subject),
+                language::rangeText(property).c_str(), property.sentence);
+}
+
+void listProperties(const std::string &pattern, bool asJson) {
+    const std::vector<const Property *> rows = rowsFor(pattern);
+    Json list = Json::array();
+    for (const Property *property : rows) {
+        if (asJson)
+            list.push_back(rowJson(*property));
+        else
+            printRow(*property);
     }
+    if (asJson)
+        std::printf("%s\n", list.dump(2).c_str());
 }
 
-/** What is given a value: NAME=VALUE..., or one NAME and its VALUE. */
-std::vector<vb::Assignment> assignmentsOf(const std::vector<std::string> &words) {
-    if (words.size() == 2 && words[0].find('=') == std::string::npos)
-        return {{words[0], words[1]}};
-    std::vector<vb::Assignment> assignments;
-    for (const std::string &word : words) {
-        const size_t equals = word.find('=');
-        if (equals == std::string::npos)
-            throw WrongUsage(language::quoted(word) +
-                             " has no value: give NAME=VALUE, or one NAME and its VALUE; see "
-                             "'vboard set --help'");
-        assignments.push_back({word.substr(0, equals), word.substr(equals + 1)});
-    }
-    return assignments;
-}
-
-// What completion offers; the board's folder stands before all names.
-
-using Strings = std::vector<std::string>;
-
-Strings offeredNames(const Strings &arguments) {
-    Strings names;
-    for (const language::PropertyName &name : namesOf(arguments[0]))
-        names.push_back(nameText(name));
-    return names;
-}
-
-/** "fan.1.state=good", "fan.1.speed=": what can be set, with its words where it has some. */
-Strings offeredAssignments(const std::vector<language::PropertyName> &names) {
-    Strings assignments;
-    for (const language::PropertyName &name : names) {
-        const Strings words = wordsToSet(*name.property);
-        if (words.empty() && name.property->isSettable)
-            assignments.push_back(nameText(name) + "=");
-        for (const std::string &word : words)
-            assignments.push_back(nameText(name) + "=" + word);
-    }
-    return assignments;
-}
-
-Strings offeredChanges(const Strings &arguments) {
-    const bool isValue = arguments.size() == 2 && arguments[1].find('=') == std::string::npos;
-    const language::Property *row = isValue ? language::rowOf(arguments[1]) : nullptr;
-    return row != nullptr ? wordsToSet(*row) : offeredAssignments(namesOf(arguments[0]));
-}
-
-void defineGet(Command &command) {
+void defineProperties(Command &command) {
     struct Arguments {
-        std::string folder;
-        Strings names;
+        std::string pattern;
         bool asJson = false;
     };
     const auto arguments = std::make_shared<Arguments>();
-    addFolder(command, arguments->folder);
-    command.optionalArguments("NAME", "Properties, or patterns of shells: 'fan.*'",
-                              {texts(arguments->names), {{}, Offers::Files::None, offeredNames}});
+    std::vector<std::string> names;
+    for (const Property &property : language::properties())
+        names.emplace_back(property.name);
+    command.optionalArgument("PATTERN", "Only those that fit, or that of a name",
+                             {text(arguments->pattern), {names, Offers::Files::None, nullptr}});
     addJson(command, arguments->asJson);
-    command.detail("A pattern stands for all that fit it. In JSON numbers are numbers.\n"
-                   "'vboard properties' lists the names.");
-    command.example("vboard get board")
-        .example("vboard get board cpld.2 supply.1.present")
-        .example("vboard get board 'fan.*' --json")
-        .example("vboard get board eeprom.board@0x100+16");
-    command.does(
-        [arguments] { getProperties(arguments->folder, arguments->names, arguments->asJson); });
-}
-
-void defineSet(Command &command) {
-    struct Arguments {
-        std::string folder;
-        Strings words;
-    };
-    const auto arguments = std::make_shared<Arguments>();
-    addFolder(command, arguments->folder);
-    command
-        .argument("NAME", "NAME=VALUE, or one property and its new value",
-                  {texts(arguments->words), {{}, Offers::Files::None, offeredChanges}})
-        .repeatable();
-    command.detail("Plugs a supply, stops a fan, moves the calendar clock. Where one change is "
-                   "refused, nothing changes.\n"
-                   "'vboard properties' lists the names.");
-    command.example("vboard set board supply.2.present no")
-        .example("vboard set board fan.1.state=stuck temperature.ambient=40")
-        .example("vboard set board cpld.2 0x2413")
-        .example("vboard set board poe.3.device 'class=4 draws=18000'")
-        .example("vboard set board eeprom.board@0x100 00ff")
-        .example("vboard set board identity.mac 02:00:5e:10:00:01");
-    command.does(
-        [arguments] { setProperties(arguments->folder, assignmentsOf(arguments->words)); });
+    command.detail("Each line tells a name, whether it can be set, on which models it is, what it "
+                   "holds, and what it means.");
+    command.example("vboard properties")
+        .example("vboard properties 'sfp.*'")
+        .example("vboard properties fan.1.speed --json");
+    command.does([arguments] { listProperties(arguments->pattern, arguments->asJson); });
 }
 
 } // namespace
 
-void addGet(Command &root) {
-    root.command("get", "Show what the board holds; without a name, everything", defineGet);
-}
-
-void addSet(Command &root) {
-    root.command("set", "Change what the board holds", defineSet);
-}
-
-void getProperties(const std::string &folder, const std::vector<std::string> &names, bool asJson) {
-    const Properties found = selected(folder, names);
-    if (asJson)
-        printJson(found);
-    else if (names.empty())
-        printTable(found);
-    else if (!hasPattern(names))
-        printValues(found);
-    else
-        for (const vb::Property &property : found)
-            printLine(property, std::string::npos);
-}
-
-void setProperties(const std::string &folder, const std::vector<vb::Assignment> &assignments) {
-    const LockedBoard board(folder);
-    vb::setProperties(board.folder(), assignments);
+void addProperties(Command &root) {
+    root.command("properties", "List what boards of all models have", defineProperties);
 }
 
 } // namespace vboard

@@ -1,0 +1,91 @@
+// `vboard set`.
+
+#include "command_line/line.h"
+#include "language/texts.h"
+#include "virtual_board/command/commands.h"
+#include "virtual_board/command/open_board.h"
+#include "virtual_board/command/words.h"
+#include "virtual_board/words/values.h"
+#include "virtual_board/words/world.h"
+
+#include <memory>
+
+namespace vboard {
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+/** What is given a value: NAME=VALUE..., or one NAME and its VALUE. */
+std::vector<vb::Assignment> assignmentsOf(const std::vector<std::string> &words) {
+    if (words.size() == 2 && words[0].find('=') == std::string::npos)
+        return {{words[0], words[1]}};
+    std::vector<vb::Assignment> assignments;
+    for (const std::string &word : words) {
+        const size_t equals = word.find('=');
+        if (equals == std::string::npos)
+            throw WrongUsage(language::quoted(word) +
+                             " has no value: give NAME=VALUE, or one NAME and its VALUE; see "
+                             "'vboard set --help'");
+        assignments.push_back({word.substr(0, equals), word.substr(equals + 1)});
+    }
+    return assignments;
+}
+
+// What completion offers; the board's folder stands before it.
+
+/** "fan.1.state=good", "fan.1.speed=": what can be set, with its words where it has some. */
+Strings offeredAssignments(const std::vector<language::PropertyName> &names) {
+    Strings assignments;
+    for (const language::PropertyName &name : names) {
+        const Strings words = wordsToSet(*name.property);
+        if (words.empty() && name.property->isSettable)
+            assignments.push_back(nameText(name) + "=");
+        for (const std::string &word : words)
+            assignments.push_back(nameText(name) + "=" + word);
+    }
+    return assignments;
+}
+
+Strings offeredChanges(const Strings &arguments) {
+    const bool isValue = arguments.size() == 2 && arguments[1].find('=') == std::string::npos;
+    const language::Property *row = isValue ? language::rowOf(arguments[1]) : nullptr;
+    return row != nullptr ? wordsToSet(*row) : offeredAssignments(namesOfProperties(arguments[0]));
+}
+
+void defineSet(Command &command) {
+    struct Arguments {
+        std::string folder;
+        Strings words;
+    };
+    const auto arguments = std::make_shared<Arguments>();
+    addFolder(command, arguments->folder);
+    command
+        .argument("NAME", "NAME=VALUE, or one property and its new value",
+                  {texts(arguments->words), {{}, Offers::Files::None, offeredChanges}})
+        .repeatable();
+    command.detail("Plugs a supply, stops a fan, moves the calendar clock. Where one change is "
+                   "refused, nothing changes.\n"
+                   "'vboard properties' lists the names.");
+    command.example("vboard set board supply.2.present no")
+        .example("vboard set board fan.1.state=stuck temperature.ambient=40")
+        .example("vboard set board cpld.2 0x2413")
+        .example("vboard set board poe.3.device 'class=4 draws=18000'")
+        .example("vboard set board eeprom.board@0x100 00ff")
+        .example("vboard set board identity.mac 02:00:5e:10:00:01");
+    command.does(
+        [arguments] { setProperties(arguments->folder, assignmentsOf(arguments->words)); });
+}
+
+} // namespace
+
+void addSet(Command &root) {
+    root.command("set", "Change what the board holds", defineSet);
+}
+
+void setProperties(const std::string &folder, const std::vector<vb::Assignment> &assignments) {
+    const LockedBoard board(folder);
+    vb::setProperties(board.folder(), assignments);
+}
+
+} // namespace vboard
