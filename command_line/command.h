@@ -9,6 +9,7 @@
 #include <list>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace command_line {
@@ -42,8 +43,8 @@ class Command {
     /** Completes a definition once its command is wanted. */
     using Define = std::function<void(Command &)>;
 
-    Command(const std::string &ownName, const std::string &text, const Define &define = nullptr)
-        : name(ownName), help(text), define_(define) {}
+    Command(std::string ownName, std::string text, Define define = nullptr)
+        : name(std::move(ownName)), help(std::move(text)), define_(std::move(define)) {}
     Command(const Command &) = delete;
     Command &operator=(const Command &) = delete;
     ~Command() = default;

@@ -19,7 +19,7 @@ class Place {
     void pass(const std::string &word) {
         if (option_ != nullptr)
             option_ = nullptr;
-        else if (word == "--")
+        else if (word == "--" && !isBehindDashes_)
             isBehindDashes_ = true;
         else if (isOption(word))
             option_ = optionWithValue(word);

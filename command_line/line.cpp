@@ -222,23 +222,23 @@ std::string reasonOf(const CLI::ParseError &error, const Command &command,
                                kLongestReason);
 }
 
-WrongUsage wrongUsage(const std::string &reason, const Command &command) {
-    return WrongUsage(reason + "; see '" + command.wholeName() + " --help'");
+[[noreturn]] void refuse(const std::string &reason, const Command &command) {
+    throw WrongUsage(reason + "; see '" + command.wholeName() + " --help'");
 }
 
-WrongUsage wrongUsage(const CLI::ParseError &error, const CLI::App &app, const Command &root,
-                      const Words &words) {
+[[noreturn]] void refuse(const CLI::ParseError &error, const CLI::App &app, const Command &root,
+                         const Words &words) {
     const Words unknown = app.remaining(true);
     const std::string word = unknown.empty() ? "" : unknown[0];
     const CLI::App &last = recognised(app);
     const CLI::App &before = recognisedBefore(word, app, words);
     const Command &command = commandOf(before, root);
     if (&before != &last)
-        return wrongUsage(commandWanted(word, command.namesOfCommands()), command);
+        refuse(commandWanted(word, command.namesOfCommands()), command);
     if (const Command *taken = takenForArgument(last, command))
-        return wrongUsage(
-            command.arguments()[0]->name + " is missing in front of '" + taken->name + "'", *taken);
-    return wrongUsage(reasonOf(error, command, word), command);
+        refuse(command.arguments()[0]->name + " is missing in front of '" + taken->name + "'",
+               *taken);
+    refuse(reasonOf(error, command, word), command);
 }
 
 Action printing(const std::string &text) {
@@ -310,14 +310,14 @@ Action actionForLine(Tool &tool, Words words) {
     } catch (const CLI::CallForVersion &version) {
         return printing(std::string(version.what()) + "\n");
     } catch (const CLI::ParseError &error) {
-        throw wrongUsage(error, app, tool.root, words);
+        refuse(error, app, tool.root, words);
     }
     const Command &command = commandOf(recognised(app), tool.root);
     if (command.program) {
         try {
             command.program(recognised(app).remaining(), program);
         } catch (const language::Refused &refusal) {
-            throw wrongUsage(refusal.what(), command);
+            refuse(refusal.what(), command);
         }
     }
     return actionOf(command);

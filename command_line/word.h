@@ -52,9 +52,9 @@ struct Word {
     bool *flag = nullptr; // of flags
     bool isRequired = false;
     bool isMany = false; // an argument takes all that follow, an option may be repeated
-    std::string usual = "";
+    std::string usual = {};
     std::vector<std::string> others = {}; // options that cannot stand beside it
-    std::string condition = "";           // an option that must
+    std::string condition = {};           // an option that must
 
     /** Shows what it is where it is not given. */
     Word &usually(const std::string &value);
