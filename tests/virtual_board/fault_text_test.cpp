@@ -68,6 +68,15 @@ TEST(FaultText, ARuleBecomesArgumentsOfTheCommand) {
               "--device cpld --op read --offset 2 --nth 1 --when once --effect refuse=-5");
 }
 
+TEST(FaultText, NumbersAreWrittenAsEverywhere) {
+    for (const auto &[effect, same] : {std::pair{"refuse=-0x10", "refuse=-16"},
+                                       {"refuse=010", "refuse=10"}, // not of base 8
+                                       {"refuse=0x7FFFFFFF", "refuse=2147483647"},
+                                       {"short=0x2", "short=2"}})
+        EXPECT_EQ(vb::faultWords(vb::parseFault({"i2c", "any", "", "1", "once", effect})).effect,
+                  same);
+}
+
 TEST(FaultText, ErrorsHaveNamesOrNumbers) {
     const FaultWords byName = {"i2c", "any", "", "1", "once", "ioctl-fails=ENOENT"};
     EXPECT_EQ(vb::parseFault(byName).argument, ENOENT);
@@ -101,6 +110,8 @@ TEST(FaultText, WordsThatMakeNoRuleAreRefusedWithWhatWouldBeRight) {
         {{"cpld", "any", "", "1", "once", "refuse"}, "refuse=-5"},
         {{"cpld", "any", "", "1", "once", "refuse=0"}, "other than 0"},
         {{"cpld", "any", "", "1", "once", "refuse=5x"}, "refuse=-5"},
+        {{"cpld", "any", "", "1", "once", "refuse=+5"}, "refuse=-5"},
+        {{"cpld", "any", "", "1", "once", "refuse= 5"}, "refuse=-5"},
         {{"cpld", "any", "", "1", "once", "refuse=4294967296"}, "refuse=-5"},
         {{"cpld", "any", "", "1", "once", "ioctl-fails=EWHAT"}, "ENOENT or 2"},
         {{"cpld", "any", "", "1", "once", "ioctl-fails=0"}, "ENOENT or 2"},

@@ -9,8 +9,6 @@
 #include "virtual_board/words/fault_words.h"
 #include "virtual_board/words/values.h"
 
-#include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <string>
@@ -110,15 +108,12 @@ void parseOffset(FaultRule &rule, const std::string &text) {
 // Effects
 
 int32_t parseResult(const std::string &text) {
-    char *end = nullptr;
-    errno = 0;
-    const long long result = std::strtoll(text.c_str(), &end, 0);
-    const bool isWhole = end != text.c_str() && *end == '\0' && errno == 0;
-    if (!isWhole || result == 0 || result < INT32_MIN || result > INT32_MAX)
+    const auto result = language::readNumber(text, INT32_MIN, INT32_MAX);
+    if (!result.has_value() || *result == 0)
         throw Refused("'" + text +
                       "' is not a result word of a refusal: give a number other than "
                       "0, as in refuse=-5");
-    return static_cast<int32_t>(result);
+    return *result;
 }
 
 int32_t parseErrno(const std::string &text) {
