@@ -99,6 +99,10 @@ struct Table {
     std::string (*content)();
 };
 
+void PrintTo(const Table &table, std::ostream *out) {
+    *out << table.file;
+}
+
 class PropertyTablesTest : public ::testing::TestWithParam<Table> {};
 
 TEST_P(PropertyTablesTest, AreWhatTheLanguageHas) {
