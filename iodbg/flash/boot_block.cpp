@@ -77,6 +77,21 @@ bool isSwitch(const BootSetting &setting) {
     return &setting == kConsolePassword || &setting == kUserPassword;
 }
 
+/** Takes the value of a setting other than the password. */
+Parser wordParser(const BootSetting &setting, uint32_t &target) {
+    if (isSwitch(setting))
+        return oneOf(target, {{kOn, 1}, {kOff, 0}});
+    if (&setting == kBaudrate)
+        return oneOf(target, {{"9600", BSP_BAUDRATE_9600},
+                              {"19200", BSP_BAUDRATE_19200},
+                              {"38400", BSP_BAUDRATE_38400},
+                              {"57600", BSP_BAUDRATE_57600},
+                              {"115200", BSP_BAUDRATE_115200}});
+    if (&setting == kMode)
+        return number(target, 1);
+    return [](const std::string &word) { parseNumber(word, INT32_MIN, INT32_MAX); };
+}
+
 /** Throws language::Refused for a value that the setting cannot have. */
 std::string parseValue(const BootSetting &setting, const std::string &value) {
     uint32_t ignored = 0;
@@ -88,18 +103,8 @@ std::string parseValue(const BootSetting &setting, const std::string &value) {
             throw language::Refused("a boot password has at most 40 printable characters");
         return value;
     }
-    if (isSwitch(setting)) {
-        oneOf(ignored, {{kOn, 1}, {kOff, 0}})(value);
-        return value;
-    }
-    if (&setting == kBaudrate)
-        oneOf(ignored, {{"9600", BSP_BAUDRATE_9600},
-                        {"19200", BSP_BAUDRATE_19200},
-                        {"38400", BSP_BAUDRATE_38400},
-                        {"57600", BSP_BAUDRATE_57600},
-                        {"115200", BSP_BAUDRATE_115200}})(value);
-    const bool isMode = &setting == kMode;
-    return std::to_string(parseNumber(value, isMode ? 0 : INT32_MIN, isMode ? 1 : INT32_MAX));
+    wordParser(setting, ignored)(value);
+    return isSwitch(setting) ? value : std::to_string(parseNumber(value, INT32_MIN, INT32_MAX));
 }
 
 formats::BootSlotText slotText(const BootSetting &setting, const std::string &value) {
@@ -125,6 +130,12 @@ const BootSetting &bootSetting(const std::string &name) {
         known += (known.empty() ? "" : "|") + std::string(setting.name);
     }
     language::refuse(name, "is none of " + known);
+}
+
+std::vector<std::string> bootValueWords(const BootSetting &setting) {
+    uint32_t ignored = 0;
+    return &setting == kPassword ? std::vector<std::string>{"-"}
+                                 : wordParser(setting, ignored).offers().words;
 }
 
 std::string checkBootValue(const BootSetting &setting, const std::string &value) {

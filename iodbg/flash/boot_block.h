@@ -9,6 +9,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace iodbg {
 
@@ -27,6 +28,9 @@ extern const BootSetting &kBootPassword;
 
 /** The setting of a name; throws language::Refused for others. */
 const BootSetting &bootSetting(const std::string &name);
+
+/** The values that a setting can have, where they are few. */
+std::vector<std::string> bootValueWords(const BootSetting &setting);
 
 /** The value in the setting's own form; throws Failure for one that it cannot have. */
 std::string checkBootValue(const BootSetting &setting, const std::string &value);

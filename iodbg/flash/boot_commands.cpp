@@ -191,6 +191,11 @@ Parser settingName(const BootSetting *&target) {
                     [&target](const std::string &word) { target = &bootSetting(word); });
 }
 
+/** The values of the setting that stands before them. */
+std::vector<std::string> offeredValues(const std::vector<std::string> &arguments) {
+    return bootValueWords(bootSetting(arguments.at(0)));
+}
+
 void addGet(Command &boot) {
     const auto arguments = std::make_shared<GetArguments>();
     Command &command = boot.command("get", "Show the settings, or one of them");
@@ -211,7 +216,7 @@ void addSet(Command &boot) {
                      "mode 0|1; flag: a number; baudrate 9600|19200|38400|57600|115200; "
                      "console-password, user-password on|off; password - (asked for, or from "
                      "standard input)",
-                     text(arguments->value));
+                     {text(arguments->value), {{}, Offers::Files::None, offeredValues}});
     command.option("--backup", "FILE",
                    "Save the block first, the password included, - is standard output; 'mtd write "
                    "mtd4 FILE' restores it",

@@ -83,6 +83,8 @@ TEST_F(CompletionTest, OffersWhatTheProgramsTakeThere) {
         {{"iodbg", "mtd", "read", "mtd1"}, {"mtd12", "mtd14"}},
         {{"iodbg", "upgrade", "os", "x", "--bank", ""}, {"0", "1"}},
         {{"iodbg", "boot", "get", "b"}, {"baudrate"}},
+        {{"iodbg", "boot", "set", "baudrate", "1"}, {"115200", "19200"}},
+        {{"iodbg", "boot", "set", "speed", ""}, {}},
         {{"vboard", "create", "--time", ""}, {"real", "virtual"}},
         {{"vboard", "fault", board(), "add", "--device", "mtd"},
          {"mtd0", "mtd12", "mtd14", "mtd4"}},

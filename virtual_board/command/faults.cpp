@@ -3,6 +3,7 @@
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/open_board.h"
 #include "virtual_board/command/words.h"
+#include "virtual_board/words/fault_words.h"
 #include "virtual_board/words/values.h"
 
 #include <cstdio>
@@ -52,21 +53,38 @@ Offers numbersOfRules() {
             }};
 }
 
+template <typename Value, size_t count>
+Offers offersOf(const vb::FaultWord<Value> (&list)[count],
+                Offers::Files files = Offers::Files::None) {
+    Offers offers = {{}, files, nullptr};
+    for (const auto &word : list)
+        offers.words.emplace_back(word.text);
+    return offers;
+}
+
+/** "no-answer", "refuse=" */
+Offers offeredEffects() {
+    Offers offers;
+    for (const auto &word : vb::kFaultEffects) {
+        vb::FaultRule rule{};
+        rule.effect = word.value;
+        const std::string text = vb::effectText(rule);
+        const size_t equals = text.find('=');
+        offers.words.push_back(equals == std::string::npos ? text : text.substr(0, equals + 1));
+    }
+    return offers;
+}
+
 constexpr char kEffectHelp[] =
     "refuse=RESULT|open-fails=ERRNO|ioctl-fails=ERRNO|short=BYTES|corrupt=INDEX:MASK|no-answer; "
     "poe: late-answer=READ|wrong-echo|wrong-checksum|bad-port=PORT (from 0)|power-loss|no-effect; "
     "flash: fails=ERRNO|power-cut=BYTES (also of writes of files); console: fails=ERRNO";
-constexpr char kEffects[] =
-    "refuse=|open-fails=|ioctl-fails=|short=|corrupt=|no-answer|late-answer=|wrong-echo|"
-    "wrong-checksum|bad-port=|power-loss|no-effect|fails=|power-cut=";
 constexpr char kDeviceHelp[] =
     "cpld|gpio|i2c|i2c:BUS.CHANNEL.DEVICE|poe|mtd0|mtd4|mtd12|mtd14|console, or the path of a file "
     "of the board";
-constexpr char kDevices[] = "cpld|gpio|i2c|poe|mtd0|mtd4|mtd12|mtd14|console";
 constexpr char kOperationHelp[] =
     "any|open|read|write (poe: a frame; console: its speed)|reset (poe)|upgrade (cpld)|map "
     "(/dev/mem); flash: read|program|erase|change (program or erase)|info (the geometry)";
-constexpr char kOperations[] = "any|open|read|write|reset|upgrade|map|program|erase|change|info";
 
 constexpr char kEffectDetails[] =
     "'refuse': the driver answers RESULT and does nothing, of CPLD, GPIO and I2C.\n"
@@ -92,9 +110,10 @@ struct FaultArguments {
 void defineFaultAdd(Command &fault, const std::shared_ptr<FaultArguments> &arguments) {
     vb::FaultWords *words = &arguments->rule;
     Command &command = fault.command("add", "Add a rule and print its number");
-    command.requiredOption("--device", "DEVICE", kDeviceHelp,
-                           offering(kDevices, text(words->device), Offers::Files::Paths));
-    command.option("--op", "OPERATION", kOperationHelp, offering(kOperations, text(words->op)))
+    command.requiredOption(
+        "--device", "DEVICE", kDeviceHelp,
+        {text(words->device), offersOf(vb::kFaultDevices, Offers::Files::Paths)});
+    command.option("--op", "OPERATION", kOperationHelp, {text(words->op), offersOf(vb::kFaultOps)})
         .usually(words->op);
     command.option("--offset", "N",
                    "Only this register, line, offset inside an I2C device, PoE command, or page or "
@@ -105,10 +124,10 @@ void defineFaultAdd(Command &fault, const std::shared_ptr<FaultArguments> &argum
     command
         .option("--when", "WORD",
                 "once|every|from: once, every n-th, or the n-th and all behind it",
-                offering("once|every|from", text(words->when)))
+                {text(words->when), offersOf(vb::kFaultWhens)})
         .usually(words->when);
     command.requiredOption("--effect", "EFFECT", kEffectHelp,
-                           offering(kEffects, text(words->effect)));
+                           {text(words->effect), offeredEffects()});
     command.detail(kEffectDetails);
     for (const char *line :
          {"--device cpld --op read --offset 1 --effect refuse=-5",
