@@ -116,9 +116,11 @@ void addWatchCommand(Command &root) {
         "--count", "N", "How many rounds (default: until stopped)",
         [watching](const std::string &word) { numberFromOne(watching->count.emplace())(word); });
     command.detail(
-        "What is wrong is the judgement of 'iodbg check'.\nOn a terminal the picture is redrawn in "
-        "place, elsewhere each round is a block of lines that begins with its time.\nThe PoE "
-        "controller takes 200 ms for each answer, so that each round asks for four ports.");
+        "Ctrl-C is its proper end, exit code 0.\n"
+        "What is wrong is the judgement of 'iodbg check'.\n"
+        "On a terminal the picture is redrawn in place, elsewhere each round is a block of lines "
+        "that begins with its time.\n"
+        "The PoE controller takes 200 ms for each answer, so that each round asks for four ports.");
     command.example("iodbg watch").example("iodbg watch --interval 10 --count 6 --json");
     command.does([watching](Console &console) { return watch(console, *watching); });
 }

@@ -3,6 +3,8 @@
 #include "iodbg/commands.h"
 #include "virtual_board/command/tool.h"
 
+#include <exception>
+
 namespace {
 
 using command_line::Command;
@@ -65,6 +67,19 @@ std::string printed(const NamedTool &named, const Words &words) {
     Kept output;
     actionFor(tool, words)(output);
     return output.text();
+}
+
+RefusedAction refusedActionOf(const NamedTool &named, const Words &words) {
+    Tool tool = named.make();
+    Kept output;
+    try {
+        actionFor(tool, words)(output);
+    } catch (const command_line::WrongUsage &refusal) {
+        return {refusal.what(), true};
+    } catch (const std::exception &refusal) {
+        return {refusal.what(), false};
+    }
+    return {"", false};
 }
 
 std::string refusalOf(const NamedTool &named, const Words &words) {

@@ -26,5 +26,12 @@ std::vector<std::string> callOf(const command_line::Command &command);
 /** What an action prints that the words ask for. */
 std::string printed(const NamedTool &named, const std::vector<std::string> &words);
 
+/** Carries out what is refused; why it is, and whether as wrong usage. */
+struct RefusedAction {
+    std::string message;
+    bool isWrongUsage;
+};
+RefusedAction refusedActionOf(const NamedTool &named, const std::vector<std::string> &words);
+
 /** Why words are no command line of a tool; empty when they are one. Nothing is done. */
 std::string refusalOf(const NamedTool &named, const std::vector<std::string> &words);
