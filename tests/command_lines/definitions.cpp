@@ -4,6 +4,7 @@
 #include "virtual_board/command/tool.h"
 
 #include <exception>
+#include <ostream>
 
 namespace {
 
@@ -38,6 +39,10 @@ void addCommands(std::vector<const Command *> &found, Command &command) {
 }
 
 } // namespace
+
+void PrintTo(const NamedTool &tool, std::ostream *stream) {
+    *stream << tool.name;
+}
 
 Tool iodbgTool() {
     static bool isJson = false;

@@ -3,6 +3,7 @@
 
 #include "command_line/line.h"
 
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,9 @@ struct NamedTool {
     std::string name;
     command_line::Tool (*make)();
 };
+
+/** How messages and lists of tests show it. */
+void PrintTo(const NamedTool &tool, std::ostream *stream);
 
 command_line::Tool iodbgTool();
 
