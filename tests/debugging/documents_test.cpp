@@ -1,13 +1,13 @@
 // What the documents show is tried as it stands: commands are carried out in their order, in one
 // folder, and what is shown below one is what it prints. "..." stands for anything.
 
+#include "tests/support/patterns.h"
 #include "tests/support/process.h"
 #include "tests/support/virtual_board_test.h"
 
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <regex>
 
 namespace {
 
@@ -54,28 +54,24 @@ std::vector<Transcript> transcriptsOf(const std::string &document) {
 
 /** What differs from run to run. */
 std::string steady(const std::string &line) {
-    static const std::regex process("^([0-9]+\\.[0-9]{9}) +[0-9]+ |\"pid\":[0-9]+");
-    return std::regex_replace(line, process, "$1 PID ");
+    return replaced(line, "^([0-9]+\\.[0-9]{9}) +[0-9]+ |\"pid\":[0-9]+", "$1 PID ");
 }
 
-bool matches(const std::string &shown, const std::string &printed) {
-    static const std::regex special("[^A-Za-z0-9 ]");
-    static const std::regex anything("\\\\\\.\\\\\\.\\\\\\.");
-    const std::string pattern =
-        std::regex_replace(std::regex_replace(steady(shown), special, "\\$&"), anything, ".*");
-    return std::regex_match(steady(printed), std::regex(pattern));
+bool isAsShown(const std::string &shown, const std::string &printed) {
+    const std::string quoted = replaced(steady(shown), "[^A-Za-z0-9 ]", "\\$&");
+    return matches(steady(printed), replaced(quoted, "\\\\\\.\\\\\\.\\\\\\.", ".*"));
 }
 
 /** Whether lines are as shown; a line "..." stands for any number of them. */
-bool matches(const std::string *shown, const std::string *shownEnd, const std::string *printed,
-             const std::string *printedEnd) {
+bool areAsShown(const std::string *shown, const std::string *shownEnd, const std::string *printed,
+                const std::string *printedEnd) {
     if (shown == shownEnd)
         return printed == printedEnd;
     if (*shown == "...")
-        return matches(shown + 1, shownEnd, printed, printedEnd) ||
-               (printed != printedEnd && matches(shown, shownEnd, printed + 1, printedEnd));
-    return printed != printedEnd && matches(*shown, *printed) &&
-           matches(shown + 1, shownEnd, printed + 1, printedEnd);
+        return areAsShown(shown + 1, shownEnd, printed, printedEnd) ||
+               (printed != printedEnd && areAsShown(shown, shownEnd, printed + 1, printedEnd));
+    return printed != printedEnd && isAsShown(*shown, *printed) &&
+           areAsShown(shown + 1, shownEnd, printed + 1, printedEnd);
 }
 
 class DocumentsTest : public ::testing::TestWithParam<const char *> {
@@ -118,8 +114,8 @@ class DocumentsTest : public ::testing::TestWithParam<const char *> {
     static void expectShown(const Command &command, const ProcessResult &result) {
         const Words printed = linesOf(result.out);
         const bool isShown =
-            matches(command.shown.data(), command.shown.data() + command.shown.size(),
-                    printed.data(), printed.data() + printed.size());
+            areAsShown(command.shown.data(), command.shown.data() + command.shown.size(),
+                       printed.data(), printed.data() + printed.size());
         EXPECT_TRUE(isShown) << "$ " << command.text << "\n" << result.out;
         if (command.shown.empty()) {
             EXPECT_EQ(result.exitCode, 0) << command.text;
@@ -146,8 +142,7 @@ INSTANTIATE_TEST_SUITE_P(, DocumentsTest,
                          ::testing::Values("debugging-and-ci.md", "virtual-board.md"),
                          [](const auto &document) {
                              const std::string name = document.param;
-                             return std::regex_replace(name.substr(0, name.find('.')),
-                                                       std::regex("-"), "_");
+                             return replaced(name.substr(0, name.find('.')), "-", "_");
                          });
 
 } // namespace

@@ -4,13 +4,13 @@
 #include "iodbg/chassis/thresholds.h"
 #include "iodbg/core/finding_codes.h"
 #include "tests/iodbg/iodbg_test.h"
+#include "tests/support/patterns.h"
 #include "tests/support/world.h"
 #include "virtual_board/words/fault_text.h"
 
 #include <cerrno>
 #include <filesystem>
 #include <nlohmann/json.hpp>
-#include <regex>
 #include <sys/stat.h>
 
 namespace {
@@ -434,10 +434,9 @@ using CheckDocumentTest = IodbgTest;
 
 /** The words in backquotes of a text, in their order. */
 Words quotedIn(const std::string &text) {
-    const std::regex quoted("`([^`]*)`");
     Words words;
-    for (std::sregex_iterator word(text.begin(), text.end(), quoted), end; word != end; ++word)
-        words.push_back((*word)[1]);
+    for (const Words &word : matchesIn(text, "`([^`]*)`"))
+        words.push_back(word[1]);
     return words;
 }
 
@@ -447,7 +446,7 @@ TEST_F(CheckDocumentTest, NamesTheKeysOfTheAnswer) {
     ASSERT_NE(at, std::string::npos);
     const size_t keysAt = text.find(" | ", at) + 3;
     const std::string row = text.substr(keysAt, text.find('\n', keysAt) - keysAt);
-    const Words documented = quotedIn(std::regex_replace(row, std::regex("\\([^)]*\\)"), ""));
+    const Words documented = quotedIn(replaced(row, "\\([^)]*\\)", ""));
 
     const std::string answer = json({"check"});
     Words keys = jsonKeys(answer, "");

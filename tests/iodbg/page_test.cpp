@@ -1,10 +1,10 @@
 // Answers for people on 80 columns, on boards that are full of things.
 
 #include "tests/iodbg/iodbg_test.h"
+#include "tests/support/patterns.h"
 #include "tests/support/world.h"
 
 #include <cstring>
-#include <regex>
 
 namespace {
 
@@ -96,7 +96,7 @@ TEST_F(PageTest, WideColumnsStandBelow) {
     Words heads;
     for (const std::string &line : linesOf(shown)) {
         if (line.starts_with("QUANTITY "))
-            heads.push_back(std::regex_replace(line, std::regex("  +"), "|"));
+            heads.push_back(replaced(line, "  +", "|"));
     }
     EXPECT_EQ(heads, (Words{"QUANTITY|VALUE|JUDGEMENT|LOW ALARM",
                             "QUANTITY|LOW WARNING|HIGH WARNING", "QUANTITY|HIGH ALARM"}))

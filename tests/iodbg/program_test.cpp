@@ -1,9 +1,8 @@
 // What holds for the whole of iodbg: help, version, JSON errors, and that reading changes nothing.
 
 #include "tests/iodbg/iodbg_test.h"
+#include "tests/support/patterns.h"
 #include "tests/support/world.h"
-
-#include <regex>
 
 namespace {
 
@@ -96,16 +95,15 @@ TEST_F(ProgramTest, EveryStatusOfTheHeaderIsExplained) {
     ASSERT_NE(start, std::string::npos);
     const std::string body = header.substr(start, header.find("};", start) - start);
 
-    const std::regex definition(R"((BSP_[A-Z_]+)\s*=\s*(-?\d+))");
     const std::string answer = json({"status"});
     size_t count = 0;
-    for (std::sregex_iterator match(body.begin(), body.end(), definition), end; match != end;
-         ++match, ++count) {
+    for (const Words &match : matchesIn(body, R"((BSP_[A-Z_]+)\s*=\s*(-?\d+))")) {
         const std::string row = "/statuses/" + std::to_string(count);
-        EXPECT_EQ(jsonAt(answer, row + "/status_name"), "\"" + (*match)[1].str() + "\"");
-        EXPECT_EQ(jsonAt(answer, row + "/status"), (*match)[2].str());
+        EXPECT_EQ(jsonAt(answer, row + "/status_name"), "\"" + match[1] + "\"");
+        EXPECT_EQ(jsonAt(answer, row + "/status"), match[2]);
         EXPECT_GT(jsonAt(answer, row + "/meaning").size(), 2u);
         EXPECT_GT(jsonAt(answer, row + "/next").size(), 2u);
+        ++count;
     }
     EXPECT_GT(count, 20u);
     EXPECT_EQ(jsonKeys(answer, "/statuses").size(), count);

@@ -1,11 +1,11 @@
 // iodbg show.
 
 #include "tests/iodbg/iodbg_test.h"
+#include "tests/support/patterns.h"
 #include "tests/support/world.h"
 #include "virtual_board/board/circuits.h"
 
 #include <cerrno>
-#include <regex>
 
 namespace {
 
@@ -15,7 +15,7 @@ using ShowTest = IodbgTest;
 
 /** The lines that depend on the host's clock. */
 std::string withoutSystemTime(const std::string &text) {
-    return std::regex_replace(text, std::regex("  (System clock|Difference).*\n"), "");
+    return replaced(text, "  (System clock|Difference).*\n", "");
 }
 
 TEST_F(ShowTest, PrintsTheBoardForPeople) {

@@ -1,12 +1,12 @@
 // iodbg upgrade.
 
 #include "tests/iodbg/flash_commands_test.h"
+#include "tests/support/patterns.h"
 #include "virtual_board/os/seam.h"
 
 #include <filesystem>
 #include <functional>
 #include <poll.h>
-#include <regex>
 
 namespace {
 
@@ -52,7 +52,7 @@ TEST_F(UpgradeCommandsTest, WritesAnImageAndComparesIt) {
     const ProcessResult result = upgradeOs(file);
     EXPECT_EQ(result.exitCode, 0);
     const std::string shown = // where the path leaves no room, the text goes on in the next line
-        std::regex_replace(result.out, std::regex("\n {29}"), " ");
+        replaced(result.out, "\n {29}", " ");
     EXPECT_EQ(shown, "Size, bytes                  300000\n"
                      "Replaces                     Image of bank 0, /dev/mtd12\n"
                      "Now                          empty\n"

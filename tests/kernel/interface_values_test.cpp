@@ -2,13 +2,13 @@
 // and files hold them.
 
 #include "bsp.h"
+#include "tests/support/patterns.h"
 
 #include <gtest/gtest.h>
 
 #include <cstddef>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <set>
 #include <string>
 
@@ -25,9 +25,8 @@ std::set<std::string> numberNames() {
     std::set<std::string> names;
     for (const char *pattern :
          {"\n    (BSP_\\w+)( =[ \n]|,| +/\\*\\*<)", "#define (BSP_(?!VERSION)\\w+) +[-(0-9I]"}) {
-        const std::regex line(pattern);
-        for (std::sregex_iterator it(header.begin(), header.end(), line), end; it != end; ++it)
-            names.insert((*it)[1]);
+        for (const std::vector<std::string> &match : matchesIn(header, pattern))
+            names.insert(match[1]);
     }
     return names;
 }
@@ -302,7 +301,7 @@ TEST(InterfaceValuesTest, EachNameIsPinnedByATest) {
     const std::set<std::string> names = numberNames();
     EXPECT_GT(names.size(), 200u);
     for (const std::string &name : names)
-        EXPECT_TRUE(std::regex_search(tests, std::regex("\\b" + name + "\\b"))) << name;
+        EXPECT_TRUE(hasMatch(tests, "\\b" + name + "\\b")) << name;
 }
 
 } // namespace

@@ -1,12 +1,12 @@
 // The numbers behind the names of status and request codes: programs compare them as numbers.
 
 #include "bsp.h"
+#include "tests/support/patterns.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <string>
 
 namespace {
@@ -23,7 +23,7 @@ std::string documentedStatuses() {
 
 /** Everything between single spaces. */
 std::string unwrapped(const std::string &text) {
-    return std::regex_replace(text, std::regex("[ \n*]+"), " ");
+    return replaced(text, "[ \n*]+", " ");
 }
 
 TEST(StatusCodesTest, HaveTheirNumbers) {
@@ -64,13 +64,13 @@ TEST(StatusCodesTest, HaveTheirNumbers) {
 
 TEST(StatusCodesTest, AreInWordsWhatTheHeaderSays) {
     const std::string statuses = documentedStatuses();
-    const std::regex line(R"((BSP_\w+) =\s+(-?\d+),?\s+/\*\*<([^/]+)\*/)");
+    const char *line = R"((BSP_\w+) =\s+(-?\d+),?\s+/\*\*<([^/]+)\*/)";
     int documented = 0;
-    for (std::sregex_iterator it(statuses.begin(), statuses.end(), line), end; it != end; ++it) {
-        SCOPED_TRACE((*it)[1]);
-        const BspStatusText *text = bspStatusText(std::stoi((*it)[2]));
-        EXPECT_EQ(text->name, (*it)[1].str());
-        EXPECT_EQ(" " + std::string(text->meaning) + " ", unwrapped((*it)[3]));
+    for (const std::vector<std::string> &match : matchesIn(statuses, line)) {
+        SCOPED_TRACE(match[1]);
+        const BspStatusText *text = bspStatusText(std::stoi(match[2]));
+        EXPECT_EQ(text->name, match[1]);
+        EXPECT_EQ(" " + std::string(text->meaning) + " ", unwrapped(match[3]));
         ++documented;
     }
     EXPECT_EQ(documented, 27);

@@ -1,8 +1,8 @@
 #include "tests/support/answer.h"
+#include "tests/support/patterns.h"
 
 #include <cstdio>
 #include <ostream>
-#include <regex>
 #include <stdexcept>
 #include <unistd.h>
 
@@ -32,10 +32,9 @@ std::ostream &operator<<(std::ostream &stream, const Answer &answer) {
 
 Answer answerOf(const std::function<int32_t()> &call) {
     // "function-12" and "function(12)"
-    static const std::regex lineNumber(R"((bsp\w*|rtl8239\w*)(-|\()\d+)");
     Answer answer{};
     const std::string printed = printedBy([&] { answer.status = call(); });
-    answer.printed = std::regex_replace(printed, lineNumber, "$1$2#");
+    answer.printed = replaced(printed, R"((bsp\w*|rtl8239\w*)(-|\()\d+)", "$1$2#");
     return answer;
 }
 

@@ -1,6 +1,7 @@
 #include "tests/support/process.h"
 
 #include "tests/support/host_clock.h"
+#include "tests/support/patterns.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -11,7 +12,6 @@
 #include <mutex>
 #include <poll.h>
 #include <pty.h>
-#include <regex>
 #include <spawn.h>
 #include <sstream>
 #include <stdexcept>
@@ -214,7 +214,7 @@ std::string runOnTerminal(const std::vector<std::string> &argv, const Environmen
 }
 
 std::string withoutEscapes(const std::string &text) {
-    return std::regex_replace(text, std::regex("\x1b\\[[0-9;]*[A-Za-z]|\r"), "");
+    return replaced(text, "\x1b\\[[0-9;]*[A-Za-z]|\r", "");
 }
 
 ProcessResult runOnBoard(const std::string &boardFolder, const std::vector<std::string> &argv,
