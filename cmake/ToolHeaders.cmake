@@ -17,7 +17,12 @@ target_include_directories(bsp_tool_headers SYSTEM INTERFACE ${links})
 # Most of the time of compiling a source of a tool goes into these, so they are compiled once. The
 # configuration that clang-tidy looks at has none of them: there each source stands alone, with the
 # headers that it names itself.
+# A target that has the flags of another one takes its headers.
 function(bsp_precompile_tool_headers target)
+  if(ARGC GREATER 1)
+    target_precompile_headers(${target} REUSE_FROM ${ARGV1})
+    return()
+  endif()
   target_precompile_headers(${target} PRIVATE
     <algorithm> <functional> <map> <memory> <optional> <span> <string> <vector>)
 endfunction()

@@ -4,13 +4,13 @@
 #include "iodbg/chassis/thresholds.h"
 #include "iodbg/core/finding_codes.h"
 #include "tests/iodbg/iodbg_test.h"
+#include "tests/support/json.h"
 #include "tests/support/patterns.h"
 #include "tests/support/world.h"
 #include "virtual_board/words/fault_text.h"
 
 #include <cerrno>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <sys/stat.h>
 
 namespace {
@@ -61,7 +61,7 @@ void expectOrder(const Json &finding) {
 }
 
 Lines CheckCausesTest::causes(int exitCode) const {
-    answer_ = Json::parse(json({"check"}, exitCode));
+    answer_ = parsedInOrder(json({"check"}, exitCode));
     Lines lines;
     int64_t faults = 0;
     int64_t notJudged = 0;

@@ -1,10 +1,10 @@
 // iodbg check: each thing that can be wrong, and what is said of it.
 
 #include "tests/iodbg/iodbg_test.h"
+#include "tests/support/json.h"
 #include "tests/support/world.h"
 
 #include <cerrno>
-#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 namespace {
@@ -17,7 +17,7 @@ class CheckCommandTest : public IodbgTest {
     static void passSeconds(unsigned seconds) { sleep(seconds); }
     /** "VERDICT FOUND" of a subject; the exit code must be this one. */
     std::string verdictOn(const std::string &subject, int exitCode) const {
-        const auto answer = nlohmann::json::parse(json({"check"}, exitCode));
+        const auto answer = parsedJson(json({"check"}, exitCode));
         for (const auto &finding : answer["findings"]) {
             if (finding["subject"] == subject)
                 return finding["verdict"].get<std::string>() + " " +

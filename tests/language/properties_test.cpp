@@ -5,10 +5,10 @@
 #include "language/property_table.h"
 #include "language/property_values.h"
 #include "language/refused.h"
+#include <nlohmann/json.hpp>
 
 #include <functional>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <set>
 
 namespace {

@@ -3,9 +3,8 @@
 // and through `vboard`, which is their hands. Nothing here looks at the board in any other way.
 
 #include "tests/iodbg/iodbg_test.h"
+#include "tests/support/json.h"
 #include "tests/virtual_board/command_test.h"
-
-#include <nlohmann/json.hpp>
 
 using Json = nlohmann::ordered_json;
 

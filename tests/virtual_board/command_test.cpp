@@ -3,12 +3,12 @@
 #include "tests/virtual_board/command_test.h"
 
 #include "language/properties.h"
+#include "tests/support/json.h"
 #include "tests/support/patterns.h"
 
 #include <algorithm>
 #include <csignal>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -85,7 +85,7 @@ TEST_F(CommandTest, ARuleForAPathOfAnyBytesIsListed) {
     vboard({"fault", board(), "add", "--device", "/tmp/bsp/\xFF", "--op", "open", "--effect",
             "open-fails=EIO"});
     EXPECT_NE(vboard({"fault", board(), "list"}).find("/tmp/bsp/\xFF "), std::string::npos);
-    const json list = json::parse(vboard({"fault", board(), "list", "--json"}));
+    const json list = parsedJson(vboard({"fault", board(), "list", "--json"}));
     EXPECT_EQ(list.at(0)["device"], "/tmp/bsp/\xEF\xBF\xBD"); // the replacement character
 }
 
@@ -96,7 +96,7 @@ TEST_F(CommandTest, PrintsItsVersion) {
 TEST_F(CommandTest, CreateTakesTheIdentityFromItsOptions) {
     vboard({"create", "--model", "265", "--serial", "SN42", "--mac", "02:00:00:00:00:09",
             "--cmdline", "quiet bootver=7.7.7", path("other")});
-    const json all = json::parse(vboard({"get", path("other"), "--json"}));
+    const json all = parsedJson(vboard({"get", path("other"), "--json"}));
     EXPECT_EQ(all["model"], "0x0109");
     EXPECT_EQ(all["time"], "real");
     EXPECT_EQ(all["identity.serial"], "SN42");
@@ -120,9 +120,9 @@ TEST_F(CommandTest, ListModels) {
     const std::string text = vboard({"list-models"});
     EXPECT_EQ(linesOf(text).size(), 14u);
     EXPECT_NE(text.find("0x0709  48 PoE ports"), std::string::npos);
-    const json list = json::parse(vboard({"list-models", "--json"}));
+    const json list = parsedJson(vboard({"list-models", "--json"}));
     ASSERT_EQ(list.size(), 14u);
-    EXPECT_EQ(list[5], json::parse(R"({"model": "0x0709", "poe_ports": 48, "supply_eeproms": true,
+    EXPECT_EQ(list[5], parsedJson(R"({"model": "0x0709", "poe_ports": 48, "supply_eeproms": true,
                                        "description": "48 PoE ports, 6 SFP uplinks, 2 fans"})"));
 }
 
@@ -184,10 +184,10 @@ TEST_F(FourFansTest, LinesThatSeveralThingsShareAreMarked) {
     EXPECT_EQ(named.out, "yes\n2400\n");
     EXPECT_EQ(named.err,
               "fan.3.present: one line with fan 4 and supply 2: it shows what changed last\n");
-    EXPECT_EQ(json::parse(vboard({"get", board(), "fan.3.present", "fan.3.speed", "--json"})),
-              json::parse(R"({"fan.3.present": "yes", "fan.3.speed": 2400,
+    EXPECT_EQ(parsedJson(vboard({"get", board(), "fan.3.present", "fan.3.speed", "--json"})),
+              parsedJson(R"({"fan.3.present": "yes", "fan.3.speed": 2400,
                               "fan.3.present.note": "one line with fan 4 and supply 2: it shows )"
-                          R"(what changed last"})"));
+                         R"(what changed last"})"));
 }
 
 TEST_F(CommandTest, WatchingEndsWithItsBoard) {
@@ -301,19 +301,19 @@ TEST_F(CommandTest, CtrlCIsTheProperEndOfWhatGoesOn) {
 
 TEST_F(CommandTest, GetShowsTheNamedPropertiesOrAll) {
     EXPECT_EQ(vboard({"get", board(), "cpld.2", "gpio.0"}), "0x1312\n0\n");
-    EXPECT_EQ(json::parse(vboard({"get", board(), "cpld.2", "--json"})),
-              json::parse(R"({"cpld.2": 4882})"));
+    EXPECT_EQ(parsedJson(vboard({"get", board(), "cpld.2", "--json"})),
+              parsedJson(R"({"cpld.2": 4882})"));
     const std::string table = vboard({"get", board()});
     EXPECT_NE(table.find("model                  0x0709\n"), std::string::npos);
     EXPECT_EQ(table.find("cpld.3 "), std::string::npos);
-    const json all = json::parse(vboard({"get", board(), "--json"}));
+    const json all = parsedJson(vboard({"get", board(), "--json"}));
     EXPECT_EQ(all["cpld.3"], 0);
     EXPECT_EQ(all["eeprom.board"].get<std::string>().size(), 2048u);
     expectFailure(1, "there is no property 'colour'", {"get", board(), "cpld.2", "colour"});
 }
 
 TEST_F(CommandTest, PropertiesAreOfTheirTypesInJson) {
-    const json all = json::parse(vboard({"get", board(), "--json"}));
+    const json all = parsedJson(vboard({"get", board(), "--json"}));
     EXPECT_EQ(all["gpio.0"], 0);
     EXPECT_TRUE(all["clock"].is_number());
     EXPECT_EQ(all["supply.1.output-voltage"], 54000);
@@ -330,8 +330,8 @@ TEST_F(CommandTest, GetTakesPatterns) {
               "fan.1.state            good\nfan.2.state            good\n"
               "fan.1.present          yes  (one line with fan 2: it is set while both are there)\n"
               "fan.1.speed            2400\n");
-    EXPECT_EQ(json::parse(vboard({"get", board(), "fan.?.speed", "cpld.1", "--json"})),
-              json::parse(R"({"fan.1.speed": 2400, "fan.2.speed": 2400, "cpld.1": 1801})"));
+    EXPECT_EQ(parsedJson(vboard({"get", board(), "fan.?.speed", "cpld.1", "--json"})),
+              parsedJson(R"({"fan.1.speed": 2400, "fan.2.speed": 2400, "cpld.1": 1801})"));
     expectFailure(1, "no property of model 0x0709 fits 'fan.9.*'", {"get", board(), "fan.9.*"});
 }
 
@@ -359,15 +359,15 @@ TEST_F(CommandTest, PropertiesAreListedForAllModels) {
     EXPECT_EQ(vboard({"properties", "sfp.#.s*"}),
               "sfp.#.state               read, set  all                     "
               "good|tx-fault|dead; A dead module does not answer and receives nothing\n");
-    const json rows = json::parse(vboard({"properties", "poe.*", "--json"}));
+    const json rows = parsedJson(vboard({"properties", "poe.*", "--json"}));
     ASSERT_EQ(rows.size(), 3u);
-    EXPECT_EQ(rows[0], json::parse(R"({
+    EXPECT_EQ(rows[0], parsedJson(R"({
         "name": "poe.controller", "type": "word", "unit": null, "lowest": null, "highest": null,
         "words": ["reset", "application", "loader", "missing"], "settable": true,
         "words_to_set": ["present", "missing"], "untouched": null,
         "models": ["0x0709", "0x0809", "0x8709", "0x8809"],
         "description": "What the PoE controller runs"})"));
-    EXPECT_EQ(json::parse(vboard({"properties", "--json"})).size(), language::properties().size());
+    EXPECT_EQ(parsedJson(vboard({"properties", "--json"})).size(), language::properties().size());
     expectFailure(1, "no property fits 'colour'", {"properties", "colour"});
 }
 
@@ -405,8 +405,8 @@ TEST_F(CommandTest, FaultsAreAddedListedAndCleared) {
               "(matched 1, fired 1)\n"
               "2: --device /tmp/bsp/devId --op open --nth 2 --when once --effect "
               "open-fails=EACCES (matched 1, fired 0)\n");
-    const json list = json::parse(vboard({"fault", board(), "list", "--json"}));
-    EXPECT_EQ(list[0], json::parse(R"({"id": 1, "device": "cpld", "op": "read", "offset": 1,
+    const json list = parsedJson(vboard({"fault", board(), "list", "--json"}));
+    EXPECT_EQ(list[0], parsedJson(R"({"id": 1, "device": "cpld", "op": "read", "offset": 1,
                                        "nth": 1, "when": "from", "effect": "refuse=-5",
                                        "matched": 1, "fired": 1})"));
     EXPECT_EQ(list[1]["offset"], nullptr);
@@ -444,8 +444,8 @@ TEST_F(CommandTest, TraceShowsRequests) {
 
     const Words objects = linesOf(vboard({"trace", board(), "--json", "--clear"}));
     ASSERT_EQ(objects.size(), 2u);
-    EXPECT_EQ(json::parse(objects[0])["path"], "/tmp/bsp/devId");
-    EXPECT_EQ(json::parse(objects[1])["value"], 0x0709);
+    EXPECT_EQ(parsedJson(objects[0])["path"], "/tmp/bsp/devId");
+    EXPECT_EQ(parsedJson(objects[1])["value"], 0x0709);
     EXPECT_EQ(vboard({"trace", board()}), "");
 }
 

@@ -2,13 +2,13 @@
 
 #include "language/trace_json.h"
 #include "language/trace_text.h"
+#include "tests/support/json.h"
 #include "tests/support/virtual_board_test.h"
 #include "virtual_board/board/consistency.h"
 
 #include <cstring>
 #include <fstream>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 namespace {
 

@@ -1,10 +1,9 @@
 // `vboard flash`, `vboard console`, `vboard create --mtd`, and flash and console as properties.
 
+#include "tests/support/json.h"
 #include "tests/virtual_board/command_test.h"
 #include "tests/virtual_board/flash_test.h"
 #include "virtual_board/os/seam.h"
-
-#include <nlohmann/json.hpp>
 
 namespace {
 
@@ -58,9 +57,9 @@ TEST_F(FlashCommandTest, FlashTellsWhatIsStored) {
               std::string::npos)
         << text;
     EXPECT_EQ(text.find("secret"), std::string::npos);
-    const json list = json::parse(vboard({"flash", board(), "--json"}));
+    const json list = parsedJson(vboard({"flash", board(), "--json"}));
     ASSERT_EQ(list.size(), 4u);
-    EXPECT_EQ(list[2], json::parse(R"({"partition": 12, "type": "nand", "size": 42467328,
+    EXPECT_EQ(list[2], parsedJson(R"({"partition": 12, "type": "nand", "size": 42467328,
         "erase_size": 131072, "page_size": 2048, "spare_size": 64,
         "erases": {"min": 0, "max": 1, "total": 1}, "bad_blocks": [7], "write_protected": true,
         "programmed_pages": 3, "holds": ["image", "image header at 0x2700000"]})"));
@@ -146,8 +145,8 @@ TEST_F(FlashCommandTest, ConsoleShowsItsSpeed) {
     EXPECT_EQ(vboard({"console", board()}), "/dev/ttyS0 115200 baud\n");
     vboard({"set", board(), "console.speed", "9600"});
     EXPECT_EQ(vboard({"console", board()}), "/dev/ttyS0 9600 baud\n");
-    EXPECT_EQ(json::parse(vboard({"console", board(), "--json"})),
-              json::parse(R"({"device": "/dev/ttyS0", "speed": 9600})"));
+    EXPECT_EQ(parsedJson(vboard({"console", board(), "--json"})),
+              parsedJson(R"({"device": "/dev/ttyS0", "speed": 9600})"));
     expectFailure(1, "no rate of a serial console", {"set", board(), "console.speed", "9601"});
     EXPECT_EQ(vboard({"get", board(), "console.speed"}), "9600\n");
 }

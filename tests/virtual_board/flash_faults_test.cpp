@@ -1,12 +1,12 @@
 // Faults of flash: refused operations, worn pages, and power cuts at exact bytes.
 
 #include "language/trace_json.h"
+#include "tests/support/json.h"
 #include "tests/virtual_board/flash_test.h"
 #include "virtual_board/os/seam.h"
 
 #include <cerrno>
 #include <csignal>
-#include <nlohmann/json.hpp>
 
 namespace {
 
@@ -221,7 +221,7 @@ TEST_F(FlashFaultsTest, AreRecorded) {
                "MTD erase mtd4 0x0+0x10000 -> fails, errno 5 (Input/output error)"}));
     nlohmann::json object = language::traceJson(cut);
     object.erase("pid");
-    EXPECT_EQ(object, nlohmann::json::parse(R"({"kind": "mtd-write", "partition": 4, "offset": 16,
+    EXPECT_EQ(object, parsedJson(R"({"kind": "mtd-write", "partition": 4, "offset": 16,
                                                 "length": 6, "done": 3, "power_cut": true,
                                                 "errno": 0, "time_ns": 0})"));
 }

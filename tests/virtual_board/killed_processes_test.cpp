@@ -5,6 +5,7 @@
 #include "language/trace_json.h"
 #include "language/trace_text.h"
 #include "tests/support/depth.h"
+#include "tests/support/json.h"
 #include "tests/support/virtual_board_test.h"
 #include "tests/virtual_board/state_uses.h"
 #include "virtual_board/board/consistency.h"
@@ -18,7 +19,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <nlohmann/json.hpp>
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/mman.h>

@@ -3,6 +3,7 @@
 #include "bsp.h"
 #include "language/trace_json.h"
 #include "language/trace_names.h"
+#include "tests/support/json.h"
 #include "tests/support/virtual_board_test.h"
 #include "tests/support/world.h"
 #include "virtual_board/board/i2c_bus.h"
@@ -11,7 +12,6 @@
 
 #include <cerrno>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <unistd.h>
 
 namespace {
@@ -57,14 +57,14 @@ TEST_F(TraceTest, ARecordKeepsNothingOfTheOneItOverwrites) {
 TEST_F(TraceTest, CpldRequestsAsJson) {
     uint16_t value = 0;
     bspCpldGet(2, &value);
-    EXPECT_EQ(last(), json::parse(R"({"kind": "cpld-read", "register": 2, "name": "version",
+    EXPECT_EQ(last(), parsedJson(R"({"kind": "cpld-read", "register": 2, "name": "version",
                                       "value": 4882, "result": 0, "errno": 0})"));
     bspCpldSet(9, 0x1234);
-    EXPECT_EQ(last(), json::parse(R"({"kind": "cpld-write", "register": 9, "name": null,
+    EXPECT_EQ(last(), parsedJson(R"({"kind": "cpld-write", "register": 9, "name": null,
                                       "value": 4660, "ignored_bits": 0, "result": 0,
                                       "errno": 0})"));
     bspCpldSet(12, 0x00FF);
-    EXPECT_EQ(last(), json::parse(R"({"kind": "cpld-write", "register": 12,
+    EXPECT_EQ(last(), parsedJson(R"({"kind": "cpld-write", "register": 12,
                                       "name": "uplink transmitters", "value": 255,
                                       "ignored_bits": 63, "result": 0, "errno": 0})"));
     bspCpldGet(64, &value);
@@ -79,14 +79,14 @@ TEST_F(TraceTest, CpldRequestsAsJson) {
 TEST_F(TraceTest, CpldUpgradesAsJson) {
     writeBoardFile("/tmp/bsp/cpld", "logic");
     bspImageUpgrade(BSP_IMAGE_CPLD, "/tmp/bsp/cpld", 0);
-    EXPECT_EQ(last(), json::parse(R"({"kind": "cpld-upgrade", "path": "/tmp/bsp/cpld", "size": 5,
+    EXPECT_EQ(last(), parsedJson(R"({"kind": "cpld-upgrade", "path": "/tmp/bsp/cpld", "size": 5,
                                       "result": 0, "errno": 0})"));
 }
 
 TEST_F(TraceTest, I2cRequestsAsJson) {
     const uint8_t data[3] = {0x44, 0x00, 0xFF};
     bspI2cWrite(0, 0, 0x51, 0x10, 1, data, 3);
-    EXPECT_EQ(last(), json::parse(R"({"kind": "i2c-write", "bus": 0, "channel": 0, "device": 81,
+    EXPECT_EQ(last(), parsedJson(R"({"kind": "i2c-write", "bus": 0, "channel": 0, "device": 81,
                                       "offset": 16, "length": 3, "name": null, "data": "4400ff",
                                       "result": 0, "errno": 0})"));
     uint8_t byte = 0;
@@ -99,23 +99,23 @@ TEST_F(TraceTest, I2cRequestsAsJson) {
 
 TEST_F(TraceTest, GpioRequestsAsJson) {
     bspGpioDirectionOutput(3, 1);
-    EXPECT_EQ(last(), json::parse(R"({"kind": "gpio-output", "line": 3, "level": 1, "result": 0,
+    EXPECT_EQ(last(), parsedJson(R"({"kind": "gpio-output", "line": 3, "level": 1, "result": 0,
                                       "errno": 0})"));
     uint32_t level = 0;
     bspGpioGetValue(3, &level);
-    EXPECT_EQ(last(), json::parse(R"({"kind": "gpio-read", "line": 3, "level": 1, "result": 0,
+    EXPECT_EQ(last(), parsedJson(R"({"kind": "gpio-read", "line": 3, "level": 1, "result": 0,
                                       "errno": 0})"));
     bspGpioDirectionInput(3);
-    EXPECT_EQ(last(), json::parse(R"({"kind": "gpio-input", "line": 3, "result": 0, "errno": 0})"));
+    EXPECT_EQ(last(), parsedJson(R"({"kind": "gpio-input", "line": 3, "result": 0, "errno": 0})"));
 }
 
 TEST_F(TraceTest, MdioCommandsAsJson) {
     EXPECT_EQ(bsp_smi_write(0, 3, 0, 31, 0xABCD), BSP_OK);
-    EXPECT_EQ(last(), json::parse(R"({"kind": "mdio-write", "first": 3, "second": 31,
+    EXPECT_EQ(last(), parsedJson(R"({"kind": "mdio-write", "first": 3, "second": 31,
                                       "value": 43981, "errno": 0})"));
     uint32_t value = 0;
     EXPECT_EQ(bsp_smi_read(0, 3, 0, 31, &value), BSP_OK);
-    EXPECT_EQ(last(), json::parse(R"({"kind": "mdio-read", "first": 3, "second": 31,
+    EXPECT_EQ(last(), parsedJson(R"({"kind": "mdio-read", "first": 3, "second": 31,
                                       "value": 43981, "errno": 0})"));
     world::set("mdio.state", "error");
     EXPECT_EQ(bsp_smi_read(0, 31, 0, 2, &value), BSP_E_FAILED);

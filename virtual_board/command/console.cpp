@@ -1,12 +1,12 @@
 // `vboard console`.
 
 #include "virtual_board/command/commands.h"
+#include "virtual_board/command/json.h"
 #include "virtual_board/command/open_board.h"
 #include "virtual_board/command/words.h"
 
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 namespace vboard {
 
@@ -35,9 +35,7 @@ void showConsole(const std::string &folder, bool asJson) {
     const LockedBoard board(folder);
     const uint32_t speed = board->devices.console.speed;
     if (asJson)
-        std::printf("%s\n", nlohmann::ordered_json({{"device", vb::kConsolePath}, {"speed", speed}})
-                                .dump(2)
-                                .c_str());
+        printJson(nlohmann::ordered_json{{"device", vb::kConsolePath}, {"speed", speed}});
     else
         std::printf("%s %u baud\n", vb::kConsolePath, speed);
 }

@@ -1,6 +1,7 @@
 // `vboard fault`.
 
 #include "virtual_board/command/commands.h"
+#include "virtual_board/command/json.h"
 #include "virtual_board/command/open_board.h"
 #include "virtual_board/command/words.h"
 #include "virtual_board/words/fault_words.h"
@@ -8,7 +9,6 @@
 
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 namespace vboard {
 
@@ -192,8 +192,7 @@ void listFaults(const std::string &folder, bool asJson) {
     }
     if (asJson)
         // A path may hold any byte.
-        std::printf("%s\n",
-                    list.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+        printJson(list);
 }
 
 void clearFaults(const std::string &folder, const std::vector<std::string> &ids) {

@@ -3,13 +3,13 @@
 #include "virtual_board/words/flash_text.h"
 
 #include "virtual_board/command/commands.h"
+#include "virtual_board/command/json.h"
 #include "virtual_board/command/open_board.h"
 #include "virtual_board/command/words.h"
 #include "virtual_board/words/values.h"
 
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 namespace vboard {
 
@@ -101,7 +101,7 @@ void showFlash(const std::string &folder, bool asJson) {
             printSummary(summary);
     }
     if (asJson)
-        std::printf("%s\n", list.dump(2).c_str());
+        printJson(list);
 }
 
 void markBadBlock(const std::string &folder, const std::string &partition,

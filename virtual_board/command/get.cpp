@@ -1,6 +1,7 @@
 // `vboard get`.
 
 #include "virtual_board/command/commands.h"
+#include "virtual_board/command/json.h"
 #include "virtual_board/command/open_board.h"
 #include "virtual_board/command/words.h"
 #include "virtual_board/words/values.h"
@@ -9,7 +10,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 namespace vboard {
 
@@ -45,15 +45,14 @@ Properties selected(const std::string &folder, const std::vector<std::string> &n
     return found;
 }
 
-void printJson(const Properties &properties) {
+void printObject(const Properties &properties) {
     Json object = Json::object();
     for (const vb::Property &property : properties) {
         object[property.name] = language::valueJson(*property.type, property.content);
         if (!property.note.empty())
             object[property.name + ".note"] = property.note;
     }
-    // A command line that another program wrote may hold any byte.
-    std::printf("%s\n", object.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+    printJson(object);
 }
 
 void printLine(const vb::Property &property, size_t mostCharacters) {
@@ -120,7 +119,7 @@ void addGet(Command &root) {
 void getProperties(const std::string &folder, const std::vector<std::string> &names, bool asJson) {
     const Properties found = selected(folder, names);
     if (asJson)
-        printJson(found);
+        printObject(found);
     else if (names.empty())
         printTable(found);
     else if (!hasPattern(names))

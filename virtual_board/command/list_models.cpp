@@ -2,12 +2,12 @@
 
 #include "virtual_board/board/models.h"
 #include "virtual_board/command/commands.h"
+#include "virtual_board/command/json.h"
 #include "virtual_board/command/words.h"
 #include "virtual_board/words/values.h"
 
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 namespace vboard {
 
@@ -26,7 +26,7 @@ void listModels(bool asJson) {
             std::printf("%s  %s\n", devId.c_str(), model.description);
     }
     if (asJson)
-        std::printf("%s\n", list.dump(2).c_str());
+        printJson(list);
 }
 
 void defineListModels(Command &command) {

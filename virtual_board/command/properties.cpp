@@ -1,6 +1,7 @@
 // `vboard properties`: what boards of all models have.
 
 #include "virtual_board/command/commands.h"
+#include "virtual_board/command/json.h"
 #include "virtual_board/command/words.h"
 #include "virtual_board/words/equipment.h"
 #include "virtual_board/words/values.h"
@@ -9,7 +10,6 @@
 #include <cstdio>
 #include <fnmatch.h>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 namespace vboard {
 
@@ -94,7 +94,7 @@ void listProperties(const std::string &pattern, bool asJson) {
             printRow(*property);
     }
     if (asJson)
-        std::printf("%s\n", list.dump(2).c_str());
+        printJson(list);
 }
 
 void defineProperties(Command &command) {

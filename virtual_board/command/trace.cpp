@@ -4,6 +4,7 @@
 #include "language/trace_text.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/interrupt.h"
+#include "virtual_board/command/json.h"
 #include "virtual_board/command/open_board.h"
 #include "virtual_board/command/words.h"
 #include "virtual_board/words/values.h"
@@ -11,7 +12,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 namespace vboard {
 
@@ -45,9 +45,7 @@ Excerpt excerptFrom(const vb::TraceRing &ring, uint64_t number, uint32_t limit) 
 
 void print(const vb::TraceRecord &record, bool asJson) {
     if (asJson)
-        std::printf("%s\n", language::traceJson(record)
-                                .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)
-                                .c_str());
+        printJsonLine(language::traceJson(record));
     else
         std::printf("%s %d %s\n", vb::secondsText(record.timeNs).c_str(), record.pid,
                     language::traceText(record).c_str());
