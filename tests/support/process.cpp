@@ -8,8 +8,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <map>
-#include <mutex>
 #include <poll.h>
 #include <pty.h>
 #include <spawn.h>
@@ -234,12 +232,15 @@ static Environment printedEnvironment(const std::string &boardFolder) {
 }
 
 Environment boardEnvironment(const std::string &boardFolder) {
-    static std::mutex mutex;
-    static std::map<std::string, Environment> known; // it is asked for with every program
-    const std::lock_guard lock(mutex);
-    Environment &environment = known[boardFolder];
-    if (environment.empty())
-        environment = printedEnvironment(boardFolder);
+    // It is asked for with every test, and differs between boards in their folders alone.
+    static const std::string firstFolder = boardFolder;
+    static const Environment first = printedEnvironment(boardFolder);
+    Environment environment = first;
+    for (std::string &variable : environment) {
+        const size_t place = variable.find(firstFolder);
+        if (place != std::string::npos)
+            variable.replace(place, firstFolder.size(), boardFolder);
+    }
     return environment;
 }
 
