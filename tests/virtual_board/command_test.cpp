@@ -349,6 +349,12 @@ TEST_F(CommandTest, SetChangesSeveralAtOnceOrNone) {
     EXPECT_EQ(contentOf(board()), before);
 }
 
+TEST_F(CommandTest, WhatAChangeSetsOffIsCounted) {
+    vboard({"fault", board(), "add", "--device", "poe", "--op", "reset", "--effect", "no-answer"});
+    vboard({"set", board(), "power", "cycle"});
+    EXPECT_NE(vboard({"fault", board(), "list"}).find("(matched 1, fired 1)"), std::string::npos);
+}
+
 TEST_F(CommandTest, PropertiesAreListedForAllModels) {
     const std::string all = vboard({"properties"});
     EXPECT_EQ(std::count(all.begin(), all.end(), '\n'),

@@ -253,7 +253,7 @@ TEST_F(CpldInputsTest, LinesThatFansShareWithSuppliesAreToldAsSuch) {
         SCOPED_TRACE(testing::Message() << std::hex << devId);
         useModel(devId);
         const auto note = [](const std::string &name) {
-            return vb::propertyNote(*vb::attachedFolder(), name);
+            return vb::namedProperty(*vb::attachedFolder(), name).note;
         };
         const bool isTold = !note("cpld.30").empty();
         EXPECT_EQ(isTold, model().fans == 4);
@@ -296,12 +296,13 @@ TEST_F(CpldInputsTest, UplinksWithoutWiresForLossAndFaultAreToldAsSuch) {
             EXPECT_EQ(bspLaserPresentGet(port, &isPresent), BSP_OK);
             EXPECT_EQ(bspLaserRxLosGet(port, &isLost), BSP_OK);
             EXPECT_EQ(isPresent, 1u);
-            const std::string note = vb::propertyNote(*vb::attachedFolder(), cage + ".module");
+            const std::string note =
+                vb::namedProperty(*vb::attachedFolder(), cage + ".module").note;
             EXPECT_EQ(isLost, note.empty() ? 0u : 1u) << cage; // light arrives
             EXPECT_EQ(!note.empty(), isTold && port > 32) << cage;
         }
         for (const char *name : {"cpld.8", "cpld.12"})
-            EXPECT_EQ(!vb::propertyNote(*vb::attachedFolder(), name).empty(), isTold) << name;
+            EXPECT_EQ(!vb::namedProperty(*vb::attachedFolder(), name).note.empty(), isTold) << name;
     }
 }
 

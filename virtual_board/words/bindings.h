@@ -24,18 +24,17 @@ struct Deed {
 /** What a property's name leads to. */
 struct PropertyTarget {
     const BoardFolder &folder;
-    Board &state; // the folder's own, or the copy that changes are tried on
     language::PropertyName name;
     std::vector<Deed> *deeds = nullptr; // of changes
 
-    Board &board() const { return state; }
-    Devices &devices() const { return state.devices; }
+    Board &board() const { return *folder.board(); }
+    Devices &devices() const { return board().devices; }
     /** The N of "cpld.N". */
     uint32_t number() const { return name.number; }
     /** The N-th supply. */
     Supply &supply() const { return devices().supply[number() - 1]; }
     /** The board's time. */
-    uint64_t now() const { return clockNow(state.clock, hostNow()); }
+    uint64_t now() const { return clockNow(board().clock, hostNow()); }
 };
 
 using PropertyGetter = language::Value (*)(const PropertyTarget &);

@@ -30,7 +30,7 @@ void bringUpToDate(Board &board) {
 Property read(const BoardFolder &folder, const PropertyName &name) {
     const language::Property &type = *name.property;
     const Binding &binding = bindingOf(type);
-    const PropertyTarget target = {folder, *folder.board(), name};
+    const PropertyTarget target = {folder, name};
     const Value content = binding.get(target);
     const std::string value = valueText(type, content);
     const bool isIdle = type.idle != nullptr && value == type.idle;
@@ -65,6 +65,24 @@ Change judge(const Assignment &assignment, const language::Equipment &equipment)
         return Change{assignment.name, place, parseValue(*place.property, assignment.value)};
     });
 }
+
+/** What changes may change of a board's state. */
+class Snapshot {
+  public:
+    explicit Snapshot(const Board &board)
+        : clock_(board.clock), devices_(board.devices), faults_(board.faults) {}
+
+    void restore(Board &board) const {
+        board.clock = clock_;
+        board.devices = devices_;
+        board.faults = faults_;
+    }
+
+  private:
+    Clock clock_;
+    Devices devices_;
+    FaultTable faults_;
+};
 
 /** Does what is to be done outside of the state: all, or nothing. */
 void carryOut(std::vector<Deed> &deeds) {
@@ -122,12 +140,6 @@ std::string property(const BoardFolder &folder, const std::string &name) {
     return namedProperty(folder, name).value;
 }
 
-std::string propertyNote(const BoardFolder &folder, const std::string &name) {
-    const PropertyName found = resolveName(name, equipmentOf(folder));
-    const Binding &binding = bindingOf(*found.property);
-    return binding.note != nullptr ? binding.note({folder, *folder.board(), found}) : "";
-}
-
 void setProperties(const BoardFolder &folder, const std::vector<Assignment> &assignments) {
     const language::Equipment equipment = equipmentOf(folder);
     std::vector<Change> changes;
@@ -136,19 +148,20 @@ void setProperties(const BoardFolder &folder, const std::vector<Assignment> &ass
         changes.push_back(judge(assignment, equipment));
     Board &board = *folder.board();
     bringUpToDate(board);
-    // Setters refuse what this board cannot have, so they work on a copy.
-    const auto copy = std::make_unique<Board>(board);
-    std::vector<Deed> deeds;
-    for (const Change &change : changes) {
-        language::about(change.name, [&] {
-            bindingOf(*change.place.property)
-                .set({folder, *copy, change.place, &deeds}, change.value);
-        });
-        bringUpToDate(*copy);
+    const auto before = std::make_unique<const Snapshot>(board);
+    try {
+        std::vector<Deed> deeds;
+        for (const Change &change : changes) {
+            language::about(change.name, [&] {
+                bindingOf(*change.place.property).set({folder, change.place, &deeds}, change.value);
+            });
+            bringUpToDate(board);
+        }
+        carryOut(deeds);
+    } catch (...) { // a setter refuses what this board cannot have
+        before->restore(board);
+        throw;
     }
-    carryOut(deeds);
-    board.clock = copy->clock;
-    board.devices = copy->devices;
 }
 
 void setProperty(const BoardFolder &folder, const std::string &name, const std::string &value) {

@@ -41,9 +41,6 @@ bool isPattern(const std::string &word);
 /** The value of a property. */
 std::string property(const BoardFolder &folder, const std::string &name);
 
-/** What else is to be known of a property on this board: which line it shares with others. */
-std::string propertyNote(const BoardFolder &folder, const std::string &name);
-
 struct Assignment {
     std::string name, value;
 };
