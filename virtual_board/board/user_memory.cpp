@@ -39,7 +39,7 @@ bool copy(long transfer, void *own, void *user, char *to, const char *from, size
     const int savedErrno = errno;
     const iovec here = {own, length};
     const iovec there = {user, length};
-    const long count = syscall(transfer, getpid(), &here, 1, &there, 1, 0);
+    const long count = syscall(transfer, getpid(), &here, 1ul, &there, 1ul, 0ul);
     const bool isServed = count >= 0 || errno == EFAULT;
     const bool isCopied =
         isServed ? count == static_cast<long>(length) : copyThroughPipe(to, from, length);
