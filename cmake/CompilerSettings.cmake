@@ -29,7 +29,9 @@ add_library(bsp_all_sanitizers INTERFACE)
 target_link_libraries(bsp_all_sanitizers INTERFACE bsp_sanitizers)
 if(BSP_SANITIZE)
   target_compile_options(bsp_all_sanitizers INTERFACE
-    -fsanitize=undefined -fno-sanitize-recover=all)
+    -fsanitize=undefined -fno-sanitize-recover=all
+    # What Clang needs for it is linked into programs of C++ alone.
+    $<$<CXX_COMPILER_ID:Clang>:-fno-sanitize=function>)
 endif()
 
 add_library(bsp_coverage INTERFACE)
@@ -44,8 +46,9 @@ target_compile_options(bsp_bare INTERFACE
   -fvisibility=hidden -ffunction-sections -fdata-sections)
 
 # Links a shared object of bare code with the C compiler, which brings no C++ run-time library along;
-# a use of one is then an error of the link.
+# a use of one is then an error of the link. What sanitizers put into it is found in the program.
 function(bsp_link_bare target)
   set_target_properties(${target} PROPERTIES LINKER_LANGUAGE C)
-  target_link_options(${target} PRIVATE -Wl,-z,defs -Wl,-z,text -Wl,--gc-sections -Wl,--as-needed)
+  target_link_options(${target} PRIVATE -Wl,-z,text -Wl,--gc-sections -Wl,--as-needed
+                                        $<$<NOT:$<BOOL:${BSP_SANITIZE}>>:-Wl,-z,defs>)
 endfunction()

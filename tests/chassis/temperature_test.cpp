@@ -16,7 +16,8 @@ TEST_F(TemperatureTest, IsTheSensorsSignedByte) {
     constexpr std::pair<uint8_t, int32_t> kCases[] = {
         {0x00, 0}, {0x2A, 42}, {0x7F, 127}, {0x80, -128}, {0xF6, -10}, {0xFF, -1},
     };
-    for (const auto &[byte, degrees] : kCases) {
+    for (const auto &[stored, degrees] : kCases) {
+        const uint8_t byte = stored;
         sensor.bytes[0] = byte;
         int32_t out = 0x5A5A5A5A;
         EXPECT_EQ(answerOf([&] { return bspTemperGet(byte, &out); }), kSilentSuccess);

@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 /** Emulated, other 32-bit and sanitized programs take several times as long. */
-#if defined(__SANITIZE_ADDRESS__) || __SIZEOF_POINTER__ < 8
+#if defined(BSP_TEST_SANITIZED) || __SIZEOF_POINTER__ < 8
 constexpr bool kIsSlowBuild = true;
 #else
 constexpr bool kIsSlowBuild = false;

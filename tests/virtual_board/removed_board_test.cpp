@@ -31,9 +31,11 @@ class RemovedBoardTest : public VirtualBoardTest {
         if (child != 0)
             return child;
         silence();
-        for (uint32_t value = 0; number % 3 == 0; ++value) {
-            bspCpldSet(10, value & 0xFFFF); // it is on the board all along
-            usleep(1);
+        if (number % 3 == 0) {
+            for (uint32_t value = 0;; ++value) {
+                bspCpldSet(10, value & 0xFFFF); // it is on the board all along
+                usleep(1);
+            }
         }
         vb::detachBoard(); // the others come and go
         Random random(number);

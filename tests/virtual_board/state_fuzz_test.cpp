@@ -27,7 +27,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef BSP_TEST_SANITIZED
 /** A damaged length must not make anybody ask for more memory than a board has. */
 extern "C" const char *__asan_default_options();
 extern "C" const char *__asan_default_options() {

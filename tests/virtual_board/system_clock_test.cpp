@@ -73,7 +73,7 @@ class Calls {
     static Calls of(const char *name) {
         Calls calls;
         calls.name = name;
-        calls.seconds = sizeof(typename Api::Seconds);
+        calls.size = sizeof(typename Api::Seconds);
         calls.set = [](clockid_t clock, int64_t seconds, int64_t ns) {
             typename Api::Nanotime time{};
             time.tv_sec = static_cast<decltype(time.tv_sec)>(seconds);
@@ -101,7 +101,7 @@ class Calls {
             const int error = errorOf(Api::getDay(&time));
             return Moment{time.tv_sec, time.tv_usec, error};
         };
-        calls.time = [] {
+        calls.getSeconds = [] {
             typename Api::Seconds stored = kMark;
             errno = 0;
             const typename Api::Seconds now = Api::seconds(&stored);
@@ -116,14 +116,14 @@ class Calls {
     }
 
     const char *name;
-    size_t seconds; // bytes
+    size_t size; // of the seconds, in bytes
     int (*set)(clockid_t clock, int64_t seconds, int64_t ns);
     int (*setNull)();
     Moment (*get)(clockid_t clock);
     int (*setDay)(int64_t seconds, int64_t us, const void *zone);
     int (*setZone)(const void *zone);
     Moment (*getDay)();
-    Moment (*time)();
+    Moment (*getSeconds)();
 
   private:
     static int errorOf(int result) { return result == 0 ? 0 : errno; }
@@ -170,15 +170,15 @@ class SystemClockTest : public VirtualBoardTest {
         expectNow(calls.get(CLOCK_REALTIME), seconds, 1000000000);
         expectNow(calls.get(CLOCK_REALTIME_COARSE), seconds, 1000000000);
         expectNow(calls.getDay(), seconds, 1000000);
-        expectNow(calls.time(), seconds, 1);
+        expectNow(calls.getSeconds(), seconds, 1);
     }
 
     /** No reading can hold the time. */
     static void expectOverflow(const Calls &calls) {
         EXPECT_EQ(calls.get(CLOCK_REALTIME).error, EOVERFLOW);
         EXPECT_EQ(calls.getDay().error, EOVERFLOW);
-        EXPECT_EQ(calls.time().error, EOVERFLOW);
-        EXPECT_EQ(calls.time().seconds, -1);
+        EXPECT_EQ(calls.getSeconds().error, EOVERFLOW);
+        EXPECT_EQ(calls.getSeconds().seconds, -1);
     }
 
     static bool isSet() { return get("system-clock") != "host"; }
@@ -269,7 +269,7 @@ TEST_F(SystemClockTest, Year2051NeedsWideSeconds) {
         expectReadings(wideCalls(), seconds);
         for (const Calls &calls : allCalls()) {
             SCOPED_TRACE(calls.name);
-            if (calls.seconds == 4)
+            if (calls.size == 4)
                 expectOverflow(calls);
         }
     }
@@ -288,7 +288,7 @@ TEST_F(SystemClockTest, RefusesWhatTheKernelDoes) {
     for (const Calls &calls : allCalls()) {
         SCOPED_TRACE(calls.name);
         for (const Refusal &row : kCases) {
-            if (calls.seconds == 4 && row.seconds < INT32_MIN)
+            if (calls.size == 4 && row.seconds < INT32_MIN)
                 continue;
             SCOPED_TRACE(std::to_string(row.seconds) + " " + std::to_string(row.ns));
             EXPECT_EQ(calls.set(CLOCK_REALTIME, row.seconds, row.ns), EINVAL);

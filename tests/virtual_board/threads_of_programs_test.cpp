@@ -148,7 +148,7 @@ TEST_F(ThreadsOfProgramsTest, EndWhileOthersWork) {
 }
 
 // A cancelled thread leaves functions without their ends, which AddressSanitizer takes for errors.
-#ifndef __SANITIZE_ADDRESS__
+#ifndef BSP_TEST_SANITIZED
 
 /** Starts a thread that does one thing for ever, cancels it, and uses the board afterwards. */
 bool endsWhenCancelled(void (*use)(), int type) {
