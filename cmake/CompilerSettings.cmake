@@ -4,6 +4,7 @@
 #   bsp_all_sanitizers  UndefinedBehaviorSanitizer too, where records, registers and frames are taken
 #                   apart; tools and tests would take a third longer to build
 #   bsp_coverage    counters of what is run; empty unless BSP_COVERAGE is on
+#   bsp_program     programs that tests start again and again
 #   bsp_bare        code that runs without a C++ run-time library: the library itself, and the part of
 #                   the virtual board that is loaded into other programs
 
@@ -24,6 +25,11 @@ if(BSP_SANITIZE)
   # thousand of them are worked out at each start, which takes a third of it.
   target_link_options(bsp_sanitizers INTERFACE
     $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-no-pie>)
+  # The linker of the same house takes a third of the time.
+  find_program(BSP_LLD ld.lld)
+  if(BSP_LLD AND CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+    target_link_options(bsp_sanitizers INTERFACE -fuse-ld=lld)
+  endif()
 endif()
 add_library(bsp_all_sanitizers INTERFACE)
 target_link_libraries(bsp_all_sanitizers INTERFACE bsp_sanitizers)
@@ -38,6 +44,12 @@ add_library(bsp_coverage INTERFACE)
 if(BSP_COVERAGE)
   target_compile_options(bsp_coverage INTERFACE --coverage -fprofile-abs-path)
   target_link_options(bsp_coverage INTERFACE --coverage)
+endif()
+
+# What the loader does for them is translated anew at each start where an emulator runs them.
+add_library(bsp_program INTERFACE)
+if(CMAKE_CROSSCOMPILING_EMULATOR)
+  target_link_options(bsp_program INTERFACE -static-libstdc++ -static-libgcc)
 endif()
 
 add_library(bsp_bare INTERFACE)
