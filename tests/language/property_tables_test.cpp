@@ -1,12 +1,11 @@
-// The tables of properties in the documents are those of the language. scripts/property-tables
+// The tables of properties in the documents are those of the language. scripts/document-tables
 // renews them.
 
 #include "language/property_names.h"
 #include "language/property_values.h"
+#include "tests/support/document_part.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -107,21 +106,7 @@ class PropertyTablesTest : public ::testing::TestWithParam<Table> {};
 
 TEST_P(PropertyTablesTest, AreWhatTheLanguageHas) {
     const auto &[file, start, end, content] = GetParam();
-    const std::string path = std::string(BSP_TEST_DOCUMENTS) + "/" + file;
-    std::stringstream read;
-    read << std::ifstream(path).rdbuf();
-    const std::string page = read.str();
-    const size_t from = page.find(start);
-    const size_t to = page.find(end);
-    ASSERT_NE(from, std::string::npos) << path << " lacks the line " << start;
-    ASSERT_NE(to, std::string::npos) << path << " lacks the line " << end;
-    const size_t first = from + std::string(start).size();
-    const std::string wanted = content();
-    if (std::getenv("BSP_RENEW_TABLES") != nullptr)
-        std::ofstream(path) << page.substr(0, first) + wanted + page.substr(to);
-    else
-        EXPECT_TRUE(page.substr(first, to - first) == wanted)
-            << path << " has another table of properties; renew it with scripts/property-tables";
+    expectPart({std::string(BSP_TEST_DOCUMENTS) + "/" + file, start, end}, content());
 }
 
 INSTANTIATE_TEST_SUITE_P(Documents, PropertyTablesTest,

@@ -4,7 +4,8 @@
 #include "virtual_board/command/json.h"
 #include "virtual_board/command/open_board.h"
 #include "virtual_board/command/words.h"
-#include "virtual_board/words/fault_words.h"
+#include "virtual_board/words/fault_table.h"
+#include "virtual_board/words/fault_text.h"
 #include "virtual_board/words/values.h"
 
 #include <cstdio>
@@ -65,40 +66,41 @@ Offers offersOf(const vb::FaultWord<Value> (&list)[count],
 /** "no-answer", "refuse=" */
 Offers offeredEffects() {
     Offers offers;
-    for (const auto &word : vb::kFaultEffects) {
-        vb::FaultRule rule{};
-        rule.effect = word.value;
-        const std::string text = vb::effectText(rule);
-        const size_t equals = text.find('=');
-        offers.words.push_back(equals == std::string::npos ? text : text.substr(0, equals + 1));
-    }
+    for (const vb::FaultEffectWords &effect : vb::kFaultEffects)
+        offers.words.push_back(effect.text +
+                               std::string(effect.value == vb::FaultValue::None ? "" : "="));
     return offers;
 }
 
-constexpr char kEffectHelp[] =
-    "refuse=RESULT|open-fails=ERRNO|ioctl-fails=ERRNO|short=BYTES|corrupt=INDEX:MASK|no-answer; "
-    "poe: late-answer=READ|wrong-echo|wrong-checksum|bad-port=PORT (from 0)|power-loss|no-effect; "
-    "flash: fails=ERRNO|power-cut=BYTES (also of writes of files); console: fails=ERRNO";
-constexpr char kDeviceHelp[] =
-    "cpld|gpio|i2c|i2c:BUS.CHANNEL.DEVICE|poe|mtd0|mtd4|mtd12|mtd14|console, or the path of a file "
-    "of the board";
-constexpr char kOperationHelp[] =
-    "any|open|read|write (poe: a frame; console: its speed)|reset (poe)|upgrade (cpld)|map "
-    "(/dev/mem); flash: read|program|erase|change (program or erase)|info (the geometry)";
+/** The words of a table as choices. */
+template <typename Row, size_t count, typename TextOf>
+std::string choices(const Row (&table)[count], TextOf textOf) {
+    std::string text;
+    for (const Row &row : table)
+        text += (text.empty() ? "" : "|") + std::string(textOf(row));
+    return text;
+}
 
-constexpr char kEffectDetails[] =
-    "'refuse': the driver answers RESULT and does nothing, of CPLD, GPIO and I2C.\n"
-    "'ioctl-fails': the driver is not asked, of the same.\n"
-    "'open-fails': of files and nodes, with --op open.\n"
-    "'short': only so many bytes are transferred, of I2C and files, and of reads of flash.\n"
-    "'corrupt': a byte arrives with other bits, of the CPLD and I2C, and of reads of files and "
-    "flash.\n"
-    "'power-loss': the PoE controller starts anew.\n"
-    "'no-effect': it tells of success, and nothing is stored.\n"
-    "'fails': the call fails and does nothing, of flash and the console, and of mappings of "
-    "'/dev/mem'.\n"
-    "'power-cut': only so many bytes are programmed, erased or written, then the program is "
-    "killed.";
+template <typename Value, size_t count>
+std::string choices(const vb::FaultWord<Value> (&table)[count]) {
+    return choices(table, [](const auto &word) { return word.text; });
+}
+
+/** What can be said of devices and effects, a line for each. */
+std::string faultDetails() {
+    std::string text;
+    for (const vb::FaultTargetWords &target : vb::kFaultTargets) {
+        text += "'--device " + std::string(target.device) + "': " + target.requests + "; --op " +
+                vb::listed(vb::opsOf(target.target), "or");
+        text +=
+            target.offset == nullptr ? "\n" : "; --offset is " + std::string(target.offset) + "\n";
+    }
+    for (const vb::FaultEffectWords &effect : vb::kFaultEffects)
+        text += "'" + vb::formOf(effect) + "' (" + vb::listed(vb::devicesOf(effect.effect), "and") +
+                "): " + effect.sentence + "\n";
+    text.pop_back();
+    return text;
+}
 
 struct FaultArguments {
     std::string folder;
@@ -111,9 +113,12 @@ void defineFaultAdd(Command &fault, const std::shared_ptr<FaultArguments> &argum
     vb::FaultWords *words = &arguments->rule;
     Command &command = fault.command("add", "Add a rule and print its number");
     command.requiredOption(
-        "--device", "DEVICE", kDeviceHelp,
+        "--device", "DEVICE",
+        choices(vb::kFaultDevices) + "|i2c:BUS.CHANNEL.DEVICE, or the path of a file of the board",
         {text(words->device), offersOf(vb::kFaultDevices, Offers::Files::Paths)});
-    command.option("--op", "OPERATION", kOperationHelp, {text(words->op), offersOf(vb::kFaultOps)})
+    command
+        .option("--op", "OPERATION", choices(vb::kFaultOps),
+                {text(words->op), offersOf(vb::kFaultOps)})
         .usually(words->op);
     command.option("--offset", "N",
                    "Only this register, line, offset inside an I2C device, PoE command, or page or "
@@ -126,9 +131,9 @@ void defineFaultAdd(Command &fault, const std::shared_ptr<FaultArguments> &argum
                 "once|every|from: once, every n-th, or the n-th and all behind it",
                 {text(words->when), offersOf(vb::kFaultWhens)})
         .usually(words->when);
-    command.requiredOption("--effect", "EFFECT", kEffectHelp,
+    command.requiredOption("--effect", "EFFECT", choices(vb::kFaultEffects, vb::formOf),
                            {text(words->effect), offeredEffects()});
-    command.detail(kEffectDetails);
+    command.detail(faultDetails());
     for (const char *line :
          {"--device cpld --op read --offset 1 --effect refuse=-5",
           "--device i2c:0.0.0x51 --nth 3 --when from --effect no-answer",

@@ -1,5 +1,5 @@
 #pragma once
-// Which effects a use of a device can have.
+// Which effects requests can have.
 
 #include "virtual_board/board/faults.h"
 

@@ -2,11 +2,8 @@
 
 #include "virtual_board/words/fault_text.h"
 
-#include "virtual_board/board/paths.h"
-#include "virtual_board/devices/cpld.h"
-#include "virtual_board/devices/gpio.h"
 #include "virtual_board/words/fault_check.h"
-#include "virtual_board/words/fault_words.h"
+#include "virtual_board/words/fault_table.h"
 #include "virtual_board/words/values.h"
 
 #include <cstring>
@@ -19,14 +16,13 @@ namespace {
 
 constexpr FaultArgument kByteOfRegister = {0, 1};
 
-/** The value of a word of a list; what says what the list is of. */
-template <typename Value, size_t count>
-Value valueOf(const FaultWord<Value> (&list)[count], const std::string &text,
-              const std::string &what) {
+/** The row of a word in a table; what says what the table is of. */
+template <typename Row, size_t count>
+const Row &rowOf(const Row (&table)[count], const std::string &text, const std::string &what) {
     std::string choices;
-    for (const auto &word : list) {
+    for (const Row &word : table) {
         if (text == word.text)
-            return word.value;
+            return word;
         choices += (choices.empty() ? "" : ", ") + std::string(word.text);
     }
     throw Refused("'" + text + "' is not " + what + "; choose from: " + choices);
@@ -77,7 +73,8 @@ void parseDevice(FaultRule &rule, const std::string &text) {
         rule.device = FaultDevice::I2c;
         parseI2cAddress(rule, text.substr(std::strlen(kI2cPrefix)));
     } else {
-        rule.device = valueOf(kFaultDevices, text, "a device (or the path of a file of the board)");
+        rule.device =
+            rowOf(kFaultDevices, text, "a device (or the path of a file of the board)").value;
         if (rule.device == FaultDevice::Mtd) {
             rule.hasAddress = 1;
             rule.devAddr = numberOf(text.substr(std::strlen(kFaultMtdPrefix)), 0, UINT32_MAX, "");
@@ -88,21 +85,11 @@ void parseDevice(FaultRule &rule, const std::string &text) {
 void parseOffset(FaultRule &rule, const std::string &text) {
     if (text.empty())
         return;
-    if (rule.device == FaultDevice::File)
-        throw Refused("files have no offset to look at; leave out --offset");
-    if (rule.device == FaultDevice::Console)
-        throw Refused("the console has no offset to look at; leave out --offset");
+    const FaultTargetWords &target = wordsOf(targetOf(rule));
+    if (target.offset == nullptr)
+        throw Refused(std::string(target.name) + " has no offset to look at; leave out --offset");
     rule.hasOffset = 1;
-    if (rule.device == FaultDevice::Cpld)
-        rule.offset = numberOf(text, 0, kCpldRegisters - 1, "a CPLD register");
-    else if (rule.device == FaultDevice::Gpio)
-        rule.offset = numberOf(text, 0, kGpioLines - 1, "a GPIO line");
-    else if (rule.device == FaultDevice::Poe)
-        rule.offset = numberOf(text, 0, UINT8_MAX, "a command code");
-    else if (rule.device == FaultDevice::Mtd)
-        rule.offset = numberOf(text, 0, UINT32_MAX, "an offset of the partition");
-    else
-        rule.offset = numberOf(text, 0, UINT32_MAX, "an I2C offset");
+    rule.offset = numberOf(text, 0, target.lastOffset, target.offset);
 }
 
 // Effects
@@ -136,13 +123,13 @@ int32_t parseArgument(const FaultArgument &argument, const std::string &text,
                                          static_cast<uint32_t>(argument.highest), what));
 }
 
-void parseCorruption(FaultRule &rule, const std::string &text) {
+void parseCorruption(FaultRule &rule, const std::string &text, const std::string &what) {
     const size_t colon = text.find(':');
     if (colon == std::string::npos)
         throw Refused("corrupt needs a byte's index and a mask, as in corrupt=0:0x80");
     rule.argument = parseArgument(rule.device == FaultDevice::Cpld ? kByteOfRegister
                                                                    : faultArgument(rule.effect),
-                                  text.substr(0, colon), "a byte's index");
+                                  text.substr(0, colon), what);
     rule.mask = numberOf(text.substr(colon + 1), 1, 0xFF, "a mask");
 }
 
@@ -150,34 +137,22 @@ void parseEffect(FaultRule &rule, const std::string &text) {
     const size_t equals = text.find('=');
     const std::string name = text.substr(0, equals);
     const std::string argument = equals == std::string::npos ? "" : text.substr(equals + 1);
-    rule.effect = valueOf(kFaultEffects, name, "an effect");
-    switch (rule.effect) {
-    case FaultEffect::Refuse:
+    const FaultEffectWords &effect = rowOf(kFaultEffects, name, "an effect");
+    rule.effect = effect.effect;
+    switch (effect.value) {
+    case FaultValue::Result:
         rule.argument = parseResult(argument);
         break;
-    case FaultEffect::OpenFails:
-    case FaultEffect::IoctlFails:
-    case FaultEffect::Fails:
+    case FaultValue::Errno:
         rule.argument = parseErrno(argument);
         break;
-    case FaultEffect::PowerCut:
-    case FaultEffect::Short:
-        rule.argument = parseArgument(faultArgument(rule.effect), argument, "a byte count");
+    case FaultValue::Number:
+        rule.argument = parseArgument(faultArgument(rule.effect), argument, effect.what);
         break;
-    case FaultEffect::Corrupt:
-        parseCorruption(rule, argument);
+    case FaultValue::Corruption:
+        parseCorruption(rule, argument, effect.what);
         break;
-    case FaultEffect::LateAnswer:
-        rule.argument = parseArgument(faultArgument(rule.effect), argument, "a read that gets it");
-        break;
-    case FaultEffect::BadPort:
-        rule.argument = parseArgument(faultArgument(rule.effect), argument, "a port");
-        break;
-    case FaultEffect::NoAnswer:
-    case FaultEffect::WrongEcho:
-    case FaultEffect::WrongChecksum:
-    case FaultEffect::PowerLoss:
-    case FaultEffect::NoEffect:
+    case FaultValue::None:
         if (equals != std::string::npos)
             throw Refused(name + " takes no value; leave out '=" + argument + "'");
         break;
@@ -189,10 +164,10 @@ void parseEffect(FaultRule &rule, const std::string &text) {
 FaultRule parseFault(const FaultWords &words) {
     FaultRule rule{};
     parseDevice(rule, words.device);
-    rule.op = valueOf(kFaultOps, words.op, "an operation");
+    rule.op = rowOf(kFaultOps, words.op, "an operation").value;
     parseOffset(rule, words.offset);
     rule.nth = numberOf(words.nth, 1, UINT32_MAX, "a count of requests");
-    rule.when = valueOf(kFaultWhens, words.when, "a time");
+    rule.when = rowOf(kFaultWhens, words.when, "a time").value;
     parseEffect(rule, words.effect);
     checkFault(rule);
     return rule;

@@ -1,6 +1,6 @@
 #include "virtual_board/words/fault_text.h"
 
-#include "virtual_board/words/fault_words.h"
+#include "virtual_board/words/fault_table.h"
 #include "virtual_board/words/values.h"
 
 #include <cstring>
@@ -18,38 +18,35 @@ std::string errnoText(int32_t number) {
 } // namespace
 
 std::string effectText(const FaultRule &rule) {
-    std::string name = faultWord(kFaultEffects, rule.effect);
-    switch (rule.effect) {
-    case FaultEffect::OpenFails:
-    case FaultEffect::IoctlFails:
-    case FaultEffect::Fails:
+    const FaultEffectWords &effect = wordsOf(rule.effect);
+    std::string name = effect.text;
+    switch (effect.value) {
+    case FaultValue::None:
+        break;
+    case FaultValue::Errno:
         return name + "=" + errnoText(rule.argument);
-    case FaultEffect::Corrupt:
+    case FaultValue::Corruption:
         return name + "=" + std::to_string(rule.argument) + ":0x" + hex16Text(rule.mask).substr(4);
-    case FaultEffect::NoAnswer:
-    case FaultEffect::WrongEcho:
-    case FaultEffect::WrongChecksum:
-    case FaultEffect::PowerLoss:
-    case FaultEffect::NoEffect:
-        return name;
-    default:
+    case FaultValue::Result:
+    case FaultValue::Number:
         return name + "=" + std::to_string(rule.argument);
     }
+    return name;
 }
 
 FaultWords faultWords(const FaultRule &rule) {
     FaultWords words;
     words.device =
-        rule.device == FaultDevice::File ? rule.path : faultWord(kFaultDevices, rule.device);
+        rule.device == FaultDevice::File ? rule.path : wordOf(kFaultDevices, rule.device);
     if (rule.device == FaultDevice::Mtd)
         words.device = kFaultMtdPrefix + std::to_string(rule.devAddr);
     else if (rule.hasAddress != 0)
         words.device += ":" + std::to_string(rule.bus) + "." + std::to_string(rule.channel) +
                         ".0x" + hex16Text(rule.devAddr).substr(4);
-    words.op = faultWord(kFaultOps, rule.op);
+    words.op = wordOf(kFaultOps, rule.op);
     words.offset = rule.hasOffset != 0 ? std::to_string(rule.offset) : "";
     words.nth = std::to_string(rule.nth);
-    words.when = faultWord(kFaultWhens, rule.when);
+    words.when = wordOf(kFaultWhens, rule.when);
     words.effect = effectText(rule);
     return words;
 }
