@@ -3,6 +3,7 @@
 
 #include "bsp.h"
 #include "identity/board_catalogue.h"
+#include "support/board_map.h"
 
 #include <algorithm>
 #include <ctime>
@@ -12,9 +13,7 @@ static_assert(sizeof(time_t) == 8, "the clock must outlive 2038");
 
 namespace {
 
-constexpr uint32_t kClockBus = 0;
-constexpr uint32_t kClockChannel = 1;
-constexpr uint32_t kClockDevice = 0x51;
+using bsp::kClockChip;
 
 /** A register of the chip: two decimal digits. */
 struct ClockRegister {
@@ -42,8 +41,8 @@ int32_t readChip(Store store) {
     for (unsigned field = 0; field < kFields; ++field) {
         const ClockRegister &reg = kRegisters[field];
         uint8_t digits = 0;
-        if (const int32_t status =
-                bspI2cRead(kClockBus, kClockChannel, kClockDevice, reg.number, 1, &digits, 1);
+        if (const int32_t status = bspI2cRead(kClockChip.bus, kClockChip.channel, kClockChip.device,
+                                              reg.number, 1, &digits, 1);
             status != BSP_OK)
             return status;
         store(field, decode(digits, reg.tensMask));
@@ -81,8 +80,9 @@ int32_t bsp_rtc_chip_set(uint32_t year, uint32_t month, uint32_t day, uint32_t h
     const uint32_t values[kFields] = {second, minute, hour, day, month, year & 0xFF};
     for (unsigned field = 0; field < kFields; ++field) {
         const uint8_t digits = encode(values[field]);
-        if (const int32_t status = bspI2cWrite(kClockBus, kClockChannel, kClockDevice,
-                                               kRegisters[field].number, 1, &digits, 1);
+        if (const int32_t status =
+                bspI2cWrite(kClockChip.bus, kClockChip.channel, kClockChip.device,
+                            kRegisters[field].number, 1, &digits, 1);
             status != BSP_OK)
             return status;
     }

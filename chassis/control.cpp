@@ -2,28 +2,29 @@
 
 #include "bsp.h"
 #include "kernel/reported_registers.h"
+#include "support/board_map.h"
 #include "support/register_bits.h"
 
 #include <unistd.h>
 
 namespace {
 
-constexpr uint32_t kResetRegister = 5; // any write of 0 resets the board
-constexpr uint32_t kPtpRegister = 6;   // shared with fans and PoE
-constexpr int kPtpBit = 15;
+using bsp::kPtpTrigger;
+
 constexpr useconds_t kPtpPulse = 100;
 
 int32_t drivePtpLine(bool level, bsp::CallSite site = bsp::CallSite::here()) {
     uint16_t reg = 0;
-    if (const int32_t status = bsp::readRegister(kPtpRegister, &reg, site); status != BSP_OK)
+    if (const int32_t status = bsp::readRegister(kPtpTrigger.reg, &reg, site); status != BSP_OK)
         return status;
-    return bsp::writeRegister(kPtpRegister, bsp::withField(reg, kPtpBit, 1, level ? 1 : 0), site);
+    return bsp::writeRegister(kPtpTrigger.reg,
+                              bsp::withField(reg, kPtpTrigger.bit, 1, level ? 1 : 0), site);
 }
 
 } // namespace
 
 int32_t bspHwReboot(void) {
-    return bspCpldSet(kResetRegister, 0);
+    return bspCpldSet(bsp::kCpldReset, 0);
 }
 
 int32_t bspPtpTriggerSet(uint32_t) {

@@ -3,17 +3,13 @@
 #include "bsp.h"
 #include "identity/board_catalogue.h"
 #include "identity/reported_steps.h"
+#include "support/board_map.h"
 #include "support/register_bits.h"
 
 namespace {
 
-constexpr uint32_t kLevelRegister = 6; // shared with PoE and the PTP line
-constexpr int kLevelBit = 5;
-constexpr unsigned kLevelWidth = 4;
-
-constexpr uint32_t kTachometerRegister = 28; // of the first pair of fans
-constexpr unsigned kTachometerWidth = 8;
-constexpr uint32_t kTachometerMask = 0xFF;
+using bsp::kFanLevel;
+using bsp::kFanSpeed;
 
 constexpr uint32_t kFansPerPair = 2; // share a register, and a presence line
 
@@ -45,10 +41,11 @@ int32_t bspFanSpeedGet(uint32_t fan, uint32_t *rpm) {
         return status;
     const FanPlace place = placeOf(fan);
     uint16_t reg = 0;
-    if (const int32_t status = bspCpldGet(kTachometerRegister + place.pair, &reg); status != BSP_OK)
+    if (const int32_t status = bspCpldGet(kFanSpeed.reg + place.pair, &reg); status != BSP_OK)
         return status;
-    const unsigned shift = fans->haveOwnTachometers ? place.fanOfPair * kTachometerWidth : 0;
-    *rpm = (uint32_t{reg} >> shift & kTachometerMask) * BSP_FAN_STEP_RPM;
+    const unsigned shift = fans->haveOwnTachometers ? place.fanOfPair * kFanSpeed.width : 0;
+    *rpm = (uint32_t{reg} >> shift & bsp::fieldMask(kFanSpeed.lowestBit, kFanSpeed.width)) *
+           BSP_FAN_STEP_RPM;
     return BSP_OK;
 }
 
@@ -56,10 +53,11 @@ int32_t bspFanSpeedSet(uint32_t, int32_t level) {
     if (level < BSP_FAN_LEVEL_MIN || level > BSP_FAN_LEVEL_MAX)
         return BSP_E_INVALID;
     uint16_t reg = 0;
-    if (const int32_t status = bspCpldGet(kLevelRegister, &reg); status != BSP_OK)
+    if (const int32_t status = bspCpldGet(kFanLevel.reg, &reg); status != BSP_OK)
         return status;
     const auto code = static_cast<uint32_t>(level - BSP_FAN_LEVEL_MIN);
-    return bspCpldSet(kLevelRegister, bsp::withField(reg, kLevelBit, kLevelWidth, code));
+    return bspCpldSet(kFanLevel.reg,
+                      bsp::withField(reg, kFanLevel.lowestBit, kFanLevel.width, code));
 }
 
 int32_t bspFanPresentGet(int32_t fan, uint32_t *out) {

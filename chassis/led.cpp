@@ -2,13 +2,10 @@
 
 #include "bsp.h"
 #include "identity/board_catalogue.h"
+#include "support/board_map.h"
 #include "support/register_bits.h"
 
 namespace {
-
-constexpr uint32_t kLampRegister = 7;
-constexpr uint32_t kPoeLampRegister = 13; // the first of several, 16 ports each
-constexpr uint32_t kPortsPerRegister = 16;
 
 /** Where a lamp's field lies. */
 struct Lamp {
@@ -26,24 +23,24 @@ int32_t findPoePortLamp(uint32_t index, Lamp *lamp) {
         return BSP_E_NOT_SUPPORTED;
     if (index < 1 || index > ports)
         return BSP_E_INVALID;
-    *lamp = {kPoeLampRegister + (index - 1) / kPortsPerRegister, (index - 1) % kPortsPerRegister,
-             1};
+    *lamp = {bsp::kCpldPoeLamps + (index - 1) / bsp::kCpldLinesPerRegister,
+             (index - 1) % bsp::kCpldLinesPerRegister, 1};
     return BSP_OK;
 }
 
 int32_t findLamp(uint32_t kind, uint32_t index, Lamp *lamp) {
     switch (kind) {
     case BSP_LED_SYSTEM:
-        *lamp = {kLampRegister, 0, 2};
+        *lamp = {bsp::kSystemLamp.reg, bsp::kSystemLamp.lowestBit, bsp::kSystemLamp.width};
         return BSP_OK;
     case BSP_LED_4:
-        *lamp = {kLampRegister, 4, 1};
+        *lamp = {bsp::kLamp4.reg, bsp::kLamp4.bit, 1};
         return BSP_OK;
     case BSP_LED_5:
-        *lamp = {kLampRegister, 5, 1};
+        *lamp = {bsp::kLamp5.reg, bsp::kLamp5.bit, 1};
         return BSP_OK;
     case BSP_LED_INDEXED:
-        *lamp = {kLampRegister, int64_t{index} + 5, 1};
+        *lamp = {bsp::kIndexedLamp.reg, int64_t{index} + bsp::kIndexedLamp.bit - 1, 1};
         return BSP_OK;
     case BSP_LED_POE_PORT:
         return findPoePortLamp(index, lamp);

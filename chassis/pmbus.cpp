@@ -1,6 +1,7 @@
 #include "chassis/pmbus.h"
 
 #include "bsp.h"
+#include "support/board_map.h"
 
 #include <cstdio>
 #include <cstring>
@@ -8,14 +9,14 @@
 
 namespace {
 
-constexpr uint32_t kSupplyBus = 0;
-constexpr uint32_t kSupplyDevice = 0x58;
+using bsp::kSupplyPmbus;
+
 constexpr int32_t kMaxReply = 32;
 constexpr int32_t kShortestBlock = 3;
 constexpr useconds_t kReadPause = 100000; // the supply's controller needs it between commands
 
 constexpr uint32_t supplyChannel(int32_t index) {
-    return static_cast<uint32_t>(index) + 1;
+    return kSupplyPmbus.channel + static_cast<uint32_t>(index) - 1;
 }
 
 } // namespace
@@ -24,8 +25,8 @@ int32_t bsp_power_info_read(int32_t index, uint32_t command, int32_t length, uin
     if ((index != 1 && index != 2) || length < 1 || length > kMaxReply)
         return BSP_E_INVALID;
     uint8_t reply[kMaxReply] = {};
-    if (bspI2cRead(kSupplyBus, supplyChannel(index), kSupplyDevice, command, 1, reply, length) !=
-        BSP_OK)
+    if (bspI2cRead(kSupplyPmbus.bus, supplyChannel(index), kSupplyPmbus.device, command, 1, reply,
+                   length) != BSP_OK)
         return BSP_E_FAILED;
     const auto count = static_cast<size_t>(length);
     if (length < kShortestBlock) {

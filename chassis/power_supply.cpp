@@ -5,6 +5,7 @@
 #include "chassis/pmbus.h"
 #include "identity/board_catalogue.h"
 #include "identity/reported_steps.h"
+#include "support/board_map.h"
 #include "support/register_bits.h"
 
 #include <cstdio>
@@ -12,20 +13,7 @@
 
 namespace {
 
-using bsp::ChassisClass;
 using bsp::hasBit;
-
-constexpr uint32_t kSupplyRegister = 30;       // models with fixed supplies
-constexpr uint32_t kOtherPresenceRegister = 6; // other models, active low
-constexpr int32_t kOtherPresenceBit = 8;       // plus the supply's number
-
-// Lines of a fixed supply in its register, to be added to the supply's number (counted from 1). The
-// number comes from the caller, unchecked for the type: the sums are wider than it.
-constexpr int64_t kPresenceLine = -1;
-constexpr int64_t kTypeLine = 1;
-constexpr int64_t kStatusLineA = 3;
-constexpr int64_t kStatusLineB = 5;
-constexpr int64_t kStatusLineC = 7;
 
 constexpr int kReadAttempts = 3;
 constexpr useconds_t kRejectedPause = 5000;
@@ -35,8 +23,10 @@ constexpr bool isFixedSupply(int32_t index) {
     return index >= 1 && index <= BSP_FIXED_SUPPLIES;
 }
 
-bool hasFixedSupplies(uint32_t devId) {
-    return bsp::boardModel(devId).chassis != ChassisClass::Other;
+/** A supply's line, where the map has that of supply 1. The number comes from the caller, who may
+ * give any: the sum is wider than it. */
+constexpr int64_t bitOf(uint32_t firstBit, int32_t index) {
+    return int64_t{firstBit} + index - 1;
 }
 
 int32_t typeFromRecord(int32_t index, int32_t *type, bsp::CallSite site) {
@@ -55,28 +45,24 @@ int32_t typeFromRecord(int32_t index, int32_t *type, bsp::CallSite site) {
 
 int32_t typeFromLines(int32_t index, int32_t *type) {
     uint16_t lines = 0;
-    if (const int32_t status = bspCpldGet(kSupplyRegister, &lines); status != BSP_OK)
+    if (const int32_t status = bspCpldGet(bsp::kCpldSupplies, &lines); status != BSP_OK)
         return status;
     // The line that tells of presence is the one that makes the type unreadable: callers ask for
     // the type of a fixed supply while it is clear.
-    if (hasBit(lines, index + kPresenceLine))
+    if (hasBit(lines, bitOf(bsp::kSupplyPresence.bit, index)))
         return BSP_E_FAILED;
-    *type = hasBit(lines, index + kTypeLine) ? BSP_SUPPLY_TYPE_1 : BSP_SUPPLY_TYPE_2;
+    *type =
+        hasBit(lines, bitOf(bsp::kSupplyType.bit, index)) ? BSP_SUPPLY_TYPE_1 : BSP_SUPPLY_TYPE_2;
     return BSP_OK;
 }
 
-int32_t fourFanStatus(uint16_t lines, int32_t index) {
-    if (hasBit(lines, index + kStatusLineA))
-        return BSP_SUPPLY_STATUS_3;
-    if (hasBit(lines, index + kStatusLineB) && hasBit(lines, index + kTypeLine))
-        return BSP_SUPPLY_STATUS_1;
-    return hasBit(lines, index + kStatusLineC) ? BSP_SUPPLY_STATUS_0 : BSP_SUPPLY_STATUS_2;
-}
-
-int32_t twoFanStatus(uint16_t lines, int32_t index) {
-    if (!hasBit(lines, index + kStatusLineC))
-        return BSP_SUPPLY_STATUS_1;
-    return hasBit(lines, index + kStatusLineB) ? BSP_SUPPLY_STATUS_0 : BSP_SUPPLY_STATUS_4;
+/** The status that a supply's lines make. */
+int32_t statusOf(const bsp::Supplies &supplies, uint16_t lines, int32_t index) {
+    const int linesOfSupply = lines >> bitOf(bsp::kSupplyType.bit, index);
+    const bsp::SupplyRule *rule = supplies.status;
+    while ((linesOfSupply & rule->lines) != rule->lines)
+        ++rule;
+    return rule->status;
 }
 
 /** What a live reading is, and where it goes. */
@@ -130,8 +116,8 @@ int32_t bspPowerNumGet(int32_t *out) {
     uint32_t devId = 0;
     if (const int32_t status = bsp::readDeviceId(&devId); status != BSP_OK)
         return status;
-    if (hasFixedSupplies(devId)) {
-        *out = BSP_FIXED_SUPPLIES;
+    if (const int32_t count = bsp::boardModel(devId).supplies.count; count != 0) {
+        *out = count;
         return BSP_OK;
     }
     BspDevinfo record{};
@@ -152,14 +138,11 @@ int32_t bspPowerPresentGet(int32_t index, int32_t *out) {
         return status;
     if (!isFixedSupply(index))
         return BSP_E_INVALID;
-    const bool isFixed = hasFixedSupplies(devId);
+    const bsp::Supplies &supplies = bsp::boardModel(devId).supplies;
     uint16_t lines = 0;
-    if (const int32_t status =
-            bspCpldGet(isFixed ? kSupplyRegister : kOtherPresenceRegister, &lines);
-        status != BSP_OK)
+    if (const int32_t status = bspCpldGet(supplies.presenceRegister, &lines); status != BSP_OK)
         return status;
-    *out =
-        isFixed ? hasBit(lines, index + kPresenceLine) : !hasBit(lines, index + kOtherPresenceBit);
+    *out = hasBit(lines, bitOf(supplies.presenceBit, index)) != supplies.isPresenceActiveLow;
     return BSP_OK;
 }
 
@@ -169,8 +152,9 @@ int32_t bspPowerTypeGet(int32_t index, int32_t *out) {
     uint32_t devId = 0;
     if (const int32_t status = bsp::readDeviceId(&devId); status != BSP_OK)
         return status;
-    return hasFixedSupplies(devId) ? typeFromLines(index, out)
-                                   : typeFromRecord(index, out, bsp::CallSite::here(__func__));
+    return bsp::boardModel(devId).supplies.count != 0
+               ? typeFromLines(index, out)
+               : typeFromRecord(index, out, bsp::CallSite::here(__func__));
 }
 
 int32_t bspPowerStatusGet(int32_t index, int32_t *out) {
@@ -182,16 +166,13 @@ int32_t bspPowerStatusGet(int32_t index, int32_t *out) {
         return status;
     if (index < 1 || index > count)
         return BSP_E_INVALID;
-    const ChassisClass chassis = bsp::boardModel(devId).chassis;
-    if (chassis == ChassisClass::Other) {
-        *out = BSP_SUPPLY_STATUS_0;
-        return BSP_OK;
-    }
+    const bsp::Supplies &supplies = bsp::boardModel(devId).supplies;
     uint16_t lines = 0;
-    if (const int32_t status = bspCpldGet(kSupplyRegister, &lines); status != BSP_OK)
-        return status;
-    *out =
-        chassis == ChassisClass::FourFan ? fourFanStatus(lines, index) : twoFanStatus(lines, index);
+    if (supplies.count != 0) {
+        if (const int32_t status = bspCpldGet(bsp::kCpldSupplies, &lines); status != BSP_OK)
+            return status;
+    }
+    *out = statusOf(supplies, lines, index);
     return BSP_OK;
 }
 
@@ -204,7 +185,7 @@ int32_t bspPowerInfoGet(int32_t index, BspPowerInfo *info) {
     uint32_t devId = 0;
     if (const int32_t status = bsp::readDeviceId(&devId); status != BSP_OK)
         return status;
-    if (bspDevIsTwoFanModel(devId) == 0)
+    if (!bsp::boardModel(devId).supplies.haveBus)
         return BSP_OK;
     for (const Reading &reading : kReadings) {
         if (const int32_t status = takeReading(index, reading, info); status != BSP_OK)

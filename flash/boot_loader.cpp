@@ -4,6 +4,7 @@
 
 #include "bsp.h"
 #include "language/formats/boot_file.h"
+#include "support/board_map.h"
 #include "support/owned.h"
 
 #include <cstdio>
@@ -76,7 +77,7 @@ int32_t bsp::upgradeBootLoader(const char *file) {
     // The file is read again by its name. A failed write is told on the console alone; callers rely
     // on the answer 0 and look at the message.
     if (const int32_t status =
-            bsp_mtd_write_from_file(file, BSP_MTD_BOOT_LOADER, BSP_MTD_WITHOUT_HEADER);
+            bsp_mtd_write_from_file(file, bsp::kBootLoaderPartition, BSP_MTD_WITHOUT_HEADER);
         status != BSP_OK)
         std::printf("Update bios file error(%d), you'd better try again...\r\n", status);
     return BSP_OK;

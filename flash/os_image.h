@@ -2,6 +2,7 @@
 // The operating-system images in flash.
 
 #include "bsp.h"
+#include "support/board_map.h"
 
 #include <cstdint>
 
@@ -9,7 +10,7 @@ namespace bsp {
 
 /** The partition of a bank: 0, or any other value for the second. */
 constexpr const char *bankDevice(int32_t bank) {
-    return bank == BSP_OS_BANK_0 ? BSP_MTD_OS_BANK_0 : BSP_MTD_OS_BANK_1;
+    return bank == BSP_OS_BANK_0 ? kOsBank0Partition : kOsBank1Partition;
 }
 
 } // namespace bsp

@@ -1,58 +1,156 @@
 #include "identity/board_catalogue.h"
 
+#include "bsp.h"
+#include "support/board_map.h"
+
 namespace {
 
 using bsp::BoardModel;
-using bsp::CageLines;
 using bsp::CageRange;
-using bsp::ChassisClass;
+using bsp::CpldLine;
 using bsp::Fans;
+using bsp::Supplies;
+using bsp::SupplyRule;
 
-constexpr bool kClock = true;
-constexpr bool kNoClock = false;
+constexpr Fans kFourFans = {.count = 4,
+                            .haveOwnTachometers = true,
+                            .presenceRegister = bsp::kFanPresenceBesideSupplies.reg,
+                            .presenceBit = bsp::kFanPresenceBesideSupplies.bit};
+constexpr Fans kTwoFans = {.count = 2,
+                           .haveOwnTachometers = false,
+                           .presenceRegister = bsp::kFanPresence.reg,
+                           .presenceBit = bsp::kFanPresence.bit};
+constexpr Fans kUnseenFans = {
+    .count = 2, .haveOwnTachometers = true, .presenceRegister = 0, .presenceBit = 0};
 
-// Count, own tachometers, presence: register and bit.
-constexpr Fans kFourFans = {4, true, 30, 0};
-constexpr Fans kTwoFans = {2, false, 31, 8};
-constexpr Fans kUnseenFans = {2, true, 0, 0};
+/** A line in a rule. */
+constexpr uint8_t ruled(const CpldLine &line) {
+    return static_cast<uint8_t>(1u << (line.bit - bsp::kSupplyType.bit));
+}
+constexpr uint8_t kType = ruled(bsp::kSupplyType);
+constexpr uint8_t kStatus0 = ruled(bsp::kSupplyStatus0);
+constexpr uint8_t kStatus1 = ruled(bsp::kSupplyStatus1);
+constexpr uint8_t kStatus2 = ruled(bsp::kSupplyStatus2);
 
-// First port, ports, bus, first channel.
-constexpr CageRange kNoCages = {0, 0, 0, 0};
-constexpr CageRange k24FrontCages = {1, 24, 1, 8};
-constexpr CageRange k48FrontCages = {1, 48, 1, 8};
-constexpr CageRange kCagesAt25 = {25, 6, 1, 0};
-constexpr CageRange kCagesAt33 = {33, 6, 1, 0};
-constexpr CageRange kCagesAt49 = {49, 6, 1, 0};
-constexpr CageRange kUnknownCages = {49, 6, 0, 2};
+constexpr Supplies kBuiltInSupplies = {.count = BSP_FIXED_SUPPLIES,
+                                       .presenceRegister = bsp::kSupplyPresence.reg,
+                                       .presenceBit = bsp::kSupplyPresence.bit,
+                                       .isPresenceActiveLow = false,
+                                       .haveBus = false,
+                                       .status = {{kStatus0, BSP_SUPPLY_STATUS_3},
+                                                  {kStatus1 | kType, BSP_SUPPLY_STATUS_1},
+                                                  {kStatus2, BSP_SUPPLY_STATUS_0},
+                                                  {0, BSP_SUPPLY_STATUS_2}}};
+constexpr Supplies kPlugInSupplies = {.count = BSP_FIXED_SUPPLIES,
+                                      .presenceRegister = bsp::kSupplyPresence.reg,
+                                      .presenceBit = bsp::kSupplyPresence.bit,
+                                      .isPresenceActiveLow = false,
+                                      .haveBus = true,
+                                      .status = {{kStatus2 | kStatus1, BSP_SUPPLY_STATUS_0},
+                                                 {kStatus2, BSP_SUPPLY_STATUS_4},
+                                                 {0, BSP_SUPPLY_STATUS_1}}};
+constexpr Supplies kRecordedSupplies = {.count = 0,
+                                        .presenceRegister = bsp::kBuiltInSupplyAbsence.reg,
+                                        .presenceBit = bsp::kBuiltInSupplyAbsence.bit,
+                                        .isPresenceActiveLow = true,
+                                        .haveBus = false,
+                                        .status = {{0, BSP_SUPPLY_STATUS_0}}};
 
-// Front ports, first uplink, bit of its status lines, and which ports count as uplinks: on boards
-// whose only cages are uplinks all do. The boards with 24 front cages have the uplinks' receive
-// loss and fault on the very bits of presence and transmitter disable.
-constexpr CageLines kLinesAt25 = {0, 25, 0, 0, UINT32_MAX};
-constexpr CageLines kLinesAt49 = {0, 49, 0, 0, UINT32_MAX};
-constexpr CageLines kFibre24Lines = {24, 33, 6, 33, 38};
-constexpr CageLines kFibre48Lines = {48, 49, 0, 49, UINT32_MAX};
+constexpr CageRange frontCages(uint8_t ports) {
+    return {1, ports, bsp::kFrontModule.bus, bsp::kFrontModule.channel};
+}
+constexpr CageRange uplinkCages(uint8_t firstPort) {
+    return {firstPort, 6, bsp::kUplinkModule.bus, bsp::kUplinkModule.channel};
+}
 
 constexpr BoardModel kModels[] = {
-    {0x0109, ChassisClass::Other, 0, kNoClock, kUnseenFans, kNoCages, kCagesAt25, kLinesAt25},
-    {0x0309, ChassisClass::FourFan, 0, kClock, kFourFans, kNoCages, kCagesAt25, kLinesAt25},
-    {0x0409, ChassisClass::FourFan, 0, kNoClock, kFourFans, kNoCages, kCagesAt49, kLinesAt49},
-    {0x0509, ChassisClass::FourFan, 0, kClock, kFourFans, k24FrontCages, kCagesAt33, kFibre24Lines},
-    {0x0609, ChassisClass::FourFan, 0, kClock, kFourFans, k48FrontCages, kCagesAt49, kFibre48Lines},
-    {0x0709, ChassisClass::TwoFan, 48, kClock, kTwoFans, kNoCages, kCagesAt49, kLinesAt49},
-    {0x0809, ChassisClass::TwoFan, 24, kClock, kTwoFans, kNoCages, kCagesAt25, kLinesAt25},
-    {0x8209, ChassisClass::Other, 0, kNoClock, kUnseenFans, kNoCages, kCagesAt25, kLinesAt25},
-    {0x8309, ChassisClass::FourFan, 0, kNoClock, kFourFans, kNoCages, kCagesAt49, kLinesAt49},
-    {0x8409, ChassisClass::FourFan, 0, kClock, kFourFans, kNoCages, kCagesAt25, kLinesAt25},
-    {0x8509, ChassisClass::FourFan, 0, kClock, kFourFans, k48FrontCages, kCagesAt49, kFibre48Lines},
-    {0x8609, ChassisClass::FourFan, 0, kClock, kFourFans, k24FrontCages, kCagesAt33, kFibre24Lines},
-    {0x8709, ChassisClass::TwoFan, 24, kClock, kTwoFans, kNoCages, kCagesAt25, kLinesAt25},
-    {0x8809, ChassisClass::TwoFan, 48, kClock, kTwoFans, kNoCages, kCagesAt49, kLinesAt49},
+    {.devId = 0x0109,
+     .fans = kUnseenFans,
+     .supplies = kRecordedSupplies,
+     .uplinkCages = uplinkCages(25)},
+    {.devId = 0x0309,
+     .hasClock = true,
+     .fans = kFourFans,
+     .supplies = kBuiltInSupplies,
+     .uplinkCages = uplinkCages(25)},
+    {.devId = 0x0409,
+     .fans = kFourFans,
+     .supplies = kBuiltInSupplies,
+     .uplinkCages = uplinkCages(49)},
+    {.devId = 0x0509,
+     .hasClock = true,
+     .fans = kFourFans,
+     .supplies = kBuiltInSupplies,
+     .frontCages = frontCages(24),
+     .uplinkCages = uplinkCages(33),
+     .haveUplinkStatusLines = false,
+     .havePortsBehindUplinks = false},
+    {.devId = 0x0609,
+     .hasClock = true,
+     .fans = kFourFans,
+     .supplies = kBuiltInSupplies,
+     .frontCages = frontCages(48),
+     .uplinkCages = uplinkCages(49)},
+    {.devId = 0x0709,
+     .poePorts = 48,
+     .hasClock = true,
+     .fans = kTwoFans,
+     .supplies = kPlugInSupplies,
+     .uplinkCages = uplinkCages(49)},
+    {.devId = 0x0809,
+     .poePorts = 24,
+     .hasClock = true,
+     .fans = kTwoFans,
+     .supplies = kPlugInSupplies,
+     .uplinkCages = uplinkCages(25)},
+    {.devId = 0x8209,
+     .fans = kUnseenFans,
+     .supplies = kRecordedSupplies,
+     .uplinkCages = uplinkCages(25)},
+    {.devId = 0x8309,
+     .fans = kFourFans,
+     .supplies = kBuiltInSupplies,
+     .uplinkCages = uplinkCages(49)},
+    {.devId = 0x8409,
+     .hasClock = true,
+     .fans = kFourFans,
+     .supplies = kBuiltInSupplies,
+     .uplinkCages = uplinkCages(25)},
+    {.devId = 0x8509,
+     .hasClock = true,
+     .fans = kFourFans,
+     .supplies = kBuiltInSupplies,
+     .frontCages = frontCages(48),
+     .uplinkCages = uplinkCages(49)},
+    {.devId = 0x8609,
+     .hasClock = true,
+     .fans = kFourFans,
+     .supplies = kBuiltInSupplies,
+     .frontCages = frontCages(24),
+     .uplinkCages = uplinkCages(33),
+     .haveUplinkStatusLines = false,
+     .havePortsBehindUplinks = false},
+    {.devId = 0x8709,
+     .poePorts = 24,
+     .hasClock = true,
+     .fans = kTwoFans,
+     .supplies = kPlugInSupplies,
+     .uplinkCages = uplinkCages(25)},
+    {.devId = 0x8809,
+     .poePorts = 48,
+     .hasClock = true,
+     .fans = kTwoFans,
+     .supplies = kPlugInSupplies,
+     .uplinkCages = uplinkCages(49)},
 };
 
-// No id is refused: a board that the table does not know is driven like this.
+// No id is refused: a board that the table does not know is driven like this. Its cages would be
+// on other channels.
 constexpr BoardModel kUnknownModel = {
-    0, ChassisClass::Other, 0, kNoClock, kUnseenFans, kNoCages, kUnknownCages, kLinesAt49};
+    .devId = 0,
+    .fans = kUnseenFans,
+    .supplies = kRecordedSupplies,
+    .uplinkCages = {.firstPort = 49, .ports = 6, .bus = 0, .firstChannel = 2}};
 
 } // namespace
 
@@ -65,9 +163,9 @@ const BoardModel &bsp::boardModel(uint32_t devId) {
 }
 
 int32_t bspDevIsFourFanModel(uint32_t devId) {
-    return bsp::boardModel(devId).chassis == ChassisClass::FourFan ? 1 : 0;
+    return bsp::boardModel(devId).fans.count == kFourFans.count ? 1 : 0;
 }
 
 int32_t bspDevIsTwoFanModel(uint32_t devId) {
-    return bsp::boardModel(devId).chassis == ChassisClass::TwoFan ? 1 : 0;
+    return bsp::boardModel(devId).fans.presenceRegister == kTwoFans.presenceRegister ? 1 : 0;
 }

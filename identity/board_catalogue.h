@@ -5,19 +5,28 @@
 
 namespace bsp {
 
-/** Chassis family of a model; power supplies and their records follow from it. */
-enum class ChassisClass : uint8_t {
-    FourFan, // two supplies on CPLD register 30
-    TwoFan,  // two supplies with EEPROM and PMBus, PoE controller
-    Other,   // supplies counted in the board's record
-};
-
 /** How the fans are wired to the CPLD. */
 struct Fans {
     uint8_t count;
     bool haveOwnTachometers;  // else both fans of a pair have the first one's
     uint8_t presenceRegister; // 0: the CPLD does not see whether a fan is there
     uint8_t presenceBit;      // of fans 1 and 2; the one behind it is of fans 3 and 4
+};
+
+/** A status that a supply has while lines of it are set. */
+struct SupplyRule {
+    uint8_t lines; // all of these, counted from the supply's type line on
+    uint8_t status;
+};
+
+/** The power supplies, and what tells of them. */
+struct Supplies {
+    uint8_t count; // 0: the board's record has their number and types, and no line their status
+    uint8_t presenceRegister;
+    uint8_t presenceBit; // of supply 1
+    bool isPresenceActiveLow;
+    bool haveBus;         // with an EEPROM that has a record of the supply, and live readings
+    SupplyRule status[4]; // the first one that fits, which one without lines does
 };
 
 /** SFP cages of consecutive ports, on consecutive channels of an I2C bus. */
@@ -28,26 +37,18 @@ struct CageRange {
     uint8_t firstChannel;
 };
 
-/** Where the CPLD has the lines of the cages. */
-struct CageLines {
-    uint8_t frontPorts; // ports 1 to this one have registers of their own, 16 ports to each
-    // The uplinks share registers, whose bits count from the first uplink on.
-    uint8_t firstUplink;
-    uint8_t uplinkStatusBit; // receive loss and transmitter fault of the first uplink
-    // Ports whose lines are computed as those of uplinks; a port that is neither has none.
-    uint32_t uplinksFrom;
-    uint32_t uplinksTo;
-};
-
 struct BoardModel {
-    uint32_t devId;
-    ChassisClass chassis;
-    uint8_t poePorts; // 0: no PoE controller
-    bool hasClock;    // battery-backed clock chip
+    uint16_t devId;
+    uint8_t poePorts = 0;  // 0: no PoE controller
+    bool hasClock = false; // battery-backed clock chip
     Fans fans;
-    CageRange frontCages;
+    Supplies supplies;
+    CageRange frontCages = {}; // with registers of their own; the uplinks share theirs
     CageRange uplinkCages;
-    CageLines cageLines;
+    bool haveUplinkStatusLines =
+        true; // else loss and fault are read where presence and disable are
+    bool havePortsBehindUplinks =
+        true; // lines are computed for them as for uplinks; else they have none
 
     constexpr bool hasPoe() const { return poePorts != 0; }
 };

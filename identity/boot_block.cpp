@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "language/formats/boot_settings.h"
+#include "support/board_map.h"
 #include "support/mtd.h"
 #include "support/owned.h"
 
@@ -13,7 +14,7 @@
 int32_t bsp::readBootBlock(uint8_t *block) {
     if (block == nullptr)
         return BSP_E_NULL;
-    const Descriptor device(open(BSP_MTD_BOOT_SETTINGS, O_RDONLY | O_CLOEXEC));
+    const Descriptor device(open(kBootSettingsPartition, O_RDONLY | O_CLOEXEC));
     if (!device.isOpen())
         return BSP_E_OPEN;
     uint8_t stored[formats::kBootBlockSize];
@@ -26,7 +27,7 @@ int32_t bsp::readBootBlock(uint8_t *block) {
 int32_t bsp::writeBootBlock(const uint8_t *block) {
     if (block == nullptr)
         return BSP_E_NULL;
-    const Descriptor device(open(BSP_MTD_BOOT_SETTINGS, O_RDWR | O_DSYNC | O_CLOEXEC));
+    const Descriptor device(open(kBootSettingsPartition, O_RDWR | O_DSYNC | O_CLOEXEC));
     if (!device.isOpen())
         return BSP_E_OPEN;
     FlashGeometry geometry = {};

@@ -1,9 +1,10 @@
 // The device id, asked of the CPLD once per boot and then kept in a file for every process.
 
 #include "bsp.h"
-#include "identity/identity_registers.h"
+#include "support/board_map.h"
 #include "support/kept_file.h"
 #include "support/owned.h"
+#include "support/register_bits.h"
 
 #include <cstdio>
 #include <unistd.h>
@@ -28,7 +29,7 @@ int32_t bspDevIdGet(uint32_t *devId) {
     }
 
     uint16_t registerId = 0;
-    if (const int32_t status = bspCpldGet(bsp::kDeviceIdRegister, &registerId); status != BSP_OK)
+    if (const int32_t status = bspCpldGet(bsp::kCpldDeviceId, &registerId); status != BSP_OK)
         return status;
     const uint32_t id = registerId;
     lseek(cache.get(), 0, SEEK_SET);
@@ -42,8 +43,8 @@ int32_t bspDevSerialVerGet(uint32_t *ver) {
     if (ver == nullptr)
         return BSP_E_NULL;
     uint16_t id = 0;
-    if (const int32_t status = bspCpldGet(bsp::kDeviceIdRegister, &id); status != BSP_OK)
+    if (const int32_t status = bspCpldGet(bsp::kCpldDeviceId, &id); status != BSP_OK)
         return status;
-    *ver = id & 0xFFu;
+    *ver = bsp::fieldOf(id, bsp::kDeviceSerialVersion);
     return BSP_OK;
 }

@@ -22,7 +22,7 @@ int32_t checkSupplyIndex(uint32_t index, bsp::CallSite site = bsp::CallSite::her
     uint32_t devId = 0;
     if (const int32_t status = bsp::readDeviceId(&devId, site); status != BSP_OK)
         return status;
-    return bspDevIsTwoFanModel(devId) != 0 ? BSP_OK : BSP_E_NOT_SUPPORTED;
+    return bsp::boardModel(devId).supplies.haveBus ? BSP_OK : BSP_E_NOT_SUPPORTED;
 }
 
 template <typename Record>

@@ -1,6 +1,7 @@
 // Serial EEPROMs: transfers in the chunks that the chips accept, and where each EEPROM sits.
 
 #include "bsp.h"
+#include "support/board_map.h"
 #include "support/message.h"
 
 #include <algorithm>
@@ -16,7 +17,7 @@ constexpr bool isSupply(uint32_t supply) {
     return supply >= 1 && supply <= BSP_FIXED_SUPPLIES;
 }
 constexpr uint32_t supplyChannel(uint32_t supply) {
-    return BSP_EEPROM_SUPPLY_1_CHANNEL + supply - 1;
+    return bsp::kSupplyEeprom.channel + supply - 1;
 }
 
 bool isNull(const uint8_t *buf, bsp::CallSite site = bsp::CallSite::here()) {
@@ -85,15 +86,15 @@ int32_t bspI2cEepromWrite(uint32_t bus, uint32_t channel, uint32_t devAddr, uint
 int32_t bspLocalEepromRead(uint32_t offset, uint8_t *buf, uint32_t len) {
     if (isNull(buf))
         return BSP_E_NULL;
-    return bspI2cEepromRead(BSP_EEPROM_BUS, BSP_EEPROM_BOARD_CHANNEL, BSP_EEPROM_ADDRESS, offset,
-                            buf, len);
+    return bspI2cEepromRead(bsp::kBoardEeprom.bus, bsp::kBoardEeprom.channel,
+                            bsp::kBoardEeprom.device, offset, buf, len);
 }
 
 int32_t bspLocalEepromWrite(uint32_t offset, const uint8_t *buf, uint32_t len) {
     if (isNull(buf))
         return BSP_E_NULL;
-    return bspI2cEepromWrite(BSP_EEPROM_BUS, BSP_EEPROM_BOARD_CHANNEL, BSP_EEPROM_ADDRESS, offset,
-                             buf, len);
+    return bspI2cEepromWrite(bsp::kBoardEeprom.bus, bsp::kBoardEeprom.channel,
+                             bsp::kBoardEeprom.device, offset, buf, len);
 }
 
 int32_t bspPowerEepromRead(uint32_t supply, uint32_t offset, uint8_t *buf, uint32_t len) {
@@ -101,8 +102,8 @@ int32_t bspPowerEepromRead(uint32_t supply, uint32_t offset, uint8_t *buf, uint3
         return BSP_E_NULL;
     if (!isSupply(supply))
         return BSP_E_INVALID;
-    return bspI2cEepromRead(BSP_EEPROM_BUS, supplyChannel(supply), BSP_EEPROM_ADDRESS, offset, buf,
-                            len);
+    return bspI2cEepromRead(bsp::kSupplyEeprom.bus, supplyChannel(supply),
+                            bsp::kSupplyEeprom.device, offset, buf, len);
 }
 
 int32_t bspPowerEepromWrite(uint32_t supply, uint32_t offset, const uint8_t *buf, uint32_t len) {
@@ -110,6 +111,6 @@ int32_t bspPowerEepromWrite(uint32_t supply, uint32_t offset, const uint8_t *buf
         return BSP_E_NULL;
     if (!isSupply(supply))
         return BSP_E_INVALID;
-    return bspI2cEepromWrite(BSP_EEPROM_BUS, supplyChannel(supply), BSP_EEPROM_ADDRESS, offset, buf,
-                             len);
+    return bspI2cEepromWrite(bsp::kSupplyEeprom.bus, supplyChannel(supply),
+                             bsp::kSupplyEeprom.device, offset, buf, len);
 }

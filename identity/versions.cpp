@@ -1,8 +1,9 @@
 // Versions of the hardware, the CPLD, the FPGA that the board does not have, and the boot loader.
 
 #include "bsp.h"
-#include "identity/identity_registers.h"
+#include "support/board_map.h"
 #include "support/owned.h"
+#include "support/register_bits.h"
 
 #include <cstdio>
 #include <cstring>
@@ -11,10 +12,11 @@ int32_t bspHwVersionGet(char *text) {
     if (text == nullptr)
         return BSP_E_NULL;
     uint16_t version = 0;
-    if (const int32_t status = bspCpldGet(bsp::kVersionRegister, &version); status != BSP_OK)
+    if (const int32_t status = bspCpldGet(bsp::kCpldVersion, &version); status != BSP_OK)
         return status;
-    std::sprintf(text, "%c.%d", 0x40 + bsp::versionField(version, bsp::kHardwareLetterShift),
-                 bsp::versionField(version, bsp::kHardwareNumberShift));
+    constexpr uint32_t kBeforeA = 0x40; // revision 1 is 'A'
+    std::sprintf(text, "%c.%u", kBeforeA + bsp::fieldOf(version, bsp::kHardwareLetter),
+                 bsp::fieldOf(version, bsp::kHardwareNumber));
     return BSP_OK;
 }
 
@@ -22,10 +24,10 @@ int32_t bspCpldVersionGet(char *text) {
     if (text == nullptr)
         return BSP_E_NULL;
     uint16_t version = 0;
-    if (const int32_t status = bspCpldGet(bsp::kVersionRegister, &version); status != BSP_OK)
+    if (const int32_t status = bspCpldGet(bsp::kCpldVersion, &version); status != BSP_OK)
         return status;
-    std::sprintf(text, "V%d.%d", bsp::versionField(version, bsp::kCpldMajorShift),
-                 bsp::versionField(version, bsp::kCpldMinorShift));
+    std::sprintf(text, "V%u.%u", bsp::fieldOf(version, bsp::kCpldMajorVersion),
+                 bsp::fieldOf(version, bsp::kCpldMinorVersion));
     return BSP_OK;
 }
 

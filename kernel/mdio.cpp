@@ -2,6 +2,7 @@
 // each command. The kernel module has no part in it.
 
 #include "bsp.h"
+#include "support/board_map.h"
 #include "support/owned.h"
 
 #include <cstdio>
@@ -12,9 +13,7 @@
 namespace {
 
 constexpr char kMemoryPath[] = "/dev/mem";
-constexpr off_t kPageAddress = 0x1B000000;
 constexpr size_t kPageSize = 4096;
-constexpr size_t kCommandOffset = 0x7F4;
 
 // The command register.
 constexpr uint32_t kBusy = 1u << 0; // set by us, cleared by the hardware
@@ -33,8 +32,8 @@ constexpr useconds_t kPollPause = 1;
 class RegisterPage {
   public:
     explicit RegisterPage(int memory)
-        : page_(
-              mmap(nullptr, kPageSize, PROT_READ | PROT_WRITE, MAP_SHARED, memory, kPageAddress)) {}
+        : page_(mmap(nullptr, kPageSize, PROT_READ | PROT_WRITE, MAP_SHARED, memory,
+                     bsp::kMdioPageAddress)) {}
     RegisterPage(const RegisterPage &) = delete;
     RegisterPage &operator=(const RegisterPage &) = delete;
     ~RegisterPage() {
@@ -44,7 +43,7 @@ class RegisterPage {
 
     bool isMapped() const { return page_ != MAP_FAILED; }
     volatile uint32_t &command() const {
-        return static_cast<volatile uint32_t *>(page_)[kCommandOffset / sizeof(uint32_t)];
+        return static_cast<volatile uint32_t *>(page_)[bsp::kMdioCommand / sizeof(uint32_t)];
     }
 
   private:
@@ -92,7 +91,8 @@ int32_t run(uint32_t command, Complaint complain, uint32_t *word) {
     }
     const RegisterPage page(memory.get());
     if (!page.isMapped()) {
-        std::printf("Can't map physical memory: 0x%lx\n", static_cast<unsigned long>(kPageAddress));
+        std::printf("Can't map physical memory: 0x%lx\n",
+                    static_cast<unsigned long>(bsp::kMdioPageAddress));
         return BSP_E_MAP;
     }
     page.command() = command | kBusy;

@@ -2,7 +2,7 @@
 // Bits and fields of 16-bit CPLD registers. A bit outside the register reads clear and changes
 // nothing when it is written.
 
-#include "bsp.h"
+#include "support/board_map.h"
 
 #include <cstdint>
 
@@ -21,6 +21,11 @@ constexpr uint16_t fieldMask(int64_t lowestBit, unsigned width) {
     if (!isRegisterBit(lowestBit))
         return 0;
     return static_cast<uint16_t>(((1u << width) - 1) << lowestBit);
+}
+
+/** What a field holds. */
+constexpr uint32_t fieldOf(uint16_t reg, const CpldField &field) {
+    return uint32_t{reg} >> field.lowestBit & ((1u << field.width) - 1);
 }
 
 /** A register with a field replaced. */

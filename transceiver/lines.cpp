@@ -3,24 +3,25 @@
 #include "bsp.h"
 #include "identity/board_catalogue.h"
 #include "kernel/reported_registers.h"
+#include "support/board_map.h"
 #include "support/register_bits.h"
 
 namespace {
 
-constexpr uint32_t kPortsPerRegister = 16;
-constexpr uint32_t kFirstUplinkBit = 6; // presence and transmitter disable
-
-/** The registers of one kind of line. */
+/** Where one kind of line is. */
 struct Line {
-    uint32_t frontRegister; // of front ports 1 to 16
-    uint32_t uplinkRegister;
-    bool isStatus; // has the model's bit for status lines
+    uint32_t frontRegister;         // of front ports 1 to 16
+    bsp::CpldLine uplink;           // of the first one
+    uint32_t bitWithoutStatusLines; // of the first uplink, on models that have no lines for status
 };
 
-constexpr Line kPresent = {19, 8, false};
-constexpr Line kTxDisable = {25, 12, false};
-constexpr Line kRxLos = {16, 8, true};
-constexpr Line kTxFault = {22, 12, true};
+constexpr Line kPresent = {bsp::kCpldSfpPresence, bsp::kUplinkPresence, bsp::kUplinkPresence.bit};
+constexpr Line kTxDisable = {bsp::kCpldSfpTransmitDisable, bsp::kUplinkTransmitDisable,
+                             bsp::kUplinkTransmitDisable.bit};
+constexpr Line kRxLos = {bsp::kCpldSfpReceiveLoss, bsp::kUplinkReceiveLoss,
+                         bsp::kUplinkPresence.bit};
+constexpr Line kTxFault = {bsp::kCpldSfpTransmitFault, bsp::kUplinkTransmitFault,
+                           bsp::kUplinkTransmitDisable.bit};
 
 /** Where a cage's line is. A bit outside the register belongs to a port without a cage. */
 struct LinePlace {
@@ -28,14 +29,25 @@ struct LinePlace {
     int64_t bit;
 };
 
-LinePlace placeOf(const Line &line, uint32_t port, const bsp::CageLines &cages) {
-    if (port >= 1 && port <= cages.frontPorts)
-        return {line.frontRegister + (port - 1) / kPortsPerRegister,
-                (port - 1) % kPortsPerRegister};
-    if (port < cages.uplinksFrom || port > cages.uplinksTo)
-        return {0, 0}; // no cage, and no port is refused
-    const uint32_t firstBit = line.isStatus ? cages.uplinkStatusBit : kFirstUplinkBit;
-    return {line.uplinkRegister, int64_t{port} - cages.firstUplink + firstBit};
+/** Whether a port has no lines: no port is refused, and register 0 is read for it. Where the only
+ * cages are uplinks all ports count as such. */
+bool isWithoutLines(const bsp::BoardModel &model, uint32_t port) {
+    const bsp::CageRange &uplinks = model.uplinkCages;
+    const uint32_t behind = uint32_t{uplinks.firstPort} + uplinks.ports;
+    return (model.frontCages.ports != 0 && port < uplinks.firstPort) ||
+           (!model.havePortsBehindUplinks && port >= behind);
+}
+
+LinePlace placeOf(const Line &line, uint32_t port, const bsp::BoardModel &model) {
+    const uint32_t front = port - 1; // no port 0: it is far behind the last
+    if (front < model.frontCages.ports)
+        return {line.frontRegister + front / bsp::kCpldLinesPerRegister,
+                front % bsp::kCpldLinesPerRegister};
+    if (isWithoutLines(model, port))
+        return {0, 0};
+    const uint32_t firstBit =
+        model.haveUplinkStatusLines ? line.uplink.bit : line.bitWithoutStatusLines;
+    return {line.uplink.reg, int64_t{port} - model.uplinkCages.firstPort + firstBit};
 }
 
 /** Finds a line and reads its register. */
@@ -44,7 +56,7 @@ int32_t readLine(const Line &line, uint32_t port, LinePlace *place, uint16_t *re
     uint32_t devId = 0;
     if (const int32_t status = bspDevIdGet(&devId); status != BSP_OK)
         return status;
-    *place = placeOf(line, port, bsp::boardModel(devId).cageLines);
+    *place = placeOf(line, port, bsp::boardModel(devId));
     return bsp::readRegister(place->reg, reg, site);
 }
 

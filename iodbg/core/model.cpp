@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "identity/board_catalogue.h"
+#include "support/board_map.h"
 
 namespace iodbg {
 
@@ -13,11 +14,10 @@ void addCages(std::vector<uint32_t> &cages, const bsp::CageRange &range) {
 }
 
 FanPresence presenceOf(const bsp::Fans &fans) {
-    constexpr uint32_t kSuppliesRegister = 30;
     if (fans.presenceRegister == 0)
         return FanPresence::Unknown;
-    return fans.presenceRegister == kSuppliesRegister ? FanPresence::SuppliesLine
-                                                      : FanPresence::OwnLine;
+    return fans.presenceRegister == bsp::kSupplyPresence.reg ? FanPresence::SuppliesLine
+                                                             : FanPresence::OwnLine;
 }
 
 } // namespace
@@ -30,8 +30,8 @@ int32_t readModel(Model &model) {
     const bsp::BoardModel &row = bsp::boardModel(id);
     model.id = id;
     model.isKnown = row.devId == id;
-    model.hasSupplyLines = row.chassis != bsp::ChassisClass::Other;
-    model.hasSupplyReadings = row.chassis == bsp::ChassisClass::TwoFan;
+    model.hasSupplyLines = row.supplies.count != 0;
+    model.hasSupplyReadings = row.supplies.haveBus;
     model.poePorts = row.poePorts;
     model.fans = row.fans.count;
     model.fanPresence = presenceOf(row.fans);
@@ -39,9 +39,8 @@ int32_t readModel(Model &model) {
     model.hasClock = row.hasClock;
     addCages(model.cages, row.frontCages);
     addCages(model.cages, row.uplinkCages);
-    constexpr uint8_t kPresenceBit = 6; // of the first uplink
-    if (row.cageLines.uplinkStatusBit == kPresenceBit)
-        model.firstCageWithoutStatus = row.cageLines.firstUplink;
+    if (!row.haveUplinkStatusLines)
+        model.firstCageWithoutStatus = row.uplinkCages.firstPort;
     return BSP_OK;
 }
 

@@ -2,15 +2,15 @@
 
 #include "bsp.h"
 #include "identity/board_catalogue.h"
+#include "support/board_map.h"
 #include "support/message.h"
+#include "support/register_bits.h"
 
 #include <cstdio>
 
 namespace {
 
-constexpr uint32_t kBus = 16;
-constexpr uint32_t kSegment = 0;
-constexpr uint32_t kDevice = 0x20;
+using bsp::kPoeController;
 
 bool hasController() {
     uint32_t devId = 0;
@@ -32,31 +32,34 @@ int32_t checkTransfer(const uint8_t *buffer, int32_t length,
 int32_t rtl8239CmdRequest(const uint8_t *buffer, int32_t length) {
     if (const int32_t status = checkTransfer(buffer, length); status != BSP_OK)
         return status;
-    return bspI2cWrite(kBus, kSegment, kDevice, 0, 0, buffer, length) == BSP_OK ? BSP_OK
-                                                                                : BSP_E_POE_WRITE;
+    return bspI2cWrite(kPoeController.bus, kPoeController.channel, kPoeController.device, 0, 0,
+                       buffer, length) == BSP_OK
+               ? BSP_OK
+               : BSP_E_POE_WRITE;
 }
 
 int32_t rtl8239CmdResponse(uint8_t *buffer, int32_t length) {
     if (const int32_t status = checkTransfer(buffer, length); status != BSP_OK)
         return status;
-    return bspI2cRead(kBus, kSegment, kDevice, 0, 0, buffer, length) == BSP_OK ? BSP_OK
-                                                                               : BSP_E_POE_READ;
+    return bspI2cRead(kPoeController.bus, kPoeController.channel, kPoeController.device, 0, 0,
+                      buffer, length) == BSP_OK
+               ? BSP_OK
+               : BSP_E_POE_READ;
 }
 
 int32_t bspPoeOnlineGet(uint32_t *out) {
-    constexpr uint32_t kControlRegister = 6;
-    constexpr uint16_t kMissing = 0x4000; // active low: 0 is a controller that is there
     if (out == nullptr)
         return BSP_E_POE_NULL;
     uint16_t reg = 0;
-    if (const int32_t status = bspCpldGet(kControlRegister, &reg); status != BSP_OK) {
+    if (const int32_t status = bspCpldGet(bsp::kPoeAbsence.reg, &reg); status != BSP_OK) {
         std::printf("%s-%d: bspCpldGet error. ret=%d \n", __func__, __LINE__, status);
         return status;
     }
-    *out = (reg & kMissing) != 0 ? BSP_POE_CONTROLLER_MISSING : BSP_POE_CONTROLLER_PRESENT;
+    *out = bsp::hasBit(reg, bsp::kPoeAbsence.bit) ? BSP_POE_CONTROLLER_MISSING
+                                                  : BSP_POE_CONTROLLER_PRESENT;
     return BSP_OK;
 }
 
 int32_t bspPoeRtl8239ResetSet(uint32_t value) {
-    return bspGpioDirectionOutput(BSP_GPIO_POE_RESET, value != 0 ? BSP_GPIO_LOW : BSP_GPIO_HIGH);
+    return bspGpioDirectionOutput(bsp::kPoeResetGpio, value != 0 ? BSP_GPIO_LOW : BSP_GPIO_HIGH);
 }

@@ -27,16 +27,10 @@ constexpr char kCatalogue[] = "0x0109   other, cages 25-30\n"
                               "0x8809   two fans, clock, cages 49-54\n"
                               "unknown  other, cages 49-54\n";
 
-const char *chassisText(bsp::ChassisClass chassis) {
-    switch (chassis) {
-    case bsp::ChassisClass::FourFan:
+const char *chassisText(uint32_t devId) {
+    if (bspDevIsFourFanModel(devId) != 0)
         return "four fans";
-    case bsp::ChassisClass::TwoFan:
-        return "two fans";
-    case bsp::ChassisClass::Other:
-        return "other";
-    }
-    return "?";
+    return bspDevIsTwoFanModel(devId) != 0 ? "two fans" : "other";
 }
 
 std::string cagesText(const bsp::CageRange &cages) {
@@ -47,7 +41,7 @@ std::string cagesText(const bsp::CageRange &cages) {
 }
 
 std::string rowText(const bsp::BoardModel &model) {
-    return chassisText(model.chassis) + std::string(model.hasClock ? ", clock" : "") + ", cages" +
+    return chassisText(model.devId) + std::string(model.hasClock ? ", clock" : "") + ", cages" +
            cagesText(model.frontCages) + cagesText(model.uplinkCages) + "\n";
 }
 
@@ -102,7 +96,32 @@ TEST(BoardCatalogueTest, ExactlyTheClassesModelsAreInThem) {
 // The virtual board's models come from circuit diagrams of their own.
 TEST(BoardCatalogueTest, AgreesWithTheHardwareOnSupplyRecords) {
     for (const vb::Model &model : vb::kModels)
-        EXPECT_EQ(bspDevIsTwoFanModel(model.devId) != 0, model.hasSupplyEeproms) << model.devId;
+        EXPECT_EQ(bspDevIsTwoFanModel(model.devId) != 0, model.supplies.haveBus) << model.devId;
+}
+
+TEST(BoardCatalogueTest, AgreesWithTheHardwareOnWhatThereIs) {
+    for (const vb::Model &model : vb::kModels) {
+        const bsp::BoardModel &row = bsp::boardModel(model.devId);
+        EXPECT_EQ(row.devId, model.devId);
+        EXPECT_EQ(row.poePorts, model.poePorts) << model.devId;
+        EXPECT_EQ(row.hasClock, model.hasClock) << model.devId;
+        EXPECT_EQ(row.supplies.count, model.supplies.count) << model.devId;
+        EXPECT_EQ(row.supplies.haveBus, model.supplies.haveBus) << model.devId;
+    }
+}
+
+// Boards that have no fans of their own are taken to have two unseen ones.
+TEST(BoardCatalogueTest, AgreesWithTheHardwareOnFans) {
+    for (const vb::Model &model : vb::kModels) {
+        const bsp::BoardModel &row = bsp::boardModel(model.devId);
+        EXPECT_EQ(row.fans.presenceRegister != 0, model.fans.count != 0) << model.devId;
+        if (model.fans.count == 0)
+            continue;
+        EXPECT_EQ(row.fans.count, model.fans.count) << model.devId;
+        EXPECT_EQ(row.fans.haveOwnTachometers, model.fans.haveOwnTachometers) << model.devId;
+        EXPECT_EQ(row.fans.presenceRegister, model.fans.presence.reg) << model.devId;
+        EXPECT_EQ(row.fans.presenceBit, model.fans.presence.bit) << model.devId;
+    }
 }
 
 TEST(BoardCatalogueTest, AgreesWithTheHardwareOnCages) {
@@ -111,8 +130,7 @@ TEST(BoardCatalogueTest, AgreesWithTheHardwareOnCages) {
         EXPECT_EQ(row.frontCages.ports, model.sfpPorts) << model.devId;
         EXPECT_EQ(row.uplinkCages.ports, model.uplinks) << model.devId;
         EXPECT_EQ(row.uplinkCages.firstPort, model.copperPorts + model.sfpPorts + 1) << model.devId;
-        EXPECT_EQ(row.cageLines.frontPorts, model.sfpPorts) << model.devId;
-        EXPECT_EQ(row.cageLines.firstUplink, row.uplinkCages.firstPort) << model.devId;
+        EXPECT_EQ(row.haveUplinkStatusLines, model.haveUplinkStatusLines) << model.devId;
     }
 }
 

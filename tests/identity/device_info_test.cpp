@@ -137,7 +137,7 @@ TEST_F(DeviceInfoTest, OnlySuppliesOfTwoFanModelsHaveRecords) {
     for (const vb::Model &model : vb::kModels) {
         useModel(model.devId);
         BspDevinfo record{};
-        const int32_t expected = model.hasSupplyEeproms ? BSP_OK : BSP_E_NOT_SUPPORTED;
+        const int32_t expected = model.supplies.haveBus ? BSP_OK : BSP_E_NOT_SUPPORTED;
         EXPECT_EQ(bspDevinfoGet(0x50, &record), expected) << model.devId;
         EXPECT_EQ(bspDevinfoSet(0x51, &record), expected) << model.devId;
     }

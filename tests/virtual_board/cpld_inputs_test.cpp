@@ -126,11 +126,13 @@ TEST_F(CpldInputsTest, EveryBitThatADeviceDrivesIsAnInput) {
                                                                   : 0);
             EXPECT_EQ(driven[first + 2], model().sfpPorts == 48 ? 0xFFFF : 0);
         }
-        EXPECT_EQ(driven[28] != 0, model().fans != 0);
-        EXPECT_EQ(driven[29] != 0, model().fans == 4);
+        EXPECT_EQ(driven[28] != 0, model().fans.count != 0);
+        EXPECT_EQ(driven[29] != 0, model().fans.count == 4);
         // The first status line tells of an unplugged supply on models with four fans alone.
-        EXPECT_EQ(driven[30], model().fans == 4 ? 0x03FF : model().fans == 2 ? 0x03CF : 0);
-        EXPECT_EQ(driven[31], model().fans == 2 ? 0x0100 : 0);
+        EXPECT_EQ(driven[30], model().fans.count == 4   ? 0x03FF
+                              : model().fans.count == 2 ? 0x03CF
+                                                        : 0);
+        EXPECT_EQ(driven[31], model().fans.count == 2 ? 0x0100 : 0);
     }
 }
 
@@ -256,10 +258,10 @@ TEST_F(CpldInputsTest, LinesThatFansShareWithSuppliesAreToldAsSuch) {
             return vb::namedProperty(*vb::attachedFolder(), name).note;
         };
         const bool isTold = !note("cpld.30").empty();
-        EXPECT_EQ(isTold, model().fans == 4);
-        if (model().fans == 0)
+        EXPECT_EQ(isTold, model().fans.count == 4);
+        if (model().fans.count == 0)
             continue;
-        for (uint32_t fan = 1; fan <= model().fans; ++fan) {
+        for (uint32_t fan = 1; fan <= model().fans.count; ++fan) {
             for (uint32_t supply = 1; supply <= 2; ++supply) {
                 const std::string fanName = "fan." + std::to_string(fan) + ".present";
                 const std::string supplyName = "supply." + std::to_string(supply) + ".present";

@@ -196,40 +196,40 @@ TEST_F(TraceTest, NamesAreThoseOfTheBoardsDevices) {
         {vb::kCpldControl, "control"},
         {vb::kCpldLamps, "lamps"},
         {vb::kCpldUplinkInputs, "uplink inputs"},
-        {vb::kCpldUplinkTransmit, "uplink transmitters"},
+        {vb::kCpldUplinkTransmitters, "uplink transmitters"},
         {vb::kCpldPoeLamps, "PoE lamps"},
         {vb::kCpldPoeLamps + 1, "PoE lamps"},
         {vb::kCpldPoeLamps + 2, "PoE lamps"},
-        {vb::kCpldSfpLoss, "SFP receive loss"},
-        {vb::kCpldSfpLoss + 1, "SFP receive loss"},
-        {vb::kCpldSfpLoss + 2, "SFP receive loss"},
-        {vb::kCpldSfpPresent, "SFP presence"},
-        {vb::kCpldSfpPresent + 1, "SFP presence"},
-        {vb::kCpldSfpPresent + 2, "SFP presence"},
-        {vb::kCpldSfpFault, "SFP transmit fault"},
-        {vb::kCpldSfpFault + 1, "SFP transmit fault"},
-        {vb::kCpldSfpFault + 2, "SFP transmit fault"},
-        {vb::kCpldSfpDisable, "SFP transmit disable"},
-        {vb::kCpldSfpDisable + 1, "SFP transmit disable"},
-        {vb::kCpldSfpDisable + 2, "SFP transmit disable"},
-        {vb::kCpldFanCounts, "fan speeds"},
-        {vb::kCpldFanCounts + 1, "fan speeds"},
+        {vb::kCpldSfpReceiveLoss, "SFP receive loss"},
+        {vb::kCpldSfpReceiveLoss + 1, "SFP receive loss"},
+        {vb::kCpldSfpReceiveLoss + 2, "SFP receive loss"},
+        {vb::kCpldSfpPresence, "SFP presence"},
+        {vb::kCpldSfpPresence + 1, "SFP presence"},
+        {vb::kCpldSfpPresence + 2, "SFP presence"},
+        {vb::kCpldSfpTransmitFault, "SFP transmit fault"},
+        {vb::kCpldSfpTransmitFault + 1, "SFP transmit fault"},
+        {vb::kCpldSfpTransmitFault + 2, "SFP transmit fault"},
+        {vb::kCpldSfpTransmitDisable, "SFP transmit disable"},
+        {vb::kCpldSfpTransmitDisable + 1, "SFP transmit disable"},
+        {vb::kCpldSfpTransmitDisable + 2, "SFP transmit disable"},
+        {vb::kCpldFanSpeeds, "fan speeds"},
+        {vb::kCpldFanSpeeds + 1, "fan speeds"},
         {vb::kCpldSupplies, "supplies"},
-        {vb::kCpldFanPresence, "fans"}};
+        {vb::kCpldFans, "fans"}};
     for (uint32_t reg = 0; reg < 2 * vb::kCpldRegisters; ++reg) {
         const char *name = language::registerName(reg);
         const auto known = names.find(reg);
         EXPECT_EQ(name != nullptr ? name : "", known != names.end() ? known->second : "") << reg;
     }
-    static_assert(language::kSystemBus == vb::kSystemBus);
-    static_assert(language::kFirstSupplyChannel == vb::kFirstSupplyChannel);
-    static_assert(language::kPmbusDevAddr == vb::kPmbusDevAddr);
-    static_assert(language::kPoeBus == vb::kPoeBus);
-    static_assert(language::kPoeDevAddr == vb::kPoeDevAddr);
+    static_assert(language::kSystemBus == vb::kSupplyPmbus.bus);
+    static_assert(language::kFirstSupplyChannel == vb::kSupplyPmbus.channel);
+    static_assert(language::kPmbusDevAddr == vb::kSupplyPmbus.device);
+    static_assert(language::kPoeBus == vb::kPoeController.bus);
+    static_assert(language::kPoeDevAddr == vb::kPoeController.device);
     language::TraceRecord record = {};
     record.kind = language::TraceKind::I2cWrite;
-    record.bus = vb::kPoeBus;
-    record.devAddr = vb::kPoeDevAddr;
+    record.bus = vb::kPoeController.bus;
+    record.devAddr = vb::kPoeController.device;
     record.stored = 2;
     record.data[0] = vb::kPoeMisc;
     for (const auto &[code, name] :

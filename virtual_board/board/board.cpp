@@ -44,9 +44,9 @@ void buildBoard(Board &board, const Model &model, const FactoryData &factory,
 
     for (uint32_t index = 0; index < kSupplies; ++index) {
         Supply &supply = devices.supply[index];
-        if (model.hasSupplyEeproms)
+        if (model.supplies.haveBus)
             writeSupplyEeprom(supply.eeprom, index);
-        supply.isPresent = model.supplyLines != SupplyLines::None ? 1 : 0;
+        supply.isPresent = index < model.supplies.count ? 1 : 0;
         pmbusBuild(supply.pmbus);
     }
     buildClimate(board, model);

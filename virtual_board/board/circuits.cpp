@@ -3,11 +3,13 @@
 #include "virtual_board/board/climate_lines.h"
 #include "virtual_board/board/sfp_cages.h"
 
+#include <utility>
+
 namespace vb {
 
 namespace {
 
-constexpr uint16_t kPtpLine = 0x8000;
+constexpr uint16_t kPtpMask = 1u << kPtpTrigger.bit;
 
 /** Whether a fault keeps the PoE controller in reset although its line is released. */
 bool isStuckInReset(Board &board) {
@@ -21,6 +23,27 @@ void followResetLine(Board &board, uint64_t nowNs) {
     if (poe.isFitted == 0 || isHeld == (poe.isHeldInReset != 0))
         return;
     poeSetReset(poe, isHeld, !isHeld && isStuckInReset(board), nowNs);
+}
+
+/** Whether a supply is as a line tells of it. */
+bool holds(const Supply &supply, SupplyTells what) {
+    const bool isPlugged = supply.isPresent != 0;
+    const bool isInputGood = isPlugged && supply.pmbus.hasInputFailed == 0;
+    switch (what) {
+    case SupplyTells::Never:
+        return false;
+    case SupplyTells::Plugged:
+        return isPlugged;
+    case SupplyTells::Unplugged:
+        return !isPlugged;
+    case SupplyTells::InputGood:
+        return isInputGood;
+    case SupplyTells::InputFailed:
+        return isPlugged && !isInputGood;
+    case SupplyTells::OutputGood:
+        return isInputGood && supply.pmbus.hasOutputFailed == 0;
+    }
+    return false;
 }
 
 /** The power comes back. */
@@ -51,7 +74,7 @@ void registerWritten(Board &board, uint32_t reg, uint16_t before, uint64_t nowNs
         board.devices.watchdog.fedNs = nowNs;
     if (reg == kCpldReset && content == 0)
         resetBoard(board, ResetReason::Register, nowNs);
-    if (reg == kCpldControl && (content & ~before & kPtpLine) != 0)
+    if (reg == kCpldControl && (content & ~before & kPtpMask) != 0)
         ++board.devices.ptpPulses;
 }
 
@@ -82,29 +105,26 @@ void driveAllLines(Board &board, uint64_t nowNs) {
 
 void drivePoeLine(Board &board) {
     const PoeController &poe = board.devices.poe;
-    cpldDrive(board.devices.cpld, kCpldPoeAbsent, poe.isFitted == 0 || poe.isMissing != 0);
+    cpldDrive(board.devices.cpld, kPoeAbsence, poe.isFitted == 0 || poe.isMissing != 0);
 }
 
 void driveSupplyLines(Board &board, uint32_t index) {
     const Model *model = findModel(board.header.devId);
-    if (model == nullptr || model->supplyLines == SupplyLines::None)
+    if (model == nullptr || index >= model->supplies.count)
         return;
     const Supply &supply = board.devices.supply[index];
-    const bool isPlugged = supply.isPresent != 0;
-    const bool isInputGood = isPlugged && supply.pmbus.hasInputFailed == 0;
-    const bool isOutputGood = isInputGood && supply.pmbus.hasOutputFailed == 0;
-    const bool isFourFan = model->supplyLines == SupplyLines::FourFan;
-    const uint32_t n = index + 1;
-    Cpld &cpld = board.devices.cpld;
-    cpldDrive(cpld, supplyPresenceLine(n), !isPlugged);
-    cpldDrive(cpld, supplyTypeLine(n), isPlugged);
-    cpldDrive(cpld, supplyStatusLine(n, 0), isFourFan && !isPlugged);
-    cpldDrive(cpld, supplyStatusLine(n, 1), isFourFan ? isPlugged && !isInputGood : isOutputGood);
-    cpldDrive(cpld, supplyStatusLine(n, 2), isFourFan ? isOutputGood : isInputGood);
+    const SupplyWiring &wiring = model->supplies;
+    const std::pair<CpldLine, SupplyTells> lines[] = {
+        {kSupplyPresence, wiring.presence}, {kSupplyType, wiring.type},
+        {kSupplyStatus0, wiring.status[0]}, {kSupplyStatus1, wiring.status[1]},
+        {kSupplyStatus2, wiring.status[2]},
+    };
+    for (const auto &[line, what] : lines)
+        cpldDrive(board.devices.cpld, nthLine(line, index + 1), holds(supply, what));
 }
 
 bool isPoePresent(const Board &board) {
-    return board.devices.poe.isFitted != 0 && !cpldLevel(board.devices.cpld, kCpldPoeAbsent);
+    return board.devices.poe.isFitted != 0 && !cpldLevel(board.devices.cpld, kPoeAbsence);
 }
 
 } // namespace vb

@@ -6,9 +6,6 @@
 
 namespace vb {
 
-constexpr uint32_t kWatchdogGpio = 0;
-constexpr uint32_t kPoeResetGpio = 19; // low holds the PoE controller in reset
-
 /**
  * Brings the board up to now: a watchdog that has expired resets it, levels reach what they lead
  * to, PoE ports go on. Called around each request and each change from the world.
@@ -27,29 +24,9 @@ void driveAllLines(Board &board, uint64_t nowNs);
 /** Drives the line that tells whether the PoE controller is there. */
 void drivePoeLine(Board &board);
 
-// Lines of a fixed supply, n = 1 or 2. Only boards whose catalogue says so have them.
-constexpr CpldLine supplyPresenceLine(uint32_t n) {
-    return {kCpldSupplies, n - 1};
-}
-constexpr CpldLine supplyTypeLine(uint32_t n) {
-    return {kCpldSupplies, n + 1};
-}
-constexpr CpldLine supplyStatusLine(uint32_t n, uint32_t line) { // line 0, 1 or 2
-    return {kCpldSupplies, n + 3 + 2 * line};
-}
-
 /**
  * Drives a supply's lines as its state says. They stay so until the supply changes again or the
  * board is reset, so that each line can also be driven on its own by setting its register.
- *
- * The presence line is active low: clear while a supply is plugged. Type and readings of a supply
- * can be had only in that state of the line, which is what a plugged supply must be able to do.
- *
- * line       two fans                           four fans
- * type       set while plugged                  set while plugged
- * status 0   clear                              set while unplugged
- * status 1   set while the output is good       set while the input has failed
- * status 2   set while the input is good        set while the output is good
  */
 void driveSupplyLines(Board &board, uint32_t index);
 

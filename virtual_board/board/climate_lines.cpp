@@ -6,20 +6,7 @@ namespace vb {
 
 namespace {
 
-constexpr uint32_t kLevelShift = 5; // in the control register
-constexpr uint32_t kLevelMask = 0xF;
-constexpr uint32_t kTwoFans = 2;
 constexpr uint32_t kMilli = 1000;
-
-/** Where the presence of the fans is told; one bit for each pair. */
-struct PresencePlace {
-    uint32_t reg;
-    uint32_t firstBit;
-};
-
-PresencePlace presencePlace(uint32_t fans) {
-    return fans == kTwoFans ? PresencePlace{kCpldFanPresence, 8} : PresencePlace{kCpldSupplies, 0};
-}
 
 ClimateLoad loadOf(const Devices &devices) {
     uint32_t milliwatts = devices.poe.isFitted != 0 ? poeTotalDrawn(devices.poe) : 0;
@@ -28,7 +15,7 @@ ClimateLoad loadOf(const Devices &devices) {
                           supply.pmbus.hasOutputFailed == 0;
         milliwatts += isOn ? supply.pmbus.outputMw : 0;
     }
-    return {devices.cpld.reg[kCpldControl] >> kLevelShift & kLevelMask, milliwatts / kMilli};
+    return {fieldOf(devices.cpld.reg[kFanLevel.reg], kFanLevel), milliwatts / kMilli};
 }
 
 /** A pair of fans is told to be there while both are. */
@@ -41,60 +28,63 @@ uint16_t presenceOf(const Climate &climate) {
     return static_cast<uint16_t>(bits);
 }
 
-/** The counts of fans 1 and 2, or 3 and 4. Models with two fans have one count, of the slower. */
-uint16_t countsOf(const Climate &climate, uint32_t first) {
+/** The counts of a pair of fans: of both, or of the slower. */
+uint16_t countsOf(const Climate &climate, uint32_t first, bool haveOwnTachometers) {
     const uint8_t low = fanCount(climate.fan[first]);
     const uint8_t high = fanCount(climate.fan[first + 1]);
-    if (climate.fans == kTwoFans && first == 0)
+    if (!haveOwnTachometers)
         return low < high ? low : high;
-    return static_cast<uint16_t>(high << 8 | low);
+    return static_cast<uint16_t>(high << kFanSpeed.width | low);
 }
 
 /** Puts a changed value on its lines, which stay otherwise as the world has set them. */
-void drivePresence(Board &board, uint16_t presence) {
-    const PresencePlace place = presencePlace(board.devices.climate.fans);
-    uint16_t &lines = board.devices.cpld.reg[place.reg];
-    const uint32_t changed = presence ^ board.devices.climate.presence;
-    lines = static_cast<uint16_t>((lines & ~(changed << place.firstBit)) | (changed & presence)
-                                                                               << place.firstBit);
-    board.devices.climate.presence = presence;
+void drivePresence(Board &board, const FanWiring &wiring) {
+    Climate &climate = board.devices.climate;
+    const uint16_t presence = presenceOf(climate);
+    const uint32_t changed = presence ^ climate.presence;
+    uint16_t &lines = board.devices.cpld.reg[wiring.presence.reg];
+    lines = static_cast<uint16_t>((lines & ~(changed << wiring.presence.bit)) |
+                                  (changed & presence) << wiring.presence.bit);
+    climate.presence = presence;
 }
 
-void driveCounts(Board &board) {
+void driveCounts(Board &board, const FanWiring &wiring) {
     Climate &climate = board.devices.climate;
     for (uint32_t index = 0; index < 2; ++index) {
-        const uint16_t counts = countsOf(climate, 2 * index);
+        const uint16_t counts = countsOf(climate, 2 * index, wiring.haveOwnTachometers);
         if (counts != climate.counts[index])
-            board.devices.cpld.reg[kCpldFanCounts + index] = counts;
+            board.devices.cpld.reg[kCpldFanSpeeds + index] = counts;
         climate.counts[index] = counts;
     }
 }
 
-} // namespace
-
-bool sharesPresenceLines(const Model &model) {
-    return model.fans > kTwoFans;
+void driveLines(Board &board) {
+    const Model *model = findModel(board.header.devId);
+    if (model == nullptr || model->fans.count == 0)
+        return;
+    drivePresence(board, model->fans);
+    driveCounts(board, model->fans);
 }
 
+} // namespace
+
 void buildClimate(Board &board, const Model &model) {
-    climateBuild(board.devices.climate, model.fans, loadOf(board.devices));
+    climateBuild(board.devices.climate, model.fans.count, loadOf(board.devices));
 }
 
 void startClimateLines(Board &board) {
     Climate &climate = board.devices.climate;
     climate.counts[0] = climate.counts[1] = climate.presence = 0;
     const Model *model = findModel(board.header.devId);
-    if (model != nullptr && sharesPresenceLines(*model))
+    if (model != nullptr && model->haveSharedPresenceLines())
         climate.presence = presenceOf(climate);
-    drivePresence(board, presenceOf(climate));
-    driveCounts(board);
+    driveLines(board);
 }
 
 void advanceClimate(Board &board, uint64_t nowNs) {
     Devices &devices = board.devices;
     climateAdvance(devices.climate, loadOf(devices), nowNs);
-    drivePresence(board, presenceOf(devices.climate));
-    driveCounts(board);
+    driveLines(board);
 }
 
 } // namespace vb

@@ -6,12 +6,6 @@
 
 namespace vb {
 
-/**
- * Whether the presence of fans 1 and 2, and of fans 3 and 4, is told by the lines that tell that of
- * supplies 1 and 2. Such a line shows what has changed last, and the supply at first.
- */
-bool sharesPresenceLines(const Model &model);
-
 /** Builds fans and sensor as they are in a unit that idles. */
 void buildClimate(Board &board, const Model &model);
 

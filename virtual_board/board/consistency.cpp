@@ -16,7 +16,7 @@ bool suppliesAreConsistent(const Devices &devices, const Model &model) {
     return std::all_of(std::begin(devices.supply), std::end(devices.supply),
                        [&](const Supply &supply) {
                            return supply.isPresent <= 1 &&
-                                  supply.eeprom.blocks == (model.hasSupplyEeproms ? 1u : 0u) &&
+                                  supply.eeprom.blocks == (model.supplies.haveBus ? 1u : 0u) &&
                                   pmbusIsConsistent(supply.pmbus);
                        });
 }
@@ -49,7 +49,7 @@ constexpr Check kChecks[] = {
      }},
     {"the fans and the temperature",
      [](const Devices &devices, const Model &model) {
-         return devices.climate.fans == model.fans && climateIsConsistent(devices.climate);
+         return devices.climate.fans == model.fans.count && climateIsConsistent(devices.climate);
      }},
     {"the calendar clock",
      [](const Devices &devices, const Model &model) {

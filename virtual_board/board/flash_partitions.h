@@ -1,12 +1,14 @@
 #pragma once
 // The flash partitions that boards have, by the numbers of their devices.
 
+#include "virtual_board/devices/board_map.h"
 #include "virtual_board/devices/flash.h"
 
 namespace vb {
 
 constexpr uint32_t kFlashPartitions = 4;
-constexpr uint32_t kFlashNumbers[kFlashPartitions] = {0, 4, 12, 14};
+constexpr uint32_t kFlashNumbers[kFlashPartitions] = {kBootLoaderPartition, kBootSettingsPartition,
+                                                      kOsBank0Partition, kOsBank1Partition};
 
 /** What the kernel's list of partitions calls them. */
 constexpr const char *kFlashNames[kFlashPartitions] = {"boot-loader", "boot-settings", "bank-1",

@@ -5,17 +5,6 @@
 
 namespace vb {
 
-// Where devices with commands of their own are.
-constexpr uint32_t kSystemBus = 0;
-constexpr uint32_t kFirstSupplyChannel = 2; // one for each supply
-constexpr uint32_t kPmbusDevAddr = 0x58;
-constexpr uint32_t kChassisChannel = 1; // temperature sensor and clock
-constexpr uint32_t kSensorDevAddr = 0x4F;
-constexpr uint32_t kClockDevAddr = 0x51;
-constexpr uint32_t kPoeBus = 16;
-constexpr uint32_t kPoeChannel = 0;
-constexpr uint32_t kPoeDevAddr = 0x20;
-
 struct I2cTransfer {
     uint32_t bus;
     uint32_t channel;

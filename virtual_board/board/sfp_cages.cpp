@@ -4,10 +4,6 @@ namespace vb {
 
 namespace {
 
-constexpr uint32_t kFirstFrontChannel = 8;
-
-constexpr uint32_t kUplinkUpperBit = 6; // presence and disable are above loss and fault
-
 // Lines as a module's state remembers them
 constexpr uint32_t kPresentLine = 1;
 constexpr uint32_t kLossLine = 2;
@@ -21,20 +17,18 @@ struct Places {
 
 Places placesOf(const Model &model, uint32_t port) {
     if (port <= model.sfpPorts) {
-        const uint32_t reg = (port - 1) / 16;
-        const uint32_t bit = (port - 1) % 16;
-        return {{kCpldSfpPresent + reg, bit},
-                {kCpldSfpLoss + reg, bit},
-                {kCpldSfpFault + reg, bit},
-                {kCpldSfpDisable + reg, bit},
+        const uint32_t reg = (port - 1) / kCpldLinesPerRegister;
+        const uint32_t bit = (port - 1) % kCpldLinesPerRegister;
+        return {{kCpldSfpPresence + reg, bit},
+                {kCpldSfpReceiveLoss + reg, bit},
+                {kCpldSfpTransmitFault + reg, bit},
+                {kCpldSfpTransmitDisable + reg, bit},
                 true};
     }
-    const uint32_t bit = port - firstUplink(model);
-    return {{kCpldUplinkInputs, kUplinkUpperBit + bit},
-            {kCpldUplinkInputs, bit},
-            {kCpldUplinkTransmit, bit},
-            {kCpldUplinkTransmit, kUplinkUpperBit + bit},
-            hasUplinkLossLines(model)};
+    const uint32_t uplink = port - firstUplink(model) + 1;
+    return {nthLine(kUplinkPresence, uplink), nthLine(kUplinkReceiveLoss, uplink),
+            nthLine(kUplinkTransmitFault, uplink), nthLine(kUplinkTransmitDisable, uplink),
+            model.haveUplinkStatusLines};
 }
 
 /** The lines of an empty cage are all clear: the CPLD passes the others on while a module is there.
@@ -56,9 +50,10 @@ void forEachCage(const Model &model, Visit visit) {
 
 /** The port at a channel of the bus; 0 when there is none. */
 uint32_t portAt(const Model &model, uint32_t channel) {
-    if (channel < model.uplinks)
-        return firstUplink(model) + channel;
-    const uint32_t front = channel - kFirstFrontChannel;
+    const uint32_t uplink = channel - kUplinkModule.channel;
+    if (uplink < model.uplinks)
+        return firstUplink(model) + uplink;
+    const uint32_t front = channel - kFrontModule.channel;
     return front < model.sfpPorts ? front + 1 : 0;
 }
 
@@ -71,10 +66,6 @@ uint32_t firstUplink(const Model &model) {
 bool isSfpCage(const Model &model, uint32_t port) {
     const uint32_t uplink = port - firstUplink(model);
     return (port >= 1 && port <= model.sfpPorts) || uplink < model.uplinks;
-}
-
-bool hasUplinkLossLines(const Model &model) {
-    return model.sfpPorts == 0 || model.copperPorts == 0;
 }
 
 SfpModule &sfpModule(Board &board, uint32_t port) {

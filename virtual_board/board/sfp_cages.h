@@ -6,19 +6,11 @@
 
 namespace vb {
 
-constexpr uint32_t kSfpBus = 1;
-
 /** The port of the first uplink: they are behind all other ports. */
 uint32_t firstUplink(const Model &model);
 
 /** Whether a model has a cage at a port of its panel. */
 bool isSfpCage(const Model &model, uint32_t port);
-
-/**
- * Whether the uplinks have wires for receive loss and transmit fault. Programs look for them where
- * presence and transmit disable are on boards that do not.
- */
-bool hasUplinkLossLines(const Model &model);
 
 /** The module in the cage of a port. */
 SfpModule &sfpModule(Board &board, uint32_t port);

@@ -21,7 +21,7 @@ void listModels(bool asJson) {
             list.push_back({{"model", devId},
                             {"description", model.description},
                             {"poe_ports", model.poePorts},
-                            {"supply_eeproms", model.hasSupplyEeproms}});
+                            {"supply_eeproms", model.supplies.haveBus}});
         else
             std::printf("%s  %s\n", devId.c_str(), model.description);
     }

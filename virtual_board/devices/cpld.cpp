@@ -10,15 +10,24 @@ struct InputRow {
     uint16_t bits;
 };
 
+/** Neighbouring lines, from the first on. */
+constexpr uint16_t linesFrom(const CpldLine &first, uint32_t count) {
+    return static_cast<uint16_t>(((1u << count) - 1) << first.bit);
+}
+
+constexpr uint32_t kBuiltInSupplies = 2;
+constexpr uint32_t kUplinks = kUplinkTransmitDisable.bit - kUplinkTransmitFault.bit;
+
 constexpr InputRow kInputs[] = {
     {kCpldDeviceId, kCpldVersion, 0xFFFF}, // wired to the logic
-    {kCpldControl, kCpldControl, 0x4600},  // the PoE controller, and two built-in supplies
+    {kCpldControl, kCpldControl,
+     linesFrom(kPoeAbsence, 1) | linesFrom(kBuiltInSupplyAbsence, kBuiltInSupplies)},
     {kCpldUplinkInputs, kCpldUplinkInputs, 0xFFFF},
-    {kCpldUplinkTransmit, kCpldUplinkTransmit, 0x003F}, // faults; the disable lines are outputs
-    {kCpldSfpLoss, kCpldSfpDisable - 1, 0xFFFF},        // loss, presence and fault
-    {kCpldFanCounts, kCpldFanCounts + 1, 0xFFFF},
+    {kCpldUplinkTransmitters, kCpldUplinkTransmitters, linesFrom(kUplinkTransmitFault, kUplinks)},
+    {kCpldSfpReceiveLoss, kCpldSfpTransmitDisable - 1, 0xFFFF}, // loss, presence and fault
+    {kCpldFanSpeeds, kCpldFanSpeeds + 1, 0xFFFF},
     {kCpldSupplies, kCpldSupplies, 0xFFFF},
-    {kCpldFanPresence, kCpldFanPresence, 0xFFFF},
+    {kCpldFans, kCpldFans, 0xFFFF},
 };
 
 bool isWiredToLogic(uint32_t reg) {
@@ -27,12 +36,11 @@ bool isWiredToLogic(uint32_t reg) {
 
 /** The LED lines of PoE ports that a register has. */
 uint16_t poeLamps(uint32_t reg, uint32_t poePorts) {
-    constexpr uint32_t kLampsInRegister = 16;
-    const uint32_t before = (reg - kCpldPoeLamps) * kLampsInRegister;
+    const uint32_t before = (reg - kCpldPoeLamps) * kCpldLinesPerRegister;
     if (reg < kCpldPoeLamps || before >= poePorts)
         return 0;
     const uint32_t count = poePorts - before;
-    return static_cast<uint16_t>(count >= kLampsInRegister ? 0xFFFFu : (1u << count) - 1);
+    return static_cast<uint16_t>(count >= kCpldLinesPerRegister ? 0xFFFFu : (1u << count) - 1);
 }
 
 } // namespace

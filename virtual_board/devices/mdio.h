@@ -4,14 +4,14 @@
 // the register whenever a program that has mapped it sleeps: the first poll always finds a command
 // busy.
 
+#include "virtual_board/devices/board_map.h"
+
 #include <cstdint>
 
 namespace vb {
 
 constexpr uint32_t kMdioAddresses = 32;
 constexpr uint32_t kMdioPageSize = 4096;
-constexpr uint32_t kMdioPageAddress = 0x1B000000; // physical
-constexpr uint32_t kMdioCommand = 0x7F4;          // in the page
 
 constexpr uint32_t kMdioStart = 1;
 constexpr uint32_t kMdioWrite = 2;

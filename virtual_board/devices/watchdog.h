@@ -1,6 +1,8 @@
 #pragma once
 // The hardware watchdog: counts while a period is set, and starts over at each edge of its line.
 
+#include "virtual_board/devices/cpld.h"
+
 #include <cstdint>
 
 namespace vb {
@@ -14,9 +16,9 @@ struct Watchdog {
 /** The watchdog's period counts seconds of the board's clock. */
 constexpr uint64_t kWatchdogUnitNs = 1000000000;
 
-/** Period in a content of the watchdog register, bits 2-7; 0 disarms. */
+/** Period in a content of the watchdog register; 0 disarms. */
 constexpr uint32_t watchdogPeriod(uint16_t reg) {
-    return reg >> 2 & 0x3F;
+    return fieldOf(reg, kWatchdogPeriod);
 }
 
 /** When an armed watchdog resets the board; UINT64_MAX while it is not armed. */

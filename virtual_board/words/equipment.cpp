@@ -11,10 +11,10 @@ namespace vb {
 language::Equipment equipmentOf(const Model &model) {
     language::Equipment equipment;
     equipment.model = language::hex16Text(model.devId);
-    equipment.supplies = model.supplyLines != SupplyLines::None ? kSupplies : 0;
-    equipment.plugInSupplies = model.hasSupplyEeproms ? kSupplies : 0;
+    equipment.supplies = model.supplies.count;
+    equipment.plugInSupplies = model.supplies.haveBus ? model.supplies.count : 0;
     equipment.poePorts = model.poePorts;
-    equipment.fans = model.fans;
+    equipment.fans = model.fans.count;
     equipment.hasClock = model.hasClock;
     for (uint32_t port = 1; port <= kMostPorts; ++port) {
         if (isSfpCage(model, port))

@@ -1,6 +1,5 @@
 #include "virtual_board/words/line_notes.h"
 
-#include "virtual_board/board/climate_lines.h"
 #include "virtual_board/board/sfp_cages.h"
 
 namespace vb {
@@ -26,14 +25,14 @@ std::string fansBeside(uint32_t supply) {
 std::string noteOfFanPresence(const Target &target) {
     const uint32_t other = target.number() % 2 == 0 ? target.number() - 1 : target.number() + 1;
     const std::string pair = "one line with fan " + std::to_string(other);
-    if (!sharesPresenceLines(modelOf(target)))
+    if (!modelOf(target).haveSharedPresenceLines())
         return pair + ": it is set while both are there";
     const uint32_t supply = (target.number() + 1) / 2;
     return pair + " and supply " + std::to_string(supply) + kLastChange;
 }
 
 std::string noteOfSupplyPresence(const Target &target) {
-    if (!sharesPresenceLines(modelOf(target)))
+    if (!modelOf(target).haveSharedPresenceLines())
         return "";
     return "one line with " + fansBeside(target.number()) + kLastChange;
 }
@@ -41,7 +40,7 @@ std::string noteOfSupplyPresence(const Target &target) {
 std::string noteOfCage(const Target &target) {
     const Model &model = modelOf(target);
     const bool isUplink = target.number() >= firstUplink(model);
-    return isUplink && !hasUplinkLossLines(model)
+    return isUplink && !model.haveUplinkStatusLines
                ? "programs read loss from its presence line, fault from that of transmit disable"
                : "";
 }
@@ -49,11 +48,11 @@ std::string noteOfCage(const Target &target) {
 std::string noteOfRegister(const Target &target) {
     const Model &model = modelOf(target);
     const uint32_t reg = target.number();
-    if (reg == kCpldSupplies && sharesPresenceLines(model))
+    if (reg == kCpldSupplies && model.haveSharedPresenceLines())
         return "bit 0: supply 1 and " + fansBeside(1) + "; bit 1: supply 2 and " + fansBeside(2);
-    if (reg == kCpldUplinkInputs && !hasUplinkLossLines(model))
+    if (reg == kCpldUplinkInputs && !model.haveUplinkStatusLines)
         return "bits 6 to 11: presence of uplinks, and read as their loss";
-    if (reg == kCpldUplinkTransmit && !hasUplinkLossLines(model))
+    if (reg == kCpldUplinkTransmitters && !model.haveUplinkStatusLines)
         return "bits 6 to 11: transmit disable of uplinks, and read as their fault";
     return "";
 }

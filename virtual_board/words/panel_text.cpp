@@ -82,7 +82,9 @@ class Panel {
     /** The port's LED is wired active low. */
     bool isLit(uint32_t port) const {
         const uint32_t bit = port - 1;
-        return (board_.devices.cpld.reg[kCpldPoeLamps + bit / 16] >> bit % 16 & 1) == 0;
+        return (board_.devices.cpld.reg[kCpldPoeLamps + bit / kCpldLinesPerRegister] >>
+                    bit % kCpldLinesPerRegister &
+                1) == 0;
     }
 
     std::string poeCell(uint32_t port) const {
@@ -148,10 +150,10 @@ class Panel {
     }
 
     std::string fans() const {
-        if (model_.fans == 0)
+        if (model_.fans.count == 0)
             return "";
         std::string row = "fans   ";
-        for (uint32_t index = 0; index < model_.fans; ++index)
+        for (uint32_t index = 0; index < model_.fans.count; ++index)
             row += " [" + std::to_string(index + 1) + " " +
                    fanText(board_.devices.climate.fan[index]) + "]";
         return row + "\n";
@@ -180,7 +182,7 @@ class Panel {
     }
 
     std::string supplies() const {
-        if (model_.supplyLines == SupplyLines::None)
+        if (model_.supplies.count == 0)
             return "";
         std::string row = "supplies";
         for (uint32_t index = 0; index < kSupplies; ++index)
@@ -191,11 +193,11 @@ class Panel {
 
     /** Programs cannot tell from such a line who it speaks of. */
     std::string sharedLines() const {
-        if (!sharesPresenceLines(model_))
+        if (!model_.haveSharedPresenceLines())
             return "";
         std::string row = "presence";
         for (uint32_t supply = 1; supply <= kSupplies; ++supply) {
-            const bool level = cpldLevel(board_.devices.cpld, supplyPresenceLine(supply));
+            const bool level = cpldLevel(board_.devices.cpld, nthLine(kSupplyPresence, supply));
             row += " [fans " + std::to_string(2 * supply - 1) + ", " + std::to_string(2 * supply) +
                    " and supply " + std::to_string(supply) + ": " + (level ? "1" : "0") + "]";
         }

@@ -53,19 +53,14 @@ void setDegrees(const Target &target, const Value &value) {
 
 // Single lines of a supply
 
-template <CpldLine (*lineOf)(uint32_t)>
+template <const CpldLine &first>
 Value getLine(const Target &target) {
-    return cpldLevel(target.devices().cpld, lineOf(target.number()));
+    return cpldLevel(target.devices().cpld, nthLine(first, target.number()));
 }
 
-template <CpldLine (*lineOf)(uint32_t)>
+template <const CpldLine &first>
 void setLine(const Target &target, const Value &value) {
-    cpldDrive(target.devices().cpld, lineOf(target.number()), value.as<uint32_t>() != 0);
-}
-
-template <uint32_t line>
-constexpr CpldLine statusLine(uint32_t n) {
-    return supplyStatusLine(n, line);
+    cpldDrive(target.devices().cpld, nthLine(first, target.number()), value.as<uint32_t>() != 0);
 }
 
 using P = PmbusSupply;
@@ -85,9 +80,9 @@ constexpr Binding temperature(const char *name) {
     return bind(name, getDegrees<index>, setDegrees<index>);
 }
 
-template <CpldLine (*lineOf)(uint32_t)>
+template <const CpldLine &first>
 constexpr Binding line(const char *name, PropertyNote note = nullptr) {
-    return bind(name, getLine<lineOf>, setLine<lineOf>, note);
+    return bind(name, getLine<first>, setLine<first>, note);
 }
 
 constexpr Binding kSupplyBindings[] = {
@@ -104,11 +99,11 @@ constexpr Binding kSupplyBindings[] = {
     temperature<1>("supply.#.temperature2"),
     temperature<2>("supply.#.temperature3"),
     amount<&P::busyEvery>("supply.#.busy-every"),
-    line<supplyPresenceLine>("supply.#.line.presence", noteOfSupplyPresence),
-    line<supplyTypeLine>("supply.#.line.type"),
-    line<statusLine<0>>("supply.#.line.status0"),
-    line<statusLine<1>>("supply.#.line.status1"),
-    line<statusLine<2>>("supply.#.line.status2"),
+    line<kSupplyPresence>("supply.#.line.presence", noteOfSupplyPresence),
+    line<kSupplyType>("supply.#.line.type"),
+    line<kSupplyStatus0>("supply.#.line.status0"),
+    line<kSupplyStatus1>("supply.#.line.status1"),
+    line<kSupplyStatus2>("supply.#.line.status2"),
 };
 static_assert(language::kMostPmbus == kPmbusMost && language::kMostDegrees == kPmbusMostDegrees);
 static_assert(language::propertyOf("supply.#.output-voltage").highest == kPmbusMostOutputMv);
