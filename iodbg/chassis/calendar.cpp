@@ -1,6 +1,7 @@
 #include "iodbg/chassis/calendar.h"
 
 #include "language/times.h"
+#include "support/board_map.h"
 
 #include <ctime>
 
@@ -47,13 +48,15 @@ bool isDate(const BspCalendar &time) {
 
 int32_t readChipTime(ChipTime &chip) {
     // The library leaves the bit for lost time out of the seconds.
-    constexpr uint32_t kBus = 0, kChannel = 1, kChip = 0x51, kSecondsRegister = 2;
+    using bsp::kClockChip;
+    constexpr uint32_t kSecondsRegister = 2;
     constexpr uint8_t kLostBit = 0x80;
     chip = {};
     if (const int32_t status = ioRealtimeGet(&chip.time); status != BSP_OK)
         return status;
     uint8_t seconds = 0;
-    const int32_t status = bspI2cRead(kBus, kChannel, kChip, kSecondsRegister, 1, &seconds, 1);
+    const int32_t status = bspI2cRead(kClockChip.bus, kClockChip.channel, kClockChip.device,
+                                      kSecondsRegister, 1, &seconds, 1);
     chip.isLost = (seconds & kLostBit) != 0;
     return status;
 }

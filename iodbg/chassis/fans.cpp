@@ -1,15 +1,11 @@
 #include "iodbg/chassis/fans.h"
 
 #include "bsp.h"
+#include "support/register_bits.h"
 
 namespace iodbg {
 
 namespace {
-
-// The library sets the level and does not tell it.
-constexpr uint32_t kLevelRegister = 6;
-constexpr unsigned kLevelShift = 5;
-constexpr uint32_t kLevelMask = 0xF;
 
 Cell presenceCell(Report &report, const Model &model, uint32_t fan, const std::string &item) {
     if (model.fanPresence == FanPresence::Unknown)
@@ -31,9 +27,10 @@ Cell speedCell(Report &report, uint32_t fan, const std::string &item) {
 } // namespace
 
 int32_t readFanLevel(uint32_t &level) {
+    // The library sets the level and does not tell it.
     uint16_t content = 0;
-    const int32_t status = bspCpldGet(kLevelRegister, &content);
-    level = (content >> kLevelShift & kLevelMask) + BSP_FAN_LEVEL_MIN;
+    const int32_t status = bspCpldGet(bsp::kFanLevel.reg, &content);
+    level = bsp::fieldOf(content, bsp::kFanLevel) + BSP_FAN_LEVEL_MIN;
     return status;
 }
 

@@ -2,6 +2,7 @@
 // The lamps of the front panel and of the PoE ports, in the CPLD's registers.
 
 #include "iodbg/core/report.h"
+#include "support/board_map.h"
 
 #include <cstdint>
 #include <span>
@@ -17,9 +18,7 @@ struct LampKind {
     const char *index; // what numbers its lamps; null when there is only one
     uint32_t lamps;
     uint32_t highestState;
-    uint32_t reg;
-    uint32_t lowestBit;
-    uint32_t width;
+    bsp::CpldField first;
     const char *example;
 
     uint32_t registerOf(uint32_t lamp) const;

@@ -5,21 +5,25 @@
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
+#include "support/register_bits.h"
+
+#include <string>
 
 namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kControlRegister = 6;
-constexpr uint16_t kTriggerBit = 0x8000;
+using bsp::kPtpTrigger;
 
 ExitCode pulse(Console &console) {
     require(ioPtpTriggerSet(0), "give a pulse on the PTP trigger line");
     uint16_t control = 0;
-    require(bspCpldGet(kControlRegister, &control), "read the PTP trigger line, CPLD register 6");
-    if ((control & kTriggerBit) == 0)
-        throw Failure(ExitCode::ReadBack, "the PTP trigger line, bit 15 of CPLD register 6, stayed "
-                                          "low after the pulse; run the command again");
+    const std::string reg = "CPLD register " + std::to_string(kPtpTrigger.reg);
+    require(bspCpldGet(kPtpTrigger.reg, &control), "read the PTP trigger line, " + reg);
+    if (!bsp::hasBit(control, kPtpTrigger.bit))
+        throw Failure(ExitCode::ReadBack,
+                      "the PTP trigger line, bit " + std::to_string(kPtpTrigger.bit) + " of " +
+                          reg + ", stayed low after the pulse; run the command again");
     Section section = {"", "", {}};
     section.add("level", "PTP trigger line", {"was low for a pulse, is high", int64_t{1}});
     return console.print({{section}, {}});

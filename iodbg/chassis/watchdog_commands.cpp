@@ -6,6 +6,7 @@
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/interrupt.h"
+#include "support/board_map.h"
 
 #include <cstdio>
 #include <optional>
@@ -38,7 +39,8 @@ ExitCode verify(Console &console, uint32_t wanted) {
         throw Failure(ExitCode::ReadBack, "the watchdog's period " + std::to_string(wanted) +
                                               " was written, and it reads " +
                                               std::to_string(period) +
-                                              "; check with 'iodbg cpld get 4'");
+                                              "; check with 'iodbg cpld get " +
+                                              std::to_string(bsp::kWatchdogPeriod.reg) + "'");
     return printPeriod(console, period);
 }
 
@@ -57,9 +59,13 @@ struct Feeding {
     std::optional<uint32_t> count;    // without it and with an interval: for ever
 };
 
+std::string lineName() {
+    return "the watchdog's line, GPIO " + std::to_string(bsp::kWatchdogGpio);
+}
+
 uint32_t readLine() {
     uint32_t level = 0;
-    require(bspGpioGetValue(BSP_GPIO_WATCHDOG, &level), "read the watchdog's line, GPIO 0");
+    require(bspGpioGetValue(bsp::kWatchdogGpio, &level), "read " + lineName());
     return level;
 }
 
@@ -69,8 +75,7 @@ void feedOnce() {
     const uint32_t before = readLine();
     require(ioWatchdogFeed(), "feed the watchdog");
     if (readLine() == before)
-        throw Failure(ExitCode::ReadBack, "the watchdog's line, GPIO 0, stayed at " +
-                                              std::to_string(before) +
+        throw Failure(ExitCode::ReadBack, lineName() + ", stayed at " + std::to_string(before) +
                                               "; check what else drives it");
 }
 

@@ -7,7 +7,7 @@
 
 namespace iodbg {
 
-constexpr char kFlashDeviceHelp[] = "mtd0|mtd4|mtd12|mtd14, or the path of a device";
+std::string flashDeviceHelp();
 
 /** Stores the path of a partition's device. */
 Parser flashDevice(std::string &path);

@@ -223,7 +223,7 @@ ExitCode erase(Console &console, const EraseArguments &arguments) {
 void addRead(Command &mtd) {
     const auto arguments = std::make_shared<ReadArguments>();
     Command &command = mtd.command("read", "Copy a partition into a file");
-    command.argument("DEVICE", kFlashDeviceHelp, flashDevice(arguments->device));
+    command.argument("DEVICE", flashDeviceHelp(), flashDevice(arguments->device));
     command.argument("FILE", "The copy, - is standard output", fileName(arguments->file));
     command.flag("--header", kHeaderHelp, arguments->hasHeader);
     command.flag("--force", kForceHelp, arguments->isForced);
@@ -234,7 +234,7 @@ void addRead(Command &mtd) {
 void addWrite(Command &mtd) {
     const auto arguments = std::make_shared<WriteArguments>();
     Command &command = mtd.command("write", "Replace a partition's content by a file's");
-    command.argument("DEVICE", kFlashDeviceHelp, flashDevice(arguments->device));
+    command.argument("DEVICE", flashDeviceHelp(), flashDevice(arguments->device));
     command.argument("FILE", "The new content, - is standard input", fileName(arguments->file));
     command.flag("--header", "Write it behind a length header, and erase no more than it needs",
                  arguments->hasHeader);
@@ -248,7 +248,7 @@ void addWrite(Command &mtd) {
 void addErase(Command &mtd) {
     const auto arguments = std::make_shared<EraseArguments>();
     Command &command = mtd.command("erase", "Erase a partition's first block, and only that");
-    command.argument("DEVICE", kFlashDeviceHelp, flashDevice(arguments->device));
+    command.argument("DEVICE", flashDeviceHelp(), flashDevice(arguments->device));
     command.flag("--yes", kYesHelp, arguments->isYes);
     command.example("iodbg mtd erase mtd4");
     command.does([arguments](Console &console) { return erase(console, *arguments); });

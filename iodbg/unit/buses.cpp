@@ -1,7 +1,10 @@
 #include "iodbg/unit/buses.h"
 
+#include "support/board_map.h"
+
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -9,21 +12,21 @@ namespace iodbg {
 
 namespace {
 
-constexpr Unit kOnBus0[] = {Unit::ProductRecord, Unit::Temperature, Unit::Clock};
-constexpr Unit kOnChannel1[] = {Unit::Temperature, Unit::Clock};
-constexpr Unit kOnBus1[] = {Unit::SfpPort};
+constexpr Unit kOnSystemBus[] = {Unit::ProductRecord, Unit::Temperature, Unit::Clock};
+constexpr Unit kBesideClock[] = {Unit::Temperature, Unit::Clock};
+constexpr Unit kOnCageBus[] = {Unit::SfpPort};
 
 /** A bus, or one of its channels, and what is read over it. */
 struct Branch {
     uint32_t bus;
-    const char *channel;
+    std::optional<uint32_t> channel;
     std::span<const Unit> units;
 };
 
 constexpr Branch kBranches[] = {
-    {0, "", kOnBus0},
-    {0, "channel 1: ", kOnChannel1},
-    {1, "", kOnBus1},
+    {bsp::kBoardEeprom.bus, {}, kOnSystemBus},
+    {bsp::kClockChip.bus, bsp::kClockChip.channel, kBesideClock},
+    {bsp::kUplinkModule.bus, {}, kOnCageBus},
 };
 
 bool isOn(const Branch &branch, const Finding &finding) {
@@ -64,10 +67,11 @@ void blame(Findings &findings, const Branch &branch, size_t place) {
         moveCauses(findings, finding.subject, bus);
         ++devices;
     }
-    findings.insert(
-        findings.begin() + static_cast<ptrdiff_t>(place),
-        {bus, Code::I2cBusNoAnswer,
-         std::string(branch.channel) + "none of " + std::to_string(devices) + " devices answers"});
+    const std::string channel =
+        branch.channel ? "channel " + std::to_string(*branch.channel) + ": " : "";
+    findings.insert(findings.begin() + static_cast<ptrdiff_t>(place),
+                    {bus, Code::I2cBusNoAnswer,
+                     channel + "none of " + std::to_string(devices) + " devices answers"});
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "iodbg/core/format.h"
 #include "iodbg/core/shared_files.h"
 #include "iodbg/core/status_table.h"
+#include "support/board_map.h"
 
 #include <algorithm>
 
@@ -12,7 +13,6 @@ namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kIdRegister = 1;
 constexpr int kIdDigits = 4;
 
 /** Empty when it can be reached. */
@@ -52,12 +52,12 @@ Findings sharedFileFindings() {
 Findings cpldFindings(uint16_t &id) {
     constexpr uint16_t kAllHigh = 0xFFFF;
     const Subject cpld = {Unit::Cpld};
-    if (const int32_t status = bspCpldGet(kIdRegister, &id); status != BSP_OK)
+    if (const int32_t status = bspCpldGet(bsp::kCpldDeviceId, &id); status != BSP_OK)
         return {{cpld, Code::CpldNoAnswer, "does not answer: " + nameAndNumber(status)}};
     if (id == 0 || id == kAllHigh)
-        return {
-            {cpld, Code::CpldNoAnswer,
-             "register 1 reads " + hexNumber(id, kIdDigits) + ", as if nothing drove its lines"}};
+        return {{cpld, Code::CpldNoAnswer,
+                 "register " + std::to_string(bsp::kCpldDeviceId) + " reads " +
+                     hexNumber(id, kIdDigits) + ", as if nothing drove its lines"}};
     return {};
 }
 
