@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "identity/board_catalogue.h"
+#include "language/formats/byte_order.h"
 
 namespace {
 
@@ -78,12 +79,13 @@ int32_t bspLaserPhyGet(uint32_t port, uint32_t reg, uint16_t *value) {
         return BSP_E_NULL;
     uint8_t bytes[2] = {0, 0};
     const int32_t status = bspLaserSfpRead(port, BSP_SFP_PHY, reg, bytes, sizeof(bytes));
-    *value = static_cast<uint16_t>(bytes[0] << 8 | bytes[1]); // also of what a failed read gave
+    *value = formats::loadBe16(bytes); // also of what a failed read gave
     return status;
 }
 
 int32_t bspLaserPhySet(uint32_t port, uint32_t reg, uint32_t value) {
-    const uint8_t bytes[2] = {static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value)};
+    uint8_t bytes[2] = {};
+    formats::storeBe16(bytes, static_cast<uint16_t>(value));
     return bspLaserSfpWrite(port, BSP_SFP_PHY, reg, bytes, sizeof(bytes));
 }
 

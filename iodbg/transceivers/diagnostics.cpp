@@ -1,5 +1,7 @@
 #include "iodbg/transceivers/diagnostics.h"
 
+#include "language/formats/byte_order.h"
+
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -33,7 +35,7 @@ constexpr size_t kChecksum = 95;
 constexpr size_t kStatus = 110;
 
 uint16_t wordAt(ByteView page, size_t offset) {
-    return static_cast<uint16_t>(page[offset] << 8 | page[offset + 1]);
+    return formats::loadBe16(&page[offset]);
 }
 
 /** A number as it is stored. */

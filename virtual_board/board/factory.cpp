@@ -1,5 +1,7 @@
 #include "virtual_board/board/factory.h"
 
+#include "virtual_board/devices/byte_order.h"
+
 #include <cstdio>
 #include <cstring>
 
@@ -37,9 +39,7 @@ void erase(Eeprom &eeprom, uint32_t blocks) {
 
 void renewCrc(Eeprom &eeprom) {
     uint8_t *record = eeprom.bytes + kRecordStart;
-    const uint32_t crc = crc32(record, kRecordCrc);
-    for (uint32_t i = 0; i < 4; ++i)
-        record[kRecordCrc + i] = static_cast<uint8_t>(crc >> (24 - 8 * i));
+    storeBe32(record + kRecordCrc, crc32(record, kRecordCrc));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "virtual_board/board/circuits.h"
 #include "virtual_board/board/i2c_bus.h"
 #include "virtual_board/board/user_memory.h"
+#include "virtual_board/devices/byte_order.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -31,9 +32,10 @@ void corrupt(const FaultRule &fault, uint8_t *data, uint32_t length) {
 }
 
 uint32_t corruptRegister(const FaultRule &fault, uint32_t value) {
-    uint8_t bytes[2] = {static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value)};
+    uint8_t bytes[2] = {};
+    storeBe16(bytes, static_cast<uint16_t>(value));
     corrupt(fault, bytes, sizeof(bytes));
-    return uint32_t{bytes[0]} << 8 | bytes[1];
+    return loadBe16(bytes);
 }
 
 // Each server answers the request's result word.

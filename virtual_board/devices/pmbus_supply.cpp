@@ -1,5 +1,8 @@
 #include "virtual_board/devices/pmbus_supply.h"
 
+#include "virtual_board/devices/byte_order.h"
+
+#include <algorithm>
 #include <cstring>
 #include <initializer_list>
 
@@ -77,9 +80,9 @@ void pmbusRead(PmbusSupply &supply, uint8_t command, uint8_t *data, uint32_t len
     if (command == kVoutMode) {
         data[0] = kVoutExponent;
     } else if (reading(supply, command, &word)) {
-        data[0] = static_cast<uint8_t>(word);
-        if (length > 1)
-            data[1] = static_cast<uint8_t>(word >> 8);
+        uint8_t bytes[2] = {};
+        storeLe16(bytes, word);
+        std::memcpy(data, bytes, std::min<uint32_t>(length, sizeof(bytes)));
     }
 }
 

@@ -1,5 +1,6 @@
 #include "virtual_board/devices/sfp_module.h"
 
+#include "virtual_board/devices/byte_order.h"
 #include "virtual_board/devices/sfp_pages.h"
 
 #include <cstring>
@@ -59,8 +60,7 @@ void measure(const SfpModule &module, const SfpCage &cage, int32_t (&value)[kSfp
 void flag(const uint8_t *limits, const int32_t (&value)[kSfpQuantities], uint8_t *flags) {
     for (uint32_t i = 0; i < kSfpQuantities; ++i) {
         const auto limitAt = [&](uint32_t offset) {
-            const uint8_t *place = &limits[size_t{8} * i + offset];
-            const int32_t word = place[0] << 8 | place[1];
+            const int32_t word = loadBe16(&limits[size_t{8} * i + offset]);
             return i == 0 && word > INT16_MAX ? word - 65536 : word;
         };
         const uint32_t shift = 7 - 2 * i % 8;

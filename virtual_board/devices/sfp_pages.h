@@ -1,6 +1,7 @@
 #pragma once
 // What the modules of each kind are made of, and what their factory writes into their pages.
 
+#include "virtual_board/devices/byte_order.h"
 #include "virtual_board/devices/sfp_module.h"
 
 #include <cstdint>
@@ -31,10 +32,9 @@ struct SfpTraits {
 
 const SfpTraits &sfpTraits(SfpKind kind);
 
-/** Stores 16 bits, the upper byte first. */
+/** Stores the low 16 bits of a value. */
 inline void storeSfpWord(uint8_t *place, int32_t value) {
-    place[0] = static_cast<uint8_t>(value >> 8);
-    place[1] = static_cast<uint8_t>(value);
+    storeBe16(place, static_cast<uint16_t>(value));
 }
 
 /** Fills the pages, and the registers of the PHY, of a module of its kind. */

@@ -1,6 +1,7 @@
 #include "virtual_board/words/flash_text.h"
 
 #include "virtual_board/board/flash_content.h"
+#include "virtual_board/devices/byte_order.h"
 #include "virtual_board/words/values.h"
 
 #include <algorithm>
@@ -81,9 +82,7 @@ void findLengthHeader(const Reader &reader, std::vector<std::string> &found) {
     const std::vector<uint8_t> header = reader.bytes(0, kSize);
     if (!std::equal(std::begin(kMarker), std::end(kMarker), header.begin() + 4))
         return;
-    uint32_t length = 0;
-    for (int i = 0; i < 4; ++i)
-        length = length << 8 | header[static_cast<size_t>(i)];
+    const uint32_t length = loadBe32(header.data());
     found.push_back("length header: a file of " + std::to_string(length) + " bytes");
 }
 
