@@ -2,8 +2,8 @@
 
 #include "bsp.h"
 #include "support/board_map.h"
+#include "support/message.h"
 
-#include <cstdio>
 #include <cstring>
 #include <unistd.h>
 
@@ -34,7 +34,7 @@ int32_t bsp_power_info_read(int32_t index, uint32_t command, int32_t length, uin
     } else if (reply[0] == length - 1) {
         std::memcpy(buffer, reply + 1, count - 1);
     } else {
-        std::printf("%s-%d: get data len error,%d(%#x) \n", __func__, __LINE__, length, reply[0]);
+        bsp::report(bsp::CallSite::here(), "get data len error,%d(%#x) \n", length, reply[0]);
         return BSP_E_FAILED;
     }
     usleep(kReadPause);

@@ -5,14 +5,15 @@
 #include "chassis/pmbus.h"
 #include "identity/board_catalogue.h"
 #include "identity/reported_steps.h"
+#include "language/formats/byte_order.h"
 #include "support/board_map.h"
 #include "support/register_bits.h"
 
-#include <cstdio>
 #include <unistd.h>
 
 namespace {
 
+using bsp::CallSite;
 using bsp::hasBit;
 
 constexpr int kReadAttempts = 3;
@@ -29,14 +30,13 @@ constexpr int64_t bitOf(uint32_t firstBit, int32_t index) {
     return int64_t{firstBit} + index - 1;
 }
 
-int32_t typeFromRecord(int32_t index, int32_t *type, bsp::CallSite site) {
+int32_t typeFromRecord(int32_t index, int32_t *type, CallSite site) {
     BspDevinfo record{};
     if (const int32_t status = bsp::readBoardRecord(&record, site); status != BSP_OK)
         return status;
     const int32_t count = record.supplyCount;
     if (index < 1 || index > count || index > BSP_SUPPLIES_MAX) {
-        std::printf("%s-%d: power index %d > powerNum %d\n", site.function, site.line, index,
-                    count);
+        bsp::report(site, "power index %d > powerNum %d\n", index, count);
         return BSP_E_INVALID;
     }
     *type = record.supplyType[index - 1];
@@ -100,7 +100,7 @@ int32_t takeReading(int32_t index, const Reading &reading, BspPowerInfo *info) {
         uint8_t word[2] = {};
         const int32_t status = bsp_power_info_read(index, reading.command, sizeof(word), word);
         if (status == BSP_OK && word[1] != 0xFF) {
-            info->*reading.field = reading.convert(static_cast<uint16_t>(word[0] | word[1] << 8));
+            info->*reading.field = reading.convert(formats::loadLe16(word));
             return BSP_OK;
         }
         if (status != BSP_OK && attempt == kReadAttempts)
@@ -126,7 +126,7 @@ int32_t bspPowerNumGet(int32_t *out) {
     // The count is stored even when it is refused, so that the caller sees the bad value.
     *out = record.supplyCount;
     if (*out > BSP_SUPPLIES_MAX) {
-        std::printf("%s-%d: power num %d > max %d\n", __func__, __LINE__, *out, BSP_SUPPLIES_MAX);
+        bsp::report(CallSite::here(), "power num %d > max %d\n", *out, BSP_SUPPLIES_MAX);
         return BSP_E_INVALID;
     }
     return BSP_OK;
@@ -154,7 +154,7 @@ int32_t bspPowerTypeGet(int32_t index, int32_t *out) {
         return status;
     return bsp::boardModel(devId).supplies.count != 0
                ? typeFromLines(index, out)
-               : typeFromRecord(index, out, bsp::CallSite::here(__func__));
+               : typeFromRecord(index, out, CallSite::here());
 }
 
 int32_t bspPowerStatusGet(int32_t index, int32_t *out) {
@@ -179,7 +179,7 @@ int32_t bspPowerStatusGet(int32_t index, int32_t *out) {
 int32_t bspPowerInfoGet(int32_t index, BspPowerInfo *info) {
     *info = BspPowerInfo{};
     if (const int32_t status = bspPowerTypeGet(index, &info->type); status != BSP_OK) {
-        std::printf("%s-%d: get power type failed, ret=%d\n", __func__, __LINE__, status);
+        bsp::report(CallSite::here(), "get power type failed, ret=%d\n", status);
         return status;
     }
     uint32_t devId = 0;

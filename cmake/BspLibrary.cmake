@@ -58,6 +58,7 @@ add_library(bsp_objects OBJECT
   poe/rtl8239/queries.cpp
   poe/rtl8239/transport.cpp
   poe/service.cpp
+  support/message.cpp
   transceiver/lines.cpp
   transceiver/memory.cpp)
 # The seconds of 32-bit systems end in January 2038 unless they are asked for 64 bits.

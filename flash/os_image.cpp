@@ -12,7 +12,6 @@
 #include "support/owned.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,21 +24,16 @@ namespace {
 
 constexpr char kHeaderFile[] = "/tmp/bsp/osHeader.bin";
 
-/** A message of this file: prefix, text, carriage return. */
-void reportLine(const char *text, CallSite site) {
-    std::printf("%s-%d: %s\r\n", site.function, site.line, text);
-}
-
 /** The size of an image file, if it is one that a bank can hold. */
 int32_t readImageSize(const char *file, off_t *size, CallSite site = CallSite::here()) {
     struct stat info = {};
     if (stat(file, &info) != 0) {
-        reportLine("OS file state get failed", site);
+        bsp::report(site, "OS file state get failed\r\n");
         return BSP_E_SHORT_READ;
     }
     if (info.st_size > BSP_OS_IMAGE_MAX) {
-        std::printf("%s-%d: OS file size %d > max %d\r\n", site.function, site.line,
-                    static_cast<int>(info.st_size), BSP_OS_IMAGE_MAX);
+        bsp::report(site, "OS file size %d > max %d\r\n", static_cast<int>(info.st_size),
+                    BSP_OS_IMAGE_MAX);
         return BSP_E_FAILED;
     }
     *size = info.st_size;
@@ -49,7 +43,7 @@ int32_t readImageSize(const char *file, off_t *size, CallSite site = CallSite::h
 /** A file's descriptor as opening it answered, which is reported when it failed. */
 int reportedOpen(int fd, const char *path, CallSite site = CallSite::here()) {
     if (fd < 0)
-        std::printf("%s-%d: open %s fail.\r\n", site.function, site.line, path);
+        bsp::report(site, "open %s fail.\r\n", path);
     return fd;
 }
 
@@ -59,7 +53,7 @@ int32_t runReported(const ShellCommand &command, const char *work, const char *d
     const int result = command.run();
     if (result == 0)
         return BSP_OK;
-    std::printf("%s-%d: %s %s error, ret = %d\n", site.function, site.line, work, device, result);
+    bsp::report(site, "%s %s error, ret = %d\n", work, device, result);
     return BSP_E_FAILED;
 }
 
@@ -88,7 +82,7 @@ int32_t bsp_os_image_write(const char *device, const char *file) {
 
     const bsp::FlashLock lock;
     if (lock.hasFailed()) {
-        reportLine("flash lock failed", CallSite::here());
+        bsp::report(CallSite::here(), "flash lock failed\r\n");
         return BSP_E_LOCK;
     }
     if (const int32_t status = runReported(erase, "erase", device); status != BSP_OK)
@@ -96,7 +90,7 @@ int32_t bsp_os_image_write(const char *device, const char *file) {
     if (const int32_t status = runReported(writeImage, "write", device); status != BSP_OK)
         return status;
     if (const int32_t status = bsp_os_file_header_to_file(file, kHeaderFile); status != BSP_OK) {
-        reportLine("get OS file header failed.", CallSite::here());
+        bsp::report(CallSite::here(), "get OS file header failed.\r\n");
         return status;
     }
     if (const int32_t status = runReported(writeHeader, "write", device); status != BSP_OK)
@@ -112,7 +106,7 @@ int32_t bsp_os_file_header_to_file(const char *imageFile, const char *headerFile
         return status;
     const bsp::PageBuffer header(static_cast<uint8_t *>(std::malloc(formats::kOsHeaderSize)));
     if (header == nullptr) {
-        reportLine("malloc fail.", CallSite::here());
+        bsp::report(CallSite::here(), "malloc fail.\r\n");
         return BSP_E_NO_MEMORY;
     }
     const bsp::Descriptor image(reportedOpen(open(imageFile, O_RDONLY | O_CLOEXEC), imageFile));
@@ -154,7 +148,7 @@ int32_t bspOsImageInfoGet(uint8_t *header, int32_t bank) {
     {
         const bsp::FlashLock lock;
         if (lock.hasFailed()) {
-            reportLine("flash lock failed", CallSite::here());
+            bsp::report(CallSite::here(), "flash lock failed\r\n");
             return BSP_E_LOCK;
         }
         result = ShellCommand("nanddump -q -s %#x -l %#x %s -f %s", formats::kOsHeaderPlace,
@@ -163,12 +157,12 @@ int32_t bspOsImageInfoGet(uint8_t *header, int32_t bank) {
     }
     if (result != 0) {
         // The letter behind the line's end belongs to the message: log filters know it so.
-        std::printf("%s-%d: dump %s error, ret = %d\nn", __func__, __LINE__, device, result);
+        bsp::report(CallSite::here(), "dump %s error, ret = %d\nn", device, result);
         return BSP_E_FAILED;
     }
     if (const int32_t status = bsp_os_header_file_to_buffer(kHeaderFile, header);
         status != BSP_OK) {
-        reportLine("get OS header file failed.", CallSite::here());
+        bsp::report(CallSite::here(), "get OS header file failed.\r\n");
         return status;
     }
     // The caller has the header by now, whatever becomes of the file.

@@ -4,9 +4,9 @@
 #include "flash/flash_lock.h"
 #include "flash/partition.h"
 #include "language/formats/length_header.h"
+#include "support/message.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <unistd.h>
 
@@ -84,7 +84,7 @@ int32_t bsp_mtd_read_to_file(const char *device, const char *file, int32_t hasHe
         return BSP_E_NULL;
     const bsp::FlashLock lock;
     if (lock.hasFailed()) {
-        std::printf("%s-%d \r\n", __func__, __LINE__);
+        bsp::reportPlace(bsp::CallSite::here());
         return BSP_E_LOCK;
     }
     return readPartition(device, file, hasHeader != 0);

@@ -4,6 +4,7 @@
 #include "flash/flash_lock.h"
 #include "flash/partition.h"
 #include "language/formats/length_header.h"
+#include "support/message.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -150,12 +151,12 @@ int32_t bsp_mtd_write_from_file(const char *file, const char *device, int32_t ha
         return BSP_E_NULL;
     bsp::FlashLock lock;
     if (lock.hasFailed()) {
-        std::printf("%s-%d \r\n", __func__, __LINE__);
+        bsp::reportPlace(bsp::CallSite::here());
         return BSP_E_FAILED;
     }
     struct stat info = {};
     if (stat(file, &info) != 0) {
-        std::printf("%s-%d \r\n", __func__, __LINE__);
+        bsp::reportPlace(bsp::CallSite::here());
         // Released here, and once more in vain at the end. Kept: callers rely on the answer and on
         // what is printed as they are.
         lock.release();

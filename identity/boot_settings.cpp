@@ -3,6 +3,7 @@
 #include "language/formats/boot_settings.h"
 #include "bsp.h"
 #include "identity/boot_block.h"
+#include "support/message.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -10,6 +11,7 @@
 #include <cstring>
 #include <optional>
 
+using bsp::CallSite;
 using formats::BootSlot;
 using formats::BootSlotText;
 
@@ -99,7 +101,7 @@ int32_t bspBaudrateSet(uint32_t baud) {
     const auto *const end = std::end(kBaudrates);
     const auto *const found = std::find(std::begin(kBaudrates), end, baud);
     if (found == end) {
-        std::printf("%s-%d: Baudrate %d is not supported. i=%d\n", __func__, __LINE__, printedRate,
+        bsp::report(CallSite::here(), "Baudrate %d is not supported. i=%d\n", printedRate,
                     static_cast<int>(found - std::begin(kBaudrates)));
         return BSP_E_INVALID;
     }
@@ -108,8 +110,8 @@ int32_t bspBaudrateSet(uint32_t baud) {
     std::snprintf(command, sizeof(command), "stty -F /dev/ttyS0 ispeed %d ospeed %d cs8",
                   printedRate, printedRate);
     if (const int result = std::system(command); result != 0) {
-        std::printf("%s-%d: set console baudrate to %d error, ret = %d\n", __func__, __LINE__,
-                    printedRate, result);
+        bsp::report(CallSite::here(), "set console baudrate to %d error, ret = %d\n", printedRate,
+                    result);
         return BSP_E_FAILED;
     }
     return storeNumber(formats::kBaudrateSlot, printedRate);

@@ -6,18 +6,14 @@
 #include "support/owned.h"
 #include "support/register_bits.h"
 
-#include <cstdio>
 #include <unistd.h>
 
 namespace {
-constexpr char kCacheFolder[] = "/tmp/bsp/";
-constexpr char kCacheName[] = "devId";
+constexpr char kCachePath[] = "/tmp/bsp/devId";
 } // namespace
 
 int32_t bspDevIdGet(uint32_t *devId) {
-    char path[64];
-    std::snprintf(path, sizeof(path), "%s%s", kCacheFolder, kCacheName);
-    const bsp::Descriptor cache(bsp::openKeptFile(path));
+    const bsp::Descriptor cache(bsp::openKeptFile(kCachePath));
     if (!cache.isOpen())
         return BSP_E_OPEN;
 

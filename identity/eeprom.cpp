@@ -22,7 +22,7 @@ constexpr uint32_t supplyChannel(uint32_t supply) {
 
 bool isNull(const uint8_t *buf, bsp::CallSite site = bsp::CallSite::here()) {
     if (buf == nullptr)
-        bsp::reportError("ptr buff is NULL.", site);
+        bsp::reportError(site, "ptr buff is NULL.\n");
     return buf == nullptr;
 }
 

@@ -4,7 +4,7 @@ namespace {
 
 int32_t reported(int32_t status, const char *failure, bsp::CallSite site) {
     if (status != BSP_OK)
-        bsp::report(failure, site);
+        bsp::report(site, "%s\n", failure);
     return status;
 }
 

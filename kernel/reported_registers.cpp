@@ -1,12 +1,10 @@
 #include "kernel/reported_registers.h"
 
-#include <cstdio>
-
 namespace {
 
 int32_t reported(int32_t status, const char *call, bsp::CallSite site) {
     if (status != BSP_OK)
-        std::printf("%s-%d: %s error. ret=%d \n", site.function, site.line, call, status);
+        bsp::report(site, "%s error. ret=%d \n", call, status);
     return status;
 }
 

@@ -16,14 +16,17 @@ struct CallSite {
     }
 };
 
+// Texts bring their own line ends: log filters know these as they are.
+
 /** "function-line: text", the style of the board core. */
-inline void report(const char *text, CallSite site) {
-    std::printf("%s-%d: %s\n", site.function, site.line, text);
-}
+[[gnu::format(printf, 2, 3)]] void report(CallSite site, const char *format, ...);
 
 /** "ERROR: function(line): text", the style of the transfer layers. */
-inline void reportError(const char *text, CallSite site) {
-    std::printf("ERROR: %s(%d): %s\n", site.function, site.line, text);
+[[gnu::format(printf, 2, 3)]] void reportError(CallSite site, const char *format, ...);
+
+/** "function-line" alone, where there is nothing more to say. */
+inline void reportPlace(CallSite site) {
+    std::printf("%s-%d \r\n", site.function, site.line);
 }
 
 } // namespace bsp

@@ -6,8 +6,6 @@
 #include "support/message.h"
 #include "support/register_bits.h"
 
-#include <cstdio>
-
 namespace {
 
 using bsp::kPoeController;
@@ -21,7 +19,7 @@ bool hasController() {
 int32_t checkTransfer(const uint8_t *buffer, int32_t length,
                       bsp::CallSite site = bsp::CallSite::here()) {
     if (buffer == nullptr || length < 1) {
-        bsp::reportError("errno is 1102.", site);
+        bsp::reportError(site, "errno is 1102.\n");
         return BSP_E_POE_INVALID;
     }
     return hasController() ? BSP_OK : BSP_E_POE_UNAVAILABLE;
@@ -52,7 +50,7 @@ int32_t bspPoeOnlineGet(uint32_t *out) {
         return BSP_E_POE_NULL;
     uint16_t reg = 0;
     if (const int32_t status = bspCpldGet(bsp::kPoeAbsence.reg, &reg); status != BSP_OK) {
-        std::printf("%s-%d: bspCpldGet error. ret=%d \n", __func__, __LINE__, status);
+        bsp::report(bsp::CallSite::here(), "bspCpldGet error. ret=%d \n", status);
         return status;
     }
     *out = bsp::hasBit(reg, bsp::kPoeAbsence.bit) ? BSP_POE_CONTROLLER_MISSING

@@ -74,7 +74,7 @@ inline int32_t exchange(Frame &request, Frame &reply) {
 }
 
 inline int32_t statusCheckFailed(CallSite site) {
-    reportError("response status check failed.", site);
+    reportError(site, "response status check failed.\n");
     return BSP_E_POE_STATUS;
 }
 

@@ -48,7 +48,7 @@ bool isNull(const uint8_t *request, const uint8_t *response,
             bsp::CallSite site = bsp::CallSite::here()) {
     if (request != nullptr && response != nullptr)
         return false;
-    bsp::reportError("ptr buff is NULL.", site);
+    bsp::reportError(site, "ptr buff is NULL.\n");
     return true;
 }
 
