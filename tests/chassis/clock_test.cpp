@@ -56,8 +56,7 @@ int wrappedClockSettime64(clockid_t clock, const void *time) {
 
 namespace {
 
-const DeviceIds kWithClock = {0x0309, 0x0509, 0x0609, 0x0709, 0x0809,
-                              0x8409, 0x8509, 0x8609, 0x8709, 0x8809};
+const DeviceIds kWithClock = idsWhere([](const DataSheet &sheet) { return sheet.hasClock; });
 
 const Lines kAllReads = {"read 02 len 1", "read 03 len 1", "read 04 len 1",
                          "read 05 len 1", "read 07 len 1", "read 08 len 1"};

@@ -7,8 +7,8 @@
 
 namespace {
 
-const DeviceIds kFourFan = {0x0309, 0x0409, 0x0509, 0x0609, 0x8309, 0x8409, 0x8509, 0x8609};
-const DeviceIds kTwoFan = {0x0709, 0x0809, 0x8709, 0x8809};
+const DeviceIds kFourFan = idsWith(Chassis::FourFan);
+const DeviceIds kTwoFan = idsWith(Chassis::TwoFan);
 
 constexpr uint32_t kMark = 0x5A5A5A5A;
 

@@ -4,6 +4,7 @@
 #include "chassis/linear.h"
 #include "chassis/pmbus.h"
 #include "tests/support/answer.h"
+#include "tests/support/device_ids.h"
 #include "tests/support/i2c_device.h"
 #include "tests/support/virtual_board_test.h"
 
@@ -17,9 +18,9 @@ namespace {
 using Bytes = std::vector<uint8_t>;
 
 constexpr int32_t kMark = 0x5A5A5A5A;
-constexpr uint32_t kFourFan[] = {0x0309, 0x0409, 0x0509, 0x0609, 0x8309, 0x8409, 0x8509, 0x8609};
-constexpr uint32_t kTwoFan[] = {0x0709, 0x0809, 0x8709, 0x8809};
-constexpr uint32_t kOther[] = {0x0109, 0x8209};
+const DeviceIds kFourFan = idsWith(Chassis::FourFan);
+const DeviceIds kTwoFan = idsWith(Chassis::TwoFan);
+const DeviceIds kOther = idsWith(Chassis::Other);
 
 /** A PMBus supply: each read takes the next answer to its command; the last one stays. */
 class ScriptedSupply : public I2cDevice {

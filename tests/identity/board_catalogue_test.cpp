@@ -1,96 +1,130 @@
 // The board catalogue, against the list of the family's models.
 
 #include "identity/board_catalogue.h"
+#include "tests/support/device_ids.h"
 #include "virtual_board/board/models.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <string>
 
 namespace {
 
-// For the hardware reviewer: every row of the catalogue, and what an id without a row gets.
-constexpr char kCatalogue[] = "0x0109   other, cages 25-30\n"
-                              "0x0309   four fans, clock, cages 25-30\n"
-                              "0x0409   four fans, cages 49-54\n"
-                              "0x0509   four fans, clock, cages 1-24 33-38\n"
-                              "0x0609   four fans, clock, cages 1-48 49-54\n"
-                              "0x0709   two fans, clock, cages 49-54\n"
-                              "0x0809   two fans, clock, cages 25-30\n"
-                              "0x8209   other, cages 25-30\n"
-                              "0x8309   four fans, cages 49-54\n"
-                              "0x8409   four fans, clock, cages 25-30\n"
-                              "0x8509   four fans, clock, cages 1-48 49-54\n"
-                              "0x8609   four fans, clock, cages 1-24 33-38\n"
-                              "0x8709   two fans, clock, cages 25-30\n"
-                              "0x8809   two fans, clock, cages 49-54\n"
-                              "unknown  other, cages 49-54\n";
+// For the hardware reviewer: each row of the catalogue as a line, which is what the data sheet
+// says.
 
-const char *chassisText(uint32_t devId) {
-    if (bspDevIsFourFanModel(devId) != 0)
-        return "four fans";
-    return bspDevIsTwoFanModel(devId) != 0 ? "two fans" : "other";
+std::string lineOf(uint32_t devId, const char *chassis, bool hasClock, uint32_t frontCages,
+                   uint32_t firstUplink) {
+    constexpr uint32_t kUplinks = 6;
+    char line[80];
+    std::snprintf(line, sizeof(line), "0x%04X   %s%s, cages", devId, chassis,
+                  hasClock ? ", clock" : "");
+    const std::string front = frontCages != 0 ? " 1-" + std::to_string(frontCages) : "";
+    return line + front + " " + std::to_string(firstUplink) + "-" +
+           std::to_string(firstUplink + kUplinks - 1) + "\n";
 }
 
-std::string cagesText(const bsp::CageRange &cages) {
-    if (cages.ports == 0)
-        return "";
-    return " " + std::to_string(cages.firstPort) + "-" +
-           std::to_string(cages.firstPort + cages.ports - 1);
+std::string lineOf(const DataSheet &sheet) {
+    const char *chassis = sheet.chassis == Chassis::FourFan  ? "four fans"
+                          : sheet.chassis == Chassis::TwoFan ? "two fans"
+                                                             : "other";
+    return lineOf(sheet.devId, chassis, sheet.hasClock, sheet.frontCages, sheet.firstUplink);
 }
 
-std::string rowText(const bsp::BoardModel &model) {
-    return chassisText(model.devId) + std::string(model.hasClock ? ", clock" : "") + ", cages" +
-           cagesText(model.frontCages) + cagesText(model.uplinkCages) + "\n";
+std::string lineOf(uint32_t devId, const bsp::BoardModel &model) {
+    const char *chassis = bspDevIsFourFanModel(devId) != 0  ? "four fans"
+                          : bspDevIsTwoFanModel(devId) != 0 ? "two fans"
+                                                            : "other";
+    EXPECT_EQ(model.frontCages.firstPort, model.frontCages.ports != 0 ? 1 : 0) << devId;
+    EXPECT_EQ(model.uplinkCages.ports, 6) << devId;
+    return lineOf(devId, chassis, model.hasClock, model.frontCages.ports,
+                  model.uplinkCages.firstPort);
 }
 
-std::string catalogueText() {
-    constexpr uint32_t kUnknown = 0xFFFFFFFF;
-    std::string text;
+TEST(BoardCatalogueTest, HoldsTheFamilyAndNothingElse) {
+    std::string catalogue;
     for (uint32_t devId = 1; devId <= 0xFFFF; ++devId) {
         const bsp::BoardModel &model = bsp::boardModel(devId);
-        char id[16];
-        std::snprintf(id, sizeof(id), "0x%04X", devId);
         if (model.devId == devId)
-            text += std::string(id) + "   " + rowText(model);
+            catalogue += lineOf(devId, model);
     }
-    return text + "unknown  " + rowText(bsp::boardModel(kUnknown));
-}
-
-TEST(BoardCatalogueTest, HoldsTheFamily) {
-    const std::string text = catalogueText();
-    std::fputs(text.c_str(), stdout);
-    EXPECT_EQ(text, kCatalogue);
+    std::string family;
+    for (const DataSheet &sheet : kDataSheets)
+        family += lineOf(sheet);
+    std::fputs(catalogue.c_str(), stdout);
+    EXPECT_EQ(catalogue, family);
+    for (const uint32_t devId : kUnknownIds)
+        EXPECT_EQ(lineOf(devId, bsp::boardModel(devId)), lineOf(unknownSheet(devId)));
 }
 
 TEST(BoardCatalogueTest, PredicatesAnswerExactIds) {
-    struct {
-        uint32_t devId;
-        int32_t isFourFan, isTwoFan;
-    } cases[] = {
-        {0x0109, 0, 0},     {0x0309, 1, 0},     {0x0409, 1, 0}, {0x0509, 1, 0}, {0x0609, 1, 0},
-        {0x0709, 0, 1},     {0x0809, 0, 1},     {0x8209, 0, 0}, {0x8309, 1, 0}, {0x8409, 1, 0},
-        {0x8509, 1, 0},     {0x8609, 1, 0},     {0x8709, 0, 1}, {0x8809, 0, 1}, {0, 0, 0},
-        {0x0209, 0, 0},     {0x0909, 0, 0},     {0x8109, 0, 0}, {0xABCD, 0, 0}, {0x10309, 0, 0},
-        {0x10709, 0, 0},    {0x80000309, 0, 0}, {0x0308, 0, 0}, {0x070A, 0, 0}, {0x80000709, 0, 0},
-        {0xFFFFFFFF, 0, 0},
-    };
-    for (const auto &expected : cases) {
-        EXPECT_EQ(bspDevIsFourFanModel(expected.devId), expected.isFourFan) << expected.devId;
-        EXPECT_EQ(bspDevIsTwoFanModel(expected.devId), expected.isTwoFan) << expected.devId;
+    for (const DataSheet &sheet : kDataSheets) {
+        EXPECT_EQ(bspDevIsFourFanModel(sheet.devId), sheet.chassis == Chassis::FourFan ? 1 : 0);
+        EXPECT_EQ(bspDevIsTwoFanModel(sheet.devId), sheet.chassis == Chassis::TwoFan ? 1 : 0);
+    }
+    for (const uint32_t devId : {0x0000u, 0x0209u, 0x0909u, 0x8109u, 0xABCDu, 0x10309u, 0x10709u,
+                                 0x80000309u, 0x0308u, 0x070Au, 0x80000709u, 0xFFFFFFFFu}) {
+        EXPECT_EQ(bspDevIsFourFanModel(devId), 0) << devId;
+        EXPECT_EQ(bspDevIsTwoFanModel(devId), 0) << devId;
     }
 }
 
 TEST(BoardCatalogueTest, ExactlyTheClassesModelsAreInThem) {
-    int fourFan = 0;
-    int twoFan = 0;
+    DeviceIds fourFan;
+    DeviceIds twoFan;
     for (uint32_t devId = 0; devId <= 0x1FFFF; ++devId) {
-        fourFan += bspDevIsFourFanModel(devId);
-        twoFan += bspDevIsTwoFanModel(devId);
+        if (bspDevIsFourFanModel(devId) != 0)
+            fourFan.push_back(devId);
+        if (bspDevIsTwoFanModel(devId) != 0)
+            twoFan.push_back(devId);
     }
-    EXPECT_EQ(fourFan, 8);
-    EXPECT_EQ(twoFan, 4);
+    EXPECT_EQ(fourFan, idsWith(Chassis::FourFan));
+    EXPECT_EQ(twoFan, idsWith(Chassis::TwoFan));
+}
+
+/** The ids that bsp.h names between two texts of its section about models. */
+DeviceIds idsInHeader(const std::string &from, const std::string &to) {
+    std::ifstream file(BSP_TEST_HEADER);
+    const std::string text(std::istreambuf_iterator<char>(file), {});
+    const size_t start = text.find(from, text.find("@section models"));
+    EXPECT_NE(start, std::string::npos) << from;
+    const std::string part = text.substr(start, text.find(to, start) - start);
+    DeviceIds ids;
+    for (size_t at = part.find(" 0x"); at != std::string::npos; at = part.find(" 0x", at + 1)) {
+        const auto id = static_cast<uint32_t>(std::stoul(part.substr(at), nullptr, 16));
+        if (id != 0x8000) {
+            ids.push_back(id);
+            continue;
+        }
+        const DeviceIds same = ids; // "the same + 0x8000"
+        for (const uint32_t variant : same)
+            ids.push_back(variant + id);
+    }
+    return ids;
+}
+
+TEST(BoardCatalogueTest, TheHeaderTellsOfEachModel) {
+    EXPECT_EQ(idsInHeader("| four-fan |", "\n"), idsWith(Chassis::FourFan));
+    EXPECT_EQ(idsInHeader("| two-fan  |", "\n"), idsWith(Chassis::TwoFan));
+    EXPECT_EQ(idsInHeader("| other    |", "\n"), idsWith(Chassis::Other));
+    const auto withPoe = [](uint32_t ports) {
+        return idsWhere([ports](const DataSheet &sheet) { return sheet.poePorts == ports; });
+    };
+    EXPECT_EQ(idsInHeader("48 PoE ports have", ", 24 have"), withPoe(48));
+    EXPECT_EQ(idsInHeader("24 have", "."), withPoe(24));
+    EXPECT_EQ(idsInHeader("The clock chip is in", "."),
+              idsWhere([](const DataSheet &sheet) { return sheet.hasClock; }));
+    const auto withCages = [](uint32_t frontCages, uint32_t firstUplink) {
+        return idsWhere([=](const DataSheet &sheet) {
+            return sheet.frontCages == frontCages && sheet.firstUplink == firstUplink;
+        });
+    };
+    EXPECT_EQ(idsInHeader("| 25-30          |", "\n"), withCages(0, 25));
+    EXPECT_EQ(idsInHeader("| 1-24 and 33-38 |", "\n"), withCages(24, 33));
+    EXPECT_EQ(idsInHeader("| 1-54           |", "\n"), withCages(48, 49));
 }
 
 // The virtual board's models come from circuit diagrams of their own.

@@ -7,9 +7,15 @@
 
 namespace {
 
-const DeviceIds kUplinksAt25 = {0x0109, 0x0309, 0x0809, 0x8209, 0x8409, 0x8709};
-const DeviceIds kFibre24 = {0x0509, 0x8609};
-const DeviceIds kFibre48 = {0x0609, 0x8509};
+DeviceIds idsWithCages(uint32_t frontCages, uint32_t firstUplink) {
+    return idsWhere([=](const DataSheet &sheet) {
+        return sheet.frontCages == frontCages && sheet.firstUplink == firstUplink;
+    });
+}
+
+const DeviceIds kUplinksAt25 = idsWithCages(0, 25);
+const DeviceIds kFibre24 = idsWithCages(24, 33);
+const DeviceIds kFibre48 = idsWithCages(48, 49);
 
 constexpr uint32_t kMark = 0x5A5A5A5A;
 constexpr int64_t kNoBit = -1;

@@ -11,30 +11,24 @@
 
 namespace {
 
-/** Consecutive ports on consecutive channels. */
-struct Cages {
-    DeviceIds models;
-    uint32_t first, last, bus, channel;
-};
+std::string branch(uint32_t bus, uint32_t channel) {
+    return "bus " + std::to_string(bus) + " ch " + std::to_string(channel);
+}
 
-const Cages kCages[] = {
-    {{0x0109, 0x0309, 0x0809, 0x8209, 0x8409, 0x8709}, 25, 30, 1, 0},
-    {{0x0409, 0x0709, 0x8309, 0x8809}, 49, 54, 1, 0},
-    {{0x0609, 0x8509}, 1, 48, 1, 8},
-    {{0x0609, 0x8509}, 49, 54, 1, 0},
-    {{0x0509, 0x8609}, 1, 24, 1, 8},
-    {{0x0509, 0x8609}, 33, 38, 1, 0},
-    {kUnknownIds, 49, 54, 0, 2},
-};
-
-/** Bus and channel of a port as "bus 1 ch 0", or "" for none. */
+/** Bus and channel of a port as "bus 1 ch 0", or "" for none: consecutive ports are on consecutive
+ * channels.
+ */
 std::string branchOf(uint32_t devId, uint32_t port) {
-    for (const Cages &cages : kCages) {
-        if (isOneOf(devId, cages.models) && port >= cages.first && port <= cages.last)
-            return "bus " + std::to_string(cages.bus) + " ch " +
-                   std::to_string(cages.channel + port - cages.first);
+    constexpr uint32_t kUplinks = 6;
+    constexpr uint32_t kUnknownFirst = 49; // of models that nobody knows
+    for (const DataSheet &sheet : kDataSheets) {
+        if (sheet.devId != devId)
+            continue;
+        if (port >= 1 && port <= sheet.frontCages)
+            return branch(1, 8 + port - 1);
+        return port - sheet.firstUplink < kUplinks ? branch(1, port - sheet.firstUplink) : "";
     }
-    return "";
+    return port - kUnknownFirst < kUplinks ? branch(0, 2 + port - kUnknownFirst) : "";
 }
 
 class TransceiverMemoryTest : public VirtualBoardTest {
@@ -57,22 +51,24 @@ TEST_F(TransceiverMemoryTest, EachModelsCagesAreOnTheirBranches) {
         ports.insert(ports.end(), {256 + 25, 256 + 49, 0x80000001, UINT32_MAX});
         for (const uint32_t port : ports) {
             SCOPED_TRACE(listed({devId, port}));
-            const std::string branch = branchOf(devId, port);
+            const std::string expected = branchOf(devId, port);
             addFault(refuse(vb::FaultDevice::I2c, vb::FaultOp::Any, 6));
             requests();
             uint8_t byte = 0xA5;
             // An address that no test device has, so that the virtual board sees the request.
             const auto read = [&] { return bspLaserSfpRead(port, 0x2F, 5, &byte, 1); };
             const auto write = [&] { return bspLaserSfpWrite(port, 0x2F, 5, &byte, 1); };
-            EXPECT_EQ(answerOf(read), Answer{branch.empty() ? BSP_E_INVALID : BSP_E_FAILED});
-            EXPECT_EQ(answerOf(write), Answer{branch.empty() ? BSP_E_INVALID : BSP_E_FAILED});
+            EXPECT_EQ(answerOf(read), Answer{expected.empty() ? BSP_E_INVALID : BSP_E_FAILED});
+            EXPECT_EQ(answerOf(write), Answer{expected.empty() ? BSP_E_INVALID : BSP_E_FAILED});
             EXPECT_EQ(byte, 0xA5);
             const Lines lines = requests();
-            ASSERT_EQ(lines.size(), branch.empty() ? 0u : 2u);
-            if (!branch.empty()) {
-                EXPECT_EQ(lines[0].rfind("I2C read  " + branch + " dev 0x2F off 0x05 len 1", 0), 0u)
+            ASSERT_EQ(lines.size(), expected.empty() ? 0u : 2u);
+            if (!expected.empty()) {
+                EXPECT_EQ(lines[0].rfind("I2C read  " + expected + " dev 0x2F off 0x05 len 1", 0),
+                          0u)
                     << lines[0];
-                EXPECT_EQ(lines[1].rfind("I2C write " + branch + " dev 0x2F off 0x05 len 1", 0), 0u)
+                EXPECT_EQ(lines[1].rfind("I2C write " + expected + " dev 0x2F off 0x05 len 1", 0),
+                          0u)
                     << lines[1];
             }
             clearFaults();
