@@ -36,7 +36,7 @@ expect_same "its name is libbsp.so.1" "libbsp.so.1" \
 expect_same "it exports what the list of exports names, with its versions" "$listed" "$exported"
 expect_same "the header declares what it exports" "$exported_names" "$declared"
 expect_same "a program passes plain integers to all of it" "$exported_names" \
-    "$( (sed -nE 's/.*[ *](bsp\w+|io\w+)\(.*/\1/p' "$source/tests/package/plain_integers.cpp" &&
+    "$( (sed -nE 's/.*<void>\((\w+)\(.*/\1/p' "$build/tests/package/plain_calls.inc" &&
         echo bspPoeRtl8239Driver) | sort)"
 expect_same "it has no text relocations" "" "$(grep TEXTREL <<<"$dynamic" || true)"
 expect_same "no object of it has static constructors or destructors" "" \
