@@ -5,54 +5,8 @@
 #include "tests/support/recorded_devices.h"
 #include "tests/support/virtual_board_test.h"
 
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
-
-namespace {
-
-/** What the system clock was set to; the host's own is never touched. */
-struct SystemClock {
-    Lines settings; // "1782907200 s 0 ns"
-    int result = 0;
-};
-SystemClock systemClock;
-
-/** Notes a time of 64-bit seconds, as all systems pass it to the call that takes those. */
-int setSystemClock(clockid_t clock, const void *time) {
-    constexpr bool isBig32 =
-        sizeof(long) == 4 && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__; // padded in front
-    int64_t seconds = 0;
-    int32_t nanoseconds = 0;
-    std::memcpy(&seconds, time, sizeof(seconds));
-    std::memcpy(&nanoseconds, static_cast<const char *>(time) + (isBig32 ? 12 : 8),
-                sizeof(nanoseconds));
-    systemClock.settings.push_back((clock == CLOCK_REALTIME ? "" : "another clock: ") +
-                                   std::to_string(seconds) + " s " + std::to_string(nanoseconds) +
-                                   " ns");
-    errno = systemClock.result == 0 ? 0 : EPERM;
-    return systemClock.result;
-}
-
-} // namespace
-
-// The linker lets the library's calls come here. The second is the name on 32-bit systems.
-extern "C" {
-int wrappedClockSettime(clockid_t clock, const void *time) __asm__("__wrap_clock_settime");
-int wrappedClockSettime64(clockid_t clock, const void *time) __asm__("__wrap___clock_settime64");
-}
-
-int wrappedClockSettime(clockid_t clock, const void *time) {
-    if (sizeof(time_t) == 8)
-        return setSystemClock(clock, time);
-    systemClock.settings.emplace_back("set to 32 bits");
-    return -1;
-}
-
-int wrappedClockSettime64(clockid_t clock, const void *time) {
-    return setSystemClock(clock, time);
-}
 
 namespace {
 
@@ -62,6 +16,7 @@ const Lines kAllReads = {"read 02 len 1", "read 03 len 1", "read 04 len 1",
                          "read 05 len 1", "read 07 len 1", "read 08 len 1"};
 
 constexpr uint32_t kMark = 0x5A5A5A5A;
+constexpr char kSetting[] = "set "; // of a clock
 
 /** A record in the order in which people write it: year first. */
 std::string text(const BspCalendar &record) {
@@ -81,7 +36,7 @@ class ClockTest : public VirtualBoardTest {
   protected:
     void SetUp() override {
         VirtualBoardTest::SetUp();
-        systemClock = {};
+        recorder.failAlways(kSetting, 0); // the host's own is never touched
         useZone("UTC");
         pretendDeviceId(0x0709);
     }
@@ -107,6 +62,7 @@ class ClockTest : public VirtualBoardTest {
     }
 
     MemoryDevice chip{0, 1, 0x51};
+    Recorder recorder;
 };
 
 TEST_F(ClockTest, ReadsTwoDigitsOfEachRegister) {
@@ -233,10 +189,10 @@ TEST_F(ClockTest, WithoutADeviceIdNothingIsDone) {
     EXPECT_EQ(answerOf([] { return bspRealtimeGet(nullptr); }), Answer{BSP_E_OPEN});
     EXPECT_EQ(answerOf([&] { return bspRealtimeSet(&record); }), Answer{BSP_E_OPEN});
     EXPECT_EQ(answerOf([] { return bspSysClockSync(); }), Answer{BSP_E_OPEN});
-    EXPECT_EQ(answerOf([] { return bspInit(); }), kSilentSuccess);
+    EXPECT_EQ(recorder.run([] { return bspInit(); }), kSilentSuccess);
     EXPECT_EQ(text(record), text(countedTo(0)));
     EXPECT_EQ(chip.take(), Lines{});
-    EXPECT_EQ(systemClock.settings, Lines{});
+    EXPECT_EQ(recorder.callsOf(kSetting), Calls{});
 }
 
 struct SyncCase {
@@ -262,30 +218,32 @@ TEST_F(ClockTest, SystemClockIsSetFromLocalTime) {
         useZone(row.zone);
         ASSERT_EQ(bspRealtimeSet(&row.local), BSP_OK);
         for (int32_t (*const function)() : {bspSysClockSync, bspInit}) {
-            systemClock.settings.clear();
-            EXPECT_EQ(answerOf(function), kSilentSuccess);
-            EXPECT_EQ(systemClock.settings, Lines{row.expected});
+            EXPECT_EQ(recorder.run(function), kSilentSuccess);
+            EXPECT_EQ(recorder.callsOf(kSetting), Calls{std::string("set clock ") + row.expected});
         }
     }
 }
 
 TEST_F(ClockTest, AModelWithoutTheChipSyncsToARecordOfZeros) {
     pretendDeviceId(0x0109);
-    EXPECT_EQ(answerOf([] { return bspSysClockSync(); }), kSilentSuccess);
-    EXPECT_EQ(systemClock.settings, Lines{"-2209075200 s 0 ns"}) << "the day before 1 January 1900";
+    EXPECT_EQ(recorder.run([] { return bspSysClockSync(); }), kSilentSuccess);
+    EXPECT_EQ(recorder.callsOf(kSetting), Calls{"set clock -2209075200 s 0 ns"})
+        << "the day before 1 January 1900";
 }
 
 TEST_F(ClockTest, ARefusedSettingIsNotTold) {
-    systemClock.result = -1;
-    EXPECT_EQ(answerOf([] { return bspSysClockSync(); }), kSilentSuccess);
-    EXPECT_EQ(systemClock.settings.size(), 1u);
+    recorder.clearFailures();
+    recorder.failAlways(kSetting);
+    EXPECT_EQ(recorder.run([] { return bspSysClockSync(); }), kSilentSuccess);
+    EXPECT_EQ(recorder.callsOf(kSetting).size(), 1u);
 }
 
 TEST_F(ClockTest, AnUnreadableChipLeavesTheSystemClockAlone) {
     chip.fail(6, -5);
-    EXPECT_EQ(answerOf([] { return bspSysClockSync(); }), Answer{-5});
-    EXPECT_EQ(answerOf([] { return bspInit(); }), kSilentSuccess);
-    EXPECT_EQ(systemClock.settings, Lines{});
+    EXPECT_EQ(recorder.run([] { return bspSysClockSync(); }), Answer{-5});
+    EXPECT_EQ(recorder.callsOf(kSetting), Calls{});
+    EXPECT_EQ(recorder.run([] { return bspInit(); }), kSilentSuccess);
+    EXPECT_EQ(recorder.callsOf(kSetting), Calls{});
 }
 
 TEST_F(ClockTest, NullOutputsOfTheChipAreRefusedBeforeItIsAsked) {

@@ -5,6 +5,7 @@
 #include "tests/support/virtual_board_test.h"
 
 #include <array>
+#include <cerrno>
 #include <cstddef>
 
 namespace {
@@ -121,6 +122,25 @@ TEST_F(FacadeTest, FailuresArePassedOnUnchanged) {
     addFault(openFails("/tmp/bsp/devId", EACCES));
     addFault(openFails("/proc/cmdline", EACCES));
     expectTheSame();
+}
+
+TEST_F(FacadeTest, RebootStoresItsFlagWaitsAndResets) {
+    EXPECT_EQ(answerOf([] { return ioRebootEx(-2); }), kSilentSuccess);
+    const Lines lines = trace();
+    ASSERT_GE(lines.size(), 3u);
+    EXPECT_EQ(Lines(lines.end() - 3, lines.end()),
+              (Lines{"MTD write mtd4 0x0+0x100", "sleep 1000000 us",
+                     "CPLD write reg 5 (reset) = 0x0000"}));
+    int32_t flag = 0;
+    EXPECT_EQ(bspBootFlagGet(&flag), BSP_OK);
+    EXPECT_EQ(flag, -2);
+}
+
+TEST_F(FacadeTest, RebootSucceedsWhateverFails) {
+    addFault(openFails("/dev/mtd4", ENOENT));
+    addFault(refuse(vb::FaultDevice::Cpld, vb::FaultOp::Any, 5));
+    EXPECT_EQ(answerOf([] { return ioRebootEx(1); }).status, BSP_OK) << "no partition, no reset";
+    EXPECT_EQ(requests(), Lines{"CPLD write reg 5 (reset) = 0x0000 -> refused, result 5"});
 }
 
 } // namespace

@@ -4,14 +4,14 @@
 
 #include "bsp.h"
 #include "tests/support/boot_loader_file.h"
-#include "tests/support/fake_flash.h"
+#include "tests/support/flash_board_test.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
 
 namespace {
 
-constexpr char kFile[] = "/images/boot.bin";
+constexpr char kFile[] = "/tmp/bsp/boot.bin";
 using boot_loader_file::crcOf;
 using boot_loader_file::kTrailer;
 using boot_loader_file::put;
@@ -22,23 +22,23 @@ Bytes upgradeFile(size_t size) {
     return boot_loader_file::of(patterned(size - kTrailer));
 }
 
-class BootLoaderTest : public testing::Test {
+class BootLoaderTest : public FlashCallsTest {
   protected:
     void SetUp() override {
-        flash.addPartition("/dev/mtd0", 0x180000, 0x10000, 2048);
-        flash.files[kFile].content = upgradeFile(5000);
+        FlashCallsTest::SetUp();
+        usePartition(0, {vb::FlashType::Nor, 0x100000, 0x10000, 2048, 0});
+        useFile(kFile, upgradeFile(5000));
     }
 
     Answer check(const Bytes &file) {
-        return flash.run(
+        return recorder.run(
             [&] { return bsp_bios_file_check(file.data(), static_cast<uint32_t>(file.size())); });
     }
 
     Answer upgrade() {
-        return flash.run([] { return bspImageUpgrade(BSP_IMAGE_BOOT, kFile, 1); });
+        return withoutNumber(recorder.run([] { return bspImageUpgrade(BSP_IMAGE_BOOT, kFile, 1); }),
+                             "/dev/mtd0");
     }
-
-    FakeFlash flash;
 };
 
 constexpr char kError0[] = "Bios file header error(0).\n";
@@ -105,42 +105,42 @@ TEST_F(BootLoaderTest, AFileWithoutATrailerHasAWrongOne) {
     for (size_t size = 1; size < 80; ++size)
         EXPECT_EQ(check(Bytes(file.begin() + static_cast<ptrdiff_t>(80 - size), file.end())),
                   (Answer{-1, kError0}));
-    EXPECT_EQ(flash.run([&] { return bsp_bios_file_check(file.data(), 0); }),
+    EXPECT_EQ(recorder.run([&] { return bsp_bios_file_check(file.data(), 0); }),
               (Answer{-1, kError0}));
-    EXPECT_EQ(flash.run([] { return bsp_bios_file_check(nullptr, 100); }), (Answer{BSP_E_NULL}));
+    EXPECT_EQ(recorder.run([] { return bsp_bios_file_check(nullptr, 100); }), (Answer{BSP_E_NULL}));
 }
 
-const Calls kReading = {"stat /images/boot.bin", "malloc 1048576", "fopen /images/boot.bin rb",
-                        "fread /images/boot.bin 1 x 5000", "fclose /images/boot.bin"};
+const Calls kReading = {"stat /tmp/bsp/boot.bin", "malloc 1048576", "fopen /tmp/bsp/boot.bin rb",
+                        "fread /tmp/bsp/boot.bin 1 x 5000", "fclose /tmp/bsp/boot.bin"};
 
 TEST_F(BootLoaderTest, IsCheckedAndWrittenWhole) {
     EXPECT_EQ(upgrade(), kSilentSuccess);
-    Calls begin = flash.calls;
+    Calls begin = recorder.calls;
     begin.resize(kReading.size() + 5);
     EXPECT_EQ(begin, joined({kReading,
                              kLocking,
-                             {"stat /images/boot.bin", "open /images/boot.bin read-only sync",
+                             {"stat /tmp/bsp/boot.bin", "open /tmp/bsp/boot.bin read-only sync",
                               "open /dev/mtd0 read-write sync"}}));
-    EXPECT_EQ(flash.callsOf("erase").size(), 0x18u) << "the whole partition";
-    EXPECT_EQ(flash.callsOf("write").size(), 3u);
-    const Bytes &stored = flash.files["/dev/mtd0"].content;
-    EXPECT_EQ(Bytes(stored.begin(), stored.begin() + 5000), upgradeFile(5000))
-        << "without a length header";
+    EXPECT_EQ(recorder.callsOf("erase").size(), 0x10u) << "the whole partition";
+    EXPECT_EQ(recorder.callsOf("write").size(), 3u);
+    EXPECT_EQ(stored(0, 0, 5000), upgradeFile(5000)) << "without a length header";
 }
 
 TEST_F(BootLoaderTest, TheLargestFileHas1MiB) {
-    flash.files[kFile].content = upgradeFile(1048576);
+    useFile(kFile, upgradeFile(1048576));
     EXPECT_EQ(upgrade(), kSilentSuccess);
-    flash.files[kFile].content = upgradeFile(1048577);
+    useFile(kFile, upgradeFile(1048577));
     EXPECT_EQ(upgrade(), (Answer{-1, "Bios file size error.\r\n"}));
-    EXPECT_EQ(flash.calls, (Calls{"stat /images/boot.bin"}));
+    EXPECT_EQ(recorder.calls, (Calls{"stat /tmp/bsp/boot.bin"}));
 }
 
 TEST_F(BootLoaderTest, AFileThatFailsTheCheckIsNotWritten) {
-    flash.files[kFile].content[7] ^= 1;
+    Bytes file = upgradeFile(5000);
+    file[7] ^= 1;
+    useFile(kFile, file);
     EXPECT_EQ(upgrade(), (Answer{-1, "Bios file data error.\nBios file is invalid. \r\n"}));
-    EXPECT_EQ(flash.calls, joined({kReading, {"free"}}));
-    flash.files[kFile].content.clear();
+    EXPECT_EQ(recorder.calls, joined({kReading, {"free"}}));
+    useFile(kFile, {});
     EXPECT_EQ(upgrade(), (Answer{-1, "Bios file header error(0).\nBios file is invalid. \r\n"}));
 }
 
@@ -159,15 +159,15 @@ TEST_F(BootLoaderTest, FailuresBeforeTheCheck) {
         {"fread", 0, {BSP_E_SHORT_READ, "Reading Bios filesize 0 failed.\r\n"}, 6},
     };
     for (const Case &row : cases) {
-        flash.clearFailures();
-        flash.fail(row.call, 1, row.result);
+        recorder.clearFailures();
+        recorder.fail(row.call, 1, row.result);
         EXPECT_EQ(upgrade(), row.answer);
-        EXPECT_TRUE(flash.allFailed());
-        EXPECT_EQ(flash.calls.size(), row.calls) << "nothing else is done";
+        EXPECT_TRUE(recorder.allFailed());
+        EXPECT_EQ(recorder.calls.size(), row.calls) << "nothing else is done";
     }
-    EXPECT_EQ(flash.run([] { return bspImageUpgrade(BSP_IMAGE_BOOT, nullptr, 0); }),
+    EXPECT_EQ(recorder.run([] { return bspImageUpgrade(BSP_IMAGE_BOOT, nullptr, 0); }),
               (Answer{BSP_E_NULL}));
-    EXPECT_EQ(flash.calls, (Calls{}));
+    EXPECT_EQ(recorder.calls, (Calls{}));
 }
 
 TEST_F(BootLoaderTest, AFailedWriteIsPrintedAndAnsweredWithSuccess) {
@@ -181,22 +181,22 @@ TEST_F(BootLoaderTest, AFailedWriteIsPrintedAndAnsweredWithSuccess) {
          "\nopen /dev/mtd0 fail.\n"
          "Update bios file error(-1), you'd better try again...\r\n"},
         {"geometry", -7,
-         "get /dev/mtd0(fd=1002) info error, ret = -7 \n"
+         "get /dev/mtd0(fd=#) info error, ret = -7 \n"
          "Update bios file error(-7), you'd better try again...\r\n"},
         {"seek /dev/mtd0", -1, "Update bios file error(1014), you'd better try again...\r\n"},
-        {"read /images", 3, "Update bios file error(1011), you'd better try again...\r\n"},
+        {"read /tmp/bsp/", 3, "Update bios file error(1011), you'd better try again...\r\n"},
         {"malloc 2048", -1, "malloc error "},
     };
     for (const Case &row : cases) {
-        flash.clearFailures();
-        flash.fail(row.call, 1, row.result);
+        recorder.clearFailures();
+        recorder.fail(row.call, 1, row.result);
         EXPECT_EQ(upgrade(), (Answer{BSP_OK, row.printed}));
-        EXPECT_TRUE(flash.allFailed());
+        EXPECT_TRUE(recorder.allFailed());
     }
 }
 
 TEST_F(BootLoaderTest, ATooSmallPartitionIsToldByTheMessageAlone) {
-    flash.addPartition("/dev/mtd0", 4096, 4096, 2048);
+    usePartition(0, {vb::FlashType::Nor, 4096, 4096, 2048, 0});
     EXPECT_EQ(upgrade(), (Answer{BSP_OK, "Error, file size 5000 is big than mtd size 4096. \n"}));
 }
 

@@ -1,7 +1,7 @@
 // The entry for all kinds of images, and the CPLD's, which the kernel module programs.
 
 #include "bsp.h"
-#include "tests/support/fake_flash.h"
+#include "tests/support/flash_board_test.h"
 
 #include <climits>
 #include <cstring>
@@ -9,33 +9,34 @@
 
 namespace {
 
-struct ImageUpgradeTest : testing::Test {
-    FakeFlash flash;
-
+struct ImageUpgradeTest : FlashCallsTest {
     Answer upgrade(int32_t kind, const char *file) {
-        return flash.run([&] { return bspImageUpgrade(kind, file, 0); });
+        return recorder.run([&] { return bspImageUpgrade(kind, file, 0); });
     }
 };
 
 TEST_F(ImageUpgradeTest, ThereAreThreeKinds) {
     for (const int32_t kind : {0, 3, 5, 6, 7, 8, -1, INT_MAX, INT_MIN}) {
-        EXPECT_EQ(upgrade(kind, "/images/file"), (Answer{BSP_E_NOT_SUPPORTED}));
+        EXPECT_EQ(upgrade(kind, "/tmp/bsp/file"), (Answer{BSP_E_NOT_SUPPORTED}));
         EXPECT_EQ(upgrade(kind, nullptr), (Answer{BSP_E_NOT_SUPPORTED}));
-        EXPECT_EQ(flash.calls, (Calls{}));
+        EXPECT_EQ(recorder.calls, (Calls{}));
     }
     for (const int32_t kind : {1, 2, 4})
         EXPECT_EQ(upgrade(kind, nullptr), (Answer{BSP_E_NULL})) << kind;
-    EXPECT_EQ(flash.calls, (Calls{}));
+    EXPECT_EQ(recorder.calls, (Calls{}));
 }
 
 TEST_F(ImageUpgradeTest, TheKernelModuleProgramsTheCpld) {
-    static const char kFile[] = "/images/cpld.vme";
+    static const char kFile[] = "/tmp/bsp/cpld.vme";
     uint32_t words[10] = {};
     uint32_t tableAddress = 0;
     std::string name;
     uint64_t nameLength = 0;
     uint64_t others = 0;
-    flash.onRequest = [&](const BspIoctlRecord &record) {
+    recorder.before = [&](const SystemCall &call) -> std::optional<int64_t> {
+        if (!call.is("ioctl"))
+            return std::nullopt;
+        const auto &record = *static_cast<const BspIoctlRecord *>(call.argument);
         const auto *block =
             reinterpret_cast<const uint8_t *>(static_cast<uintptr_t>(record.slot[0]));
         std::memcpy(words, block, sizeof(words));
@@ -47,7 +48,7 @@ TEST_F(ImageUpgradeTest, TheKernelModuleProgramsTheCpld) {
         return 0;
     };
     EXPECT_EQ(upgrade(BSP_IMAGE_CPLD, kFile), kSilentSuccess);
-    EXPECT_EQ(flash.calls,
+    EXPECT_EQ(recorder.calls,
               (Calls{"open /dev/bspHandle read-only", "request 0x1009", "close /dev/bspHandle"}))
         << "the file is the kernel module's to open";
     EXPECT_EQ(name, kFile);
@@ -64,13 +65,18 @@ TEST_F(ImageUpgradeTest, TheKernelModuleProgramsTheCpld) {
 
 TEST_F(ImageUpgradeTest, TheKernelModulesAnswerIsTheUpgrades) {
     for (const int32_t result : {5, -5, 1002}) {
-        flash.onRequest = [result](const BspIoctlRecord &) { return result; };
-        EXPECT_EQ(upgrade(BSP_IMAGE_CPLD, "/images/missing"), (Answer{result}));
+        recorder.before = [result](const SystemCall &call) -> std::optional<int64_t> {
+            if (!call.is("ioctl"))
+                return std::nullopt;
+            static_cast<BspIoctlRecord *>(call.argument)->result = result;
+            return 0;
+        };
+        EXPECT_EQ(upgrade(BSP_IMAGE_CPLD, "/tmp/bsp/missing"), (Answer{result}));
     }
-    flash.fail("request");
+    recorder.fail("request");
     EXPECT_EQ(upgrade(BSP_IMAGE_CPLD, "/f"), (Answer{-1, "ioctl fail, cmd=0x1009\n"}));
-    flash.clearFailures();
-    flash.fail("open");
+    recorder.clearFailures();
+    recorder.fail("open");
     EXPECT_EQ(upgrade(BSP_IMAGE_CPLD, "/f"), (Answer{-1, "open file /dev/bspHandle fail\n"}));
 }
 

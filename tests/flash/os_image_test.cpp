@@ -3,47 +3,67 @@
 #include "flash/os_image.h"
 
 #include "bsp.h"
-#include "tests/support/fake_flash.h"
+#include "tests/support/flash_board_test.h"
 
-#include <gtest/gtest.h>
+#include <filesystem>
+#include <fstream>
 
 namespace {
 
-constexpr char kFile[] = "/images/os.bin";
+constexpr char kFile[] = "/tmp/bsp/os.bin";
+constexpr char kCopy[] = "/tmp/bsp/copy";
 constexpr char kHeaderFile[] = "/tmp/bsp/osHeader.bin";
 constexpr size_t kLargest = 0x2700000;
 
 const std::string kErase = "system flash_erase -q /dev/mtd12 0 0";
-const std::string kWrite = "system nandwrite -q -p /dev/mtd12 /images/os.bin";
+const std::string kWrite = "system nandwrite -q -p /dev/mtd12 /tmp/bsp/os.bin";
 const std::string kWriteHeader =
     "system nandwrite -q -p -s 0x2700000 /dev/mtd12 /tmp/bsp/osHeader.bin";
 const std::string kRemove = "system rm -f /tmp/bsp/osHeader.bin";
 
-class OsImageTest : public testing::Test {
+class OsImageTest : public FlashCallsTest {
   protected:
-    void SetUp() override { flash.files[kFile].content = patterned(3000); }
-
-    Answer write(const char *file = kFile, int32_t bank = 0) {
-        return flash.run([&] { return bspImageUpgrade(BSP_IMAGE_OS, file, bank); });
+    void SetUp() override {
+        FlashCallsTest::SetUp();
+        useFile(kFile, patterned(3000));
+        dump({});
+        std::filesystem::current_path(here_.path());
+    }
+    void TearDown() override {
+        std::filesystem::current_path("/");
+        FlashCallsTest::TearDown();
     }
 
-    /** The shell's nanddump, which leaves these bytes. */
+    /** An image in the working folder. */
+    static void useHere(const std::string &name) {
+        std::ofstream(name, std::ios::binary) << std::string(600, 'i');
+    }
+
+    Answer write(const char *file = kFile, int32_t bank = 0) {
+        return recorder.run([&] { return bspImageUpgrade(BSP_IMAGE_OS, file, bank); });
+    }
+
+    /** A shell whose tools do nothing, but that nanddump leaves these bytes. */
     void dump(const Bytes &header) {
-        flash.onCommand = [this, header](const std::string &command) {
-            if (command.find("nanddump") == 0)
-                flash.files[kHeaderFile].content = header;
+        recorder.before = [this, header](const SystemCall &call) -> std::optional<int64_t> {
+            if (!call.is("system"))
+                return std::nullopt;
+            if (call.text().starts_with("system nanddump"))
+                useFile(kHeaderFile, header);
             return 0;
         };
     }
 
     Answer readHeader(int32_t bank = 0) {
         buffer.assign(BSP_OS_HEADER_SIZE + 1, 0xA5);
-        return flash.run([&] { return bspOsImageInfoGet(buffer.data(), bank); });
+        return recorder.run([&] { return bspOsImageInfoGet(buffer.data(), bank); });
     }
 
-    FakeFlash flash;
     Bytes buffer;
     const Bytes untouched = Bytes(BSP_OS_HEADER_SIZE + 1, 0xA5);
+
+  private:
+    TemporaryFolder here_;
 };
 
 Bytes lastOf(const Bytes &bytes) {
@@ -51,87 +71,88 @@ Bytes lastOf(const Bytes &bytes) {
 }
 
 const Calls kCopyingTheHeader = {
-    "stat /images/os.bin",
+    "stat /tmp/bsp/os.bin",
     "malloc 512",
-    "open /images/os.bin read-only",
-    "seek /images/os.bin 2488",
-    "read /images/os.bin 512",
+    "open /tmp/bsp/os.bin read-only",
+    "seek /tmp/bsp/os.bin 2488",
+    "read /tmp/bsp/os.bin 512",
     "open /tmp/bsp/osHeader.bin read-write create 0644 no-link",
     "write /tmp/bsp/osHeader.bin 512",
     "close /tmp/bsp/osHeader.bin",
-    "close /images/os.bin",
+    "close /tmp/bsp/os.bin",
     "free",
 };
 
 TEST_F(OsImageTest, IsErasedWrittenAndFollowedByItsHeader) {
     EXPECT_EQ(write(), kSilentSuccess);
-    EXPECT_EQ(flash.calls, joined({{"stat /images/os.bin"},
-                                   kLocking,
-                                   {kErase, kWrite},
-                                   kCopyingTheHeader,
-                                   {kWriteHeader, kRemove},
-                                   kUnlocking}));
-    EXPECT_EQ(flash.files[kHeaderFile].content, lastOf(patterned(3000)));
+    EXPECT_EQ(recorder.calls, joined({{"stat /tmp/bsp/os.bin"},
+                                      kLocking,
+                                      {kErase, kWrite},
+                                      kCopyingTheHeader,
+                                      {kWriteHeader, kRemove},
+                                      kUnlocking}));
+    EXPECT_EQ(contentOf(kHeaderFile), lastOf(patterned(3000)));
 }
 
 TEST_F(OsImageTest, TheOtherBankIsAnyOtherNumber) {
     for (const int32_t bank : {1, 7, -1}) {
         EXPECT_EQ(write(kFile, bank), kSilentSuccess);
-        EXPECT_EQ(flash.callsOf("system"),
+        EXPECT_EQ(recorder.callsOf("system"),
                   (Calls{"system flash_erase -q /dev/mtd14 0 0",
-                         "system nandwrite -q -p /dev/mtd14 /images/os.bin",
+                         "system nandwrite -q -p /dev/mtd14 /tmp/bsp/os.bin",
                          "system nandwrite -q -p -s 0x2700000 /dev/mtd14 /tmp/bsp/osHeader.bin",
                          kRemove}));
     }
 }
 
 TEST_F(OsImageTest, AnOldHeaderFileIsOverwrittenNotCut) {
-    flash.files[kHeaderFile].content = Bytes(600, 0xEE);
+    useFile(kHeaderFile, Bytes(600, 0xEE));
     EXPECT_EQ(write(), kSilentSuccess);
-    EXPECT_EQ(flash.files[kHeaderFile].content, joined({lastOf(patterned(3000)), Bytes(88, 0xEE)}));
+    EXPECT_EQ(contentOf(kHeaderFile), joined({lastOf(patterned(3000)), Bytes(88, 0xEE)}));
 }
 
 TEST_F(OsImageTest, TheLargestImageHas39MiB) {
-    flash.files[kFile].content = Bytes(kLargest, 0);
+    std::filesystem::resize_file(boardFile(kFile), kLargest);
     EXPECT_EQ(write(), kSilentSuccess);
-    EXPECT_EQ(flash.callsOf("seek"), (Calls{"seek /images/os.bin 40893952"}));
-    flash.files[kFile].content.push_back(0);
+    EXPECT_EQ(recorder.callsOf("seek"), (Calls{"seek /tmp/bsp/os.bin 40893952"}));
+    std::filesystem::resize_file(boardFile(kFile), kLargest + 1);
     EXPECT_EQ(write(),
               (Answer{-1, "bsp_os_image_write-#: OS file size 40894465 > max 40894464\r\n"}));
-    EXPECT_EQ(flash.calls, (Calls{"stat /images/os.bin"})) << "refused before the lock";
+    EXPECT_EQ(recorder.calls, (Calls{"stat /tmp/bsp/os.bin"})) << "refused before the lock";
 }
 
 TEST_F(OsImageTest, AnImageWithoutAHeaderIsNoticedWhenItIsWritten) {
     for (const size_t size : {size_t{0}, size_t{1}, size_t{510}, size_t{511}}) {
-        flash.files[kFile].content = patterned(size);
+        useFile(kFile, patterned(size));
         EXPECT_EQ(write(),
                   (Answer{BSP_E_WRITE, "bsp_os_image_write-#: get OS file header failed.\r\n"}));
-        EXPECT_EQ(flash.callsOf("system"), (Calls{kErase, kWrite}));
+        EXPECT_EQ(recorder.callsOf("system"), (Calls{kErase, kWrite}));
     }
-    flash.files[kFile].content = patterned(512);
+    useFile(kFile, patterned(512));
     EXPECT_EQ(write(), kSilentSuccess);
-    EXPECT_EQ(flash.files[kHeaderFile].content, patterned(512));
+    EXPECT_EQ(contentOf(kHeaderFile), patterned(512));
 }
 
 TEST_F(OsImageTest, NeedsFileAndDevice) {
     EXPECT_EQ(write(nullptr), (Answer{BSP_E_NULL}));
-    EXPECT_EQ(flash.run([] { return bsp_os_image_write(nullptr, kFile); }), (Answer{BSP_E_NULL}));
-    EXPECT_EQ(flash.calls, (Calls{}));
+    EXPECT_EQ(recorder.run([] { return bsp_os_image_write(nullptr, kFile); }),
+              (Answer{BSP_E_NULL}));
+    EXPECT_EQ(recorder.calls, (Calls{}));
 }
 
 TEST_F(OsImageTest, NothingIsErasedWithoutTheLock) {
-    flash.failAlways("lock");
+    recorder.failAlways("lock");
     EXPECT_EQ(write(), (Answer{BSP_E_LOCK, "bsp_flash_lock_set failed: type=1, retry_times=100 \n"
                                            "bsp_os_image_write-#: flash lock failed\r\n"}));
     EXPECT_EQ(
-        flash.calls,
-        joined({{"stat /images/os.bin", kLocking[0]}, hundredTimes(kLocking[1]), kUnlocking}));
+        recorder.calls,
+        joined({{"stat /tmp/bsp/os.bin", kLocking[0]}, hundredTimes(kLocking[1]), kUnlocking}));
 }
 
 TEST_F(OsImageTest, WorksWithoutALockFile) {
-    flash.fail("open /tmp/bspFlashLockFile");
+    recorder.fail("open /tmp/bspFlashLockFile");
     EXPECT_EQ(write(), kSilentSuccess);
-    EXPECT_EQ(flash.callsOf("system").size(), 4u);
+    EXPECT_EQ(recorder.callsOf("system").size(), 4u);
 }
 
 TEST_F(OsImageTest, EveryFailureEndsIt) {
@@ -162,21 +183,22 @@ TEST_F(OsImageTest, EveryFailureEndsIt) {
          -1,
          {BSP_E_NO_MEMORY, "bsp_os_file_header_to_file-#: malloc fail.\r\n" + headerFailed},
          2},
-        {"open /images/os.bin",
+        {"open /tmp/bsp/os.bin",
          1,
          -1,
-         {BSP_E_OPEN, "bsp_os_file_header_to_file-#: open /images/os.bin fail.\r\n" + headerFailed},
+         {BSP_E_OPEN,
+          "bsp_os_file_header_to_file-#: open /tmp/bsp/os.bin fail.\r\n" + headerFailed},
          2},
         {"seek", 1, -1, {BSP_E_WRITE, headerFailed}, 2},
         {"seek", 1, 2487, {BSP_E_WRITE, headerFailed}, 2},
-        {"read /images/os.bin", 1, 511, {BSP_E_SHORT_READ, headerFailed}, 2},
-        {"open /tmp/bsp/",
+        {"read /tmp/bsp/os.bin", 1, 511, {BSP_E_SHORT_READ, headerFailed}, 2},
+        {"open /tmp/bsp/osHeader",
          1,
          -1,
          {BSP_E_OPEN,
           "bsp_os_file_header_to_file-#: open /tmp/bsp/osHeader.bin fail.\r\n" + headerFailed},
          2},
-        {"write /tmp/bsp/", 1, -1, {BSP_OK}, 4}, // not noticed
+        {"write /tmp/bsp/osHeader", 1, -1, {BSP_OK}, 4}, // not noticed
         {kWriteHeader,
          1,
          512,
@@ -187,11 +209,11 @@ TEST_F(OsImageTest, EveryFailureEndsIt) {
     };
     for (const Case &row : cases) {
         SCOPED_TRACE(row.call);
-        flash.clearFailures();
-        flash.fail(row.call, row.nth, row.result);
+        recorder.clearFailures();
+        recorder.fail(row.call, row.nth, row.result);
         EXPECT_EQ(write(), row.answer);
-        EXPECT_TRUE(flash.allFailed());
-        EXPECT_EQ(flash.callsOf("system").size(), row.commands);
+        EXPECT_TRUE(recorder.allFailed());
+        EXPECT_EQ(recorder.callsOf("system").size(), row.commands);
     }
 }
 
@@ -219,18 +241,18 @@ TEST_F(OsImageTest, NamesThatMeanSomethingToTheShellAreQuoted) {
         {"a-", "a-"},
     };
     for (const auto &row : cases) {
-        flash.files[row.name].content = patterned(600);
+        useHere(row.name);
         EXPECT_EQ(write(row.name), kSilentSuccess);
-        const Calls commands = flash.callsOf("system");
+        const Calls commands = recorder.callsOf("system");
         ASSERT_EQ(commands.size(), 4u);
         EXPECT_EQ(commands[1], std::string("system nandwrite -q -p /dev/mtd12 ") + row.word);
-        EXPECT_EQ(flash.callsOf("stat"), Calls(2, std::string("stat ") + row.name));
+        EXPECT_EQ(recorder.callsOf("stat"), Calls(2, std::string("stat ") + row.name));
     }
 }
 
 TEST_F(OsImageTest, MessagesNameAFileAsTheCallerDoes) {
-    flash.files["--help"].content = patterned(600);
-    flash.fail("open --help");
+    useHere("--help");
+    recorder.fail("open --help");
     EXPECT_EQ(write("--help"),
               (Answer{BSP_E_OPEN, "bsp_os_file_header_to_file-#: open --help fail.\r\n"
                                   "bsp_os_image_write-#: get OS file header failed.\r\n"}));
@@ -239,33 +261,39 @@ TEST_F(OsImageTest, MessagesNameAFileAsTheCallerDoes) {
 TEST_F(OsImageTest, TheLongestCommandLineHas127Characters) {
     const size_t room = 127 - std::string("nandwrite -q -p /dev/mtd12 ").size();
     const auto named = [&](const std::string &name) {
-        flash.files[name].content = patterned(600);
+        useHere(name);
         return write(name.c_str());
     };
     EXPECT_EQ(named(std::string(room, 'a')), kSilentSuccess);
-    EXPECT_EQ(flash.callsOf("system")[1].size(), std::string("system ").size() + 127);
+    EXPECT_EQ(recorder.callsOf("system")[1].size(), std::string("system ").size() + 127);
     EXPECT_EQ(named(std::string(room - 2, ' ')), kSilentSuccess) << "quotes count";
     EXPECT_EQ(named("-" + std::string(room - 3, 'a')), kSilentSuccess) << "so does ./";
+    // As long as a path can be.
+    std::filesystem::create_directory("'");
+    std::string plain = "f", quotes = "f";
+    for (int i = 0; i < 790; ++i) {
+        plain.insert(0, "././/");
+        quotes.insert(0, "'/../");
+    }
     for (const std::string &name :
          {std::string(room + 1, 'a'), std::string(room - 1, ' '), std::string(room, '\''),
           "-" + std::string(room - 2, 'a'), "-" + std::string(room - 4, ' '),
-          std::string(126, '\''), std::string(127, 'a'), std::string(128, 'a'),
-          std::string(4000, '\''), std::string(4000, 'a')}) {
+          std::string(126, '\''), std::string(127, 'a'), std::string(128, 'a'), quotes, plain}) {
         EXPECT_EQ(named(name), (Answer{-1}));
-        EXPECT_EQ(flash.calls, (Calls{"stat " + name})) << "nothing is erased";
+        EXPECT_EQ(recorder.calls, (Calls{"stat " + name})) << "nothing is erased";
     }
 }
 
 TEST_F(OsImageTest, EachCommandLineIsMeasured) {
-    flash.files["f"].content = patterned(600);
+    useHere("f");
     // The longest of partition names: for all commands, for the image alone, for not even the
     // erase.
     constexpr size_t kForAll = 127 - 51, kForErase = 127 - 19;
     for (const size_t length : {kForAll, kForAll + 1, kForErase, kForErase + 1}) {
         const std::string device(length, 'd');
-        const Answer answer = flash.run([&] { return bsp_os_image_write(device.c_str(), "f"); });
+        const Answer answer = recorder.run([&] { return bsp_os_image_write(device.c_str(), "f"); });
         EXPECT_EQ(answer, (length == kForAll ? kSilentSuccess : Answer{-1})) << length;
-        EXPECT_EQ(flash.callsOf("system").empty(), length != kForAll) << length;
+        EXPECT_EQ(recorder.callsOf("system").empty(), length != kForAll) << length;
     }
 }
 
@@ -274,7 +302,7 @@ TEST_F(OsImageTest, EachCommandLineIsMeasured) {
 TEST_F(OsImageTest, TheHeaderIsDumpedUnderTheLockAndReadBehindIt) {
     dump(patterned(512));
     EXPECT_EQ(readHeader(), kSilentSuccess);
-    EXPECT_EQ(flash.calls,
+    EXPECT_EQ(recorder.calls,
               joined({kLocking,
                       {"system nanddump -q -s 0x2700000 -l 0x200 /dev/mtd12 -f "
                        "/tmp/bsp/osHeader.bin"},
@@ -289,7 +317,7 @@ TEST_F(OsImageTest, TheHeaderOfTheOtherBank) {
         dump(Bytes(512, 0xFF));
         EXPECT_EQ(readHeader(bank), kSilentSuccess);
         EXPECT_EQ(
-            flash.callsOf("system nanddump"),
+            recorder.callsOf("system nanddump"),
             (Calls{
                 "system nanddump -q -s 0x2700000 -l 0x200 /dev/mtd14 -f /tmp/bsp/osHeader.bin"}));
     }
@@ -305,40 +333,40 @@ TEST_F(OsImageTest, HeaderFailuresLeaveTheBufferAlone) {
     const Case cases[] = {
         {"system nanddump", 256, {-1, "bspOsImageInfoGet-#: dump /dev/mtd14 error, ret = 256\nn"}},
         {"system nanddump", -1, {-1, "bspOsImageInfoGet-#: dump /dev/mtd14 error, ret = -1\nn"}},
-        {"open /tmp/bsp/",
+        {"open /tmp/bsp/osHeader",
          -1,
          {BSP_E_OPEN,
           "bsp_os_header_file_to_buffer-#: open /tmp/bsp/osHeader.bin fail.\r\n" + headerFailed}},
-        {"read /tmp/bsp/", -1, {BSP_E_SHORT_READ, headerFailed}},
-        {"read /tmp/bsp/", 511, {BSP_E_SHORT_READ, headerFailed}},
+        {"read /tmp/bsp/osHeader", -1, {BSP_E_SHORT_READ, headerFailed}},
+        {"read /tmp/bsp/osHeader", 511, {BSP_E_SHORT_READ, headerFailed}},
     };
     for (const Case &row : cases) {
         SCOPED_TRACE(row.call);
         dump(patterned(512));
-        flash.clearFailures();
-        flash.fail(row.call, 1, row.result);
+        recorder.clearFailures();
+        recorder.fail(row.call, 1, row.result);
         EXPECT_EQ(readHeader(1), row.answer);
-        EXPECT_TRUE(flash.allFailed());
+        EXPECT_TRUE(recorder.allFailed());
         EXPECT_EQ(buffer, untouched);
     }
-    flash.clearFailures();
-    flash.failAlways("lock");
+    recorder.clearFailures();
+    recorder.failAlways("lock");
     EXPECT_EQ(readHeader(),
               (Answer{BSP_E_LOCK, "bsp_flash_lock_set failed: type=1, retry_times=100 \n"
                                   "bspOsImageInfoGet-#: flash lock failed\r\n"}));
-    EXPECT_EQ(flash.calls, joined({{kLocking[0]}, hundredTimes(kLocking[1]), kUnlocking}));
+    EXPECT_EQ(recorder.calls, joined({{kLocking[0]}, hundredTimes(kLocking[1]), kUnlocking}));
     EXPECT_EQ(buffer, untouched);
-    EXPECT_EQ(flash.run([] { return bspOsImageInfoGet(nullptr, 0); }), (Answer{BSP_E_NULL}));
-    EXPECT_EQ(flash.calls, (Calls{}));
+    EXPECT_EQ(recorder.run([] { return bspOsImageInfoGet(nullptr, 0); }), (Answer{BSP_E_NULL}));
+    EXPECT_EQ(recorder.calls, (Calls{}));
 }
 
 TEST_F(OsImageTest, AHeaderThatWasReadIsStoredWhateverTheRemovalAnswers) {
     for (const int32_t result : {256, -1}) {
         dump(patterned(512));
-        flash.clearFailures();
-        flash.fail(kRemove, 1, result);
+        recorder.clearFailures();
+        recorder.fail(kRemove, 1, result);
         EXPECT_EQ(readHeader(), (Answer{result}));
-        EXPECT_TRUE(flash.allFailed());
+        EXPECT_TRUE(recorder.allFailed());
         EXPECT_EQ(buffer, joined({patterned(512), Bytes{0xA5}}));
     }
 }
@@ -347,33 +375,33 @@ TEST_F(OsImageTest, AHeaderThatWasReadIsStoredWhateverTheRemovalAnswers) {
 
 TEST_F(OsImageTest, TheHeaderCopyJudgesTheImageItself) {
     const auto copy = [&](const char *image, const char *header) {
-        return flash.run([&] { return bsp_os_file_header_to_file(image, header); });
+        return recorder.run([&] { return bsp_os_file_header_to_file(image, header); });
     };
-    EXPECT_EQ(copy(kFile, "/copy"), kSilentSuccess);
-    EXPECT_EQ(flash.files["/copy"].content, lastOf(patterned(3000)));
-    EXPECT_EQ(copy(nullptr, "/copy"), (Answer{BSP_E_NULL}));
+    EXPECT_EQ(copy(kFile, kCopy), kSilentSuccess);
+    EXPECT_EQ(contentOf(kCopy), lastOf(patterned(3000)));
+    EXPECT_EQ(copy(nullptr, kCopy), (Answer{BSP_E_NULL}));
     EXPECT_EQ(copy(kFile, nullptr), (Answer{BSP_E_NULL}));
-    flash.files[kFile].content = Bytes(kLargest + 1, 0);
+    std::filesystem::resize_file(boardFile(kFile), kLargest + 1);
     EXPECT_EQ(
-        copy(kFile, "/copy"),
+        copy(kFile, kCopy),
         (Answer{-1, "bsp_os_file_header_to_file-#: OS file size 40894465 > max 40894464\r\n"}));
-    EXPECT_EQ(flash.calls, (Calls{"stat /images/os.bin"}));
+    EXPECT_EQ(recorder.calls, (Calls{"stat /tmp/bsp/os.bin"}));
 }
 
 TEST_F(OsImageTest, TheHeaderFileHas512BytesOrMore) {
     const auto read = [&](const char *header, uint8_t *bytes) {
-        return flash.run([&] { return bsp_os_header_file_to_buffer(header, bytes); });
+        return recorder.run([&] { return bsp_os_header_file_to_buffer(header, bytes); });
     };
-    flash.files["/copy"].content = patterned(600);
+    useFile(kCopy, patterned(600));
     buffer = untouched;
-    EXPECT_EQ(read("/copy", buffer.data()), kSilentSuccess);
+    EXPECT_EQ(read(kCopy, buffer.data()), kSilentSuccess);
     EXPECT_EQ(buffer, joined({patterned(512), Bytes{0xA5}}));
-    flash.files["/copy"].content = patterned(511);
+    useFile(kCopy, patterned(511));
     buffer = untouched;
-    EXPECT_EQ(read("/copy", buffer.data()), (Answer{BSP_E_SHORT_READ}));
+    EXPECT_EQ(read(kCopy, buffer.data()), (Answer{BSP_E_SHORT_READ}));
     EXPECT_EQ(buffer, untouched);
     EXPECT_EQ(read(nullptr, buffer.data()), (Answer{BSP_E_NULL}));
-    EXPECT_EQ(read("/copy", nullptr), (Answer{BSP_E_NULL}));
+    EXPECT_EQ(read(kCopy, nullptr), (Answer{BSP_E_NULL}));
 }
 
 } // namespace

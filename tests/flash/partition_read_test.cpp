@@ -2,82 +2,81 @@
 
 #include "bsp.h"
 #include "flash/partition.h"
-#include "tests/support/fake_flash.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/flash_board_test.h"
 
 namespace {
 
-constexpr char kFile[] = "/images/copy";
+constexpr char kFile[] = "/tmp/bsp/copy";
 constexpr char kDevice[] = "/dev/mtd0";
 constexpr uint32_t kSize = 5000; // the last page is not a whole one
 constexpr uint32_t kBlock = 1000;
 
-class PartitionReadTest : public testing::Test {
+class PartitionReadTest : public FlashCallsTest {
   protected:
     void SetUp() override {
-        usePartition(2048);
-        device().content = patterned(kSize);
+        FlashCallsTest::SetUp();
+        usePages(2048);
+        store(0, 0, patterned(kSize));
     }
 
-    void usePartition(uint32_t pageSize) { flash.addPartition(kDevice, kSize, kBlock, pageSize); }
+    void usePages(uint32_t pageSize) {
+        usePartition(0, {vb::FlashType::Nor, kSize, kBlock, pageSize, 0});
+    }
 
-    FakeFile &device() { return flash.files[kDevice]; }
-    Bytes copy() { return flash.files.count(kFile) != 0 ? flash.files[kFile].content : Bytes{}; }
+    Bytes copy() const { return contentOf(kFile); }
 
     /** The first bytes of the partition; the rest is the pattern. */
-    void begin(const Bytes &bytes) {
-        device().content = patterned(kSize);
-        std::copy(bytes.begin(), bytes.end(), device().content.begin());
+    void begin(const Bytes &bytes) const {
+        store(0, 0, patterned(kSize));
+        store(0, 0, bytes);
     }
 
     Answer read(int32_t hasHeader = 0) {
-        return flash.run([&] { return bsp_mtd_read_to_file(kDevice, kFile, hasHeader); });
+        return withoutNumber(
+            recorder.run([&] { return bsp_mtd_read_to_file(kDevice, kFile, hasHeader); }), kDevice);
     }
-
-    FakeFlash flash;
 };
 
 TEST_F(PartitionReadTest, CopiesThePartition) {
     EXPECT_EQ(read(), kSilentSuccess);
-    EXPECT_EQ(flash.calls,
+    EXPECT_EQ(recorder.calls,
               joined({kLocking,
                       {"open /dev/mtd0 read-only sync", "geometry /dev/mtd0",
-                       "open /images/copy read-write create 0644 sync", "malloc 2048",
-                       "seek /dev/mtd0 0", "read /dev/mtd0 2048", "seek /images/copy end",
-                       "write /images/copy 2048", "seek /dev/mtd0 2048", "read /dev/mtd0 2048",
-                       "seek /images/copy end", "write /images/copy 2048", "seek /dev/mtd0 4096",
-                       "read /dev/mtd0 904", "seek /images/copy end", "write /images/copy 904",
-                       "free", "close /images/copy", "close /dev/mtd0"},
+                       "open /tmp/bsp/copy read-write create 0644 sync", "malloc 2048",
+                       "seek /dev/mtd0 0", "read /dev/mtd0 2048", "seek /tmp/bsp/copy end",
+                       "write /tmp/bsp/copy 2048", "seek /dev/mtd0 2048", "read /dev/mtd0 2048",
+                       "seek /tmp/bsp/copy end", "write /tmp/bsp/copy 2048", "seek /dev/mtd0 4096",
+                       "read /dev/mtd0 904", "seek /tmp/bsp/copy end", "write /tmp/bsp/copy 904",
+                       "free", "close /tmp/bsp/copy", "close /dev/mtd0"},
                       kUnlocking}));
     EXPECT_EQ(copy(), patterned(kSize));
 }
 
 TEST_F(PartitionReadTest, AppendsToAFileThatIsThere) {
-    flash.files[kFile].content = bytesOf("old");
+    useFile(kFile, charactersOf("old"));
     EXPECT_EQ(read(), kSilentSuccess);
-    EXPECT_EQ(copy(), joined({bytesOf("old"), patterned(kSize)}));
+    EXPECT_EQ(copy(), joined({charactersOf("old"), patterned(kSize)}));
 }
 
 TEST_F(PartitionReadTest, PagesOfUnknownSizeAre2048) {
-    usePartition(0);
+    pretendGeometry(kSize, kBlock, 0);
     EXPECT_EQ(read(), kSilentSuccess);
-    EXPECT_EQ(flash.callsOf("malloc"), (Calls{"malloc 2048"}));
+    EXPECT_EQ(recorder.callsOf("malloc"), (Calls{"malloc 2048"}));
     EXPECT_EQ(copy().size(), kSize);
 }
 
 TEST_F(PartitionReadTest, WithHeaderItCopiesTheStoredFile) {
     begin({0, 0, 0x0B, 0xB8, 0xA1, 0x02, 0xA3, 0x04});
     EXPECT_EQ(read(1), kSilentSuccess);
-    EXPECT_EQ(
-        flash.calls,
-        joined({kLocking,
-                {"open /dev/mtd0 read-only sync", "geometry /dev/mtd0", "read /dev/mtd0 8",
-                 "open /images/copy read-write create 0644 sync", "malloc 2048", "seek /dev/mtd0 8",
-                 "read /dev/mtd0 2048", "seek /images/copy end", "write /images/copy 2048",
-                 "seek /dev/mtd0 2056", "read /dev/mtd0 952", "seek /images/copy end",
-                 "write /images/copy 952", "free", "close /images/copy", "close /dev/mtd0"},
-                kUnlocking}));
+    EXPECT_EQ(recorder.calls,
+              joined({kLocking,
+                      {"open /dev/mtd0 read-only sync", "geometry /dev/mtd0", "read /dev/mtd0 8",
+                       "open /tmp/bsp/copy read-write create 0644 sync", "malloc 2048",
+                       "seek /dev/mtd0 8", "read /dev/mtd0 2048", "seek /tmp/bsp/copy end",
+                       "write /tmp/bsp/copy 2048", "seek /dev/mtd0 2056", "read /dev/mtd0 952",
+                       "seek /tmp/bsp/copy end", "write /tmp/bsp/copy 952", "free",
+                       "close /tmp/bsp/copy", "close /dev/mtd0"},
+                      kUnlocking}));
     const Bytes all = patterned(kSize);
     EXPECT_EQ(copy(), Bytes(all.begin() + 8, all.begin() + 3008));
 }
@@ -96,11 +95,11 @@ TEST_F(PartitionReadTest, WithoutAValidHeaderNoFileIsMade) {
     for (const Bytes &header : headers) {
         begin(header);
         EXPECT_EQ(read(1), kSilentSuccess);
-        EXPECT_EQ(flash.files.count(kFile), 0u);
-        EXPECT_EQ(flash.calls, joined({kLocking,
-                                       {"open /dev/mtd0 read-only sync", "geometry /dev/mtd0",
-                                        "read /dev/mtd0 8", "close /dev/mtd0"},
-                                       kUnlocking}));
+        EXPECT_FALSE(exists(kFile));
+        EXPECT_EQ(recorder.calls, joined({kLocking,
+                                          {"open /dev/mtd0 read-only sync", "geometry /dev/mtd0",
+                                           "read /dev/mtd0 8", "close /dev/mtd0"},
+                                          kUnlocking}));
     }
 }
 
@@ -109,33 +108,36 @@ TEST_F(PartitionReadTest, TheLargestStoredFileFillsThePartition) {
     EXPECT_EQ(read(1), kSilentSuccess);
     EXPECT_EQ(copy().size(), kSize - 8);
     begin({0, 0, 0, 1, 0xA1, 0x02, 0xA3, 0x04});
-    flash.files.erase(kFile);
+    removeFile(kFile);
     EXPECT_EQ(read(1), kSilentSuccess);
     EXPECT_EQ(copy(), (Bytes{8}));
 }
 
 TEST_F(PartitionReadTest, ReadsBackWhatWasWrittenWithHeader) {
-    for (const size_t size : {size_t{1}, size_t{2040}, size_t{2041}, size_t{4000}})
-        for (const uint32_t page : {1u, 2048u}) {
-            usePartition(page);
-            flash.files["/images/file"].content = patterned(size);
-            flash.files.erase(kFile);
-            EXPECT_EQ(flash.run([] { return bsp_mtd_write_from_file("/images/file", kDevice, 1); }),
-                      kSilentSuccess);
-            EXPECT_EQ(read(1), kSilentSuccess);
-            EXPECT_EQ(copy(), patterned(size));
-        }
+    const struct {
+        size_t size;
+        uint32_t page;
+    } cases[] = {{1, 2048}, {2040, 2048}, {2041, 2048}, {4000, 2048}, {1, 1}, {40, 1}, {40, 3}};
+    for (const auto &row : cases) {
+        usePages(row.page);
+        useFile("/tmp/bsp/file", patterned(row.size));
+        removeFile(kFile);
+        EXPECT_EQ(recorder.run([] { return bsp_mtd_write_from_file("/tmp/bsp/file", kDevice, 1); }),
+                  kSilentSuccess);
+        EXPECT_EQ(read(1), kSilentSuccess);
+        EXPECT_EQ(copy(), patterned(row.size));
+    }
 }
 
 TEST_F(PartitionReadTest, NothingIsDoneWithoutTheLock) {
-    flash.failAlways("lock");
+    recorder.failAlways("lock");
     EXPECT_EQ(read(), (Answer{BSP_E_LOCK, "bsp_flash_lock_set failed: type=1, retry_times=100 \n"
                                           "bsp_mtd_read_to_file-# \r\n"}));
-    EXPECT_EQ(flash.calls, joined({{kLocking[0]}, hundredTimes(kLocking[1]), kUnlocking}));
+    EXPECT_EQ(recorder.calls, joined({{kLocking[0]}, hundredTimes(kLocking[1]), kUnlocking}));
 }
 
 TEST_F(PartitionReadTest, WorksWithoutALockFile) {
-    flash.fail("open /tmp");
+    recorder.fail("open /tmp");
     EXPECT_EQ(read(), kSilentSuccess);
     EXPECT_EQ(copy(), patterned(kSize));
 }
@@ -150,42 +152,42 @@ TEST_F(PartitionReadTest, EveryFailureHasItsAnswer) {
     };
     const Case cases[] = {
         {"open /dev/mtd0", 1, -1, {BSP_E_OPEN, "\nopen /dev/mtd0 fail.\n"}, 0},
-        {"geometry", 1, -1, {BSP_E_ERASE, "get /dev/mtd0(fd=1001) info error, ret = 1013 \n"}, 0},
+        {"geometry", 1, -1, {BSP_E_ERASE, "get /dev/mtd0(fd=#) info error, ret = 1013 \n"}, 0},
         {"read /dev/mtd0 8", 1, 7, {BSP_E_SHORT_READ}, 0},
         {"read /dev/mtd0 8", 1, -1, {BSP_E_SHORT_READ}, 0},
-        {"open /images/copy", 1, -1, {BSP_E_OPEN, "\nopen /images/copy fail.\n"}, 0},
+        {"open /tmp/bsp/copy", 1, -1, {BSP_E_OPEN, "\nopen /tmp/bsp/copy fail.\n"}, 0},
         {"malloc 2048", 1, -1, {BSP_E_NO_MEMORY, "malloc error "}, 0},
         {"seek /dev/mtd0", 1, -1, {BSP_E_WRITE}, 0},
         {"seek /dev/mtd0", 2, 2055, {BSP_E_WRITE}, 2048},
         {"read /dev/mtd0", 2, -1, {BSP_E_SHORT_READ}, 0},
         {"read /dev/mtd0", 3, 951, {BSP_E_SHORT_READ}, 2048},
-        {"write /images/copy", 1, -1, {BSP_OK}, 952}, // not noticed
-        {"write /images/copy", 2, 100, {BSP_OK}, 2148},
+        {"write /tmp/bsp/copy", 1, -1, {BSP_OK}, 952}, // not noticed
+        {"write /tmp/bsp/copy", 2, 100, {BSP_OK}, 2148},
     };
     for (const Case &row : cases) {
         SCOPED_TRACE(row.call);
         begin({0, 0, 0x0B, 0xB8, 0xA1, 0x02, 0xA3, 0x04});
-        flash.files.erase(kFile);
-        flash.clearFailures();
-        flash.fail(row.call, row.nth, row.result);
+        removeFile(kFile);
+        recorder.clearFailures();
+        recorder.fail(row.call, row.nth, row.result);
         EXPECT_EQ(read(1), row.answer);
-        EXPECT_TRUE(flash.allFailed());
+        EXPECT_TRUE(recorder.allFailed());
         EXPECT_EQ(copy().size(), row.copied);
-        EXPECT_EQ(Calls(flash.calls.end() - 2, flash.calls.end()), kUnlocking);
+        EXPECT_EQ(Calls(recorder.calls.end() - 2, recorder.calls.end()), kUnlocking);
     }
 }
 
 TEST_F(PartitionReadTest, NeedsBothNames) {
-    EXPECT_EQ(flash.run([] { return bsp_mtd_read_to_file(nullptr, kFile, 0); }),
+    EXPECT_EQ(recorder.run([] { return bsp_mtd_read_to_file(nullptr, kFile, 0); }),
               (Answer{BSP_E_NULL}));
-    EXPECT_EQ(flash.run([] { return bsp_mtd_read_to_file(kDevice, nullptr, 0); }),
+    EXPECT_EQ(recorder.run([] { return bsp_mtd_read_to_file(kDevice, nullptr, 0); }),
               (Answer{BSP_E_NULL}));
-    EXPECT_EQ(flash.calls, (Calls{}));
+    EXPECT_EQ(recorder.calls, (Calls{}));
 }
 
 TEST_F(PartitionReadTest, PlacesThatNoFileHasAreNotSought) {
-    EXPECT_EQ(flash.run([] { return bsp::seekTo(1000, UINT64_MAX) ? 1 : 0; }), (Answer{0}));
-    EXPECT_EQ(flash.calls, (Calls{}));
+    EXPECT_EQ(recorder.run([] { return bsp::seekTo(-1, UINT64_MAX) ? 1 : 0; }), (Answer{0}));
+    EXPECT_EQ(recorder.calls, (Calls{}));
 }
 
 } // namespace

@@ -2,62 +2,71 @@
 
 #include "bsp.h"
 #include "flash/flash_lock.h"
-#include "tests/support/fake_flash.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/flash_board_test.h"
 
 namespace {
 
-constexpr char kFile[] = "/images/file";
+constexpr char kFile[] = "/tmp/bsp/file";
 constexpr char kDevice[] = "/dev/mtd0";
 constexpr uint32_t kPage = 2048;
 constexpr uint32_t kBlock = 4 * kPage;
 constexpr uint32_t kSize = 4 * kBlock;
 
-class PartitionWriteTest : public testing::Test {
+class PartitionWriteTest : public FlashCallsTest {
   protected:
     void SetUp() override {
-        usePartition(kPage);
-        std::fill(device().content.begin(), device().content.end(), uint8_t{0x00});
+        FlashCallsTest::SetUp();
+        renew();
     }
 
-    void usePartition(uint32_t pageSize, uint32_t size = kSize) {
-        flash.addPartition(kDevice, size, kBlock, pageSize);
+    /** A partition full of zeros, all of whose pages are good. */
+    void renew() {
+        clearFaults();
+        usePages(kPage);
+        store(0, 0, Bytes(kSize, 0x00));
     }
 
-    FakeFile &device() { return flash.files[kDevice]; }
+    void usePages(uint32_t pageSize) {
+        usePartition(0, {vb::FlashType::Nor, kSize, kBlock, pageSize, 0});
+    }
 
     Answer write(size_t fileSize, int32_t hasHeader = 0) {
-        flash.files[kFile].content = patterned(fileSize);
+        useFile(kFile, patterned(fileSize));
         return writeAgain(hasHeader);
     }
 
     Answer writeAgain(int32_t hasHeader = 0) {
-        return flash.run([&] { return bsp_mtd_write_from_file(kFile, kDevice, hasHeader); });
+        return withoutNumber(
+            recorder.run([&] { return bsp_mtd_write_from_file(kFile, kDevice, hasHeader); }),
+            kDevice);
     }
 
-    Bytes stored(size_t offset, size_t size) {
-        const auto begin = device().content.begin() + static_cast<ptrdiff_t>(offset);
-        return {begin, begin + static_cast<ptrdiff_t>(size)};
+    Bytes stored(size_t offset, size_t size) const {
+        return FlashCallsTest::stored(0, static_cast<uint32_t>(offset),
+                                      static_cast<uint32_t>(size));
     }
 
-    FakeFlash flash;
+    /** The pages that the last call wrote, all of them whole. */
+    void expectPages(size_t count, uint32_t pageSize = kPage) const {
+        EXPECT_EQ(recorder.callsOf("write"),
+                  Calls(count, "write /dev/mtd0 " + std::to_string(pageSize)));
+    }
 };
 
-const Calls kOpening = {"stat /images/file", "open /images/file read-only sync",
+const Calls kOpening = {"stat /tmp/bsp/file", "open /tmp/bsp/file read-only sync",
                         "open /dev/mtd0 read-write sync", "geometry /dev/mtd0", "malloc 2048"};
 const Calls kErasing = {"erase /dev/mtd0 0+8192", "erase /dev/mtd0 8192+8192",
                         "erase /dev/mtd0 16384+8192", "erase /dev/mtd0 24576+8192"};
-const Calls kClosing = {"free", "close /dev/mtd0", "close /images/file"};
+const Calls kClosing = {"free", "close /dev/mtd0", "close /tmp/bsp/file"};
 
 TEST_F(PartitionWriteTest, ErasesAllAndWritesWholePages) {
     EXPECT_EQ(write(2500), kSilentSuccess);
-    EXPECT_EQ(flash.calls,
+    EXPECT_EQ(recorder.calls,
               joined({kLocking,
                       kOpening,
                       kErasing,
-                      {"seek /images/file 0", "read /images/file 2048", "seek /dev/mtd0 0",
-                       "write /dev/mtd0 2048", "seek /images/file 2048", "read /images/file 452",
+                      {"seek /tmp/bsp/file 0", "read /tmp/bsp/file 2048", "seek /dev/mtd0 0",
+                       "write /dev/mtd0 2048", "seek /tmp/bsp/file 2048", "read /tmp/bsp/file 452",
                        "seek /dev/mtd0 2048", "write /dev/mtd0 2048"},
                       kClosing,
                       kUnlocking}));
@@ -70,11 +79,11 @@ TEST_F(PartitionWriteTest, WholePagesOnly) {
     for (const size_t size : {size_t{1}, size_t{kPage - 1}, size_t{kPage}, size_t{kPage + 1},
                               size_t{kSize - 1}, size_t{kSize}}) {
         SCOPED_TRACE(size);
-        SetUp();
+        renew();
         EXPECT_EQ(write(size), kSilentSuccess);
         EXPECT_EQ(stored(0, size), patterned(size));
         const size_t pages = (size + kPage - 1) / kPage;
-        EXPECT_EQ(device().pageResults, std::vector<int64_t>(pages, kPage));
+        expectPages(pages);
         const size_t padding = pages * kPage - size;
         EXPECT_EQ(stored(size, padding), Bytes(padding, 0));
     }
@@ -82,54 +91,53 @@ TEST_F(PartitionWriteTest, WholePagesOnly) {
 
 TEST_F(PartitionWriteTest, AnEmptyFileErases) {
     EXPECT_EQ(write(0), kSilentSuccess);
-    EXPECT_EQ(flash.calls, joined({kLocking, kOpening, kErasing, kClosing, kUnlocking}));
-    EXPECT_EQ(device().content, Bytes(kSize, 0xFF));
+    EXPECT_EQ(recorder.calls, joined({kLocking, kOpening, kErasing, kClosing, kUnlocking}));
+    EXPECT_EQ(stored(0, kSize), Bytes(kSize, 0xFF));
 }
 
 TEST_F(PartitionWriteTest, ALargerFileIsRefusedWithSuccess) {
     EXPECT_EQ(write(kSize + 1),
               (Answer{BSP_OK, "Error, file size 32769 is big than mtd size 32768. \n"}));
-    EXPECT_EQ(flash.calls, joined({kLocking,
-                                   Calls(kOpening.begin(), kOpening.end() - 1),
-                                   {"close /dev/mtd0", "close /images/file"},
-                                   kUnlocking}));
-    EXPECT_EQ(device().content, Bytes(kSize, 0x00));
+    EXPECT_EQ(recorder.calls, joined({kLocking,
+                                      Calls(kOpening.begin(), kOpening.end() - 1),
+                                      {"close /dev/mtd0", "close /tmp/bsp/file"},
+                                      kUnlocking}));
+    EXPECT_EQ(stored(0, kSize), Bytes(kSize, 0x00));
     EXPECT_EQ(write(kSize + 1, 1).status, BSP_OK);
-    EXPECT_EQ(device().content, Bytes(kSize, 0x00));
+    EXPECT_EQ(stored(0, kSize), Bytes(kSize, 0x00));
 }
 
 TEST_F(PartitionWriteTest, WithoutMemoryNothingIsTouchedAndSuccessAnswered) {
-    flash.fail("malloc 2048");
+    recorder.fail("malloc 2048");
     EXPECT_EQ(write(10), (Answer{BSP_OK, "malloc error "}));
-    EXPECT_EQ(device().content, Bytes(kSize, 0x00));
+    EXPECT_EQ(stored(0, kSize), Bytes(kSize, 0x00));
 }
 
 TEST_F(PartitionWriteTest, PagesOfUnknownSizeAre2048) {
-    usePartition(0);
+    pretendGeometry(kSize, kBlock, 0);
     EXPECT_EQ(write(2049), kSilentSuccess);
-    EXPECT_EQ(flash.callsOf("malloc"), (Calls{"malloc 2048"}));
-    EXPECT_EQ(flash.callsOf("write").size(), 2u);
+    EXPECT_EQ(recorder.callsOf("malloc"), (Calls{"malloc 2048"}));
+    EXPECT_EQ(recorder.callsOf("write").size(), 2u);
     EXPECT_EQ(stored(0, 2049), patterned(2049));
 }
 
 TEST_F(PartitionWriteTest, OtherPageSizes) {
     for (const uint32_t page : {1u, 512u, 4096u}) {
-        usePartition(page);
+        usePages(page);
         EXPECT_EQ(write(513), kSilentSuccess);
-        EXPECT_EQ(device().pageResults,
-                  std::vector<int64_t>((513 + page - 1) / page, static_cast<int64_t>(page)));
+        expectPages((513 + page - 1) / page, page);
         EXPECT_EQ(stored(0, 513), patterned(513));
     }
 }
 
 TEST_F(PartitionWriteTest, WithHeaderTheLengthAndAMarkerComeFirst) {
     EXPECT_EQ(write(3000, 1), kSilentSuccess);
-    EXPECT_EQ(flash.calls,
+    EXPECT_EQ(recorder.calls,
               joined({kLocking,
                       kOpening,
                       {"erase /dev/mtd0 0+8192", "erase /dev/mtd0 8192+8192"},
-                      {"read /images/file 2040", "write /dev/mtd0 2048", "seek /images/file 2040",
-                       "read /images/file 960", "seek /dev/mtd0 2048", "write /dev/mtd0 2048"},
+                      {"read /tmp/bsp/file 2040", "write /dev/mtd0 2048", "seek /tmp/bsp/file 2040",
+                       "read /tmp/bsp/file 960", "seek /dev/mtd0 2048", "write /dev/mtd0 2048"},
                       kClosing,
                       kUnlocking}));
     EXPECT_EQ(stored(0, 8), (Bytes{0, 0, 0x0B, 0xB8, 0xA1, 0x02, 0xA3, 0x04}));
@@ -141,9 +149,9 @@ TEST_F(PartitionWriteTest, WithHeaderTheLengthAndAMarkerComeFirst) {
 
 TEST_F(PartitionWriteTest, AShortFileFillsTheHeaderPageOnly) {
     for (const size_t size : {size_t{0}, size_t{5}, size_t{2040}}) {
-        SetUp();
+        renew();
         EXPECT_EQ(write(size, -1), kSilentSuccess);
-        EXPECT_EQ(device().pageResults, (std::vector<int64_t>{kPage}));
+        expectPages(1);
         EXPECT_EQ(stored(0, 8), (Bytes{0, 0, static_cast<uint8_t>(size >> 8),
                                        static_cast<uint8_t>(size), 0xA1, 0x02, 0xA3, 0x04}));
         EXPECT_EQ(stored(8, size), patterned(size));
@@ -165,12 +173,12 @@ TEST_F(PartitionWriteTest, WithHeaderTheEraseGoesOneGoodBlockBeyondTheFile) {
         {16384, 0, 4}, // up to the end
     };
     for (const Case &row : kCases) {
-        SetUp();
-        flash.clearFailures();
+        renew();
+        recorder.clearFailures();
         if (row.failing != 0)
-            flash.fail("erase", row.failing);
+            recorder.fail("erase", row.failing);
         EXPECT_EQ(write(row.fileSize, 1), kSilentSuccess);
-        EXPECT_EQ(flash.callsOf("erase"),
+        EXPECT_EQ(recorder.callsOf("erase"),
                   Calls(kErasing.begin(), kErasing.begin() + static_cast<ptrdiff_t>(row.erases)));
     }
 }
@@ -178,7 +186,7 @@ TEST_F(PartitionWriteTest, WithHeaderTheEraseGoesOneGoodBlockBeyondTheFile) {
 TEST_F(PartitionWriteTest, HeaderOnPagesThatAreSmallerThanIt) {
     for (const uint32_t page : {1u, 3u, 4u, 8u}) {
         SCOPED_TRACE(page);
-        usePartition(page);
+        usePages(page);
         EXPECT_EQ(write(300, 1), kSilentSuccess);
         EXPECT_EQ(stored(0, 8), (Bytes{0, 0, 1, 44, 0xA1, 0x02, 0xA3, 0x04}));
         EXPECT_EQ(stored(8, 300), patterned(300));
@@ -186,18 +194,18 @@ TEST_F(PartitionWriteTest, HeaderOnPagesThatAreSmallerThanIt) {
 }
 
 TEST_F(PartitionWriteTest, EraseFailuresAreNotNoticed) {
-    flash.failAlways("erase");
-    std::fill(device().content.begin(), device().content.end(), uint8_t{0xFF});
+    recorder.failAlways("erase");
+    store(0, 0, Bytes(kSize, 0xFF));
     EXPECT_EQ(write(2500), kSilentSuccess);
-    EXPECT_EQ(flash.callsOf("erase"), kErasing);
+    EXPECT_EQ(recorder.callsOf("erase"), kErasing);
     EXPECT_EQ(stored(0, 2500), patterned(2500));
 }
 
 TEST_F(PartitionWriteTest, APartitionWithoutEraseBlocksIsNotErased) {
-    flash.addPartition(kDevice, kSize, 0, 1); // as memory that needs none
+    pretendGeometry(kSize, 0, 1); // as memory that needs none
     for (const int32_t hasHeader : {0, 1}) {
         EXPECT_EQ(write(100, hasHeader), kSilentSuccess);
-        EXPECT_EQ(flash.callsOf("erase"), (Calls{}));
+        EXPECT_EQ(recorder.callsOf("erase"), (Calls{}));
     }
 }
 
@@ -220,34 +228,36 @@ TEST_F(PartitionWriteTest, BadPagesAreSkipped) {
     padded.resize(3 * kPage);
     for (const BadPages &row : cases) {
         SCOPED_TRACE(row.name);
-        SetUp();
+        renew();
+        std::set<uint32_t> offsets;
         for (const uint32_t page : row.pages)
-            device().badPages.insert(page * kPage);
+            offsets.insert(page * kPage);
+        wearOut(0, offsets);
         EXPECT_EQ(write(file.size()), kSilentSuccess);
         for (size_t i = 0; i < 3; ++i)
             EXPECT_EQ(stored(row.usedPages[i] * kPage, kPage),
                       Bytes(padded.begin() + static_cast<ptrdiff_t>(i * kPage),
                             padded.begin() + static_cast<ptrdiff_t>((i + 1) * kPage)));
-        EXPECT_EQ(flash.callsOf("wait"), Calls(row.pages.size(), "wait 1000 us"));
+        EXPECT_EQ(recorder.callsOf("wait"), Calls(row.pages.size(), "wait 1000 us"));
     }
 }
 
 TEST_F(PartitionWriteTest, ABadPagesDataGoToTheNextPage) {
-    device().badPages = {0};
+    wearOut(0, {0});
     EXPECT_EQ(write(100), kSilentSuccess);
-    EXPECT_EQ(flash.calls,
+    EXPECT_EQ(recorder.calls,
               joined({kLocking,
                       kOpening,
                       kErasing,
-                      {"seek /images/file 0", "read /images/file 100", "seek /dev/mtd0 0",
-                       "write /dev/mtd0 2048", "wait 1000 us", "seek /images/file 0",
-                       "read /images/file 100", "seek /dev/mtd0 2048", "write /dev/mtd0 2048"},
+                      {"seek /tmp/bsp/file 0", "read /tmp/bsp/file 100", "seek /dev/mtd0 0",
+                       "write /dev/mtd0 2048", "wait 1000 us", "seek /tmp/bsp/file 0",
+                       "read /tmp/bsp/file 100", "seek /dev/mtd0 2048", "write /dev/mtd0 2048"},
                       kClosing,
                       kUnlocking}));
 }
 
 TEST_F(PartitionWriteTest, AShortWriteIsABadPage) {
-    flash.fail("write", 2, 2047);
+    recorder.fail("write", 2, 2047);
     EXPECT_EQ(write(2 * kPage), kSilentSuccess);
     EXPECT_EQ(stored(0, kPage), Bytes(patterned(kPage)));
     const Bytes all = patterned(2 * kPage);
@@ -260,21 +270,21 @@ TEST_F(PartitionWriteTest, WhenPagesRunOutTheLastWriteIsTheAnswer) {
                ", remaining=" + std::to_string(remaining) + "\r\n";
     };
     // The last page takes its data, but one page before it did not: the answer is a page's size.
-    device().badPages = {5 * kPage};
+    wearOut(0, {5 * kPage});
     EXPECT_EQ(write(kSize), (Answer{kPage, message(kSize, kPage)}));
 
-    SetUp();
-    device().badPages = {15 * kPage};
+    renew();
+    wearOut(0, {15 * kPage});
     EXPECT_EQ(write(kSize - 5), (Answer{-1, message(kSize - 5, kPage - 5)}));
 
-    SetUp();
+    renew();
     for (uint32_t page = 0; page < kSize; page += kPage)
-        device().badPages.insert(page);
+        wearOut(0, {page});
     EXPECT_EQ(write(10), (Answer{-1, message(10, 10)}));
-    EXPECT_EQ(flash.callsOf("write").size(), 16u);
+    EXPECT_EQ(recorder.callsOf("write").size(), 16u);
 
-    SetUp();
-    flash.fail("write", 16, 7);
+    renew();
+    recorder.fail("write", 16, 7);
     EXPECT_EQ(write(kSize), (Answer{7, message(kSize, kPage)}));
 }
 
@@ -287,47 +297,47 @@ TEST_F(PartitionWriteTest, TheHeaderNeedsItsRoomToo) {
 }
 
 TEST_F(PartitionWriteTest, TheHeaderPagesResultDoesNotCount) {
-    device().badPages = {0};
+    wearOut(0, {0});
     EXPECT_EQ(write(3000, 1), kSilentSuccess) << "a header page that fails is not noticed";
     EXPECT_EQ(stored(0, kPage), Bytes(kPage, 0xFF));
-    EXPECT_EQ(flash.callsOf("wait"), (Calls{}));
+    EXPECT_EQ(recorder.callsOf("wait"), (Calls{}));
 
-    flash.addPartition(kDevice, kPage, kPage, kPage);
+    usePartition(0, {vb::FlashType::Nor, kPage, kPage, kPage, 0});
     EXPECT_EQ(write(kPage, 1),
               (Answer{0, "write file to flash /dev/mtd0 failed, filesize=2048, remaining=8\r\n"}));
 }
 
 TEST_F(PartitionWriteTest, AMissingFileIsReleasedTwice) {
-    flash.files.erase(kFile);
+    removeFile(kFile);
     EXPECT_EQ(writeAgain(), (Answer{-1, "bsp_mtd_write_from_file-# \r\n"
                                         "bsp_flash_lock_set failed: type=2, retry_times=100 \n"}));
-    EXPECT_EQ(flash.calls, joined({kLocking,
-                                   {"stat /images/file"},
-                                   kUnlocking,
-                                   hundredTimes("unlock no descriptor"),
-                                   {"close no descriptor"}}))
+    EXPECT_EQ(recorder.calls, joined({kLocking,
+                                      {"stat /tmp/bsp/file"},
+                                      kUnlocking,
+                                      hundredTimes("unlock no descriptor"),
+                                      {"close no descriptor"}}))
         << "the closed file's number may be somebody else's by now";
-    EXPECT_EQ(flash.complaints, "");
+    EXPECT_EQ(recorder.complaints, "");
 }
 
 TEST_F(PartitionWriteTest, AMissingFileWithoutALockFileIsJustMissing) {
-    flash.files.erase(kFile);
-    flash.fail("open /tmp");
+    removeFile(kFile);
+    recorder.fail("open /tmp");
     EXPECT_EQ(writeAgain(), (Answer{-1, "bsp_mtd_write_from_file-# \r\n"}));
 }
 
 TEST_F(PartitionWriteTest, NothingIsDoneWithoutTheLock) {
-    flash.failAlways("lock");
+    recorder.failAlways("lock");
     EXPECT_EQ(write(10), (Answer{-1, "bsp_flash_lock_set failed: type=1, retry_times=100 \n"
                                      "bsp_mtd_write_from_file-# \r\n"}));
-    EXPECT_EQ(flash.calls, joined({{kLocking[0]}, hundredTimes(kLocking[1]), kUnlocking}));
+    EXPECT_EQ(recorder.calls, joined({{kLocking[0]}, hundredTimes(kLocking[1]), kUnlocking}));
 }
 
 TEST_F(PartitionWriteTest, WorksWithoutALockFile) {
-    flash.fail("open /tmp");
+    recorder.fail("open /tmp");
     EXPECT_EQ(write(10), kSilentSuccess);
     EXPECT_EQ(stored(0, 10), patterned(10));
-    EXPECT_EQ(flash.callsOf("unlock"), (Calls{}));
+    EXPECT_EQ(recorder.callsOf("unlock"), (Calls{}));
 }
 
 TEST_F(PartitionWriteTest, EveryFailureHasItsAnswer) {
@@ -338,46 +348,46 @@ TEST_F(PartitionWriteTest, EveryFailureHasItsAnswer) {
         Answer answer;
     };
     const Case cases[] = {
-        {"open /images/file", 1, -1, {-1, "\nopen /images/file fail.\n"}},
+        {"open /tmp/bsp/file", 1, -1, {-1, "\nopen /tmp/bsp/file fail.\n"}},
         {"open /dev/mtd0", 1, -1, {-1, "\nopen /dev/mtd0 fail.\n"}},
-        {"geometry", 1, -1, {-1, "get /dev/mtd0(fd=1002) info error, ret = -1 \n"}},
-        {"geometry", 1, -25, {-25, "get /dev/mtd0(fd=1002) info error, ret = -25 \n"}},
-        {"seek /images/file", 1, -1, {BSP_E_WRITE}},
-        {"seek /images/file 2048", 1, 2047, {BSP_E_WRITE}},
+        {"geometry", 1, -1, {-1, "get /dev/mtd0(fd=#) info error, ret = -1 \n"}},
+        {"geometry", 1, -25, {-25, "get /dev/mtd0(fd=#) info error, ret = -25 \n"}},
+        {"seek /tmp/bsp/file", 1, -1, {BSP_E_WRITE}},
+        {"seek /tmp/bsp/file 2048", 1, 2047, {BSP_E_WRITE}},
         {"seek /dev/mtd0", 1, -1, {BSP_E_WRITE}},
         {"seek /dev/mtd0 2048", 1, 0, {BSP_E_WRITE}},
-        {"read /images/file", 1, -1, {BSP_E_SHORT_READ}},
-        {"read /images/file", 2, 451, {BSP_E_SHORT_READ}},
-        {"read /images/file", 2, 0, {BSP_E_SHORT_READ}},
+        {"read /tmp/bsp/file", 1, -1, {BSP_E_SHORT_READ}},
+        {"read /tmp/bsp/file", 2, 451, {BSP_E_SHORT_READ}},
+        {"read /tmp/bsp/file", 2, 0, {BSP_E_SHORT_READ}},
     };
     for (const Case &row : cases) {
         SCOPED_TRACE(row.call);
-        flash.clearFailures();
-        flash.fail(row.call, row.nth, row.result);
+        recorder.clearFailures();
+        recorder.fail(row.call, row.nth, row.result);
         EXPECT_EQ(write(2500), row.answer);
-        EXPECT_TRUE(flash.allFailed());
-        EXPECT_EQ(Calls(flash.calls.end() - 2, flash.calls.end()), kUnlocking);
+        EXPECT_TRUE(recorder.allFailed());
+        EXPECT_EQ(Calls(recorder.calls.end() - 2, recorder.calls.end()), kUnlocking);
     }
-    flash.clearFailures();
-    flash.fail("read /images/file 2040", 1, 2039);
+    recorder.clearFailures();
+    recorder.fail("read /tmp/bsp/file 2040", 1, 2039);
     EXPECT_EQ(write(2500, 1), (Answer{BSP_E_SHORT_READ}));
-    EXPECT_EQ(flash.callsOf("write"), (Calls{})) << "a header is not written without its data";
+    EXPECT_EQ(recorder.callsOf("write"), (Calls{})) << "a header is not written without its data";
 }
 
 TEST_F(PartitionWriteTest, NeedsBothNames) {
-    EXPECT_EQ(flash.run([] { return bsp_mtd_write_from_file(nullptr, kDevice, 0); }),
+    EXPECT_EQ(recorder.run([] { return bsp_mtd_write_from_file(nullptr, kDevice, 0); }),
               (Answer{BSP_E_NULL}));
-    EXPECT_EQ(flash.run([] { return bsp_mtd_write_from_file(kFile, nullptr, 0); }),
+    EXPECT_EQ(recorder.run([] { return bsp_mtd_write_from_file(kFile, nullptr, 0); }),
               (Answer{BSP_E_NULL}));
-    EXPECT_EQ(flash.calls, (Calls{}));
+    EXPECT_EQ(recorder.calls, (Calls{}));
 }
 
 // Erasing
 
 TEST_F(PartitionWriteTest, EraseClearsTheFirstBlockAlone) {
-    EXPECT_EQ(flash.run([] { return bsp_mtd_erase(kDevice); }), kSilentSuccess);
-    EXPECT_EQ(flash.calls, (Calls{"open /dev/mtd0 read-write sync", "geometry /dev/mtd0",
-                                  "erase /dev/mtd0 0+8192", "close /dev/mtd0"}));
+    EXPECT_EQ(recorder.run([] { return bsp_mtd_erase(kDevice); }), kSilentSuccess);
+    EXPECT_EQ(recorder.calls, (Calls{"open /dev/mtd0 read-write sync", "geometry /dev/mtd0",
+                                     "erase /dev/mtd0 0+8192", "close /dev/mtd0"}));
     EXPECT_EQ(stored(0, kBlock), Bytes(kBlock, 0xFF));
     EXPECT_EQ(stored(kBlock, kSize - kBlock), Bytes(kSize - kBlock, 0x00));
 }
@@ -390,17 +400,18 @@ TEST_F(PartitionWriteTest, EraseFailuresHaveTheirAnswers) {
     };
     const Case cases[] = {
         {"open", -1, {BSP_E_OPEN, "\nopen /dev/mtd0 fail.\n"}},
-        {"geometry", -1, {BSP_E_ERASE, "get /dev/mtd0(fd=1000) info error, ret = 1013 \n"}},
+        {"geometry", -1, {BSP_E_ERASE, "get /dev/mtd0(fd=#) info error, ret = 1013 \n"}},
         {"erase", -1, {BSP_E_ERASE, "erase /dev/mtd0 error, addr 0, erasesize 0x2000, ret = -1\n"}},
     };
     for (const Case &row : cases) {
-        flash.clearFailures();
-        flash.fail(row.call, 1, row.result);
-        EXPECT_EQ(flash.run([] { return bsp_mtd_erase(kDevice); }), row.answer);
-        EXPECT_TRUE(flash.allFailed());
-        EXPECT_EQ(device().content, Bytes(kSize, 0x00));
+        recorder.clearFailures();
+        recorder.fail(row.call, 1, row.result);
+        EXPECT_EQ(withoutNumber(recorder.run([] { return bsp_mtd_erase(kDevice); }), kDevice),
+                  row.answer);
+        EXPECT_TRUE(recorder.allFailed());
+        EXPECT_EQ(stored(0, kSize), Bytes(kSize, 0x00));
     }
-    EXPECT_EQ(flash.run([] { return bsp_mtd_erase(nullptr); }), (Answer{BSP_E_NULL}));
+    EXPECT_EQ(recorder.run([] { return bsp_mtd_erase(nullptr); }), (Answer{BSP_E_NULL}));
 }
 
 } // namespace

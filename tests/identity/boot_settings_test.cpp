@@ -2,11 +2,10 @@
 
 #include "bsp.h"
 #include "identity/boot_block.h"
-#include "tests/support/fake_flash.h"
+#include "tests/support/flash_board_test.h"
 
 #include <climits>
 #include <cstring>
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -14,39 +13,42 @@ constexpr char kDevice[] = "/dev/mtd4";
 constexpr uint32_t kSize = 0x2000;
 constexpr uint32_t kBlock = 0x1000;
 
-class BootSettingsTest : public testing::Test {
+class BootSettingsTest : public FlashCallsTest {
   protected:
-    void SetUp() override { flash.addPartition(kDevice, kSize, kBlock, 256); }
-
-    Bytes &content() { return flash.files[kDevice].content; }
+    void SetUp() override {
+        FlashCallsTest::SetUp();
+        usePartition(4, {vb::FlashType::Nor, kSize, kBlock, 256, 0});
+        // A console that takes every rate.
+        recorder.before = [](const SystemCall &call) {
+            return call.is("system") ? std::optional<int64_t>(0) : std::nullopt;
+        };
+    }
 
     /** A block of zeros with a text at an offset. */
-    void store(size_t offset, const std::string &text) {
-        std::fill_n(content().begin(), 256, uint8_t{0});
-        std::copy(text.begin(), text.end(), content().begin() + static_cast<ptrdiff_t>(offset));
+    void store(size_t offset, const std::string &text) const {
+        fill(0, 256, 0);
+        FlashCallsTest::store(4, static_cast<uint32_t>(offset), charactersOf(text));
+    }
+    void fill(uint32_t offset, uint32_t size, uint8_t byte) const {
+        FlashCallsTest::store(4, offset, Bytes(size, byte));
     }
 
-    Bytes slot(size_t offset, size_t size = 32) {
-        const auto begin = content().begin() + static_cast<ptrdiff_t>(offset);
-        return {begin, begin + static_cast<ptrdiff_t>(size)};
-    }
+    Bytes slot(uint32_t offset, uint32_t size = 32) const { return stored(4, offset, size); }
 
     template <typename Value>
     Answer get(int32_t (*getter)(Value *), Value &value) {
-        return flash.run([&] { return getter(&value); });
+        return recorder.run([&] { return getter(&value); });
     }
 
     template <typename Value>
     Answer set(int32_t (*setter)(Value), Value value) {
-        return flash.run([&] { return setter(value); });
+        return recorder.run([&] { return setter(value); });
     }
-
-    FakeFlash flash;
 };
 
 /** A slot's text: zeros behind it. */
 Bytes slotOf(const std::string &text, size_t size = 32) {
-    Bytes bytes = bytesOf(text);
+    Bytes bytes = charactersOf(text);
     bytes.resize(size);
     return bytes;
 }
@@ -62,16 +64,16 @@ const Calls kWriting = {"open /dev/mtd4 read-write data-sync",
 TEST_F(BootSettingsTest, AGetterReadsTheBlock) {
     uint32_t mode = 7;
     EXPECT_EQ(get(bspBootModeGet, mode), kSilentSuccess);
-    EXPECT_EQ(flash.calls, kReading);
+    EXPECT_EQ(recorder.calls, kReading);
 }
 
 TEST_F(BootSettingsTest, ASetterReadsErasesAndWritesTheBlock) {
     EXPECT_EQ(set(bspBootModeSet, 1), kSilentSuccess);
-    EXPECT_EQ(flash.calls, joined({kReading, kWriting}));
+    EXPECT_EQ(recorder.calls, joined({kReading, kWriting}));
 }
 
 TEST_F(BootSettingsTest, TheRestOfTheEraseBlockIsErased) {
-    std::fill(content().begin(), content().end(), uint8_t{0x11});
+    fill(0, kSize, 0x11);
     EXPECT_EQ(set(bspBootFlagSet, 1), kSilentSuccess);
     EXPECT_EQ(slot(256, kBlock - 256), Bytes(kBlock - 256, 0xFF));
     EXPECT_EQ(slot(kBlock, kSize - kBlock), Bytes(kSize - kBlock, 0x11));
@@ -178,7 +180,7 @@ TEST_F(BootSettingsTest, AnErasedBlockReadsAsTheDefaults) {
     EXPECT_EQ(get(bspUserPwdValidGet, value), kSilentSuccess);
     EXPECT_EQ(value, 1u);
     char password[64] = "xxxx";
-    EXPECT_EQ(flash.run([&] { return bspBootPwdGet(password); }), kSilentSuccess);
+    EXPECT_EQ(recorder.run([&] { return bspBootPwdGet(password); }), kSilentSuccess);
     EXPECT_STREQ(password, "");
 }
 
@@ -218,16 +220,16 @@ TEST_F(BootSettingsTest, ASetterReplacesItsSlotAndNothingElse) {
     for (const Stored &row : kStored) {
         SCOPED_TRACE(row.name);
         Bytes expected = patterned(256); // stale characters in every slot
-        std::copy(expected.begin(), expected.end(), content().begin());
+        FlashCallsTest::store(4, 0, expected);
         std::copy(row.slot.begin(), row.slot.end(),
                   expected.begin() + static_cast<ptrdiff_t>(row.offset));
-        EXPECT_EQ(flash.run(row.setter), kSilentSuccess);
+        EXPECT_EQ(recorder.run(row.setter), kSilentSuccess);
         EXPECT_EQ(slot(0, 256), expected);
     }
 }
 
 TEST_F(BootSettingsTest, WhatIsStoredIsReadBack) {
-    std::fill(content().begin(), content().end(), uint8_t{0xFF});
+    fill(0, kSize, 0xFF);
     uint32_t value = 77;
     int32_t flag = 77;
     char password[BSP_BOOT_PASSWORD_MAX + 1] = "";
@@ -236,7 +238,7 @@ TEST_F(BootSettingsTest, WhatIsStoredIsReadBack) {
     set(bspBaudrateSet, 57600u);
     set(bspConsolePwdValidSet, 1);
     set(bspUserPwdValidSet, 0);
-    flash.run([] { return bspBootPwdSet(kLongest.c_str()); });
+    recorder.run([] { return bspBootPwdSet(kLongest.c_str()); });
     get(bspBootModeGet, value);
     EXPECT_EQ(value, 1u);
     get(bspBootFlagGet, flag);
@@ -250,22 +252,23 @@ TEST_F(BootSettingsTest, WhatIsStoredIsReadBack) {
     set(bspUserPwdValidSet, 1);
     get(bspUserPwdValidGet, value);
     EXPECT_EQ(value, 1u);
-    EXPECT_EQ(flash.run([&] { return bspBootPwdGet(password); }), kSilentSuccess);
+    EXPECT_EQ(recorder.run([&] { return bspBootPwdGet(password); }), kSilentSuccess);
     EXPECT_EQ(password, kLongest);
 }
 
 TEST_F(BootSettingsTest, TheBootPasswordHasUpTo40Characters) {
     const std::string tooLong(41, 'p');
-    EXPECT_EQ(flash.run([&] { return bspBootPwdSet(tooLong.c_str()); }), (Answer{BSP_E_INVALID}));
-    EXPECT_EQ(flash.run([] { return bspBootPwdSet(nullptr); }), (Answer{BSP_E_NULL}));
-    EXPECT_EQ(flash.calls, (Calls{})) << "the block is not even read";
+    EXPECT_EQ(recorder.run([&] { return bspBootPwdSet(tooLong.c_str()); }),
+              (Answer{BSP_E_INVALID}));
+    EXPECT_EQ(recorder.run([] { return bspBootPwdSet(nullptr); }), (Answer{BSP_E_NULL}));
+    EXPECT_EQ(recorder.calls, (Calls{})) << "the block is not even read";
 }
 
 TEST_F(BootSettingsTest, APasswordEndsWithItsSlot) {
     store(192, "boot_pwd=" + std::string(64, 'q')); // goes on behind the block
     char password[64];
     std::memset(password, 0x55, sizeof(password));
-    EXPECT_EQ(flash.run([&] { return bspBootPwdGet(password); }), kSilentSuccess);
+    EXPECT_EQ(recorder.run([&] { return bspBootPwdGet(password); }), kSilentSuccess);
     EXPECT_EQ(password, std::string(55, 'q'));
     EXPECT_EQ(password[56], 0x55) << "56 bytes are enough";
 }
@@ -273,17 +276,17 @@ TEST_F(BootSettingsTest, APasswordEndsWithItsSlot) {
 TEST_F(BootSettingsTest, NullOutputsAreRefusedBeforeAnythingIsDone) {
     for (const Switch getter :
          {bspBootModeGet, bspBaudrateGet, bspConsolePwdValidGet, bspUserPwdValidGet})
-        EXPECT_EQ(flash.run([&] { return getter(nullptr); }), (Answer{BSP_E_NULL}));
-    EXPECT_EQ(flash.run([] { return bspBootFlagGet(nullptr); }), (Answer{BSP_E_NULL}));
-    EXPECT_EQ(flash.run([] { return bspBootPwdGet(nullptr); }), (Answer{BSP_E_NULL}));
-    EXPECT_EQ(flash.calls, (Calls{}));
+        EXPECT_EQ(recorder.run([&] { return getter(nullptr); }), (Answer{BSP_E_NULL}));
+    EXPECT_EQ(recorder.run([] { return bspBootFlagGet(nullptr); }), (Answer{BSP_E_NULL}));
+    EXPECT_EQ(recorder.run([] { return bspBootPwdGet(nullptr); }), (Answer{BSP_E_NULL}));
+    EXPECT_EQ(recorder.calls, (Calls{}));
 }
 
 TEST_F(BootSettingsTest, TheRunningConsoleIsSwitchedFirst) {
     for (const uint32_t rate : {9600u, 19200u, 38400u, 57600u, 115200u}) {
         EXPECT_EQ(set(bspBaudrateSet, rate), kSilentSuccess);
         const std::string text = std::to_string(rate);
-        EXPECT_EQ(flash.calls,
+        EXPECT_EQ(recorder.calls,
                   joined({{"system stty -F /dev/ttyS0 ispeed " + text + " ospeed " + text + " cs8"},
                           kReading,
                           kWriting}));
@@ -297,18 +300,18 @@ TEST_F(BootSettingsTest, OtherRatesAreRefused) {
         EXPECT_EQ(set(bspBaudrateSet, rate),
                   (Answer{BSP_E_INVALID, std::string("bspBaudrateSet-#: Baudrate ") + printed +
                                              " is not supported. i=5\n"}));
-        EXPECT_EQ(flash.calls, (Calls{}));
+        EXPECT_EQ(recorder.calls, (Calls{}));
     }
 }
 
 TEST_F(BootSettingsTest, ARateThatTheConsoleRefusesIsNotStored) {
     for (const int64_t result : {256, -1}) {
-        flash.clearFailures();
-        flash.fail("system", 1, result);
+        recorder.clearFailures();
+        recorder.fail("system", 1, result);
         EXPECT_EQ(set(bspBaudrateSet, 9600u),
                   (Answer{-1, "bspBaudrateSet-#: set console baudrate to 9600 error, ret = " +
                                   std::to_string(result) + "\n"}));
-        EXPECT_EQ(flash.calls.size(), 1u);
+        EXPECT_EQ(recorder.calls.size(), 1u);
     }
 }
 
@@ -317,14 +320,14 @@ TEST_F(BootSettingsTest, ABlockThatCannotBeReadCountsAsEmpty) {
          {std::pair{"open", -1}, {"read", -1}, {"read", 255}, {"read", 0}}) {
         SCOPED_TRACE(call);
         store(32, "boot_type=1");
-        flash.clearFailures();
-        flash.fail(call, 1, result);
+        recorder.clearFailures();
+        recorder.fail(call, 1, result);
         int32_t flag = 77;
         EXPECT_EQ(get(bspBootFlagGet, flag), (Answer{-1}));
         EXPECT_EQ(flag, 77);
 
-        flash.clearFailures();
-        flash.fail(call, 1, result);
+        recorder.clearFailures();
+        recorder.fail(call, 1, result);
         EXPECT_EQ(set(bspBootModeSet, 1), kSilentSuccess);
         EXPECT_EQ(slot(0, 256), slotOf("main_system=1", 256)) << "the slot alone is written";
     }
@@ -349,31 +352,35 @@ TEST_F(BootSettingsTest, ABlockThatCannotBeWrittenIsNotNoticed) {
     };
     for (const Case &row : cases) {
         SCOPED_TRACE(row.call);
-        flash.clearFailures();
-        flash.fail(row.call, row.nth, row.result);
+        recorder.clearFailures();
+        recorder.fail(row.call, row.nth, row.result);
         EXPECT_EQ(set(bspBootFlagSet, 1), kSilentSuccess);
-        EXPECT_TRUE(flash.allFailed());
-        EXPECT_EQ(flash.complaints, row.complaint);
+        EXPECT_TRUE(recorder.allFailed());
+        EXPECT_EQ(recorder.complaints, row.complaint);
         const size_t closes = row.steps > 1 ? 1 : 0;
-        EXPECT_EQ(flash.calls.size(), kReading.size() + row.steps + closes);
+        EXPECT_EQ(recorder.calls.size(), kReading.size() + row.steps + closes);
     }
 }
 
 TEST_F(BootSettingsTest, WithoutThePartitionSettersSucceed) {
-    flash.files.clear();
+    addFault(openFails(kDevice, ENOENT));
     EXPECT_EQ(set(bspBootFlagSet, 1), kSilentSuccess);
-    EXPECT_EQ(flash.files.size(), 0u) << "no file is made in its place";
+    EXPECT_EQ(recorder.calls, (Calls{kReading[0], kWriting[0]})) << "no file is made in its place";
     int32_t flag = 77;
     EXPECT_EQ(get(bspBootFlagGet, flag), (Answer{-1}));
-    EXPECT_EQ(flash.run([] { return bspBootPwdSet("x"); }), kSilentSuccess);
+    EXPECT_EQ(recorder.run([] { return bspBootPwdSet("x"); }), kSilentSuccess);
 }
 
 // The block's own answers, which no setting passes on.
 
 TEST_F(BootSettingsTest, TheBlocksOwnStatuses) {
     Bytes block(256, 0x33);
-    const auto read = [&] { return flash.run([&] { return bsp::readBootBlock(block.data()); }); };
-    const auto write = [&] { return flash.run([&] { return bsp::writeBootBlock(block.data()); }); };
+    const auto read = [&] {
+        return recorder.run([&] { return bsp::readBootBlock(block.data()); });
+    };
+    const auto write = [&] {
+        return recorder.run([&] { return bsp::writeBootBlock(block.data()); });
+    };
     struct Case {
         const char *call;
         int64_t result;
@@ -386,21 +393,21 @@ TEST_F(BootSettingsTest, TheBlocksOwnStatuses) {
         {"seek", 1, BSP_OK, BSP_E_WRITE},      {"write", 0, BSP_OK, BSP_OK},
     };
     for (const Case &row : cases) {
-        flash.clearFailures();
-        flash.fail(row.call, 1, row.result);
+        recorder.clearFailures();
+        recorder.fail(row.call, 1, row.result);
         EXPECT_EQ(read().status, row.readStatus);
-        flash.clearFailures();
-        flash.fail(row.call, 1, row.result);
+        recorder.clearFailures();
+        recorder.fail(row.call, 1, row.result);
         EXPECT_EQ(write().status, row.writeStatus);
     }
-    flash.clearFailures();
+    recorder.clearFailures();
     block.assign(256, 0x33);
-    flash.fail("read", 1, 255);
+    recorder.fail("read", 1, 255);
     read();
     EXPECT_EQ(block, Bytes(256, 0x33));
-    EXPECT_EQ(flash.run([] { return bsp::readBootBlock(nullptr); }), (Answer{BSP_E_NULL}));
-    EXPECT_EQ(flash.run([] { return bsp::writeBootBlock(nullptr); }), (Answer{BSP_E_NULL}));
-    EXPECT_EQ(flash.calls, (Calls{}));
+    EXPECT_EQ(recorder.run([] { return bsp::readBootBlock(nullptr); }), (Answer{BSP_E_NULL}));
+    EXPECT_EQ(recorder.run([] { return bsp::writeBootBlock(nullptr); }), (Answer{BSP_E_NULL}));
+    EXPECT_EQ(recorder.calls, (Calls{}));
 }
 
 } // namespace

@@ -1,47 +1,27 @@
-// What happens when there is no memory for a work buffer. The linker leads this program's calls of
-// calloc and malloc here.
+// What happens when there is no memory for a work buffer.
 
 #include "bsp.h"
 #include "tests/identity/records.h"
+#include "tests/support/recorder.h"
 #include "tests/support/virtual_board_test.h"
-
-#include <cstdlib>
-
-extern "C" {
-void *__real_calloc(size_t count, size_t size);
-void *__real_malloc(size_t size);
-void *__wrap_calloc(size_t count, size_t size);
-void *__wrap_malloc(size_t size);
-}
-
-namespace {
-bool isMemoryGone = false;
-}
-
-void *__wrap_calloc(size_t count, size_t size) {
-    return isMemoryGone ? nullptr : __real_calloc(count, size);
-}
-
-void *__wrap_malloc(size_t size) {
-    return isMemoryGone ? nullptr : __real_malloc(size);
-}
 
 namespace {
 
 class MemoryTest : public VirtualBoardTest {
   protected:
+    MemoryTest() {
+        recorder.failAlways("malloc", 0);
+        recorder.failAlways("calloc", 0);
+    }
+
     /** A call without memory fails before any EEPROM is asked. */
     void expectOutOfMemory(const std::function<int32_t()> &call, const std::string &message = "") {
-        const Answer answer = answerOf([&] {
-            isMemoryGone = true;
-            const int32_t status = call();
-            isMemoryGone = false;
-            return status;
-        });
-        EXPECT_EQ(answer, (Answer{BSP_E_NO_MEMORY, message}));
+        EXPECT_EQ(recorder.run(call), (Answer{BSP_E_NO_MEMORY, message}));
         for (const std::string &request : requests())
             EXPECT_NE(request.substr(0, 3), "I2C") << request;
     }
+
+    Recorder recorder;
 };
 
 TEST_F(MemoryTest, RecordsAreReadThroughAWorkBuffer) {
@@ -63,12 +43,8 @@ TEST_F(MemoryTest, TheSupplysNumberIsLookedAtLater) {
 }
 
 TEST_F(MemoryTest, ANullRecordIsNoticedEarlier) {
-    isMemoryGone = true;
-    const int32_t local = bspLocalPieGet(nullptr);
-    const int32_t power = bspPowerPieGet(1, nullptr);
-    isMemoryGone = false;
-    EXPECT_EQ(local, BSP_E_NULL);
-    EXPECT_EQ(power, BSP_E_NULL);
+    EXPECT_EQ(bspLocalPieGet(nullptr), BSP_E_NULL);
+    EXPECT_EQ(bspPowerPieGet(1, nullptr), BSP_E_NULL);
 }
 
 TEST_F(MemoryTest, WhoeverReadsTheBoardsRecordReportsIt) {

@@ -1,38 +1,23 @@
 // The MDIO command register: commands, polls, failures.
 
 #include "bsp.h"
-#include "tests/support/answer.h"
+#include "tests/support/recorder.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <cstdarg>
-#include <cstdlib>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
-#include <functional>
-#include <string>
-#include <sys/mman.h>
-#include <unistd.h>
-#include <vector>
+#include <gtest/gtest.h>
 
 namespace {
 
-constexpr int kMemory = 1000; // descriptor
 constexpr uint32_t kBusy = 1;
 constexpr uint32_t kError = 1u << 28;
 
-using Lines = std::vector<std::string>;
-
-/** The processor's memory with the switch controller's registers. */
+/** The switch controller's page of registers. */
 struct Controller {
-    bool isMissing = false;
-    bool cannotBeMapped = false;
-    bool tellsOfUnmapping = false; // on standard output, among what the library prints
-    int donePolls = 1;             // pauses until the register changes
+    int donePolls = 1; // pauses until the register changes
     std::function<uint32_t(uint32_t)> answer = [](uint32_t sent) { return sent & ~kBusy; };
 
-    Lines calls;
     int pauses = 0;
     uint32_t command = 0; // as it was found at the first pause
     alignas(4096) uint8_t page[4096] = {};
@@ -43,108 +28,63 @@ struct Controller {
         return value;
     }
     void setCommandRegister(uint32_t value) { std::memcpy(page + 0x7F4, &value, sizeof(value)); }
-};
-Controller *controller = nullptr;
 
-std::string format(const char *text, ...) __attribute__((format(printf, 1, 2)));
-std::string format(const char *text, ...) {
-    char line[128];
-    va_list arguments;
-    va_start(arguments, text);
-    std::vsnprintf(line, sizeof(line), text, arguments);
-    va_end(arguments);
-    return line;
-}
-
-} // namespace
-
-// The linker lets these calls of the program come here first.
-extern "C" {
-int realOpen(const char *path, int flags, ...) __asm__("__real_open");
-int realClose(int fd) __asm__("__real_close");
-int wrappedOpen(const char *path, int flags, ...) __asm__("__wrap_open");
-int wrappedClose(int fd) __asm__("__wrap_close");
-void *wrappedMmap(void *address, size_t size, int access, int flags, int fd,
-                  off_t offset) __asm__("__wrap_mmap");
-int wrappedMunmap(void *address, size_t size) __asm__("__wrap_munmap");
-int wrappedUsleep(useconds_t us) __asm__("__wrap_usleep");
-}
-
-int wrappedOpen(const char *path, int flags, ...) {
-    if (controller == nullptr || std::strcmp(path, "/dev/mem") != 0) {
-        va_list arguments;
-        va_start(arguments, flags);
-        const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
-        va_end(arguments);
-        return realOpen(path, flags, mode);
+    void pause() {
+        if (pauses++ == 0)
+            command = word(0x7F4);
+        if (pauses == donePolls)
+            setCommandRegister(answer(command));
     }
-    const bool isAsUsual = (flags & ~(O_CLOEXEC | O_LARGEFILE)) == O_RDWR;
-    controller->calls.emplace_back(isAsUsual ? "open" : "open in another way");
-    errno = EACCES;
-    return controller->isMissing ? -1 : kMemory;
-}
+};
 
-int wrappedClose(int fd) {
-    if (fd != kMemory)
-        return realClose(fd);
-    controller->calls.emplace_back("close");
-    return 0;
-}
-
-void *wrappedMmap(void *address, size_t size, int access, int flags, int fd, off_t offset) {
-    controller->calls.push_back(
-        format("map %zu at 0x%lx%s%s%s%s", size, static_cast<unsigned long>(offset),
-               address == nullptr && fd == kMemory ? "" : " of something else",
-               (access & PROT_READ) != 0 ? " read" : "", (access & PROT_WRITE) != 0 ? " write" : "",
-               flags == MAP_SHARED ? " shared" : ""));
-    errno = EPERM;
-    return controller->cannotBeMapped ? MAP_FAILED : controller->page;
-}
-
-int wrappedMunmap(void *address, size_t size) {
-    if (controller->tellsOfUnmapping)
-        std::printf("(unmapped)\n");
-    controller->calls.push_back(
-        format("unmap %zu%s", size, address == controller->page ? "" : " of something else"));
-    return 0;
-}
-
-int wrappedUsleep(useconds_t us) {
-    EXPECT_EQ(us, 1u);
-    if (controller->pauses++ == 0)
-        controller->command = controller->word(0x7F4);
-    if (controller->pauses == controller->donePolls)
-        controller->setCommandRegister(controller->answer(controller->command));
-    return 0;
-}
-
-namespace {
-
-constexpr char kMap[] = "map 4096 at 0x1b000000 read write shared";
-const Lines kWhole = {"open", kMap, "unmap 4096", "close"};
+constexpr char kOpen[] = "open /dev/mem read-write";
+constexpr char kMap[] = "map /dev/mem 4096 at 0x1b000000 read write shared";
+constexpr char kPause[] = "wait 1 us";
 constexpr uint32_t kMark = 0x5A5A5A5A;
 constexpr int kNever = -1;
 
 class MdioTest : public ::testing::Test {
   protected:
-    MdioTest() { controller = &mdio; }
-    ~MdioTest() override { controller = nullptr; }
+    MdioTest() {
+        recorder.before = [this](const SystemCall &call) -> std::optional<int64_t> {
+            if (call.is("open"))
+                return open("/dev/null", O_RDWR | O_CLOEXEC);
+            if (call.is("mmap"))
+                return reinterpret_cast<intptr_t>(mdio.page);
+            if (call.is("munmap") && tellsOfUnmapping)
+                std::printf("(unmapped)\n");
+            if (call.is("munmap"))
+                return 0;
+            if (!call.is("usleep"))
+                return std::nullopt;
+            mdio.pause();
+            return 0;
+        };
+    }
 
     Answer read(uint32_t addrA = 3, uint32_t addrB = 5, uint32_t unit = 0, uint32_t reserved = 0) {
         value = kMark;
         mdio.pauses = 0;
-        mdio.calls.clear();
-        return answerOf([&] { return bsp_smi_read(unit, addrA, reserved, addrB, &value); });
+        return recorder.run([&] { return bsp_smi_read(unit, addrA, reserved, addrB, &value); });
     }
     Answer write(uint32_t data = 0, uint32_t addrA = 3, uint32_t addrB = 5, uint32_t unit = 0,
                  uint32_t reserved = 0) {
         mdio.pauses = 0;
-        mdio.calls.clear();
-        return answerOf([&] { return bsp_smi_write(unit, addrA, reserved, addrB, data); });
+        return recorder.run([&] { return bsp_smi_write(unit, addrA, reserved, addrB, data); });
     }
 
+    /** Everything that the last command called, with so many pauses. */
+    void expectWhole(int pauses) {
+        Calls expected = {kOpen, kMap};
+        expected.insert(expected.end(), static_cast<size_t>(pauses), kPause);
+        expected.insert(expected.end(), {"unmap 4096", "close /dev/mem"});
+        EXPECT_EQ(recorder.calls, expected);
+    }
+
+    bool tellsOfUnmapping = false; // on standard output, among what the library prints
     Controller mdio;
     uint32_t value = kMark;
+    Recorder recorder;
 };
 
 TEST_F(MdioTest, ReadAddressesARegisterAndTakes16Bits) {
@@ -166,7 +106,7 @@ TEST_F(MdioTest, ReadAddressesARegisterAndTakes16Bits) {
         EXPECT_EQ(read(row.addrA, row.addrB, 7, 9), kSilentSuccess);
         EXPECT_EQ(mdio.command, row.command);
         EXPECT_EQ(value, 0xABCDu);
-        EXPECT_EQ(mdio.calls, kWhole);
+        expectWhole(1);
     }
 }
 
@@ -182,7 +122,7 @@ TEST_F(MdioTest, WriteCarries16Bits) {
     for (const Case &row : kCases) {
         EXPECT_EQ(write(row.data, row.addrA, row.addrB, 7, 9), kSilentSuccess);
         EXPECT_EQ(mdio.command, row.command);
-        EXPECT_EQ(mdio.calls, kWhole);
+        expectWhole(1);
     }
 }
 
@@ -201,19 +141,17 @@ TEST_F(MdioTest, TheRegisterIsReadUpTo19001Times) {
     for (const int polls : {1, 2, 19000}) {
         mdio.donePolls = polls;
         EXPECT_EQ(read(), kSilentSuccess);
-        EXPECT_EQ(mdio.pauses, polls);
+        expectWhole(polls);
         EXPECT_EQ(write(), kSilentSuccess);
-        EXPECT_EQ(mdio.pauses, polls);
+        expectWhole(polls);
     }
     for (const int polls : {19001, kNever}) { // done behind the last look at it, or never
         mdio.donePolls = polls;
         EXPECT_EQ(read(), (Answer{BSP_E_TIMEOUT, "bsp_smi_read: read timeout \n"}));
         EXPECT_EQ(value, kMark);
-        EXPECT_EQ(mdio.pauses, 19001);
-        EXPECT_EQ(mdio.calls, kWhole);
+        expectWhole(19001);
         EXPECT_EQ(write(), (Answer{BSP_E_TIMEOUT, "bsp_smi_write: write timeout \n"}));
-        EXPECT_EQ(mdio.pauses, 19001);
-        EXPECT_EQ(mdio.calls, kWhole);
+        expectWhole(19001);
     }
 }
 
@@ -223,16 +161,14 @@ TEST_F(MdioTest, AnErrorEndsTheCommandWhetherOrNotItIsBusy) {
         mdio.answer = [busy](uint32_t) { return kError | 0xABCD000 | busy; };
         EXPECT_EQ(read(), (Answer{BSP_E_FAILED, "bsp_smi_read: read failed \n"}));
         EXPECT_EQ(value, kMark);
-        EXPECT_EQ(mdio.pauses, 3);
-        EXPECT_EQ(mdio.calls, kWhole);
+        expectWhole(3);
         EXPECT_EQ(write(), Answer{BSP_E_FAILED}) << "without a word";
-        EXPECT_EQ(mdio.pauses, 3);
-        EXPECT_EQ(mdio.calls, kWhole);
+        expectWhole(3);
     }
 }
 
 TEST_F(MdioTest, FailuresAreToldBeforeThePageIsGivenBack) {
-    mdio.tellsOfUnmapping = true;
+    tellsOfUnmapping = true;
     mdio.answer = [](uint32_t) { return kError; };
     EXPECT_EQ(read(), (Answer{BSP_E_FAILED, "bsp_smi_read: read failed \n(unmapped)\n"}));
     mdio.donePolls = kNever;
@@ -241,28 +177,28 @@ TEST_F(MdioTest, FailuresAreToldBeforeThePageIsGivenBack) {
 }
 
 TEST_F(MdioTest, WithoutTheMemoryNothingIsDone) {
-    mdio.isMissing = true;
+    recorder.failAlways("open");
     const Answer expected = {BSP_E_OPEN, "Can't open /dev/mem \n"};
     EXPECT_EQ(read(), expected);
     EXPECT_EQ(value, kMark);
-    EXPECT_EQ(mdio.calls, Lines{"open"});
+    EXPECT_EQ(recorder.calls, Calls{kOpen});
     EXPECT_EQ(write(), expected);
-    EXPECT_EQ(mdio.calls, Lines{"open"});
+    EXPECT_EQ(recorder.calls, Calls{kOpen});
 }
 
 TEST_F(MdioTest, WithoutTheRegistersTheMemoryIsClosed) {
-    mdio.cannotBeMapped = true;
+    recorder.failAlways("map");
     const Answer expected = {BSP_E_MAP, "Can't map physical memory: 0x1b000000\n"};
     EXPECT_EQ(read(), expected);
     EXPECT_EQ(value, kMark);
-    EXPECT_EQ(mdio.calls, (Lines{"open", kMap, "close"}));
+    EXPECT_EQ(recorder.calls, (Calls{kOpen, kMap, "close /dev/mem"}));
     EXPECT_EQ(write(), expected);
-    EXPECT_EQ(mdio.calls, (Lines{"open", kMap, "close"}));
+    EXPECT_EQ(recorder.calls, (Calls{kOpen, kMap, "close /dev/mem"}));
 }
 
 TEST_F(MdioTest, ANullValueIsRefusedBeforeAnything) {
-    EXPECT_EQ(answerOf([] { return bsp_smi_read(0, 3, 0, 5, nullptr); }), Answer{BSP_E_NULL});
-    EXPECT_EQ(mdio.calls, Lines{});
+    EXPECT_EQ(recorder.run([] { return bsp_smi_read(0, 3, 0, 5, nullptr); }), Answer{BSP_E_NULL});
+    EXPECT_EQ(recorder.calls, Calls{});
 }
 
 } // namespace

@@ -1,9 +1,6 @@
 // The request record of every builder, slot by slot.
 
-#include "tests/kernel/recorder.h"
-#include "tests/support/answer.h"
-
-#include <gtest/gtest.h>
+#include "tests/kernel/request_test.h"
 
 #include <algorithm>
 #include <bit>
@@ -11,8 +8,6 @@
 #include <cstring>
 
 namespace {
-
-using Lines = std::vector<std::string>;
 
 // The kernel module is built apart from the library: the layout is what both agree on.
 static_assert(sizeof(BspIoctlRecord) == kRecordSize);
@@ -134,31 +129,31 @@ const std::vector<RecordCase> kCases = {
 
 std::string codeText(uint32_t code) {
     char text[16];
-    std::snprintf(text, sizeof(text), "ioctl %#x", code);
+    std::snprintf(text, sizeof(text), "%#x", code);
     return text;
 }
 
-void expectRecord(const RecordCase &expected) {
-    SCOPED_TRACE(expected.description);
-    recorder = Recorder();
-    dirtyStack();
-    EXPECT_EQ(expected.call(), BSP_OK);
-    EXPECT_EQ(recorder.calls,
-              (Lines{"open /dev/bspHandle read-only", codeText(expected.code), "close"}));
-    for (size_t slot = 0; slot < expected.slots.size(); ++slot)
-        EXPECT_EQ(recorder.unit(8 * slot), expected.slots[slot]) << "slot " << slot;
-    EXPECT_EQ(recorder.unit(48), 0u) << "slot 6";
-    EXPECT_EQ(recorder.unit(56), 0u) << "slot 7";
-    EXPECT_EQ(recorder.unit(64), 0u) << "result and reserved word";
-}
+class RequestRecordTest : public RequestTest {
+  protected:
+    void expectRecord(const RecordCase &expected) {
+        SCOPED_TRACE(expected.description);
+        EXPECT_EQ(ask(expected.call), Answer{BSP_OK});
+        EXPECT_EQ(recorder.calls, requestOf(codeText(expected.code)));
+        for (size_t slot = 0; slot < expected.slots.size(); ++slot)
+            EXPECT_EQ(unit(8 * slot), expected.slots[slot]) << "slot " << slot;
+        EXPECT_EQ(unit(48), 0u) << "slot 6";
+        EXPECT_EQ(unit(56), 0u) << "slot 7";
+        EXPECT_EQ(unit(64), 0u) << "result and reserved word";
+    }
+};
 
-TEST(RequestRecordTest, EveryBuilderFillsItsSlots) {
+TEST_F(RequestRecordTest, EveryBuilderFillsItsSlots) {
     for (const RecordCase &expected : kCases)
         expectRecord(expected);
 }
 
 #if UINTPTR_MAX > UINT32_MAX
-TEST(RequestRecordTest, AnAddressAbove32BitsTravelsWhole) {
+TEST_F(RequestRecordTest, AnAddressAbove32BitsTravelsWhole) {
     constexpr uintptr_t kHigh = 0x00007FFE80001000;
     const std::vector<RecordCase> cases = {
         {"CPLD read", [] { return bspFpgaGet_handle(1, at<uint32_t>(kHigh)); }, 0x1001, {1, kHigh}},
@@ -190,10 +185,8 @@ TEST(RequestRecordTest, AnAddressAbove32BitsTravelsWhole) {
 
 // The module reads the words in the machine's own byte order: on the target the most significant
 // byte of each slot comes first.
-TEST(RequestRecordTest, IsInTheMachinesByteOrder) {
-    recorder = Recorder();
-    dirtyStack();
-    EXPECT_EQ(bspGpioDirectionOutput_handle(0x12345678, -2), BSP_OK);
+TEST_F(RequestRecordTest, IsInTheMachinesByteOrder) {
+    EXPECT_EQ(ask([] { return bspGpioDirectionOutput_handle(0x12345678, -2); }), Answer{BSP_OK});
     std::array<uint8_t, kRecordSize> expected = {
         0x00, 0x00, 0x00, 0x00, 0x12, 0x34, 0x56, 0x78, // line
         0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE, // level
@@ -202,40 +195,36 @@ TEST(RequestRecordTest, IsInTheMachinesByteOrder) {
         std::reverse(expected.begin(), expected.begin() + 8);
         std::reverse(expected.begin() + 8, expected.begin() + 16);
     }
-    EXPECT_EQ(recorder.record, expected);
+    EXPECT_EQ(record, expected);
 }
 
-TEST(RequestRecordTest, TheDriversResultWordIsTheAnswer) {
+TEST_F(RequestRecordTest, TheDriversResultWordIsTheAnswer) {
     for (const RecordCase &builder : kCases) {
         SCOPED_TRACE(builder.description);
         for (const int32_t result : {1, 1002, -1, -22, INT32_MIN}) {
-            recorder = Recorder();
-            recorder.driver = [result](BspIoctlRecord &record) {
+            driver = [result](BspIoctlRecord &arrived) {
                 const std::array<int32_t, 2> end = {result, -1};
-                std::memcpy(&record.result, end.data(), sizeof(end));
+                std::memcpy(&arrived.result, end.data(), sizeof(end));
             };
-            EXPECT_EQ(answerOf(builder.call), Answer{result});
-            EXPECT_EQ(recorder.calls.back(), "close");
+            EXPECT_EQ(ask(builder.call), Answer{result});
         }
     }
 }
 
-TEST(RequestRecordTest, AFailureToReachTheDriverOutweighsTheResultWord) {
+TEST_F(RequestRecordTest, AFailureToReachTheDriverOutweighsTheResultWord) {
     for (const RecordCase &builder : kCases) {
         SCOPED_TRACE(builder.description);
-        recorder = Recorder();
-        recorder.driver = [](BspIoctlRecord &record) { record.result = 5; };
-        recorder.ioctlResult = -3;
-        EXPECT_EQ(answerOf(builder.call).status, -3);
-        EXPECT_EQ(recorder.calls.back(), "close");
+        recorder.clearFailures();
+        driver = [](BspIoctlRecord &arrived) { arrived.result = 5; };
+        ioctlResult = -3;
+        EXPECT_EQ(ask(builder.call).status, -3);
 
-        recorder = Recorder();
-        recorder.openResult = -2;
-        EXPECT_EQ(answerOf(builder.call), (Answer{-2, "open file /dev/bspHandle fail\n"}));
+        recorder.fail("open", 1, -2);
+        EXPECT_EQ(ask(builder.call), (Answer{-2, "open file /dev/bspHandle fail\n"}));
     }
 }
 
-TEST(RequestRecordTest, ANullOutputIsRefusedBeforeAnythingIsDone) {
+TEST_F(RequestRecordTest, ANullOutputIsRefusedBeforeAnythingIsDone) {
     const std::vector<std::function<int32_t()>> calls = {
         [] { return bspFpgaGet_handle(1, nullptr); },
         [] { return bspGpioGetValue_handle(1, nullptr); },
@@ -243,9 +232,8 @@ TEST(RequestRecordTest, ANullOutputIsRefusedBeforeAnythingIsDone) {
         [] { return bspCpldUpgrade_handle(kPath, nullptr); },
     };
     for (const auto &call : calls) {
-        recorder = Recorder();
-        EXPECT_EQ(answerOf(call), Answer{BSP_E_NULL});
-        EXPECT_EQ(recorder.calls, Lines{});
+        EXPECT_EQ(ask(call), Answer{BSP_E_NULL});
+        EXPECT_EQ(recorder.calls, Calls{});
     }
 }
 

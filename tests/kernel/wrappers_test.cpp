@@ -1,34 +1,24 @@
 // The functions that the rest of the library calls: registers, I2C transfers, GPIO lines.
 
-#include "tests/kernel/recorder.h"
-#include "tests/support/answer.h"
-
-#include <gtest/gtest.h>
-
-#include <cstring>
+#include "tests/kernel/request_test.h"
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
-class WrappersTest : public ::testing::Test {
+class WrappersTest : public RequestTest {
   protected:
-    void SetUp() override { recorder = Recorder(); }
-
     /** The driver stores a word at the address in slot 1 and answers a result. */
-    static void driverStores(uint32_t word, int32_t result = 0) {
-        recorder.driver = [=](BspIoctlRecord &record) {
-            std::memcpy(reinterpret_cast<void *>(static_cast<uintptr_t>(record.slot[1])), &word,
+    void driverStores(uint32_t word, int32_t result = 0) {
+        driver = [=](BspIoctlRecord &arrived) {
+            std::memcpy(reinterpret_cast<void *>(static_cast<uintptr_t>(arrived.slot[1])), &word,
                         sizeof(word));
-            record.result = result;
+            arrived.result = result;
         };
     }
 
-    static void expectSlots(const std::string &ioctlCall, const std::vector<uint64_t> &slots) {
-        EXPECT_EQ(recorder.calls, (Lines{"open /dev/bspHandle read-only", ioctlCall, "close"}));
+    void expectSlots(const std::string &code, const std::vector<uint64_t> &slots) const {
+        EXPECT_EQ(recorder.calls, requestOf(code));
         for (size_t slot = 0; slot < 8; ++slot)
-            EXPECT_EQ(recorder.unit(8 * slot), slot < slots.size() ? slots[slot] : 0)
-                << "slot " << slot;
+            EXPECT_EQ(unit(8 * slot), slot < slots.size() ? slots[slot] : 0) << "slot " << slot;
     }
 };
 
@@ -38,48 +28,47 @@ TEST_F(WrappersTest, ARegisterReadGivesTheLow16BitsOfTheDriversWord) {
         uint16_t value = 0;
         uint16_t behind = 0x5A5A;
     } output;
-    EXPECT_EQ(answerOf([&] { return bspCpldGet(2, &output.value); }), Answer{BSP_OK});
+    EXPECT_EQ(ask([&] { return bspCpldGet(2, &output.value); }), Answer{BSP_OK});
     EXPECT_EQ(output.value, 0x1312);
     EXPECT_EQ(output.behind, 0x5A5A);
-    EXPECT_EQ(recorder.unit(0), 2u);
-    EXPECT_EQ(recorder.calls.at(1), "ioctl 0x1001");
+    EXPECT_EQ(unit(0), 2u);
+    EXPECT_EQ(recorder.calls, requestOf("0x1001"));
 }
 
 TEST_F(WrappersTest, ARefusedRegisterReadLeavesTheOutput) {
     for (const int32_t result : {5, -5}) {
         driverStores(0x1312, result);
         uint16_t value = 0xA5A5;
-        EXPECT_EQ(answerOf([&] { return bspCpldGet(2, &value); }), Answer{result});
+        EXPECT_EQ(ask([&] { return bspCpldGet(2, &value); }), Answer{result});
         EXPECT_EQ(value, 0xA5A5);
     }
 }
 
 TEST_F(WrappersTest, ARegisterReadThatFailsOnTheWayLeavesTheOutput) {
     driverStores(0x1312);
-    recorder.ioctlResult = -1;
+    ioctlResult = -1;
     uint16_t value = 0xA5A5;
-    EXPECT_EQ(answerOf([&] { return bspCpldGet(2, &value); }),
-              (Answer{-1, "ioctl fail, cmd=0x1001\n"}));
+    EXPECT_EQ(ask([&] { return bspCpldGet(2, &value); }), (Answer{-1, "ioctl fail, cmd=0x1001\n"}));
     EXPECT_EQ(value, 0xA5A5);
 }
 
 TEST_F(WrappersTest, ARegisterWriteSendsTheLow16Bits) {
-    EXPECT_EQ(bspCpldSet(0x1E, 0x12345), BSP_OK);
-    expectSlots("ioctl 0x1002", {0x1E, 0x2345});
+    EXPECT_EQ(ask([] { return bspCpldSet(0x1E, 0x12345); }), Answer{BSP_OK});
+    expectSlots("0x1002", {0x1E, 0x2345});
 }
 
 TEST_F(WrappersTest, ARegisterWriteAnswersTheDriversResult) {
-    recorder.driver = [](BspIoctlRecord &record) { record.result = 9; };
-    EXPECT_EQ(answerOf([] { return bspCpldSet(0x1E, 1); }), Answer{9});
+    driver = [](BspIoctlRecord &arrived) { arrived.result = 9; };
+    EXPECT_EQ(ask([] { return bspCpldSet(0x1E, 1); }), Answer{9});
 }
 
 TEST_F(WrappersTest, ThereIsNoFpga) {
     uint16_t value = 0xA5A5;
-    EXPECT_EQ(answerOf([&] { return bspFpgaGet(1, &value); }), Answer{BSP_E_NOT_SUPPORTED});
+    EXPECT_EQ(ask([&] { return bspFpgaGet(1, &value); }), Answer{BSP_E_NOT_SUPPORTED});
     EXPECT_EQ(value, 0xA5A5);
-    EXPECT_EQ(answerOf([] { return bspFpgaGet(0, nullptr); }), Answer{BSP_E_NOT_SUPPORTED});
-    EXPECT_EQ(answerOf([] { return bspFpgaSet(1, 2); }), Answer{BSP_E_NOT_SUPPORTED});
-    EXPECT_EQ(recorder.calls, Lines{});
+    EXPECT_EQ(ask([] { return bspFpgaGet(0, nullptr); }), Answer{BSP_E_NOT_SUPPORTED});
+    EXPECT_EQ(ask([] { return bspFpgaSet(1, 2); }), Answer{BSP_E_NOT_SUPPORTED});
+    EXPECT_EQ(recorder.calls, Calls{});
 }
 
 TEST_F(WrappersTest, AnI2cTransferPacksBusAndChannel) {
@@ -93,47 +82,44 @@ TEST_F(WrappersTest, AnI2cTransferPacksBusAndChannel) {
     };
     auto *buf = reinterpret_cast<uint8_t *>(uintptr_t{0x80001000}); // NOLINT: never dereferenced
     for (const auto &expected : cases) {
-        recorder = Recorder();
-        EXPECT_EQ(bspI2cRead(expected.bus, expected.channel, 0x50, 0x10, 1, buf, 8), BSP_OK);
-        expectSlots("ioctl 0x1003", {expected.packed, 0x50, 0x10, 1, 0xFFFFFFFF80001000, 8});
+        EXPECT_EQ(
+            ask([&] { return bspI2cRead(expected.bus, expected.channel, 0x50, 0x10, 1, buf, 8); }),
+            Answer{BSP_OK});
+        expectSlots("0x1003", {expected.packed, 0x50, 0x10, 1, 0xFFFFFFFF80001000, 8});
 
-        recorder = Recorder();
-        EXPECT_EQ(bspI2cWrite(expected.bus, expected.channel, 0x51, 0x20, 2, buf, 9), BSP_OK);
-        expectSlots("ioctl 0x1004", {expected.packed, 0x51, 0x20, 2, 0xFFFFFFFF80001000, 9});
+        EXPECT_EQ(
+            ask([&] { return bspI2cWrite(expected.bus, expected.channel, 0x51, 0x20, 2, buf, 9); }),
+            Answer{BSP_OK});
+        expectSlots("0x1004", {expected.packed, 0x51, 0x20, 2, 0xFFFFFFFF80001000, 9});
     }
 }
 
 TEST_F(WrappersTest, TheDriverJudgesTheArgumentsOfAnI2cTransfer) {
-    recorder.driver = [](BspIoctlRecord &record) { record.result = -14; };
-    EXPECT_EQ(answerOf([] { return bspI2cRead(0, 0, 0x1FF, 0x10000, 9, nullptr, -1); }),
-              Answer{-14});
-    expectSlots("ioctl 0x1003", {0, 0x1FF, 0x10000, 9, 0, 0xFFFFFFFFFFFFFFFF});
+    driver = [](BspIoctlRecord &arrived) { arrived.result = -14; };
+    EXPECT_EQ(ask([] { return bspI2cRead(0, 0, 0x1FF, 0x10000, 9, nullptr, -1); }), Answer{-14});
+    expectSlots("0x1003", {0, 0x1FF, 0x10000, 9, 0, 0xFFFFFFFFFFFFFFFF});
 
-    recorder.calls.clear();
-    EXPECT_EQ(answerOf([] { return bspI2cWrite(0, 0, 0x1FF, 0x10000, 9, nullptr, 0); }),
-              Answer{-14});
-    expectSlots("ioctl 0x1004", {0, 0x1FF, 0x10000, 9, 0, 0});
+    EXPECT_EQ(ask([] { return bspI2cWrite(0, 0, 0x1FF, 0x10000, 9, nullptr, 0); }), Answer{-14});
+    expectSlots("0x1004", {0, 0x1FF, 0x10000, 9, 0, 0});
 }
 
 TEST_F(WrappersTest, GpioLinesAreForwardedUnchanged) {
-    EXPECT_EQ(bspGpioDirectionInput(0x80000013), BSP_OK);
-    expectSlots("ioctl 0x1006", {0x80000013});
+    EXPECT_EQ(ask([] { return bspGpioDirectionInput(0x80000013); }), Answer{BSP_OK});
+    expectSlots("0x1006", {0x80000013});
 
-    recorder = Recorder();
-    EXPECT_EQ(bspGpioDirectionOutput(19, -2), BSP_OK);
-    expectSlots("ioctl 0x1007", {19, 0xFFFFFFFFFFFFFFFE});
+    EXPECT_EQ(ask([] { return bspGpioDirectionOutput(19, -2); }), Answer{BSP_OK});
+    expectSlots("0x1007", {19, 0xFFFFFFFFFFFFFFFE});
 
-    recorder = Recorder();
     uint32_t value = 0;
     driverStores(0x80000001);
-    EXPECT_EQ(bspGpioGetValue(19, &value), BSP_OK);
+    EXPECT_EQ(ask([&] { return bspGpioGetValue(19, &value); }), Answer{BSP_OK});
     EXPECT_EQ(value, 0x80000001);
-    EXPECT_EQ(recorder.unit(0), 19u);
-    EXPECT_EQ(recorder.calls.at(1), "ioctl 0x1008");
+    EXPECT_EQ(unit(0), 19u);
+    EXPECT_EQ(recorder.calls, requestOf("0x1008"));
 }
 
 TEST_F(WrappersTest, EveryWrapperAnswersTheDriversResult) {
-    recorder.driver = [](BspIoctlRecord &record) { record.result = 77; };
+    driver = [](BspIoctlRecord &arrived) { arrived.result = 77; };
     uint32_t value = 0;
     uint16_t content = 0;
     uint8_t byte = 0;
@@ -147,7 +133,7 @@ TEST_F(WrappersTest, EveryWrapperAnswersTheDriversResult) {
 }
 
 TEST_F(WrappersTest, WithoutTheNodeEveryCallSaysSoOnce) {
-    recorder.openResult = -1;
+    recorder.failAlways("open");
     uint32_t value = 0xA5A5A5A5;
     uint16_t content = 0xA5A5;
     uint8_t byte = 0xA5;
@@ -161,16 +147,16 @@ TEST_F(WrappersTest, WithoutTheNodeEveryCallSaysSoOnce) {
         [&] { return bspGpioGetValue(1, &value); },
     };
     for (const auto &call : calls)
-        EXPECT_EQ(answerOf(call), (Answer{-1, "open file /dev/bspHandle fail\n"}));
+        EXPECT_EQ(ask(call), (Answer{-1, "open file /dev/bspHandle fail\n"}));
     EXPECT_EQ(value, 0xA5A5A5A5);
     EXPECT_EQ(content, 0xA5A5);
     EXPECT_EQ(byte, 0xA5);
 }
 
 TEST_F(WrappersTest, ANullOutputIsRefusedBeforeAnythingIsDone) {
-    EXPECT_EQ(answerOf([] { return bspCpldGet(1, nullptr); }), Answer{BSP_E_NULL});
-    EXPECT_EQ(answerOf([] { return bspGpioGetValue(1, nullptr); }), Answer{BSP_E_NULL});
-    EXPECT_EQ(recorder.calls, Lines{});
+    EXPECT_EQ(ask([] { return bspCpldGet(1, nullptr); }), Answer{BSP_E_NULL});
+    EXPECT_EQ(ask([] { return bspGpioGetValue(1, nullptr); }), Answer{BSP_E_NULL});
+    EXPECT_EQ(recorder.calls, Calls{});
 }
 
 } // namespace

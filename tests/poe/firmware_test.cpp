@@ -4,7 +4,6 @@
 
 #include "bsp.h"
 #include "tests/support/answer.h"
-#include "tests/support/library_faults.h"
 #include "tests/support/scripted_controller.h"
 
 #include <algorithm>
@@ -210,7 +209,7 @@ TEST_F(FirmwareTest, NeedsAFile) {
 
 TEST_F(FirmwareTest, NeedsMemoryForTheWholeImage) {
     addFault(openFails(kImageFile, EACCES)); // the memory comes first
-    libraryFaults.refusedAllocation = 0x40000;
+    recorder.failAlways("malloc 262144");
     EXPECT_EQ(upgrade(51200), (Answer{BSP_E_POE_NO_MEMORY, ""}));
     expectNothingDone();
 }
@@ -222,14 +221,14 @@ TEST_F(FirmwareTest, NeedsAFileThatOpens) {
 }
 
 TEST_F(FirmwareTest, NeedsAFileThatReadsWhole) {
-    libraryFaults.lostBytes = 3;
+    recorder.failAlways("fread", 51197);
     EXPECT_EQ(upgrade(51200),
               (Answer{BSP_E_POE_SHORT_READ, "Reading firmware filesize 51197 failed...\r\n"}));
     expectNothingDone();
 }
 
 TEST_F(FirmwareTest, NeedsTheLockAfterTheProbe) {
-    libraryFaults.flockFails = true;
+    recorder.failAlways("flock /tmp/bspPoeLockFile");
     EXPECT_EQ(upgrade(51200),
               (Answer{BSP_E_POE_LOCK, "rtl8239CmdMessageSafe-# \r\n"
                                       "bspPoeRtl8239McuUpgrade-#: Get lock error \r\n"}));

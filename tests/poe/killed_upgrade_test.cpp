@@ -84,8 +84,7 @@ class KilledUpgradeTest : public SharedControllerTest {
     void upgradeUntil(uint32_t lastCall) {
         const pid_t child = start([this, lastCall] {
             uint32_t calls = 0;
-            watchCalls(boardFile(kLockFile),
-                       [&calls, lastCall](Call) { return calls++ == lastCall; });
+            watchCalls([&calls, lastCall](Call) { return calls++ == lastCall; });
             return bspPoeRtl8239McuUpgrade(imageFile_.c_str()) == BSP_OK;
         });
         EXPECT_TRUE(wasKilled(endOf(child)));
@@ -156,7 +155,7 @@ class KilledUpgradeTest : public SharedControllerTest {
 
 TEST_F(KilledUpgradeTest, StepsComeInThisOrder) {
     std::vector<Call> calls;
-    watchCalls(boardFile(kLockFile), [&calls](Call call) {
+    watchCalls([&calls](Call call) {
         calls.push_back(call);
         return false;
     });

@@ -3,7 +3,6 @@
 #include "bsp.h"
 #include "poe/rtl8239/lock_file.h"
 #include "tests/support/answer.h"
-#include "tests/support/library_faults.h"
 #include "tests/support/scripted_controller.h"
 
 #include <fcntl.h>
@@ -78,7 +77,7 @@ TEST_F(LockFileTest, ThatDoesNotOpenIsReportedOnStandardErrorAndIsDescriptorZero
 }
 
 TEST_F(LockFileTest, ThatCannotBeLockedStillHasADescriptorToClose) {
-    libraryFaults.flockFails = true;
+    recorder.failAlways("flock /tmp/bspPoeLockFile");
     int32_t result = 0;
     const int32_t fd = bspPoeLockFileOpen(&result);
     EXPECT_GT(fd, 0);

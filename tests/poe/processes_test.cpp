@@ -106,9 +106,9 @@ TEST_F(PoeProcessesTest, FramesOfManyProcessesNeverInterleave) {
 
 TEST_F(PoeProcessesTest, AKilledProcessDisturbsNoOther) {
     constexpr uint32_t kLastExchange = 100; // is sent, and its answer never fetched
-    const pid_t victim = start([this] {
+    const pid_t victim = start([] {
         uint32_t fetches = 0;
-        watchCalls(boardFile(kLockFile), [&fetches](LibraryCall call) {
+        watchCalls([&fetches](LibraryCall call) {
             return call == LibraryCall::Fetch && ++fetches == kLastExchange;
         });
         return goRounds(0);

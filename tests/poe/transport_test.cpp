@@ -6,7 +6,6 @@
 
 #include "bsp.h"
 #include "tests/support/answer.h"
-#include "tests/support/library_faults.h"
 #include "tests/support/scripted_controller.h"
 
 #include <numeric>
@@ -220,7 +219,7 @@ TEST_F(TransportTest, WithoutALockFileTheExchangeGoesOnWithNumberZero) {
 }
 
 TEST_F(TransportTest, ALockThatCannotBeTakenEndsTheExchange) {
-    libraryFaults.flockFails = true;
+    recorder.failAlways("flock /tmp/bspPoeLockFile");
     EXPECT_EQ(exchange("41"), (Answer{BSP_E_POE_LOCK, "rtl8239CmdMessageSafe-# \r\n"}));
     EXPECT_TRUE(controller.exchanges().empty());
     EXPECT_EQ(readBoardFile(kLockFile), "\x0F");

@@ -1,6 +1,8 @@
 #pragma once
 // Devices of a test's own, in front of those that the virtual board has.
 
+#include "tests/support/recorder.h"
+
 #include <cstdint>
 
 /** What a transfer asks of a device. */
@@ -17,19 +19,16 @@ class I2cDevice {
     I2cDevice(uint32_t bus, uint32_t channel, uint32_t devAddr);
     I2cDevice(const I2cDevice &) = delete;
     I2cDevice &operator=(const I2cDevice &) = delete;
-    virtual ~I2cDevice();
+    virtual ~I2cDevice() = default;
 
     // Both answer the driver's result word, 0 for success.
     virtual int32_t write(const I2cRequest &request) = 0;
     virtual int32_t read(const I2cRequest &request) = 0;
 
-    bool isAt(uint32_t busChannel, uint32_t devAddr) const {
-        return busChannel == busChannel_ && devAddr == devAddr_;
-    }
-
   private:
     uint32_t busChannel_;
     uint32_t devAddr_;
+    Recorder requests_;
 };
 
 /** Takes all requests for CPLD registers for as long as it exists. */
@@ -38,9 +37,12 @@ class CpldDevice {
     CpldDevice();
     CpldDevice(const CpldDevice &) = delete;
     CpldDevice &operator=(const CpldDevice &) = delete;
-    virtual ~CpldDevice();
+    virtual ~CpldDevice() = default;
 
     // Both answer the driver's result word, 0 for success.
     virtual int32_t write(uint32_t reg, uint32_t value) = 0;
     virtual int32_t read(uint32_t reg, uint32_t *value) = 0;
+
+  private:
+    Recorder requests_;
 };

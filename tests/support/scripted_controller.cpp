@@ -1,7 +1,6 @@
 #include "tests/support/scripted_controller.h"
 
 #include "bsp.h"
-#include "tests/support/library_faults.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -165,11 +164,6 @@ std::vector<std::string> ScriptedController::requests() {
 void PoeTest::SetUp() {
     VirtualBoardTest::SetUp();
     usePoeModel(0x0709);
-}
-
-void PoeTest::TearDown() {
-    libraryFaults.clear();
-    VirtualBoardTest::TearDown();
 }
 
 void PoeTest::usePoeModel(uint32_t devId) {

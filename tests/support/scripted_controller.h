@@ -78,7 +78,6 @@ class ScriptedController : public I2cDevice {
 class PoeTest : public VirtualBoardTest {
   protected:
     void SetUp() override;
-    void TearDown() override;
 
     void usePoeModel(uint32_t devId);
     void unplugController();
@@ -87,6 +86,7 @@ class PoeTest : public VirtualBoardTest {
     uint64_t elapsed();
 
     ScriptedController controller;
+    Recorder recorder;
 
   private:
     uint64_t lastNs_ = 0;
