@@ -1,6 +1,7 @@
 #pragma once
-// The library's calls of the system, each of which can be made to fail. The library that the sweep
-// links has them under other names, so that nobody else's calls are counted.
+// The library's calls of the system, counted, and each made to fail.
+
+#include "tests/support/recorder.h"
 
 #include <cstdint>
 #include <string>
@@ -19,11 +20,7 @@ struct Outcome {
     uint32_t calls = 0;
     uint32_t ways = 0;      // how many ways the call that failed has; 0 when it was not reached
     std::string failedCall; // its name
-    uint32_t openDescriptors = 0;
-    uint32_t openFiles = 0;
-    uint32_t allocations = 0;
-    uint32_t mappings = 0;
-    uint32_t strayCloses = 0; // of numbers that the call does not have open
+    Holdings left = {};
 };
 
 /** From here to end() the calls are counted, and one may fail. */
