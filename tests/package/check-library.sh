@@ -38,6 +38,11 @@ expect_same "the header declares what it exports" "$exported_names" "$declared"
 expect_same "a program passes plain integers to all of it" "$exported_names" \
     "$( (sed -nE 's/.*<void>\((\w+)\(.*/\1/p' "$build/tests/package/plain_calls.inc" &&
         echo bspPoeRtl8239Driver) | sort)"
+expect_same "whatever it calls of the system is recorded in tests" "" \
+    "$("$nm" -D --undefined-only "$shared" | sed -n 's/^ *U \([^@]*\).*/\1/p' |
+        grep -vxF "$(cut -d ' ' -f 1 "$source/tests/support/system_calls.txt")" |
+        grep -vxE '(__)?((mem|str)[a-z]+|[a-z]*printf)(_chk)?|puts|putchar|perror|atoi|mktime|__mktime64|__errno_location' ||
+        true)"
 expect_same "it has no text relocations" "" "$(grep TEXTREL <<<"$dynamic" || true)"
 expect_same "no object of it has static constructors or destructors" "" \
     "$(grep -E '\.(init_array|ctors|fini_array|dtors|preinit_array)' <<<"$archive_sections" || true)"
