@@ -77,7 +77,7 @@ Answer FlashCallsTest::withoutNumber(Answer answer, const std::string &path) {
 
 const Calls kLocking = {"open /tmp/bspFlashLockFile read-write create 0644 no-link",
                         "lock /tmp/bspFlashLockFile"};
-const Calls kUnlocking = {"unlock /tmp/bspFlashLockFile", "close /tmp/bspFlashLockFile"};
+const Calls kUnlocking = {"unlock /tmp/bspFlashLockFile"};
 
 Calls hundredTimes(const std::string &call) {
     Calls calls;

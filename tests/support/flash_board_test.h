@@ -34,7 +34,7 @@ class FlashCallsTest : public VirtualBoardTest {
     Recorder recorder;
 };
 
-/** Taking and giving back the flash lock. */
+/** Taking and giving back the flash lock, as Recorder::work() shows it. */
 extern const Calls kLocking;
 extern const Calls kUnlocking;
 

@@ -532,6 +532,16 @@ Answer Recorder::run(const std::function<int32_t()> &call) {
     return answer;
 }
 
+Calls Recorder::work() const {
+    Calls found;
+    std::copy_if(calls.begin(), calls.end(), std::back_inserter(found),
+                 [](const std::string &call) {
+                     return call != "free" && !call.starts_with("close ") &&
+                            !call.starts_with("fclose ") && !call.starts_with("unmap ");
+                 });
+    return found;
+}
+
 Calls Recorder::callsOf(std::string_view words) const {
     Calls found;
     std::copy_if(calls.begin(), calls.end(), std::back_inserter(found),

@@ -71,6 +71,12 @@ class Recorder {
     Calls calls;            // of the last run()
     std::string complaints; // on standard error
 
+    /**
+     * The calls without those that close, free and unmap: that all is given back is seen by run(),
+     * and the order of it is nobody's business.
+     */
+    Calls work() const;
+
     /** The calls that begin with these words. */
     Calls callsOf(std::string_view words) const;
 
