@@ -2,6 +2,7 @@
 
 #include "tests/kernel/request_test.h"
 #include "tests/support/descriptor_zero.h"
+#include "tests/support/library_holdings.h"
 
 namespace {
 
@@ -37,7 +38,7 @@ TEST_F(ChannelTest, TakesDescriptorZeroForAnOpenNode) {
         return bspFuncIoctl_handle(0x1001, &sent);
     };
     EXPECT_EQ(ask(call), Answer{BSP_OK});
-    EXPECT_EQ(descriptorOf("/dev/bspHandle"), 0);
+    EXPECT_EQ(libraryHas.numberOf("/dev/bspHandle"), 0);
     EXPECT_EQ(recorder.calls, requestOf("0x1001"));
 }
 

@@ -1,5 +1,6 @@
 #include "tests/support/flash_board_test.h"
 
+#include "tests/support/library_holdings.h"
 #include "virtual_board/board/flash_content.h"
 #include "virtual_board/os/seam.h"
 
@@ -69,7 +70,7 @@ void FlashCallsTest::removeFile(const std::string &path) const {
 }
 
 Answer FlashCallsTest::withoutNumber(Answer answer, const std::string &path) {
-    const std::string number = "fd=" + std::to_string(descriptorOf(path)) + ")";
+    const std::string number = "fd=" + std::to_string(libraryHas.numberOf(path)) + ")";
     if (const size_t at = answer.printed.find(number); at != std::string::npos)
         answer.printed.replace(at, number.size(), "fd=#)");
     return answer;

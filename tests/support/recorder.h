@@ -80,9 +80,8 @@ class Recorder {
     /** The calls that begin with these words. */
     Calls callsOf(std::string_view words) const;
 
-    // For those who hand the calls over.
-    void note(const SystemCall &call);
-    std::optional<int64_t> answerTo(const SystemCall &call);
+    /** Shows a call to all recorders; the answer of one, if it has any. */
+    static std::optional<int64_t> answerOf(const SystemCall &call);
 
   private:
     struct Failure {
@@ -94,17 +93,9 @@ class Recorder {
         int seen = 0;
     };
 
+    void note(const SystemCall &call);
+    std::optional<int64_t> answerTo(const SystemCall &call);
+
     std::vector<Failure> failures_;
     bool isRunning_ = false;
 };
-
-/** What the library has taken and not given back. */
-struct Holdings {
-    size_t descriptors, files, buffers, mappings;
-    size_t strayCloses; // of descriptors that it does not have
-};
-Holdings libraryHoldings();
-void forgetHoldings();
-
-/** The number that a path was last opened under. */
-int descriptorOf(const std::string &path);

@@ -71,7 +71,7 @@ std::optional<uint32_t> wayOf(const char *name, uint32_t ways) {
 
 /** No sleep fails, but the MDIO controller may do its work meanwhile, or not, or wrongly. */
 std::optional<int64_t> slept() {
-    if (libraryHoldings().mappings == 0)
+    if (libraryHas.mappings.empty())
         return std::nullopt;
     vb::MdioState &controller = vb::attachedFolder()->board()->devices.mdio.state;
     if (controller == vb::MdioState::Stuck)
@@ -116,13 +116,13 @@ extern "C" int wrappedYield() __asm__("__wrap_sched_yield");
 void sweep::begin(const Failure &wanted) {
     failure = wanted;
     run = {};
-    forgetHoldings();
+    libraryHas = {};
     recorder.emplace().before = failed;
 }
 
 Outcome sweep::end() {
     recorder.reset();
-    run.left = libraryHoldings();
+    run.left = libraryHas;
     return run;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 // The library's calls of the system, counted, and each made to fail.
 
-#include "tests/support/recorder.h"
+#include "tests/support/library_holdings.h"
 
 #include <cstdint>
 #include <string>
@@ -20,7 +20,7 @@ struct Outcome {
     uint32_t calls = 0;
     uint32_t ways = 0;      // how many ways the call that failed has; 0 when it was not reached
     std::string failedCall; // its name
-    Holdings left = {};
+    LibraryHoldings left = {};
 };
 
 /** From here to end() the calls are counted, and one may fail. */

@@ -68,10 +68,10 @@ class SweepTest : public WorkingBoardTest, public ::testing::WithParamInterface<
             checkSuccess(function, status, output);
         const bool isDocumented = status == BSP_OK || function.statuses.count(status) > 0;
         EXPECT_TRUE(isDocumented) << "answers " << status;
-        EXPECT_EQ(run.left.descriptors, 0u);
-        EXPECT_EQ(run.left.files, 0u);
-        EXPECT_EQ(run.left.buffers, 0u);
-        EXPECT_EQ(run.left.mappings, 0u);
+        EXPECT_EQ(run.left.openDescriptors(), 0u);
+        EXPECT_EQ(run.left.files.size(), 0u);
+        EXPECT_EQ(run.left.buffers.size(), 0u);
+        EXPECT_EQ(run.left.mappings.size(), 0u);
         EXPECT_EQ(run.left.strayCloses, 0u);
         if (status != BSP_OK && function.exception != Exception::StoresBeforeFailure) {
             EXPECT_TRUE(output.isUntouched());
