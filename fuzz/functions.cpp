@@ -1,0 +1,238 @@
+// Every exported function with any arguments that a caller may give it, over a system that answers
+// as it likes. A new function of the library is called as its parameters tell.
+
+#include "bsp.h"
+#include "fuzz/hostile_system.h"
+#include "fuzz/models.h"
+
+#include <iterator>
+#include <memory>
+#include <tuple>
+
+namespace {
+
+using fuzz::Input;
+
+/** What has more than one element, by the function's name behind "bsp" or "io". */
+struct Room {
+    const char *function;
+    size_t size;
+};
+constexpr Room kRooms[] = {
+    {"HwVersionGet", BSP_HW_VERSION_SIZE},
+    {"CpldVersionGet", BSP_CPLD_VERSION_SIZE},
+    {"FpgaVersionGet", BSP_FPGA_VERSION_SIZE},
+    {"UbootVersionGet", BSP_BOOT_VERSION_LENGTH},
+    {"BiosVersionGet", BSP_BOOT_VERSION_LENGTH},
+    {"SerialNumGet", BSP_SERIAL_NUMBER_BUFFER},
+    {"BootPwdGet", BSP_BOOT_PASSWORD_BUFFER},
+    {"PoeAppVersionGet", BSP_POE_APP_VERSION_SIZE},
+    {"PoeRtl8239AppVersionGet", BSP_POE_APP_VERSION_SIZE},
+    {"SerialNumSet", BSP_SERIAL_NUMBER_MAX},
+    {"MacAddrGet", BSP_MAC_LENGTH},
+    {"MacAddrSet", BSP_MAC_LENGTH},
+    {"OsImageInfoGet", BSP_OS_HEADER_SIZE},
+    {"LaserBasicGet", 1},
+    {"LaserAdvanceGet", 1},
+    {"LaserQsfpGet", 1},
+    {"_rtc_chip_get", 1},
+    {"CpldUpgrade_handle", 40}, // the block that tells how the CPLD is programmed
+};
+
+size_t roomOf(const char *function) {
+    const char *stem = function + (std::strncmp(function, "bsp", 3) == 0 ? 3 : 2);
+    for (const Room &room : kRooms)
+        if (std::strcmp(stem, room.function) == 0)
+            return room.size;
+    return 0;
+}
+
+/** Memory that is exactly as large as a caller must give. */
+class Memory {
+  public:
+    Memory(Input &input, size_t size) : bytes_(std::malloc(size)) {
+        input.fill(bytes_.get(), size);
+    }
+    explicit Memory(const std::string &text) : bytes_(std::malloc(text.size() + 1)) {
+        std::memcpy(bytes_.get(), text.c_str(), text.size() + 1);
+    }
+    template <typename Pointer>
+    Pointer as() const {
+        return static_cast<Pointer>(bytes_.get());
+    }
+
+  private:
+    struct Free {
+        void operator()(void *bytes) const { std::free(bytes); }
+    };
+    std::unique_ptr<void, Free> bytes_;
+};
+
+/** The arguments of one call. Bytes in front of a number are as many as it says. */
+class Arguments {
+  public:
+    Arguments(Input &input, const char *function) : input_(input), room_(roomOf(function)) {}
+
+    template <typename Type>
+    Type next() {
+        if constexpr (std::is_integral_v<Type>)
+            return number<Type>();
+        else
+            return pointer<Type>();
+    }
+
+  private:
+    template <typename Type>
+    Type number() {
+        if (isLengthNext_) {
+            isLengthNext_ = false;
+            return static_cast<Type>(length_);
+        }
+        return static_cast<Type>(input_.quantity());
+    }
+
+    template <typename Type>
+    Type pointer() {
+        using Target = std::remove_cv_t<std::remove_pointer_t<Type>>;
+        constexpr bool isConst = std::is_const_v<std::remove_pointer_t<Type>>;
+        isLengthNext_ = false;
+        if constexpr (std::is_same_v<Target, char> && isConst)
+            return text();
+        else if constexpr (isByte<Target>)
+            return bytes<Type>();
+        else
+            return memory<Type>(sizeof(Target));
+    }
+
+    template <typename Target>
+    static constexpr bool isByte =
+        std::is_void_v<Target> || std::is_same_v<Target, uint8_t> || std::is_same_v<Target, char>;
+
+    template <typename Type>
+    Type memory(size_t size) {
+        memory_.emplace_back(input_, size);
+        return memory_.back().template as<Type>();
+    }
+
+    template <typename Type>
+    Type bytes() {
+        if (room_ != 0)
+            return memory<Type>(room_);
+        isLengthNext_ = true;
+        length_ = 1 + input_.quantity() % 1100;
+        return memory<Type>(length_);
+    }
+
+    /** A path or another text. */
+    const char *text() {
+        static constexpr const char *kPaths[] = {BSP_MTD_BOOT_LOADER, BSP_MTD_OS_BANK_1,
+                                                 "/tmp/image", "a'b; c d"};
+        constexpr size_t kLongest = 300;
+        if (room_ != 0)
+            return memory<const char *>(room_);
+        const uint8_t way = input_.byte() % 8;
+        std::string text = way < std::size(kPaths) ? kPaths[way] : input_.line();
+        text.resize(std::min(std::strlen(text.c_str()), kLongest));
+        memory_.emplace_back(text);
+        return memory_.back().as<const char *>();
+    }
+
+    Input &input_;
+    size_t room_;
+    size_t length_ = 0;
+    bool isLengthNext_ = false;
+    std::vector<Memory> memory_;
+};
+
+/** Words of a command line. */
+class Words {
+  public:
+    explicit Words(Input &input) {
+        const uint32_t count = input.below(16);
+        for (uint32_t i = 0; i < count; ++i) {
+            const uint32_t way = input.below(4);
+            words_.push_back(way == 0 ? "poeCommand" : std::string("4b", way % 3));
+        }
+        for (std::string &word : words_)
+            pointers_.push_back(word.data());
+        pointers_.push_back(nullptr);
+    }
+    int32_t count() const { return static_cast<int32_t>(words_.size()); }
+    char **get() { return pointers_.data(); }
+
+  private:
+    std::vector<std::string> words_;
+    std::vector<char *> pointers_;
+};
+
+template <typename Result, typename... Parameters>
+void call(Result (*function)(Parameters...), const char *name, hostile::System &system) {
+    Arguments arguments(system.answers, name);
+    // An SPI transfer travels as an I2C transfer does, with numbers in the places of addresses.
+    system.isMemoryValid = std::strcmp(name, "bspSpiXfer_handle") != 0;
+    // In braces arguments are made in order.
+    std::apply(function, std::tuple<Parameters...>{arguments.next<Parameters>()...});
+    system.isMemoryValid = true;
+}
+
+// Those whose arguments belong together in other ways
+
+template <typename Number>
+void call(int32_t (*function)(Number, int32_t, char **), const char *, hostile::System &system) {
+    const auto number = static_cast<Number>(system.answers.quantity());
+    Words words(system.answers);
+    function(number, words.count(), words.get());
+}
+
+/** The argument of an operation is what it needs: a number, an output, a text or words. */
+void call(int32_t (*function)(const uint32_t *, uint32_t, void *), const char *,
+          hostile::System &system) {
+    Words words(system.answers);
+    const uint32_t operation = system.answers.quantity();
+    if (operation == BSP_POE_DEBUG_DISPATCH) {
+        const auto count = static_cast<uint32_t>(words.count());
+        function(&count, operation, words.get());
+        return;
+    }
+    const uint32_t port = system.answers.quantity();
+    const Memory argument(system.answers, 64);
+    argument.as<char *>()[63] = '\0';
+    function(system.answers.below(4) == 0 ? nullptr : &port, operation, argument.as<void *>());
+}
+
+/** A record of the caller's own. Its addresses are for the driver to judge. */
+void call(int32_t (*function)(uint32_t, BspIoctlRecord *), const char *, hostile::System &system) {
+    const Memory record(system.answers, sizeof(BspIoctlRecord));
+    system.isMemoryValid = false;
+    function(BSP_REQ_CPLD_READ + system.answers.quantity(), record.as<BspIoctlRecord *>());
+    system.isMemoryValid = true;
+}
+
+/** Data. */
+void call(const BspPoeDriver *, const char *, hostile::System &) {}
+
+struct Function {
+    const char *name;
+    void (*call)(hostile::System &system, const char *name);
+};
+#define FUZZ_EXPORT(name)                                                                          \
+    {#name, [](hostile::System &system, const char *text) { call(&name, text, system); }},
+constexpr Function kFunctions[] = {
+#include FUZZ_EXPORTS
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) {
+    constexpr int kMostCalls = 8;
+    constexpr uint32_t kNumbers =
+        512; // of functions: so mostly the same when others come behind them
+    Input input(bytes, size);
+    hostile::System system(input);
+    system.devId = fuzz::anyModel(input);
+    for (int i = 0; i < kMostCalls && !input.isEmpty(); ++i) {
+        const Function &function = kFunctions[input.below(kNumbers) % std::size(kFunctions)];
+        function.call(system, function.name);
+    }
+    return 0;
+}
