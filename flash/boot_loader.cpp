@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <memory>
 #include <sys/stat.h>
+#include <type_traits>
 
 namespace {
 
@@ -26,7 +27,8 @@ int32_t readFile(const char *path, FileBuffer &data, uint32_t *size) {
     struct stat info = {};
     if (stat(path, &info) != 0)
         return BSP_E_SHORT_READ;
-    if (info.st_size > static_cast<off_t>(BSP_BOOT_FILE_MAX))
+    // Nor is a size below 0 one that fits into the buffer.
+    if (static_cast<std::make_unsigned_t<off_t>>(info.st_size) > BSP_BOOT_FILE_MAX)
         return refuse("Bios file size error.\r");
     data.reset(static_cast<uint8_t *>(std::malloc(BSP_BOOT_FILE_MAX)));
     if (data == nullptr)
