@@ -7,122 +7,141 @@
 
 namespace {
 
-constexpr uint32_t kNoPort = UINT32_MAX;
-
-uint32_t valueOf(const void *argument) {
-    return *static_cast<const uint32_t *>(argument);
-}
-uint32_t *outputOf(void *argument) {
-    return static_cast<uint32_t *>(argument);
-}
-
-/** One call of the dispatcher on its way to the driver's slot. */
-struct Call {
-    const BspPoeDriver &driver;
-    const uint32_t *portRef;
-    void *argument;
-
-    /** The driver counts ports from 0. */
-    uint32_t port() const { return portRef != nullptr ? *portRef - 1 : kNoPort; }
+/** What an operation's slot is called with. */
+enum class Shape : uint8_t {
+    Nothing,
+    Value,
+    Output,
+    Text,
+    File,
+    Port,
+    PortAndValue,
+    PortAndOutput,
+    Words, // of a debug command, and how many there are
+    Row,   // of the table of debug commands
 };
 
-using Operation = int32_t (*)(const Call &call);
+/** An operation: its slot, whose type tells what it is called with. */
+struct Operation {
+    using Nothing = int32_t (*BspPoeDriver::*)();
+    using Value = int32_t (*BspPoeDriver::*)(uint32_t);
+    using Output = int32_t (*BspPoeDriver::*)(uint32_t *);
+    using Text = int32_t (*BspPoeDriver::*)(char *);
+    using File = int32_t (*BspPoeDriver::*)(const char *);
+    using PortAndValue = int32_t (*BspPoeDriver::*)(uint32_t, uint32_t);
+    using PortAndOutput = int32_t (*BspPoeDriver::*)(uint32_t, uint32_t *);
+    using Words = int32_t (*BspPoeDriver::*)(uint32_t, int32_t, char **);
+    using Row = int32_t (*BspPoeDriver::*)(int32_t);
 
-// What a slot is called with. An empty slot is an operation that the driver does not have.
+    constexpr Operation(Nothing slot) : shape(Shape::Nothing), nothing(slot) {}
+    constexpr Operation(Value slot, Shape as = Shape::Value) : shape(as), value(slot) {}
+    constexpr Operation(Output slot) : shape(Shape::Output), output(slot) {}
+    constexpr Operation(Text slot) : shape(Shape::Text), text(slot) {}
+    constexpr Operation(File slot) : shape(Shape::File), file(slot) {}
+    constexpr Operation(PortAndValue slot) : shape(Shape::PortAndValue), portAndValue(slot) {}
+    constexpr Operation(PortAndOutput slot) : shape(Shape::PortAndOutput), portAndOutput(slot) {}
+    constexpr Operation(Words slot) : shape(Shape::Words), words(slot) {}
+    constexpr Operation(Row slot) : shape(Shape::Row), row(slot) {}
 
-template <auto Slot, typename... Arguments>
-int32_t callSlot(const Call &call, Arguments... arguments) {
-    const auto operation = call.driver.*Slot;
-    return operation != nullptr ? operation(arguments...) : int32_t{BSP_E_POE_UNAVAILABLE};
-}
-
-template <auto Slot>
-int32_t withNothing(const Call &call) {
-    return callSlot<Slot>(call);
-}
-template <auto Slot>
-int32_t withValue(const Call &call) {
-    if (call.argument == nullptr)
-        return BSP_E_POE_NULL;
-    return callSlot<Slot>(call, valueOf(call.argument));
-}
-template <auto Slot>
-int32_t withOutput(const Call &call) {
-    return callSlot<Slot>(call, outputOf(call.argument));
-}
-template <auto Slot>
-int32_t withText(const Call &call) {
-    return callSlot<Slot>(call, static_cast<char *>(call.argument));
-}
-template <auto Slot>
-int32_t withPort(const Call &call) {
-    return callSlot<Slot>(call, call.port());
-}
-template <auto Slot>
-int32_t withPortAndValue(const Call &call) {
-    if (call.argument == nullptr)
-        return BSP_E_POE_NULL;
-    return callSlot<Slot>(call, call.port(), valueOf(call.argument));
-}
-template <auto Slot>
-int32_t withPortAndOutput(const Call &call) {
-    return callSlot<Slot>(call, call.port(), outputOf(call.argument));
-}
-
-// The debug operations count words instead of ports: their number travels as it is.
-
-int32_t dispatchDebug(const Call &call) {
-    if (call.portRef == nullptr)
-        return BSP_E_POE_NULL;
-    return callSlot<&BspPoeDriver::debugDispatch>(call, 0u, static_cast<int32_t>(*call.portRef),
-                                                  static_cast<char **>(call.argument));
-}
-
-int32_t helpDebug(const Call &call) {
-    if (call.portRef == nullptr)
-        return BSP_E_POE_NULL;
-    return callSlot<&BspPoeDriver::debugDispatchHelp>(call, static_cast<int32_t>(*call.portRef));
-}
+    Shape shape;
+    union {
+        Nothing nothing;
+        Value value; // of the port, too
+        Output output;
+        Text text;
+        File file;
+        PortAndValue portAndValue;
+        PortAndOutput portAndOutput;
+        Words words;
+        Row row;
+    };
+};
 
 // By operation number: settings, readings, firmware, debugging.
 constexpr Operation kOperations[] = {
-    withNothing<&BspPoeDriver::deviceInit>,
-    withValue<&BspPoeDriver::globalMaxPowerSet>,
-    withValue<&BspPoeDriver::initStatusSet>,
-    withOutput<&BspPoeDriver::initStatusGet>,
-    withPortAndValue<&BspPoeDriver::portModeSet>,
-    withPortAndValue<&BspPoeDriver::portPowerOnSet>,
-    withPort<&BspPoeDriver::portDetectionSet>,
-    withPort<&BspPoeDriver::portClassificationSet>,
-    withPortAndValue<&BspPoeDriver::portPrioritySet>,
-    withPortAndValue<&BspPoeDriver::portMaxPowerSet>,
-    withPortAndValue<&BspPoeDriver::portLegacyEnableSet>,
-    withPortAndValue<&BspPoeDriver::portInrushModeSet>,
-    withPortAndValue<&BspPoeDriver::portForceInrushSet>,
-    withPortAndValue<&BspPoeDriver::portMaxPowerTypeSet>,
-    withOutput<&BspPoeDriver::globalMaxPowerGet>,
-    withOutput<&BspPoeDriver::globalPowerGet>,
-    withPortAndOutput<&BspPoeDriver::portModeGet>,
-    withPortAndOutput<&BspPoeDriver::portCurrentGet>,
-    withPortAndOutput<&BspPoeDriver::portVoltageGet>,
-    withPortAndOutput<&BspPoeDriver::portPowerGet>,
-    withPortAndOutput<&BspPoeDriver::portMaxPowerGet>,
-    withPortAndOutput<&BspPoeDriver::portFaultGet>,
-    withPortAndOutput<&BspPoeDriver::portDetectionGet>,
-    withPortAndOutput<&BspPoeDriver::portClassificationGet>,
-    withPortAndOutput<&BspPoeDriver::portDisconnectGet>,
-    withPortAndOutput<&BspPoeDriver::portInrushModeGet>,
-    withOutput<&BspPoeDriver::appStatusGet>,
-    withText<&BspPoeDriver::appUpgrade>,
-    withText<&BspPoeDriver::appVersionGet>,
-    withNothing<&BspPoeDriver::debugAllInfoGet>,
-    withPort<&BspPoeDriver::debugPortInfoGet>,
-    withNothing<&BspPoeDriver::debugSwVersionGet>,
-    dispatchDebug,
-    helpDebug,
+    &BspPoeDriver::deviceInit,
+    &BspPoeDriver::globalMaxPowerSet,
+    &BspPoeDriver::initStatusSet,
+    &BspPoeDriver::initStatusGet,
+    &BspPoeDriver::portModeSet,
+    &BspPoeDriver::portPowerOnSet,
+    {&BspPoeDriver::portDetectionSet, Shape::Port},
+    {&BspPoeDriver::portClassificationSet, Shape::Port},
+    &BspPoeDriver::portPrioritySet,
+    &BspPoeDriver::portMaxPowerSet,
+    &BspPoeDriver::portLegacyEnableSet,
+    &BspPoeDriver::portInrushModeSet,
+    &BspPoeDriver::portForceInrushSet,
+    &BspPoeDriver::portMaxPowerTypeSet,
+    &BspPoeDriver::globalMaxPowerGet,
+    &BspPoeDriver::globalPowerGet,
+    &BspPoeDriver::portModeGet,
+    &BspPoeDriver::portCurrentGet,
+    &BspPoeDriver::portVoltageGet,
+    &BspPoeDriver::portPowerGet,
+    &BspPoeDriver::portMaxPowerGet,
+    &BspPoeDriver::portFaultGet,
+    &BspPoeDriver::portDetectionGet,
+    &BspPoeDriver::portClassificationGet,
+    &BspPoeDriver::portDisconnectGet,
+    &BspPoeDriver::portInrushModeGet,
+    &BspPoeDriver::appStatusGet,
+    &BspPoeDriver::appUpgrade,
+    &BspPoeDriver::appVersionGet,
+    &BspPoeDriver::debugAllInfoGet,
+    {&BspPoeDriver::debugPortInfoGet, Shape::Port},
+    &BspPoeDriver::debugSwVersionGet,
+    &BspPoeDriver::debugDispatch,
+    &BspPoeDriver::debugDispatchHelp,
 };
 constexpr uint32_t kOperationCount = sizeof(kOperations) / sizeof(kOperations[0]);
 static_assert(kOperationCount == BSP_POE_OPERATIONS);
+
+/** Whether an operation takes a value that must be there. The driver judges what it stores itself.
+ */
+bool lacksArgument(Shape shape, const uint32_t *portRef, const void *argument) {
+    if (shape == Shape::Value || shape == Shape::PortAndValue)
+        return argument == nullptr;
+    return (shape == Shape::Words || shape == Shape::Row) && portRef == nullptr;
+}
+
+/** An empty slot is an operation that the driver does not have. */
+template <typename Slot, typename... Arguments>
+int32_t callSlot(Slot slot, Arguments... arguments) {
+    return slot != nullptr ? slot(arguments...) : int32_t{BSP_E_POE_UNAVAILABLE};
+}
+
+int32_t callDriver(const BspPoeDriver &driver, const Operation &operation, const uint32_t *portRef,
+                   void *argument) {
+    const uint32_t number = portRef != nullptr ? *portRef : 0;
+    const uint32_t port = number - 1; // drivers count from 0
+    auto *const output = static_cast<uint32_t *>(argument);
+    switch (operation.shape) {
+    case Shape::Nothing:
+        return callSlot(driver.*operation.nothing);
+    case Shape::Value:
+        return callSlot(driver.*operation.value, *output);
+    case Shape::Output:
+        return callSlot(driver.*operation.output, output);
+    case Shape::Text:
+        return callSlot(driver.*operation.text, static_cast<char *>(argument));
+    case Shape::File:
+        return callSlot(driver.*operation.file, static_cast<const char *>(argument));
+    case Shape::Port:
+        return callSlot(driver.*operation.value, port);
+    case Shape::PortAndValue:
+        return callSlot(driver.*operation.portAndValue, port, *output);
+    case Shape::PortAndOutput:
+        return callSlot(driver.*operation.portAndOutput, port, output);
+    // Debug operations count words and rows instead of ports: their number travels as it is.
+    case Shape::Words:
+        return callSlot(driver.*operation.words, 0u, static_cast<int32_t>(number),
+                        static_cast<char **>(argument));
+    case Shape::Row:
+        return callSlot(driver.*operation.row, static_cast<int32_t>(number));
+    }
+    return BSP_E_POE_UNAVAILABLE;
+}
 
 } // namespace
 
@@ -141,5 +160,8 @@ int32_t bspPoeOptDriver(const uint32_t *portRef, uint32_t op, void *arg) {
     const BspPoeDriver *driver = bspPoeDriverGet();
     if (driver == nullptr || op >= kOperationCount)
         return BSP_E_POE_UNAVAILABLE;
-    return kOperations[op]({*driver, portRef, arg});
+    const Operation &operation = kOperations[op];
+    if (lacksArgument(operation.shape, portRef, arg))
+        return BSP_E_POE_NULL;
+    return callDriver(*driver, operation, portRef, arg);
 }
