@@ -21,6 +21,7 @@ add_library(bsp_objects OBJECT
   flash/partition_write.cpp
   flash/shell_command.cpp
   identity/board_catalogue.cpp
+  identity/board_model.cpp
   identity/boot_block.cpp
   identity/boot_settings.cpp
   identity/crc32.cpp
@@ -41,18 +42,21 @@ add_library(bsp_objects OBJECT
   kernel/request.cpp
   kernel/status_text.cpp
   kernel/version.cpp
+  poe/app_status.cpp
+  poe/bus.cpp
+  poe/controllers.cpp
   poe/dispatcher.cpp
+  poe/lock_file.cpp
+  poe/port_map.cpp
   poe/port_records.cpp
-  poe/rtl8239/app_status.cpp
+  poe/presence.cpp
   poe/rtl8239/bus.cpp
   poe/rtl8239/debug_commands.cpp
   poe/rtl8239/device_init.cpp
   poe/rtl8239/driver.cpp
   poe/rtl8239/firmware.cpp
   poe/rtl8239/global_settings.cpp
-  poe/rtl8239/lock_file.cpp
   poe/rtl8239/operations.cpp
-  poe/rtl8239/port_map.cpp
   poe/rtl8239/port_records.cpp
   poe/rtl8239/port_settings.cpp
   poe/rtl8239/queries.cpp

@@ -9,6 +9,8 @@ using bsp::BoardModel;
 using bsp::CageRange;
 using bsp::CpldLine;
 using bsp::Fans;
+using bsp::kNoDevId;
+using bsp::PoeChip;
 using bsp::Supplies;
 using bsp::SupplyRule;
 
@@ -63,7 +65,9 @@ constexpr CageRange uplinkCages(uint8_t firstPort) {
     return {firstPort, 6, bsp::kUplinkModule.bus, bsp::kUplinkModule.channel};
 }
 
-constexpr BoardModel kModels[] = {
+} // namespace
+
+const BoardModel bsp::kBoardModels[] = {
     {.devId = 0x0109,
      .fans = kUnseenFans,
      .supplies = kRecordedSupplies,
@@ -92,12 +96,14 @@ constexpr BoardModel kModels[] = {
      .frontCages = frontCages(48),
      .uplinkCages = uplinkCages(49)},
     {.devId = 0x0709,
+     .poeChip = PoeChip::Rtl8239,
      .poePorts = 48,
      .hasClock = true,
      .fans = kTwoFans,
      .supplies = kPlugInSupplies,
      .uplinkCages = uplinkCages(49)},
     {.devId = 0x0809,
+     .poeChip = PoeChip::Rtl8239,
      .poePorts = 24,
      .hasClock = true,
      .fans = kTwoFans,
@@ -131,41 +137,23 @@ constexpr BoardModel kModels[] = {
      .haveUplinkStatusLines = false,
      .havePortsBehindUplinks = false},
     {.devId = 0x8709,
+     .poeChip = PoeChip::Rtl8239,
      .poePorts = 24,
      .hasClock = true,
      .fans = kTwoFans,
      .supplies = kPlugInSupplies,
      .uplinkCages = uplinkCages(25)},
     {.devId = 0x8809,
+     .poeChip = PoeChip::Rtl8239,
      .poePorts = 48,
      .hasClock = true,
      .fans = kTwoFans,
      .supplies = kPlugInSupplies,
      .uplinkCages = uplinkCages(49)},
+    // No id is refused: a board that the table does not know is driven like this. Its cages would
+    // be on other channels.
+    {.devId = kNoDevId,
+     .fans = kUnseenFans,
+     .supplies = kRecordedSupplies,
+     .uplinkCages = {.firstPort = 49, .ports = 6, .bus = 0, .firstChannel = 2}},
 };
-
-// No id is refused: a board that the table does not know is driven like this. Its cages would be
-// on other channels.
-constexpr BoardModel kUnknownModel = {
-    .devId = 0,
-    .fans = kUnseenFans,
-    .supplies = kRecordedSupplies,
-    .uplinkCages = {.firstPort = 49, .ports = 6, .bus = 0, .firstChannel = 2}};
-
-} // namespace
-
-const BoardModel &bsp::boardModel(uint32_t devId) {
-    for (const BoardModel &model : kModels) {
-        if (model.devId == devId)
-            return model;
-    }
-    return kUnknownModel;
-}
-
-int32_t bspDevIsFourFanModel(uint32_t devId) {
-    return bsp::boardModel(devId).fans.count == kFourFans.count ? 1 : 0;
-}
-
-int32_t bspDevIsTwoFanModel(uint32_t devId) {
-    return bsp::boardModel(devId).fans.presenceRegister == kTwoFans.presenceRegister ? 1 : 0;
-}

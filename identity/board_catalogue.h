@@ -37,9 +37,13 @@ struct CageRange {
     uint8_t firstChannel;
 };
 
+/** Kind of the PoE controller. Numbers from 0x80 on are free for controllers that a build adds. */
+enum class PoeChip : uint8_t { None, Rtl8239 };
+
 struct BoardModel {
     uint16_t devId;
-    uint8_t poePorts = 0;  // 0: no PoE controller
+    PoeChip poeChip = PoeChip::None;
+    uint8_t poePorts = 0;
     bool hasClock = false; // battery-backed clock chip
     Fans fans;
     Supplies supplies;
@@ -50,8 +54,13 @@ struct BoardModel {
     bool havePortsBehindUplinks =
         true; // lines are computed for them as for uplinks; else they have none
 
-    constexpr bool hasPoe() const { return poePorts != 0; }
+    constexpr bool hasPoe() const { return poeChip != PoeChip::None; }
 };
+
+constexpr uint32_t kNoDevId = 0; // of the row behind the family's, which is for all unknown ids
+
+/** The catalogue: board_catalogue.cpp, or what a build for other boards has in its place. */
+extern const BoardModel kBoardModels[];
 
 /** The row of a device id; the row for unknown ids when it is in none. All 32 bits count. */
 const BoardModel &boardModel(uint32_t devId);

@@ -1,7 +1,8 @@
 // Chooses the PoE driver at every call, and what of it an operation number stands for.
 
 #include "bsp.h"
-#include "identity/board_catalogue.h"
+#include "poe/controllers.h"
+#include "poe/presence.h"
 
 #include <cstdint>
 
@@ -145,15 +146,20 @@ int32_t callDriver(const BspPoeDriver &driver, const Operation &operation, const
 
 } // namespace
 
+const bsp::PoeDriver *bsp::poeDriver() {
+    const BoardModel *model = poeModel();
+    if (model == nullptr)
+        return nullptr;
+    for (const PoeController &controller : kPoeControllers) {
+        if (controller.chip == model->poeChip)
+            return &controller.driver;
+    }
+    return nullptr;
+}
+
 const BspPoeDriver *bspPoeDriverGet(void) {
-    uint32_t devId = 0;
-    // An id that cannot be read stays 0, which has no controller.
-    if (bspDevIdGet(&devId) != BSP_OK || !bsp::boardModel(devId).hasPoe())
-        return nullptr;
-    uint32_t presence = BSP_POE_CONTROLLER_MISSING;
-    if (bspPoeOnlineGet(&presence) != BSP_OK || presence != BSP_POE_CONTROLLER_PRESENT)
-        return nullptr;
-    return &bspPoeRtl8239Driver;
+    const bsp::PoeDriver *driver = bsp::poeDriver();
+    return driver != nullptr ? &driver->slots : nullptr;
 }
 
 int32_t bspPoeOptDriver(const uint32_t *portRef, uint32_t op, void *arg) {

@@ -23,9 +23,6 @@ struct BspPoeDriverExtension {
     int32_t (*portSettingsGet)(uint32_t port, BspPoePortSettings *settings);
 };
 
-/** The second table of bspPoeRtl8239Driver. */
-extern const BspPoeDriverExtension bspPoeRtl8239DriverExtension;
-
 namespace bsp {
 
 /** A driver with both tables; the second one may be missing. */

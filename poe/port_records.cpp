@@ -2,6 +2,7 @@
 // them, else value after value through its slots.
 
 #include "bsp.h"
+#include "poe/controllers.h"
 #include "poe/driver_extension.h"
 #include "poe/units.h"
 
@@ -77,19 +78,12 @@ int32_t readRecord(const PoeDriver &driver, uint32_t port, Record &record,
                                 : readBySlots(driver.slots, port, record);
 }
 
-/** The second tables of the drivers that have one. */
-const BspPoeDriverExtension *extensionOf(const BspPoeDriver *driver) {
-    return driver == &bspPoeRtl8239Driver ? &bspPoeRtl8239DriverExtension : nullptr;
-}
-
 /** Chooses the driver, as bspPoeOptDriver() does, and has it read a port, counted from 1. */
 template <typename Record>
 int32_t readPort(int32_t (*read)(const PoeDriver &driver, uint32_t port, Record *out),
                  uint32_t port, Record *out) {
-    const BspPoeDriver *driver = bspPoeDriverGet();
-    if (driver == nullptr)
-        return BSP_E_POE_UNAVAILABLE;
-    return read({*driver, extensionOf(driver)}, port - 1, out);
+    const PoeDriver *driver = bsp::poeDriver();
+    return driver != nullptr ? read(*driver, port - 1, out) : int32_t{BSP_E_POE_UNAVAILABLE};
 }
 
 } // namespace

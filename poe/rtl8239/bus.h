@@ -1,6 +1,8 @@
 #pragma once
-// The wires that lead to the PoE controller: its bus, its reset line; of its presence line bsp.h
-// tells.
+// The wires of the board, under the names by which this controller's part of the interface has
+// them.
+
+#include "poe/port_map.h"
 
 #include <cstdint>
 
@@ -14,4 +16,7 @@ int32_t rtl8239CmdResponse(uint8_t *buffer, int32_t length);
 /** Drives the controller's reset line, which is active low: value other than 0 holds it in reset.
  */
 int32_t bspPoeRtl8239ResetSet(uint32_t value);
+
+/** The port map of this board; null without a controller. */
+const BspPoePortMap *bspPoeRtl8239PortMapGet(void);
 }

@@ -3,7 +3,6 @@
 #include "bsp.h"
 #include "poe/rtl8239/bus.h"
 #include "poe/rtl8239/commands.h"
-#include "poe/rtl8239/port_map.h"
 
 #include <unistd.h>
 

@@ -4,9 +4,9 @@
 #include "poe/rtl8239/firmware.h"
 
 #include "bsp.h"
+#include "poe/lock_file.h"
 #include "poe/rtl8239/commands.h"
 #include "poe/rtl8239/exchange.h"
-#include "poe/rtl8239/lock_file.h"
 #include "poe/rtl8239/transport.h"
 #include "support/owned.h"
 
@@ -148,14 +148,10 @@ int32_t bspPoeRtl8239McuUpgrade(const char *file) {
     // A controller that does not answer is in its loader already. The question takes the lock
     // itself, so it is asked before the upgrade does.
     const bool isAppRunning = isApplicationRunning();
-    int32_t lockResult = 0;
-    const int32_t lock = bspPoeLockFileOpen(&lockResult);
-    if (lockResult != 0) {
+    const bsp::PoeLock lock;
+    if (lock.isRefused()) {
         std::printf("%s-%d: Get lock error \r\n", __func__, __LINE__);
-        bspPoeLockFileClose(lock);
         return BSP_E_POE_LOCK;
     }
-    const int32_t status = replaceApplication(image.get(), size, isAppRunning);
-    bspPoeLockFileClose(lock);
-    return status;
+    return replaceApplication(image.get(), size, isAppRunning);
 }

@@ -1,8 +1,9 @@
 // What the driver's table offers: each operation is a command or two of the controller.
 
 #include "bsp.h"
+#include "poe/app_status.h"
+#include "poe/rtl8239/bus.h"
 #include "poe/rtl8239/commands.h"
-#include "poe/rtl8239/port_map.h"
 #include "poe/rtl8239/port_values.h"
 
 #include <cstdio>
@@ -73,6 +74,14 @@ int32_t bspPoeRtl8239InitStatusGet(uint32_t *out) {
     if (rtl8239CmdQuery41Get(&totals) == BSP_OK)
         *out = totals.power4 != 0 ? BSP_POE_INITIALISED : BSP_POE_NOT_INITIALISED;
     return BSP_OK;
+}
+
+int32_t bspPoeRtl8239AppStatusGet(uint32_t *out) {
+    return bsp::poeAppStatusGet(out);
+}
+
+int32_t bspPoeRtl8239AppStatusSet(uint32_t value) {
+    return bsp::poeAppStatusSet(value);
 }
 
 int32_t bspPoeRtl8239AppVersionGet(char *text) {

@@ -1,7 +1,7 @@
 // The driver's second table: the controller answers several values of a port at once.
 
-#include "poe/driver_extension.h"
 #include "poe/rtl8239/commands.h"
+#include "poe/rtl8239/driver.h"
 #include "poe/rtl8239/port_values.h"
 
 namespace {

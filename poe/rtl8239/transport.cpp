@@ -1,9 +1,9 @@
 #include "poe/rtl8239/transport.h"
 
 #include "bsp.h"
+#include "poe/lock_file.h"
 #include "poe/rtl8239/bus.h"
 #include "poe/rtl8239/frame.h"
-#include "poe/rtl8239/lock_file.h"
 #include "poe/rtl8239/reply_plan.h"
 #include "support/message.h"
 
@@ -96,17 +96,13 @@ int32_t rtl8239CmdMessageSafe(uint8_t *request, uint8_t *response) {
         return BSP_E_POE_NULL;
     if (isRefused(request))
         return BSP_E_POE_UNAVAILABLE;
-    int32_t lockResult = 0;
-    const int32_t lock = bspPoeLockFileOpen(&lockResult);
-    if (lockResult != 0) {
+    const bsp::PoeLock lock;
+    if (lock.isRefused()) {
         std::printf("%s-%d \r\n", __func__, __LINE__);
-        bspPoeLockFileClose(lock);
         return BSP_E_POE_LOCK;
     }
     if (!hasOwnSecondByte(request[0]))
-        request[1] = bspPoeSeqNumNext(lock, nullptr);
+        request[1] = lock.nextNumber();
     request[kChecksumAt] = rtl8239CmdChecksum(request, kChecksumAt);
-    const int32_t status = rtl8239CmdMessage(request, response, kFrameSize);
-    bspPoeLockFileClose(lock);
-    return status;
+    return rtl8239CmdMessage(request, response, kFrameSize);
 }

@@ -2,7 +2,7 @@
 // each.
 
 #include "bsp.h"
-#include "poe/rtl8239/port_map.h"
+#include "poe/rtl8239/bus.h"
 #include "tests/support/device_ids.h"
 #include "tests/support/virtual_board_test.h"
 #include "tests/support/world.h"

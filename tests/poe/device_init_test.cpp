@@ -1,7 +1,7 @@
 // The port maps, and the initialisation frame by frame.
 
 #include "bsp.h"
-#include "poe/rtl8239/port_map.h"
+#include "poe/rtl8239/bus.h"
 #include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 

@@ -1,7 +1,7 @@
 // The lock file of the PoE exchanges, and the sequence counter in it.
 
 #include "bsp.h"
-#include "poe/rtl8239/lock_file.h"
+#include "poe/lock_file.h"
 #include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 

@@ -1,7 +1,6 @@
 // One exchange with the controller: frames, waits, retries, refusals.
 
 #include "poe/rtl8239/bus.h"
-#include "poe/rtl8239/port_map.h"
 #include "poe/rtl8239/transport.h"
 
 #include "bsp.h"

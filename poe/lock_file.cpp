@@ -1,4 +1,4 @@
-#include "poe/rtl8239/lock_file.h"
+#include "poe/lock_file.h"
 
 #include "support/lock_file.h"
 

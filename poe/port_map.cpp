@@ -1,7 +1,6 @@
-#include "poe/rtl8239/port_map.h"
+#include "poe/port_map.h"
 
-#include "bsp.h"
-#include "identity/board_catalogue.h"
+#include "poe/presence.h"
 
 namespace {
 
@@ -39,14 +38,9 @@ constexpr BspPoePortMap kMap24 = wireBoard(24);
 
 } // namespace
 
-const BspPoePortMap *bspPoeRtl8239PortMapGet(void) {
-    uint32_t devId = 0;
-    if (bspDevIdGet(&devId) != BSP_OK)
+const BspPoePortMap *bsp::poePortMap() {
+    const BoardModel *model = poeModel();
+    if (model == nullptr)
         return nullptr;
-    const uint8_t ports = bsp::boardModel(devId).poePorts;
-    uint32_t presence = BSP_POE_CONTROLLER_MISSING;
-    if (ports == 0 || bspPoeOnlineGet(&presence) != BSP_OK ||
-        presence != BSP_POE_CONTROLLER_PRESENT)
-        return nullptr;
-    return ports == kMap48.portCount ? &kMap48 : &kMap24;
+    return model->poePorts == kMap48.portCount ? &kMap48 : &kMap24;
 }

@@ -27,7 +27,9 @@ struct BspPoePortMap {
 
 constexpr uint32_t kFourPair = 2;
 
-extern "C" {
+namespace bsp {
+
 /** The port map of this board; null without a controller. */
-const BspPoePortMap *bspPoeRtl8239PortMapGet(void);
-}
+const BspPoePortMap *poePortMap();
+
+} // namespace bsp
