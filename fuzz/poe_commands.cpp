@@ -3,6 +3,7 @@
 
 #include "fuzz/input.h"
 #include "virtual_board/devices/poe_controller.h"
+#include "virtual_board/devices/rtl8239/frame.h"
 
 #include <memory>
 
@@ -50,7 +51,7 @@ void plugDevice(vb::PoeController &poe, fuzz::Input &input) {
 const vb::PoeController &newController() {
     static const auto made = [] {
         auto poe = std::make_unique<vb::PoeController>();
-        vb::poeBuild(*poe);
+        vb::poeBuild(*poe, vb::PoeChip::Rtl8239);
         return poe;
     }();
     return *made;

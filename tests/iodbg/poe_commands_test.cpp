@@ -23,7 +23,9 @@ using vb::FaultOp;
 class PoeCommandsTest : public IodbgTest {
   protected:
     vb::PoeController &poe() const { return devices().poe; }
-    vb::PoePortSettings &settings(uint32_t port) const { return poe().settings.port[port - 1]; }
+    vb::PoePortSettings &settings(uint32_t port) const {
+        return poe().rtl8239.settings.port[port - 1];
+    }
 
     /** A board of 24 ports whose controller is ready, and a device on port 3 that is powered. */
     void initialise() {
@@ -290,7 +292,7 @@ TEST_F(PoeCommandsTest, SetsAndReadsBack) {
     EXPECT_EQ(iodbg({"poe", "set", "mode", "7", "disabled"}).exitCode, 0);
     EXPECT_EQ(settings(7).enable, 0);
     EXPECT_EQ(iodbg({"poe", "set", "budget", "740001"}).out, "Power budget, W  740.100\n");
-    EXPECT_EQ(poe().settings.bank[0].power, 7401);
+    EXPECT_EQ(poe().rtl8239.settings.bank[0].power, 7401);
 }
 
 TEST_F(PoeCommandsTest, AReadBackThatDiffersIsFound) {
@@ -401,7 +403,7 @@ TEST_F(PoeCommandsTest, InitialisesStepByStep) {
                      "poe init: step 12 of 14, use the port mapping",
                      "poe init: step 13 of 14, set the ports' limits",
                      "poe init: step 14 of 14, switch all ports on"}));
-    EXPECT_EQ(poe().settings.isEnabled, 1);
+    EXPECT_EQ(poe().rtl8239.settings.isEnabled, 1);
     EXPECT_EQ(jsonAt(json({"poe", "info"}), "/poe/initialised"), "true");
 }
 
@@ -438,12 +440,12 @@ TEST_F(PoeCommandsTest, AnInterruptedInitialisationSaysWhatItLeaves) {
         const std::string last = linesOf(result.out).back();
         EXPECT_EQ(jsonAt(last, "/event"), "\"error\"");
         EXPECT_EQ(jsonAt(last, "/error/message"), "\"" + text + "\"");
-        EXPECT_EQ(poe().settings.isEnabled, 0);
+        EXPECT_EQ(poe().rtl8239.settings.isEnabled, 0);
         const Lines lines = requests();
         ASSERT_FALSE(lines.empty());
         EXPECT_TRUE(lines.back().starts_with("I2C read")) << lines.back() << ": no answer waits";
         EXPECT_EQ(iodbg({"poe", "init"}).exitCode, 0);
-        EXPECT_EQ(poe().settings.isEnabled, 1);
+        EXPECT_EQ(poe().rtl8239.settings.isEnabled, 1);
     }
 }
 

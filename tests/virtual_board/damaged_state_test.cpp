@@ -97,8 +97,9 @@ TEST_F(DamagedStateTest, ValuesOfThePoeControllerAreRefused) {
     expectRefused(kPoe, poe.isHeldInReset, 2);
     expectRefused(kPoe, poe.hasSavedSettings, 2);
     expectRefused(kPoe, poe.mode, 3);
+    expectRefused(kPoe, poe.chip, 1); // a controller that no model carries
     expectRefused(kPoe, poe.replyLength, 13);
-    expectRefused(kPoe, poe.chipRegisters, 65);
+    expectRefused(kPoe, poe.rtl8239.chipRegisters, 65);
     expectRefused(kPoe, poe.port[47].phase, 9);
     expectRefused(kPoe, poe.port[0].goal, 4);
     expectRefused(kPoe, poe.port[0].detection, 7);
@@ -110,7 +111,7 @@ TEST_F(DamagedStateTest, ValuesOfThePoeControllerAreRefused) {
     expectRefused(kPoe, poe.device[0].isOverCurrent, 2);
     expectRefused(kPoe, poe.device[0].drawnMw, 200001);
     expectRefused(kPoe, poe.device[0].requestedMw, UINT32_MAX);
-    for (vb::PoeSettings *settings : {&poe.settings, &poe.saved}) {
+    for (vb::PoeSettings *settings : {&poe.rtl8239.settings, &poe.rtl8239.saved}) {
         expectRefused(kPoe, settings->isEnabled, 2);
         expectRefused(kPoe, settings->isMappingEnabled, 2);
         expectRefused(kPoe, settings->portCount, 49);

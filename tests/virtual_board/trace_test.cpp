@@ -8,7 +8,7 @@
 #include "tests/support/world.h"
 #include "virtual_board/board/i2c_bus.h"
 #include "virtual_board/devices/cpld.h"
-#include "virtual_board/devices/poe_frame.h"
+#include "virtual_board/devices/rtl8239/frame.h"
 
 #include <cerrno>
 #include <map>

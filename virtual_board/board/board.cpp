@@ -28,7 +28,7 @@ void buildBoard(Board &board, const Model &model, const FactoryData &factory,
     writeBoardEeprom(devices.eeprom, model, factory);
     if (model.poePorts != 0) {
         devices.gpio.external[kPoeResetGpio] = 1; // pulled up
-        poeBuild(devices.poe);
+        poeBuild(devices.poe, model.poeChip);
     }
     devices.console.speed = kConsoleUsualSpeed;
     for (uint32_t index = 0; index < kFlashPartitions; ++index)

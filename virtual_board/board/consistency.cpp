@@ -39,6 +39,7 @@ constexpr Check kChecks[] = {
     {"the PoE controller",
      [](const Devices &devices, const Model &model) {
          return isFittedAs(model.poePorts != 0, devices.poe.isFitted) &&
+                devices.poe.chip == (model.poePorts != 0 ? model.poeChip : PoeChip{}) &&
                 poeIsConsistent(devices.poe);
      }},
     {"the console",

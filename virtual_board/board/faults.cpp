@@ -1,6 +1,6 @@
 #include "virtual_board/board/faults.h"
 
-#include "virtual_board/devices/poe_settings.h"
+#include "virtual_board/devices/poe_port.h"
 
 #include <algorithm>
 #include <atomic>

@@ -136,12 +136,4 @@ constexpr Model kRows[] = {
 
 constinit const std::span<const Model> kModels = kRows;
 
-const Model *findModel(uint32_t devId) {
-    for (const Model &model : kModels) {
-        if (model.devId == devId)
-            return &model;
-    }
-    return nullptr;
-}
-
 } // namespace vb

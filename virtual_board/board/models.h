@@ -3,6 +3,7 @@
 // kept apart from the library's own board table on purpose, so that a mistake in one shows.
 
 #include "virtual_board/devices/board_map.h"
+#include "virtual_board/devices/poe_controller.h"
 
 #include <cstdint>
 #include <span>
@@ -46,7 +47,8 @@ struct Model {
      * where presence and transmit disable are on boards that do not.
      */
     bool haveUplinkStatusLines = true;
-    uint8_t poePorts = 0;  // 0: no PoE controller
+    uint8_t poePorts = 0; // 0: no PoE controller
+    PoeChip poeChip = PoeChip::Rtl8239;
     bool hasClock = false; // a calendar clock with a battery
     FanWiring fans;
     SupplyWiring supplies;
@@ -62,6 +64,7 @@ struct Model {
 
 constexpr uint32_t kMostPorts = 54; // of a panel
 
+/** The catalogue: models.cpp, or what a build for other boards has in its place. */
 extern const std::span<const Model> kModels;
 
 /** The model of a device id, or null. */

@@ -1,5 +1,6 @@
 #include "virtual_board/devices/poe_budget.h"
 
+#include "virtual_board/devices/poe_kind.h"
 #include "virtual_board/devices/poe_ports.h"
 
 namespace vb {
@@ -8,18 +9,21 @@ namespace {
 
 constexpr uint32_t kPriorities = kPoeHighestPriority + 1;
 
+PoeBudget budgetOf(const PoeController &poe) {
+    return poeKindOf(poe).budget(poe);
+}
+
 /** What a powered port is counted with. A port that is coming up may still draw all it wants. */
 uint32_t charge(const PoeController &poe, uint32_t port) {
     const PoePort &state = poe.port[port];
     if (!poeIsPowered(state))
         return 0;
-    const bool isMeasured =
-        poeCountsDrawn(poe.settings.pmMode) && state.phase == PoePhase::Delivering;
+    const bool isMeasured = budgetOf(poe).countsDrawn && state.phase == PoePhase::Delivering;
     return isMeasured ? poeDrawn(poe, port) : poeWanted(poe, port);
 }
 
 uint32_t importance(const PoeController &poe, uint32_t port) {
-    return poeServesByPriority(poe.settings.pmMode) ? poe.settings.port[port].priority : 0;
+    return budgetOf(poe).servesByPriority ? poeKindOf(poe).portRules(poe, port).priority : 0;
 }
 
 /** The port below an importance that loses power first; kPoePorts when none of them uses any. */
@@ -64,8 +68,8 @@ bool makeRoom(PoeController &poe, uint32_t port) {
 } // namespace
 
 uint32_t poeAvailable(const PoeController &poe) {
-    const PoeBank &bank = poe.settings.bank[0];
-    return bank.power > bank.reserve ? (bank.power - bank.reserve) * kPoePowerUnit : 0;
+    const PoeBudget budget = budgetOf(poe);
+    return budget.powerMw > budget.reserveMw ? budget.powerMw - budget.reserveMw : 0;
 }
 
 uint32_t poeAllocated(const PoeController &poe) {
@@ -73,14 +77,14 @@ uint32_t poeAllocated(const PoeController &poe) {
 }
 
 void poeRequestPower(PoeController &poe, uint32_t port, uint64_t nowNs) {
-    if (poe.settings.pmMode == kPoePmNone || makeRoom(poe, port))
+    if (!budgetOf(poe).isKept || makeRoom(poe, port))
         poePowerUp(poe, port, nowNs);
     else
         poeDeny(poe, port);
 }
 
 void poeBalance(PoeController &poe, uint64_t nowNs) {
-    while (poe.settings.pmMode != kPoePmNone && !fits(poe, 0))
+    while (budgetOf(poe).isKept && !fits(poe, 0))
         poeDeny(poe, leastImportant(poe, kPriorities));
     for (uint32_t rank = kPriorities; rank-- > 0;) {
         for (uint32_t port = 0; port < kPoePorts; ++port) {

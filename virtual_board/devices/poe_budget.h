@@ -15,7 +15,7 @@ void poeRequestPower(PoeController &poe, uint32_t port, uint64_t nowNs);
  */
 void poeBalance(PoeController &poe, uint64_t nowNs);
 
-/** Power that bank 0 has for ports, in milliwatts. */
+/** Power that there is for ports, in milliwatts. */
 uint32_t poeAvailable(const PoeController &poe);
 
 /** Power that powered ports are counted with, in milliwatts. */

@@ -1,26 +1,21 @@
 #pragma once
-// The PoE controller: a microcontroller with a loader and an application, reached over I2C. A frame
-// that is written is answered by the bytes that the following reads return.
+// The PoE controller, reached over I2C: what every kind has. A frame that is written is answered by
+// the bytes that the following reads return; what frames say is the kind's own (poe_kind.h).
 
-#include "virtual_board/devices/poe_image.h"
 #include "virtual_board/devices/poe_port.h"
-#include "virtual_board/devices/poe_settings.h"
+#include "virtual_board/devices/rtl8239/image.h"
+#include "virtual_board/devices/rtl8239/memory.h"
 
 #include <cstdint>
 
 namespace vb {
 
-constexpr uint32_t kPoeFrameSize = 12;
-constexpr uint32_t kPoeChipRegisters = 64;
+constexpr uint32_t kPoeLongestReply = 12;
 
 enum class PoeMode : uint8_t { Reset, Application, Loader };
 
-/** A register of a power-sourcing device that has been written through the controller. */
-struct PoeChipRegister {
-    uint32_t chip;
-    uint32_t address;
-    uint32_t value;
-};
+/** Kind of a controller. Numbers from 0x80 on are free for controllers that a build adds. */
+enum class PoeChip : uint8_t { Rtl8239 };
 
 struct PoeController {
     alignas(8) uint64_t runsFromNs;   // when loader or application is up after a start
@@ -28,19 +23,19 @@ struct PoeController {
     uint8_t isFitted;
     uint8_t isHeldInReset; // level of the reset line
     PoeMode mode;
-    uint8_t replyLength; // 0: there is no answer
-    uint8_t latePolls;   // reads that still find no answer although it is due
-    uint8_t hasSavedSettings;
-    uint8_t isMissing; // the world's face: it has been taken off the board
-    uint8_t padding;
-    uint8_t reply[kPoeFrameSize];
-    uint32_t chipRegisters;
-    PoeChipRegister chipRegister[kPoeChipRegisters];
-    PoeSettings settings;
-    PoeSettings saved;
+    uint8_t replyLength;      // 0: there is no answer
+    uint8_t latePolls;        // reads that still find no answer although it is due
+    uint8_t hasSavedSettings; // RTL8239
+    uint8_t isMissing;        // the world's face: it has been taken off the board
+    PoeChip chip;
+    uint8_t reply[kPoeLongestReply];
+    union { // what the kind keeps for itself
+        Rtl8239Memory rtl8239;
+        uint8_t memory[sizeof(Rtl8239Memory)]; // of kinds that a build adds
+    };
     PoePort port[kPoePorts];
     PoweredDevice device[kPoePorts]; // the world's face: what is plugged in
-    PoeImage image;
+    PoeImage image;                  // RTL8239
 };
 
 /** What goes wrong with one frame. */
@@ -55,7 +50,7 @@ struct PoeFrameFault {
 };
 
 /** A controller as the factory delivers it, with an application that is up and waits. */
-void poeBuild(PoeController &poe);
+void poeBuild(PoeController &poe, PoeChip chip);
 
 /** Brings all ports up to now. */
 void poeAdvance(PoeController &poe, uint64_t nowNs);

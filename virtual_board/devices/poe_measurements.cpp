@@ -6,14 +6,14 @@ namespace vb {
 
 namespace {
 
-constexpr uint16_t kNominalVoltage = 838; // 54.009 V
-constexpr uint32_t kVoltageUnit = 64450;  // microvolts
-constexpr uint32_t kAmbient = 35;         // degrees Celsius
+constexpr uint32_t kNominalVoltage = 54009100; // microvolts
+constexpr int32_t kVoltageStep = 64450;        // microvolts
+constexpr uint32_t kAmbient = 35;              // degrees Celsius
 
 /** A number from -2 to 2. */
-int ripple(uint32_t port, uint64_t nowNs) {
+int32_t ripple(uint32_t port, uint64_t nowNs) {
     constexpr uint64_t kSlotNs = 100 * kPoeMs;
-    return static_cast<int>((uint64_t{port} * 7 + nowNs / kSlotNs * 3) % 5) - 2;
+    return static_cast<int32_t>((uint64_t{port} * 7 + nowNs / kSlotNs * 3) % 5) - 2;
 }
 
 /** A device that delivers much is warm. */
@@ -26,14 +26,14 @@ uint32_t degrees(const PoeController &poe, uint32_t port) {
 
 PoeMeasurement poeMeasure(const PoeController &poe, uint32_t port, uint64_t nowNs) {
     PoeMeasurement measured = {};
-    measured.temperature = static_cast<uint16_t>(220 - degrees(poe, port) * 4 / 5);
+    measured.degrees = degrees(poe, port);
     if (poe.port[port].phase != PoePhase::Delivering)
         return measured;
-    const uint32_t drawn = poeDrawn(poe, port);
-    measured.voltage = static_cast<uint16_t>(kNominalVoltage + ripple(port, nowNs));
-    measured.current = static_cast<uint16_t>(uint64_t{drawn} * 1000000 /
-                                             (uint64_t{measured.voltage} * kVoltageUnit));
-    measured.power = static_cast<uint16_t>(drawn / kPoePowerUnit);
+    measured.milliwatts = poeDrawn(poe, port);
+    measured.microvolts =
+        kNominalVoltage + static_cast<uint32_t>(ripple(port, nowNs) * kVoltageStep);
+    measured.milliamperes =
+        static_cast<uint32_t>(uint64_t{measured.milliwatts} * 1000000 / measured.microvolts);
     return measured;
 }
 

@@ -1,15 +1,15 @@
 #pragma once
-// What the controller measures at its ports, in its own units.
+// What can be measured at the ports.
 
 #include "virtual_board/devices/poe_controller.h"
 
 namespace vb {
 
 struct PoeMeasurement {
-    uint16_t voltage;     // in 64.45 millivolts
-    uint16_t current;     // in milliamperes
-    uint16_t temperature; // 220 less four fifths of the degrees Celsius
-    uint16_t power;       // in 100 milliwatts
+    uint32_t microvolts;
+    uint32_t milliamperes;
+    uint32_t degrees; // Celsius
+    uint32_t milliwatts;
 };
 
 /** Voltage and current waver by a few steps, always alike for the same port and tenth of a second.

@@ -8,6 +8,8 @@ namespace vb {
 /** How a device looks to the port's detection. */
 enum class PoeSignature : uint8_t { Good, Bad, Legacy, Short, Open };
 
+constexpr uint32_t kPoePorts = 48;
+constexpr uint32_t kPoeHighestPriority = 3;
 constexpr uint32_t kPoeHighestClass = 8;
 constexpr uint32_t kPoeMostMilliwatts = 200000; // of a device
 

@@ -1,6 +1,7 @@
 #include "virtual_board/devices/poe_ports.h"
 
 #include "virtual_board/devices/poe_budget.h"
+#include "virtual_board/devices/poe_kind.h"
 
 #include <algorithm>
 
@@ -12,22 +13,12 @@ namespace {
 constexpr uint32_t kClassPower[kPoeHighestClass + 1] = {15400, 4000,  7000,  15400, 30000,
                                                         45000, 60000, 75000, 90000};
 
-bool isInService(const PoeController &poe, uint32_t port) {
-    const PoeSettings &settings = poe.settings;
-    const PoePortSettings &own = settings.port[port];
-    const bool isWired = settings.isMappingEnabled != 0 && port < settings.portCount &&
-                         own.isMapped != 0 && own.chipAddress != kPoeNone;
-    return poe.mode == PoeMode::Application && settings.isEnabled != 0 && isWired &&
-           own.enable != 0;
+PoePortRules rulesOf(const PoeController &poe, uint32_t port) {
+    return poeKindOf(poe).portRules(poe, port);
 }
 
-/** How far a port goes without being triggered. */
-PoeGoal ownGoal(const PoePortSettings &settings) {
-    if (settings.funcMode == kPoeManual)
-        return PoeGoal::Nothing;
-    const bool stopsAtClass =
-        settings.funcMode == kPoeSemiAutomatic && settings.enable != kPoeEnablePower;
-    return stopsAtClass ? PoeGoal::Classify : PoeGoal::Power;
+bool isInService(const PoeController &poe, uint32_t port) {
+    return poe.mode == PoeMode::Application && rulesOf(poe, port).isInService;
 }
 
 void enter(PoePort &port, PoePhase phase, uint64_t dueNs = kPoeNever) {
@@ -97,7 +88,7 @@ uint8_t troubleAt(const PoeController &poe, uint32_t port) {
 
 /** When a delivering port will see that its device is gone or draws too much. */
 void watch(PoeController &poe, uint32_t port, uint64_t nowNs) {
-    const bool isNoticed = poe.settings.port[port].disconnectType != 0;
+    const bool isNoticed = rulesOf(poe, port).noticesDisconnect;
     uint64_t dueNs = kPoeNever;
     if (troubleAt(poe, port) != 0)
         dueNs = nowNs + kPoeOverloadNs;
@@ -111,8 +102,7 @@ void watch(PoeController &poe, uint32_t port, uint64_t nowNs) {
 void endDetection(PoeController &poe, uint32_t port, uint64_t nowNs) {
     PoePort &state = poe.port[port];
     const PoeSignature signature = signatureAt(poe.device[port]);
-    const bool isLegacy =
-        signature == PoeSignature::Legacy && poe.settings.port[port].detType == kPoeDetectLegacy;
+    const bool isLegacy = signature == PoeSignature::Legacy && rulesOf(poe, port).powersLegacy;
     state.detection = detectionOf(signature);
     state.powerClass = kPoeNotClassified;
     if (signature == PoeSignature::Bad)
@@ -152,7 +142,7 @@ void endDelivery(PoeController &poe, uint32_t port, uint64_t nowNs) {
         fail(state, trouble);
     } else if (poe.device[port].isPlugged == 0) {
         noteEvent(state, &PoeCounts::disconnects);
-        search(state, ownGoal(poe.settings.port[port]), nowNs);
+        search(state, rulesOf(poe, port).goal, nowNs);
     } else {
         return watch(poe, port, nowNs);
     }
@@ -189,9 +179,9 @@ void poeAdvance(PoeController &poe, uint64_t nowNs) {
 }
 
 uint32_t poePortLimit(const PoeController &poe, uint32_t port) {
-    const PoePortSettings &settings = poe.settings.port[port];
-    if (settings.limitType == kPoeLimitFixed)
-        return settings.limit * kPoeLimitUnit;
+    const PoePortRules rules = rulesOf(poe, port);
+    if (rules.isLimitFixed)
+        return rules.limitMw;
     const uint8_t powerClass = poe.port[port].powerClass;
     return kClassPower[powerClass <= kPoeHighestClass ? powerClass : 0];
 }
@@ -226,13 +216,13 @@ void poeSetDevice(PoeController &poe, uint32_t port, const PoweredDevice &device
     if (state.phase == PoePhase::Delivering)
         watch(poe, port, nowNs);
     else if (state.phase != PoePhase::Disabled && state.phase != PoePhase::PoweringUp)
-        search(state, isLooking ? state.goal : ownGoal(poe.settings.port[port]), nowNs);
+        search(state, isLooking ? state.goal : rulesOf(poe, port).goal, nowNs);
     poeBalance(poe, nowNs);
 }
 
 void poeRefreshPort(PoeController &poe, uint32_t port, uint64_t nowNs) {
     PoePort &state = poe.port[port];
-    const PoeGoal goal = ownGoal(poe.settings.port[port]);
+    const PoeGoal goal = rulesOf(poe, port).goal;
     const bool isShortOfGoal =
         !poeIsPowered(state) && state.phase != PoePhase::Denied && state.goal < goal;
     if (!isInService(poe, port))
@@ -261,7 +251,7 @@ bool poeTrigger(PoeController &poe, uint32_t port, PoeGoal goal, uint64_t nowNs)
     if (!isInService(poe, port))
         return false;
     if (!poeIsPowered(state))
-        search(state, std::max(goal, ownGoal(poe.settings.port[port])), nowNs);
+        search(state, std::max(goal, rulesOf(poe, port).goal), nowNs);
     return true;
 }
 

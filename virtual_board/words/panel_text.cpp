@@ -3,6 +3,7 @@
 #include "virtual_board/board/circuits.h"
 #include "virtual_board/board/climate_lines.h"
 #include "virtual_board/board/sfp_cages.h"
+#include "virtual_board/devices/poe_kind.h"
 #include "virtual_board/devices/poe_measurements.h"
 #include "virtual_board/words/clock_text.h"
 #include "virtual_board/words/sfp_text.h"
@@ -212,7 +213,7 @@ class Panel {
 
     std::string poeLine() const {
         const PoeController &poe = board_.devices.poe;
-        const uint32_t budget = poe.settings.bank[0].power * kPoePowerUnit;
+        const uint32_t budget = poeKindOf(poe).budget(poe).powerMw;
         return "PoE     " + std::to_string(poeTotalDrawn(poe) / 1000) + " of " +
                std::to_string(budget / 1000) + " W\n";
     }

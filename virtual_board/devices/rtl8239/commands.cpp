@@ -1,8 +1,8 @@
 // The application's settings.
 
 #include "virtual_board/devices/poe_budget.h"
-#include "virtual_board/devices/poe_frame.h"
 #include "virtual_board/devices/poe_ports.h"
+#include "virtual_board/devices/rtl8239/frame.h"
 
 namespace vb {
 
@@ -45,7 +45,7 @@ bool searchAnew(PoeController &poe, uint32_t port, uint8_t, uint64_t nowNs) {
 
 bool resetPort(PoeController &poe, uint32_t port, uint8_t value, uint64_t nowNs) {
     if (value != 0) {
-        poeSetPortDefaults(poe.settings.port[port]);
+        poeSetPortDefaults(poe.rtl8239.settings.port[port]);
         poeRestartPort(poe, port, nowNs);
     }
     return true;
@@ -89,7 +89,7 @@ Result setPort(const PoeRequest &request, const PortCommand &command, uint32_t p
         value > command.highest)
         return kPoeRefused;
     if (command.field != nullptr)
-        request.poe.settings.port[port].*command.field = value;
+        request.poe.rtl8239.settings.port[port].*command.field = value;
     return resultOf(command.set == nullptr || command.set(request.poe, port, value, request.nowNs));
 }
 
@@ -132,7 +132,7 @@ bool serveGlobalSetting(const PoeRequest &request) {
         const uint8_t value = request.frame[2];
         request.reply[2] = resultOf(value <= command.highest);
         if (value <= command.highest) {
-            request.poe.settings.*command.field = value;
+            request.poe.rtl8239.settings.*command.field = value;
             poeRefreshPorts(request.poe, request.nowNs);
         }
         return true;
@@ -142,7 +142,7 @@ bool serveGlobalSetting(const PoeRequest &request) {
 
 /** The application starts over with other settings. */
 void restart(const PoeRequest &request, const PoeSettings &settings) {
-    request.poe.settings = settings;
+    request.poe.rtl8239.settings = settings;
     poeResetPorts(request.poe);
     poeRefreshPorts(request.poe, request.nowNs);
 }
@@ -157,7 +157,8 @@ void resetAll(const PoeRequest &request) {
     const uint8_t value = request.frame[2];
     request.reply[2] = resultOf(value <= 1);
     if (value == 1)
-        restart(request, request.poe.hasSavedSettings != 0 ? request.poe.saved : defaults());
+        restart(request,
+                request.poe.hasSavedSettings != 0 ? request.poe.rtl8239.saved : defaults());
 }
 
 void setPowerSource(const PoeRequest &request) {
@@ -166,8 +167,8 @@ void setPowerSource(const PoeRequest &request) {
     request.reply[3] = resultOf(bank < kPoeBanks);
     if (bank >= kPoeBanks)
         return;
-    request.poe.settings.bank[bank] = {static_cast<uint16_t>(poeWord(request.frame, 3)),
-                                       static_cast<uint16_t>(poeWord(request.frame, 5))};
+    request.poe.rtl8239.settings.bank[bank] = {static_cast<uint16_t>(poeWord(request.frame, 3)),
+                                               static_cast<uint16_t>(poeWord(request.frame, 5))};
     poeBalance(request.poe, request.nowNs);
 }
 
@@ -178,8 +179,8 @@ void enableMapping(const PoeRequest &request) {
     request.reply[3] = resultOf(count <= kPoePorts);
     if (enable > 1 || count > kPoePorts)
         return;
-    request.poe.settings.isMappingEnabled = enable;
-    request.poe.settings.portCount = count;
+    request.poe.rtl8239.settings.isMappingEnabled = enable;
+    request.poe.rtl8239.settings.portCount = count;
     poeRefreshPorts(request.poe, request.nowNs);
 }
 
@@ -197,7 +198,7 @@ void mapPort(const PoeRequest &request) {
     reply[10] = kPoeAccepted;
     if ((reply[3] | reply[4] | reply[5] | reply[6]) != kPoeAccepted)
         return;
-    PoePortSettings &settings = request.poe.settings.port[port];
+    PoePortSettings &settings = request.poe.rtl8239.settings.port[port];
     settings.isMapped = 1;
     settings.isFourPair = frame[3];
     settings.chip = frame[4];
@@ -208,20 +209,21 @@ void mapPort(const PoeRequest &request) {
 }
 
 void setThresholds(const PoeRequest &request) {
-    request.poe.settings.lowThreshold = request.frame[2];
-    request.poe.settings.highThreshold = request.frame[4];
+    request.poe.rtl8239.settings.lowThreshold = request.frame[2];
+    request.poe.rtl8239.settings.highThreshold = request.frame[4];
     request.reply[2] = kPoeAccepted;
 }
 
 /** The place of a chip's register; a new one, or null when all are in use. */
 PoeChipRegister *chipRegister(PoeController &poe, uint32_t chip, uint32_t address) {
-    for (uint32_t i = 0; i < poe.chipRegisters; ++i) {
-        if (poe.chipRegister[i].chip == chip && poe.chipRegister[i].address == address)
-            return &poe.chipRegister[i];
+    for (uint32_t i = 0; i < poe.rtl8239.chipRegisters; ++i) {
+        if (poe.rtl8239.chipRegister[i].chip == chip &&
+            poe.rtl8239.chipRegister[i].address == address)
+            return &poe.rtl8239.chipRegister[i];
     }
-    if (poe.chipRegisters == kPoeChipRegisters)
+    if (poe.rtl8239.chipRegisters == kPoeChipRegisters)
         return nullptr;
-    PoeChipRegister &added = poe.chipRegister[poe.chipRegisters++];
+    PoeChipRegister &added = poe.rtl8239.chipRegister[poe.rtl8239.chipRegisters++];
     added = {chip, address, 0};
     return &added;
 }
@@ -271,14 +273,14 @@ bool poeServeStoredSettings(const PoeRequest &request) {
     PoeController &poe = request.poe;
     switch (request.frame[1]) {
     case kConfigSave:
-        poe.saved = poe.settings;
+        poe.rtl8239.saved = poe.rtl8239.settings;
         poe.hasSavedSettings = 1;
         break;
     case kConfigClear:
         poe.hasSavedSettings = 0;
         break;
     case kConfigReset:
-        restart(request, poe.hasSavedSettings != 0 ? poe.saved : defaults());
+        restart(request, poe.hasSavedSettings != 0 ? poe.rtl8239.saved : defaults());
         break;
     case kConfigInit:
         restart(request, defaults());

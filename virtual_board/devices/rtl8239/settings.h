@@ -1,15 +1,15 @@
 #pragma once
-// What the PoE controller's application is told by its commands.
+// What the RTL8239's application is told by its commands.
+
+#include "virtual_board/devices/poe_port.h"
 
 #include <cstdint>
 
 namespace vb {
 
-constexpr uint32_t kPoePorts = 48;
 constexpr uint32_t kPoeBanks = 8;
 constexpr uint32_t kPoeChips = 12; // power-sourcing devices behind the controller
 
-constexpr uint8_t kPoeHighestPriority = 3;
 constexpr uint8_t kPoeNone = 0xFF; // a channel or chip that is not there, an unused byte
 
 // Function modes: who takes a port from detection to power.
@@ -75,6 +75,9 @@ constexpr uint32_t kPoeLimitUnit = 400; // milliwatts, of port limits
 
 /** What the application starts with when nothing is saved: no port is mapped or enabled. */
 void poeSetDefaults(PoeSettings &settings);
+
+/** How far a port goes without being triggered. */
+PoeGoal poeGoalOf(const PoePortSettings &port);
 
 /** Whether settings are such as the application takes. */
 bool poeIsConsistent(const PoeSettings &settings);

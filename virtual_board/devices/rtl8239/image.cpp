@@ -1,4 +1,4 @@
-#include "virtual_board/devices/poe_image.h"
+#include "virtual_board/devices/rtl8239/image.h"
 
 #include <bit>
 #include <cstring>

@@ -1,5 +1,5 @@
 #pragma once
-// The PoE controller's frames: command code, a byte that the answer repeats, nine bytes of data,
+// The RTL8239's frames: command code, a byte that the answer repeats, nine bytes of data,
 // and the sum of all these.
 
 #include "virtual_board/devices/poe_controller.h"
@@ -8,7 +8,9 @@
 
 namespace vb {
 
+constexpr uint32_t kPoeFrameSize = 12;
 constexpr uint32_t kPoeChecksumAt = 11;
+static_assert(kPoeFrameSize <= kPoeLongestReply);
 
 struct PoeFrame {
     uint8_t byte[kPoeFrameSize];

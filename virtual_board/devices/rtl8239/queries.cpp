@@ -1,9 +1,9 @@
 // The application's answers to questions.
 
 #include "virtual_board/devices/poe_budget.h"
-#include "virtual_board/devices/poe_frame.h"
 #include "virtual_board/devices/poe_measurements.h"
 #include "virtual_board/devices/poe_ports.h"
+#include "virtual_board/devices/rtl8239/frame.h"
 
 #include <algorithm>
 
@@ -57,7 +57,7 @@ struct PortQuery {
 
 void answerStatus(const PoeRequest &request, uint32_t port) {
     const PoePort &state = request.poe.port[port];
-    const bool isFourPair = request.poe.settings.port[port].isFourPair != 0;
+    const bool isFourPair = request.poe.rtl8239.settings.port[port].isFourPair != 0;
     const uint8_t found = nibbles(state.powerClass, state.detection);
     request.reply[3] = statusOf(state.phase);
     request.reply[4] = state.phase == PoePhase::Fault ? state.fault : found;
@@ -66,12 +66,21 @@ void answerStatus(const PoeRequest &request, uint32_t port) {
     request.reply[7] = isFourPair ? 2 : 1;
 }
 
+uint32_t voltageCode(const PoeMeasurement &measured) {
+    constexpr uint32_t kUnit = 64450; // microvolts
+    return measured.microvolts / kUnit;
+}
+
+uint32_t temperatureCode(const PoeMeasurement &measured) {
+    return 220 - measured.degrees * 4 / 5;
+}
+
 void answerMeasurement(const PoeRequest &request, uint32_t port) {
     const PoeMeasurement measured = poeMeasure(request.poe, port, request.nowNs);
-    poeStoreWord(request.reply, 3, measured.voltage);
-    poeStoreWord(request.reply, 5, measured.current);
-    poeStoreWord(request.reply, 7, measured.temperature);
-    poeStoreWord(request.reply, 9, measured.power);
+    poeStoreWord(request.reply, 3, voltageCode(measured));
+    poeStoreWord(request.reply, 5, measured.milliamperes);
+    poeStoreWord(request.reply, 7, temperatureCode(measured));
+    poeStoreWord(request.reply, 9, measured.milliwatts / kPoePowerUnit);
 }
 
 /** Counts of failures; a flag clears them. */
@@ -87,7 +96,7 @@ void answerCounts(const PoeRequest &request, uint32_t port) {
 }
 
 void answerConfig(const PoeRequest &request, uint32_t port) {
-    const PoePortSettings &settings = request.poe.settings.port[port];
+    const PoePortSettings &settings = request.poe.rtl8239.settings.port[port];
     request.reply[3] = settings.enable;
     request.reply[4] = settings.funcMode;
     request.reply[5] = settings.detType;
@@ -96,7 +105,7 @@ void answerConfig(const PoeRequest &request, uint32_t port) {
 }
 
 void answerPowerConfig(const PoeRequest &request, uint32_t port) {
-    const PoePortSettings &settings = request.poe.settings.port[port];
+    const PoePortSettings &settings = request.poe.rtl8239.settings.port[port];
     request.reply[3] = settings.inrushMode;
     request.reply[4] = settings.limitType;
     request.reply[5] = settings.limit;
@@ -106,7 +115,7 @@ void answerPowerConfig(const PoeRequest &request, uint32_t port) {
 }
 
 void answerMapping(const PoeRequest &request, uint32_t port) {
-    const PoePortSettings &settings = request.poe.settings.port[port];
+    const PoePortSettings &settings = request.poe.rtl8239.settings.port[port];
     request.reply[3] = settings.isMapped;
     request.reply[4] = settings.isFourPair;
     request.reply[5] = settings.chip;
@@ -118,11 +127,11 @@ void answerMapping(const PoeRequest &request, uint32_t port) {
 /** Voltage and current of each pair set; the second one of a 2-pair port is dead. */
 void answerPairSets(const PoeRequest &request, uint32_t port) {
     const PoeMeasurement measured = poeMeasure(request.poe, port, request.nowNs);
-    const bool isFourPair = request.poe.settings.port[port].isFourPair != 0;
-    const uint32_t second = isFourPair ? measured.current / 2u : 0;
-    poeStoreWord(request.reply, 3, measured.voltage);
-    poeStoreWord(request.reply, 5, measured.current - second);
-    poeStoreWord(request.reply, 7, isFourPair ? measured.voltage : 0);
+    const bool isFourPair = request.poe.rtl8239.settings.port[port].isFourPair != 0;
+    const uint32_t second = isFourPair ? measured.milliamperes / 2 : 0;
+    poeStoreWord(request.reply, 3, voltageCode(measured));
+    poeStoreWord(request.reply, 5, measured.milliamperes - second);
+    poeStoreWord(request.reply, 7, isFourPair ? voltageCode(measured) : 0);
     poeStoreWord(request.reply, 9, second);
 }
 
@@ -164,26 +173,27 @@ void answerSystemInfo(const PoeRequest &request) {
     const PoeController &poe = request.poe;
     const uint16_t version = poeVersion(poe.image);
     request.reply[3] = kPoePorts;
-    request.reply[4] = poe.settings.portCount;
+    request.reply[4] = poe.rtl8239.settings.portCount;
     poeStoreWord(request.reply, 5, kControllerId);
     request.reply[7] = static_cast<uint8_t>(version >> 8);
     request.reply[8] = kPoeChips;
-    request.reply[9] = static_cast<uint8_t>(poe.settings.isEnabled | poe.hasSavedSettings << 1 |
-                                            poe.settings.isMappingEnabled << 2);
+    request.reply[9] =
+        static_cast<uint8_t>(poe.rtl8239.settings.isEnabled | poe.hasSavedSettings << 1 |
+                             poe.rtl8239.settings.isMappingEnabled << 2);
     request.reply[10] = static_cast<uint8_t>(version);
 }
 
 void answerTotals(const PoeRequest &request) {
     poeStoreWord(request.reply, 2, inPowerUnits(poeAllocated(request.poe)));
     poeStoreWord(request.reply, 4, inPowerUnits(poeAvailable(request.poe)));
-    request.reply[6] = request.poe.settings.pmMode;
+    request.reply[6] = request.poe.rtl8239.settings.pmMode;
     poeStoreWord(request.reply, 7, inPowerUnits(poeTotalDrawn(request.poe)));
 }
 
 /** Ports that something happened to; a flag clears them. */
 void answerEvents(const PoeRequest &request) {
     PoeFrame &reply = request.reply;
-    const uint8_t mask = request.poe.settings.eventMask;
+    const uint8_t mask = request.poe.rtl8239.settings.eventMask;
     for (uint32_t at = 2; at < kBehindPairs; ++at)
         reply[at] = 0;
     reply[2] = mask;
@@ -200,7 +210,7 @@ void answerEvents(const PoeRequest &request) {
 }
 
 void answerGlobalParam(const PoeRequest &request) {
-    const PoeSettings &settings = request.poe.settings;
+    const PoeSettings &settings = request.poe.rtl8239.settings;
     request.reply[2] = settings.lowThreshold;
     request.reply[3] = settings.pmMode;
     request.reply[7] = settings.highThreshold;
@@ -211,7 +221,7 @@ void answerPowerSource(const PoeRequest &request) {
     const uint8_t index = request.frame[1];
     if (index >= kPoeBanks)
         return;
-    const PoeBank &bank = request.poe.settings.bank[index];
+    const PoeBank &bank = request.poe.rtl8239.settings.bank[index];
     request.reply[2] = index == 0 ? 1 : 0; // in use
     poeStoreWord(request.reply, 3, bank.power);
     poeStoreWord(request.reply, 5, bank.reserve);
@@ -222,7 +232,8 @@ template <typename Value>
 uint8_t overChip(const PoeController &poe, uint32_t chip, uint8_t start, Value value) {
     uint8_t result = start;
     for (uint32_t port = 0; port < kPoePorts; ++port) {
-        if (poe.settings.port[port].isMapped != 0 && poe.settings.port[port].chip == chip)
+        if (poe.rtl8239.settings.port[port].isMapped != 0 &&
+            poe.rtl8239.settings.port[port].chip == chip)
             result = value(port, result);
     }
     return result;
@@ -238,7 +249,7 @@ void answerChipAddresses(const PoeRequest &request) {
     request.reply[2] = request.frame[2];
     for (uint32_t i = 0; i < kPerFrame && first + i < kPoeChips; ++i)
         request.reply[3 + i] = overChip(poe, first + i, kPoeNone, [&](uint32_t port, uint8_t) {
-            return poe.settings.port[port].chipAddress;
+            return poe.rtl8239.settings.port[port].chipAddress;
         });
 }
 
@@ -260,8 +271,8 @@ void answerChipRegister(const PoeRequest &request) {
         request.reply[at] = request.frame[at];
     const uint32_t address = poeLong(request.frame, 3);
     uint32_t value = 0; // a register that nobody has written
-    for (uint32_t i = 0; i < request.poe.chipRegisters; ++i) {
-        const PoeChipRegister &place = request.poe.chipRegister[i];
+    for (uint32_t i = 0; i < request.poe.rtl8239.chipRegisters; ++i) {
+        const PoeChipRegister &place = request.poe.rtl8239.chipRegister[i];
         if (place.chip == request.frame[2] && place.address == address)
             value = place.value;
     }
@@ -299,7 +310,8 @@ bool poeServeQuery(const PoeRequest &request) {
         answerChipAddresses(request);
         return true;
     case 0x4D:
-        answerPorts(request, [&](uint32_t port) { return poe.settings.port[port].funcMode; });
+        answerPorts(request,
+                    [&](uint32_t port) { return poe.rtl8239.settings.port[port].funcMode; });
         return true;
     case 0x50:
         answerChipLoads(request);

@@ -1,4 +1,4 @@
-#include "virtual_board/devices/poe_settings.h"
+#include "virtual_board/devices/rtl8239/settings.h"
 
 #include <algorithm>
 #include <iterator>
@@ -40,6 +40,13 @@ void poeSetDefaults(PoeSettings &settings) {
         port.secondaryChannel = kPoeNone;
         port.chipAddress = kPoeNone;
     }
+}
+
+PoeGoal poeGoalOf(const PoePortSettings &port) {
+    if (port.funcMode == kPoeManual)
+        return PoeGoal::Nothing;
+    const bool stopsAtClass = port.funcMode == kPoeSemiAutomatic && port.enable != kPoeEnablePower;
+    return stopsAtClass ? PoeGoal::Classify : PoeGoal::Power;
 }
 
 bool poeIsConsistent(const PoeSettings &settings) {

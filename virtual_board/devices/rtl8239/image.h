@@ -1,5 +1,5 @@
 #pragma once
-// The flash that holds the PoE controller's application.
+// The flash that holds the RTL8239's application.
 
 #include <cstdint>
 
