@@ -3,7 +3,9 @@
 #include "bsp.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/failure.h"
+#include "poe/guide.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -18,9 +20,13 @@ bool asksForHelp(const std::string &word) {
     return word == "-h" || word == "?";
 }
 
-/** The driver's words, which it does not tell but in its help. */
+/** Whether a driver knows a word, whichever the board's is: that one says what is wrong. */
 bool isDriverWord(const std::string &word) {
-    return word == "poeCommand";
+    const auto isKnown = [&word](const bsp::PoeGuideRow &row) {
+        const auto &words = row.guide.debugWords;
+        return std::find(words.begin(), words.end(), word) != words.end();
+    };
+    return std::any_of(bsp::kPoeGuides.begin(), bsp::kPoeGuides.end(), isKnown);
 }
 
 /** The driver takes words that it may write to. */

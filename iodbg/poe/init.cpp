@@ -7,61 +7,23 @@
 #include "iodbg/core/progress.h"
 #include "iodbg/poe/board.h"
 #include "iodbg/poe/controller.h"
+#include "iodbg/poe/guide.h"
 #include "iodbg/poe/parts.h"
 #include "iodbg/poe/wire.h"
 
 #include <exception>
-#include <span>
+#include <string>
 
 namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kFrameMs = 200; // a rest before each frame and one before its answer
-constexpr uint32_t kPortsPerFrame = 4;
-
-/** A part of the initialisation: its frames, and what each takes at least. */
-struct Phase {
-    const char *name;
-    uint32_t frames;
-    uint32_t frameMs;
-};
-
-/** What the library sends to a controller of so many ports, in its order. */
-std::vector<Phase> phasesFor(uint32_t ports) {
-    constexpr uint32_t kSwitchMs = 1300;  // all ports on or off
-    constexpr uint32_t kMappingMs = 2300; // the mapping on or off
-    const uint32_t perSetting = (ports + kPortsPerFrame - 1) / kPortsPerFrame;
-    return {{"switch all ports off", 1, kSwitchMs},
-            {"forget the port mapping", 1, kMappingMs},
-            {"map the ports", BSP_POE_PORTS_MAX, kFrameMs},
-            {"set priorities", perSetting, kFrameMs},
-            {"set modes", perSetting, kFrameMs},
-            {"set kinds of power limit", perSetting, kFrameMs},
-            {"set kinds of detection", perSetting, kFrameMs},
-            {"set forced inrush", perSetting, kFrameMs},
-            {"set kinds of disconnection", perSetting, kFrameMs},
-            {"set voltages and the power budget", 3, kFrameMs},
-            {"use the port mapping", 1, kMappingMs},
-            {"set the ports' limits", 2 * ports, kFrameMs},
-            {"switch all ports on", 1, kSwitchMs}};
-}
-
-constexpr uint32_t kResetMs = 2000; // comes before the first frame
-
-std::vector<WorkStep> stepsOf(std::span<const Phase> phases) {
-    std::vector<WorkStep> steps = {{"reset the controller", kResetMs}};
-    for (const Phase &phase : phases)
-        steps.push_back({phase.name, phase.frames * phase.frameMs});
-    return steps;
-}
-
-/** Follows the initialisation by counting its frames, and leaves it when a signal asks for it. */
+/** Follows the initialisation by its requests, and leaves it when a signal asks for it. */
 class Follower {
   public:
-    Follower(const Console &console, Progress &progress, std::vector<Phase> phases)
-        : console_(console), progress_(progress), phases_(std::move(phases)),
-          watch_([this](PoeDirection direction, ByteView frame) {
+    Follower(const Console &console, Progress &progress, const bsp::PoeGuide &guide, uint32_t ports)
+        : echo_(guide), console_(console), progress_(progress), work_(guide.initialisation),
+          ports_(ports), watch_([this](PoeDirection direction, ByteView frame) {
               if (direction == PoeDirection::ToController)
                   frameSent(frame);
               else if (echo_.isAnsweredBy(frame))
@@ -71,21 +33,24 @@ class Follower {
     }
 
   private:
+    /** Where the next request will be. */
+    bsp::PoeWorkPlace next() const noexcept {
+        return work_.placeOf(ports_, sent_, {}).value_or(bsp::PoeWorkPlace{});
+    }
+    bool isDone() const noexcept { return next().step >= work_.steps; }
+
     void frameSent(ByteView frame) noexcept {
         echo_.sent(frame);
-        if (phase_ == phases_.size())
+        if (isDone())
             return;
-        progress_.reach(phase_ + 1, frame_ * phases_[phase_].frameMs); // the reset is step 0
-        if (++frame_ == phases_[phase_].frames) {
-            ++phase_;
-            frame_ = 0;
-        }
+        progress_.reach(next().step, next().ms);
+        ++sent_;
     }
 
     /** Once a frame is answered: nothing is left half said to the controller then. */
     void leaveIfAsked() noexcept {
         const int signal = signals_.waiting();
-        if (signal == 0 || phase_ == phases_.size()) // the work is as good as done
+        if (signal == 0 || isDone()) // the work is as good as done
             return;
         progress_.hide();
         try {
@@ -98,8 +63,8 @@ class Follower {
 
     /** What state the controller is left in. All ports are off from the reset to the last step. */
     std::string leftText() const {
-        return "interrupted after " + std::to_string(phase_ + 1) + " of " +
-               std::to_string(phases_.size() + 1) +
+        return "interrupted after " + std::to_string(next().step) + " of " +
+               std::to_string(work_.steps) +
                " steps: the controller is set up in part, and no port has power; run 'iodbg poe "
                "init' again";
     }
@@ -108,9 +73,9 @@ class Follower {
     PoeEcho echo_;
     const Console &console_;
     Progress &progress_;
-    std::vector<Phase> phases_;
-    size_t phase_ = 0;
-    uint32_t frame_ = 0;
+    const bsp::PoeWork &work_;
+    uint32_t ports_;
+    uint32_t sent_ = 0;
     PoeWatch watch_;
 };
 
@@ -124,9 +89,9 @@ void requireUsableFirmware() {
 }
 
 int32_t initialise(Console &console, uint32_t ports) {
-    const std::vector<Phase> phases = phasesFor(ports);
-    Progress progress(console, "poe init", stepsOf(phases));
-    const Follower follower(console, progress, phases);
+    const bsp::PoeGuide &guide = poeGuide();
+    Progress progress(console, "poe init", stepsOf(guide.initialisation, ports));
+    const Follower follower(console, progress, guide, ports);
     return ioPoeDeviceInit();
 }
 

@@ -29,6 +29,12 @@ struct Answers {
     std::array<std::optional<int32_t>, kSources> status; // none: not asked
 };
 
+/** Not every controller has inrush modes. */
+Cell inrushCell(uint32_t mode) {
+    constexpr uint32_t kNone = UINT32_MAX;
+    return mode == kNone ? Cell{kNotAskedText, nullptr} : poeNumberCell(mode);
+}
+
 /** A value, and what becomes of it. */
 struct PortReading {
     PoePortItem item;
@@ -68,45 +74,44 @@ const PortReading kPortReadings[] = {
      [](const Answers &answers) { return milliCell(answers.settings.powerLimitMw); }},
     {{"inrush_mode", "INRUSH", "Inrush mode", 6},
      kFromPower,
-     [](const Answers &answers) { return poeNumberCell(answers.settings.inrushMode); }},
+     [](const Answers &answers) { return inrushCell(answers.settings.inrushMode); }},
     {{"priority", "PRIORITY", "Priority (1 is the most important)", 8},
      kFromPower,
      [](const Answers &answers) { return answers.priority; }},
 };
 constexpr PoePortItem kPort = {"port", "PORT", "Port", 4};
 
-/**
- * The priority that the last answer to a question about a port's power settings tells. The library
- * sets priorities 1 to 3 as 2 to 0 and has no function that reads them.
- */
+/** The priority that an answer about a port tells: the library has no function that reads it. */
 class PrioritySeen {
   public:
-    explicit PrioritySeen(uint32_t port)
-        : watch_([this, port](PoeDirection direction, ByteView frame) {
+    PrioritySeen(const bsp::PoeGuide &guide, uint32_t port)
+        : guide_(guide), echo_(guide), watch_([this, port](PoeDirection direction, ByteView frame) {
               see(direction, frame, port);
           }) {}
 
     Cell cell() const {
-        constexpr uint8_t kHighest = 3;
-        if (!value_ || *value_ > kHighest)
+        if (!value_)
             return {"unknown", nullptr};
-        if (*value_ == kHighest)
+        if (*value_ == 0)
             return {"above 1", int64_t{0}};
-        return numberCell(kHighest - *value_);
+        return numberCell(*value_);
     }
 
   private:
     void see(PoeDirection direction, ByteView frame, uint32_t port) {
-        constexpr uint8_t kPowerSettings = 0x49;
-        constexpr size_t kPriorityAt = 6;
         if (direction == PoeDirection::ToController)
             echo_.sent(frame);
-        else if (echo_.isAnsweredBy(frame) && frame[0] == kPowerSettings && frame[2] == port - 1)
-            value_ = frame[kPriorityAt];
+        else if (guide_.priorityIn != nullptr && echo_.isAnsweredBy(frame))
+            see(guide_.priorityIn(frame, port));
+    }
+    void see(std::optional<uint32_t> priority) {
+        if (priority)
+            value_ = priority;
     }
 
+    const bsp::PoeGuide &guide_;
     PoeEcho echo_;
-    std::optional<uint8_t> value_;
+    std::optional<uint32_t> value_;
     PoeWatch watch_;
 };
 
@@ -116,8 +121,8 @@ bool isSilent(int32_t status) {
            status == BSP_E_POE_LOCK;
 }
 
-void askForSettings(Answers &answers, uint32_t port) {
-    const PrioritySeen priority(port);
+void askForSettings(Answers &answers, const bsp::PoeGuide &guide, uint32_t port) {
+    const PrioritySeen priority(guide, port);
     const int32_t status = ioPoePortSettingsGet(port, &answers.settings);
     answers.status[kFromMode] = status == BSP_OK ? answers.settings.modeStatus : status;
     answers.status[kFromPower] = status == BSP_OK ? answers.settings.powerStatus : status;
@@ -125,7 +130,7 @@ void askForSettings(Answers &answers, uint32_t port) {
 }
 
 /** Goes on until the controller falls silent. */
-Answers ask(uint32_t port) {
+Answers ask(const bsp::PoeGuide &guide, uint32_t port) {
     Answers answers;
     int32_t status = ioPoePortStateGet(port, &answers.state);
     answers.status[kFromState] = status;
@@ -135,7 +140,7 @@ Answers ask(uint32_t port) {
         answers.status[kFromMeasurement] = status;
     }
     if (!isSilent(status))
-        askForSettings(answers, port);
+        askForSettings(answers, guide, port);
     return answers;
 }
 
@@ -166,9 +171,9 @@ const std::vector<PoePortItem> &poePortItems() {
     return items;
 }
 
-std::vector<Cell> readPoePort(Report &report, uint32_t port) {
+std::vector<Cell> readPoePort(Report &report, const bsp::PoeGuide &guide, uint32_t port) {
     const std::string prefix = "ports." + std::to_string(port) + ".";
-    const Answers answers = ask(port);
+    const Answers answers = ask(guide, port);
     std::vector<Cell> cells;
     std::array<bool, kSources> isNoted{};
     for (const PortReading &reading : kPortReadings) {

@@ -2,6 +2,7 @@
 // What a PoE port says of itself.
 
 #include "iodbg/core/report.h"
+#include "poe/guide.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -26,7 +27,7 @@ const std::vector<PoePortItem> &poePortItems();
  * under the first of the items that it would have told. Only a port that delivers power is
  * measured.
  */
-std::vector<Cell> readPoePort(Report &report, uint32_t port);
+std::vector<Cell> readPoePort(Report &report, const bsp::PoeGuide &guide, uint32_t port);
 
 // The table of ports, line by line: it fits into 80 columns. "!" stands for what failed, and "?"
 // for an unknown class.

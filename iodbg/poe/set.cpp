@@ -5,6 +5,7 @@
 #include "iodbg/core/failure.h"
 #include "iodbg/poe/board.h"
 #include "iodbg/poe/cells.h"
+#include "iodbg/poe/guide.h"
 #include "iodbg/poe/parts.h"
 
 namespace iodbg {
@@ -23,7 +24,7 @@ struct Setting {
     ValueParser parser;
     int32_t (*set)(uint32_t port, uint32_t value);
     int32_t (*get)(uint32_t port, uint32_t *out); // null: nothing reads it
-    uint32_t unit;                                // the controller rounds up to it
+    uint32_t bsp::PoeGuide::*unit; // the controller rounds up to it; null: it does not
     Cell (*cell)(uint32_t value);
 };
 
@@ -52,26 +53,26 @@ constexpr Setting kSettings[] = {
      "Who powers the ports: the controller (auto), a command after detection (semi), "
      "commands for every step (manual), or nobody (disabled)",
      "auto|semi|manual|disabled", "iodbg poe set mode 3 semi", modeParser, ioPoePortModeSet,
-     ioPoePortModeGet, 1, poeModeCell},
+     ioPoePortModeGet, nullptr, poeModeCell},
     {"priority", "Which ports keep their power when the budget is spent",
      "1|2|3; 1 is the most important", "iodbg poe set priority 1-4 1",
-     numberParser<BSP_POE_PRIORITY_MIN, BSP_POE_PRIORITY_MAX>, ioPoePortPrioritySet, nullptr, 1,
-     poeNumberCell},
+     numberParser<BSP_POE_PRIORITY_MIN, BSP_POE_PRIORITY_MAX>, ioPoePortPrioritySet, nullptr,
+     nullptr, poeNumberCell},
     {"limit", "Power limit", "Milliwatts, 0 to 102000; rounded up to 400",
      "iodbg poe set limit 3 30000", numberParser<0, BSP_POE_PORT_LIMIT_MAX_MW>,
-     ioPoePortMaxPowerSet, ioPoePortMaxPowerGet, BSP_POE_PORT_LIMIT_STEP_MW, poeNumberCell},
+     ioPoePortMaxPowerSet, ioPoePortMaxPowerGet, &bsp::PoeGuide::portLimitStepMw, poeNumberCell},
     {"limit-type", "What limits the ports' power",
      "1|2: the device's class, or the limit that is set", "iodbg poe set limit-type 3 2",
      numberParser<BSP_POE_LIMIT_TYPE_MIN, BSP_POE_LIMIT_TYPE_MAX>, ioPoePortMaxPowerTypeSet,
-     nullptr, 1, poeNumberCell},
+     nullptr, nullptr, poeNumberCell},
     {"legacy", "Detection of devices older than the standard", "on|off",
-     "iodbg poe set legacy all off", switchParser, ioPoePortLegacyEnableSet, nullptr, 1,
+     "iodbg poe set legacy all off", switchParser, ioPoePortLegacyEnableSet, nullptr, nullptr,
      switchCell},
     {"inrush", "Inrush mode", "0 to 8", "iodbg poe set inrush 3 6",
-     numberParser<0, BSP_POE_INRUSH_MODE_MAX>, ioPoePortInrushModeSet, ioPoePortInrushModeGet, 1,
-     poeNumberCell},
+     numberParser<0, BSP_POE_INRUSH_MODE_MAX>, ioPoePortInrushModeSet, ioPoePortInrushModeGet,
+     nullptr, poeNumberCell},
     {"force-inrush", "Forced inrush", "on|off", "iodbg poe set force-inrush 3 off", switchParser,
-     ioPoePortForceInrushSet, nullptr, 1, switchCell},
+     ioPoePortForceInrushSet, nullptr, nullptr, switchCell},
 };
 
 constexpr uint32_t roundedUp(uint32_t value, uint32_t unit) {
@@ -85,7 +86,8 @@ Cell readBack(const Setting &setting, uint32_t port, uint32_t value) {
     const std::string name = std::string(setting.name) + " of port " + std::to_string(port);
     uint32_t stored = 0;
     require(setting.get(port, &stored), "read back the " + name);
-    if (stored != roundedUp(value, setting.unit))
+    const uint32_t unit = setting.unit != nullptr ? poeGuide().*setting.unit : 1;
+    if (stored != roundedUp(value, unit))
         throw Failure(ExitCode::ReadBack, "the " + name + " was set to " +
                                               setting.cell(value).text + " but reads " +
                                               setting.cell(stored).text + "; see 'iodbg poe port " +
@@ -109,7 +111,7 @@ ExitCode setBudget(Console &console, uint32_t milliwatts) {
     require(ioPoeGlobalMaxPowerSet(milliwatts), "set the power budget");
     uint32_t stored = 0;
     require(ioPoeGlobalMaxPowerGet(&stored), "read back the power budget");
-    if (stored != roundedUp(milliwatts, BSP_POE_BUDGET_STEP_MW))
+    if (stored != roundedUp(milliwatts, poeGuide().budgetStepMw))
         throw Failure(ExitCode::ReadBack, "the power budget was set to " +
                                               std::to_string(milliwatts) + " mW but reads " +
                                               std::to_string(stored) + " mW; set it again");

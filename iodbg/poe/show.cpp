@@ -6,6 +6,7 @@
 #include "iodbg/core/progress.h"
 #include "iodbg/poe/board.h"
 #include "iodbg/poe/controller.h"
+#include "iodbg/poe/guide.h"
 #include "iodbg/poe/parts.h"
 #include "iodbg/poe/port.h"
 
@@ -16,7 +17,7 @@ namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kPortMs = 600; // three exchanges, and a fourth for a port with power
+constexpr uint32_t kPortExchanges = 3; // and a fourth for a port with power
 
 /** Ends the command when the controller does not answer at all, rather than fail on each port. */
 void requireAnswer() {
@@ -54,25 +55,26 @@ class LiveText {
     std::string rest_;
 };
 
-std::vector<WorkStep> portSteps(const std::vector<uint32_t> &ports) {
+std::vector<WorkStep> portSteps(const bsp::PoeGuide &guide, const std::vector<uint32_t> &ports) {
     std::vector<WorkStep> steps;
     steps.reserve(ports.size());
     for (const uint32_t port : ports)
-        steps.push_back({"port " + std::to_string(port), kPortMs});
+        steps.push_back({"port " + std::to_string(port), kPortExchanges * guide.exchangeMs});
     return steps;
 }
 
 void addPorts(Report &report, Console &console, LiveText &text,
               const std::vector<uint32_t> &ports) {
+    const bsp::PoeGuide &guide = poeGuide();
     std::optional<Progress> progress; // rows that appear one by one need none
     if (!text.isLive())
-        progress.emplace(console, "poe status", portSteps(ports));
+        progress.emplace(console, "poe status", portSteps(guide, ports));
     Table table = portsTable();
     text.add("\n" + poePortHeadLine());
     for (size_t i = 0; i < ports.size(); ++i) {
         if (progress)
             progress->reach(i, 0);
-        std::vector<Cell> cells = readPoePort(report, ports[i]);
+        std::vector<Cell> cells = readPoePort(report, guide, ports[i]);
         text.add(poePortLine(ports[i], cells));
         cells.insert(cells.begin(), numberCell(ports[i]));
         table.rows.push_back(std::move(cells));
@@ -98,7 +100,7 @@ ExitCode showPort(Console &console, uint32_t port) {
     Report report;
     Section section = {"", "", {}};
     section.add("port", "Port", numberCell(port));
-    const std::vector<Cell> cells = readPoePort(report, port);
+    const std::vector<Cell> cells = readPoePort(report, poeGuide(), port);
     for (size_t i = 0; i < cells.size(); ++i)
         section.add(poePortItems()[i].key, poePortItems()[i].longLabel, cells[i]);
     report.parts.emplace_back(section);

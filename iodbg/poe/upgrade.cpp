@@ -9,17 +9,18 @@
 #include "iodbg/core/progress.h"
 #include "iodbg/poe/board.h"
 #include "iodbg/poe/controller.h"
+#include "iodbg/poe/guide.h"
 #include "iodbg/poe/parts.h"
 #include "iodbg/poe/wire.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
+#include <vector>
 
 namespace iodbg {
 
 namespace {
-
-constexpr uint32_t kBlockSize = 32;
 
 struct Arguments {
     std::string file;
@@ -30,17 +31,57 @@ struct Arguments {
 struct Image {
     std::string file;
     uint32_t size;
-
-    uint32_t blocks() const { return (size + kBlockSize - 1) / kBlockSize; }
 };
 
+/** What controllers take as firmware, of those that take any. */
+std::vector<const bsp::PoeGuide *> guidesWithFirmware() {
+    std::vector<const bsp::PoeGuide *> guides;
+    for (const bsp::PoeGuideRow &row : bsp::kPoeGuides) {
+        if (row.guide.image.largest != 0)
+            guides.push_back(&row.guide);
+    }
+    return guides;
+}
+
+bool fits(uint32_t size, const bsp::PoeImageSizes &sizes) {
+    return size >= sizes.smallest && size <= sizes.largest && size % sizes.step == 0;
+}
+
+/** "51200 to 196608 bytes, a multiple of 4", for all controllers. */
+std::string sizesText(const char *unit, const char *also) {
+    std::string text;
+    for (const bsp::PoeGuide *guide : guidesWithFirmware())
+        text += (text.empty() ? "" : ", or ") + std::to_string(guide->image.smallest) + " to " +
+                std::to_string(guide->image.largest) + unit + also + "a multiple of " +
+                std::to_string(guide->image.step);
+    return text;
+}
+
+/** Whether some controller takes it; what is too large for all is not read at all. */
 Image checkImage(const std::string &file) {
-    const size_t size = readHostFile(file, BSP_POE_FIRMWARE_MAX).size();
-    if (size < BSP_POE_FIRMWARE_MIN || size % BSP_POE_FIRMWARE_STEP != 0)
+    const std::vector<const bsp::PoeGuide *> guides = guidesWithFirmware();
+    uint32_t largest = 0;
+    for (const bsp::PoeGuide *guide : guides)
+        largest = std::max(largest, guide->image.largest);
+    const auto size = static_cast<uint32_t>(readHostFile(file, largest).size());
+    const auto isTakenBy = [size](const bsp::PoeGuide *guide) { return fits(size, guide->image); };
+    if (std::none_of(guides.begin(), guides.end(), isTakenBy))
         throw Failure::usage("'" + file + "' has " + std::to_string(size) +
-                             " bytes; firmware of the PoE controller has 51200 to 196608 and a "
-                             "multiple of 4; check that it is the right file");
-    return {file, static_cast<uint32_t>(size)};
+                             " bytes; firmware of the PoE controller has " +
+                             sizesText("", " and ") + "; check that it is the right file");
+    return {file, size};
+}
+
+/** The guide to this board's controller, which must take such an image. */
+const bsp::PoeGuide &guideFor(const Image &image) {
+    const bsp::PoeGuide &guide = poeGuide();
+    if (guide.image.largest == 0)
+        throw Failure(ExitCode::Board, "the PoE controller of this model takes no firmware");
+    if (!fits(image.size, guide.image))
+        throw Failure::usage("'" + image.file + "' has " + std::to_string(image.size) +
+                             " bytes, which is no size of firmware for the PoE controller of this "
+                             "model; check that it is the right file");
+    return guide;
 }
 
 std::optional<std::string> readVersion() {
@@ -50,56 +91,37 @@ std::optional<std::string> readVersion() {
     return text.data();
 }
 
-// What the steps take at least, in milliseconds.
-constexpr uint32_t kAskMs = 200;
-constexpr uint32_t kRestMs = 1000;
-constexpr uint32_t kBlockMs = 125;
-constexpr uint32_t kLoaderMs = kRestMs + kBlockMs + 10000;
-constexpr uint32_t kStartMs = kRestMs + kBlockMs + kRestMs;
-
-enum Step : size_t { kAsk, kLoader, kWrite, kStart };
-
-std::vector<WorkStep> stepsFor(const Image &image) {
-    return {{"ask the controller", kAskMs},
-            {"start its loader", kLoaderMs},
-            {"write the image", image.blocks() * kBlockMs},
-            {"start the new firmware", kStartMs}};
-}
-
-uint32_t secondsFor(const Image &image) {
+uint32_t secondsFor(const bsp::PoeGuide &guide, uint32_t size) {
     uint32_t milliseconds = 0;
-    for (const WorkStep &step : stepsFor(image))
+    for (const WorkStep &step : stepsOf(guide.upgrade, size))
         milliseconds += step.leastMs;
     return milliseconds / 1000;
 }
 
-/** Tells from a frame how far the upgrade is. */
-void follow(Progress &progress, ByteView frame) {
-    constexpr uint8_t kLoaderCommand = 0xC0;
-    constexpr uint8_t kJumpToLoader = 0x00;
-    constexpr uint8_t kJumpToFirmware = 0x40;
-    constexpr uint8_t kBank0 = 0x80, kBank3 = 0x83;
-    constexpr size_t kHeader = 4; // of a block
-    if (frame.size() < kHeader)
-        return;
-    if (frame[0] != kLoaderCommand)
-        return progress.reach(kAsk, 0);
-    if (frame[1] == kJumpToLoader)
-        return progress.reach(kLoader, kRestMs);
-    if (frame[1] == kJumpToFirmware)
-        return progress.reach(kStart, kRestMs);
-    if (frame[1] < kBank0 || frame[1] > kBank3)
-        return;
-    const uint32_t position =
-        static_cast<uint32_t>(frame[1] - kBank0) << 16 | uint32_t{frame[2]} << 8 | frame[3];
-    progress.reach(kWrite, position / kBlockSize * kBlockMs);
+/** "4 to 14 minutes", over all controllers. */
+std::string minutesText() {
+    constexpr uint32_t kMinute = 60;
+    uint32_t shortest = UINT32_MAX;
+    uint32_t longest = 0;
+    for (const bsp::PoeGuide *guide : guidesWithFirmware()) {
+        shortest = std::min(shortest, secondsFor(*guide, guide->image.smallest));
+        longest = std::max(longest, secondsFor(*guide, guide->image.largest));
+    }
+    const auto roundedUp = [](uint32_t seconds) { return (seconds + kMinute - 1) / kMinute; };
+    return std::to_string(roundedUp(shortest)) + " to " + std::to_string(roundedUp(longest)) +
+           " minutes";
 }
 
-int32_t upgrade(Console &console, const Image &image) {
-    Progress progress(console, "poe upgrade", stepsFor(image));
-    const PoeWatch watch([&progress](PoeDirection direction, ByteView frame) {
-        if (direction == PoeDirection::ToController)
-            follow(progress, frame);
+int32_t upgrade(Console &console, const bsp::PoeGuide &guide, const Image &image) {
+    const bsp::PoeWork &work = guide.upgrade;
+    Progress progress(console, "poe upgrade", stepsOf(work, image.size));
+    uint32_t sent = 0;
+    const PoeWatch watch([&](PoeDirection direction, ByteView frame) {
+        if (direction != PoeDirection::ToController)
+            return;
+        if (const auto place = work.placeOf(image.size, sent, frame))
+            progress.reach(place->step, place->ms);
+        ++sent;
     });
     return ioPoeAppUpgradeSet(image.file.c_str());
 }
@@ -114,24 +136,26 @@ std::string hintFor(int32_t status) {
                : "";
 }
 
-std::string planText(const Image &image, const std::optional<std::string> &version) {
+std::string planText(const Image &image, uint32_t seconds,
+                     const std::optional<std::string> &version) {
     return "Firmware of the PoE controller\n"
            "  now  " +
            version.value_or("none that answers: the controller is in its loader") +
            "\n"
            "  new  " +
            image.file + ", " + std::to_string(image.size) + " bytes\n" +
-           inLines("The upgrade takes at least " + durationText(secondsFor(image)) +
+           inLines("The upgrade takes at least " + durationText(seconds) +
                        " and must not be interrupted; no port has power afterwards until 'iodbg "
                        "poe init'.",
                    kPageWidth) +
            "\n";
 }
 
-void addPlan(Section &section, const Image &image, const std::optional<std::string> &version) {
+void addPlan(Section &section, const Image &image, uint32_t seconds,
+             const std::optional<std::string> &version) {
     section.add("file", "Image", textCell(image.file));
     section.add("size_bytes", "Size, bytes", numberCell(image.size));
-    section.add("least_seconds", "Takes at least, s", numberCell(secondsFor(image)));
+    section.add("least_seconds", "Takes at least, s", numberCell(seconds));
     section.add("version_before", "Firmware before",
                 version ? textCell(*version) : Cell{"none that answered", nullptr});
 }
@@ -150,17 +174,19 @@ ExitCode run(Console &console, const Arguments &arguments) {
     console.beginLongWork();
     const Image image = checkImage(arguments.file);
     requirePoe();
+    const bsp::PoeGuide &guide = guideFor(image);
+    const uint32_t seconds = secondsFor(guide, image.size);
     const std::optional<std::string> version = readVersion();
     Section section = {"", "", {}};
-    addPlan(section, image, version);
+    addPlan(section, image, seconds, version);
     section.add("dry_run", "Dry run",
                 flagCell(arguments.isDryRun, "yes, nothing was changed", "no"));
     if (arguments.isDryRun)
         return console.print({{section}, {}});
 
     if (!arguments.isYes)
-        confirm(planText(image, version) + "Upgrade the firmware now?");
-    if (const int32_t status = upgrade(console, image); status != BSP_OK)
+        confirm(planText(image, seconds, version) + "Upgrade the firmware now?");
+    if (const int32_t status = upgrade(console, guide, image); status != BSP_OK)
         throw Failure::board("upgrade the PoE controller's firmware", status, hintFor(status));
     addResult(section);
     return console.print({{section}, {}});
@@ -171,9 +197,8 @@ ExitCode run(Console &console, const Arguments &arguments) {
 void addPoeUpgradeCommand(Command &poe) {
     const auto arguments = std::make_shared<Arguments>();
     Command &command =
-        poe.command("upgrade", "Write new firmware into the controller; takes 4 to 14 minutes");
-    command.argument("FILE", "The image: 51200 to 196608 bytes, a multiple of 4",
-                     fileName(arguments->file));
+        poe.command("upgrade", "Write new firmware into the controller; takes " + minutesText());
+    command.argument("FILE", "The image: " + sizesText(" bytes", ", "), fileName(arguments->file));
     command.flag("--dry-run", "Check the file and show what would be replaced",
                  arguments->isDryRun);
     command.flag("--yes", kYesHelp, arguments->isYes);

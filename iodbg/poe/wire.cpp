@@ -3,7 +3,6 @@
 #include "bsp.h"
 
 #include <algorithm>
-#include <numeric>
 #include <utility>
 
 namespace iodbg {
@@ -12,7 +11,6 @@ namespace {
 
 constexpr uint64_t kPoeBus = 16; // bus 16, channel 0
 constexpr uint64_t kPoeDevice = 0x20;
-constexpr uint64_t kLongestTransfer = 64; // a block of firmware has 36 bytes
 
 PoeWatcher watching;
 
@@ -34,27 +32,21 @@ std::optional<PoeTraffic> poeTrafficOf(unsigned long request, const void *argume
     const auto *bytes = reinterpret_cast<const uint8_t *>(static_cast<uintptr_t>(record.slot[4]));
     const uint64_t length = record.slot[5];
     const bool isCarried =
-        record.result == BSP_OK && bytes != nullptr && length <= kLongestTransfer;
+        record.result == BSP_OK && bytes != nullptr && length <= kLongestPoeTransfer;
     if (record.slot[0] != kPoeBus || record.slot[1] != kPoeDevice || !isCarried)
         return {};
     return PoeTraffic{*direction, {bytes, static_cast<size_t>(length)}};
 }
 
-bool isPoeFrame(ByteView frame) {
-    constexpr size_t kSize = 12;
-    if (frame.size() != kSize)
-        return false;
-    const auto sum = std::accumulate(frame.begin(), frame.end() - 1, 0u);
-    return frame.back() == static_cast<uint8_t>(sum);
-}
-
 void PoeEcho::sent(ByteView frame) {
-    if (frame.size() >= head_.size())
-        std::copy_n(frame.begin(), head_.size(), head_.begin());
+    if (frame.size() < 2 || frame.size() > sent_.size())
+        return; // no question
+    std::copy(frame.begin(), frame.end(), sent_.begin());
+    length_ = frame.size();
 }
 
 bool PoeEcho::isAnsweredBy(ByteView frame) const {
-    return isPoeFrame(frame) && std::equal(head_.begin(), head_.end(), frame.begin());
+    return guide_.isAnswer({sent_.data(), length_}, frame);
 }
 
 void tellOfRequest(unsigned long request, const void *argument) {

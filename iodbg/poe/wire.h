@@ -3,6 +3,7 @@
 // has reached, and parts of answers that no function of the library gives.
 
 #include "iodbg/core/format.h"
+#include "poe/guide.h"
 
 #include <array>
 #include <cstdint>
@@ -26,18 +27,21 @@ struct PoeTraffic {
  */
 std::optional<PoeTraffic> poeTrafficOf(unsigned long request, const void *argument);
 
-/** Whether these are a frame of the controller's protocol: its length and its sum are right. */
-bool isPoeFrame(ByteView frame);
+constexpr size_t kLongestPoeTransfer = 64; // what is longer is no frame of any controller
 
-/** What an answer has to repeat of the frame that was sent last. */
+/** The frame that was sent last, by which its answer is known. */
 class PoeEcho {
   public:
+    explicit PoeEcho(const bsp::PoeGuide &guide) : guide_(guide) {}
+
     void sent(ByteView frame);
     /** Whether a frame that was read is a whole one and answers what was sent. */
     bool isAnsweredBy(ByteView frame) const;
 
   private:
-    std::array<uint8_t, 2> head_{}; // command and sequence number
+    const bsp::PoeGuide &guide_;
+    std::array<uint8_t, kLongestPoeTransfer> sent_{};
+    size_t length_ = 0;
 };
 
 /** Told of every frame that the bus has carried. It must not throw. */

@@ -1,6 +1,7 @@
 // Hand-made frames from the diagnostic shell: "iodbg poe poeCommand CMD SEQ DATA ...".
 
 #include "bsp.h"
+#include "poe/rtl8239/debug_words.h"
 #include "poe/rtl8239/exchange.h"
 
 #include <algorithm>
@@ -23,7 +24,7 @@ struct DebugCommand {
 };
 
 constexpr DebugCommand kCommands[] = {
-    {"poeCommand", "CMD SEQ DATA ...", bspPoeRtl8239DbgPoeCommand},
+    {kPoeCommandWord, "CMD SEQ DATA ...", bspPoeRtl8239DbgPoeCommand},
 };
 constexpr int32_t kCommandCount = sizeof(kCommands) / sizeof(kCommands[0]);
 

@@ -3,12 +3,14 @@
 #include "bsp.h"
 #include "poe/rtl8239/bus.h"
 #include "poe/rtl8239/commands.h"
+#include "poe/rtl8239/timing.h"
 
 #include <unistd.h>
 
 namespace {
 
-constexpr unsigned kResetSeconds = 1;
+using namespace bsp::rtl8239;
+
 constexpr uint32_t kLowestVoltage = 33000;  // millivolts
 constexpr uint32_t kHighestVoltage = 73000; // millivolts
 constexpr int32_t kPowerManagement = 2;

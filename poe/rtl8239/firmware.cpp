@@ -7,6 +7,7 @@
 #include "poe/lock_file.h"
 #include "poe/rtl8239/commands.h"
 #include "poe/rtl8239/exchange.h"
+#include "poe/rtl8239/timing.h"
 #include "poe/rtl8239/transport.h"
 #include "support/owned.h"
 
@@ -23,13 +24,6 @@ namespace {
 using namespace bsp::rtl8239;
 
 constexpr size_t kImageBuffer = 0x40000;
-
-constexpr int32_t kBlockSize = 32;
-constexpr int32_t kBlockHeader = 4;
-constexpr int32_t kBankSize = 0x10000;
-
-constexpr unsigned kRestSeconds = 1; // before and after every change between application and loader
-constexpr unsigned kLoaderSeconds = 10; // until the loader runs
 
 using ImageBuffer = std::unique_ptr<uint8_t, bsp::FreeMemory>;
 

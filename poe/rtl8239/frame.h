@@ -20,6 +20,21 @@ constexpr Frame blankFrame() {
     return frame;
 }
 
+constexpr uint8_t sumOf(const uint8_t *bytes, int32_t length) {
+    unsigned sum = 0;
+    for (int32_t i = 0; i < length; ++i)
+        sum += bytes[i];
+    return static_cast<uint8_t>(sum);
+}
+
+/** Whether a frame's sum is right, and it repeats what it has to of a request. */
+constexpr bool answers(const uint8_t *request, const uint8_t *response) {
+    return response[0] == request[0] && response[1] == request[1] &&
+           response[kChecksumAt] == sumOf(response, kChecksumAt);
+}
+
+constexpr int kPairsPerFrame = 4; // ports that a frame for several of them concerns
+
 /** Command codes, byte 0 of a frame. */
 enum Command : uint8_t {
     kGlobalEnable = 0x00,

@@ -7,7 +7,6 @@
 
 namespace bsp::rtl8239 {
 
-constexpr int kPairsPerFrame = 4;
 constexpr uint8_t kTriggerSet = 0; // second byte of the detection trigger's frames
 constexpr uint8_t kTriggerGet = 1;
 

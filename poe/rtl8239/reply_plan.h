@@ -2,16 +2,12 @@
 // How the reply to each request is waited for, which the controller's firmware decides.
 
 #include "poe/rtl8239/frame.h"
+#include "poe/rtl8239/timing.h"
 
 #include <cstdint>
-#include <sys/types.h>
 
 namespace bsp::rtl8239 {
 
-constexpr useconds_t kPoll = 100000;
-constexpr useconds_t kLoaderPoll = 25000;
-constexpr useconds_t kGlobalEnableWait = 1100000;
-constexpr useconds_t kMappingWait = 2100000;
 constexpr int32_t kDownloadReply = 4; // the loader repeats a block's header
 
 /** How the reply to a request is waited for. */

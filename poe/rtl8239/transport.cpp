@@ -14,7 +14,6 @@ namespace {
 
 using namespace bsp::rtl8239;
 
-constexpr useconds_t kSettle = 100000; // what the controller needs before each request
 constexpr int kAttempts = 5;
 
 /** Commands whose second byte belongs to the command instead of counting frames. */
@@ -55,19 +54,13 @@ bool isNull(const uint8_t *request, const uint8_t *response,
 } // namespace
 
 uint8_t rtl8239CmdChecksum(const uint8_t *buffer, int32_t length) {
-    unsigned sum = 0;
-    for (int32_t i = 0; buffer != nullptr && i < length; ++i)
-        sum += buffer[i];
-    return static_cast<uint8_t>(sum);
+    return buffer != nullptr ? sumOf(buffer, length) : uint8_t{0};
 }
 
 int32_t rtl8239CmdResponseCheck(const uint8_t *request, const uint8_t *response) {
     if (request == nullptr || response == nullptr)
         return BSP_E_POE_NULL;
-    const bool isEcho = response[0] == request[0] && response[1] == request[1];
-    return isEcho && response[kChecksumAt] == rtl8239CmdChecksum(response, kChecksumAt)
-               ? BSP_OK
-               : BSP_E_POE_FRAME;
+    return answers(request, response) ? BSP_OK : BSP_E_POE_FRAME;
 }
 
 int32_t rtl8239CmdMessage(const uint8_t *request, uint8_t *response, int32_t length) {

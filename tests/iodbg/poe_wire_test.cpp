@@ -3,6 +3,7 @@
 #include "iodbg/poe/wire.h"
 
 #include "bsp.h"
+#include "poe/rtl8239/guide.h"
 
 #include <array>
 #include <gtest/gtest.h>
@@ -120,23 +121,27 @@ TEST(PoeTrafficTest, RequestsOfOthersPassAWatch) {
     close(ends[1]);
 }
 
+bool isWhole(ByteView frame) {
+    return bsp::rtl8239::kGuide.isAnswer(kFrame, frame);
+}
+
 TEST(PoeFrameTest, LengthAndSumMakeAFrame) {
-    EXPECT_TRUE(iodbg::isPoeFrame(kFrame));
+    EXPECT_TRUE(isWhole(kFrame));
     for (size_t i = 0; i < kFrame.size(); ++i) {
         Frame frame = kFrame;
         frame[i] ^= 0x10;
-        EXPECT_FALSE(iodbg::isPoeFrame(frame)) << i;
+        EXPECT_FALSE(isWhole(frame)) << i;
     }
-    EXPECT_FALSE(iodbg::isPoeFrame({}));
-    EXPECT_FALSE(iodbg::isPoeFrame(ByteView(kFrame).first(11)));
+    EXPECT_FALSE(isWhole({}));
+    EXPECT_FALSE(isWhole(ByteView(kFrame).first(11)));
     const std::vector<uint8_t> longer(13, 0);
-    EXPECT_FALSE(iodbg::isPoeFrame(longer));
+    EXPECT_FALSE(isWhole(longer));
     const Frame silence = {0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
-    EXPECT_FALSE(iodbg::isPoeFrame(silence));
+    EXPECT_FALSE(isWhole(silence));
 }
 
 TEST(PoeEchoTest, AnAnswerRepeatsCommandAndSequence) {
-    iodbg::PoeEcho echo;
+    iodbg::PoeEcho echo(bsp::rtl8239::kGuide);
     const Frame question = {0x49, 0x11, 5};
     echo.sent(question);
     EXPECT_TRUE(echo.isAnsweredBy(kFrame));
@@ -144,7 +149,7 @@ TEST(PoeEchoTest, AnAnswerRepeatsCommandAndSequence) {
         Frame other = kFrame;
         ++other[place];
         ++other.back(); // a whole frame, but of another question
-        ASSERT_TRUE(iodbg::isPoeFrame(other));
+        ASSERT_TRUE(bsp::rtl8239::kGuide.isAnswer(other, other));
         EXPECT_FALSE(echo.isAnsweredBy(other)) << place;
     }
     EXPECT_FALSE(echo.isAnsweredBy(ByteView(kFrame).first(1)));

@@ -1,0 +1,29 @@
+#include "iodbg/poe/guide.h"
+
+#include "bsp.h"
+#include "identity/board_catalogue.h"
+#include "iodbg/core/failure.h"
+
+namespace iodbg {
+
+const bsp::PoeGuide &poeGuide() {
+    uint32_t id = 0;
+    require(bspDevIdGet(&id), "read the device id");
+    const bsp::PoeChip chip = bsp::boardModel(id).poeChip;
+    for (const bsp::PoeGuideRow &row : bsp::kPoeGuides) {
+        if (row.chip == chip)
+            return row.guide;
+    }
+    throw Failure(ExitCode::Board, "this iodbg does not know the PoE controller of this model");
+}
+
+std::vector<WorkStep> stepsOf(const bsp::PoeWork &work, uint32_t amount) {
+    std::vector<WorkStep> steps;
+    for (uint32_t index = 0; index < work.steps; ++index) {
+        const bsp::PoeWorkStep step = work.step(amount, index);
+        steps.push_back({step.name, step.leastMs});
+    }
+    return steps;
+}
+
+} // namespace iodbg

@@ -1,0 +1,128 @@
+#include "poe/rtl8239/guide.h"
+
+#include "bsp.h"
+#include "poe/rtl8239/debug_words.h"
+#include "poe/rtl8239/firmware.h"
+#include "poe/rtl8239/frame.h"
+#include "poe/rtl8239/timing.h"
+
+#include <array>
+#include <cstddef>
+
+namespace bsp::rtl8239 {
+
+namespace {
+
+constexpr uint32_t kFrameMs = (kSettle + kPoll) / 1000;
+
+// The initialisation, as device_init.cpp carries it out.
+
+/** A part of it: its requests, and what each takes at least. */
+struct Phase {
+    const char *name;
+    uint32_t requests;
+    uint32_t requestMs;
+};
+
+constexpr std::array<Phase, 14> phasesFor(uint32_t ports) {
+    constexpr uint32_t kSwitchMs = kFrameMs + kGlobalEnableWait / 1000;
+    constexpr uint32_t kMappingMs = kFrameMs + kMappingWait / 1000;
+    const uint32_t perSetting = (ports + kPairsPerFrame - 1) / kPairsPerFrame;
+    return {{{"reset the controller", 0, 2 * kResetSeconds * 1000},
+             {"switch all ports off", 1, kSwitchMs},
+             {"forget the port mapping", 1, kMappingMs},
+             {"map the ports", BSP_POE_PORTS_MAX, kFrameMs},
+             {"set priorities", perSetting, kFrameMs},
+             {"set modes", perSetting, kFrameMs},
+             {"set kinds of power limit", perSetting, kFrameMs},
+             {"set kinds of detection", perSetting, kFrameMs},
+             {"set forced inrush", perSetting, kFrameMs},
+             {"set kinds of disconnection", perSetting, kFrameMs},
+             {"set voltages and the power budget", 3, kFrameMs},
+             {"use the port mapping", 1, kMappingMs},
+             {"set the ports' limits", 2 * ports, kFrameMs},
+             {"switch all ports on", 1, kSwitchMs}}};
+}
+constexpr uint32_t kPhases = phasesFor(0).size();
+
+PoeWorkStep initStep(uint32_t ports, uint32_t index) {
+    const Phase phase = phasesFor(ports)[index];
+    return {phase.name, phase.requestMs * (phase.requests != 0 ? phase.requests : 1)};
+}
+
+std::optional<PoeWorkPlace> initPlace(uint32_t ports, uint32_t requestsBefore, PoeBytes) {
+    uint32_t left = requestsBefore;
+    uint32_t step = 0;
+    for (const Phase &phase : phasesFor(ports)) {
+        if (left < phase.requests)
+            return PoeWorkPlace{step, left * phase.requestMs};
+        left -= phase.requests;
+        ++step;
+    }
+    return PoeWorkPlace{step, 0};
+}
+
+// The upgrade, as firmware.cpp carries it out.
+
+constexpr uint32_t kRestMs = kRestSeconds * 1000;
+constexpr uint32_t kBlockMs = (kSettle + kLoaderPoll) / 1000;
+
+enum UpgradeStep : uint32_t { kAsk, kLoader, kWrite, kStart, kUpgradeSteps };
+
+PoeWorkStep upgradeStep(uint32_t size, uint32_t index) {
+    const uint32_t blocks = (size + kBlockSize - 1) / kBlockSize;
+    const PoeWorkStep steps[kUpgradeSteps] = {
+        {"ask the controller", kFrameMs},
+        {"start its loader", kRestMs + kBlockMs + kLoaderSeconds * 1000},
+        {"write the image", blocks * kBlockMs},
+        {"start the new firmware", kRestMs + kBlockMs + kRestMs}};
+    return steps[index];
+}
+
+std::optional<PoeWorkPlace> upgradePlace(uint32_t, uint32_t, PoeBytes request) {
+    if (request.size() < kBlockHeader)
+        return {};
+    if (request[0] != kMisc)
+        return PoeWorkPlace{kAsk, 0};
+    if (request[1] == kJumpToLoader)
+        return PoeWorkPlace{kLoader, kRestMs};
+    if (request[1] == kJumpToApp)
+        return PoeWorkPlace{kStart, kRestMs};
+    if (request[1] < kDownloadBank0 || request[1] > kDownloadBank3)
+        return {};
+    const uint32_t bank = request[1] - uint32_t{kDownloadBank0};
+    const uint32_t position = bank * kBankSize + (uint32_t{request[2]} << 8 | request[3]);
+    return PoeWorkPlace{kWrite, position / kBlockSize * kBlockMs};
+}
+
+bool isAnswer(PoeBytes request, PoeBytes reply) {
+    return request.size() >= 2 && reply.size() == kFrameSize &&
+           answers(request.data(), reply.data());
+}
+
+/** Callers' priorities 1 to 3 are 2 to 0 here. */
+std::optional<uint32_t> priorityIn(PoeBytes reply, uint32_t port) {
+    constexpr size_t kPriorityAt = 6;
+    if (reply.size() != kFrameSize || reply[0] != kQuery49 || reply[2] != port - 1 ||
+        reply[kPriorityAt] > BSP_POE_PRIORITY_MAX)
+        return {};
+    return uint32_t{BSP_POE_PRIORITY_MAX} - reply[kPriorityAt];
+}
+
+constexpr const char *kDebugWords[] = {kPoeCommandWord};
+
+} // namespace
+
+constexpr PoeGuide kGuide = {
+    .initialisation = {kPhases, initStep, initPlace},
+    .upgrade = {kUpgradeSteps, upgradeStep, upgradePlace},
+    .image = {BSP_POE_FIRMWARE_MIN, BSP_POE_FIRMWARE_MAX, BSP_POE_FIRMWARE_STEP},
+    .exchangeMs = kFrameMs,
+    .portLimitStepMw = BSP_POE_PORT_LIMIT_STEP_MW,
+    .budgetStepMw = BSP_POE_BUDGET_STEP_MW,
+    .isAnswer = isAnswer,
+    .priorityIn = priorityIn,
+    .debugWords = kDebugWords,
+};
+
+} // namespace bsp::rtl8239
