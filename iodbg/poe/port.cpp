@@ -90,6 +90,8 @@ class PrioritySeen {
           }) {}
 
     Cell cell() const {
+        if (guide_.priorityIn == nullptr)
+            return {kNotAskedText, nullptr};
         if (!value_)
             return {"unknown", nullptr};
         if (*value_ == 0)
