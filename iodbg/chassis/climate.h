@@ -8,7 +8,13 @@
 
 namespace iodbg {
 
-int32_t readTemperature(Cell &celsius);
+/** A temperature of the unit, each of a sensor of its own. */
+struct Temperature {
+    Item item;
+    const char *what; // cannot be done when it fails
+};
+
+extern const std::span<const Temperature> kTemperatures;
 
 /** The temperature and the fans' common level. */
 extern const std::span<const Item> kClimateItems;

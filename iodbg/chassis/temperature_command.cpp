@@ -1,4 +1,4 @@
-// iodbg temperature: the board's sensor.
+// iodbg temperature: the sensors.
 
 #include "iodbg/chassis/climate.h"
 #include "iodbg/chassis/commands.h"
@@ -11,10 +11,12 @@ namespace iodbg {
 namespace {
 
 ExitCode show(Console &console) {
-    Cell celsius;
-    require(readTemperature(celsius), "read the temperature sensor");
     Section section = {"", "", {}};
-    section.add("temperature_c", "Temperature", celsius);
+    for (const Temperature &temperature : kTemperatures) {
+        Cell celsius;
+        require(temperature.item.read(celsius), temperature.what);
+        section.add(temperature.item.key, temperature.item.label, celsius);
+    }
     return console.print({{section}, {}});
 }
 

@@ -76,6 +76,7 @@ struct Board {
     FaultTable faults;
     TraceRing trace;
 };
+static_assert(sizeof(Board) == 2125256, "the layout is another one: raise kBoardVersion as well");
 
 /** Check value of a header's fields. */
 uint32_t headerCheck(const BoardHeader &header);
