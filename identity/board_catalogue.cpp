@@ -12,7 +12,6 @@ using bsp::Fans;
 using bsp::kNoDevId;
 using bsp::PoeChip;
 using bsp::Supplies;
-using bsp::SupplyRule;
 
 constexpr Fans kFourFans = {.count = 4,
                             .haveOwnTachometers = true,
