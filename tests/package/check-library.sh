@@ -51,4 +51,16 @@ expect_same "no object of it has exception tables" "" \
 expect_same "the archive has sections at all" "yes" \
     "$(grep -qF .text.bspDevIdGet <<<"$archive_sections" && echo yes)"
 
+# What a person at a unit has no use for: answers that are the same on every board, single values of
+# what iodbg reads at once, and forwarders of what it does under another name.
+expect_same "iodbg reaches every function but these" \
+    "$(printf '%s\n' ioBiosUpgrade ioBoardDescGet ioBoardDescSet ioBoardPowerInfoGet ioBoardSlotIdGet \
+        ioCardIdGet ioCardTypeGet ioCpldUpgrade ioFrameTypeGet ioLaserAdvanceGet ioLaserBasicGet \
+        ioLaserPhySet ioLaserQsfpGet ioLaserQsfpSet ioMfgDateGet ioMfgDateSet ioPoeInitStatusSet \
+        ioPoePortCurrentGet ioPoePortPowerGet ioPoePortVoltageGet ioProductIdGet ioRebootEx \
+        ioSlotIdGet ioSlotPowerStateSet ioSlotPresentGet ioSlotTypeGet ioWatchdogStart)" \
+    "$(comm -23 <(grep '^io' <<<"$exported_names") \
+        <("$nm" -D --undefined-only "$build/bin/iodbg" | sed -nE 's/.* (io|bsp)([A-Z]\w+).*/io\2/p' |
+            sort -u))"
+
 exit "$((failures > 0))"
