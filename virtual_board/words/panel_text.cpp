@@ -206,9 +206,10 @@ class Panel {
     }
 
     std::string lamps() const {
-        const uint16_t lamps = board_.devices.cpld.reg[kCpldLamps];
-        return "lamps   system " + std::to_string(lamps & 3) + ", 4 " +
-               std::to_string(lamps >> 4 & 1) + ", 5 " + std::to_string(lamps >> 5 & 1) + "\n";
+        const Cpld &cpld = board_.devices.cpld;
+        return "lamps   system " + std::to_string(fieldOf(cpld.reg[kCpldLamps], kSystemLamp)) +
+               ", 4 " + (cpldLevel(cpld, kLamp4) ? "1" : "0") + ", 5 " +
+               (cpldLevel(cpld, kLamp5) ? "1" : "0") + "\n";
     }
 
     std::string poeLine() const {
