@@ -1,6 +1,7 @@
 #pragma once
 // Upgrade files of the boot loader.
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <vector>

@@ -88,7 +88,7 @@ int recorded_fcntl(int fd, int command, ...);
 int recorded_flock(int fd, int operation);
 int recorded_ioctl(int fd, unsigned long request, ...);
 ssize_t recorded_read(int fd, void *data, size_t size);
-ssize_t recorded___read_chk(int fd, void *data, size_t size, size_t room);
+ssize_t recorded_read_chk(int fd, void *data, size_t size, size_t room);
 ssize_t recorded_write(int fd, const void *data, size_t size);
 off_t recorded_lseek(int fd, off_t offset, int whence);
 off64_t recorded_lseek64(int fd, off64_t offset, int whence);
@@ -96,9 +96,9 @@ int recorded_stat(const char *path, struct stat *info);
 int recorded_stat64(const char *path, struct stat64 *info);
 std::FILE *recorded_fopen(const char *path, const char *mode);
 size_t recorded_fread(void *data, size_t size, size_t count, std::FILE *file);
-size_t recorded___fread_chk(void *data, size_t room, size_t size, size_t count, std::FILE *file);
+size_t recorded_fread_chk(void *data, size_t room, size_t size, size_t count, std::FILE *file);
 char *recorded_fgets(char *line, int size, std::FILE *file);
-char *recorded___fgets_chk(char *line, size_t room, int size, std::FILE *file);
+char *recorded_fgets_chk(char *line, size_t room, int size, std::FILE *file);
 int recorded_fclose(std::FILE *file);
 void *recorded_malloc(size_t size);
 void *recorded_calloc(size_t count, size_t size);
@@ -110,12 +110,12 @@ int recorded_munmap(void *address, size_t size);
 int recorded_usleep(useconds_t us);
 unsigned recorded_sleep(unsigned seconds);
 int recorded_clock_settime(clockid_t clock, const void *time);
-int recorded___clock_settime64(clockid_t clock, const void *time);
+int recorded_clock_settime64(clockid_t clock, const void *time);
 
 // The same functions under other names.
 int recorded_open64(const char *path, int flags, ...) __attribute__((alias("recorded_open")));
-int recorded___open_2(const char *path, int flags);
-int recorded___open64_2(const char *path, int flags);
+int recorded_open_2(const char *path, int flags);
+int recorded_open64_2(const char *path, int flags);
 int recorded_fcntl64(int fd, int command, ...) __attribute__((alias("recorded_fcntl")));
 std::FILE *recorded_fopen64(const char *path, const char *mode)
     __attribute__((alias("recorded_fopen")));
@@ -135,11 +135,11 @@ int recorded_open(const char *path, int flags, ...) {
     return opened(resultOf<int>(answer, [&] { return open(path, flags, mode); }), path);
 }
 
-int recorded___open_2(const char *path, int flags) {
+int recorded_open_2(const char *path, int flags) {
     return recorded_open(path, flags);
 }
 
-int recorded___open64_2(const char *path, int flags) {
+int recorded_open64_2(const char *path, int flags) {
     return recorded_open(path, flags);
 }
 
@@ -199,7 +199,7 @@ ssize_t recorded_read(int fd, void *data, size_t size) {
                                      [&](size_t part) { return read(fd, data, part); });
 }
 
-ssize_t recorded___read_chk(int fd, void *data, size_t size, size_t) {
+ssize_t recorded_read_chk(int fd, void *data, size_t size, size_t) {
     return recorded_read(fd, data, size);
 }
 
@@ -252,7 +252,7 @@ size_t recorded_fread(void *data, size_t size, size_t count, std::FILE *file) {
     return std::fread(data, size, answer ? static_cast<size_t>(*answer) : count, file);
 }
 
-size_t recorded___fread_chk(void *data, size_t, size_t size, size_t count, std::FILE *file) {
+size_t recorded_fread_chk(void *data, size_t, size_t size, size_t count, std::FILE *file) {
     return recorded_fread(data, size, count, file);
 }
 
@@ -262,7 +262,7 @@ char *recorded_fgets(char *line, int size, std::FILE *file) {
     return answer ? nullptr : std::fgets(line, size, file);
 }
 
-char *recorded___fgets_chk(char *line, size_t, int size, std::FILE *file) {
+char *recorded_fgets_chk(char *line, size_t, int size, std::FILE *file) {
     return recorded_fgets(line, size, file);
 }
 
@@ -314,7 +314,7 @@ void *recorded_mmap64(void *address, size_t size, int access, int flags, int fd,
 int recorded_munmap(void *address, size_t size) {
     const auto answer = answered({"munmap", -1, 0, address, size}, [&] {
         return formatted("unmap %zu%s", size,
-                         libraryHas.mappings.count(address) != 0 ? "" : " of something else");
+                         libraryHas.mappings.contains(address) ? "" : " of something else");
     });
     const int error = errno;
     const auto found = libraryHas.mappings.find(address);
@@ -341,7 +341,7 @@ int recorded_clock_settime(clockid_t clock, const void *time) {
 }
 
 // Its name on 32-bit systems.
-int recorded___clock_settime64(clockid_t clock, const void *time) {
+int recorded_clock_settime64(clockid_t clock, const void *time) {
     const auto answer = answered({"clock_settime"}, [&] { return clockText(clock, time); });
     return resultOf<int>(answer, [&] { return setClock64(clock, time); });
 }

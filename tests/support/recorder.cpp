@@ -6,11 +6,11 @@
 #include <iterator>
 
 namespace {
-std::vector<Recorder *> recorders; // the youngest last
+std::vector<Recorder *> recorders; // the youngest first
 }
 
 Recorder::Recorder() {
-    recorders.push_back(this);
+    recorders.insert(recorders.begin(), this);
 }
 
 Recorder::~Recorder() {
@@ -29,10 +29,9 @@ bool Recorder::allFailed() const {
 std::optional<int64_t> Recorder::answerOf(const SystemCall &call) {
     for (Recorder *recorder : recorders)
         recorder->note(call);
-    for (auto recorder = recorders.rbegin(); recorder != recorders.rend(); ++recorder) {
-        if (const auto answer = (*recorder)->answerTo(call))
+    for (Recorder *recorder : recorders)
+        if (const auto answer = recorder->answerTo(call))
             return answer;
-    }
     return std::nullopt;
 }
 

@@ -23,7 +23,7 @@ struct SystemCall {
     unsigned long request = 0; // of an ioctl
     void *argument = nullptr;  // of an ioctl, of stat, the place of a mapping
     size_t size = 0;           // of a transfer
-    // Most calls are looked at by nobody, and need no words.
+    // Most calls are looked at by nobody, and put into no words.
     const void *described = nullptr;
     std::string (*describe)(const void *) = nullptr;
 
@@ -33,8 +33,10 @@ struct SystemCall {
     std::string text() const { return describe(described); }
 };
 
-/** Sees all calls of the library for as long as it exists. Where there are several, the youngest
- * answers first. */
+/**
+ * Sees all calls of the library for as long as it exists. Where there are several, the youngest
+ * answers first.
+ */
 class Recorder {
   public:
     Recorder();
