@@ -28,9 +28,17 @@ bool isHidden(const BootSetting &setting, const GetArguments &arguments) {
     return &setting == &kBootPassword && !arguments.isPasswordShown;
 }
 
+/** As it is typed; one that flash has got in another way as all texts that cannot be shown. */
+std::string shownPassword(const std::string &value) {
+    const bool canBeShown = std::all_of(value.begin(), value.end(), [](char character) {
+        return character >= ' ' && character <= '~';
+    });
+    return canBeShown ? value : printable(value);
+}
+
 Cell cellOf(const BootSetting &setting, const std::string &value) {
     if (&setting == &kBootPassword)
-        return value.empty() ? Cell{"none", ""} : textCell(value);
+        return value.empty() ? Cell{"none", ""} : textCell(shownPassword(value));
     if (value == "on" || value == "off")
         return flagCell(value == "on", "yes", "no");
     return numberCell(std::stoll(value));

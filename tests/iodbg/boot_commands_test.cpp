@@ -1,6 +1,7 @@
 // iodbg boot.
 
 #include "tests/iodbg/flash_commands_test.h"
+#include "tests/support/world.h"
 
 #include <cerrno>
 #include <csignal>
@@ -94,6 +95,17 @@ TEST_F(BootCommandsTest, ShowsEverySettingButThePassword) {
     EXPECT_EQ(jsonAt(json({"boot", "get", "--show-password"}), "/password"), "\"Secret1\"");
     EXPECT_EQ(jsonAt(json({"boot", "get", "flag"}), ""),
               "{\"flag\":-7,\"erased\":false,\"failures\":[]}");
+}
+
+TEST_F(BootCommandsTest, APasswordOfAnyBytesCanBeShown) {
+    world::set("flash.4.content@192", "626f6f745f7077643d5cff1b4100"); // boot_pwd=
+    EXPECT_EQ(jsonAt(json({"boot", "get", "--show-password"}), "/password"),
+              R"("\\\\\\xFF\\x1BA")");
+    EXPECT_EQ(iodbg({"boot", "get", "password", "--show-password"}).out,
+              "Boot password  \\\\\\xFF\\x1BA\n"
+              "Block          written\n");
+    world::set("flash.4.content@192", "626f6f745f7077643d415c4200");
+    EXPECT_EQ(jsonAt(json({"boot", "get", "--show-password"}), "/password"), R"("A\\B")");
 }
 
 TEST_F(BootCommandsTest, ABlockThatCannotBeReadIsNoDefault) {
