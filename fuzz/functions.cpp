@@ -116,6 +116,7 @@ class Arguments {
 
     template <typename Type>
     Type bytes() {
+        hasBytes_ = true;
         if (room_ != 0)
             return memory<Type>(room_);
         isLengthNext_ = true;
@@ -128,7 +129,7 @@ class Arguments {
         static constexpr const char *kPaths[] = {BSP_MTD_BOOT_LOADER, BSP_MTD_OS_BANK_1,
                                                  "/tmp/image", "a'b; c d"};
         constexpr size_t kLongest = 300;
-        if (room_ != 0)
+        if (room_ != 0 && !hasBytes_) // else it is the room of the bytes before
             return memory<const char *>(room_);
         const uint8_t way = input_.byte() % 8;
         std::string text = way < std::size(kPaths) ? kPaths[way] : input_.line();
@@ -140,6 +141,7 @@ class Arguments {
     Input &input_;
     size_t room_;
     size_t length_ = 0;
+    bool hasBytes_ = false;
     bool isLengthNext_ = false;
     std::vector<Memory> memory_;
 };
@@ -230,6 +232,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) {
     Input input(bytes, size);
     hostile::System system(input);
     system.devId = fuzz::anyModel(input);
+    system.firstDescriptor = input.below(4) == 3 ? 0 : 3;
     for (int i = 0; i < kMostCalls && !input.isEmpty(); ++i) {
         const Function &function = kFunctions[input.below(kNumbers) % std::size(kFunctions)];
         function.call(system, function.name);

@@ -48,7 +48,6 @@ namespace {
 
 using fuzz::require;
 
-constexpr int kFirstDescriptor = 3;
 constexpr size_t kMostMemory = 64u << 20; // what a unit has
 
 /** What is behind a descriptor, or a file of the C library's. */
@@ -106,14 +105,15 @@ int openAs(Opened::Kind kind) {
         if (state.descriptor[i].kind != Opened::Kind::None)
             continue;
         state.descriptor[i] = {kind, 0};
-        return kFirstDescriptor + static_cast<int>(i);
+        return state.system->firstDescriptor + static_cast<int>(i);
     }
     fuzz::report("the library leaves descriptors open");
 }
 
 Opened &opened(int fd) {
-    const auto index = static_cast<size_t>(fd - kFirstDescriptor);
-    require(fd >= kFirstDescriptor && index < state.descriptor.size() &&
+    const int first = state.system->firstDescriptor;
+    const auto index = static_cast<size_t>(fd - first);
+    require(fd >= first && index < state.descriptor.size() &&
                 state.descriptor[index].kind != Opened::Kind::None,
             "a call on a descriptor that is not open");
     return state.descriptor[index];
@@ -186,6 +186,11 @@ uint8_t *memoryAt(uint64_t slot) {
     return reinterpret_cast<uint8_t *>(static_cast<uintptr_t>(slot));
 }
 
+/** Stores a number as the machine has it, so that an input means the same on all of them. */
+void storeWord(void *place, uint32_t word) {
+    std::memcpy(place, &word, sizeof(word));
+}
+
 /** A controller that keeps to its protocol, in whose answers the input has the payload. */
 void answerFrame(uint8_t *frame) {
     frame[0] = state.request[0];
@@ -235,10 +240,8 @@ int driver(unsigned long request, BspIoctlRecord &record) {
         return 0;
     switch (request) {
     case BSP_REQ_CPLD_READ:
-        answers().fill(memoryAt(record.slot[1]), sizeof(uint32_t));
-        break;
     case BSP_REQ_GPIO_READ:
-        answers().fill(memoryAt(record.slot[1]), sizeof(uint32_t));
+        storeWord(memoryAt(record.slot[1]), answers().number<uint32_t>());
         break;
     case BSP_REQ_I2C_READ:
     case BSP_REQ_I2C_WRITE:
@@ -353,9 +356,9 @@ ssize_t hostile_read(int fd, void *data, size_t size) {
             return failed(ssize_t{-1});
         return static_cast<ssize_t>(deliver(file, data, way == 1 || size == 0 ? 0 : size - 1));
     }
-    if (file.kind == Opened::Kind::DeviceId && state.system->devId != 0 &&
-        size == sizeof(uint32_t)) {
-        std::memcpy(data, &state.system->devId, size);
+    if (file.kind == Opened::Kind::DeviceId && size == sizeof(uint32_t)) {
+        const uint32_t devId = state.system->devId;
+        storeWord(data, devId != 0 ? devId : answers().number<uint32_t>());
         return static_cast<ssize_t>(size);
     }
     return static_cast<ssize_t>(deliver(file, data, size));

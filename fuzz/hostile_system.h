@@ -24,6 +24,7 @@ class System {
     fuzz::Input &answers;
     bool canFail = true;       // else calls succeed, and only what they bring is the input's
     bool isMemoryValid = true; // requests carry addresses of ours
+    int firstDescriptor = 3;   // 0 in programs that have closed their standard streams
     uint32_t devId = 0;        // 0: whatever the answers say
     std::optional<bsp::FlashGeometry> geometry;
     // What memories and files hold; those without hold what the answers say.

@@ -19,17 +19,22 @@ bool set(const vb::BoardFolder &folder, const std::string &name, const std::stri
     }
 }
 
+/** Bytes from an offset on are set alone: as many as there may be would be read. */
+bool isReadable(const std::string &name) {
+    return name.find('@') == std::string::npos || name.find('+') != std::string::npos;
+}
+
 void useLine(const vb::BoardFolder &folder, const std::string &line) {
     const size_t equals = line.find('=');
     const std::string name = line.substr(0, equals);
+    const bool isSet = equals != std::string::npos && set(folder, name, line.substr(equals + 1));
+    if (!isReadable(name))
+        return;
     try {
         const vb::Property property = vb::namedProperty(folder, name);
         language::valueJson(*property.type, property.content).dump();
-        vb::isPattern(name);
-        if (equals == std::string::npos || !set(folder, name, line.substr(equals + 1)))
-            return;
         const bool takesOthers = property.type->given[0] != '\0'; // than it holds
-        fuzz::require(takesOthers || set(folder, name, vb::property(folder, name)),
+        fuzz::require(!isSet || takesOthers || set(folder, name, property.value),
                       "a property does not take what it reads as");
     } catch (const vb::Refused &) { // no such name
     }

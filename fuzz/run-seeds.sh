@@ -5,5 +5,4 @@ set -eu
 mkdir -p "$3"
 # Given as a folder, the seeds would get company.
 find "$2" -type f | sort | paste -s -d , >"$3/seeds"
-exec "$1" -seed=1 -max_total_time=1 -timeout=20 -rss_limit_mb=2048 -verbosity=0 \
-    -artifact_prefix="$3/" -seed_inputs="@$3/seeds"
+exec "$(dirname "$0")/run.sh" "$1" "$3" -seed=1 -max_total_time=1 -verbosity=0 -seed_inputs="@$3/seeds"
