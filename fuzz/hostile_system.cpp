@@ -39,6 +39,7 @@ int hostile_usleep(useconds_t us);
 int hostile_clock_settime(clockid_t clock, const void *time);
 int hostile_clock_settime64(clockid_t clock, const void *time);
 int hostile_printf(const char *format, ...) __attribute__((format(printf, 1, 2)));
+int hostile_vprintf(const char *format, va_list arguments) __attribute__((format(printf, 1, 0)));
 int hostile_puts(const char *text);
 int hostile_putchar(int character);
 void hostile_perror(const char *text);
@@ -510,11 +511,15 @@ int hostile_clock_settime64(clockid_t clock, const void *time) {
     return hostile_clock_settime(clock, time);
 }
 
-int hostile_printf(const char *format, ...) {
+int hostile_vprintf(const char *format, va_list arguments) {
     char text[1024];
+    return std::vsnprintf(text, sizeof(text), format, arguments);
+}
+
+int hostile_printf(const char *format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    const int length = std::vsnprintf(text, sizeof(text), format, arguments);
+    const int length = hostile_vprintf(format, arguments);
     va_end(arguments);
     return length;
 }
