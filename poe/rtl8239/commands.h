@@ -5,6 +5,10 @@
 // argument out of range (nothing is sent then), BSP_E_POE_STATUS when the controller reports
 // failure, or BSP_E_POE_CONTENT when a reply names another port than asked. Outputs are written on
 // success only.
+//
+// No operation of the library sends those that say what they are for. They complete the set for
+// those who bring up boards, look for faults and prepare units in production, with programs that
+// have the library in them; by hand the same frames go out with "iodbg poe poeCommand".
 
 #include "bsp.h"
 
@@ -122,6 +126,7 @@ extern "C" {
 // Settings of all ports
 
 int32_t rtl8239CmdGlobalEnableSet(int32_t enable);
+/** For bring-up: starts the application over. */
 int32_t rtl8239CmdGlobalResetSet(int32_t reset);
 int32_t rtl8239CmdGlobalPowerSourceSet(int32_t bank, uint32_t power, uint32_t reservePower);
 int32_t rtl8239CmdPortMappingEnableSet(int32_t enable, int32_t portCount);
@@ -130,12 +135,15 @@ int32_t rtl8239CmdPortPairMappingSet(int32_t port, int32_t isFourPair, int32_t d
                                      int32_t chipAddress);
 int32_t rtl8239CmdGlobalParamSet(uint32_t lowThreshold, uint32_t highThreshold);
 int32_t rtl8239CmdGlobalPmModeSet(int32_t mode);
+/** For bring-up: a setting that the initialisation leaves alone. */
 int32_t rtl8239CmdGlobalPmModeExtSet(int32_t mode);
+/** For rtl8239CmdQuery46Get(): which events it tells. */
 int32_t rtl8239CmdGlobalPortEventMaskSet(int32_t first, int32_t second);
 
 // Settings of the ports from firstPort to lastPort
 
 int32_t rtl8239CmdPortEnableSet(int32_t firstPort, int32_t lastPort, int32_t enable);
+/** For bring-up: ports as they are without settings. */
 int32_t rtl8239CmdPortResetSet(int32_t firstPort, int32_t lastPort, int32_t reset);
 int32_t rtl8239CmdPortFuncModeSet(int32_t firstPort, int32_t lastPort, int32_t mode);
 int32_t rtl8239CmdPortDetTypeSet(int32_t firstPort, int32_t lastPort, int32_t type);
@@ -151,35 +159,50 @@ int32_t rtl8239CmdPortTriggerDetClsPwrSet(int32_t firstPort, int32_t lastPort, i
 
 // Queries of the ports from firstPort to lastPort; values has room for each of them
 
+/** For fault finding: is a detection under way? */
 int32_t rtl8239CmdPortDetTriggerGet(int32_t firstPort, int32_t lastPort, uint8_t *values);
+/** For fault finding: reads rtl8239CmdPortFuncModeSet() back. */
 int32_t rtl8239CmdPortFuncModeGet(int32_t firstPort, int32_t lastPort, uint8_t *values);
 
 // Queries of one port
 
 int32_t rtl8239CmdPortStatusGet(int32_t port, Rtl8239PortStatus *out);
 int32_t rtl8239CmdPortMeasurementGet(int32_t port, Rtl8239PortMeasurement *out);
+/** For fault finding: what a port has counted. */
 int32_t rtl8239CmdQuery45Get(int32_t port, int32_t flag, Rtl8239Query45 *out);
 int32_t rtl8239CmdQuery48Get(int32_t port, Rtl8239PortConfig *out);
 int32_t rtl8239CmdQuery49Get(int32_t port, Rtl8239PortPowerConfig *out);
+/** For fault finding: reads rtl8239CmdPortPairMappingSet() back. */
 int32_t rtl8239CmdQuery4EGet(int32_t port, Rtl8239Query4E *out);
+/** For fault finding: each pair of a port by itself. */
 int32_t rtl8239CmdQuery4FGet(int32_t port, Rtl8239Query4F *out);
 
 // Queries of the controller; a null output is BSP_E_POE_NULL
 
 int32_t rtl8239CmdSystemInfoGet(Rtl8239SystemInfo *out);
 int32_t rtl8239CmdQuery41Get(Rtl8239PowerTotals *out);
+/** For fault finding: which ports have had events. */
 int32_t rtl8239CmdQuery46Get(int32_t flag, Rtl8239Query46 *out);
+/** For fault finding: reads rtl8239CmdGlobalParamSet() back. */
 int32_t rtl8239CmdGlobalParamGet(Rtl8239GlobalParam *out);
 int32_t rtl8239CmdGlobalPowerSourceGet(int32_t bank, Rtl8239PowerSource *out);
+/** For fault finding: what is known of the power-sourcing chips. */
 int32_t rtl8239CmdQuery4CGet(Rtl8239Query4C *out);
+/** For fault finding: what is known of the power-sourcing chips. */
 int32_t rtl8239CmdQuery50Get(Rtl8239Query50 *out);
 
 // Stored configuration and chip registers
 
+/** For production: settings that last over a reset. */
 int32_t rtl8239CmdMiscConfigInfoSave(void);
+/** For production: without those again. */
 int32_t rtl8239CmdMiscConfigInfoClear(void);
+/** For bring-up: starts over with what was saved. */
 int32_t rtl8239CmdMiscConfigInfoReset(void);
+/** For bring-up: starts over without it. */
 int32_t rtl8239CmdMiscConfigInfoInit(void);
+/** For fault finding in the power-sourcing chips. */
 int32_t rtl8239CmdDebugChipRegSet(const Rtl8239ChipRegister *chipRegister);
+/** For fault finding in the power-sourcing chips. */
 int32_t rtl8239CmdDebugChipRegGet(Rtl8239ChipRegister *chipRegister);
 }

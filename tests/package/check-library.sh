@@ -63,4 +63,12 @@ expect_same "iodbg reaches every function but these" \
         <("$nm" -D --undefined-only "$build/bin/iodbg" | sed -nE 's/.* (io|bsp)([A-Z]\w+).*/io\2/p' |
             sort -u))"
 
+# What no operation leads to is not linked in, and has to say why it is there.
+builders=$(grep -oE '^int32_t rtl8239Cmd\w+' "$source/poe/rtl8239/commands.h" | cut -d ' ' -f 2 | sort)
+linked=$("$nm" "$shared" | awk '{ print $NF }' | sort)
+expect_same "builders of commands that nothing sends say what they are for" \
+    "$(comm -23 <(echo "$builders") <(echo "$linked"))" \
+    "$(grep -A1 -E '^/\*\* For ' "$source/poe/rtl8239/commands.h" |
+        sed -nE 's/^int32_t (rtl8239Cmd\w+).*/\1/p' | sort)"
+
 exit "$((failures > 0))"
