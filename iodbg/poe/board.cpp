@@ -3,6 +3,7 @@
 #include "bsp.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/model.h"
+#include "support/board_map.h"
 
 #include <algorithm>
 
@@ -27,8 +28,10 @@ uint32_t requirePoe() {
     require(bspPoeOnlineGet(&presence), "ask whether the PoE controller is there");
     if (presence != BSP_POE_CONTROLLER_PRESENT)
         throw Failure(ExitCode::Board,
-                      "the PoE controller is missing (CPLD register 6, bit 14 is set); check that "
-                      "its board is plugged and has power");
+                      "the PoE controller is missing (CPLD register " +
+                          std::to_string(bsp::kPoeAbsence.reg) + ", bit " +
+                          std::to_string(bsp::kPoeAbsence.bit) +
+                          " is set); check that its board is plugged and has power");
     return model.poePorts;
 }
 

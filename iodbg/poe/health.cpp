@@ -2,8 +2,10 @@
 
 #include "bsp.h"
 #include "iodbg/core/status_table.h"
+#include "support/board_map.h"
 
 #include <array>
+#include <string>
 
 namespace iodbg {
 
@@ -39,7 +41,9 @@ int32_t askVersion() {
  * no firmware can be sent to it either.
  */
 Finding busFinding(const std::string &more = "") {
-    return {kControllerSubject, Code::PoeBusNoAnswer, "its bus, I2C 16, takes no request" + more};
+    return {kControllerSubject, Code::PoeBusNoAnswer,
+            "its bus, I2C " + std::to_string(bsp::kPoeController.bus) + ", takes no request" +
+                more};
 }
 
 Finding silenceFinding() {

@@ -1,6 +1,7 @@
 #include "iodbg/poe/wire.h"
 
 #include "bsp.h"
+#include "support/board_map.h"
 
 #include <algorithm>
 #include <utility>
@@ -8,9 +9,6 @@
 namespace iodbg {
 
 namespace {
-
-constexpr uint64_t kPoeBus = 16; // bus 16, channel 0
-constexpr uint64_t kPoeDevice = 0x20;
 
 PoeWatcher watching;
 
@@ -33,7 +31,8 @@ std::optional<PoeTraffic> poeTrafficOf(unsigned long request, const void *argume
     const uint64_t length = record.slot[5];
     const bool isCarried =
         record.result == BSP_OK && bytes != nullptr && length <= kLongestPoeTransfer;
-    if (record.slot[0] != kPoeBus || record.slot[1] != kPoeDevice || !isCarried)
+    if (record.slot[0] != bsp::kPoeController.bus || record.slot[1] != bsp::kPoeController.device ||
+        !isCarried)
         return {};
     return PoeTraffic{*direction, {bytes, static_cast<size_t>(length)}};
 }
