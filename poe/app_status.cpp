@@ -5,7 +5,6 @@
 #include "support/owned.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <unistd.h>
 
 namespace {
@@ -14,7 +13,7 @@ int openStatusFile(bsp::CallSite site) {
     constexpr char kPath[] = "/tmp/bsp/poeApp";
     const int fd = bsp::openKeptFile(kPath);
     if (fd < 0)
-        std::printf("%s-%d: open %s file filed, %d \n", site.function, site.line, kPath, errno);
+        bsp::report(site, "open %s file filed, %d \n", kPath, errno);
     return fd;
 }
 

@@ -6,8 +6,6 @@
 
 namespace {
 
-using bsp::kPoeController;
-
 bool hasController() {
     uint32_t devId = 0;
     return bspDevIdGet(&devId) == BSP_OK && bsp::boardModel(devId).hasPoe();

@@ -2,13 +2,13 @@
 // What the command builders have in common.
 
 #include "bsp.h"
+#include "language/formats/byte_order.h"
 #include "poe/rtl8239/frame.h"
 #include "poe/rtl8239/transport.h"
 #include "support/message.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 
 namespace bsp::rtl8239 {
 
@@ -30,12 +30,11 @@ constexpr uint8_t asFlag(int32_t value) {
 
 /** A 16-bit value, most significant byte first. */
 constexpr uint32_t wordAt(const Frame &frame, size_t at) {
-    return uint32_t{frame[at]} << 8 | frame[at + 1];
+    return formats::loadBe16(&frame[at]);
 }
 
 constexpr void storeWord(Frame &frame, size_t at, uint32_t word) {
-    frame[at] = static_cast<uint8_t>(word >> 8);
-    frame[at + 1] = static_cast<uint8_t>(word);
+    formats::storeBe16(&frame[at], static_cast<uint16_t>(word));
 }
 
 /** Quotient, rounded up. */

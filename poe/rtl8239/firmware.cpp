@@ -4,6 +4,7 @@
 #include "poe/rtl8239/firmware.h"
 
 #include "bsp.h"
+#include "language/formats/byte_order.h"
 #include "poe/lock_file.h"
 #include "poe/rtl8239/commands.h"
 #include "poe/rtl8239/exchange.h"
@@ -40,13 +41,12 @@ int32_t jump(Misc target, bool isEchoChecked, bsp::CallSite site = bsp::CallSite
 
 int32_t sendBlock(const uint8_t *data, int32_t position, int32_t count) {
     const int32_t bank = position / kBankSize;
-    const auto offset = static_cast<uint32_t>(position % kBankSize);
+    const auto offset = static_cast<uint16_t>(position % kBankSize);
     uint8_t block[kBlockHeader + kBlockSize];
     std::memset(block, kUnused, sizeof(block));
     block[0] = kMisc;
     block[1] = static_cast<uint8_t>(kDownloadBank0 + bank);
-    block[2] = static_cast<uint8_t>(offset >> 8);
-    block[3] = static_cast<uint8_t>(offset);
+    formats::storeBe16(block + 2, offset);
     std::copy(data, data + count, block + kBlockHeader);
 
     Frame reply = blankFrame();
@@ -144,7 +144,7 @@ int32_t bspPoeRtl8239McuUpgrade(const char *file) {
     const bool isAppRunning = isApplicationRunning();
     const bsp::PoeLock lock;
     if (lock.isRefused()) {
-        std::printf("%s-%d: Get lock error \r\n", __func__, __LINE__);
+        bsp::report(bsp::CallSite::here(), "Get lock error \r\n");
         return BSP_E_POE_LOCK;
     }
     return replaceApplication(image.get(), size, isAppRunning);

@@ -96,14 +96,15 @@ int32_t rtl8239CmdPortPairMappingSet(int32_t port, int32_t isFourPair, int32_t d
     const bool isMapped = reply[2] == port && reply[3] == 0 && reply[4] == 0 && reply[5] == 0 &&
                           (!hasSecondary || reply[6] == 0);
     if (!isMapped) {
-        std::printf("ERROR: %s(%d): response status check failed, port=%d, 4-pair=%d, dev id=%d, "
-                    "pri chl=%d, sec chl=%d.\n",
-                    __func__, __LINE__, reply[2], reply[3], reply[4], reply[5], reply[6]);
+        bsp::reportError(bsp::CallSite::here(),
+                         "response status check failed, port=%d, 4-pair=%d, dev id=%d, "
+                         "pri chl=%d, sec chl=%d.\n",
+                         reply[2], reply[3], reply[4], reply[5], reply[6]);
         return BSP_E_POE_STATUS;
     }
     if (chipAddress != kNone && reply[10] != 0) {
-        std::printf("ERROR: %s(%d): response status check failed, chip_addr=%d.\n", __func__,
-                    __LINE__, reply[10]);
+        bsp::reportError(bsp::CallSite::here(), "response status check failed, chip_addr=%d.\n",
+                         reply[10]);
         return BSP_E_POE_STATUS;
     }
     return BSP_OK;

@@ -1,6 +1,7 @@
 #include "poe/rtl8239/guide.h"
 
 #include "bsp.h"
+#include "language/formats/byte_order.h"
 #include "poe/rtl8239/debug_words.h"
 #include "poe/rtl8239/firmware.h"
 #include "poe/rtl8239/frame.h"
@@ -91,7 +92,7 @@ std::optional<PoeWorkPlace> upgradePlace(uint32_t, uint32_t, PoeBytes request) {
     if (request[1] < kDownloadBank0 || request[1] > kDownloadBank3)
         return {};
     const uint32_t bank = request[1] - uint32_t{kDownloadBank0};
-    const uint32_t position = bank * kBankSize + (uint32_t{request[2]} << 8 | request[3]);
+    const uint32_t position = bank * kBankSize + formats::loadBe16(&request[2]);
     return PoeWorkPlace{kWrite, position / kBlockSize * kBlockMs};
 }
 

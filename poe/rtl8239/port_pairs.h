@@ -40,13 +40,11 @@ int32_t forEachFrame(int32_t firstPort, int32_t lastPort, SendFrame sendFrame) {
 
 inline void reportPortsFailed(const char *action, const char *setting, int32_t port, int count,
                               CallSite site) {
-    std::printf("ERROR: %s(%d): %s port %d-%d %s failed.\n", site.function, site.line, action, port,
-                port + count - 1, setting);
+    reportError(site, "%s port %d-%d %s failed.\n", action, port, port + count - 1, setting);
 }
 
 inline int32_t reportPortCheckFailed(int32_t port, int32_t status, CallSite site) {
-    std::printf("ERROR: %s(%d): port %d response status check failed.\n", site.function, site.line,
-                port);
+    reportError(site, "port %d response status check failed.\n", port);
     return status;
 }
 

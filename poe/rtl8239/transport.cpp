@@ -7,7 +7,6 @@
 #include "poe/rtl8239/reply_plan.h"
 #include "support/message.h"
 
-#include <cstdio>
 #include <unistd.h>
 
 namespace {
@@ -69,8 +68,7 @@ int32_t rtl8239CmdMessage(const uint8_t *request, uint8_t *response, int32_t len
     const uint8_t command = request[0];
     usleep(kSettle);
     if (const int32_t status = rtl8239CmdRequest(request, length); status != BSP_OK) {
-        std::printf("ERROR: %s(%d): rtl8239CmdRequest failed, cmd=0x%x.\n", __func__, __LINE__,
-                    command);
+        bsp::reportError(bsp::CallSite::here(), "rtl8239CmdRequest failed, cmd=0x%x.\n", command);
         return status;
     }
     const ReplyPlan plan = planReply(request);
@@ -79,8 +77,8 @@ int32_t rtl8239CmdMessage(const uint8_t *request, uint8_t *response, int32_t len
     const int32_t status = awaitReply(request, response, plan);
     // The loader is silent while it restarts; its callers expect that.
     if (status != BSP_OK && command != kMisc)
-        std::printf("ERROR: %s(%d): rtl8239CmdResponse failed, cmd=0x%x, errno is %d.\n", __func__,
-                    __LINE__, command, status);
+        bsp::reportError(bsp::CallSite::here(),
+                         "rtl8239CmdResponse failed, cmd=0x%x, errno is %d.\n", command, status);
     return status;
 }
 
@@ -91,7 +89,7 @@ int32_t rtl8239CmdMessageSafe(uint8_t *request, uint8_t *response) {
         return BSP_E_POE_UNAVAILABLE;
     const bsp::PoeLock lock;
     if (lock.isRefused()) {
-        std::printf("%s-%d \r\n", __func__, __LINE__);
+        bsp::reportPlace(bsp::CallSite::here());
         return BSP_E_POE_LOCK;
     }
     if (!hasOwnSecondByte(request[0]))

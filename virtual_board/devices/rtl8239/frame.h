@@ -2,6 +2,7 @@
 // The RTL8239's frames: command code, a byte that the answer repeats, nine bytes of data,
 // and the sum of all these.
 
+#include "virtual_board/devices/byte_order.h"
 #include "virtual_board/devices/poe_controller.h"
 
 #include <cstdint>
@@ -39,21 +40,19 @@ inline uint8_t poeSum(const uint8_t *data, uint32_t length) {
 }
 
 constexpr uint32_t poeWord(const PoeFrame &frame, uint32_t at) {
-    return uint32_t{frame[at]} << 8 | frame[at + 1];
+    return loadBe16(frame.byte + at);
 }
 
 constexpr void poeStoreWord(PoeFrame &frame, uint32_t at, uint32_t word) {
-    frame[at] = static_cast<uint8_t>(word >> 8);
-    frame[at + 1] = static_cast<uint8_t>(word);
+    storeBe16(frame.byte + at, static_cast<uint16_t>(word));
 }
 
 constexpr uint32_t poeLong(const PoeFrame &frame, uint32_t at) {
-    return poeWord(frame, at) << 16 | poeWord(frame, at + 2);
+    return loadBe32(frame.byte + at);
 }
 
 constexpr void poeStoreLong(PoeFrame &frame, uint32_t at, uint32_t value) {
-    poeStoreWord(frame, at, value >> 16);
-    poeStoreWord(frame, at + 2, value & 0xFFFF);
+    storeBe32(frame.byte + at, value);
 }
 
 /** A request that the application works on. The answer starts as the echo and unused bytes. */

@@ -1,5 +1,7 @@
 #include "virtual_board/devices/rtl8239/image.h"
 
+#include "virtual_board/devices/byte_order.h"
+
 #include <bit>
 #include <cstring>
 
@@ -65,7 +67,7 @@ bool poeIsConsistent(const PoeImage &image) {
 }
 
 uint16_t poeVersion(const PoeImage &image) {
-    return static_cast<uint16_t>(image.bytes[0] << 8 | image.bytes[1]);
+    return loadBe16(image.bytes);
 }
 
 } // namespace vb

@@ -1,5 +1,6 @@
 #include "virtual_board/devices/rtl8239/kind.h"
 
+#include "virtual_board/devices/byte_order.h"
 #include "virtual_board/devices/poe_ports.h"
 #include "virtual_board/devices/rtl8239/frame.h"
 
@@ -102,7 +103,7 @@ bool isBlock(const PoeController &poe, const uint8_t *data, uint32_t length) {
 bool serveBlock(PoeController &poe, const uint8_t *data, uint32_t length,
                 const PoeFrameFault &fault) {
     const uint32_t bank = data[1] - uint32_t{kPoeDownload};
-    const uint32_t position = bank * kBankSize + (uint32_t{data[2]} << 8 | data[3]);
+    const uint32_t position = bank * kBankSize + loadBe16(data + 2);
     if (!fault.hasNoEffect &&
         !poeProgramBlock(poe.image, position, data + kBlockHeader, length - kBlockHeader))
         return false;
