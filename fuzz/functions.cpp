@@ -150,7 +150,7 @@ class Arguments {
 class Words {
   public:
     explicit Words(Input &input) {
-        const uint32_t count = input.below(16);
+        const uint32_t count = input.below(24); // more than a frame has bytes
         for (uint32_t i = 0; i < count; ++i) {
             const uint32_t way = input.below(4);
             words_.push_back(way == 0 ? "poeCommand" : std::string("4b", way % 3));
