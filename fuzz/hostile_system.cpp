@@ -49,7 +49,7 @@ namespace {
 
 using fuzz::require;
 
-constexpr size_t kMostMemory = 64u << 20; // what a unit has
+constexpr size_t kMostMemory = 2u << 20; // at once; the largest buffer for a file has half of it
 
 /** What is behind a descriptor, or a file of the C library's. */
 struct Opened {
