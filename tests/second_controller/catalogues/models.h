@@ -1,0 +1,12 @@
+#pragma once
+// The models of this build.
+
+#include "identity/board_catalogue.h"
+
+#include <cstdint>
+
+constexpr uint16_t kQuillModel = 0x7F09;
+constexpr uint16_t kFamilyModel = 0x0809;
+/** The library believes it to have a controller that it has no driver for. */
+constexpr uint16_t kStrangeModel = 0x7E09;
+constexpr auto kStrangeChip = bsp::PoeChip{0x81};
