@@ -3,12 +3,18 @@
 #include "iodbg/chassis/commands.h"
 #include "iodbg/core/commands.h"
 #include "iodbg/core/exit_code.h"
+#include "iodbg/core/failure.h"
 #include "iodbg/flash/commands.h"
 #include "iodbg/identity/commands.h"
 #include "iodbg/poe/commands.h"
+#include "iodbg/poe/debug.h"
 #include "iodbg/registers/commands.h"
 #include "iodbg/transceivers/commands.h"
 #include "iodbg/unit/commands.h"
+
+#include <exception>
+#include <span>
+#include <string>
 
 namespace iodbg {
 
@@ -62,6 +68,15 @@ void addCommands(Command &root) {
     addUpgradeCommands(root);
 }
 
+ExitCode runCommand(Console &console, int argc, const char *const *argv) {
+    if (isPoeDebug(argc, argv))
+        return runPoeDebug(console, argc, argv);
+    Tool tool = makeTool(console.isJson());
+    const std::span words(argv, static_cast<size_t>(argc));
+    const Action action = actionFor(tool, words.subspan(words.empty() ? 0 : 1));
+    return static_cast<ExitCode>(action(console));
+}
+
 } // namespace
 
 Tool makeTool(bool &isJson) {
@@ -75,6 +90,18 @@ Tool makeTool(bool &isJson) {
             std::string(kExitCodeHelp),
         "iodbg " IODBG_VERSION,
         &isJson};
+}
+
+ExitCode carryOut(Console &console, int argc, const char *const *argv) {
+    try {
+        return runCommand(console, argc, argv);
+    } catch (const Failure &failure) {
+        return console.print(failure);
+    } catch (const WrongUsage &mistake) {
+        return console.print(Failure::usage(mistake.what()));
+    } catch (const std::exception &exception) {
+        return console.print(Failure(ExitCode::Host, exception.what()));
+    }
 }
 
 } // namespace iodbg

@@ -2,11 +2,8 @@
 // which the calls of the library pass iodbg as they do in the program.
 
 #include "bsp.h"
-#include "command_line/line.h"
 #include "iodbg/commands.h"
 #include "iodbg/core/console.h"
-#include "iodbg/core/failure.h"
-#include "iodbg/poe/debug.h"
 #include "iodbg/poe/wire.h"
 #include "tests/second_controller/catalogues/models.h"
 #include "tests/support/virtual_board_test.h"
@@ -17,7 +14,6 @@
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
-#include <span>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -47,19 +43,6 @@ struct Said {
     std::string out, err;
 };
 
-int carryOut(const std::vector<const char *> &words) {
-    iodbg::Console console;
-    const auto count = static_cast<int>(words.size());
-    try {
-        if (iodbg::isPoeDebug(count, words.data()))
-            return static_cast<int>(iodbg::runPoeDebug(console, count, words.data()));
-        command_line::Tool tool = iodbg::makeTool(console.isJson());
-        return command_line::actionFor(tool, std::span(words).subspan(1))(console);
-    } catch (const iodbg::Failure &failure) {
-        return static_cast<int>(console.print(failure));
-    }
-}
-
 class SecondControllerIodbgTest : public VirtualBoardTest {
   protected:
     SecondControllerIodbgTest() : VirtualBoardTest(kQuillModel) {}
@@ -72,7 +55,9 @@ class SecondControllerIodbgTest : public VirtualBoardTest {
         if (child == 0) {
             lead(out, STDOUT_FILENO);
             lead(err, STDERR_FILENO);
-            _exit(carryOut(words));
+            iodbg::Console console;
+            _exit(static_cast<int>(
+                iodbg::carryOut(console, static_cast<int>(words.size()), words.data())));
         }
         int status = -1;
         waitpid(child, &status, 0);
