@@ -3,6 +3,7 @@
 #include "language/numbers.h"
 #include "language/property_table.h"
 #include "language/refused.h"
+#include "language/texts.h"
 
 #include <algorithm>
 #include <numeric>
@@ -84,12 +85,10 @@ std::string rangesText(const Numbers &numbers) {
 
 /** "0, 4, 12 and 14". */
 std::string listText(const Numbers &numbers) {
-    std::string text;
-    for (size_t i = 0; i < numbers.size(); ++i) {
-        const bool isLast = i + 1 == numbers.size();
-        text += (i == 0 ? "" : isLast ? " and " : ", ") + std::to_string(numbers[i]);
-    }
-    return text;
+    std::vector<std::string> words;
+    for (const auto number : numbers)
+        words.push_back(std::to_string(number));
+    return listed(words, "and");
 }
 
 /** Which numbers there are. */

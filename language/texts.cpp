@@ -37,4 +37,14 @@ std::string quoted(const std::string &word) {
     return "'" + shortened(printable(word), kLongest) + "'";
 }
 
+std::string listed(const std::vector<std::string> &words, const std::string &last) {
+    std::string text;
+    for (size_t i = 0; i < words.size(); ++i) {
+        if (i != 0)
+            text += i + 1 < words.size() ? ", " : " " + last + " ";
+        text += words[i];
+    }
+    return text;
+}
+
 } // namespace language

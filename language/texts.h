@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace language {
 
@@ -19,5 +20,8 @@ std::string shortened(const std::string &text, size_t longest);
 
 /** A word of the user's or of a file's in a message: short, printable, between quotes. */
 std::string quoted(const std::string &word);
+
+/** Words in a sentence: "read, write or any". */
+std::string listed(const std::vector<std::string> &words, const std::string &last);
 
 } // namespace language

@@ -128,7 +128,7 @@ void defineFaultAdd(Command &fault, const std::shared_ptr<FaultArguments> &argum
         .usually(words->nth);
     command
         .option("--when", "WORD",
-                "once|every|from: once, every n-th, or the n-th and all behind it",
+                choices(vb::kFaultWhens) + ": once, every n-th, or the n-th and all behind it",
                 {text(words->when), offersOf(vb::kFaultWhens)})
         .usually(words->when);
     command.requiredOption("--effect", "EFFECT", choices(vb::kFaultEffects, vb::formOf),

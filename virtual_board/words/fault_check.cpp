@@ -4,15 +4,9 @@
 #include "virtual_board/words/fault_text.h"
 #include "virtual_board/words/values.h"
 
-#include <algorithm>
-
 namespace vb {
 
 namespace {
-
-bool has(const std::vector<std::string> &words, const std::string &word) {
-    return std::find(words.begin(), words.end(), word) != words.end();
-}
 
 std::string elsewhere(const std::string &word, const std::vector<std::string> &devices) {
     return "; for " + word + " give --device " + listed(devices, "or");
@@ -41,9 +35,10 @@ std::string neighbourOf(const FaultTargetWords &target) {
     const std::string op = wordOf(kFaultOps, rule.op);
     const std::string effect = wordsOf(rule.effect).text;
     const std::string others = "give --op " + listed(opsOf(target.target, rule.effect), "or");
-    if (has(opsOf(target.target), op))
+    const std::vector<std::string> effects = effectsOf(target.target, rule.op);
+    if (!effects.empty())
         throw Refused(effect + " does not go with --op " + op + ", which can have " +
-                      listed(effectsOf(target.target, rule.op), "and") + "; " + others);
+                      listed(effects, "and") + "; " + others);
     throw Refused(std::string(target.requests) + "; with " + effect + " " + others +
                   elsewhere(rule.op, target) + neighbourOf(target));
 }
@@ -52,10 +47,10 @@ std::string neighbourOf(const FaultTargetWords &target) {
 
 void checkFault(const FaultRule &rule) {
     const FaultTargetWords &target = wordsOf(targetOf(rule));
-    const std::vector<std::string> ops = opsOf(target.target, rule.effect);
-    if (ops.empty())
+    const FaultUse *use = findUse(target.target, rule.effect);
+    if (use == nullptr)
         refuseEffect(rule, target);
-    if (!has(ops, wordOf(kFaultOps, rule.op)))
+    if (!use->ops.has(rule.op))
         refuseOp(rule, target);
     for (const FaultOfWhole &whole : kFaultsOfWholes) {
         if (whole.target == target.target && whole.op == rule.op && rule.hasOffset != 0)

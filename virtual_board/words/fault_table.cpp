@@ -89,6 +89,14 @@ const FaultEffectWords &wordsOf(FaultEffect effect) {
                          [effect](const auto &words) { return words.effect == effect; });
 }
 
+const FaultUse *findUse(FaultTarget target, FaultEffect effect) {
+    const auto *use =
+        std::find_if(std::begin(kFaultUses), std::end(kFaultUses), [=](const FaultUse &row) {
+            return row.target == target && row.effect == effect;
+        });
+    return use != std::end(kFaultUses) ? use : nullptr;
+}
+
 std::string formOf(const FaultEffectWords &effect) {
     return std::string(effect.text) + (*effect.form == '\0' ? "" : "=") + effect.form;
 }
@@ -117,16 +125,6 @@ std::vector<std::string> devicesOf(FaultEffect effect) {
 
 std::vector<std::string> devicesOf(FaultOp op) {
     return devicesWhere([=](const FaultUse &use) { return use.ops.has(op); });
-}
-
-std::string listed(const std::vector<std::string> &words, const std::string &last) {
-    std::string text;
-    for (size_t i = 0; i < words.size(); ++i) {
-        if (i != 0)
-            text += i + 1 < words.size() ? ", " : " " + last + " ";
-        text += words[i];
-    }
-    return text;
 }
 
 } // namespace vb

@@ -228,6 +228,9 @@ const char *wordOf(const FaultWord<Value> (&table)[count], Value value) {
         ->text;
 }
 
+/** With which operations requests to a target can have an effect; null: with none. */
+const FaultUse *findUse(FaultTarget target, FaultEffect effect);
+
 /** "refuse=RESULT", "no-answer" */
 std::string formOf(const FaultEffectWords &effect);
 
@@ -239,8 +242,5 @@ std::vector<std::string> opsOf(FaultTarget target, FaultEffect effect);
 /** What to give for the targets whose requests can have an effect, or are of a kind. */
 std::vector<std::string> devicesOf(FaultEffect effect);
 std::vector<std::string> devicesOf(FaultOp op);
-
-/** "read, write or any" */
-std::string listed(const std::vector<std::string> &words, const std::string &last);
 
 } // namespace vb

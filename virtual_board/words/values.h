@@ -10,6 +10,7 @@
 namespace vb {
 
 using language::hex16Text;
+using language::listed;
 using language::macText;
 using language::Refused;
 using language::secondsText;
