@@ -3,6 +3,7 @@
 #include "bsp.h"
 #include "poe/lock_file.h"
 #include "tests/support/answer.h"
+#include "tests/support/descriptor_zero.h"
 #include "tests/support/scripted_controller.h"
 
 #include <fcntl.h>
@@ -86,13 +87,13 @@ TEST_F(LockFileTest, ThatCannotBeLockedStillHasADescriptorToClose) {
 }
 
 TEST_F(LockFileTest, IsMovedAwayFromDescriptorZero) {
-    const int savedStdin = dup(STDIN_FILENO);
-    close(STDIN_FILENO);
     int32_t result = -7;
-    const int32_t fd = bspPoeLockFileOpen(&result);
-    EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1) << "descriptor 0 is still in use";
-    dup2(savedStdin, STDIN_FILENO);
-    close(savedStdin);
+    int32_t fd = -7;
+    {
+        const FreeDescriptorZero zero;
+        fd = bspPoeLockFileOpen(&result);
+        EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1) << "descriptor 0 is still in use";
+    }
     EXPECT_GT(fd, 0);
     EXPECT_EQ(result, 0);
     EXPECT_FALSE(isFree());
