@@ -179,10 +179,14 @@ TEST_F(PartitionWriteTest, WithHeaderTheEraseGoesOneGoodBlockBeyondTheFile) {
 }
 
 TEST_F(PartitionWriteTest, HeaderOnPagesThatAreSmallerThanIt) {
-    for (const uint32_t page : {1u, 3u, 4u, 8u}) {
+    struct Case {
+        uint32_t page, joined;
+    };
+    for (const auto &[page, joined] : {Case{1, 8}, {3, 9}, {4, 8}, {8, 8}}) {
         SCOPED_TRACE(page);
         usePages(page);
         EXPECT_EQ(write(300, 1), kSilentSuccess);
+        EXPECT_EQ(recorder.callsOf("write").at(0), "write /dev/mtd0 " + std::to_string(joined));
         EXPECT_EQ(stored(0, 8), (Bytes{0, 0, 1, 44, 0xA1, 0x02, 0xA3, 0x04}));
         EXPECT_EQ(stored(8, 300), patterned(300));
     }
