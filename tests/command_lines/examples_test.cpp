@@ -1,4 +1,4 @@
-// The examples that iodbg's help shows, each tried on a board of its own kind.
+// The examples that help shows: iodbg's are tried on a board, of vboard's the words are judged.
 
 #include "tests/command_lines/definitions.h"
 #include "tests/iodbg/iodbg_test.h"
@@ -7,6 +7,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <set>
 #include <thread>
 
@@ -95,6 +96,38 @@ TEST_F(ExamplesTest, EachDoesWhatItShows) {
     EXPECT_GT(tried.size(), 60u);
     for (const std::string &example : kEndless)
         EXPECT_TRUE(tried.contains(example)) << example;
+}
+
+/** Words as a shell takes them that has single quotes alone. */
+Words shellWords(const std::string &line) {
+    Words words(1);
+    bool isQuoted = false;
+    for (const char c : line) {
+        if (c == '\'')
+            isQuoted = !isQuoted;
+        else if (c == ' ' && !isQuoted)
+            words.emplace_back();
+        else
+            words.back() += c;
+    }
+    return words;
+}
+
+/** What they do is seen where documents have them. */
+TEST(VboardExamplesTest, EachIsACommandLine) {
+    unsigned tried = 0;
+    command_line::Tool tool = kVboardTool.make();
+    for (const command_line::Command *command : commandsOf(tool)) {
+        for (const std::string &example : command->examples) {
+            Words words = shellWords(example);
+            if (words[0] != "vboard") // a shell's business
+                continue;
+            words.erase(words.begin());
+            EXPECT_EQ(refusalOf(kVboardTool, words), "") << example;
+            ++tried;
+        }
+    }
+    EXPECT_GT(tried, 20u);
 }
 
 } // namespace

@@ -76,7 +76,10 @@ struct Board {
     FaultTable faults;
     TraceRing trace;
 };
-static_assert(sizeof(Board) == 2125256, "the layout is another one: raise kBoardVersion as well");
+static_assert(
+    sizeof(Board) == 2125256,
+    "the layout is another one: raise kBoardVersion as well, and see that buildBoard makes and "
+    "consistency.cpp judges what is new");
 
 /** Check value of a header's fields. */
 uint32_t headerCheck(const BoardHeader &header);
