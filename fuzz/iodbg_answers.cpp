@@ -26,8 +26,8 @@ const Words kCommands[] = {
     {"show"},
     {"check"},
     {"identity", "get"},
-    {"eeprom", "dump", "board"},
-    {"eeprom", "dump", "supply1"},
+    {"eeprom", "dump"},
+    {"eeprom", "dump", "--device", "supply1"},
     {"power"},
     {"fan", "get"},
     {"temperature"},
@@ -120,7 +120,6 @@ void answer(const Words &command, bool isJson) {
     try {
         command_line::actionFor(tool, words)(console);
     } catch (const iodbg::Failure &) {
-    } catch (const command_line::WrongUsage &) {
     }
 }
 
