@@ -24,6 +24,12 @@ bool isReadable(const std::string &name) {
     return name.find('@') == std::string::npos || name.find('+') != std::string::npos;
 }
 
+vb::Property read(const vb::BoardFolder &folder, const std::string &name) {
+    vb::Property property = vb::namedProperty(folder, name);
+    language::valueJson(*property.type, property.content).dump();
+    return property;
+}
+
 void useLine(const vb::BoardFolder &folder, const std::string &line) {
     const size_t equals = line.find('=');
     const std::string name = line.substr(0, equals);
@@ -31,11 +37,12 @@ void useLine(const vb::BoardFolder &folder, const std::string &line) {
     if (!isReadable(name))
         return;
     try {
-        const vb::Property property = vb::namedProperty(folder, name);
-        language::valueJson(*property.type, property.content).dump();
-        const bool takesOthers = property.type->given[0] != '\0'; // than it holds
-        fuzz::require(!isSet || takesOthers || set(folder, name, property.value),
+        const vb::Property property = read(folder, name);
+        if (!isSet || property.type->given[0] != '\0') // what it takes is not what it holds
+            return;
+        fuzz::require(set(folder, name, property.value),
                       "a property does not take what it reads as");
+        fuzz::require(read(folder, name).value == property.value, "and does not hold it");
     } catch (const vb::Refused &) { // no such name
     }
 }

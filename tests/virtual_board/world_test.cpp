@@ -140,6 +140,23 @@ TEST_F(WorldTest, ASerialNumberThatIsNotTextIsShownEscaped) {
     EXPECT_EQ(get("identity.serial").substr(0, 13), "A\\xff\\x0a\\x5c");
 }
 
+TEST_F(WorldTest, ASerialNumberIsSetAsItIsShown) {
+    set("identity.serial", "S\\42");
+    EXPECT_EQ(get("identity.serial"), "S\\x5c42");
+    set("eeprom.board@320", "41ff0a5c785c78343100");
+    const std::string shown = get("identity.serial");
+    EXPECT_EQ(shown, "A\\xff\\x0a\\x5cx\\x5cx41");
+    set("identity.serial", "SN42");
+    set("identity.serial", shown);
+    EXPECT_EQ(get("identity.serial"), shown);
+    EXPECT_EQ(get("eeprom.board@320+10"), "41ff0a5c785c78343100");
+
+    set("identity.serial", std::string(28, 'S') + "\\xff\\x0A\\x5c");
+    EXPECT_EQ(get("eeprom.board@348+4"), "ff0a5c00") << "31 characters, however they are shown";
+    EXPECT_NE(refusal("identity.serial", std::string(29, 'S') + "\\xff\\x0a\\x5c").find("1 to 31"),
+              std::string::npos);
+}
+
 TEST_F(WorldTest, TheCommandLineIsOneLine) {
     set("cmdline", "bootver=9.8.7");
     std::string content;

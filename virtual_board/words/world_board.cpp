@@ -1,5 +1,6 @@
 // What the factory, the boot loader and time gave the board as properties.
 
+#include "language/digits.h"
 #include "virtual_board/board/create.h"
 #include "virtual_board/board/factory.h"
 #include "virtual_board/words/bindings.h"
@@ -98,10 +99,33 @@ Value getSerial(const Target &target) {
     return text;
 }
 
-void setSerial(const Target &target, const Value &value) {
-    if (const std::string problem = serialProblem(value.text()); !problem.empty())
+constexpr size_t kShownByteLength = 4; // "\xff"
+
+/** The byte that is shown by its digits at the beginning of a text; 0 when there is none. */
+uint8_t shownByte(const std::string &text) {
+    uint8_t byte = 0;
+    const bool isShown = text.size() == kShownByteLength && text.starts_with("\\x") &&
+                         language::readDigits(std::string_view(text).substr(2), 16, byte);
+    return isShown ? byte : 0;
+}
+
+/** A serial number from how it is shown: what cannot be typed can be set again. */
+std::string serialOf(const std::string &shown) {
+    std::string serial;
+    std::string typed; // with a letter for each byte that is shown by its digits
+    for (size_t i = 0; i < shown.size();) {
+        const uint8_t byte = shownByte(shown.substr(i, kShownByteLength));
+        serial += byte != 0 ? static_cast<char>(byte) : shown[i];
+        typed += byte != 0 ? 'x' : shown[i];
+        i += byte != 0 ? kShownByteLength : 1;
+    }
+    if (const std::string problem = serialProblem(typed); !problem.empty())
         throw Refused(problem);
-    setFactorySerial(target.devices().eeprom, value.text().c_str());
+    return serial;
+}
+
+void setSerial(const Target &target, const Value &value) {
+    setFactorySerial(target.devices().eeprom, serialOf(value.text()).c_str());
 }
 
 Value getMac(const Target &target) {
