@@ -10,6 +10,7 @@
 #include <cstring>
 #include <string>
 #include <type_traits>
+#include <unistd.h>
 #include <vector>
 
 namespace fuzz {
@@ -79,7 +80,7 @@ class Input {
 
 /** Ends the program: an input has brought about what must not be. */
 [[noreturn]] inline void report(const char *finding) {
-    std::fprintf(stderr, "finding: %s\n", finding);
+    dprintf(STDERR_FILENO, "finding: %s\n", finding);
     std::abort();
 }
 
