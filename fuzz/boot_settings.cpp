@@ -5,9 +5,14 @@
 #include "bsp.h"
 #include "fuzz/hostile_system.h"
 
+#include <iterator>
+
 namespace {
 
 using fuzz::require;
+
+constexpr uint32_t kRates[] = {BSP_BAUDRATE_9600, BSP_BAUDRATE_19200, BSP_BAUDRATE_38400,
+                               BSP_BAUDRATE_57600, BSP_BAUDRATE_115200};
 
 void readAll() {
     uint32_t number = 0;
@@ -24,25 +29,48 @@ void readAll() {
     require(std::memchr(password, '\0', sizeof(password)) != nullptr, "a password without end");
 }
 
-void storeAndRead(fuzz::Input &input) {
-    const auto wanted = input.number<int32_t>();
-    int32_t flag = 0;
-    bspBootFlagSet(wanted);
-    require(bspBootFlagGet(&flag) == BSP_OK && flag == wanted, "another boot flag is read");
-    uint32_t mode = 0;
-    bspBootModeSet(wanted);
-    require(bspBootModeGet(&mode) == BSP_OK && mode == (wanted > 0 ? 1u : 0u),
-            "another boot mode is read");
-    bspConsolePwdValidSet(wanted);
-    bspUserPwdValidSet(wanted);
-    bspBaudrateSet(input.number<uint32_t>());
+/** One of those that the console has, or any other. */
+uint32_t anyRate(fuzz::Input &input) {
+    const uint32_t index = input.below(std::size(kRates) + 1);
+    return index < std::size(kRates) ? kRates[index] : input.number<uint32_t>();
+}
 
+/** All are stored before the first is read, so that none of them costs another. */
+void storeAndRead(fuzz::Input &input) {
+    const auto flag = input.number<int32_t>();
+    const auto mode = input.number<int32_t>();
+    const auto console = input.number<int32_t>();
+    const auto user = static_cast<int32_t>(input.quantity()); // of which 0 alone is another matter
+    const uint32_t rate = anyRate(input);
     std::string password = input.line();
     password.resize(std::strlen(password.c_str()));
-    if (bspBootPwdSet(password.c_str()) != BSP_OK)
-        return;
-    char stored[BSP_BOOT_PASSWORD_BUFFER];
-    require(bspBootPwdGet(stored) == BSP_OK && password == stored, "another password is read");
+
+    bspBootFlagSet(flag);
+    bspBootModeSet(mode);
+    bspConsolePwdValidSet(console);
+    bspUserPwdValidSet(user);
+    const bool hasRate = bspBaudrateSet(rate) == BSP_OK;
+    const bool hasPassword = bspBootPwdSet(password.c_str()) == BSP_OK;
+
+    int32_t storedFlag = 0;
+    require(bspBootFlagGet(&storedFlag) == BSP_OK && storedFlag == flag,
+            "another boot flag is read");
+    uint32_t stored = 0;
+    require(bspBootModeGet(&stored) == BSP_OK && stored == (mode > 0 ? 1u : 0u),
+            "another boot mode is read");
+    require(bspConsolePwdValidGet(&stored) == BSP_OK && stored == (console > 0 ? 1u : 0u),
+            "another state of the console's password is read");
+    require(bspUserPwdValidGet(&stored) == BSP_OK && stored == (user != 0 ? 1u : 0u),
+            "another state of the user password is read");
+    require(hasRate == (std::find(std::begin(kRates), std::end(kRates), rate) != std::end(kRates)),
+            "a rate that the console does not have, or one is missing");
+    require(!hasRate || (bspBaudrateGet(&stored) == BSP_OK && stored == rate),
+            "another rate is read");
+    require(hasPassword == (password.size() <= BSP_BOOT_PASSWORD_MAX),
+            "a password of the wrong length");
+    char storedPassword[BSP_BOOT_PASSWORD_BUFFER];
+    require(!hasPassword || (bspBootPwdGet(storedPassword) == BSP_OK && password == storedPassword),
+            "another password is read");
 }
 
 } // namespace

@@ -169,16 +169,22 @@ void lookAt(const char *text) {
     lookAt(text, std::strlen(text));
 }
 
-void write(Opened &file, const uint8_t *data, size_t size) {
-    lookAt(data, size);
-    std::optional<hostile::Bytes> &content = contentOf(file);
-    if (file.kind != Opened::Kind::Flash || !content)
-        return;
-    const auto start = std::min(static_cast<size_t>(file.position), content->size());
-    const size_t count = std::min(size, content->size() - start);
+/** Overwrites what a memory has from a place on; how much that is. */
+size_t overwrite(hostile::Bytes &memory, size_t place, const uint8_t *data, size_t size) {
+    const size_t start = std::min(place, memory.size());
+    const size_t count = std::min(size, memory.size() - start);
     if (count != 0)
-        std::memcpy(content->data() + start, data, count);
-    file.position += static_cast<off_t>(count);
+        std::memcpy(memory.data() + start, data, count);
+    return count;
+}
+
+void write(Opened &file, const uint8_t *data, size_t size) {
+    hostile::System &system = *state.system;
+    if (file.kind == Opened::Kind::Flash && system.flash)
+        file.position += static_cast<off_t>(
+            overwrite(*system.flash, static_cast<size_t>(file.position), data, size));
+    if (file.kind == Opened::Kind::File && system.output)
+        system.output->insert(system.output->end(), data, data + size);
 }
 
 // The driver
@@ -210,11 +216,15 @@ void transfer(bool isRead, const uint64_t *slot) {
     if (length <= 0 || !state.system->isMemoryValid)
         return;
     const auto size = static_cast<size_t>(length);
-    const std::optional<hostile::Bytes> &eeprom = state.system->eeprom;
+    std::optional<hostile::Bytes> &eeprom = state.system->eeprom;
+    // Blocks of 256 bytes have devices of their own.
+    const auto start = static_cast<size_t>((slot[1] & 3) * 256 + slot[2] % 256);
     if (!isRead) {
         lookAt(data, size);
         if (isPoe)
             std::copy_n(data, std::min(size, kFrameSize), state.request.begin());
+        else if (eeprom)
+            overwrite(*eeprom, start, data, size);
         return;
     }
     constexpr uint8_t kNoise = 0xC0;
@@ -222,8 +232,6 @@ void transfer(bool isRead, const uint64_t *slot) {
         return answerFrame(data);
     if (!eeprom || isPoe)
         return answers().fill(data, size);
-    // Blocks of 256 bytes have devices of their own.
-    const auto start = static_cast<size_t>((slot[1] & 3) * 256 + slot[2] % 256);
     std::memset(data, 0xFF, size);
     if (start < eeprom->size())
         std::memcpy(data, eeprom->data() + start, std::min(size, eeprom->size() - start));

@@ -27,8 +27,9 @@ class System {
     int firstDescriptor = 3;   // 0 in programs that have closed their standard streams
     uint32_t devId = 0;        // 0: whatever the answers say
     std::optional<bsp::FlashGeometry> geometry;
-    // What memories and files hold; those without hold what the answers say.
+    // What memories and files hold; those without hold what the answers say, and keep nothing.
     std::optional<Bytes> eeprom, flash, file;
+    std::optional<Bytes> output; // what is written into files, one piece behind the other
 };
 
 } // namespace hostile

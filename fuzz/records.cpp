@@ -9,6 +9,7 @@
 namespace {
 
 using fuzz::Input;
+using fuzz::require;
 
 /** An EEPROM of the input's bytes, in whose record magic and checksum may be right. */
 hostile::Bytes eepromOf(Input &input) {
@@ -32,8 +33,8 @@ void readAll() {
     bspMacAddrGet(1, mac);
     char serial[BSP_SERIAL_NUMBER_BUFFER] = {};
     uint32_t length = 0;
-    fuzz::require(bspSerialNumGet(serial, &length) != BSP_OK || length <= sizeof(serial),
-                  "a serial number that is longer than its buffer");
+    require(bspSerialNumGet(serial, &length) != BSP_OK || length <= sizeof(serial),
+            "a serial number that is longer than its buffer");
     int32_t supplies = 0;
     bspPowerNumGet(&supplies);
     for (int32_t index = -1; index <= BSP_SUPPLIES_MAX + 1; ++index) {
@@ -45,6 +46,39 @@ void readAll() {
     }
 }
 
+void storeSerialNumber(const std::string &serial) {
+    if (bspSerialNumSet(serial.data(), static_cast<int32_t>(serial.size())) != BSP_OK)
+        return;
+    require(serial.size() <= BSP_SERIAL_NUMBER_MAX, "a serial number that does not fit");
+    char stored[BSP_SERIAL_NUMBER_BUFFER] = {};
+    uint32_t length = 0;
+    require(bspSerialNumGet(stored, &length) == BSP_OK &&
+                std::string(stored, length) == serial.substr(0, std::strlen(serial.c_str())),
+            "another serial number is read");
+}
+
+void storeMacAddress(Input &input) {
+    uint8_t mac[BSP_MAC_LENGTH];
+    input.fill(mac, sizeof(mac));
+    if (bspMacAddrSet(0, mac) != BSP_OK)
+        return;
+    uint8_t stored[BSP_MAC_LENGTH] = {};
+    require(bspMacAddrGet(BSP_MAC_BASE, stored) == BSP_OK && std::equal(mac, std::end(mac), stored),
+            "another MAC address is read");
+}
+
+void storeSupplyRecord(Input &input) {
+    const uint32_t supply = input.below(4);
+    BspSupplyRecord record;
+    input.fill(&record, sizeof(record));
+    if (bspPowerPieSet(supply, &record) != BSP_OK)
+        return;
+    BspSupplyRecord stored{};
+    require(bspPowerPieGet(supply, &stored) == BSP_OK &&
+                std::memcmp(&record, &stored, sizeof(record)) == 0,
+            "another supply's record is read");
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) {
@@ -54,8 +88,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) {
     system.devId = fuzz::anyModel(input);
     system.eeprom = eepromOf(input);
     readAll();
-    const std::string serial = input.line();
-    if (bspSerialNumSet(serial.data(), static_cast<int32_t>(serial.size())) == BSP_OK)
-        fuzz::require(serial.size() <= BSP_SERIAL_NUMBER_MAX, "a serial number that does not fit");
+    storeSerialNumber(input.line());
+    storeMacAddress(input);
+    storeSupplyRecord(input);
+    readAll();
     return 0;
 }
