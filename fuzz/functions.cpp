@@ -4,6 +4,7 @@
 #include "bsp.h"
 #include "fuzz/hostile_system.h"
 #include "fuzz/models.h"
+#include "language/formats/product_record.h"
 
 #include <iterator>
 #include <memory>
@@ -39,13 +40,35 @@ constexpr Room kRooms[] = {
     {"CpldUpgrade_handle", 40}, // the block that tells how the CPLD is programmed
 };
 
-size_t roomOf(const char *function) {
-    const char *stem = function + (std::strncmp(function, "bsp", 3) == 0 ? 3 : 2);
-    for (const Room &room : kRooms)
-        if (std::strcmp(stem, room.function) == 0)
-            return room.size;
-    return 0;
-}
+/** Those that trust a pointer to be none that is null, as bsp.h says of each. */
+constexpr const char *kTrusting[] = {
+    "DevIdGet",    "PowerNumGet",     "PowerPresentGet", "PowerStatusGet", "PowerInfoGet",
+    "RealtimeSet", "LaserPresentGet", "LaserControlGet", "LaserRxLosGet",  "LaserTxfaultGet",
+};
+
+/** A function to be called, and what is odd about the call. */
+struct Called {
+    const char *name;
+    uint32_t nullPointer; // counted from 1; 0: none
+    bool hasEmptyBuffers;
+
+    /** The name behind "bsp" or "io". */
+    const char *stem() const { return name + (std::strncmp(name, "bsp", 3) == 0 ? 3 : 2); }
+    bool is(const char *function) const { return std::strcmp(stem(), function) == 0; }
+
+    size_t room() const {
+        for (const Room &some : kRooms)
+            if (is(some.function))
+                return some.size;
+        return 0;
+    }
+    /** Whether its n-th pointer is null. */
+    bool isNull(uint32_t pointer) const {
+        return pointer == nullPointer &&
+               std::none_of(std::begin(kTrusting), std::end(kTrusting),
+                            [this](const char *function) { return is(function); });
+    }
+};
 
 /** Memory that is exactly as large as a caller must give. */
 class Memory {
@@ -71,14 +94,15 @@ class Memory {
 /** The arguments of one call. Bytes in front of a number are as many as it says. */
 class Arguments {
   public:
-    Arguments(Input &input, const char *function) : input_(input), room_(roomOf(function)) {}
+    Arguments(Input &input, const Called &called)
+        : input_(input), called_(called), room_(called.room()) {}
 
     template <typename Type>
     Type next() {
         if constexpr (std::is_integral_v<Type>)
             return number<Type>();
         else
-            return pointer<Type>();
+            return pointerOrNull<Type>();
     }
 
   private:
@@ -89,6 +113,13 @@ class Arguments {
             return static_cast<Type>(length_);
         }
         return static_cast<Type>(input_.quantity());
+    }
+
+    /** Null instead of a pointer to as much as there would be. */
+    template <typename Type>
+    Type pointerOrNull() {
+        const Type made = pointer<Type>();
+        return called_.isNull(++pointers_) ? nullptr : made;
     }
 
     template <typename Type>
@@ -121,6 +152,8 @@ class Arguments {
             return memory<Type>(room_);
         isLengthNext_ = true;
         length_ = 1 + input_.quantity() % 1100;
+        if (called_.hasEmptyBuffers)
+            length_ = 0;
         return memory<Type>(length_);
     }
 
@@ -139,8 +172,10 @@ class Arguments {
     }
 
     Input &input_;
+    const Called &called_;
     size_t room_;
     size_t length_ = 0;
+    uint32_t pointers_ = 0;
     bool hasBytes_ = false;
     bool isLengthNext_ = false;
     std::vector<Memory> memory_;
@@ -168,10 +203,10 @@ class Words {
 };
 
 template <typename Result, typename... Parameters>
-void call(Result (*function)(Parameters...), const char *name, hostile::System &system) {
-    Arguments arguments(system.answers, name);
+void call(Result (*function)(Parameters...), const Called &called, hostile::System &system) {
+    Arguments arguments(system.answers, called);
     // An SPI transfer travels as an I2C transfer does, with numbers in the places of addresses.
-    system.isMemoryValid = std::strcmp(name, "bspSpiXfer_handle") != 0;
+    system.isMemoryValid = !called.is("SpiXfer_handle");
     // In braces arguments are made in order.
     std::apply(function, std::tuple<Parameters...>{arguments.next<Parameters>()...});
     system.isMemoryValid = true;
@@ -180,62 +215,103 @@ void call(Result (*function)(Parameters...), const char *name, hostile::System &
 // Those whose arguments belong together in other ways
 
 template <typename Number>
-void call(int32_t (*function)(Number, int32_t, char **), const char *, hostile::System &system) {
+void call(int32_t (*function)(Number, int32_t, char **), const Called &called,
+          hostile::System &system) {
     const auto number = static_cast<Number>(system.answers.quantity());
     Words words(system.answers);
-    function(number, words.count(), words.get());
+    function(number, words.count(), called.isNull(1) ? nullptr : words.get());
 }
 
 /** The argument of an operation is what it needs: a number, an output, a text or words. */
-void call(int32_t (*function)(const uint32_t *, uint32_t, void *), const char *,
+void call(int32_t (*function)(const uint32_t *, uint32_t, void *), const Called &called,
           hostile::System &system) {
     Words words(system.answers);
     const uint32_t operation = system.answers.quantity();
     if (operation == BSP_POE_DEBUG_DISPATCH) {
         const auto count = static_cast<uint32_t>(words.count());
-        function(&count, operation, words.get());
+        function(called.isNull(1) ? nullptr : &count, operation,
+                 called.isNull(2) ? nullptr : words.get());
         return;
     }
     const uint32_t port = system.answers.quantity();
     const Memory argument(system.answers, 64);
     argument.as<char *>()[63] = '\0';
-    function(system.answers.below(4) == 0 ? nullptr : &port, operation, argument.as<void *>());
+    function(system.answers.below(4) == 0 ? nullptr : &port, operation,
+             called.isNull(2) ? nullptr : argument.as<void *>());
 }
 
 /** A record of the caller's own. Its addresses are for the driver to judge. */
-void call(int32_t (*function)(uint32_t, BspIoctlRecord *), const char *, hostile::System &system) {
+void call(int32_t (*function)(uint32_t, BspIoctlRecord *), const Called &called,
+          hostile::System &system) {
     const Memory record(system.answers, sizeof(BspIoctlRecord));
     system.isMemoryValid = false;
-    function(BSP_REQ_CPLD_READ + system.answers.quantity(), record.as<BspIoctlRecord *>());
+    function(BSP_REQ_CPLD_READ + system.answers.quantity(),
+             called.isNull(1) ? nullptr : record.as<BspIoctlRecord *>());
     system.isMemoryValid = true;
 }
 
 /** Data. */
-void call(const BspPoeDriver *, const char *, hostile::System &) {}
+void call(const BspPoeDriver *, const Called &, hostile::System &) {}
 
 struct Function {
     const char *name;
-    void (*call)(hostile::System &system, const char *name);
+    void (*call)(const Called &called, hostile::System &system);
 };
 #define FUZZ_EXPORT(name)                                                                          \
-    {#name, [](hostile::System &system, const char *text) { call(&name, text, system); }},
+    {#name, [](const Called &called, hostile::System &system) { call(&name, called, system); }},
 constexpr Function kFunctions[] = {
 #include FUZZ_EXPORTS
 };
+
+/** An EEPROM whose record is valid, so that calls get behind it. */
+hostile::Bytes eepromWithRecord() {
+    hostile::Bytes eeprom(BSP_EEPROM_SIZE, 1);
+    uint8_t *record = eeprom.data() + BSP_DEVINFO_OFFSET;
+    std::memcpy(record, formats::kBoardRecordMagic, sizeof(formats::kBoardRecordMagic));
+    formats::renewRecordCrc(record);
+    return eeprom;
+}
+
+/**
+ * Every function on each model with each of its pointers null, and with empty buffers: of nulls the
+ * fuzzer finds few at a time.
+ */
+void callWithNothing() {
+    constexpr uint32_t kMostPointers = 7; // of a function
+    const std::vector<uint8_t> ones(64, 1);
+    const hostile::Bytes eeprom = eepromWithRecord();
+    for (const uint32_t devId : allIds()) {
+        for (const Function &function : kFunctions) {
+            for (uint32_t pointer = 0; pointer <= kMostPointers; ++pointer) {
+                Input input(ones.data(), ones.size());
+                hostile::System system(input);
+                system.devId = devId;
+                system.eeprom = eeprom;
+                function.call({function.name, pointer, pointer == 0}, system);
+            }
+        }
+    }
+}
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t size) {
     constexpr int kMostCalls = 8;
-    constexpr uint32_t kNumbers =
-        512; // of functions: so mostly the same when others come behind them
+    // Of functions: so mostly the same when others come behind them.
+    constexpr uint32_t kNumbers = 512;
+    if (size == 0) { // of which each run has one
+        callWithNothing();
+        return 0;
+    }
     Input input(bytes, size);
     hostile::System system(input);
     system.devId = fuzz::anyModel(input);
     system.firstDescriptor = input.below(4) == 3 ? 0 : 3;
     for (int i = 0; i < kMostCalls && !input.isEmpty(); ++i) {
-        const Function &function = kFunctions[input.below(kNumbers) % std::size(kFunctions)];
-        function.call(system, function.name);
+        const uint32_t choice = input.number<uint16_t>();
+        const uint32_t oddity = choice / kNumbers;
+        const Function &function = kFunctions[choice % kNumbers % std::size(kFunctions)];
+        function.call({function.name, oddity % 16, oddity / 16 == 7}, system);
     }
     return 0;
 }

@@ -254,6 +254,8 @@ int driver(unsigned long request, BspIoctlRecord &record) {
         break;
     case BSP_REQ_I2C_READ:
     case BSP_REQ_I2C_WRITE:
+        if (memoryAt(record.slot[4]) == nullptr)
+            return failed(-1); // the one null that the library leaves to the driver
         transfer(request == BSP_REQ_I2C_READ, record.slot);
         break;
     case BSP_REQ_CPLD_UPGRADE:

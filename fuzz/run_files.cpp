@@ -27,6 +27,7 @@ void runFile(const std::string &path) {
 
 int main(int argc, char **argv) {
     size_t files = 0;
+    LLVMFuzzerTestOneInput(nullptr, 0); // as libFuzzer begins
     for (int i = 1; i < argc; ++i) {
         std::vector<std::string> paths = {argv[i]};
         if (!isFile(argv[i]))
