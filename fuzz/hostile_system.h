@@ -1,7 +1,7 @@
 #pragma once
 // A system that answers the library's calls as an input says: kernel, driver, devices, files. The
-// library that the targets link has its calls under other names (calls.txt), so that nobody else's
-// come here.
+// library that the targets link has its calls under other names (tests/support/system_calls.txt),
+// so that nobody else's come here.
 
 #include "fuzz/input.h"
 #include "support/mtd.h"

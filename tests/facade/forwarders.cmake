@@ -3,13 +3,9 @@
 #                       function with a bsp function of its stem and parameters, OTHER(name) for the
 #                       rest
 #   FACADE_STEMS        the stems of the former
-set(facade_header ${PROJECT_SOURCE_DIR}/include/bsp.h)
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${facade_header})
-file(READ ${facade_header} facade_text)
-string(REPLACE ";" "@" facade_text "${facade_text}")
-string(REGEX REPLACE "[ \n]+" " " facade_text "${facade_text}")
-string(REGEX MATCHALL "BSP_API int32_t io[A-Za-z0-9]+\\([^)]*\\)@" facade_declarations
-                      "${facade_text}")
+include(${PROJECT_SOURCE_DIR}/tests/support/header_declarations.cmake)
+bsp_read_declarations(facade_text facade_declarations
+  "BSP_API int32_t io[A-Za-z0-9]+\\([^)]*\\)@")
 
 set(FACADE_STEMS "")
 set(facade_lines "")

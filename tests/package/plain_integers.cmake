@@ -1,13 +1,9 @@
 # Reads the declarations in the public header, so that no function of it can be forgotten:
 #   PLAIN_CALLS   the file to include: a call of each function, with a plain 1 for each number and
 #                 `anything` for each pointer
-set(header ${PROJECT_SOURCE_DIR}/include/bsp.h)
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
-file(READ ${header} text)
-string(REPLACE ";" "@" text "${text}")
-string(REGEX REPLACE "[ \n]+" " " text "${text}")
-string(REGEX MATCHALL "BSP_API (const )?[A-Za-z0-9_]+ [*]?[A-Za-z0-9_]+\\([^)]*\\)@" declarations
-                      "${text}")
+include(${PROJECT_SOURCE_DIR}/tests/support/header_declarations.cmake)
+bsp_read_declarations(text declarations
+  "BSP_API (const )?[A-Za-z0-9_]+ [*]?[A-Za-z0-9_]+\\([^)]*\\)@")
 
 set(calls "")
 foreach(declaration IN LISTS declarations)
