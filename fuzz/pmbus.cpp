@@ -7,6 +7,7 @@
 #include "virtual_board/devices/pmbus_supply.h"
 
 #include <cmath>
+#include <iterator>
 
 namespace {
 
@@ -46,9 +47,14 @@ void askSupply(fuzz::Input &input) {
 }
 
 void askVirtualSupply(fuzz::Input &input) {
+    // A supply whose numbers were all the input's would hardly ever be one that can be.
+    uint32_t numbers[sizeof(vb::PmbusSupply) / sizeof(uint32_t)];
     vb::PmbusSupply supply = {};
     vb::pmbusBuild(supply);
-    input.fill(&supply, sizeof(supply));
+    std::memcpy(numbers, &supply, sizeof(supply));
+    for (uint32_t changes = input.below(5); changes != 0; --changes)
+        numbers[input.below(std::size(numbers))] = input.number<uint32_t>();
+    std::memcpy(&supply, numbers, sizeof(supply));
     if (!vb::pmbusIsConsistent(supply))
         return;
     for (uint32_t command = 0; command <= UINT8_MAX; ++command) {
