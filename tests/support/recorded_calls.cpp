@@ -159,7 +159,7 @@ int recorded_fcntl(int fd, int command, ...) {
     va_start(rest, command);
     void *argument = va_arg(rest, void *);
     va_end(rest);
-    const bool isLock = command == F_SETLK || command == F_SETLKW || command == F_GETLK;
+    const bool isLock = command == F_SETLK || command == F_SETLKW;
     const auto answer = answered({"fcntl", fd}, [&] {
         return isLock ? recordLockText(fd, command, *static_cast<struct flock *>(argument))
                : command == F_DUPFD_CLOEXEC
