@@ -33,6 +33,7 @@ int32_t readModel(Model &model) {
     model.hasSupplyLines = row.supplies.count != 0;
     model.hasSupplyReadings = row.supplies.haveBus;
     model.poePorts = row.poePorts;
+    model.poeChip = row.poeChip;
     model.fans = row.fans.count;
     model.fanPresence = presenceOf(row.fans);
     model.fansShareTachometer = !row.fans.haveOwnTachometers;

@@ -4,6 +4,10 @@
 #include <cstdint>
 #include <vector>
 
+namespace bsp {
+enum class PoeChip : uint8_t;
+}
+
 namespace iodbg {
 
 /** What tells whether a fan is there. */
@@ -19,6 +23,7 @@ struct Model {
     bool hasSupplyLines = false;    // its supplies' lines are in CPLD register 30
     bool hasSupplyReadings = false; // its supplies measure, and tell over PMBus
     uint32_t poePorts = 0;
+    bsp::PoeChip poeChip{}; // what controls them
     uint32_t fans = 0;
     FanPresence fanPresence = FanPresence::Unknown;
     bool fansShareTachometer = false; // and the presence line, two of them

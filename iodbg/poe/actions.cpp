@@ -108,7 +108,7 @@ void act(const PortAction &action, const std::vector<uint32_t> &ports) {
 }
 
 ExitCode carryOut(Console &console, const PortAction &action, const PortList &list) {
-    const std::vector<uint32_t> ports = list.within(requirePoe());
+    const std::vector<uint32_t> ports = list.within(requirePoe().poePorts);
     act(action, ports);
     usleep(kSettle);
     Report report;
@@ -194,7 +194,7 @@ ExitCode tellOutcomes(const Console &console, const std::vector<Outcome> &outcom
 }
 
 ExitCode powerUp(Console &console, const PortAction &action, const PortList &list) {
-    const std::vector<uint32_t> ports = list.within(requirePoe());
+    const std::vector<uint32_t> ports = list.within(requirePoe().poePorts);
     act(action, ports);
     return tellOutcomes(console, awaitPower(ports));
 }

@@ -2,7 +2,6 @@
 
 #include "bsp.h"
 #include "iodbg/core/failure.h"
-#include "iodbg/core/model.h"
 #include "support/board_map.h"
 
 #include <algorithm>
@@ -19,7 +18,7 @@ void addRange(std::vector<uint32_t> &ports, const std::string &word) {
 
 } // namespace
 
-uint32_t requirePoe() {
+Model requirePoe() {
     Model model;
     require(readModel(model), "read the device id");
     if (model.poePorts == 0)
@@ -32,7 +31,7 @@ uint32_t requirePoe() {
                           std::to_string(bsp::kPoeAbsence.reg) + ", bit " +
                           std::to_string(bsp::kPoeAbsence.bit) +
                           " is set); check that its board is plugged and has power");
-    return model.poePorts;
+    return model;
 }
 
 void requirePort(uint32_t port, uint32_t portCount) {

@@ -2,6 +2,7 @@
 // Which PoE ports a board has, and which of them a command is for.
 
 #include "iodbg/core/command.h"
+#include "iodbg/core/model.h"
 
 #include <cstdint>
 #include <string>
@@ -9,9 +10,8 @@
 
 namespace iodbg {
 
-/** How many PoE ports this board has; throws when there is no PoE controller that could be asked.
- */
-uint32_t requirePoe();
+/** This board's model; throws when there is no PoE controller that could be asked. */
+Model requirePoe();
 
 /** Throws for a port that a board with so many ports does not have. */
 void requirePort(uint32_t port, uint32_t portCount);

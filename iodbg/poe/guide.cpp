@@ -1,15 +1,10 @@
 #include "iodbg/poe/guide.h"
 
-#include "bsp.h"
-#include "identity/board_catalogue.h"
 #include "iodbg/core/failure.h"
 
 namespace iodbg {
 
-const bsp::PoeGuide &poeGuide() {
-    uint32_t id = 0;
-    require(bspDevIdGet(&id), "read the device id");
-    const bsp::PoeChip chip = bsp::boardModel(id).poeChip;
+const bsp::PoeGuide &poeGuide(bsp::PoeChip chip) {
     for (const bsp::PoeGuideRow &row : bsp::kPoeGuides) {
         if (row.chip == chip)
             return row.guide;

@@ -9,8 +9,8 @@
 
 namespace iodbg {
 
-/** The guide to this board's controller; throws where the model has none that is known. */
-const bsp::PoeGuide &poeGuide();
+/** The guide to a controller; throws for one that is not known. */
+const bsp::PoeGuide &poeGuide(bsp::PoeChip chip);
 
 /** The steps of long work of an amount. */
 std::vector<WorkStep> stepsOf(const bsp::PoeWork &work, uint32_t amount);

@@ -88,18 +88,18 @@ void requireUsableFirmware() {
                              "FILE'");
 }
 
-int32_t initialise(Console &console, uint32_t ports) {
-    const bsp::PoeGuide &guide = poeGuide();
-    Progress progress(console, "poe init", stepsOf(guide.initialisation, ports));
-    const Follower follower(console, progress, guide, ports);
+int32_t initialise(Console &console, const Model &model) {
+    const bsp::PoeGuide &guide = poeGuide(model.poeChip);
+    Progress progress(console, "poe init", stepsOf(guide.initialisation, model.poePorts));
+    const Follower follower(console, progress, guide, model.poePorts);
     return ioPoeDeviceInit();
 }
 
 ExitCode init(Console &console) {
     console.beginLongWork();
-    const uint32_t ports = requirePoe();
+    const Model model = requirePoe();
     requireUsableFirmware();
-    require(initialise(console, ports), "initialise the PoE controller");
+    require(initialise(console, model), "initialise the PoE controller");
     Report report;
     addPoeController(report);
     return console.print(report);

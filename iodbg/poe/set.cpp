@@ -79,14 +79,18 @@ constexpr uint32_t roundedUp(uint32_t value, uint32_t unit) {
     return (value + unit - 1) / unit * unit;
 }
 
+/** To what the controller rounds a setting up; known before anything is set. */
+uint32_t unitOf(const Setting &setting, bsp::PoeChip chip) {
+    return setting.unit != nullptr ? poeGuide(chip).*setting.unit : 1;
+}
+
 /** What a port reads back, which must be what was set. */
-Cell readBack(const Setting &setting, uint32_t port, uint32_t value) {
+Cell readBack(const Setting &setting, uint32_t port, uint32_t value, uint32_t unit) {
     if (setting.get == nullptr)
         return {"not readable", nullptr};
     const std::string name = std::string(setting.name) + " of port " + std::to_string(port);
     uint32_t stored = 0;
     require(setting.get(port, &stored), "read back the " + name);
-    const uint32_t unit = setting.unit != nullptr ? poeGuide().*setting.unit : 1;
     if (stored != roundedUp(value, unit))
         throw Failure(ExitCode::ReadBack, "the " + name + " was set to " +
                                               setting.cell(value).text + " but reads " +
@@ -97,21 +101,23 @@ Cell readBack(const Setting &setting, uint32_t port, uint32_t value) {
 
 ExitCode setPorts(Console &console, const Setting &setting, const PortList &list, uint32_t value) {
     Table table = {"ports", {{"port", "PORT"}, {"set_to", "SET TO"}, {"read_back", "READS"}}, {}};
-    for (const uint32_t port : list.within(requirePoe())) {
+    const Model model = requirePoe();
+    const uint32_t unit = unitOf(setting, model.poeChip);
+    for (const uint32_t port : list.within(model.poePorts)) {
         require(setting.set(port, value),
                 std::string("set the ") + setting.name + " of port " + std::to_string(port));
         table.rows.push_back(
-            {numberCell(port), setting.cell(value), readBack(setting, port, value)});
+            {numberCell(port), setting.cell(value), readBack(setting, port, value, unit)});
     }
     return console.print({{table}, {}});
 }
 
 ExitCode setBudget(Console &console, uint32_t milliwatts) {
-    requirePoe();
+    const uint32_t unit = poeGuide(requirePoe().poeChip).budgetStepMw;
     require(ioPoeGlobalMaxPowerSet(milliwatts), "set the power budget");
     uint32_t stored = 0;
     require(ioPoeGlobalMaxPowerGet(&stored), "read back the power budget");
-    if (stored != roundedUp(milliwatts, poeGuide().budgetStepMw))
+    if (stored != roundedUp(milliwatts, unit))
         throw Failure(ExitCode::ReadBack, "the power budget was set to " +
                                               std::to_string(milliwatts) + " mW but reads " +
                                               std::to_string(stored) + " mW; set it again");

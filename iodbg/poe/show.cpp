@@ -63,9 +63,8 @@ std::vector<WorkStep> portSteps(const bsp::PoeGuide &guide, const std::vector<ui
     return steps;
 }
 
-void addPorts(Report &report, Console &console, LiveText &text,
+void addPorts(Report &report, Console &console, LiveText &text, const bsp::PoeGuide &guide,
               const std::vector<uint32_t> &ports) {
-    const bsp::PoeGuide &guide = poeGuide();
     std::optional<Progress> progress; // rows that appear one by one need none
     if (!text.isLive())
         progress.emplace(console, "poe status", portSteps(guide, ports));
@@ -83,24 +82,26 @@ void addPorts(Report &report, Console &console, LiveText &text,
 }
 
 ExitCode showStatus(Console &console, const PortList &list) {
-    const std::vector<uint32_t> ports = list.within(requirePoe());
+    const Model model = requirePoe();
+    const std::vector<uint32_t> ports = list.within(model.poePorts);
     requireAnswer();
     Report report;
     addPoeController(report);
     LiveText text(console);
     text.add(Report{report.parts, {}}.toText());
-    addPorts(report, console, text, ports);
+    addPorts(report, console, text, poeGuide(model.poeChip), ports);
     text.add(Report{{}, report.failures}.toText());
     return console.print(report, text.rest());
 }
 
 ExitCode showPort(Console &console, uint32_t port) {
-    requirePort(port, requirePoe());
+    const Model model = requirePoe();
+    requirePort(port, model.poePorts);
     requireAnswer();
     Report report;
     Section section = {"", "", {}};
     section.add("port", "Port", numberCell(port));
-    const std::vector<Cell> cells = readPoePort(report, poeGuide(), port);
+    const std::vector<Cell> cells = readPoePort(report, poeGuide(model.poeChip), port);
     for (size_t i = 0; i < cells.size(); ++i)
         section.add(poePortItems()[i].key, poePortItems()[i].longLabel, cells[i]);
     report.parts.emplace_back(section);

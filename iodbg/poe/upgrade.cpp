@@ -73,8 +73,8 @@ Image checkImage(const std::string &file) {
 }
 
 /** The guide to this board's controller, which must take such an image. */
-const bsp::PoeGuide &guideFor(const Image &image) {
-    const bsp::PoeGuide &guide = poeGuide();
+const bsp::PoeGuide &guideFor(bsp::PoeChip chip, const Image &image) {
+    const bsp::PoeGuide &guide = poeGuide(chip);
     if (guide.image.largest == 0)
         throw Failure(ExitCode::Board, "the PoE controller of this model takes no firmware");
     if (!fits(image.size, guide.image))
@@ -173,8 +173,7 @@ void addResult(Section &section) {
 ExitCode run(Console &console, const Arguments &arguments) {
     console.beginLongWork();
     const Image image = checkImage(arguments.file);
-    requirePoe();
-    const bsp::PoeGuide &guide = guideFor(image);
+    const bsp::PoeGuide &guide = guideFor(requirePoe().poeChip, image);
     const uint32_t seconds = secondsFor(guide, image.size);
     const std::optional<std::string> version = readVersion();
     Section section = {"", "", {}};

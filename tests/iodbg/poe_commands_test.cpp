@@ -7,6 +7,7 @@
 #include "virtual_board/devices/poe_ports.h"
 #include "virtual_board/words/fault_text.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
@@ -139,6 +140,25 @@ TEST_F(PoeCommandsTest, AsksNoMoreThanItMust) {
     EXPECT_LE(duration({"poe", "status"}), 41'000u);
     EXPECT_LE(duration({"poe", "port", "48"}), 1000u);
     EXPECT_EQ(jsonAt(json({"poe", "port", "48"}), "/delivering"), "true");
+}
+
+TEST_F(PoeCommandsTest, LooksForTheModelNoMoreThanItMust) {
+    initialise();
+    const auto looks = [this](const std::string &words) {
+        trace();
+        EXPECT_EQ(iodbg(wordsOf(words)).exitCode, 0) << words;
+        const Lines lines = trace();
+        return std::count_if(lines.begin(), lines.end(), [](const std::string &line) {
+            return line.find("open /tmp/bsp/devId") != std::string::npos;
+        });
+    };
+    // The command looks once; each call of the library for the driver, and for each transfer, and
+    // those about the budget for the map of the ports besides.
+    constexpr int kPortCall = 3;
+    constexpr int kBudgetCall = 4;
+    EXPECT_EQ(looks("poe set limit 3-8 30000"), 1 + 6 * 2 * kPortCall);
+    EXPECT_EQ(looks("poe set mode 3-4 semi"), 1 + 2 * (kPortCall + 2 + kPortCall));
+    EXPECT_EQ(looks("poe set budget 40000"), 1 + 2 * kBudgetCall);
 }
 
 TEST_F(PoeCommandsTest, ShowsEachPortOnATerminalAsItIsRead) {

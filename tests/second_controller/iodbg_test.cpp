@@ -170,4 +170,22 @@ TEST_F(SecondControllerIodbgTest, SaysThatItDoesNotKnowAController) {
         << said.err;
 }
 
+TEST_F(SecondControllerIodbgTest, ChangesNothingThatItCannotJudge) {
+    useModel(kUnguidedModel);
+    ASSERT_EQ(ioPoeDeviceInit(), BSP_OK);
+    for (const auto &words : {std::vector<const char *>{"poe", "set", "limit", "3", "30000"},
+                              {"poe", "set", "budget", "40000"},
+                              {"poe", "init"}}) {
+        requests();
+        const Said said = iodbg(words);
+        EXPECT_EQ(said.exitCode, 1);
+        EXPECT_NE(said.err.find("this iodbg does not know the PoE controller of this model"),
+                  std::string::npos)
+            << said.err;
+        for (const std::string &request : requests())
+            EXPECT_NE(request.find("CPLD read"), std::string::npos) << request;
+    }
+    EXPECT_EQ(iodbg({"poe", "set", "mode", "3", "semi"}).exitCode, 0) << "this needs no guide";
+}
+
 } // namespace

@@ -35,6 +35,7 @@ constexpr bsp::BoardModel modelWith(uint16_t devId, PoeChip chip) {
 constexpr bsp::PoeController kControllers[] = {
     {PoeChip::Rtl8239, {bspPoeRtl8239Driver, &bspPoeRtl8239DriverExtension}},
     {quill::kChip, {quill::kDriver, &quill::kExtension}},
+    {kUnguidedChip, {quill::kDriver, &quill::kExtension}},
 };
 
 constexpr bsp::PoeGuideRow kGuides[] = {
@@ -45,9 +46,8 @@ constexpr bsp::PoeGuideRow kGuides[] = {
 } // namespace
 
 const bsp::BoardModel bsp::kBoardModels[] = {
-    modelWith(kQuillModel, quill::kChip),
-    modelWith(kFamilyModel, PoeChip::Rtl8239),
-    modelWith(kStrangeModel, kStrangeChip),
+    modelWith(kQuillModel, quill::kChip),   modelWith(kFamilyModel, PoeChip::Rtl8239),
+    modelWith(kStrangeModel, kStrangeChip), modelWith(kUnguidedModel, kUnguidedChip),
     modelWith(kNoDevId, PoeChip::None),
 };
 

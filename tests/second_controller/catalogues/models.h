@@ -10,3 +10,6 @@ constexpr uint16_t kFamilyModel = 0x0809;
 /** The library believes it to have a controller that it has no driver for. */
 constexpr uint16_t kStrangeModel = 0x7E09;
 constexpr auto kStrangeChip = bsp::PoeChip{0x81};
+/** The library drives its controller; iodbg has no guide to it. */
+constexpr uint16_t kUnguidedModel = 0x7D09;
+constexpr auto kUnguidedChip = bsp::PoeChip{0x82};

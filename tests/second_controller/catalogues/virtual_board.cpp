@@ -30,6 +30,7 @@ constexpr Model kTestModels[] = {
     modelWith(kQuillModel, "24 PoE ports with a quill", kQuillChip),
     modelWith(kFamilyModel, "24 PoE ports", PoeChip::Rtl8239),
     modelWith(kStrangeModel, "24 PoE ports with what nobody knows", kQuillChip),
+    modelWith(kUnguidedModel, "24 PoE ports with what iodbg does not know", kQuillChip),
 };
 
 constexpr PoeKindRow kKinds[] = {{PoeChip::Rtl8239, kRtl8239Kind}, {kQuillChip, kQuillKind}};
