@@ -8,6 +8,9 @@
 #include "iodbg/poe/guide.h"
 #include "iodbg/poe/parts.h"
 
+#include <set>
+#include <string>
+
 namespace iodbg {
 
 namespace {
@@ -15,16 +18,35 @@ namespace {
 /** How a value's word becomes the library's number. */
 using ValueParser = Parser (*)(uint32_t &target);
 
+/** A power that is set: up to a highest, and rounded up by the controller. */
+struct Milliwatts {
+    uint32_t highest;
+    uint32_t bsp::PoeGuide::*unit;
+};
+constexpr Milliwatts kPortLimit = {BSP_POE_PORT_LIMIT_MAX_MW, &bsp::PoeGuide::portLimitStepMw};
+constexpr Milliwatts kBudget = {BSP_POE_BUDGET_MAX_MW, &bsp::PoeGuide::budgetStepMw};
+
+/** "0 to 102000; rounded up to 400", for all controllers. */
+std::string rangeText(const Milliwatts &power) {
+    std::set<uint32_t> units;
+    for (const bsp::PoeGuideRow &row : bsp::kPoeGuides)
+        units.insert(row.guide.*power.unit);
+    std::string text;
+    for (const uint32_t unit : units)
+        text += (text.empty() ? "" : " or ") + std::to_string(unit);
+    return "0 to " + std::to_string(power.highest) + "; rounded up to " + text;
+}
+
 /** What one of the ports' settings is called, takes, and how it is set and read. */
 struct Setting {
     const char *name;
     const char *help;
-    const char *valueHelp;
+    const char *valueHelp; // before the range of a power
     const char *example;
     ValueParser parser;
     int32_t (*set)(uint32_t port, uint32_t value);
     int32_t (*get)(uint32_t port, uint32_t *out); // null: nothing reads it
-    uint32_t bsp::PoeGuide::*unit; // the controller rounds up to it; null: it does not
+    const Milliwatts *power;                      // null: it is none
     Cell (*cell)(uint32_t value);
 };
 
@@ -58,9 +80,9 @@ constexpr Setting kSettings[] = {
      "1|2|3; 1 is the most important", "iodbg poe set priority 1-4 1",
      numberParser<BSP_POE_PRIORITY_MIN, BSP_POE_PRIORITY_MAX>, ioPoePortPrioritySet, nullptr,
      nullptr, poeNumberCell},
-    {"limit", "Power limit", "Milliwatts, 0 to 102000; rounded up to 400",
-     "iodbg poe set limit 3 30000", numberParser<0, BSP_POE_PORT_LIMIT_MAX_MW>,
-     ioPoePortMaxPowerSet, ioPoePortMaxPowerGet, &bsp::PoeGuide::portLimitStepMw, poeNumberCell},
+    {"limit", "Power limit", "Milliwatts, ", "iodbg poe set limit 3 30000",
+     numberParser<0, kPortLimit.highest>, ioPoePortMaxPowerSet, ioPoePortMaxPowerGet, &kPortLimit,
+     poeNumberCell},
     {"limit-type", "What limits the ports' power",
      "1|2: the device's class, or the limit that is set", "iodbg poe set limit-type 3 2",
      numberParser<BSP_POE_LIMIT_TYPE_MIN, BSP_POE_LIMIT_TYPE_MAX>, ioPoePortMaxPowerTypeSet,
@@ -81,7 +103,7 @@ constexpr uint32_t roundedUp(uint32_t value, uint32_t unit) {
 
 /** To what the controller rounds a setting up; known before anything is set. */
 uint32_t unitOf(const Setting &setting, bsp::PoeChip chip) {
-    return setting.unit != nullptr ? poeGuide(chip).*setting.unit : 1;
+    return setting.power != nullptr ? poeGuide(chip).*setting.power->unit : 1;
 }
 
 /** What a port reads back, which must be what was set. */
@@ -113,7 +135,7 @@ ExitCode setPorts(Console &console, const Setting &setting, const PortList &list
 }
 
 ExitCode setBudget(Console &console, uint32_t milliwatts) {
-    const uint32_t unit = poeGuide(requirePoe().poeChip).budgetStepMw;
+    const uint32_t unit = poeGuide(requirePoe().poeChip).*kBudget.unit;
     require(ioPoeGlobalMaxPowerSet(milliwatts), "set the power budget");
     uint32_t stored = 0;
     require(ioPoeGlobalMaxPowerGet(&stored), "read back the power budget");
@@ -134,7 +156,9 @@ void addPortSetting(Command &group, const Setting &setting) {
     const auto arguments = std::make_shared<Arguments>();
     Command &command = group.command(setting.name, setting.help);
     command.argument("PORTS", kPortListHelp, portList(arguments->ports));
-    command.argument("VALUE", setting.valueHelp, setting.parser(arguments->value));
+    command.argument(
+        "VALUE", setting.valueHelp + (setting.power != nullptr ? rangeText(*setting.power) : ""),
+        setting.parser(arguments->value));
     command.example(setting.example);
     command.does([&setting, arguments](Console &console) {
         return setPorts(console, setting, arguments->ports, arguments->value);
@@ -150,8 +174,7 @@ void addPoeSetCommands(Command &poe) {
 
     const auto milliwatts = std::make_shared<uint32_t>(0);
     Command &budget = group.command("budget", "Power budget of all ports");
-    budget.argument("MILLIWATTS", "0 to 6553500; rounded up to 100",
-                    number(*milliwatts, BSP_POE_BUDGET_MAX_MW));
+    budget.argument("MILLIWATTS", rangeText(kBudget), number(*milliwatts, kBudget.highest));
     budget.example("iodbg poe set budget 370000");
     budget.does([milliwatts](Console &console) { return setBudget(console, *milliwatts); });
 }

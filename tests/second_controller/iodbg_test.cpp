@@ -130,6 +130,12 @@ TEST_F(SecondControllerIodbgTest, SetsAndSwitches) {
     EXPECT_EQ(world::get("poe.3.state"), "held");
 }
 
+TEST_F(SecondControllerIodbgTest, SaysHowEachControllerRounds) {
+    const std::string help = iodbg({"poe", "set", "limit", "--help"}).out;
+    EXPECT_NE(help.find("Milliwatts, 0 to 102000; rounded up to 1 or 400"), std::string::npos)
+        << help;
+}
+
 TEST_F(SecondControllerIodbgTest, SaysWhatTheControllerHasNot) {
     ASSERT_EQ(ioPoeDeviceInit(), BSP_OK);
     const Said priority = iodbg({"poe", "set", "priority", "3", "1"});
