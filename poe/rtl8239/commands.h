@@ -76,7 +76,7 @@ struct Rtl8239PortConfig {
 struct Rtl8239PortPowerConfig {
     uint8_t inrushMode; // byte 3
     uint8_t byte4;
-    uint8_t byte6;
+    uint8_t priority; // byte 6, on the controller's scale
     uint8_t byte7;
     uint8_t byte8;
     uint8_t byte9;

@@ -5,16 +5,24 @@
 #include "poe/rtl8239/debug_words.h"
 #include "poe/rtl8239/firmware.h"
 #include "poe/rtl8239/frame.h"
+#include "poe/rtl8239/port_values.h"
+#include "poe/rtl8239/reply_plan.h"
 #include "poe/rtl8239/timing.h"
 
 #include <array>
-#include <cstddef>
 
 namespace bsp::rtl8239 {
 
 namespace {
 
-constexpr uint32_t kFrameMs = (kSettle + kPoll) / 1000;
+/** What the exchange of a command takes at least. */
+constexpr uint32_t leastMs(Command command, uint8_t secondByte = kUnused) {
+    const uint8_t start[] = {command, secondByte};
+    const ReplyPlan plan = planReply(start);
+    return (kSettle + plan.wait + plan.poll) / 1000;
+}
+
+constexpr uint32_t kFrameMs = leastMs(kQuery41); // as that of most commands
 
 // The initialisation, as device_init.cpp carries it out.
 
@@ -26,8 +34,8 @@ struct Phase {
 };
 
 constexpr std::array<Phase, 14> phasesFor(uint32_t ports) {
-    constexpr uint32_t kSwitchMs = kFrameMs + kGlobalEnableWait / 1000;
-    constexpr uint32_t kMappingMs = kFrameMs + kMappingWait / 1000;
+    constexpr uint32_t kSwitchMs = leastMs(kGlobalEnable);
+    constexpr uint32_t kMappingMs = leastMs(kPortMappingEnable);
     const uint32_t perSetting = (ports + kPairsPerFrame - 1) / kPairsPerFrame;
     return {{{"reset the controller", 0, 2 * kResetSeconds * 1000},
              {"switch all ports off", 1, kSwitchMs},
@@ -66,7 +74,7 @@ std::optional<PoeWorkPlace> initPlace(uint32_t ports, uint32_t requestsBefore, P
 // The upgrade, as firmware.cpp carries it out.
 
 constexpr uint32_t kRestMs = kRestSeconds * 1000;
-constexpr uint32_t kBlockMs = (kSettle + kLoaderPoll) / 1000;
+constexpr uint32_t kBlockMs = leastMs(kMisc, kDownloadBank0);
 
 enum UpgradeStep : uint32_t { kAsk, kLoader, kWrite, kStart, kUpgradeSteps };
 
@@ -74,9 +82,9 @@ PoeWorkStep upgradeStep(uint32_t size, uint32_t index) {
     const uint32_t blocks = (size + kBlockSize - 1) / kBlockSize;
     const PoeWorkStep steps[kUpgradeSteps] = {
         {"ask the controller", kFrameMs},
-        {"start its loader", kRestMs + kBlockMs + kLoaderSeconds * 1000},
+        {"start its loader", kRestMs + leastMs(kMisc, kJumpToLoader) + kLoaderSeconds * 1000},
         {"write the image", blocks * kBlockMs},
-        {"start the new firmware", kRestMs + kBlockMs + kRestMs}};
+        {"start the new firmware", kRestMs + leastMs(kMisc, kJumpToApp) + kRestMs}};
     return steps[index];
 }
 
@@ -89,7 +97,7 @@ std::optional<PoeWorkPlace> upgradePlace(uint32_t, uint32_t, PoeBytes request) {
         return PoeWorkPlace{kLoader, kRestMs};
     if (request[1] == kJumpToApp)
         return PoeWorkPlace{kStart, kRestMs};
-    if (request[1] < kDownloadBank0 || request[1] > kDownloadBank3)
+    if (!isDownload(request[1]))
         return {};
     const uint32_t bank = request[1] - uint32_t{kDownloadBank0};
     const uint32_t position = bank * kBankSize + formats::loadBe16(&request[2]);
@@ -101,13 +109,11 @@ bool isAnswer(PoeBytes request, PoeBytes reply) {
            answers(request.data(), reply.data());
 }
 
-/** Callers' priorities 1 to 3 are 2 to 0 here. */
 std::optional<uint32_t> priorityIn(PoeBytes reply, uint32_t port) {
-    constexpr size_t kPriorityAt = 6;
     if (reply.size() != kFrameSize || reply[0] != kQuery49 || reply[2] != port - 1 ||
         reply[kPriorityAt] > BSP_POE_PRIORITY_MAX)
         return {};
-    return uint32_t{BSP_POE_PRIORITY_MAX} - reply[kPriorityAt];
+    return turnedPriority(reply[kPriorityAt]);
 }
 
 constexpr const char *kDebugWords[] = {kPoeCommandWord};

@@ -170,9 +170,7 @@ int32_t bspPoeRtl8239PortClassificationSet(uint32_t port) {
 int32_t bspPoeRtl8239PortPrioritySet(uint32_t port, uint32_t priority) {
     if (priority < BSP_POE_PRIORITY_MIN || priority > BSP_POE_PRIORITY_MAX)
         return BSP_E_POE_INVALID;
-    // The controller's scale runs the other way, down to 0.
-    return setPort(rtl8239CmdPortPrioritySet, port,
-                   static_cast<int32_t>(BSP_POE_PRIORITY_MAX - priority));
+    return setPort(rtl8239CmdPortPrioritySet, port, static_cast<int32_t>(turnedPriority(priority)));
 }
 
 int32_t bspPoeRtl8239PortMaxPowerSet(uint32_t port, uint32_t milliwatts) {

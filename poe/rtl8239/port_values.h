@@ -4,10 +4,12 @@
 #include "bsp.h"
 #include "poe/rtl8239/commands.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace bsp::rtl8239 {
 
+constexpr size_t kPriorityAt = 6;  // in the answer to kQuery49
 constexpr uint8_t kInrushLast = 9; // the callers' BSP_POE_INRUSH_MODE_MAX
 
 /** The mode; BSP_E_POE_CONTENT for one that nobody knows. */
@@ -20,6 +22,11 @@ inline int32_t readMode(const Rtl8239PortConfig &config, uint32_t &mode) {
 
 constexpr uint32_t inrushModeOf(const Rtl8239PortPowerConfig &config) {
     return config.inrushMode == kInrushLast ? BSP_POE_INRUSH_MODE_MAX : uint32_t{config.inrushMode};
+}
+
+/** A priority on the other scale: the controller's runs the other way than the callers', to 0. */
+constexpr uint32_t turnedPriority(uint32_t priority) {
+    return uint32_t{BSP_POE_PRIORITY_MAX} - priority;
 }
 
 constexpr uint32_t faultOf(const Rtl8239PortStatus &state) {

@@ -3,6 +3,7 @@
 #include "language/formats/byte_order.h"
 #include "poe/rtl8239/commands.h"
 #include "poe/rtl8239/port_pairs.h"
+#include "poe/rtl8239/port_values.h"
 
 #include <algorithm>
 
@@ -162,7 +163,7 @@ int32_t rtl8239CmdQuery49Get(int32_t port, Rtl8239PortPowerConfig *out) {
     return queryPort(requestFrame(kQuery49), port, out, [](const Frame &reply) {
         return Rtl8239PortPowerConfig{.inrushMode = reply[3],
                                       .byte4 = reply[4],
-                                      .byte6 = reply[6],
+                                      .priority = reply[kPriorityAt],
                                       .byte7 = reply[7],
                                       .byte8 = reply[8],
                                       .byte9 = reply[9],

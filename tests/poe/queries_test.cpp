@@ -104,7 +104,7 @@ Asked portPowerConfig() {
     return ask<Rtl8239PortPowerConfig>(
         [](Rtl8239PortPowerConfig *out) { return rtl8239CmdQuery49Get(5, out); },
         [](const Rtl8239PortPowerConfig &port) {
-            return listed({port.inrushMode, port.byte4, port.byte6, port.byte7, port.byte8,
+            return listed({port.inrushMode, port.byte4, port.priority, port.byte7, port.byte8,
                            port.byte9, port.powerLimit});
         });
 }
