@@ -34,6 +34,11 @@ Command &Command::detail(const std::string &sentences) {
     return *this;
 }
 
+Command &Command::glossary(const Glossary &added) {
+    glossaries.push_back(added);
+    return *this;
+}
+
 Command &Command::example(const std::string &line) {
     examples.push_back(line);
     return *this;

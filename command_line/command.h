@@ -37,6 +37,13 @@ struct Chapter {
     std::string title, text;
 };
 
+/** Words that a command knows, and what each of them means. What stands for something else in a
+ * word is at its end, in capitals: "short=BYTES". */
+struct Glossary {
+    std::string title;
+    std::vector<std::pair<std::string, std::string>> entries;
+};
+
 /** A command, or a group of commands. */
 class Command {
   public:
@@ -62,6 +69,8 @@ class Command {
     Command &alias(const std::string &other);
     /** More sentences about it, which lists of commands leave out. */
     Command &detail(const std::string &sentences);
+    /** What its options' words mean, below the options. */
+    Command &glossary(const Glossary &added);
     /** A command line that shows its use. */
     Command &example(const std::string &line);
     /** What must hold before it, or a command of it, does anything; throws where it does not. */
@@ -110,6 +119,7 @@ class Command {
     const std::string name, help;
     std::vector<std::string> aliases;
     std::string details;
+    std::vector<Glossary> glossaries;
     std::vector<std::string> examples;
     const Command *parent = nullptr;
     bool isGroup = false;

@@ -124,13 +124,23 @@ void addParsers(CLI::App &app, Command &command, const Tool &tool, const Words &
     }
 }
 
+std::string textOf(const Glossary &glossary) {
+    Rows rows;
+    for (const auto &[word, meaning] : glossary.entries)
+        rows.push_back({"  " + word, meaning});
+    return glossary.title + ":\n" + inOneBlock(rows);
+}
+
 std::string footerOf(const Command &command, const Tool &tool) {
     if (command.parent == nullptr)
         return tool.footer;
     if (command.examples.empty())
         return "'" + command.wholeName() +
                " COMMAND --help' shows a command's options and examples.";
-    std::string footer = "Examples:\n";
+    std::string footer;
+    for (const Glossary &glossary : command.glossaries)
+        footer += textOf(glossary) + "\n";
+    footer += "Examples:\n";
     for (const std::string &example : command.examples)
         footer += "  " + example + "\n";
     return footer;

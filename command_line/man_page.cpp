@@ -189,17 +189,43 @@ std::string textOf(const Word &word, Prose &prose) {
     return ".It " + nameOf(word) + "\n" + prose.lines();
 }
 
+/** An entry of a glossary: its word, in which the end can stand for something else, and what it
+ * means. */
+std::string textOf(const std::string &word, const std::string &meaning,
+                   std::set<std::string> names) {
+    const size_t begin = word.find_last_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ:") + 1;
+    std::istringstream variables(word.substr(begin));
+    for (std::string name; std::getline(variables, name, ':');)
+        names.insert(name);
+    std::string item = begin > 0 ? " Cm " + escaped(word.substr(0, begin)) : "";
+    if (begin < word.size())
+        item += (begin > 0 ? " Ns Ar " : " Ar ") + word.substr(begin);
+    Prose prose(std::move(names));
+    prose.add(meaning);
+    return ".It" + item + "\n" + prose.lines();
+}
+
+std::string listOf(const std::string &items) {
+    return items.empty() ? "" : ".Bl -tag -width Ds\n" + items + ".El\n";
+}
+
 std::string itemOf(const Command &command) {
-    Prose prose(namesIn(command));
+    const std::set<std::string> names = namesIn(command);
+    Prose prose(names);
     prose.add(command.help);
     prose.add(command.details);
     std::string item = headOf(command) + prose.lines();
-    if (command.words.empty())
-        return item;
-    item += ".Bl -tag -width Ds\n";
+    std::string options;
     for (const Word &word : command.words)
-        item += textOf(word, prose);
-    return item + ".El\n";
+        options += textOf(word, prose);
+    item += listOf(options);
+    for (const Glossary &glossary : command.glossaries) {
+        std::string entries;
+        for (const auto &[word, meaning] : glossary.entries)
+            entries += textOf(word, meaning, names);
+        item += ".Pp\n" + glossary.title + ":\n" + listOf(entries);
+    }
+    return item;
 }
 
 /** A command and its commands; a group does nothing by itself. */
@@ -218,7 +244,7 @@ std::string listOf(Command &root, size_t chapter) {
         if (command.inChapter == chapter)
             items += itemsOf(command);
     }
-    return items.empty() ? "" : ".Bl -tag -width Ds\n" + items + ".El\n";
+    return listOf(items);
 }
 
 void addNames(std::set<std::string> &names, const Command &command) {

@@ -51,6 +51,11 @@ void definePaint(Command &paint) {
     paint.option("--file", "FILE", "Keep it", command_line::fileName(record.box))
         .onlyWith("--loud");
     paint.detail("See 'tool box' and --loud (with a NAME), or \\ alone.");
+    paint.glossary({"Colours",
+                    {{"red", "as fire"},
+                     {"rgb=R:G", "R of red and G of green, with 'blue' at --level and what else it "
+                                 "takes to go on below"},
+                     {"WORD", "another"}}});
     paint.example("tool paint door");
     paint.does([](Printer &printer) {
         record.done = "paint";
@@ -209,6 +214,15 @@ TEST(DefinitionTest, HelpTellsOfThem) {
                   std::string::npos)
             << help;
         EXPECT_EQ(printed({"--help"}, isForPrograms).find("See 'tool box'"), std::string::npos);
+        EXPECT_NE(help.find("\n\nColours:\n"
+                            "  red      as fire\n"
+                            "  rgb=R:G  R of red and G of green, with 'blue' at --level and what "
+                            "else it\n"
+                            "           takes to go on below\n"
+                            "  WORD     another\n"
+                            "\nExamples:\n"),
+                  std::string::npos)
+            << help;
     }
 }
 
@@ -276,6 +290,23 @@ Tell of it.
 Tell nothing.
 .It Fl -file Ar FILE
 Keep it.
+.El
+.Pp
+Colours:
+.Bl -tag -width Ds
+.It Cm red
+as fire.
+.It Cm rgb= Ns Ar R:G
+.Ar R
+of red and
+.Ar G
+of green, with
+.Ql blue
+at
+.Fl -level
+and what else it takes to go on below.
+.It Ar WORD
+another.
 .El
 .El
 .Ss Boxes

@@ -86,20 +86,25 @@ std::string choices(const vb::FaultWord<Value> (&table)[count]) {
     return choices(table, [](const auto &word) { return word.text; });
 }
 
-/** What can be said of devices and effects, a line for each. */
-std::string faultDetails() {
-    std::string text;
+Glossary devicesTold() {
+    Glossary devices = {"Devices", {}};
     for (const vb::FaultTargetWords &target : vb::kFaultTargets) {
-        text += "'--device " + std::string(target.device) + "': " + target.requests + "; --op " +
-                vb::listed(vb::opsOf(target.target), "or");
-        text +=
-            target.offset == nullptr ? "\n" : "; --offset is " + std::string(target.offset) + "\n";
+        const std::string offset =
+            target.offset == nullptr ? "" : "; --offset is " + std::string(target.offset);
+        devices.entries.emplace_back(target.device, std::string(target.requests) + "; --op " +
+                                                        vb::listed(vb::opsOf(target.target), "or") +
+                                                        offset);
     }
+    return devices;
+}
+
+Glossary effectsTold() {
+    Glossary effects = {"Effects", {}};
     for (const vb::FaultEffectWords &effect : vb::kFaultEffects)
-        text += "'" + vb::formOf(effect) + "' (" + vb::listed(vb::devicesOf(effect.effect), "and") +
-                "): " + effect.sentence + "\n";
-    text.pop_back();
-    return text;
+        effects.entries.emplace_back(vb::formOf(effect),
+                                     std::string(effect.sentence) + " (" +
+                                         vb::listed(vb::devicesOf(effect.effect), "and") + ")");
+    return effects;
 }
 
 struct FaultArguments {
@@ -133,7 +138,7 @@ void defineFaultAdd(Command &fault, const std::shared_ptr<FaultArguments> &argum
         .usually(words->when);
     command.requiredOption("--effect", "EFFECT", choices(vb::kFaultEffects, vb::formOf),
                            {text(words->effect), offeredEffects()});
-    command.detail(faultDetails());
+    command.glossary(devicesTold()).glossary(effectsTold());
     for (const char *line :
          {"--device cpld --op read --offset 1 --effect refuse=-5",
           "--device i2c:0.0.0x51 --nth 3 --when from --effect no-answer",

@@ -135,7 +135,7 @@ constexpr FaultTargetWords kFaultTargets[] = {
      nullptr},
     {FaultTarget::Partition, "a partition's node", "/dev/mtdN", "the node is opened", nullptr, 0,
      "for what is done to the flash give --device mtdN"},
-    {FaultTarget::File, "a file", "a path", "files are opened, read and written", nullptr, 0,
+    {FaultTarget::File, "a file", "PATH", "files are opened, read and written", nullptr, 0,
      nullptr},
 };
 
