@@ -123,8 +123,4 @@ std::vector<std::string> devicesOf(FaultEffect effect) {
     return devicesWhere([=](const FaultUse &use) { return use.effect == effect; });
 }
 
-std::vector<std::string> devicesOf(FaultOp op) {
-    return devicesWhere([=](const FaultUse &use) { return use.ops.has(op); });
-}
-
 } // namespace vb

@@ -60,9 +60,8 @@ constexpr FaultEffectWords kFaultEffects[] = {
     {"corrupt", FaultEffect::Corrupt, FaultValue::Corruption, "INDEX:MASK", "a byte's index",
      "byte INDEX of the data arrives XORed with MASK; byte 0 of a register is its upper half"},
     {"no-answer", FaultEffect::NoAnswer, FaultValue::None, "", "",
-     "I2C: no acknowledge (result -ENXIO); CPLD reads 0xFFFF, GPIO reads 1, writes get lost; PoE: "
-     "the "
-     "frame is ignored, or the controller stays in reset"},
+     "I2C: no acknowledge (result -ENXIO); CPLD reads 0xFFFF, GPIO reads 1, writes get lost; "
+     "PoE: the frame is ignored, or the controller stays in reset"},
     {"late-answer", FaultEffect::LateAnswer, FaultValue::Number, "READ", "a read that gets it",
      "reads before number READ find no answer"},
     {"wrong-echo", FaultEffect::WrongEcho, FaultValue::None, "", "",
@@ -72,19 +71,29 @@ constexpr FaultEffectWords kFaultEffects[] = {
     {"bad-port", FaultEffect::BadPort, FaultValue::Number, "PORT", "a port",
      "settings of the controller's port PORT (from 0) fail, questions about it are not answered"},
     {"power-loss", FaultEffect::PowerLoss, FaultValue::None, "", "",
-     "the controller's power fails for a moment; it starts anew, in its loader when its image is "
-     "not "
-     "whole"},
+     "the controller's power fails for a moment; "
+     "it starts anew, in its loader when its image is not whole"},
     {"no-effect", FaultEffect::NoEffect, FaultValue::None, "", "",
      "the answer tells of success, but settings stay as they were and a block is not stored"},
     {"fails", FaultEffect::Fails, FaultValue::Errno, "ERRNO", "",
-     "the call fails; nothing is read, programmed, erased, mapped or set, and 'stty' says so as "
-     "the "
-     "system's does, with status 1"},
+     "the call fails; nothing is read, programmed, erased, mapped or set, "
+     "and 'stty' says so as the system's does, with status 1"},
     {"power-cut", FaultEffect::PowerCut, FaultValue::Number, "BYTES", "a byte count",
-     "only the first BYTES are programmed, erased or written; then the process is killed, and with "
-     "it "
-     "the program that ran it with 'system'"},
+     "only the first BYTES are programmed, erased or written; "
+     "then the process is killed, and with it the program that ran it with 'system'"},
+};
+
+/** Some of the values of an enumeration. */
+template <typename Value>
+class FaultSet {
+  public:
+    template <typename... Values>
+    constexpr explicit FaultSet(Values... values) : bits_((0u | ... | bit(values))) {}
+    constexpr bool has(Value value) const { return (bits_ & bit(value)) != 0; }
+
+  private:
+    static constexpr uint32_t bit(Value value) { return 1u << static_cast<unsigned>(value); }
+    uint32_t bits_;
 };
 
 /** Whose requests a rule is about, as those see them who write rules. */
@@ -101,6 +110,8 @@ enum class FaultTarget : uint8_t {
     File,      // any other
 };
 
+using FaultTargets = FaultSet<FaultTarget>;
+
 struct FaultTargetWords {
     FaultTarget target;
     const char *name;     // in sentences
@@ -108,48 +119,38 @@ struct FaultTargetWords {
     const char *requests; // what is done to it
     const char *offset;   // what --offset counts, with its article; null: nothing
     uint32_t lastOffset;
-    const char *neighbour; // where to go with what is not done to it; null: nowhere
+    FaultTargets neighbours; // of the same thing: first choice for what is not done to it
 };
 
-constexpr char kForOpensOfDriver[] =
-    "for opens of the driver give --device /dev/bspHandle --op open";
+constexpr FaultTargets kNoNeighbour;
+constexpr FaultTargets kOpenedDriver(FaultTarget::Driver);
 constexpr FaultTargetWords kFaultTargets[] = {
     {FaultTarget::Cpld, "the CPLD", "cpld", "registers are read and written, the logic is upgraded",
-     "a CPLD register", kCpldRegisters - 1, kForOpensOfDriver},
+     "a CPLD register", kCpldRegisters - 1, kOpenedDriver},
     {FaultTarget::Gpio, "a GPIO line", "gpio", "lines are read and written", "a GPIO line",
-     kGpioLines - 1, kForOpensOfDriver},
+     kGpioLines - 1, kOpenedDriver},
     {FaultTarget::I2c, "an I2C device", "i2c", "devices are read and written", "an I2C offset",
-     UINT32_MAX, kForOpensOfDriver},
+     UINT32_MAX, kOpenedDriver},
     {FaultTarget::Poe, "the PoE controller", "poe",
      "the controller is given frames (write) and released from reset", "a command code", UINT8_MAX,
-     "for its bus give --device i2c:16.0.0x20"},
+     FaultTargets(FaultTarget::I2c, FaultTarget::Driver)},
     {FaultTarget::Flash, "flash", "mtdN",
-     "flash is read, programmed, erased and asked for its geometry (info); change is program or "
-     "erase",
-     "an offset of the partition", UINT32_MAX, "for opens give --device /dev/mtdN"},
+     "flash is read, programmed, erased and asked for its geometry (info); "
+     "change is program or erase",
+     "an offset of the partition", UINT32_MAX, FaultTargets(FaultTarget::Partition)},
     {FaultTarget::Console, "the console", "console", "its speed is set (write)", nullptr, 0,
-     nullptr},
+     kNoNeighbour},
     {FaultTarget::Driver, "the driver's node", kNodePath, "the node is opened", nullptr, 0,
-     "for requests give --device cpld, gpio or i2c"},
+     FaultTargets(FaultTarget::Cpld, FaultTarget::Gpio, FaultTarget::I2c)},
     {FaultTarget::Memory, kMemoryPath, kMemoryPath, "the file is opened and mapped", nullptr, 0,
-     nullptr},
+     kNoNeighbour},
     {FaultTarget::Partition, "a partition's node", "/dev/mtdN", "the node is opened", nullptr, 0,
-     "for what is done to the flash give --device mtdN"},
+     FaultTargets(FaultTarget::Flash)},
     {FaultTarget::File, "a file", "PATH", "files are opened, read and written", nullptr, 0,
-     nullptr},
+     kNoNeighbour},
 };
 
-/** Operations as a set. */
-class FaultOps {
-  public:
-    template <typename... Op>
-    constexpr explicit FaultOps(Op... op) : bits_((0u | ... | bit(op))) {}
-    constexpr bool has(FaultOp op) const { return (bits_ & bit(op)) != 0; }
-
-  private:
-    static constexpr uint32_t bit(FaultOp op) { return 1u << static_cast<unsigned>(op); }
-    uint32_t bits_;
-};
+using FaultOps = FaultSet<FaultOp>;
 
 /** An effect that requests to a target can have. */
 struct FaultUse {
@@ -239,8 +240,7 @@ std::vector<std::string> effectsOf(FaultTarget target);
 std::vector<std::string> effectsOf(FaultTarget target, FaultOp op);
 std::vector<std::string> opsOf(FaultTarget target);
 std::vector<std::string> opsOf(FaultTarget target, FaultEffect effect);
-/** What to give for the targets whose requests can have an effect, or are of a kind. */
+/** What to give for the targets whose requests can have an effect. */
 std::vector<std::string> devicesOf(FaultEffect effect);
-std::vector<std::string> devicesOf(FaultOp op);
 
 } // namespace vb

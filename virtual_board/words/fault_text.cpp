@@ -41,14 +41,18 @@ FaultWords faultWords(const FaultRule &rule) {
     if (rule.device == FaultDevice::Mtd)
         words.device = kFaultMtdPrefix + std::to_string(rule.devAddr);
     else if (rule.hasAddress != 0)
-        words.device += ":" + std::to_string(rule.bus) + "." + std::to_string(rule.channel) +
-                        ".0x" + hex16Text(rule.devAddr).substr(4);
+        words.device = i2cDeviceText(rule.bus, rule.channel, rule.devAddr);
     words.op = wordOf(kFaultOps, rule.op);
     words.offset = rule.hasOffset != 0 ? std::to_string(rule.offset) : "";
     words.nth = std::to_string(rule.nth);
     words.when = wordOf(kFaultWhens, rule.when);
     words.effect = effectText(rule);
     return words;
+}
+
+std::string i2cDeviceText(uint32_t bus, uint32_t channel, uint32_t devAddr) {
+    return std::string(wordOf(kFaultDevices, FaultDevice::I2c)) + ":" + std::to_string(bus) + "." +
+           std::to_string(channel) + ".0x" + hex16Text(devAddr).substr(4);
 }
 
 std::string faultText(const FaultRule &rule) {

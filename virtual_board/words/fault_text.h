@@ -23,6 +23,9 @@ FaultRule parseFault(const FaultWords &words);
 
 FaultWords faultWords(const FaultRule &rule);
 
+/** One device of the I2C buses: "i2c:0.0.0x51". */
+std::string i2cDeviceText(uint32_t bus, uint32_t channel, uint32_t devAddr);
+
 /** A rule as arguments of `vboard fault add`. */
 std::string faultText(const FaultRule &rule);
 
