@@ -1,6 +1,7 @@
 // The tables of fault rules: in the document, and against what rules can do.
 
 #include "tests/support/document_part.h"
+#include "virtual_board/board/flash_partitions.h"
 #include "virtual_board/words/fault_table.h"
 #include "virtual_board/words/fault_text.h"
 #include "virtual_board/words/values.h"
@@ -27,7 +28,11 @@ std::string tableOfDevices() {
         text += std::string("| ") + target.device + " | " + target.requests + " | " +
                 marked(opsOf(target.target), "or") + " | " + offset + "|\n";
     }
-    return text;
+    std::vector<std::string> numbers;
+    for (const uint32_t number : kFlashNumbers)
+        numbers.push_back(std::to_string(number));
+    return text + "\nN is " + listed(numbers, "or") +
+           "; PATH is that of one of the board's files.\n";
 }
 
 std::string tableOfEffects() {
@@ -53,6 +58,16 @@ TEST(FaultTablesTest, AreWhatTheDocumentHas) {
                tableOfDevices());
     expectPart({document, "<!-- effects of faults -->\n", "<!-- end of effects of faults -->\n"},
                tableOfEffects());
+}
+
+TEST(FaultTablesTest, EachPartitionIsADevice) {
+    std::vector<uint32_t> numbers;
+    for (const auto &device : kFaultDevices) {
+        if (device.value == FaultDevice::Mtd)
+            numbers.push_back(
+                parseFault({device.text, "any", "", "1", "once", "fails=EIO"}).devAddr);
+    }
+    EXPECT_EQ(numbers, std::vector<uint32_t>(std::begin(kFlashNumbers), std::end(kFlashNumbers)));
 }
 
 TEST(FaultTablesTest, NothingIsForgotten) {

@@ -98,6 +98,8 @@ TEST(FaultText, WordsThatMakeNoRuleAreRefusedWithWhatWouldBeRight) {
         {{"i2c:0.1", "any", "", "1", "once", "no-answer"}, "i2c:0.0.0x51"},
         {{"i2c:0.1.0x80", "any", "", "1", "once", "no-answer"}, "0 to 127"},
         {{"/etc/passwd", "read", "", "1", "once", "short=2"}, "not one of the board's own files"},
+        {{"/etc/passwd", "read", "", "1", "once", "short=2"},
+         "/tmp/bspPoeLockFile, /dev/mtd0, /dev/mtd4, /dev/mtd12, /dev/mtd14, /tmp/bsp/..."},
         {{"/tmp/bsp/../x", "read", "", "1", "once", "short=2"}, "not one of the board's own files"},
         {{"cpld", "peek", "", "1", "once", "refuse=-5"}, "choose from: any, open, read, write"},
         {{"cpld", "any", "64", "1", "once", "refuse=-5"}, "0 to 63"},

@@ -6,14 +6,7 @@
 namespace vb {
 
 bool isBoardPath(const char *path) {
-    constexpr const char *kOwnFiles[] = {kNodePath,
-                                         kMemoryPath,
-                                         kCommandLinePath,
-                                         kPartitionListPath,
-                                         kSharedFolderPath,
-                                         "/tmp/bspFlashLockFile",
-                                         "/tmp/bspPoeLockFile"};
-    for (const char *own : kOwnFiles) {
+    for (const char *own : kSingleBoardPaths) {
         if (std::strcmp(path, own) == 0)
             return true;
     }
@@ -21,7 +14,8 @@ bool isBoardPath(const char *path) {
     if (std::strncmp(path, kFlashNodePrefix, std::strlen(kFlashNodePrefix)) == 0)
         return true;
     const size_t folderLength = std::strlen(kSharedFolderPath);
-    return std::strncmp(path, kSharedFolderPath, folderLength) == 0 && path[folderLength] == '/';
+    return std::strncmp(path, kSharedFolderPath, folderLength) == 0 &&
+           (path[folderLength] == '/' || path[folderLength] == '\0');
 }
 
 bool goesUp(const char *path) {

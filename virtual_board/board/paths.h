@@ -8,7 +8,13 @@ constexpr char kMemoryPath[] = "/dev/mem"; // of which a board has one page
 constexpr char kCommandLinePath[] = "/proc/cmdline";
 constexpr char kPartitionListPath[] = "/proc/mtd";
 constexpr char kFlashNodePrefix[] = "/dev/mtd"; // and the number of the partition
-constexpr char kSharedFolderPath[] = "/tmp/bsp";
+constexpr char kFlashLockPath[] = "/tmp/bspFlashLockFile";
+constexpr char kPoeLockPath[] = "/tmp/bspPoeLockFile";
+constexpr char kSharedFolderPath[] = "/tmp/bsp"; // and what is in it
+
+/** Those of them that are one file. */
+constexpr const char *kSingleBoardPaths[] = {kNodePath,          kMemoryPath,    kCommandLinePath,
+                                             kPartitionListPath, kFlashLockPath, kPoeLockPath};
 
 /** The folder with the programs that stand in for the system's own, beside libvboard.so. */
 constexpr char kToolFolder[] = "vboard-tools";

@@ -107,6 +107,16 @@ Glossary effectsTold() {
     return effects;
 }
 
+/** "Only those at this place: a CPLD register, ..." */
+std::string offsetHelp() {
+    std::vector<std::string> places;
+    for (const vb::FaultTargetWords &target : vb::kFaultTargets) {
+        if (target.offset != nullptr)
+            places.emplace_back(target.offset);
+    }
+    return "Only requests at this place: " + vb::listed(places, "or");
+}
+
 struct FaultArguments {
     std::string folder;
     vb::FaultWords rule;
@@ -125,10 +135,7 @@ void defineFaultAdd(Command &fault, const std::shared_ptr<FaultArguments> &argum
         .option("--op", "OPERATION", choices(vb::kFaultOps),
                 {text(words->op), offersOf(vb::kFaultOps)})
         .usually(words->op);
-    command.option("--offset", "N",
-                   "Only this register, line, offset inside an I2C device, PoE command, or page or "
-                   "block of flash (its offset)",
-                   text(words->offset));
+    command.option("--offset", "N", offsetHelp(), text(words->offset));
     command.option("--nth", "N", "Which matching request, counted from 1", text(words->nth))
         .usually(words->nth);
     command

@@ -2,6 +2,7 @@
 
 #include "virtual_board/words/fault_text.h"
 
+#include "virtual_board/board/flash_partitions.h"
 #include "virtual_board/words/fault_check.h"
 #include "virtual_board/words/fault_table.h"
 #include "virtual_board/words/values.h"
@@ -51,12 +52,19 @@ void parseI2cAddress(FaultRule &rule, const std::string &text) {
     rule.devAddr = numberOf(text.substr(secondDot + 1), 0, 0x7F, "an I2C device address");
 }
 
+std::string boardPaths() {
+    std::string paths;
+    for (const char *path : kSingleBoardPaths)
+        paths += path + std::string(", ");
+    for (const uint32_t number : kFlashNumbers)
+        paths += kFlashNodePrefix + std::to_string(number) + ", ";
+    return paths + kSharedFolderPath + "/...";
+}
+
 void parsePath(FaultRule &rule, const std::string &path) {
     char tidy[kMaxBoardPath];
     if (!tidyPath(path.c_str(), tidy) || !isBoardPath(tidy))
-        throw Refused(path + " is not one of the board's own files: /dev/bspHandle, /proc/cmdline, "
-                             "/dev/mem, /dev/mtd0, /dev/mtd4, /dev/mtd12, /dev/mtd14, /tmp/bsp..., "
-                             "/tmp/bspFlashLockFile, /tmp/bspPoeLockFile");
+        throw Refused(path + " is not one of the board's own files: " + boardPaths());
     const size_t length = std::strlen(tidy);
     if (length >= kFaultPathSize)
         throw Refused("the path is longer than " + std::to_string(kFaultPathSize - 1) +
