@@ -51,8 +51,8 @@ constexpr Supplies kPlugInSupplies = {.count = BSP_FIXED_SUPPLIES,
                                                  {kStatus2, BSP_SUPPLY_STATUS_4},
                                                  {0, BSP_SUPPLY_STATUS_1}}};
 constexpr Supplies kRecordedSupplies = {.count = 0,
-                                        .presenceRegister = bsp::kBuiltInSupplyAbsence.reg,
-                                        .presenceBit = bsp::kBuiltInSupplyAbsence.bit,
+                                        .presenceRegister = bsp::kRecordedSupplyAbsence.reg,
+                                        .presenceBit = bsp::kRecordedSupplyAbsence.bit,
                                         .isPresenceActiveLow = true,
                                         .haveBus = false,
                                         .status = {{0, BSP_SUPPLY_STATUS_0}}};

@@ -55,8 +55,8 @@ constexpr CpldField kCpldMinorVersion = {kCpldVersion, 0, 4};
 
 constexpr CpldField kWatchdogPeriod = {kCpldWatchdog, 2, 6};
 
-constexpr CpldField kFanLevel = {kCpldControl, 5, 4};         // counted from 0
-constexpr CpldLine kBuiltInSupplyAbsence = {kCpldControl, 9}; // of supply 1
+constexpr CpldField kFanLevel = {kCpldControl, 5, 4};          // counted from 0
+constexpr CpldLine kRecordedSupplyAbsence = {kCpldControl, 9}; // of supply 1
 constexpr CpldLine kPoeAbsence = {kCpldControl, 14};
 constexpr CpldLine kPtpTrigger = {kCpldControl, 15};
 

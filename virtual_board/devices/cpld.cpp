@@ -15,13 +15,13 @@ constexpr uint16_t linesFrom(const CpldLine &first, uint32_t count) {
     return static_cast<uint16_t>(((1u << count) - 1) << first.bit);
 }
 
-constexpr uint32_t kBuiltInSupplies = 2;
+constexpr uint32_t kRecordedSupplies = 2;
 constexpr uint32_t kUplinks = kUplinkTransmitDisable.bit - kUplinkTransmitFault.bit;
 
 constexpr InputRow kInputs[] = {
     {kCpldDeviceId, kCpldVersion, 0xFFFF}, // wired to the logic
     {kCpldControl, kCpldControl,
-     linesFrom(kPoeAbsence, 1) | linesFrom(kBuiltInSupplyAbsence, kBuiltInSupplies)},
+     linesFrom(kPoeAbsence, 1) | linesFrom(kRecordedSupplyAbsence, kRecordedSupplies)},
     {kCpldUplinkInputs, kCpldUplinkInputs, 0xFFFF},
     {kCpldUplinkTransmitters, kCpldUplinkTransmitters, linesFrom(kUplinkTransmitFault, kUplinks)},
     {kCpldSfpReceiveLoss, kCpldSfpTransmitDisable - 1, 0xFFFF}, // loss, presence and fault
