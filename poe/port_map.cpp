@@ -33,8 +33,7 @@ constexpr BspPoePortMap wireBoard(uint8_t portCount) {
     return map;
 }
 
-constexpr BspPoePortMap kMap48 = wireBoard(48);
-constexpr BspPoePortMap kMap24 = wireBoard(24);
+constexpr BspPoePortMap kMaps[] = {wireBoard(48), wireBoard(24)};
 
 } // namespace
 
@@ -42,5 +41,9 @@ const BspPoePortMap *bsp::poePortMap() {
     const BoardModel *model = poeModel();
     if (model == nullptr)
         return nullptr;
-    return model->poePorts == kMap48.portCount ? &kMap48 : &kMap24;
+    for (const BspPoePortMap &map : kMaps) {
+        if (map.portCount == model->poePorts)
+            return &map;
+    }
+    return nullptr;
 }

@@ -29,7 +29,8 @@ constexpr uint32_t kFourPair = 2;
 
 namespace bsp {
 
-/** The port map of this board; null without a controller. */
+/** The port map of this board; null without a controller, and for a count of ports without a map.
+ */
 const BspPoePortMap *poePortMap();
 
 } // namespace bsp

@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "poe/controllers.h"
+#include "poe/port_map.h"
 #include "tests/second_controller/catalogues/models.h"
 #include "tests/second_controller/library/driver.h"
 #include "tests/second_controller/virtual_board/kind.h"
@@ -57,6 +58,18 @@ TEST_F(SecondControllerTest, TheModelsRowChoosesTheDriver) {
     EXPECT_EQ(ioPoeGlobalPowerGet(&drawn), BSP_E_POE_UNAVAILABLE);
     BspPoePortState state{};
     EXPECT_EQ(ioPoePortStateGet(1, &state), BSP_E_POE_UNAVAILABLE);
+}
+
+TEST_F(SecondControllerTest, PortsWithoutAMapAreNotServed) {
+    useModel(kOddModel);
+    EXPECT_EQ(bsp::poePortMap(), nullptr);
+    requests();
+    EXPECT_EQ(answerOf(ioPoeDeviceInit), (Answer{BSP_E_POE_UNAVAILABLE, ""}));
+    for (const std::string &request : requests())
+        EXPECT_EQ(request.find("I2C"), std::string::npos) << request;
+    useModel(kFamilyModel);
+    ASSERT_NE(bsp::poePortMap(), nullptr);
+    EXPECT_EQ(bsp::poePortMap()->portCount, 24);
 }
 
 TEST_F(SecondControllerTest, NeedsToBePresent) {

@@ -14,10 +14,10 @@ namespace {
 using bsp::PoeChip;
 
 /** A model of this build, like the family's with 24 PoE ports but for the controller. */
-constexpr bsp::BoardModel modelWith(uint16_t devId, PoeChip chip) {
+constexpr bsp::BoardModel modelWith(uint16_t devId, PoeChip chip, uint8_t poePorts = 24) {
     return {.devId = devId,
             .poeChip = chip,
-            .poePorts = 24,
+            .poePorts = poePorts,
             .hasClock = true,
             .fans = {.count = 2,
                      .haveOwnTachometers = false,
@@ -46,9 +46,9 @@ constexpr bsp::PoeGuideRow kGuides[] = {
 } // namespace
 
 const bsp::BoardModel bsp::kBoardModels[] = {
-    modelWith(kQuillModel, quill::kChip),   modelWith(kFamilyModel, PoeChip::Rtl8239),
-    modelWith(kStrangeModel, kStrangeChip), modelWith(kUnguidedModel, kUnguidedChip),
-    modelWith(kNoDevId, PoeChip::None),
+    modelWith(kQuillModel, quill::kChip),       modelWith(kFamilyModel, PoeChip::Rtl8239),
+    modelWith(kOddModel, PoeChip::Rtl8239, 25), modelWith(kStrangeModel, kStrangeChip),
+    modelWith(kUnguidedModel, kUnguidedChip),   modelWith(kNoDevId, PoeChip::None),
 };
 
 constexpr std::span<const bsp::PoeController> bsp::kPoeControllers = kControllers;

@@ -7,6 +7,8 @@
 
 constexpr uint16_t kQuillModel = 0x7F09;
 constexpr uint16_t kFamilyModel = 0x0809;
+/** With the family's controller, on more ports than it has maps for. */
+constexpr uint16_t kOddModel = 0x7C09;
 /** The library believes it to have a controller that it has no driver for. */
 constexpr uint16_t kStrangeModel = 0x7E09;
 constexpr auto kStrangeChip = bsp::PoeChip{0x81};

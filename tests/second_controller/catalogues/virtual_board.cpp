@@ -29,6 +29,7 @@ constexpr Model modelWith(uint16_t devId, const char *description, PoeChip chip)
 constexpr Model kTestModels[] = {
     modelWith(kQuillModel, "24 PoE ports with a quill", kQuillChip),
     modelWith(kFamilyModel, "24 PoE ports", PoeChip::Rtl8239),
+    modelWith(kOddModel, "25 PoE ports, as the library believes", PoeChip::Rtl8239),
     modelWith(kStrangeModel, "24 PoE ports with what nobody knows", kQuillChip),
     modelWith(kUnguidedModel, "24 PoE ports with what iodbg does not know", kQuillChip),
 };
