@@ -27,7 +27,7 @@ int32_t readFile(const char *path, FileBuffer &data, uint32_t *size) {
     struct stat info = {};
     if (stat(path, &info) != 0)
         return BSP_E_SHORT_READ;
-    // Nor is a size below 0 one that fits into the buffer.
+    // A size below 0 would be read as a huge count, far beyond the buffer: it is refused as such.
     if (static_cast<std::make_unsigned_t<off_t>>(info.st_size) > BSP_BOOT_FILE_MAX)
         return refuse("Bios file size error.\r");
     data.reset(static_cast<uint8_t *>(std::malloc(BSP_BOOT_FILE_MAX)));

@@ -1,5 +1,6 @@
 #pragma once
-// The wires that lead to the controller: its bus, its reset line. Of its presence line bsp.h tells.
+// The wires that lead to the controller: its bus, its reset line. Its presence line is
+// presence.h's.
 
 #include <cstdint>
 

@@ -17,7 +17,8 @@ struct PoeController {
 /** The catalogue: poe/controllers.cpp, or what a build has in its place. */
 extern const std::span<const PoeController> kPoeControllers;
 
-/** The driver of this board's controller; null when there is none that this build knows. */
+/** The driver of this board's controller; null when there is none that this build knows. It is the
+ * dispatcher's: a build that has another catalogue in the place of poe/controllers.cpp keeps it. */
 const PoeDriver *poeDriver();
 
 } // namespace bsp

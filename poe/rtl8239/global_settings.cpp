@@ -59,7 +59,7 @@ int32_t rtl8239CmdGlobalPowerSourceSet(int32_t bank, uint32_t power, uint32_t re
     if (const int32_t status = exchange(request, reply); status != BSP_OK)
         return status;
     const bool isAccepted = reply[2] == bank && reply[3] == 0;
-    return isAccepted ? BSP_OK : statusCheckFailed(bsp::CallSite::here(__func__));
+    return isAccepted ? BSP_OK : statusCheckFailed(bsp::CallSite::here());
 }
 
 int32_t rtl8239CmdPortMappingEnableSet(int32_t enable, int32_t portCount) {
@@ -72,7 +72,7 @@ int32_t rtl8239CmdPortMappingEnableSet(int32_t enable, int32_t portCount) {
     if (const int32_t status = exchange(request, reply); status != BSP_OK)
         return status;
     const bool isAccepted = reply[2] == 0 && reply[3] == 0;
-    return isAccepted ? BSP_OK : statusCheckFailed(bsp::CallSite::here(__func__));
+    return isAccepted ? BSP_OK : statusCheckFailed(bsp::CallSite::here());
 }
 
 int32_t rtl8239CmdPortPairMappingSet(int32_t port, int32_t isFourPair, int32_t deviceIndex,

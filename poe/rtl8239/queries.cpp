@@ -269,7 +269,7 @@ int32_t rtl8239CmdDebugChipRegSet(const Rtl8239ChipRegister *chipRegister) {
     request[2] = chipRegister->selector;
     formats::storeBe32(&request[3], chipRegister->address);
     formats::storeBe32(&request[7], chipRegister->value);
-    return command(request, kStatusAt, bsp::CallSite::here(__func__));
+    return command(request, kStatusAt);
 }
 
 int32_t rtl8239CmdDebugChipRegGet(Rtl8239ChipRegister *chipRegister) {
