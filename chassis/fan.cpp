@@ -43,8 +43,8 @@ int32_t bspFanSpeedGet(uint32_t fan, uint32_t *rpm) {
     uint16_t reg = 0;
     if (const int32_t status = bspCpldGet(kFanSpeed.reg + place.pair, &reg); status != BSP_OK)
         return status;
-    const unsigned shift = fans->haveOwnTachometers ? place.fanOfPair * kFanSpeed.width : 0;
-    *rpm = (uint32_t{reg} >> shift & bsp::fieldMask(kFanSpeed.lowestBit, kFanSpeed.width)) *
+    const uint32_t before = fans->haveOwnTachometers ? place.fanOfPair * kFanSpeed.width : 0;
+    *rpm = bsp::fieldOf(reg, {kFanSpeed.reg, kFanSpeed.lowestBit + before, kFanSpeed.width}) *
            BSP_FAN_STEP_RPM;
     return BSP_OK;
 }

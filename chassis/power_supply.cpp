@@ -7,6 +7,7 @@
 #include "identity/reported_steps.h"
 #include "language/formats/byte_order.h"
 #include "support/board_map.h"
+#include "support/message.h"
 #include "support/register_bits.h"
 
 #include <unistd.h>

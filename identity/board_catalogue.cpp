@@ -57,6 +57,24 @@ constexpr Supplies kRecordedSupplies = {.count = 0,
                                         .haveBus = false,
                                         .status = {{0, BSP_SUPPLY_STATUS_0}}};
 
+/** Whether some rule fits whatever the lines are: whoever looks for one stops at it. */
+constexpr bool alwaysHasStatus(const Supplies &supplies) {
+    for (const bsp::SupplyRule &rule : supplies.status) {
+        if (rule.lines == 0)
+            return true;
+    }
+    return false;
+}
+/** Whether presence is told where the type of fixed supplies is looked for beside it. */
+constexpr bool hasLinesTogether(const Supplies &supplies) {
+    return supplies.count == 0 ||
+           (supplies.presenceRegister == bsp::kSupplyPresence.reg &&
+            supplies.presenceBit == bsp::kSupplyPresence.bit && !supplies.isPresenceActiveLow);
+}
+static_assert(alwaysHasStatus(kBuiltInSupplies) && hasLinesTogether(kBuiltInSupplies));
+static_assert(alwaysHasStatus(kPlugInSupplies) && hasLinesTogether(kPlugInSupplies));
+static_assert(alwaysHasStatus(kRecordedSupplies) && hasLinesTogether(kRecordedSupplies));
+
 constexpr CageRange frontCages(uint8_t ports) {
     return {1, ports, bsp::kFrontModule.bus, bsp::kFrontModule.channel};
 }

@@ -26,7 +26,7 @@ struct Supplies {
     uint8_t presenceBit; // of supply 1
     bool isPresenceActiveLow;
     bool haveBus;         // with an EEPROM that has a record of the supply, and live readings
-    SupplyRule status[4]; // the first one that fits, which one without lines does
+    SupplyRule status[4]; // the first one that fits; ends with a rule without lines
 };
 
 /** SFP cages of consecutive ports, on consecutive channels of an I2C bus. */
@@ -67,6 +67,8 @@ const BoardModel &boardModel(uint32_t devId);
 
 } // namespace bsp
 
+// The two classes by which the family's papers tell its models apart, for programs that have the
+// library in themselves. The library does not ask for them: what models differ in is in the rows.
 extern "C" {
 /** 1 for the ids of the four-fan models, else 0. */
 int32_t bspDevIsFourFanModel(uint32_t devId);
