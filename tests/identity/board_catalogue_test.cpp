@@ -138,6 +138,11 @@ TEST(BoardCatalogueTest, AgreesWithTheHardwareOnWhatThereIs) {
         const bsp::BoardModel &row = bsp::boardModel(model.devId);
         EXPECT_EQ(row.devId, model.devId);
         EXPECT_EQ(row.poePorts, model.poePorts) << model.devId;
+        EXPECT_EQ(row.hasPoe(), model.poePorts != 0) << model.devId;
+        if (row.hasPoe()) {
+            EXPECT_EQ(row.poeChip == bsp::PoeChip::Rtl8239, model.poeChip == vb::PoeChip::Rtl8239)
+                << model.devId;
+        }
         EXPECT_EQ(row.hasClock, model.hasClock) << model.devId;
         EXPECT_EQ(row.supplies.count, model.supplies.count) << model.devId;
         EXPECT_EQ(row.supplies.haveBus, model.supplies.haveBus) << model.devId;
