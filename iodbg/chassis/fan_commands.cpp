@@ -7,6 +7,7 @@
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/items.h"
+#include "support/board_map.h"
 
 namespace iodbg {
 
@@ -32,7 +33,8 @@ ExitCode set(Console &console, uint32_t level) {
     if (stored != level)
         throw Failure(ExitCode::ReadBack,
                       "the fans' level " + std::to_string(level) + " was written, and it reads " +
-                          std::to_string(stored) + "; check what else writes CPLD register 6");
+                          std::to_string(stored) + "; check what else writes CPLD register " +
+                          std::to_string(bsp::kFanLevel.reg));
     Section section = {"", "", {}};
     section.add("level", "Level", numberCell(level));
     section.add("verified", "Verified",
