@@ -10,13 +10,19 @@
 
 namespace vb {
 
-constexpr uint32_t kPoeLongestReply = 12;
+constexpr uint32_t kPoeLongestReply = 12; // the RTL8239's; a part of the layout, too
 
 enum class PoeMode : uint8_t { Reset, Application, Loader };
 
 /** Kind of a controller. Numbers from 0x80 on are free for controllers that a build adds. */
 enum class PoeChip : uint8_t { Rtl8239 };
 
+/**
+ * Its state. Programs of one board share it, so its layout is one for all kinds: what a kind keeps
+ * for itself is a member of the union, which is as large as that of the kind that is shipped. What
+ * is marked as the RTL8239's and stands outside would be another layout inside, and boards of the
+ * one before would be refused: other kinds leave it alone.
+ */
 struct PoeController {
     alignas(8) uint64_t runsFromNs;   // when loader or application is up after a start
     alignas(8) uint64_t replyReadyNs; // when the firmware has worked out its answer
