@@ -186,7 +186,7 @@ class Panel {
         if (model_.supplies.count == 0)
             return "";
         std::string row = "supplies";
-        for (uint32_t index = 0; index < kSupplies; ++index)
+        for (uint32_t index = 0; index < model_.supplies.count; ++index)
             row += " [" + std::to_string(index + 1) + " " +
                    supplyText(board_.devices.supply[index]) + "]";
         return row + "\n";
@@ -197,7 +197,7 @@ class Panel {
         if (!model_.haveSharedPresenceLines())
             return "";
         std::string row = "presence";
-        for (uint32_t supply = 1; supply <= kSupplies; ++supply) {
+        for (uint32_t supply = 1; supply <= model_.supplies.count; ++supply) {
             const bool level = cpldLevel(board_.devices.cpld, nthLine(kSupplyPresence, supply));
             row += " [fans " + std::to_string(2 * supply - 1) + ", " + std::to_string(2 * supply) +
                    " and supply " + std::to_string(supply) + ": " + (level ? "1" : "0") + "]";

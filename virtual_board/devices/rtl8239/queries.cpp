@@ -48,6 +48,10 @@ uint32_t inPowerUnits(uint32_t milliwatts) {
     return std::min(milliwatts / kPoePowerUnit, uint32_t{UINT16_MAX});
 }
 
+const PoePortSettings &settingsOf(const PoeController &poe, uint32_t port) {
+    return poe.rtl8239.settings.port[port];
+}
+
 // Questions about one port, which byte 2 names
 
 struct PortQuery {
@@ -57,7 +61,7 @@ struct PortQuery {
 
 void answerStatus(const PoeRequest &request, uint32_t port) {
     const PoePort &state = request.poe.port[port];
-    const bool isFourPair = request.poe.rtl8239.settings.port[port].isFourPair != 0;
+    const bool isFourPair = settingsOf(request.poe, port).isFourPair != 0;
     const uint8_t found = nibbles(state.powerClass, state.detection);
     request.reply[3] = statusOf(state.phase);
     request.reply[4] = state.phase == PoePhase::Fault ? state.fault : found;
@@ -96,7 +100,7 @@ void answerCounts(const PoeRequest &request, uint32_t port) {
 }
 
 void answerConfig(const PoeRequest &request, uint32_t port) {
-    const PoePortSettings &settings = request.poe.rtl8239.settings.port[port];
+    const PoePortSettings &settings = settingsOf(request.poe, port);
     request.reply[3] = settings.enable;
     request.reply[4] = settings.funcMode;
     request.reply[5] = settings.detType;
@@ -105,7 +109,7 @@ void answerConfig(const PoeRequest &request, uint32_t port) {
 }
 
 void answerPowerConfig(const PoeRequest &request, uint32_t port) {
-    const PoePortSettings &settings = request.poe.rtl8239.settings.port[port];
+    const PoePortSettings &settings = settingsOf(request.poe, port);
     request.reply[3] = settings.inrushMode;
     request.reply[4] = settings.limitType;
     request.reply[5] = settings.limit;
@@ -115,7 +119,7 @@ void answerPowerConfig(const PoeRequest &request, uint32_t port) {
 }
 
 void answerMapping(const PoeRequest &request, uint32_t port) {
-    const PoePortSettings &settings = request.poe.rtl8239.settings.port[port];
+    const PoePortSettings &settings = settingsOf(request.poe, port);
     request.reply[3] = settings.isMapped;
     request.reply[4] = settings.isFourPair;
     request.reply[5] = settings.chip;
@@ -127,7 +131,7 @@ void answerMapping(const PoeRequest &request, uint32_t port) {
 /** Voltage and current of each pair set; the second one of a 2-pair port is dead. */
 void answerPairSets(const PoeRequest &request, uint32_t port) {
     const PoeMeasurement measured = poeMeasure(request.poe, port, request.nowNs);
-    const bool isFourPair = request.poe.rtl8239.settings.port[port].isFourPair != 0;
+    const bool isFourPair = settingsOf(request.poe, port).isFourPair != 0;
     const uint32_t second = isFourPair ? measured.milliamperes / 2 : 0;
     poeStoreWord(request.reply, 3, voltageCode(measured));
     poeStoreWord(request.reply, 5, measured.milliamperes - second);
@@ -154,7 +158,7 @@ bool servePortQuery(const PoeRequest &request) {
     return false;
 }
 
-// Questions about up to four ports
+// Questions about up to four ports, which the pairs name
 
 template <typename Value>
 void answerPorts(const PoeRequest &request, Value value) {
@@ -165,6 +169,17 @@ void answerPorts(const PoeRequest &request, Value value) {
         request.reply[at] = port;
         request.reply[at + 1] = value(port);
     }
+}
+
+void answerFuncModes(const PoeRequest &request) {
+    answerPorts(request, [&](uint32_t port) { return settingsOf(request.poe, port).funcMode; });
+}
+
+/** Whether a detection is under way. */
+void answerDetections(const PoeRequest &request) {
+    answerPorts(request, [&](uint32_t port) {
+        return static_cast<uint8_t>(request.poe.port[port].phase == PoePhase::Detecting ? 1 : 0);
+    });
 }
 
 // Questions about the controller
@@ -232,8 +247,7 @@ template <typename Value>
 uint8_t overChip(const PoeController &poe, uint32_t chip, uint8_t start, Value value) {
     uint8_t result = start;
     for (uint32_t port = 0; port < kPoePorts; ++port) {
-        if (poe.rtl8239.settings.port[port].isMapped != 0 &&
-            poe.rtl8239.settings.port[port].chip == chip)
+        if (settingsOf(poe, port).isMapped != 0 && settingsOf(poe, port).chip == chip)
             result = value(port, result);
     }
     return result;
@@ -249,7 +263,7 @@ void answerChipAddresses(const PoeRequest &request) {
     request.reply[2] = request.frame[2];
     for (uint32_t i = 0; i < kPerFrame && first + i < kPoeChips; ++i)
         request.reply[3 + i] = overChip(poe, first + i, kPoeNone, [&](uint32_t port, uint8_t) {
-            return poe.rtl8239.settings.port[port].chipAddress;
+            return settingsOf(poe, port).chipAddress;
         });
 }
 
@@ -279,49 +293,33 @@ void answerChipRegister(const PoeRequest &request) {
     poeStoreLong(request.reply, 7, value);
 }
 
+struct Query {
+    uint8_t code;
+    void (*answer)(const PoeRequest &request);
+};
+
+constexpr Query kQueries[] = {
+    {0x40, answerSystemInfo},  {0x41, answerTotals},      {0x46, answerEvents},
+    {0x4A, answerGlobalParam}, {0x4B, answerPowerSource}, {0x4C, answerChipAddresses},
+    {0x4D, answerFuncModes},   {0x50, answerChipLoads},   {0xF1, answerChipRegister}};
+
 } // namespace
 
 bool poeServeQuery(const PoeRequest &request) {
-    const PoeController &poe = request.poe;
-    switch (request.frame[0]) {
-    case 0x0A: // the only question with the code of a setting
+    const uint8_t code = request.frame[0];
+    if (code == 0x0A) { // the only question with the code of a setting
         if (request.frame[1] != 1)
             return false;
-        answerPorts(request, [&](uint32_t port) {
-            return static_cast<uint8_t>(poe.port[port].phase == PoePhase::Detecting ? 1 : 0);
-        });
+        answerDetections(request);
         return true;
-    case 0x40:
-        answerSystemInfo(request);
-        return true;
-    case 0x41:
-        answerTotals(request);
-        return true;
-    case 0x46:
-        answerEvents(request);
-        return true;
-    case 0x4A:
-        answerGlobalParam(request);
-        return true;
-    case 0x4B:
-        answerPowerSource(request);
-        return true;
-    case 0x4C:
-        answerChipAddresses(request);
-        return true;
-    case 0x4D:
-        answerPorts(request,
-                    [&](uint32_t port) { return poe.rtl8239.settings.port[port].funcMode; });
-        return true;
-    case 0x50:
-        answerChipLoads(request);
-        return true;
-    case 0xF1:
-        answerChipRegister(request);
-        return true;
-    default:
-        return servePortQuery(request);
     }
+    for (const Query &query : kQueries) {
+        if (query.code == code) {
+            query.answer(request);
+            return true;
+        }
+    }
+    return servePortQuery(request);
 }
 
 } // namespace vb
