@@ -57,7 +57,7 @@ struct Devices {
 
 constexpr char kBoardMagic[8] = {'V', 'B', 'O', 'A', 'R', 'D', '\n', '\0'};
 constexpr uint32_t kBoardByteOrder = 0x01020304;
-constexpr uint32_t kBoardVersion = 5;
+constexpr uint32_t kBoardVersion = 6;
 
 struct BoardHeader {
     char magic[8];
@@ -69,15 +69,22 @@ struct BoardHeader {
     uint32_t padding;
 };
 
+/** What those wait for who watch the board. */
+struct Changes {
+    alignas(4) uint32_t count; // whatever has been done with the board; time alone does nothing
+    uint32_t padding;
+};
+
 struct Board {
     BoardHeader header;
+    Changes changes;
     Clock clock;
     Devices devices;
     FaultTable faults;
     TraceRing trace;
 };
 static_assert(
-    sizeof(Board) == 2125256,
+    sizeof(Board) == 2125272,
     "the layout is another one: raise kBoardVersion as well, and see that buildBoard makes and "
     "consistency.cpp judges what is new");
 

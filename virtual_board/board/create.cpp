@@ -2,18 +2,12 @@
 
 #include "virtual_board/board/factory.h"
 #include "virtual_board/board/flash_content.h"
+#include "virtual_board/board/new_folder.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <vector>
-
-namespace fs = std::filesystem;
 
 namespace vb {
 
@@ -26,78 +20,8 @@ bool isPrintable(const std::string &text) {
     return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
 }
 
-bool refuse(FolderError &error, const std::string &reason) {
-    const size_t length = std::min(reason.size(), sizeof(error.text) - 1);
-    std::memcpy(error.text, reason.data(), length);
-    error.text[length] = '\0';
-    return false;
-}
-
-/**
- * A folder beside the final one, removed again with all that was made in it unless it was moved.
- * What was made is known by name: nothing else is ever removed.
- */
-class TemporaryFolder {
-  public:
-    explicit TemporaryFolder(const fs::path &final) : path_(final.string() + ".new-XXXXXX") {
-        if (mkdtemp(path_.data()) != nullptr)
-            made_.push_back(path_);
-    }
-    TemporaryFolder(const TemporaryFolder &) = delete;
-    TemporaryFolder &operator=(const TemporaryFolder &) = delete;
-    ~TemporaryFolder() {
-        while (!made_.empty()) {
-            std::remove(made_.back().c_str());
-            made_.pop_back();
-        }
-    }
-
-    bool isMade() const { return !made_.empty(); }
-    const std::string &path() const { return path_; }
-
-    bool makeFolder(const std::string &name) {
-        made_.push_back(path_ + "/" + name);
-        std::error_code failure;
-        // As the board's start scripts make them, whatever the user's umask is.
-        fs::create_directory(made_.back(), failure);
-        if (!failure)
-            fs::permissions(made_.back(), fs::perms(0755), failure);
-        return !failure;
-    }
-
-    bool writeFile(const std::string &name, const void *data, size_t size) {
-        made_.push_back(path_ + "/" + name);
-        std::ofstream file(made_.back(), std::ios::binary);
-        file.write(static_cast<const char *>(data), static_cast<std::streamsize>(size));
-        file.close();
-        return !file.fail();
-    }
-
-    /** A file that is one hole. */
-    bool makeHole(const std::string &name, uint32_t size) {
-        if (!writeFile(name, "", 0))
-            return false;
-        std::error_code failure;
-        fs::resize_file(made_.back(), size, failure);
-        return !failure;
-    }
-
-    /** Gives it its final name. */
-    std::error_code moveTo(const fs::path &final) {
-        std::error_code failure;
-        fs::rename(path_, final, failure);
-        if (!failure)
-            made_.clear();
-        return failure;
-    }
-
-  private:
-    std::string path_;
-    std::vector<std::string> made_; // each behind the folder that it is in
-};
-
 /** The files of the flash partitions: their nodes, and what they hold, erased. */
-bool makeFlash(TemporaryFolder &folder, const BoardOptions &options) {
+bool makeFlash(NewFolder &folder, const BoardOptions &options) {
     if (!folder.makeFolder(kFlashFolder))
         return false;
     for (uint32_t index = 0; index < kFlashPartitions; ++index) {
@@ -124,7 +48,7 @@ std::string partitionList(const BoardOptions &options) {
 }
 
 /** Fills a folder with the files of a board; false when one of them cannot be written. */
-bool fillFolder(TemporaryFolder &folder, const Model &model, const BoardOptions &options) {
+bool fillFolder(NewFolder &folder, const Model &model, const BoardOptions &options) {
     const auto board = std::make_unique<Board>();
     FactoryData factory = {options.serial.c_str(), {}};
     std::copy(options.mac.begin(), options.mac.end(), factory.mac);
@@ -172,34 +96,20 @@ std::string commandLineProblem(const std::string &commandLine) {
 bool createBoard(const std::string &path, const BoardOptions &options, FolderError &error) {
     const Model *model = findModel(options.devId);
     if (model == nullptr)
-        return refuse(error, "no such model; 'vboard list-models' lists them");
+        return refuseFolder(error, FolderProblem::Refused,
+                            "no such model; 'vboard list-models' lists them");
     for (const std::string &problem :
          {serialProblem(options.serial), commandLineProblem(options.commandLine)}) {
         if (!problem.empty())
-            return refuse(error, problem);
+            return refuseFolder(error, FolderProblem::Refused, problem);
     }
 
-    std::error_code failure;
-    const fs::path final = fs::absolute(path, failure).lexically_normal();
-    const fs::path folder = final.has_filename() ? final : final.parent_path();
-    if (fs::exists(folder, failure) &&
-        (!fs::is_directory(folder, failure) || !fs::is_empty(folder, failure)))
-        return refuse(error, path + " exists already; choose another name or remove it first");
-    if (!fs::is_directory(folder.parent_path(), failure))
-        return refuse(error, folder.parent_path().string() + " is not a folder; create it first");
-
-    TemporaryFolder temporary(folder);
-    if (!temporary.isMade())
-        return refuse(error, "cannot write to " + folder.parent_path().string() + ": " +
-                                 std::strerror(errno));
-    if (!fillFolder(temporary, *model, options))
-        return refuse(error,
-                      "cannot write the board's files: " + std::string(std::strerror(errno)));
-    fs::permissions(temporary.path(), fs::perms(0755), failure);
-    failure = temporary.moveTo(folder);
-    if (failure)
-        return refuse(error, "cannot create " + path + ": " + failure.message());
-    return true;
+    NewFolder folder;
+    if (!folder.begin(path, error))
+        return false;
+    if (!fillFolder(folder, *model, options))
+        return failToWrite(error, "cannot write the board's files", errno);
+    return folder.finish(error);
 }
 
 } // namespace vb

@@ -6,6 +6,7 @@
 #include "virtual_board/board/lock.h"
 #include "virtual_board/board/root_links.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -22,7 +23,20 @@ namespace vb {
 
 namespace {
 
-__attribute__((format(printf, 2, 3))) bool fail(FolderError &error, const char *format, ...) {
+using enum FolderProblem;
+
+/** What a failure comes of. */
+struct Cause {
+    FolderProblem problem;
+    int osError;
+
+    Cause(FolderProblem what, int why = 0) : problem(what), osError(why) {}
+};
+
+__attribute__((format(printf, 3, 4))) bool fail(FolderError &error, const Cause &cause,
+                                                const char *format, ...) {
+    error.problem = cause.problem;
+    error.osError = cause.osError;
     va_list arguments;
     va_start(arguments, format);
     std::vsnprintf(error.text, sizeof(error.text), format, arguments);
@@ -38,42 +52,46 @@ constexpr uint32_t swapped(uint32_t value) {
 bool checkHeader(const BoardHeader &header, uint64_t fileSize, const char *path,
                  FolderError &error) {
     if (std::memcmp(header.magic, kBoardMagic, sizeof(kBoardMagic)) != 0)
-        return fail(error, "%s is damaged: %s is not a board's state; create the board again", path,
+        return fail(error, Damaged,
+                    "%s is damaged: %s is not a board's state; create the board again", path,
                     kStateFile);
     if (header.byteOrder == swapped(kBoardByteOrder))
-        return fail(error,
+        return fail(error, OtherVersion,
                     "%s was made on a machine of the other byte order; create a board with the "
                     "vboard of this build",
                     path);
     if (header.byteOrder != kBoardByteOrder || header.check != headerCheck(header))
-        return fail(error,
+        return fail(error, Damaged,
                     "%s is damaged: the header of %s is inconsistent; create the board again", path,
                     kStateFile);
     if (header.version != kBoardVersion || header.size != sizeof(Board))
         return fail(
-            error,
+            error, OtherVersion,
             "%s is a board of another version (%u, this build uses %u); create a board with "
             "the vboard of this build",
             path, header.version, kBoardVersion);
     if (fileSize != header.size)
-        return fail(error, "%s is damaged: %s has %llu of %u bytes; create the board again", path,
+        return fail(error, Damaged,
+                    "%s is damaged: %s has %llu of %u bytes; create the board again", path,
                     kStateFile, static_cast<unsigned long long>(fileSize), header.size);
     return true;
 }
 
 /** Why a path leads to no folder. */
 bool failToReach(const char *path, FolderError &error) {
-    const char *reason = std::strerror(errno);
-    if (errno == ENOENT)
-        return fail(error, "%s: %s; create a board with: vboard create --model 0x0709 %s", path,
-                    reason, path);
-    if (errno == EACCES)
+    const int why = errno;
+    const char *reason = std::strerror(why);
+    if (why == ENOENT)
+        return fail(error, {Nothing, ENOENT},
+                    "%s: %s; create a board with: vboard create --model 0x0709 %s", path, reason,
+                    path);
+    if (why == EACCES)
         return fail(
-            error,
+            error, {Permission, EACCES},
             "%s: %s: another user's folder is in the way; have its owner let you in, or use "
             "a board elsewhere",
             path, reason);
-    return fail(error, "%s: %s; give the path of a board's folder", path, reason);
+    return fail(error, {Nothing, why}, "%s: %s; give the path of a board's folder", path, reason);
 }
 
 } // namespace
@@ -92,20 +110,24 @@ bool BoardFolder::open(const char *path, FolderError &error) {
 
 /** Why one of the folder's files cannot be opened; it is told by its path from there. */
 bool BoardFolder::failToOpen(const char *path, const char *file, FolderError &error) const {
-    const char *reason = std::strerror(errno);
-    if (errno == ENOENT)
-        return fail(error, "%s is damaged: %s is missing; create the board again", path, file);
-    if (errno == EROFS)
-        return fail(error, "%s: cannot write %s: %s; copy the board to where you may: cp -a %s ...",
-                    path, file, reason, path);
-    if (errno != EACCES && errno != EPERM)
-        return fail(error, "%s: cannot open %s for reading and writing: %s", path, file, reason);
+    const int why = errno;
+    const char *reason = std::strerror(why);
+    if (why == ENOENT)
+        return fail(error, Damaged, "%s is damaged: %s is missing; create the board again", path,
+                    file);
+    if (why == EROFS)
+        return fail(error, {Permission, EROFS},
+                    "%s: cannot write %s: %s; copy the board to where you may: cp -a %s ...", path,
+                    file, reason, path);
+    if (why != EACCES && why != EPERM)
+        return fail(error, {System, why}, "%s: cannot open %s for reading and writing: %s", path,
+                    file, reason);
     if (owner_.user == geteuid())
-        return fail(error,
+        return fail(error, {Permission, why},
                     "%s: cannot open %s for reading and writing: %s; give yourself the permission "
                     "with: chmod -R u+rwX %s",
                     path, file, reason, path);
-    return fail(error,
+    return fail(error, {Permission, why},
                 "%s: cannot open %s for reading and writing: %s; the board is of user id %u: work "
                 "as that user, or have it permit you to",
                 path, file, reason, owner_.user);
@@ -131,8 +153,8 @@ bool BoardFolder::hasItsFiles(const char *path, FolderError &error) const {
     }
     const HostPathBuffer link = linkOutOfBoard(*this);
     return link.text[0] == '\0' ||
-           fail(error, "%s cannot be used: the link %s leads out of the board; remove it", path,
-                link.text + std::strlen(path_) + 1);
+           fail(error, Damaged, "%s cannot be used: the link %s leads out of the board; remove it",
+                path, link.text + std::strlen(path_) + 1);
 }
 
 bool BoardFolder::hasFile(const char *path, const char *name, uint64_t size,
@@ -144,15 +166,16 @@ bool BoardFolder::hasFile(const char *path, const char *name, uint64_t size,
     ::close(fd);
     if (found >= 0 && static_cast<uint64_t>(found) == size)
         return true;
-    return fail(error, "%s is damaged: %s is not of the size %llu; create the board again", path,
-                name, static_cast<unsigned long long>(size));
+    return fail(error, Damaged, "%s is damaged: %s is not of the size %llu; create the board again",
+                path, name, static_cast<unsigned long long>(size));
 }
 
 bool BoardFolder::map(const char *path, FolderError &error) {
     owner_ = kernel::ownerOf(path_);
     const int fd = ::open(ownFile(kStateFile).text, O_RDWR | O_CLOEXEC);
     if (fd < 0 && errno == ENOENT)
-        return fail(error, "%s is not a board: it has no %s; create one with: vboard create", path,
+        return fail(error, Nothing,
+                    "%s is not a board: it has no %s; create one with: vboard create", path,
                     kStateFile);
     if (fd < 0)
         return failToOpen(path, kStateFile, error);
@@ -162,7 +185,8 @@ bool BoardFolder::map(const char *path, FolderError &error) {
     const off_t fileSize = lseek(fd, 0, SEEK_END);
     bool isUsable = false;
     if (headerSize != static_cast<ssize_t>(sizeof(header)))
-        fail(error, "%s is damaged: %s is too short; create the board again", path, kStateFile);
+        fail(error, Damaged, "%s is damaged: %s is too short; create the board again", path,
+             kStateFile);
     else
         isUsable = checkHeader(header, static_cast<uint64_t>(fileSize), path, error);
     if (isUsable) {
@@ -170,7 +194,8 @@ bool BoardFolder::map(const char *path, FolderError &error) {
         if (memory != MAP_FAILED)
             board_ = static_cast<Board *>(memory);
         else
-            fail(error, "%s: cannot map %s: %s", path, kStateFile, std::strerror(errno));
+            fail(error, {System, errno}, "%s: cannot map %s: %s", path, kStateFile,
+                 std::strerror(errno));
     }
     state_ = kernel::identityOf(fd);
     ::close(fd);
@@ -187,6 +212,11 @@ bool BoardFolder::isGone() const {
     return !hasLock || found != state_;
 }
 
+void BoardFolder::tellOfChange() const {
+    std::atomic_ref(board_->changes.count).fetch_add(1);
+    kernel::wakeWaiters(&board_->changes.count);
+}
+
 void BoardFolder::giveToOwner(const char *hostPath) const {
     if (geteuid() == 0 && owner_.user != 0)
         kernel::changeOwner(hostPath, owner_); // what cannot be given stays whose it is
@@ -194,15 +224,16 @@ void BoardFolder::giveToOwner(const char *hostPath) const {
 
 /** Judges the state while nobody changes it. */
 bool BoardFolder::check(const char *path, FolderError &error) {
-    const BoardLock lock(*this);
+    const BoardLock lock(*this, BoardLock::Use::Looks);
     if (!lock.isHeld() && errno == ENOENT)
-        return fail(error, "%s is damaged: %s is missing; make it anew with: touch %s/%s", path,
-                    kLockFile, path_, kLockFile);
+        return fail(error, Damaged, "%s is damaged: %s is missing; make it anew with: touch %s/%s",
+                    path, kLockFile, path_, kLockFile);
     if (!lock.isHeld())
         return failToOpen(path, kLockFile, error);
     if (const char *part = damagedPart(*board_, hostNow()); part != nullptr)
-        return fail(error, "%s is damaged: %s holds impossible values (%s); create the board again",
-                    path, kStateFile, part);
+        return fail(error, Damaged,
+                    "%s is damaged: %s holds impossible values (%s); create the board again", path,
+                    kStateFile, part);
     mendBoard(*board_);
     return true;
 }

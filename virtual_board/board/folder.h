@@ -22,9 +22,23 @@ constexpr char kRegisterPageFile[] = "registers";
 constexpr char kLockFile[] = "lock";
 constexpr char kRootFolder[] = "root";
 
+/** What is wrong with a folder. */
+enum class FolderProblem {
+    None,
+    Nothing,      // it is not there, or there is no board in it
+    Damaged,      // the board is not whole
+    OtherVersion, // made by another version, or on a machine of the other byte order
+    Permission,
+    Occupied, // something is in the place of a new board
+    Refused,  // what a new board shall be made with
+    System,
+};
+
 /** Why a board cannot be used: one line that says what to do. */
 struct FolderError {
     char text[512];
+    FolderProblem problem;
+    int osError; // errno of the call that failed, or 0
 };
 
 constexpr unsigned kMaxFolderPath = 4096;
@@ -72,6 +86,9 @@ class BoardFolder {
      * that is being removed counts as soon as its lock or its state is gone.
      */
     bool isGone() const;
+
+    /** Tells those who watch the board that it has changed. */
+    void tellOfChange() const;
 
     /**
      * Makes a new file that of the folder's owner, who goes on with it. Root's files would be in

@@ -3,10 +3,13 @@
 // board's own code does to the host is no business of the program that it works in. None of these
 // is a point where a thread can be cancelled.
 
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdint>
 #include <endian.h>
 #include <fcntl.h>
+#include <linux/futex.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -117,6 +120,28 @@ inline Identity identityOf(int fd, const char *path = "") {
     if (syscall(SYS_statx, fd, path, AT_EMPTY_PATH, STATX_INO, &info) != 0)
         return {};
     return {uint64_t{info.stx_dev_major} << 32 | info.stx_dev_minor, info.stx_ino};
+}
+
+/** Wakes all threads, of all processes, that wait for a word of shared memory to change. */
+inline void wakeWaiters(const uint32_t *word) {
+    syscall(SYS_futex, word, FUTEX_WAKE, INT_MAX, nullptr, nullptr, 0);
+}
+
+/**
+ * Waits until a word of shared memory is no longer what it was, at most so long; UINT64_MAX: for
+ * ever. 0 when somebody has woken this thread, else the errno.
+ */
+inline int waitForChange(const uint32_t *word, uint32_t before, uint64_t timeoutNs) {
+    constexpr uint64_t kNsPerSecond = 1000000000;
+    const struct { // as this call wants it on every system
+        long seconds, ns;
+    } timeout = {static_cast<long>(std::min<uint64_t>(timeoutNs / kNsPerSecond, INT32_MAX)),
+                 static_cast<long>(timeoutNs % kNsPerSecond)};
+    const bool isForEver = timeoutNs == UINT64_MAX;
+    return syscall(SYS_futex, word, FUTEX_WAIT, before, isForEver ? nullptr : &timeout, nullptr,
+                   0) == 0
+               ? 0
+               : errno;
 }
 
 struct Owner {

@@ -57,7 +57,7 @@ void prepareForks() {
 
 } // namespace
 
-BoardLock::BoardLock(const BoardFolder &folder) {
+BoardLock::BoardLock(const BoardFolder &folder, Use use) : folder_(folder), use_(use) {
     // Both: a cancellation that is on its way already looks at the type alone.
     pthread_setcanceltype(PTHREAD_CANCEL_DEFERRED, &cancelType_);
     pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState_);
@@ -76,6 +76,8 @@ BoardLock::~BoardLock() {
         // executes its program.
         flock(fd_, LOCK_UN);
         kernel::close(fd_);
+        if (use_ == Use::Changes)
+            folder_.tellOfChange();
     }
     if (!isForker())
         pthread_mutex_unlock(&ownProcess);

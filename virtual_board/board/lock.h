@@ -15,7 +15,10 @@ namespace vb {
  */
 class BoardLock {
   public:
-    explicit BoardLock(const BoardFolder &folder);
+    /** Who only looks leaves those in peace who wait for a change. */
+    enum class Use { Changes, Looks };
+
+    explicit BoardLock(const BoardFolder &folder, Use use = Use::Changes);
     BoardLock(const BoardLock &) = delete;
     BoardLock &operator=(const BoardLock &) = delete;
     ~BoardLock();
@@ -24,6 +27,8 @@ class BoardLock {
     bool isHeld() const { return fd_ >= 0; }
 
   private:
+    const BoardFolder &folder_;
+    Use use_;
     sigset_t signals_;
     int cancelType_ = 0;
     int cancelState_ = 0;

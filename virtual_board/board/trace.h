@@ -3,6 +3,7 @@
 
 #include "language/trace_record.h"
 
+#include <algorithm>
 #include <cstdint>
 
 namespace vb {
@@ -15,7 +16,8 @@ using language::TraceRecord;
 constexpr uint32_t kTraceCapacity = 16384;
 
 struct TraceRing {
-    alignas(8) uint64_t total; // records ever made
+    alignas(8) uint64_t total;   // records ever made
+    alignas(8) uint64_t cleared; // how many of these somebody has forgotten
     TraceRecord record[kTraceCapacity];
 };
 
@@ -43,7 +45,8 @@ TraceRecord traceAt(const TraceRing &ring, uint64_t number);
 
 /** Number of the oldest record that is still there. */
 constexpr uint64_t traceOldest(const TraceRing &ring) {
-    return ring.total > kTraceCapacity ? ring.total - kTraceCapacity : 0;
+    const uint64_t kept = ring.total > kTraceCapacity ? ring.total - kTraceCapacity : 0;
+    return std::max(kept, std::min(ring.cleared, ring.total));
 }
 
 } // namespace vb

@@ -193,6 +193,7 @@ void addFault(const std::string &folder, const vb::FaultWords &words) {
     if (id == 0)
         throw vb::Refused("the board has " + std::to_string(vb::kMaxFaults) +
                           " fault rules already; clear some first");
+    board.folder().tellOfChange();
     std::printf("%u\n", id);
 }
 
@@ -228,6 +229,7 @@ void clearFaults(const std::string &folder, const std::vector<std::string> &ids)
         if (ids.empty())
             vb::removeFault(board->faults, rule.id);
     }
+    board.folder().tellOfChange();
 }
 
 } // namespace vboard

@@ -120,6 +120,7 @@ void markBadBlock(const std::string &folder, const std::string &partition,
         throw vb::Refused("'" + block + "' is not a block of partition " + partition +
                           "; they are 0 to " + std::to_string(vb::flashBlocks(flash) - 1));
     flash.isBad[*bad] = 1;
+    board.folder().tellOfChange();
 }
 
 } // namespace vboard

@@ -14,7 +14,7 @@ void openBoard(vb::BoardFolder &board, const std::string &folder) {
 }
 
 std::unique_ptr<vb::BoardLock> lockBoard(const vb::BoardFolder &board) {
-    auto lock = std::make_unique<vb::BoardLock>(board);
+    auto lock = std::make_unique<vb::BoardLock>(board, vb::BoardLock::Use::Looks);
     const std::string reason = std::strerror(errno);
     if (board.isGone())
         throw vb::Refused(

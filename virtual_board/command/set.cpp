@@ -86,6 +86,7 @@ void addSet(Command &root) {
 void setProperties(const std::string &folder, const std::vector<vb::Assignment> &assignments) {
     const LockedBoard board(folder);
     vb::setProperties(board.folder(), assignments);
+    board.folder().tellOfChange();
 }
 
 } // namespace vboard

@@ -114,8 +114,10 @@ void printTrace(const TraceArguments &arguments) {
     {
         const LockedBoard board(arguments.folder);
         excerpt = excerptFrom(board->trace, 0, arguments.last);
-        if (arguments.isClearing)
-            board->trace.total = 0;
+        if (arguments.isClearing) {
+            board->trace.cleared = board->trace.total;
+            board.folder().tellOfChange();
+        }
     }
     print(excerpt, arguments.asJson);
 }

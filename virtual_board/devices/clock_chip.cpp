@@ -86,7 +86,7 @@ void clockBuild(ClockChip &chip) {
 }
 
 void clockAdvance(ClockChip &chip, uint64_t nowNs) {
-    if (nowNs < chip.countedNs + kNsPerSecond)
+    if (nowNs < clockNextSecond(chip))
         return;
     const uint64_t seconds = (nowNs - chip.countedNs) / kNsPerSecond;
     chip.countedNs += seconds * kNsPerSecond;
@@ -96,6 +96,10 @@ void clockAdvance(ClockChip &chip, uint64_t nowNs) {
     const uint64_t hours = count(chip, kMinute, minutes, 60);
     for (uint64_t days = count(chip, kHour, hours, 24); days > 0; --days)
         nextDay(chip);
+}
+
+uint64_t clockNextSecond(const ClockChip &chip) {
+    return chip.countedNs + kNsPerSecond;
 }
 
 void clockPowerCycle(ClockChip &chip, uint64_t nowNs) {

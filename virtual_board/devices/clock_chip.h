@@ -29,6 +29,9 @@ void clockBuild(ClockChip &chip);
 /** Counts the seconds up to now. */
 void clockAdvance(ClockChip &chip, uint64_t nowNs);
 
+/** When the next second has passed. */
+uint64_t clockNextSecond(const ClockChip &chip);
+
 /** The board's power fails and returns; the battery bridges it, or the time is lost. */
 void clockPowerCycle(ClockChip &chip, uint64_t nowNs);
 
