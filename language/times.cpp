@@ -67,6 +67,14 @@ std::string secondsText(uint64_t ns) {
     return text;
 }
 
+std::string durationText(uint64_t ns) {
+    std::string text = secondsText(ns);
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.back() == '.')
+        text.pop_back();
+    return text;
+}
+
 CalendarTime parseCalendarTime(const std::string &word, uint32_t firstYear, uint32_t lastYear,
                                const std::string &otherwise) {
     CalendarTime time = {};

@@ -12,6 +12,9 @@ uint32_t parseSeconds(const std::string &word, uint32_t lowestMs, uint32_t highe
 /** A time on a board's clock, in seconds with all nine decimals. */
 std::string secondsText(uint64_t ns);
 
+/** A length of time, in seconds with as many decimals as it takes: "1.5". */
+std::string durationText(uint64_t ns);
+
 /** A date and a time of a calendar; months and days count from 1. */
 struct CalendarTime {
     uint32_t year, month, day, hour, minute, second;

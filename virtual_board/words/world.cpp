@@ -16,13 +16,6 @@ namespace {
 using language::PropertyName;
 using language::Value;
 
-language::Equipment equipmentOf(const BoardFolder &folder) {
-    const Model *model = findModel(folder.board()->header.devId);
-    if (model == nullptr)
-        throw Refused("the board is of no known model; create it again");
-    return equipmentOf(*model);
-}
-
 void bringUpToDate(Board &board) {
     advanceBoard(board, clockNow(board.clock, hostNow()));
 }
@@ -103,6 +96,13 @@ void carryOut(std::vector<Deed> &deeds) {
 
 } // namespace
 
+language::Equipment equipmentOf(const BoardFolder &folder) {
+    const Model *model = findModel(folder.board()->header.devId);
+    if (model == nullptr)
+        throw Refused("the board is of no known model; create it again");
+    return equipmentOf(*model);
+}
+
 std::vector<Property> properties(const BoardFolder &folder) {
     return select(folder, [](const PropertyName &name) { return !name.property->isLong; });
 }
@@ -130,6 +130,25 @@ std::vector<Property> matchingProperties(const BoardFolder &folder, const std::s
     }
     throw Refused("no property of model " + equipmentOf(folder).model + " fits '" + pattern +
                   "'; 'vboard properties' lists those of all models");
+}
+
+std::vector<Property> selectedProperties(const BoardFolder &folder,
+                                         const std::vector<std::string> &words) {
+    std::vector<Property> found;
+    for (const std::string &word : words) {
+        if (!isPattern(word)) {
+            found.push_back(namedProperty(folder, word));
+            continue;
+        }
+        for (Property &property : matchingProperties(folder, word)) {
+            const bool isThere =
+                std::any_of(found.begin(), found.end(),
+                            [&](const Property &other) { return other.name == property.name; });
+            if (!isThere)
+                found.push_back(std::move(property));
+        }
+    }
+    return found;
 }
 
 bool isPattern(const std::string &word) {

@@ -35,8 +35,15 @@ Property namedProperty(const BoardFolder &folder, const std::string &name);
  */
 std::vector<Property> matchingProperties(const BoardFolder &folder, const std::string &pattern);
 
+/** Those of names and patterns, in that order, each once for all patterns that it fits. */
+std::vector<Property> selectedProperties(const BoardFolder &folder,
+                                         const std::vector<std::string> &words);
+
 /** Whether a word is a pattern rather than a name. */
 bool isPattern(const std::string &word);
+
+/** What a board has. */
+language::Equipment equipmentOf(const BoardFolder &folder);
 
 /** The value of a property. */
 std::string property(const BoardFolder &folder, const std::string &name);
