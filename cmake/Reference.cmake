@@ -1,4 +1,4 @@
-# The reference of bsp.h as HTML: the target docs, which also judges whether the header tells all. It is
+# The reference of bsp.h and vboard.h as HTML: the target docs, which also judges whether the headers tell all. It is
 # installed where it was built.
 
 find_program(BSP_DOXYGEN doxygen)
@@ -13,7 +13,8 @@ if(BSP_DOXYGEN)
     COMMAND ${BSP_DOXYGEN} ${PROJECT_BINARY_DIR}/Doxyfile
     COMMAND ${CMAKE_COMMAND} -E touch ${reference}/complete
     DEPENDS ${PROJECT_BINARY_DIR}/Doxyfile docs/reference.md include/bsp.h
-    COMMENT "Writing the reference of bsp.h"
+            virtual_board/include/vboard.h
+    COMMENT "Writing the reference of bsp.h and vboard.h"
     VERBATIM)
   add_custom_target(docs DEPENDS ${reference}/complete)
 else()

@@ -111,3 +111,24 @@ erased=$("${emulator[@]}" "$prefix/bin/vboard" get "$work/board" flash.4.erase-c
     exit 1
 }
 echo "ok    installed tools work on a board"
+
+# check_board HOW PROGRAM: a program that makes a board and waits for a fan to stand.
+check_board() {
+    rm -rf "$work/held"
+    local said
+    said=$(LD_LIBRARY_PATH=$libraries "${emulator[@]}" "$2" "$work/held")
+    [ "$said" = "stands after 4.000000000 seconds" ] || {
+        echo "built with $1 it says: $said"
+        exit 1
+    }
+    echo "ok    a program that holds a board, built with $1"
+}
+"$cmake" -G Ninja -S "${consumer}_vboard" -B "$work/consumer_vboard" "${toolchain_option[@]}" \
+    -DCMAKE_PREFIX_PATH="$prefix" >"$work/consumer_vboard.log"
+"$cmake" --build "$work/consumer_vboard" >>"$work/consumer_vboard.log"
+check_board "find_package(vboard)" "$work/consumer_vboard/consumer_vboard"
+PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --print-errors --cflags --libs vboard >"$work/pkg-config"
+read -r -a vboard_flags <"$work/pkg-config"
+"$compiler" "${flags[@]}" -std=c99 -Wall -Werror "${consumer}_vboard/consumer.c" "${vboard_flags[@]}" \
+    -o "$work/consumer_vboard-pc"
+check_board "pkg-config" "$work/consumer_vboard-pc"

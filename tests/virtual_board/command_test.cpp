@@ -24,6 +24,9 @@ TEST_F(CommandTest, EveryCommandHasHelpWithExamples) {
     EXPECT_NE(vboard({"--help"}).find("Exit codes:"), std::string::npos);
     const Words commands[] = {
         {"create"},
+        {"copy"},
+        {"delete"},
+        {"list"},
         {"list-models"},
         {"run"},
         {"env"},
@@ -44,9 +47,39 @@ TEST_F(CommandTest, EveryCommandHasHelpWithExamples) {
     }
 }
 
+TEST_F(CommandTest, BoardsAreCopiedListedAndDeleted) {
+    vboard({"set", board(), "fan.1.state=stuck"});
+    EXPECT_EQ(vboard({"copy", board(), path("twin")}), "");
+    vboard({"set", board(), "fan.1.state=good"});
+    EXPECT_EQ(vboard({"get", path("twin"), "fan.1.state"}), "stuck\n");
+    fs::resize_file(path("twin") + "/board.state", 64);
+    EXPECT_EQ(vboard({"list", path("")}),
+              board() + "  0x0709  virtual  unused\n" + path("twin") + "  " + path("twin") +
+                  " is damaged: board.state has 64 of " + std::to_string(sizeof(vb::Board)) +
+                  " bytes; create the board again\n");
+    const json list = parsedJson(vboard({"list", path(""), "--json"}));
+    ASSERT_EQ(list.size(), 2u);
+    EXPECT_EQ(list[0], (json{{"folder", board()},
+                             {"model", "0x0709"},
+                             {"time", "virtual"},
+                             {"users", ""},
+                             {"problem", nullptr}}));
+    EXPECT_EQ(list[1]["model"], nullptr);
+    EXPECT_NE(list[1]["problem"], nullptr);
+
+    EXPECT_EQ(vboard({"delete", path("twin")}), "");
+    EXPECT_FALSE(fs::exists(path("twin")));
+    expectFailure(1, "twin: No such file or directory", {"delete", path("twin")});
+    std::ofstream(board() + "/notes.txt") << "x";
+    expectFailure(1, "holds notes.txt, which is not of the board", {"delete", board()});
+}
+
 TEST_F(CommandTest, AWrongCommandLineIsCode2) {
-    expectFailure(2, "vboard: a command is missing: give one of create|list-models|run|", {});
-    expectFailure(2, "vboard: 'dance' is none of create|list-models|run|", {"dance", board()});
+    expectFailure(
+        2, "vboard: a command is missing: give one of create|copy|delete|list|list-models|run|",
+        {});
+    expectFailure(2, "vboard: 'dance' is none of create|copy|delete|list|list-models|run|",
+                  {"dance", board()});
     expectFailure(2, "'--dance' is not known here; see 'vboard --help'", {"--dance"});
     expectFailure(2, "'dance' is none of add|list|clear; see 'vboard fault --help'",
                   {"fault", board(), "dance"});

@@ -2,7 +2,6 @@
 
 #include "bsp.h"
 #include "virtual_board/command/commands.h"
-#include "virtual_board/command/open_board.h"
 #include "virtual_board/os/seam.h"
 #include "virtual_board/words/values.h"
 #include "virtual_board/words/world.h"
@@ -37,14 +36,18 @@ void useProperty(const vb::BoardFolder &folder, const std::string &name) {
 }
 
 void useProperties(const std::string &board, Random &random) {
-    const vboard::LockedBoard locked(board);
-    const std::vector<vb::Property> all = vb::properties(locked.folder());
+    vb::BoardFolder folder;
+    vb::FolderError error = {};
+    if (!folder.open(board.c_str(), error))
+        throw vb::Refused(error.text);
+    const vb::BoardLock lock(folder);
+    const std::vector<vb::Property> all = vb::properties(folder);
     for (int i = 0; i < 20; ++i)
-        useProperty(locked.folder(), all[below(random, all.size())].name);
+        useProperty(folder, all[below(random, all.size())].name);
     for (const char *name :
          {"eeprom.board@1020+4", "eeprom.supply2@255+1", "sfp.49.id@200+56", "sfp.50.diagnostics",
           "flash.12.content@0x27FFF00+256", "mdio.31.31", "poe.48.device"})
-        useProperty(locked.folder(), name);
+        useProperty(folder, name);
 }
 
 void changeWorld(const std::string &board, Random &random) {
@@ -98,7 +101,7 @@ void changeWorld(const std::string &board, Random &random) {
 }
 
 void addFaults(const std::string &board, Random &) {
-    vb::FaultWords words;
+    vboard::FaultWords words;
     words.device = "/tmp/bsp/x";
     words.op = "read";
     words.effect = "short=1";

@@ -3,11 +3,11 @@
 // cannot do what it is asked.
 
 #include "command_line/command.h"
-#include "virtual_board/words/fault_text.h"
-#include "virtual_board/words/world.h"
 
 #include <cstdint>
+#include <exception>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vboard {
@@ -43,6 +43,9 @@ class NotOnBoard : public CannotStart {
 
 // Each adds a command.
 void addCreate(command_line::Command &root);
+void addCopy(command_line::Command &root);
+void addDelete(command_line::Command &root);
+void addList(command_line::Command &root);
 void addListModels(command_line::Command &root);
 void addRun(command_line::Command &root);
 void addEnv(command_line::Command &root);
@@ -58,9 +61,20 @@ void addTrace(command_line::Command &root);
 void create(const CreateArguments &arguments);
 
 void getProperties(const std::string &folder, const std::vector<std::string> &names, bool asJson);
-void setProperties(const std::string &folder, const std::vector<vb::Assignment> &assignments);
+/** What is to be changed: names and values. */
+using Assignments = std::vector<std::pair<std::string, std::string>>;
+void setProperties(const std::string &folder, const Assignments &assignments);
 
-void addFault(const std::string &folder, const vb::FaultWords &words);
+/** The words of a new rule. */
+struct FaultWords {
+    std::string device;
+    std::string op = "any";
+    std::string offset;
+    std::string nth = "1";
+    std::string when = "once";
+    std::string effect;
+};
+void addFault(const std::string &folder, const FaultWords &rule);
 void listFaults(const std::string &folder, bool asJson);
 void clearFaults(const std::string &folder, const std::vector<std::string> &ids);
 

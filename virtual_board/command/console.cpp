@@ -1,8 +1,8 @@
 // `vboard console`.
 
+#include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/json.h"
-#include "virtual_board/command/open_board.h"
 #include "virtual_board/command/words.h"
 
 #include <cstdio>
@@ -32,12 +32,14 @@ void addConsole(Command &root) {
 }
 
 void showConsole(const std::string &folder, bool asJson) {
-    const LockedBoard board(folder);
-    const uint32_t speed = board->devices.console.speed;
+    constexpr char kDevice[] = "/dev/ttyS0";
+    const Board board(folder);
+    const std::string speed = board.properties({"console.speed"}).begin()->json;
     if (asJson)
-        printJson(nlohmann::ordered_json{{"device", vb::kConsolePath}, {"speed", speed}});
+        printJson(nlohmann::ordered_json{{"device", kDevice},
+                                         {"speed", nlohmann::ordered_json::parse(speed)}});
     else
-        std::printf("%s %u baud\n", vb::kConsolePath, speed);
+        std::printf("%s %s baud\n", kDevice, speed.c_str());
 }
 
 } // namespace vboard

@@ -1,12 +1,8 @@
 // `vboard create`.
 
-#include "virtual_board/board/create.h"
-
-#include "virtual_board/board/models.h"
+#include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/words.h"
-#include "virtual_board/words/flash_text.h"
-#include "virtual_board/words/values.h"
 
 #include <memory>
 
@@ -14,27 +10,20 @@ namespace vboard {
 
 namespace {
 
-uint32_t parseModel(const std::string &text) {
-    const auto devId = vb::parseNumber(text, 0xFFFF);
-    if (!devId.has_value() || vb::findModel(*devId) == nullptr)
-        throw vb::Refused("there is no model '" + text + "'; 'vboard list-models' lists them");
-    return *devId;
-}
-
 /** The models, as completion offers them. */
 Offers models() {
     Offers offers;
-    for (const vb::Model &model : vb::kModels)
-        offers.words.push_back(vb::hex16Text(model.devId));
+    for (const VBoardModel &model : List<VBoardModel>(vboardModels))
+        offers.words.emplace_back(model.id);
     return offers;
 }
 
 void defineCreate(Command &command) {
-    const vb::BoardOptions usual;
+    const VBoardOptions &usual = *vboardUsualOptions();
     const auto arguments = std::make_shared<CreateArguments>();
-    arguments->time = "real";
+    arguments->time = usual.time;
     arguments->serial = usual.serial;
-    arguments->mac = language::macText(usual.mac);
+    arguments->mac = usual.mac;
     arguments->commandLine = usual.commandLine;
 
     addFolder(command, arguments->folder);
@@ -70,17 +59,17 @@ void addCreate(Command &root) {
 }
 
 void create(const CreateArguments &arguments) {
-    vb::BoardOptions options;
-    options.devId = parseModel(arguments.model);
-    options.time = arguments.time == "virtual" ? vb::TimeMode::Virtual : vb::TimeMode::Real;
-    options.serial = arguments.serial;
-    options.commandLine = arguments.commandLine;
-    options.mac = language::parseMac(arguments.mac);
+    std::vector<const char *> mtd;
+    mtd.reserve(arguments.flash.size());
     for (const std::string &geometry : arguments.flash)
-        vb::changeGeometry(options.flash, geometry);
-    vb::FolderError error = {};
-    if (!vb::createBoard(arguments.folder, options, error))
-        throw vb::Refused(error.text);
+        mtd.push_back(geometry.c_str());
+    const VBoardOptions options = {sizeof(VBoardOptions),         static_cast<uint32_t>(mtd.size()),
+                                   arguments.model.c_str(),       arguments.time.c_str(),
+                                   arguments.serial.c_str(),      arguments.mac.c_str(),
+                                   arguments.commandLine.c_str(), mtd.data()};
+    call([&](VBoardError *error) {
+        return vboardCreate(arguments.folder.c_str(), &options, error);
+    });
 }
 
 } // namespace vboard

@@ -1,12 +1,10 @@
 // `vboard env`: prints what would put a program on a board.
 
+#include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
-#include "virtual_board/command/preloading.h"
+#include "virtual_board/command/environment.h"
 #include "virtual_board/command/shell.h"
 #include "virtual_board/command/words.h"
-#include "virtual_board/programs/environment.h"
-#include "virtual_board/programs/preload_list.h"
-#include "virtual_board/words/values.h"
 
 #include <cstdio>
 #include <memory>
@@ -18,27 +16,24 @@ namespace {
 /** How `vboard env` prints: line by line, as a shell's command, as arguments of the emulator. */
 enum class EnvironmentForm { Lines, Shell, Qemu };
 
-struct Variable {
-    const char *name;
-    std::string value;
-};
-
 /** A setting of the shell's, of any value. */
-std::string shellSetting(const Variable &variable) {
+std::string shellSetting(const VBoardVariable &variable) {
     return std::string(variable.name) + "=" + shellQuoted(variable.value);
 }
 
 void printEnvironment(const std::string &folder, EnvironmentForm form) {
-    const Variable variables[] = {{vb::kFolderVariable, absoluteFolder(folder)},
-                                  {vb::kPreloadVariable, preloadList({}, "")}};
+    const Board board(folder);
+    const Environment variables = environmentOf(board, nullptr);
     std::string line;
-    for (const Variable &variable : variables) {
+    for (const VBoardVariable &variable : variables) {
+        if (isSearchPath(variable))
+            continue; // the launcher's own is not this one's
         const std::string setting = std::string(variable.name) + "=" + variable.value;
         // The emulator splits at commas, the shell at blanks.
         if (form == EnvironmentForm::Qemu && setting.find_first_of(", \t\n") != std::string::npos)
-            throw vb::Refused("'" + setting +
-                              "' cannot be an argument of qemu: it has a comma or "
-                              "a blank in it; move the folder");
+            throw language::Refused("'" + setting +
+                                    "' cannot be an argument of qemu: it has a comma or "
+                                    "a blank in it; move the folder");
         switch (form) {
         case EnvironmentForm::Lines:
             line += setting + "\n";

@@ -1,12 +1,12 @@
 // `vboard fault`.
 
+#include "language/numbers.h"
+#include "language/texts.h"
+#include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/json.h"
-#include "virtual_board/command/open_board.h"
 #include "virtual_board/command/words.h"
 #include "virtual_board/words/fault_table.h"
-#include "virtual_board/words/fault_text.h"
-#include "virtual_board/words/values.h"
 
 #include <cstdio>
 #include <memory>
@@ -15,41 +15,19 @@ namespace vboard {
 
 namespace {
 
-nlohmann::json faultJson(const vb::FaultRule &rule) {
-    const vb::FaultWords words = vb::faultWords(rule);
-    return {{"id", rule.id},
-            {"device", words.device},
-            {"op", words.op},
-            {"offset", rule.hasOffset != 0 ? nlohmann::json(rule.offset) : nlohmann::json()},
-            {"nth", rule.nth},
-            {"when", words.when},
-            {"effect", words.effect},
-            {"matched", rule.matched},
-            {"fired", rule.fired}};
-}
-
-void printFault(const vb::FaultRule &rule) {
-    std::printf("%u: %s (matched %u, fired %u)\n", rule.id, vb::faultText(rule).c_str(),
-                rule.matched, rule.fired);
-}
-
-bool hasFault(const vb::FaultTable &table, uint32_t id) {
-    for (const vb::FaultRule &rule : table.rule) {
-        if (rule.id == id && id != 0)
-            return true;
-    }
-    return false;
+List<VBoardFault> rulesOf(VBoard *board) {
+    return List<VBoardFault>([&](VBoardFault **list, uint32_t *count, VBoardError *error) {
+        return vboardFaults(board, list, count, error);
+    });
 }
 
 /** The numbers of the rules of the board in the folder that stands before them. */
 Offers numbersOfRules() {
     return {{}, Offers::Files::None, [](const std::vector<std::string> &arguments) {
-                const LockedBoard board(arguments.at(0)); // fails where the folder is missing
+                const Board board(arguments.at(0)); // fails where the folder is missing
                 std::vector<std::string> numbers;
-                for (const vb::FaultRule &rule : board->faults.rule) {
-                    if (rule.id != 0)
-                        numbers.push_back(std::to_string(rule.id));
-                }
+                for (const VBoardFault &rule : rulesOf(board))
+                    numbers.push_back(std::to_string(rule.id));
                 return numbers;
             }};
 }
@@ -91,9 +69,9 @@ Glossary devicesTold() {
     for (const vb::FaultTargetWords &target : vb::kFaultTargets) {
         const std::string offset =
             target.offset == nullptr ? "" : "; --offset is " + std::string(target.offset);
-        devices.entries.emplace_back(target.device, std::string(target.requests) + "; --op " +
-                                                        vb::listed(vb::opsOf(target.target), "or") +
-                                                        offset);
+        devices.entries.emplace_back(target.device,
+                                     std::string(target.requests) + "; --op " +
+                                         language::listed(vb::opsOf(target.target), "or") + offset);
     }
     return devices;
 }
@@ -101,9 +79,9 @@ Glossary devicesTold() {
 Glossary effectsTold() {
     Glossary effects = {"Effects", {}};
     for (const vb::FaultEffectWords &effect : vb::kFaultEffects)
-        effects.entries.emplace_back(vb::formOf(effect),
-                                     std::string(effect.sentence) + " (" +
-                                         vb::listed(vb::devicesOf(effect.effect), "and") + ")");
+        effects.entries.emplace_back(
+            vb::formOf(effect), std::string(effect.sentence) + " (" +
+                                    language::listed(vb::devicesOf(effect.effect), "and") + ")");
     return effects;
 }
 
@@ -114,18 +92,18 @@ std::string offsetHelp() {
         if (target.offset != nullptr)
             places.emplace_back(target.offset);
     }
-    return "Only requests at this place: " + vb::listed(places, "or");
+    return "Only requests at this place: " + language::listed(places, "or");
 }
 
 struct FaultArguments {
     std::string folder;
-    vb::FaultWords rule;
+    FaultWords rule;
     std::vector<std::string> ids;
     bool asJson = false;
 };
 
 void defineFaultAdd(Command &fault, const std::shared_ptr<FaultArguments> &arguments) {
-    vb::FaultWords *words = &arguments->rule;
+    FaultWords *words = &arguments->rule;
     Command &command = fault.command("add", "Add a rule and print its number");
     command.requiredOption(
         "--device", "DEVICE",
@@ -186,50 +164,50 @@ void addFault(Command &root) {
     root.group("fault", "Let requests go wrong by rules", defineFault);
 }
 
-void addFault(const std::string &folder, const vb::FaultWords &words) {
-    const vb::FaultRule rule = vb::parseFault(words);
-    const LockedBoard board(folder);
-    const uint32_t id = vb::addFault(board->faults, rule);
-    if (id == 0)
-        throw vb::Refused("the board has " + std::to_string(vb::kMaxFaults) +
-                          " fault rules already; clear some first");
-    board.folder().tellOfChange();
+void addFault(const std::string &folder, const FaultWords &rule) {
+    VBoardFault fault = {};
+    fault.size = sizeof(fault);
+    fault.device = rule.device.c_str();
+    fault.op = rule.op.c_str();
+    fault.offset = rule.offset.c_str();
+    fault.nth = rule.nth.c_str();
+    fault.when = rule.when.c_str();
+    fault.effect = rule.effect.c_str();
+    const Board board(folder);
+    uint32_t id = 0;
+    call([&](VBoardError *error) { return vboardAddFault(board, &fault, &id, error); });
     std::printf("%u\n", id);
 }
 
 void listFaults(const std::string &folder, bool asJson) {
-    const LockedBoard board(folder);
+    const Board board(folder);
     auto list = nlohmann::json::array();
-    for (const vb::FaultRule &rule : board->faults.rule) {
-        if (rule.id == 0)
-            continue;
+    for (const VBoardFault &rule : rulesOf(board)) {
         if (asJson)
-            list.push_back(faultJson(rule));
+            list.push_back(nlohmann::json::parse(rule.json));
         else
-            printFault(rule);
+            std::printf("%u: %s (matched %u, fired %u)\n", rule.id, rule.text, rule.matched,
+                        rule.fired);
     }
     if (asJson)
-        // A path may hold any byte.
         printJson(list);
 }
 
 void clearFaults(const std::string &folder, const std::vector<std::string> &ids) {
-    const LockedBoard board(folder);
     std::vector<uint32_t> numbers;
+    numbers.reserve(ids.size());
     for (const std::string &text : ids) {
-        const auto id = vb::parseNumber(text, UINT32_MAX);
-        if (!id.has_value() || !hasFault(board->faults, *id))
-            throw vb::Refused("there is no fault rule " + text +
-                              "; 'vboard fault DIR list' lists them; none was cleared");
+        const auto id = language::readNumber<uint32_t>(text, 0, UINT32_MAX);
+        if (!id.has_value())
+            throw language::Refused("there is no fault rule " + text +
+                                    "; 'vboard fault DIR list' lists them; none was cleared");
         numbers.push_back(*id);
     }
-    for (const uint32_t id : numbers)
-        vb::removeFault(board->faults, id);
-    for (const vb::FaultRule &rule : board->faults.rule) {
-        if (ids.empty())
-            vb::removeFault(board->faults, rule.id);
-    }
-    board.folder().tellOfChange();
+    const Board board(folder);
+    call([&](VBoardError *error) {
+        return vboardClearFaults(board, numbers.data(), static_cast<uint32_t>(numbers.size()),
+                                 error);
+    });
 }
 
 } // namespace vboard

@@ -1,11 +1,9 @@
 // `vboard get`.
 
+#include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/json.h"
-#include "virtual_board/command/open_board.h"
 #include "virtual_board/command/words.h"
-#include "virtual_board/words/values.h"
-#include "virtual_board/words/world.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -16,56 +14,36 @@ namespace vboard {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using Properties = std::vector<vb::Property>;
+using Properties = Board::Properties;
 using Strings = std::vector<std::string>;
 
 bool hasPattern(const std::vector<std::string> &names) {
-    return std::any_of(names.begin(), names.end(), vb::isPattern);
-}
-
-/** Every property, or those of the names and patterns, each once for all patterns that it fits. */
-Properties selected(const std::string &folder, const std::vector<std::string> &names) {
-    const LockedBoard board(folder);
-    if (names.empty())
-        return vb::properties(board.folder());
-    Properties found;
-    for (const std::string &name : names) {
-        if (!vb::isPattern(name)) {
-            found.push_back(vb::namedProperty(board.folder(), name));
-            continue;
-        }
-        for (const vb::Property &property : vb::matchingProperties(board.folder(), name)) {
-            const bool isThere =
-                std::any_of(found.begin(), found.end(),
-                            [&](const vb::Property &other) { return other.name == property.name; });
-            if (!isThere)
-                found.push_back(property);
-        }
-    }
-    return found;
+    return std::any_of(names.begin(), names.end(), [](const std::string &name) {
+        return name.find_first_of("*?[") != std::string::npos;
+    });
 }
 
 void printObject(const Properties &properties) {
     Json object = Json::object();
-    for (const vb::Property &property : properties) {
-        object[property.name] = language::valueJson(*property.type, property.content);
-        if (!property.note.empty())
-            object[property.name + ".note"] = property.note;
+    for (const VBoardProperty &property : properties) {
+        object[property.name] = Json::parse(property.json);
+        if (*property.note != '\0')
+            object[std::string(property.name) + ".note"] = property.note;
     }
     printJson(object);
 }
 
-void printLine(const vb::Property &property, size_t mostCharacters) {
-    const bool isCut = property.value.size() > mostCharacters;
-    const std::string note = property.note.empty() ? "" : "  (" + property.note + ")";
-    std::printf("%-22s %s%s%s\n", property.name.c_str(),
-                property.value.substr(0, mostCharacters).c_str(), isCut ? "..." : "", note.c_str());
+void printLine(const VBoardProperty &property, size_t mostCharacters) {
+    const std::string value = property.value;
+    const std::string note = *property.note == '\0' ? "" : "  (" + std::string(property.note) + ")";
+    std::printf("%-22s %s%s%s\n", property.name, value.substr(0, mostCharacters).c_str(),
+                value.size() > mostCharacters ? "..." : "", note.c_str());
 }
 
 void printTable(const Properties &properties) {
     constexpr size_t kMostCharacters = 64;
-    for (const vb::Property &property : properties) {
-        if (!property.isIdle)
+    for (const VBoardProperty &property : properties) {
+        if (property.isIdle == 0)
             printLine(property, kMostCharacters);
     }
     std::fprintf(stderr,
@@ -74,18 +52,18 @@ void printTable(const Properties &properties) {
 }
 
 void printValues(const Properties &properties) {
-    for (const vb::Property &property : properties) {
-        std::printf("%s\n", property.value.c_str());
-        if (!property.note.empty())
-            std::fprintf(stderr, "%s: %s\n", property.name.c_str(), property.note.c_str());
+    for (const VBoardProperty &property : properties) {
+        std::printf("%s\n", property.value);
+        if (*property.note != '\0')
+            std::fprintf(stderr, "%s: %s\n", property.name, property.note);
     }
 }
 
 /** What completion offers; the board's folder stands before it. */
 Strings offeredNames(const Strings &arguments) {
     Strings names;
-    for (const language::PropertyName &name : namesOfProperties(arguments[0]))
-        names.push_back(nameText(name));
+    for (const VBoardProperty &property : Board(arguments[0]).properties({}))
+        names.emplace_back(property.name);
     return names;
 }
 
@@ -117,7 +95,8 @@ void addGet(Command &root) {
 }
 
 void getProperties(const std::string &folder, const std::vector<std::string> &names, bool asJson) {
-    const Properties found = selected(folder, names);
+    const Board board(folder);
+    const Properties found = board.properties(names);
     if (asJson)
         printObject(found);
     else if (names.empty())
@@ -125,7 +104,7 @@ void getProperties(const std::string &folder, const std::vector<std::string> &na
     else if (!hasPattern(names))
         printValues(found);
     else
-        for (const vb::Property &property : found)
+        for (const VBoardProperty &property : found)
             printLine(property, std::string::npos);
 }
 

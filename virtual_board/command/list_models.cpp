@@ -1,10 +1,9 @@
 // `vboard list-models`.
 
-#include "virtual_board/board/models.h"
+#include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/json.h"
 #include "virtual_board/command/words.h"
-#include "virtual_board/words/values.h"
 
 #include <cstdio>
 #include <memory>
@@ -15,15 +14,14 @@ namespace {
 
 void listModels(bool asJson) {
     auto list = nlohmann::json::array();
-    for (const vb::Model &model : vb::kModels) {
-        const std::string devId = vb::hex16Text(model.devId);
+    for (const VBoardModel &model : List<VBoardModel>(vboardModels)) {
         if (asJson)
-            list.push_back({{"model", devId},
+            list.push_back({{"model", model.id},
                             {"description", model.description},
                             {"poe_ports", model.poePorts},
-                            {"supply_eeproms", model.supplies.haveBus}});
+                            {"supply_eeproms", model.hasSupplyEeproms != 0}});
         else
-            std::printf("%s  %s\n", devId.c_str(), model.description);
+            std::printf("%s  %s\n", model.id, model.description);
     }
     if (asJson)
         printJson(list);

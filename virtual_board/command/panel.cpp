@@ -1,12 +1,9 @@
 // `vboard panel`.
 
-#include "virtual_board/words/panel_text.h"
-
 #include "command_line/screen.h"
-#include "virtual_board/board/circuits.h"
+#include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/interrupt.h"
-#include "virtual_board/command/open_board.h"
 #include "virtual_board/command/words.h"
 
 #include <cstdio>
@@ -19,12 +16,10 @@ namespace vboard {
 
 namespace {
 
-std::string drawn(const vb::BoardFolder &folder, bool hasColour) {
-    const auto lock = lockBoard(folder);
-    vb::Board &board = *folder.board();
-    const uint64_t now = vb::clockNow(board.clock, vb::hostNow());
-    vb::advanceBoard(board, now);
-    return vb::panelText(board, now, hasColour);
+std::string drawn(VBoard *board, bool hasColours) {
+    return textOf([&](char **text, VBoardError *error) {
+        return vboardPanel(board, hasColours ? 1 : 0, text, error);
+    });
 }
 
 std::vector<std::string> linesOf(const std::string &text) {
@@ -72,8 +67,7 @@ void addPanel(Command &root) {
 }
 
 void printPanel(const std::string &folder, bool isWatching, double intervalSeconds) {
-    vb::BoardFolder board;
-    openBoard(board, folder);
+    const Board board(folder);
     const Rounds rounds;
     do {
         const auto screen = terminal::sizeOf(STDOUT_FILENO);

@@ -1,56 +1,39 @@
 // `vboard run`: starts a program on a board.
 
 #include "language/refused.h"
-#include "virtual_board/board/paths.h"
+#include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
-#include "virtual_board/command/preloading.h"
+#include "virtual_board/command/environment.h"
 #include "virtual_board/command/shell.h"
 #include "virtual_board/command/words.h"
-#include "virtual_board/programs/environment.h"
-#include "virtual_board/programs/preload_list.h"
-#include "virtual_board/programs/search_path.h"
 
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
-#include <filesystem>
 #include <memory>
 #include <unistd.h>
-
-namespace fs = std::filesystem;
 
 namespace vboard {
 
 namespace {
 
-#ifdef VBOARD_SHELL_IS_FOREIGN
-/** What the emulator's host makes of a program is none of this program's business. */
-vb::ProgramFile examine(const std::string &) {
-    return {};
+void putOnBoard(const std::string &folder, const char *program) {
+    const Board board(folder);
+    try {
+        for (const VBoardVariable &variable : environmentOf(board, program))
+            setenv(variable.name, variable.value, 1);
+    } catch (const CallFailed &failure) {
+        if (failure.status() == VBOARD_E_REFUSED)
+            throw NotOnBoard(failure.what());
+        throw;
+    }
 }
-#else
-/** Looks at the program that a name stands for. */
-vb::ProgramFile examine(const std::string &name) {
-    const vb::SearchPath places(name.c_str());
-    std::string path(places.size(), '\0');
-    const auto isProgram = [](const char *place) { return vb::isExecutable(AT_FDCWD, place); };
-    return places.find(path.data(), isProgram) ? vb::examineProgram(AT_FDCWD, path.c_str())
-                                               : vb::ProgramFile{};
-}
-#endif
 
 [[noreturn]] void runProgram(const std::string &folder, const std::vector<std::string> &program,
                              bool allowsHost) {
-    setenv(vb::kFolderVariable, absoluteFolder(folder).c_str(), 1);
     if (allowsHost)
-        setenv(vb::kAllowHostVariable, "1", 1);
-    // Shells of the board find the tools that work on it, as programs do that run commands.
-    const char *path = std::getenv("PATH");
-    const fs::path tools = fs::path(findLibrary()).parent_path() / vb::kToolFolder;
-    const std::string folders = path != nullptr ? path : vb::kUsualFolders;
-    setenv("PATH", (tools.string() + ":" + folders).c_str(), 1);
-    setenv(vb::kPreloadVariable, preloadList(examine(program[0]), program[0]).c_str(), 1);
+        setenv(VBOARD_ALLOW_HOST, "1", 1);
+    putOnBoard(folder, program[0].c_str());
     std::vector<char *> words;
     words.reserve(program.size() + 1);
     for (const std::string &word : program)

@@ -1,12 +1,12 @@
 // `vboard set`.
 
 #include "command_line/line.h"
+#include "language/property_names.h"
+#include "language/property_values.h"
 #include "language/texts.h"
+#include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
-#include "virtual_board/command/open_board.h"
 #include "virtual_board/command/words.h"
-#include "virtual_board/words/values.h"
-#include "virtual_board/words/world.h"
 
 #include <memory>
 
@@ -17,10 +17,10 @@ namespace {
 using Strings = std::vector<std::string>;
 
 /** What is given a value: NAME=VALUE..., or one NAME and its VALUE. */
-std::vector<vb::Assignment> assignmentsOf(const std::vector<std::string> &words) {
+Assignments assignmentsOf(const std::vector<std::string> &words) {
     if (words.size() == 2 && words[0].find('=') == std::string::npos)
         return {{words[0], words[1]}};
-    std::vector<vb::Assignment> assignments;
+    Assignments assignments;
     for (const std::string &word : words) {
         const size_t equals = word.find('=');
         if (equals == std::string::npos)
@@ -35,14 +35,16 @@ std::vector<vb::Assignment> assignmentsOf(const std::vector<std::string> &words)
 // What completion offers; the board's folder stands before it.
 
 /** "fan.1.state=good", "fan.1.speed=": what can be set, with its words where it has some. */
-Strings offeredAssignments(const std::vector<language::PropertyName> &names) {
+Strings offeredAssignments(const Board::Properties &properties) {
     Strings assignments;
-    for (const language::PropertyName &name : names) {
-        const Strings words = wordsToSet(*name.property);
-        if (words.empty() && name.property->isSettable)
-            assignments.push_back(nameText(name) + "=");
+    for (const VBoardProperty &property : properties) {
+        const std::string name = property.name;
+        const language::Property &row = *language::rowOf(name);
+        const Strings words = wordsToSet(row);
+        if (words.empty() && row.isSettable)
+            assignments.push_back(name + "=");
         for (const std::string &word : words)
-            assignments.push_back(nameText(name) + "=" + word);
+            assignments.emplace_back(name).append("=").append(word);
     }
     return assignments;
 }
@@ -50,7 +52,8 @@ Strings offeredAssignments(const std::vector<language::PropertyName> &names) {
 Strings offeredChanges(const Strings &arguments) {
     const bool isValue = arguments.size() == 2 && arguments[1].find('=') == std::string::npos;
     const language::Property *row = isValue ? language::rowOf(arguments[1]) : nullptr;
-    return row != nullptr ? wordsToSet(*row) : offeredAssignments(namesOfProperties(arguments[0]));
+    return row != nullptr ? wordsToSet(*row)
+                          : offeredAssignments(Board(arguments[0]).properties({}));
 }
 
 void defineSet(Command &command) {
@@ -83,10 +86,15 @@ void addSet(Command &root) {
     root.command("set", "Change what the board holds", defineSet);
 }
 
-void setProperties(const std::string &folder, const std::vector<vb::Assignment> &assignments) {
-    const LockedBoard board(folder);
-    vb::setProperties(board.folder(), assignments);
-    board.folder().tellOfChange();
+void setProperties(const std::string &folder, const Assignments &assignments) {
+    std::vector<VBoardChange> changes;
+    changes.reserve(assignments.size());
+    for (const auto &[name, value] : assignments)
+        changes.push_back({name.c_str(), value.c_str()});
+    const Board board(folder);
+    call([&](VBoardError *error) {
+        return vboardSet(board, changes.data(), static_cast<uint32_t>(changes.size()), error);
+    });
 }
 
 } // namespace vboard

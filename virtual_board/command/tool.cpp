@@ -19,6 +19,9 @@ constexpr char kFooter[] =
 void addCommands(command_line::Command &root) {
     root.isGroup = true;
     addCreate(root);
+    addCopy(root);
+    addDelete(root);
+    addList(root);
     addListModels(root);
     addRun(root);
     addEnv(root);

@@ -1,13 +1,10 @@
 // `vboard trace`.
 
-#include "language/trace_json.h"
-#include "language/trace_text.h"
+#include "language/times.h"
+#include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/interrupt.h"
-#include "virtual_board/command/json.h"
-#include "virtual_board/command/open_board.h"
 #include "virtual_board/command/words.h"
-#include "virtual_board/words/values.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -17,66 +14,66 @@ namespace vboard {
 
 namespace {
 
-constexpr double kFollowSeconds = 0.1;
+constexpr uint64_t kMostBetweenLooksNs = 200000000; // at Ctrl-C
 
-/** Requests copied out of the ring, so that the board is not kept waiting while they are printed.
- */
-struct Excerpt {
-    std::vector<vb::TraceRecord> records;
-    uint64_t lost = 0; // older ones that were wanted but overwritten
-    uint64_t next = 0; // the running number behind the last
+/** Requests from a position on. */
+class Requests {
+  public:
+    Requests(const Board &board, uint64_t position)
+        : position_(position),
+          list_([&](VBoardRequest **list, uint32_t *count, VBoardError *error) {
+              return vboardTrace(board, &position_, 0, list, count, &lost_, error);
+          }) {}
+
+    /** The position behind the last of them. */
+    uint64_t next() const { return position_; }
+    uint64_t lost() const { return lost_; }
+    const VBoardRequest *begin() const { return list_.begin(); }
+    const VBoardRequest *end() const { return list_.end(); }
+
+  private:
+    uint64_t position_;
+    uint64_t lost_ = 0;
+    List<VBoardRequest> list_;
 };
 
-/** The requests from a running number on; of more than limit only the newest. */
-Excerpt excerptFrom(const vb::TraceRing &ring, uint64_t number, uint32_t limit) {
-    Excerpt excerpt;
-    const uint64_t from = number > ring.total ? 0 : number; // the trace was cleared meanwhile
-    const uint64_t oldest = std::max(from, vb::traceOldest(ring));
-    const uint64_t kept = ring.total - oldest;
-    const uint64_t shown = std::min<uint64_t>(kept, limit);
-    excerpt.records.reserve(static_cast<size_t>(shown));
-    for (uint64_t i = ring.total - shown; i < ring.total; ++i)
-        excerpt.records.push_back(vb::traceAt(ring, i));
-    if (limit > kept)
-        excerpt.lost = oldest - from;
-    excerpt.next = ring.total;
-    return excerpt;
-}
-
-void print(const vb::TraceRecord &record, bool asJson) {
-    if (asJson)
-        printJsonLine(language::traceJson(record));
-    else
-        std::printf("%s %d %s\n", vb::secondsText(record.timeNs).c_str(), record.pid,
-                    language::traceText(record).c_str());
-}
-
-void print(const Excerpt &excerpt, bool asJson) {
-    if (excerpt.lost > 0)
+/** Prints what is there; of more than a limit only the newest. */
+void print(const Requests &requests, uint64_t limit, bool asJson) {
+    const auto count = static_cast<uint64_t>(requests.end() - requests.begin());
+    if (requests.lost() > 0 && limit > count)
         std::fprintf(stderr, "vboard: %llu older requests were overwritten\n",
-                     static_cast<unsigned long long>(excerpt.lost));
-    for (const vb::TraceRecord &record : excerpt.records)
-        print(record, asJson);
+                     static_cast<unsigned long long>(requests.lost()));
+    const VBoardRequest *first = requests.end() - std::min(count, limit);
+    for (const VBoardRequest *request = first; request != requests.end(); ++request) {
+        if (asJson)
+            std::printf("%s\n", request->json);
+        else
+            std::printf("%s %d %s\n", language::secondsText(request->time).c_str(), request->pid,
+                        request->text);
+    }
     std::fflush(stdout);
 }
 
+/** Waits a moment for something new. */
+void awaitChange(const Board &board, uint32_t since) {
+    VBoardError error = {};
+    const int32_t status = vboardAwaitChange(board, since, kMostBetweenLooksNs, &error);
+    if (status != VBOARD_OK && status != VBOARD_E_TIMEOUT)
+        throw CallFailed(error);
+}
+
 /** Prints what comes, until Ctrl-C or a reader that has gone ends it. */
-void follow(const TraceArguments &arguments) {
-    vb::BoardFolder folder;
-    openBoard(folder, arguments.folder);
-    uint32_t limit = arguments.last;
+void follow(const Board &board, const TraceArguments &arguments) {
+    uint64_t limit = arguments.last;
     uint64_t next = 0;
-    const Rounds rounds;
-    do {
-        Excerpt excerpt;
-        {
-            const auto lock = lockBoard(folder);
-            excerpt = excerptFrom(folder.board()->trace, next, limit);
-        }
-        print(excerpt, arguments.asJson);
-        limit = UINT32_MAX; // only what was there at the start is limited
-        next = excerpt.next;
-    } while (rounds.pause(kFollowSeconds));
+    for (const Rounds rounds; rounds.pause(0);) {
+        const uint32_t changes = vboardChanges(board);
+        const Requests requests(board, next);
+        print(requests, limit, arguments.asJson);
+        limit = UINT64_MAX; // only what was there at the start is limited
+        next = requests.next();
+        awaitChange(board, changes);
+    }
 }
 
 void defineTrace(Command &command) {
@@ -106,20 +103,15 @@ void addTrace(Command &root) {
 }
 
 void printTrace(const TraceArguments &arguments) {
+    const Board board(arguments.folder);
     if (arguments.isFollowing) {
-        follow(arguments);
+        follow(board, arguments);
         return;
     }
-    Excerpt excerpt;
-    {
-        const LockedBoard board(arguments.folder);
-        excerpt = excerptFrom(board->trace, 0, arguments.last);
-        if (arguments.isClearing) {
-            board->trace.cleared = board->trace.total;
-            board.folder().tellOfChange();
-        }
-    }
-    print(excerpt, arguments.asJson);
+    const Requests requests(board, 0);
+    print(requests, arguments.last, arguments.asJson);
+    if (arguments.isClearing)
+        call([&](VBoardError *error) { return vboardClearTrace(board, requests.next(), error); });
 }
 
 } // namespace vboard

@@ -1,8 +1,5 @@
 #include "virtual_board/command/words.h"
 
-#include "virtual_board/command/open_board.h"
-#include "virtual_board/words/world.h"
-
 namespace vboard {
 
 void addFolder(Command &command, std::string &folder) {
@@ -16,12 +13,6 @@ void addJson(Command &command, bool &asJson) {
 
 Parser texts(std::vector<std::string> &target) {
     return [&target](const std::string &word) { target.push_back(word); };
-}
-
-std::vector<language::PropertyName> namesOfProperties(const std::string &folder) {
-    vb::BoardFolder board;
-    openBoard(board, folder);
-    return vb::listedNames(board);
 }
 
 } // namespace vboard

@@ -3,7 +3,6 @@
 
 #include "command_line/command.h"
 #include "command_line/parse.h"
-#include "language/property_names.h"
 
 #include <string>
 #include <vector>
@@ -18,8 +17,5 @@ void addJson(Command &command, bool &asJson);
 
 /** Stores all words that it is given, one behind the other. */
 Parser texts(std::vector<std::string> &target);
-
-/** The names of all properties of the board in a folder but those that are too many. */
-std::vector<language::PropertyName> namesOfProperties(const std::string &folder);
 
 } // namespace vboard
