@@ -132,3 +132,18 @@ read -r -a vboard_flags <"$work/pkg-config"
 "$compiler" "${flags[@]}" -std=c99 -Wall -Werror "${consumer}_vboard/consumer.c" "${vboard_flags[@]}" \
     -o "$work/consumer_vboard-pc"
 check_board "pkg-config" "$work/consumer_vboard-pc"
+
+packages=$(find "$prefix" -path '*-packages/vboard/__init__.py' -printf '%h/..')
+if [ -z "$toolchain" ]; then
+    speed=$(PYTHONPATH=$packages PYTHONDONTWRITEBYTECODE=1 /usr/bin/python3 -c '
+from importlib.metadata import entry_points
+from vboard import Board
+[plugin] = entry_points(group="pytest11", name="vboard")
+with Board.create("0x0709") as board:
+    print(plugin.value, board["fan.1.speed"])')
+    [ "$speed" = "vboard.pytest_plugin 2400" ] || {
+        echo "the installed Python package says: $speed"
+        exit 1
+    }
+    echo "ok    the installed Python package holds a board, and pytest finds its plugin"
+fi
