@@ -6,18 +6,8 @@
 set -euo pipefail
 readonly source=$1 build=$2 nm=$3 readelf=$4
 readonly shared=$build/libbsp.so archive=$build/libbsp.a
-failures=0
-
-# expect_same TITLE EXPECTED ACTUAL
-expect_same() {
-    if [ "$2" = "$3" ]; then
-        echo "ok    $1"
-    else
-        echo "WRONG $1"
-        diff <(printf '%s\n' "$2") <(printf '%s\n' "$3") || true
-        failures=$((failures + 1))
-    fi
-}
+# shellcheck source=tests/package/expect-same.sh
+. "$source/tests/package/expect-same.sh"
 
 export LC_ALL=C
 dynamic=$("$readelf" -d "$shared")
