@@ -223,4 +223,8 @@ const Property *rowOf(const std::string &name) {
     return findRow(name.substr(0, name.find('@'))).property;
 }
 
+bool isPattern(const std::string &word) {
+    return word.find_first_of("*?[") != std::string::npos;
+}
+
 } // namespace language

@@ -40,6 +40,9 @@ std::vector<PropertyName> namesOn(const Equipment &equipment);
 /** A name without its part: "cpld.5". */
 std::string nameText(const PropertyName &name);
 
+/** Whether a word is a pattern, as shells have them, rather than a name: "fan.*". */
+bool isPattern(const std::string &word);
+
 /** Whether a model has a property, or a row of them. */
 bool isOn(const Equipment &equipment, Subject subject);
 

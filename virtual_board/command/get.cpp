@@ -1,5 +1,6 @@
 // `vboard get`.
 
+#include "language/property_names.h"
 #include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/json.h"
@@ -18,9 +19,7 @@ using Properties = Board::Properties;
 using Strings = std::vector<std::string>;
 
 bool hasPattern(const std::vector<std::string> &names) {
-    return std::any_of(names.begin(), names.end(), [](const std::string &name) {
-        return name.find_first_of("*?[") != std::string::npos;
-    });
+    return std::any_of(names.begin(), names.end(), language::isPattern);
 }
 
 void printObject(const Properties &properties) {

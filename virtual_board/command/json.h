@@ -10,7 +10,4 @@ namespace vboard {
 void printJson(const nlohmann::ordered_json &answer);
 void printJson(const nlohmann::json &answer);
 
-/** The same on one line. */
-void printJsonLine(const nlohmann::json &answer);
-
 } // namespace vboard

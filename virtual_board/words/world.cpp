@@ -107,12 +107,6 @@ std::vector<Property> properties(const BoardFolder &folder) {
     return select(folder, [](const PropertyName &name) { return !name.property->isLong; });
 }
 
-std::vector<PropertyName> listedNames(const BoardFolder &folder) {
-    std::vector<PropertyName> names = namesOn(equipmentOf(folder));
-    std::erase_if(names, [](const PropertyName &name) { return name.property->isLong; });
-    return names;
-}
-
 Property namedProperty(const BoardFolder &folder, const std::string &name) {
     const PropertyName found = resolveName(name, equipmentOf(folder));
     bringUpToDate(*folder.board());
@@ -136,7 +130,7 @@ std::vector<Property> selectedProperties(const BoardFolder &folder,
                                          const std::vector<std::string> &words) {
     std::vector<Property> found;
     for (const std::string &word : words) {
-        if (!isPattern(word)) {
+        if (!language::isPattern(word)) {
             found.push_back(namedProperty(folder, word));
             continue;
         }
@@ -149,10 +143,6 @@ std::vector<Property> selectedProperties(const BoardFolder &folder,
         }
     }
     return found;
-}
-
-bool isPattern(const std::string &word) {
-    return word.find_first_of("*?[") != std::string::npos;
 }
 
 std::string property(const BoardFolder &folder, const std::string &name) {

@@ -23,9 +23,6 @@ struct Property {
 /** Every property of a board, each with its whole content, but for those that are too long. */
 std::vector<Property> properties(const BoardFolder &folder);
 
-/** Their names alone, for which nobody has to hold the lock. */
-std::vector<language::PropertyName> listedNames(const BoardFolder &folder);
-
 /** One of them. EEPROMs and flash can be asked for a part: "eeprom.board@0x100+16". */
 Property namedProperty(const BoardFolder &folder, const std::string &name);
 
@@ -38,9 +35,6 @@ std::vector<Property> matchingProperties(const BoardFolder &folder, const std::s
 /** Those of names and patterns, in that order, each once for all patterns that it fits. */
 std::vector<Property> selectedProperties(const BoardFolder &folder,
                                          const std::vector<std::string> &words);
-
-/** Whether a word is a pattern rather than a name. */
-bool isPattern(const std::string &word);
 
 /** What a board has. */
 language::Equipment equipmentOf(const BoardFolder &folder);
