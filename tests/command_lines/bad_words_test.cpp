@@ -162,6 +162,8 @@ constexpr BadWord kVboard[] = {
      "a kernel command line is up to 1024 printable ASCII characters", 1},
     {"create", "--mtd", "--model 0x0709 --mtd 5:size=1 @new",
      "there is no flash partition 5; the numbers are 0, 4, 12 and 14", 1},
+    {"create", "--flash-timing", "--model 0x0709 --flash-timing slow @new",
+     "--flash-timing: 'slow' is none of off|usual"},
     {"env", "DIR", "/nowhere",
      "/nowhere: No such file or directory; create a board with: vboard create", 1},
     {"panel", "DIR", "/nowhere",

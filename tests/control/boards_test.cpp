@@ -50,9 +50,11 @@ TEST_F(ControlBoardsTest, AreMadeAsTheyAreAskedFor) {
     options.commandLine = "quiet";
     options.mtd = mtd;
     options.mtdCount = 1;
+    options.flashTiming = "usual";
     ASSERT_EQ(create(path("other"), options), kDone);
     ASSERT_EQ(open(path("other"), &board), kDone);
     EXPECT_EQ(vboardFolder(board), fs::canonical(path("other")).string());
+    EXPECT_EQ(get("flash.timing"), "usual");
     EXPECT_EQ(get({"model", "time", "identity.*", "cmdline"}),
               (std::map<std::string, std::string>{{"model", "0x0109"},
                                                   {"time", "virtual"},
@@ -73,6 +75,16 @@ TEST_F(ControlBoardsTest, AreAsTheCommandMakesThemUnlessTold) {
     vboardClose(board);
 }
 
+TEST_F(ControlBoardsTest, HaveFlashThatTakesItsTimeWhereTimePassesByItself) {
+    EXPECT_EQ(get("flash.timing"), "off"); // its time is virtual
+    board = newBoard("other", "0x0709", "real");
+    EXPECT_EQ(get("flash.timing"), "usual");
+    EXPECT_EQ(set({{"time", "virtual"}}), kDone);
+    EXPECT_EQ(get("flash.timing"), "usual");
+    EXPECT_EQ(set({{"flash.timing", "off"}}), kDone);
+    EXPECT_EQ(get("flash.timing"), "off");
+}
+
 TEST_F(ControlBoardsTest, AreNotMadeWithWhatTheyCannotHave) {
     struct Case {
         void (*change)(VBoardOptions &options);
@@ -90,6 +102,8 @@ TEST_F(ControlBoardsTest, AreNotMadeWithWhatTheyCannotHave) {
         {[](VBoardOptions &options) { options.serial = ""; }, VBOARD_E_REFUSED, "1 to 31"},
         {[](VBoardOptions &options) { options.mac = "02"; }, VBOARD_E_REFUSED, "'02'"},
         {[](VBoardOptions &options) { options.mtdCount = 1; }, VBOARD_E_ARGUMENT, "mtd is null"},
+        {[](VBoardOptions &options) { options.flashTiming = "slow"; }, VBOARD_E_REFUSED,
+         "flash.timing: 'slow'"},
     };
     for (const Case &row : kCases) {
         VBoardOptions options = usual();

@@ -3,7 +3,9 @@
 #include "tests/iodbg/flash_commands_test.h"
 #include "tests/support/patterns.h"
 #include "virtual_board/os/seam.h"
+#include "virtual_board/words/world.h"
 
+#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <poll.h>
@@ -155,6 +157,25 @@ TEST_F(UpgradeCommandsTest, TellsHowFarTheToolIsWithAnImage) {
         last = std::stoi(jsonAt(line, "/percent"));
     }
     EXPECT_EQ(last, 100);
+}
+
+TEST_F(UpgradeCommandsTest, EndsWithThePowerAndLeavesWhatItHadDone) {
+    const auto set = [](const char *name, const char *value) {
+        const vb::BoardLock lock(*vb::attachedFolder());
+        vb::setProperty(*vb::attachedFolder(), name, value);
+    };
+    const std::string file = bootFile();
+    set("time", "real");
+    set("flash.timing", "usual");
+    Process upgrade = start({"upgrade", "boot", file, "--yes"});
+    // It has eight seconds of erasing in front of it.
+    ASSERT_TRUE(comesTrue([this] { return flash(0).erases[0] == 1; }));
+    set("power", "cycle");
+    EXPECT_EQ(upgrade.wait().exitCode, 128 + SIGKILL);
+    EXPECT_EQ(flash(0).erases[15], 0u);
+    EXPECT_EQ(devices().powerCuts, 1u);
+    set("flash.timing", "off");
+    EXPECT_EQ(iodbg({"upgrade", "boot", file, "--yes"}).exitCode, 0);
 }
 
 TEST_F(UpgradeCommandsTest, AnImageAroundBadBlocksIsWholeAndMoved) {

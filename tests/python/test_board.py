@@ -29,7 +29,9 @@ def test_is_made_as_it_is_asked_for(tmp_path):
         mac="02:00:5e:10:00:42",
         cmdline="quiet",
         mtd=["4:size=262144"],
+        flash_timing="usual",
     ) as board:
+        assert board["flash.timing"] == "usual"
         assert board.folder == tmp_path / "board"
         assert board.get("model", "time", "identity.*", "cmdline") == {
             "model": "0x0809",

@@ -71,6 +71,7 @@ TEST_F(DamagedStateTest, ValuesThatIndexAndChooseAreRefused) {
     expectRefused("the flash", board.flash[1].geometry.size, 0);
     expectRefused("the flash", board.flash[1].isWriteProtected, 2);
     expectRefused("the flash", board.flash[3].isBad[2047], 2);
+    expectRefused("the flash", board.flashTiming, 2);
     expectRefused("the fans and the temperature", board.climate.fans, 4);
     expectRefused("the fans and the temperature", board.climate.fans, kMany);
     expectRefused("the fans and the temperature", board.climate.fan[1].state, 3);

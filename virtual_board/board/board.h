@@ -47,7 +47,7 @@ struct Devices {
     uint32_t powerCuts; // how often a fault rule has cut the power
     PoeController poe;
     Console console;
-    uint32_t padding;
+    FlashTiming flashTiming;
     Flash flash[kFlashPartitions];
     Climate climate;
     ClockChip clockChip;
@@ -57,7 +57,7 @@ struct Devices {
 
 constexpr char kBoardMagic[8] = {'V', 'B', 'O', 'A', 'R', 'D', '\n', '\0'};
 constexpr uint32_t kBoardByteOrder = 0x01020304;
-constexpr uint32_t kBoardVersion = 6;
+constexpr uint32_t kBoardVersion = 7;
 
 struct BoardHeader {
     char magic[8];

@@ -46,7 +46,8 @@ constexpr Check kChecks[] = {
      [](const Devices &devices, const Model &) { return isConsoleSpeed(devices.console.speed); }},
     {"the flash",
      [](const Devices &devices, const Model &) {
-         return std::all_of(std::begin(devices.flash), std::end(devices.flash), flashIsConsistent);
+         return devices.flashTiming <= FlashTiming::Usual &&
+                std::all_of(std::begin(devices.flash), std::end(devices.flash), flashIsConsistent);
      }},
     {"the fans and the temperature",
      [](const Devices &devices, const Model &model) {

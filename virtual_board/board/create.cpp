@@ -57,6 +57,7 @@ bool fillFolder(NewFolder &folder, const Model &model, const BoardOptions &optio
     buildBoard(*board, model, factory, flash);
     board->clock.mode = options.time;
     board->clock.startedNs = hostNow();
+    board->devices.flashTiming = options.flashTiming;
 
     // Folders are removed in the order in which their files were made, or the other way round. With
     // the lock as the first and the state as the last one, programs see in either case that their

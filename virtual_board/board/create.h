@@ -17,6 +17,7 @@ struct BoardOptions {
     std::array<uint8_t, 6> mac = {0x02, 0x00, 0x5E, 0x10, 0x00, 0x00};
     std::array<FlashGeometry, kFlashPartitions> flash = {kUsualFlash[0], kUsualFlash[1],
                                                          kUsualFlash[2], kUsualFlash[3]};
+    FlashTiming flashTiming = FlashTiming::Off;
     std::string commandLine = "console=ttyS0,115200 bootver=1.2.3 root=/dev/mtdblock12";
 };
 

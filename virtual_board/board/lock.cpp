@@ -63,14 +63,25 @@ BoardLock::BoardLock(const BoardFolder &folder, Use use) : folder_(folder), use_
     pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState_);
     blockSignals(signals_);
     pthread_once(&forksArePrepared, prepareForks);
+    take();
+}
+
+BoardLock::~BoardLock() {
+    giveBack();
+    pthread_sigmask(SIG_SETMASK, &signals_, nullptr);
+    pthread_setcancelstate(cancelState_, nullptr);
+    pthread_setcanceltype(cancelType_, nullptr);
+}
+
+void BoardLock::take() {
     if (!isForker())
         pthread_mutex_lock(&ownProcess);
-    fd_ = kernel::openBeyondLimit(AT_FDCWD, folder.lockPath(), O_RDWR);
+    fd_ = kernel::openBeyondLimit(AT_FDCWD, folder_.lockPath(), O_RDWR);
     while (fd_ >= 0 && flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
     }
 }
 
-BoardLock::~BoardLock() {
+void BoardLock::giveBack() {
     if (fd_ >= 0) {
         // Explicitly: a process that vfork has made a moment ago shares the descriptor until it
         // executes its program.
@@ -79,11 +90,9 @@ BoardLock::~BoardLock() {
         if (use_ == Use::Changes)
             folder_.tellOfChange();
     }
+    fd_ = -1;
     if (!isForker())
         pthread_mutex_unlock(&ownProcess);
-    pthread_sigmask(SIG_SETMASK, &signals_, nullptr);
-    pthread_setcancelstate(cancelState_, nullptr);
-    pthread_setcanceltype(cancelType_, nullptr);
 }
 
 } // namespace vb

@@ -26,7 +26,22 @@ class BoardLock {
     /** Whether the lock could be taken: its file may be gone, or out of reach. */
     bool isHeld() const { return fd_ >= 0; }
 
+    /**
+     * Does something while others may use the board; signals and cancellation of this thread wait
+     * on. False when the lock cannot be taken again.
+     */
+    template <typename Meanwhile>
+    bool letOthersIn(Meanwhile meanwhile) {
+        giveBack();
+        meanwhile();
+        take();
+        return isHeld();
+    }
+
   private:
+    void take();
+    void giveBack();
+
     const BoardFolder &folder_;
     Use use_;
     sigset_t signals_;

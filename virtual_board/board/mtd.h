@@ -1,6 +1,7 @@
 #pragma once
 // The kernel's side of the flash partitions: what reads, writes and ioctls of /dev/mtdN do. Each
-// counts against the fault rules and is recorded. The caller holds the board's lock.
+// counts against the fault rules and is recorded. The caller holds the board's lock; where flash
+// takes its time, others are let in while the chip works.
 
 #include "virtual_board/board/driver.h"
 #include "virtual_board/board/folder.h"
@@ -9,11 +10,19 @@
 
 namespace vb {
 
+/** The time in which the chip works. */
+struct ChipTime {
+    void *context;
+    /** Lets it pass; false when the board is gone then. */
+    bool (*pass)(void *context, uint64_t ns);
+};
+
 /** A request to a partition, and who sends it. */
 struct MtdRequest {
     const BoardFolder &folder;
     Sender sender;
     uint32_t index; // of the partition
+    ChipTime time;
 };
 
 /** How a request went. */

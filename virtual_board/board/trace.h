@@ -43,6 +43,11 @@ constexpr TraceRecord &traceNext(TraceRing &ring, TraceKind kind, const Sender &
  */
 TraceRecord traceAt(const TraceRing &ring, uint64_t number);
 
+/** The record with a running number, or null when a later one has its place. */
+constexpr TraceRecord *traceKept(TraceRing &ring, uint64_t number) {
+    return ring.total - number <= kTraceCapacity ? &ring.record[number % kTraceCapacity] : nullptr;
+}
+
 /** Number of the oldest record that is still there. */
 constexpr uint64_t traceOldest(const TraceRing &ring) {
     const uint64_t kept = ring.total > kTraceCapacity ? ring.total - kTraceCapacity : 0;

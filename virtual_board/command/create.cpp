@@ -45,6 +45,10 @@ void defineCreate(Command &command) {
                 "spare=64,type=nand; partitions are 0, 4, 12 and 14",
                 texts(arguments->flash))
         .repeatable();
+    command.option("--flash-timing", "WORD",
+                   "off|usual: whether flash takes the time that chips take; otherwise it does "
+                   "where the time is real",
+                   oneOf(arguments->flashTiming, {"off", "usual"}));
     command.example("vboard create --model 0x0709 board")
         .example("vboard create --model 0x0109 --time virtual --serial SN42 board")
         .example("vboard create --model 0x0709 --mtd 12:page=4096,spare=128 board");
@@ -63,10 +67,16 @@ void create(const CreateArguments &arguments) {
     mtd.reserve(arguments.flash.size());
     for (const std::string &geometry : arguments.flash)
         mtd.push_back(geometry.c_str());
-    const VBoardOptions options = {sizeof(VBoardOptions),         static_cast<uint32_t>(mtd.size()),
-                                   arguments.model.c_str(),       arguments.time.c_str(),
-                                   arguments.serial.c_str(),      arguments.mac.c_str(),
-                                   arguments.commandLine.c_str(), mtd.data()};
+    const std::string &flashTiming = arguments.flashTiming;
+    const VBoardOptions options = {sizeof(VBoardOptions),
+                                   static_cast<uint32_t>(mtd.size()),
+                                   arguments.model.c_str(),
+                                   arguments.time.c_str(),
+                                   arguments.serial.c_str(),
+                                   arguments.mac.c_str(),
+                                   arguments.commandLine.c_str(),
+                                   mtd.data(),
+                                   flashTiming.empty() ? nullptr : flashTiming.c_str()};
     call([&](VBoardError *error) {
         return vboardCreate(arguments.folder.c_str(), &options, error);
     });

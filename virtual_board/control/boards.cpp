@@ -22,10 +22,19 @@ uint32_t parseModel(const std::string &text) {
     return *devId;
 }
 
-vb::TimeMode parseTime(const std::string &text) {
-    return language::about("time", [&] {
-        return language::parseValue(language::propertyOf("time"), text).as<vb::TimeMode>();
+/** What a property of a new board shall be. */
+template <typename Word>
+Word parseWord(const char *property, const std::string &text) {
+    return language::about(property, [&] {
+        return language::parseValue(language::propertyOf(property), text).as<Word>();
     });
+}
+
+/** Flash takes its time where time passes by itself, unless it is told. */
+vb::FlashTiming parseFlashTiming(const char *text, vb::TimeMode time) {
+    if (text != nullptr)
+        return parseWord<vb::FlashTiming>("flash.timing", text);
+    return time == vb::TimeMode::Real ? vb::FlashTiming::Usual : vb::FlashTiming::Off;
 }
 
 constexpr VBoardOptions kUsual = {sizeof(VBoardOptions),
@@ -35,6 +44,7 @@ constexpr VBoardOptions kUsual = {sizeof(VBoardOptions),
                                   "VB00000001",
                                   "02:00:5e:10:00:00",
                                   "console=ttyS0,115200 bootver=1.2.3 root=/dev/mtdblock12",
+                                  nullptr,
                                   nullptr};
 
 vb::BoardOptions optionsOf(const VBoardOptions &options) {
@@ -43,7 +53,8 @@ vb::BoardOptions optionsOf(const VBoardOptions &options) {
     };
     vb::BoardOptions made;
     made.devId = parseModel(options.model);
-    made.time = parseTime(textOr(options.time, kUsual.time));
+    made.time = parseWord<vb::TimeMode>("time", textOr(options.time, kUsual.time));
+    made.flashTiming = parseFlashTiming(options.flashTiming, made.time);
     made.serial = textOr(options.serial, kUsual.serial);
     made.mac = language::parseMac(textOr(options.mac, kUsual.mac));
     made.commandLine = textOr(options.commandLine, kUsual.commandLine);

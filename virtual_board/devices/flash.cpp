@@ -13,6 +13,11 @@ constexpr uint32_t kHighestPageSize = 16384;
 constexpr uint32_t kHighestSpareSize = 2048;
 constexpr uint32_t kPartsOfPage = 4;
 constexpr uint32_t kLowestPartSize = 512;
+constexpr uint32_t kProgramBuffer = 256; // of NOR chips
+
+// NOR on a serial bus of 50 MHz; NAND of one bit in a cell, its pages taken over an 8-bit bus.
+constexpr FlashTimes kNorTimes = {.readUs = 40, .programUs = 700, .eraseUs = 500000};
+constexpr FlashTimes kNandTimes = {.readUs = 80, .programUs = 300, .eraseUs = 2000};
 
 constexpr bool isPowerOfTwo(uint32_t number) {
     return number != 0 && (number & (number - 1)) == 0;
@@ -26,6 +31,14 @@ bool isInside(const Flash &flash, uint64_t offset, uint64_t length) {
 
 uint32_t flashProgramUnit(const FlashGeometry &geometry) {
     return std::min(geometry.pageSize, std::max(geometry.pageSize / kPartsOfPage, kLowestPartSize));
+}
+
+const FlashTimes &flashTimes(FlashType type) {
+    return type == FlashType::Nor ? kNorTimes : kNandTimes;
+}
+
+uint32_t flashChipPage(const FlashGeometry &geometry) {
+    return std::max(geometry.pageSize, kProgramBuffer);
 }
 
 uint32_t flashBadBlocks(const Flash &flash) {

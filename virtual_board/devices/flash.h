@@ -16,6 +16,15 @@ struct FlashGeometry {
     uint32_t size, eraseSize, pageSize, spareSize; // in bytes
 };
 
+/** How long the chip of a partition works, as data sheets tell it of usual ones. */
+struct FlashTimes {
+    uint32_t readUs, programUs; // of a page
+    uint32_t eraseUs;           // of a block
+};
+
+/** Whether that time passes. */
+enum class FlashTiming : uint32_t { Off, Usual };
+
 constexpr uint32_t kFlashMaxBlocks = 2048;
 
 struct Flash {
@@ -56,6 +65,12 @@ constexpr uint32_t flashBlockOf(const Flash &flash, uint32_t offset) {
  */
 uint32_t flashProgramUnit(const FlashGeometry &geometry);
 uint32_t flashBadBlocks(const Flash &flash);
+
+const FlashTimes &flashTimes(FlashType type);
+
+/** What the chip reads and programs at once: no driver's page is smaller than a NOR chip's buffer.
+ */
+uint32_t flashChipPage(const FlashGeometry &geometry);
 
 /** Whether a partition can have a geometry. */
 bool flashIsPossible(const FlashGeometry &geometry);

@@ -111,6 +111,7 @@ typedef struct VBoardOptions {
     const char *mac;         /**< MAC address: "02:00:5e:10:00:01" */
     const char *commandLine; /**< the kernel's, up to 1024 printable ASCII characters */
     const char *const *mtd;  /**< geometries of flash partitions: "4:size=262144,type=nand" */
+    const char *flashTiming; /**< "usual" or "off"; null: usual where the time is real */
 } VBoardOptions;
 
 /**

@@ -20,13 +20,17 @@ template <typename Send>
 MtdAnswer sendRequest(uint32_t partition, Send send) {
     const int savedErrno = errno;
     const BoardFolder &folder = *attachedFolder();
-    const BoardLock lock(folder);
+    BoardLock lock(folder);
     if (!lock.isHeld()) {
         errno = ENODEV; // the board is gone
         return {ENODEV, 0, false};
     }
     const uint64_t now = clockNow(folder.board()->clock, hostNow());
-    const MtdAnswer answer = send(MtdRequest{folder, {getpid(), now}, partition});
+    const ChipTime time = {&lock, [](void *held, uint64_t ns) {
+                               return static_cast<BoardLock *>(held)->letOthersIn(
+                                   [ns] { letTimePass(ns); });
+                           }};
+    const MtdAnswer answer = send(MtdRequest{folder, {getpid(), now}, partition, time});
     if (answer.isPowerCut)
         cutPower();
     errno = answer.error != 0 ? answer.error : savedErrno;

@@ -29,6 +29,9 @@ inline Sender thisSender(const Board &board) {
     return {getpid(), clockNow(board.clock, hostNow())};
 }
 
+/** The calling thread waits, as in a sleep of its own that the trace does not show. */
+void letTimePass(uint64_t ns);
+
 /**
  * What sleeps of a program that has mapped the page of registers do: the MDIO controller goes on.
  * The caller holds the board's lock.

@@ -87,3 +87,19 @@ VB_SEAM(int, __clock_nanosleep_time64, clockid_t clock, int flags, const vb::Tim
     const bool isOver = (flags & TIMER_ABSTIME) == 0 && sleepFor(time);
     return isOver ? 0 : VB_NEXT(__clock_nanosleep_time64)(clock, flags, time, rest);
 }
+
+void vb::letTimePass(uint64_t ns) {
+    {
+        const BoardLock lock(*attachedFolder());
+        if (!lock.isHeld())
+            return;
+        Clock &clock = attachedFolder()->board()->clock;
+        if (clock.mode == TimeMode::Virtual) {
+            clock.sleptNs += ns;
+            return;
+        }
+    }
+    const timespec time = {static_cast<time_t>(ns / kNsPerSecond),
+                           static_cast<long>(ns % kNsPerSecond)};
+    VB_NEXT(nanosleep)(&time, nullptr);
+}

@@ -108,6 +108,14 @@ void setContent(const Target &target, const Value &value) {
          [&folder, index, offset, old] { storeContent(folder, index, offset, old); }});
 }
 
+Value getTiming(const Target &target) {
+    return static_cast<uint32_t>(target.devices().flashTiming);
+}
+
+void setTiming(const Target &target, const Value &value) {
+    target.devices().flashTiming = value.as<FlashTiming>();
+}
+
 Value getSpeed(const Target &target) {
     return target.devices().console.speed;
 }
@@ -126,8 +134,10 @@ constexpr Binding kFlashBindings[] = {
     bind("flash.#.write-protected", getProtected, setProtected),
     bind("flash.#.erase-counts", getErases),
     bind("flash.#.content", getContent, setContent),
+    bind("flash.timing", getTiming, setTiming),
     bind("console.speed", getSpeed, setSpeed),
 };
+static_assert(hasWordsUpTo("flash.timing", FlashTiming::Usual));
 static_assert(language::propertyOf("console.speed").lowest == kConsoleSpeeds[0]);
 static_assert(language::propertyOf("console.speed").highest ==
               kConsoleSpeeds[std::size(kConsoleSpeeds) - 1]);

@@ -31,6 +31,7 @@ class Options(ctypes.Structure):
         ("mac", c_char_p),
         ("commandLine", c_char_p),
         ("mtd", POINTER(c_char_p)),
+        ("flashTiming", c_char_p),
     ]
 
 

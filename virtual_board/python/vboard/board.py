@@ -142,6 +142,7 @@ class Board:
         mac: str | None = None,
         cmdline: str | None = None,
         mtd: Sequence[str] = (),
+        flash_timing: str | None = None,
     ) -> Board:
         """Makes a board of a model ("0x0709") and opens it.
 
@@ -160,6 +161,7 @@ class Board:
             mac=_encoded(mac),
             commandLine=_encoded(cmdline),
             mtd=geometries,
+            flashTiming=_encoded(flash_timing),
         )
         try:
             _library.call("vboardCreate", os.fsencode(place), byref(options))
