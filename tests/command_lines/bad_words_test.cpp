@@ -170,6 +170,7 @@ constexpr BadWord kVboard[] = {
      "/nowhere: No such file or directory; create a board with: vboard create", 1},
     {"flash", "DIR", "/nowhere",
      "/nowhere: No such file or directory; create a board with: vboard create", 1},
+    {"upgrade", "DIR", "/nowhere", "/nowhere: No such file or directory", 1},
     {"copy", "DIR", "/nowhere @new", "/nowhere: No such file or directory", 1},
     {"copy", "COPY", "@board /nowhere/x", "/nowhere is not a folder; create it first", 1},
     {"delete", "DIR", "/nowhere", "/nowhere: No such file or directory", 1},

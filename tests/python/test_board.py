@@ -2,6 +2,7 @@
 
 import subprocess
 import sys
+import tarfile
 import threading
 from pathlib import Path
 
@@ -13,6 +14,7 @@ from vboard import (
     BoardGone,
     BoardInUse,
     BoardTimeout,
+    BoardVersion,
     NoBoard,
     Refused,
     describe,
@@ -175,6 +177,17 @@ def test_copies_go_their_own_way(board, tmp_path):
         assert copy["fan.1.state"] == "stuck"
         copy.delete()
     assert not (tmp_path / "copy").exists()
+
+
+def test_of_an_earlier_version_is_taken_along(tmp_path):
+    released = Path(__file__).parents[1] / "control" / "released" / "1.1.0.tar.gz"
+    with tarfile.open(released) as archive:
+        archive.extractall(tmp_path)
+    with pytest.raises(BoardVersion, match="vboard upgrade"):
+        Board(tmp_path / "board")
+    with Board.upgrade(tmp_path / "board") as board:
+        assert board["identity.serial"] == "KEPT-1.1.0"
+    Board.upgrade(tmp_path / "board").close()
 
 
 def test_tells_when_it_is_gone(board):

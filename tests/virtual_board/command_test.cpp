@@ -26,6 +26,7 @@ TEST_F(CommandTest, EveryCommandHasHelpWithExamples) {
         {"create"},
         {"copy"},
         {"delete"},
+        {"upgrade"},
         {"list"},
         {"list-models"},
         {"run"},
@@ -75,10 +76,11 @@ TEST_F(CommandTest, BoardsAreCopiedListedAndDeleted) {
 }
 
 TEST_F(CommandTest, AWrongCommandLineIsCode2) {
-    expectFailure(
-        2, "vboard: a command is missing: give one of create|copy|delete|list|list-models|run|",
-        {});
-    expectFailure(2, "vboard: 'dance' is none of create|copy|delete|list|list-models|run|",
+    expectFailure(2,
+                  "vboard: a command is missing: give one of "
+                  "create|copy|delete|upgrade|list|list-models|run|",
+                  {});
+    expectFailure(2, "vboard: 'dance' is none of create|copy|delete|upgrade|list|list-models|run|",
                   {"dance", board()});
     expectFailure(2, "'--dance' is not known here; see 'vboard --help'", {"--dance"});
     expectFailure(2, "'dance' is none of add|list|clear; see 'vboard fault --help'",

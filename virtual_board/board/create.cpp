@@ -34,19 +34,6 @@ bool makeFlash(NewFolder &folder, const BoardOptions &options) {
     return true;
 }
 
-/** What /proc/mtd lists. */
-std::string partitionList(const BoardOptions &options) {
-    std::string list = "dev:    size   erasesize  name\n";
-    for (uint32_t index = 0; index < kFlashPartitions; ++index) {
-        const FlashGeometry &flash = options.flash[index];
-        char line[64];
-        std::snprintf(line, sizeof(line), "mtd%u: %08x %08x \"%s\"\n", kFlashNumbers[index],
-                      flash.size, flash.eraseSize, kFlashNames[index]);
-        list += line;
-    }
-    return list;
-}
-
 /** Fills a folder with the files of a board; false when one of them cannot be written. */
 bool fillFolder(NewFolder &folder, const Model &model, const BoardOptions &options) {
     const auto board = std::make_unique<Board>();
@@ -73,7 +60,7 @@ bool fillFolder(NewFolder &folder, const Model &model, const BoardOptions &optio
     if (!makeFlash(folder, options))
         return false;
     const std::string commandLine = options.commandLine + "\n";
-    const std::string partitions = partitionList(options);
+    const std::string partitions = partitionList(options.flash);
     return folder.writeFile(root + kNodePath, "", 0) &&
            folder.writeFile(root + kMemoryPath, "", 0) &&
            folder.makeHole(kRegisterPageFile, kMdioPageSize) &&
@@ -92,6 +79,18 @@ std::string serialProblem(const std::string &serial) {
 std::string commandLineProblem(const std::string &commandLine) {
     const bool isGood = commandLine.size() <= kMaxCommandLine && isPrintable(commandLine);
     return isGood ? "" : "a kernel command line is up to 1024 printable ASCII characters";
+}
+
+std::string partitionList(const std::array<FlashGeometry, kFlashPartitions> &geometries) {
+    std::string list = "dev:    size   erasesize  name\n";
+    for (uint32_t index = 0; index < kFlashPartitions; ++index) {
+        const FlashGeometry &flash = geometries[index];
+        char line[64];
+        std::snprintf(line, sizeof(line), "mtd%u: %08x %08x \"%s\"\n", kFlashNumbers[index],
+                      flash.size, flash.eraseSize, kFlashNames[index]);
+        list += line;
+    }
+    return list;
 }
 
 bool createBoard(const std::string &path, const BoardOptions &options, FolderError &error) {

@@ -25,6 +25,9 @@ struct BoardOptions {
 std::string serialProblem(const std::string &serial);
 std::string commandLineProblem(const std::string &commandLine);
 
+/** What /proc/mtd lists. */
+std::string partitionList(const std::array<FlashGeometry, kFlashPartitions> &geometries);
+
 /**
  * Makes a board in a folder that does not exist yet, or is empty. The folder appears with the whole
  * board in it or not at all. False, with the reason, when it cannot be made.

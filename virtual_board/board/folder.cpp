@@ -3,6 +3,7 @@
 #include "virtual_board/board/consistency.h"
 #include "virtual_board/board/flash_content.h"
 #include "virtual_board/board/kernel.h"
+#include "virtual_board/board/layouts.h"
 #include "virtual_board/board/lock.h"
 #include "virtual_board/board/root_links.h"
 
@@ -64,6 +65,11 @@ bool checkHeader(const BoardHeader &header, uint64_t fileSize, const char *path,
         return fail(error, Damaged,
                     "%s is damaged: the header of %s is inconsistent; create the board again", path,
                     kStateFile);
+    if (layoutStepFrom(header.version, header.size) != nullptr)
+        return fail(error, OtherVersion,
+                    "%s is a board of an earlier version (%u, this build uses %u); take it along "
+                    "with: vboard upgrade %s",
+                    path, header.version, kBoardVersion, path);
     if (header.version != kBoardVersion || header.size != sizeof(Board))
         return fail(
             error, OtherVersion,

@@ -45,6 +45,7 @@ class NotOnBoard : public CannotStart {
 void addCreate(command_line::Command &root);
 void addCopy(command_line::Command &root);
 void addDelete(command_line::Command &root);
+void addUpgrade(command_line::Command &root);
 void addList(command_line::Command &root);
 void addListModels(command_line::Command &root);
 void addRun(command_line::Command &root);

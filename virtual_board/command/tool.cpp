@@ -21,6 +21,7 @@ void addCommands(command_line::Command &root) {
     addCreate(root);
     addCopy(root);
     addDelete(root);
+    addUpgrade(root);
     addList(root);
     addListModels(root);
     addRun(root);

@@ -18,7 +18,8 @@ namespace {
 // What is a board's own in its folder. Programs see that their board is going by its lock, which
 // goes first; the state, by which the folder is known as a board's, goes last.
 constexpr const char *kOwn[] = {vb::kLockFile, vb::kRootFolder,       vb::kFlashFolder,
-                                "cmdline.new", vb::kRegisterPageFile, vb::kStateFile};
+                                "cmdline.new", vb::kRegisterPageFile, kNewState,
+                                kOldState,     vb::kStateFile};
 
 /** Throws where something is in the folder that is not the board's. */
 void requireNothingElse(const fs::path &folder) {
@@ -28,13 +29,6 @@ void requireNothingElse(const fs::path &folder) {
             throw Failure(VBOARD_E_REFUSED, folder.string() + " holds " + name +
                                                 ", which is not of the board; move it away first");
     }
-}
-
-void requireNoUsers(const std::string &folder) {
-    const std::vector<User> users = usersOf(folder);
-    if (!users.empty())
-        throw Failure(VBOARD_E_IN_USE, folder + " is in use by " + users[0].program + " (process " +
-                                           std::to_string(users[0].pid) + "); end it first");
 }
 
 void remove(const fs::path &folder) {

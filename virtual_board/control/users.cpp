@@ -48,6 +48,13 @@ std::vector<User> usersOf(const std::string &folder) {
     return users;
 }
 
+void requireNoUsers(const std::string &folder) {
+    const std::vector<User> users = usersOf(folder);
+    if (!users.empty())
+        throw Failure(VBOARD_E_IN_USE, folder + " is in use by " + users[0].program + " (process " +
+                                           std::to_string(users[0].pid) + "); end it first");
+}
+
 } // namespace vboard
 
 int32_t vboardUsers(VBoard *board, VBoardUser **users, uint32_t *count, VBoardError *error) {

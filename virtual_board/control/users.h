@@ -16,4 +16,7 @@ struct User {
  * seen. */
 std::vector<User> usersOf(const std::string &folder);
 
+/** Throws where there are such. */
+void requireNoUsers(const std::string &folder);
+
 } // namespace vboard

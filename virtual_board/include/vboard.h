@@ -147,6 +147,19 @@ VBOARD_API int32_t vboardCreate(const char *folder, const VBoardOptions *options
 VBOARD_API int32_t vboardCopy(const char *folder, const char *copy, VBoardError *error);
 
 /**
+ * Makes a board of an earlier released version one of this version, with all that it has: devices,
+ * flash, files, time, fault rules and trace. It is that, or stays as it was. A board of this
+ * version is left alone.
+ *
+ * @param[in] folder  the board
+ * @param[out] error  why it failed; may be null
+ * @return VBOARD_OK; VBOARD_E_ARGUMENT; VBOARD_E_NO_BOARD; VBOARD_E_DAMAGED; VBOARD_E_VERSION when
+ *         it is of a later version, of none that was released, or of another kind of machine;
+ *         VBOARD_E_IN_USE; VBOARD_E_PERMISSION; VBOARD_E_SYSTEM; VBOARD_E_NO_MEMORY
+ */
+VBOARD_API int32_t vboardUpgrade(const char *folder, VBoardError *error);
+
+/**
  * Removes a board with its folder. A folder that holds something else besides is left as it is.
  *
  * @param[in] folder  the board; it may be damaged or of another version

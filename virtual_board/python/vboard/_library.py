@@ -101,6 +101,7 @@ _CALLS: dict[str, list[Any]] = {
     "vboardCreate": [c_char_p, POINTER(Options)],
     "vboardCopy": [c_char_p, c_char_p],
     "vboardDelete": [c_char_p],
+    "vboardUpgrade": [c_char_p],
     "vboardOpen": [c_char_p, POINTER(c_void_p)],
     "vboardUsers": [c_void_p, POINTER(POINTER(User)), POINTER(c_uint32)],
     "vboardGet": [

@@ -173,6 +173,15 @@ class Board:
         board._own_folder = own
         return board
 
+    @classmethod
+    def upgrade(cls, folder: str | os.PathLike[str]) -> Board:
+        """Makes a board of an earlier released version one of this version, and opens it.
+
+        It keeps all that it has, or stays as it was. A board of this version is opened as it is.
+        """
+        _library.call("vboardUpgrade", os.fsencode(folder))
+        return cls(folder)
+
     def copy(self, folder: str | os.PathLike[str]) -> Board:
         """Makes a copy of the board as it is now, and opens it."""
         _library.call("vboardCopy", os.fsencode(self.folder), os.fsencode(folder))
