@@ -1,21 +1,25 @@
 #!/bin/bash
 # Compares the built library with the binary interface of released versions: programs that were linked
 # to one of them must run with this library as it is. What is new may be there.
-# usage: check-abi.sh LIBRARY DESCRIPTION...
+# usage: check-abi.sh LIBRARY HEADERS DESCRIPTION...
+# Beside the descriptions 'suppressions' tells what may change.
 
 set -euo pipefail
-readonly library=$1
-shift
+# shellcheck source=tests/package/describe-abi.sh
+. "$(dirname "$0")/describe-abi.sh"
+readonly library=$1 headers=$2
+shift 2
 
-# Without it only names would be compared, and nothing would tell.
-if ! readelf --section-headers --wide "$library" | grep -qF .debug_info; then
-    echo "WRONG $library has no debug information: its types cannot be compared"
-    exit 1
-fi
+now=$(mktemp)
+trap 'rm -f "$now"' EXIT
+describe_abi "$library" "$headers" "$now"
 
 for description in "$@"; do
+    suppressions=$(dirname "$description")/suppressions
+    options=()
+    [ ! -e "$suppressions" ] || options=(--suppressions "$suppressions")
     # An addition is a difference for abidiff, too, unless it is told to look past it.
-    if difference=$(abidiff --no-added-syms "$description" "$library"); then
+    if difference=$(abidiff --no-added-syms "${options[@]}" "$description" "$now"); then
         echo "ok    $(basename "$description" .abi): $(grep -c '<elf-symbol name=' "$description") symbols"
     else
         echo "WRONG $(basename "$description" .abi): programs that use that version would break"
