@@ -29,6 +29,7 @@ class Process {
     std::string output() const;
     std::string errors() const;
     void signal(int number) const;
+    pid_t pid() const { return pid_; }
     /** Waits for its end. */
     ProcessResult wait();
 
