@@ -3,14 +3,15 @@
 add_library(bsp_tool_headers INTERFACE)
 set(links ${PROJECT_BINARY_DIR}/tool_headers)
 file(MAKE_DIRECTORY ${links})
-foreach(package CLI nlohmann)
-  find_path(BSP_${package}_PARENT ${package} PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH)
-  if(NOT BSP_${package}_PARENT)
-    message(FATAL_ERROR "The headers of ${package} are missing: install libcli11-dev and "
-                        "nlohmann-json3-dev (scripts/install-dependencies does), or set "
-                        "BSP_${package}_PARENT to the folder that they are in")
+foreach(package CLI nlohmann toml++)
+  string(MAKE_C_IDENTIFIER ${package} name)
+  find_path(BSP_${name}_PARENT ${package} PATHS /usr/include NO_CMAKE_FIND_ROOT_PATH)
+  if(NOT BSP_${name}_PARENT)
+    message(FATAL_ERROR "The headers of ${package} are missing: install libcli11-dev, "
+                        "nlohmann-json3-dev and libtomlplusplus-dev (scripts/install-dependencies "
+                        "does), or set BSP_${name}_PARENT to the folder that they are in")
   endif()
-  file(CREATE_LINK ${BSP_${package}_PARENT}/${package} ${links}/${package} SYMBOLIC)
+  file(CREATE_LINK ${BSP_${name}_PARENT}/${package} ${links}/${package} SYMBOLIC)
 endforeach()
 target_include_directories(bsp_tool_headers SYSTEM INTERFACE ${links})
 

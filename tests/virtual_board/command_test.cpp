@@ -36,6 +36,7 @@ TEST_F(CommandTest, EveryCommandHasHelpWithExamples) {
         {"fault"},
         {"fault", board(), "add"},
         {"trace"},
+        {"play"},
         {"fault", board(), "list"},
         {"fault", board(), "clear"},
     };

@@ -41,6 +41,16 @@ class NotOnBoard : public CannotStart {
     using CannotStart::CannotStart;
 };
 
+/** A scenario that is played was not as it expects. */
+class ExpectationFailed : public std::exception {
+  public:
+    explicit ExpectationFailed(std::string reason) : reason_(std::move(reason)) {}
+    const char *what() const noexcept override { return reason_.c_str(); }
+
+  private:
+    std::string reason_;
+};
+
 // Each adds a command.
 void addCreate(command_line::Command &root);
 void addCopy(command_line::Command &root);
@@ -58,6 +68,7 @@ void addPanel(command_line::Command &root);
 void addFlash(command_line::Command &root);
 void addConsole(command_line::Command &root);
 void addTrace(command_line::Command &root);
+void addPlay(command_line::Command &root);
 
 void create(const CreateArguments &arguments);
 

@@ -5,6 +5,7 @@
 #include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/json.h"
+#include "virtual_board/command/rules.h"
 #include "virtual_board/command/words.h"
 #include "virtual_board/words/fault_table.h"
 
@@ -164,7 +165,7 @@ void addFault(Command &root) {
     root.group("fault", "Let requests go wrong by rules", defineFault);
 }
 
-void addFault(const std::string &folder, const FaultWords &rule) {
+uint32_t addRule(VBoard *board, const FaultWords &rule) {
     VBoardFault fault = {};
     fault.size = sizeof(fault);
     fault.device = rule.device.c_str();
@@ -173,10 +174,13 @@ void addFault(const std::string &folder, const FaultWords &rule) {
     fault.nth = rule.nth.c_str();
     fault.when = rule.when.c_str();
     fault.effect = rule.effect.c_str();
-    const Board board(folder);
     uint32_t id = 0;
     call([&](VBoardError *error) { return vboardAddFault(board, &fault, &id, error); });
-    std::printf("%u\n", id);
+    return id;
+}
+
+void addFault(const std::string &folder, const FaultWords &rule) {
+    std::printf("%u\n", addRule(Board(folder), rule));
 }
 
 void listFaults(const std::string &folder, bool asJson) {

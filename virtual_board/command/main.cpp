@@ -17,7 +17,14 @@ namespace {
 
 using namespace command_line;
 
-enum ExitCode { kDone = 0, kRefused = 1, kUsage = 2, kCannotStart = 3, kNotOnBoard = 125 };
+enum ExitCode {
+    kDone = 0,
+    kRefused = 1,
+    kUsage = 2,
+    kCannotStart = 3,
+    kNotAsExpected = 5,
+    kNotOnBoard = 125
+};
 
 class StandardOutput : public Output {
   public:
@@ -41,6 +48,8 @@ int carryOut(std::span<const char *const> words) {
         return fail(kNotOnBoard, refusal.what());
     } catch (const vboard::CannotStart &failure) {
         return fail(kCannotStart, failure.what());
+    } catch (const vboard::ExpectationFailed &failure) {
+        return fail(kNotAsExpected, failure.what());
     } catch (const std::exception &refusal) {
         return fail(kRefused, refusal.what());
     }

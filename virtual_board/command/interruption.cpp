@@ -1,0 +1,96 @@
+#include "virtual_board/command/interruption.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <iterator>
+#include <unistd.h>
+
+namespace vboard {
+
+namespace {
+
+constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr size_t kMostGroups = 32;
+constexpr size_t kLongestPlace = 256;
+
+// What a handler of signals can look at. It is changed while they wait.
+char place[kLongestPlace];
+pid_t groups[kMostGroups]; // 0: none
+struct sigaction before[std::size(kSignals)];
+
+/** Keeps the signals away. */
+class Quiet {
+  public:
+    Quiet() {
+        sigset_t signals;
+        sigemptyset(&signals);
+        for (const int signal : kSignals)
+            sigaddset(&signals, signal);
+        sigprocmask(SIG_BLOCK, &signals, &before_);
+    }
+    Quiet(const Quiet &) = delete;
+    Quiet &operator=(const Quiet &) = delete;
+    ~Quiet() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+  private:
+    sigset_t before_{};
+};
+
+void say(const char *text) {
+    if (write(STDERR_FILENO, text, std::strlen(text)) < 0)
+        return; // nobody reads it
+}
+
+extern "C" void endWork(int signal) {
+    for (const pid_t leader : groups) {
+        if (leader != 0)
+            kill(-leader, SIGKILL);
+    }
+    say("vboard: interrupted at ");
+    say(place);
+    say("\n");
+    std::signal(signal, SIG_DFL);
+    raise(signal); // comes when this handler is left
+}
+
+} // namespace
+
+Interruptible::Interruptible() {
+    struct sigaction action = {};
+    action.sa_handler = endWork;
+    sigfillset(&action.sa_mask);
+    for (size_t i = 0; i < std::size(kSignals); ++i) {
+        sigaction(kSignals[i], &action, &before[i]);
+        if (before[i].sa_handler == SIG_IGN) // as 'nohup' wants it
+            sigaction(kSignals[i], &before[i], nullptr);
+    }
+}
+
+Interruptible::~Interruptible() {
+    for (size_t i = 0; i < std::size(kSignals); ++i)
+        sigaction(kSignals[i], &before[i], nullptr);
+}
+
+void setPlaceOfWork(const std::string &text) {
+    const Quiet quiet;
+    const size_t length = std::min(text.size(), kLongestPlace - 1);
+    std::memcpy(place, text.data(), length);
+    place[length] = '\0';
+}
+
+bool addGroup(pid_t leader) {
+    const Quiet quiet;
+    pid_t *room = std::find(std::begin(groups), std::end(groups), 0);
+    if (room == std::end(groups))
+        return false;
+    *room = leader;
+    return true;
+}
+
+void removeGroup(pid_t leader) {
+    const Quiet quiet;
+    std::replace(std::begin(groups), std::end(groups), leader, 0);
+}
+
+} // namespace vboard

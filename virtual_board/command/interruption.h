@@ -1,0 +1,29 @@
+#pragma once
+// Work that leaves processes behind when somebody ends it: by Ctrl-C, or by a signal.
+
+#include <string>
+#include <sys/types.h>
+
+namespace vboard {
+
+/**
+ * As long as it lives, SIGINT, SIGTERM and SIGHUP end the groups of processes that it knows, and
+ * say on standard error where the work was, before they end this process as they do otherwise.
+ * There is one at a time.
+ */
+class Interruptible {
+  public:
+    Interruptible();
+    Interruptible(const Interruptible &) = delete;
+    Interruptible &operator=(const Interruptible &) = delete;
+    ~Interruptible();
+};
+
+/** Where the work is: "start-up.toml:12: run iodbg init". */
+void setPlaceOfWork(const std::string &place);
+
+/** Groups of processes, each called as its leader. Of more than there is room for false. */
+bool addGroup(pid_t leader);
+void removeGroup(pid_t leader);
+
+} // namespace vboard
