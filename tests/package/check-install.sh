@@ -92,6 +92,9 @@ for checker in vboard.supp vboard-tsan.supp; do
 done
 echo "ok    installed suppressions for checkers of threads"
 
+diff -r "$source/examples/scenarios" "$prefix/share/bsp/scenarios"
+echo "ok    installed scenarios"
+
 documents=$prefix/share/doc/bsp
 grep -q '^## JSON$' "$documents/iodbg.md"
 for document in "$source"/docs/*.md; do
