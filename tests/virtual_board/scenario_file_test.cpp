@@ -286,9 +286,35 @@ TEST(ScenarioFileTest, AFileThatIsNoScenarioIsRefused) {
     EXPECT_EQ(refusal("[[step]]\nadvance = 1\nadvance = 2\n").substr(0, 2), "3:");
     EXPECT_EQ(refusal("[[step]]\nadvance = \n").substr(0, 2), "2:");
     EXPECT_EQ(refusal("\xFF\xFE").substr(0, 2), "1:");
+    EXPECT_EQ(refusal("[[step]]\nadvance = 1\n\n[[\x01]]\nadvance = 2\n"),
+              "4:1: this is no TOML; a step begins with [[step]]");
+    EXPECT_EQ(refusal("[[=]]"), "1:1: this is no TOML; a step begins with [[step]]");
     // Nothing of a file gets to a terminal as it is.
     EXPECT_EQ(refusal("\"\\u001b[2J\" = 1\n[[step]]\nadvance = 1\n").find('\x1b'),
               std::string::npos);
+}
+
+std::string repeated(const std::string &text, size_t count) {
+    std::string all;
+    for (size_t i = 0; i < count; ++i)
+        all += text;
+    return all;
+}
+
+TEST(ScenarioFileTest, NamesAndValuesThatGoTooDeepAreRefused) {
+    constexpr size_t kMany = 300000;
+    const std::string many = repeated(".a", kMany);
+    EXPECT_EQ(refusal("[[step]]\nset" + many + " = 1\n"), "2:68: a name has too many parts");
+    EXPECT_EQ(refusal("[[step" + many + "]]\n"), "1:71: a name has too many parts");
+    EXPECT_EQ(refusal("x = { \"a\" " + repeated(".\"a\"", kMany) + " = 1 }").substr(0, 4), "1:13");
+    EXPECT_EQ(refusal("x = { a = \"\"\"b\"\"\"\", c" + many + " = 1 }").substr(0, 2), "1:");
+    EXPECT_EQ(refusal("x = { a = '\\', c" + many + " = 1 }").substr(0, 2), "1:");
+    EXPECT_EQ(refusal("[[step]]\nrun = " + repeated("[", kMany)).substr(0, 2), "2:");
+    // Where they are no names there can be as many as there are.
+    EXPECT_EQ(onlyStep("title = \"" + many + "\" # " + many + "\nadvance = 1\n").title, many);
+    EXPECT_EQ(onlyStep("title = \"\"\"\\\"\"\" " + many + "\n\"\"\"\"\nadvance = 1\n").title,
+              "\"\"\" " + many + "\n\"");
+    EXPECT_EQ(onlyStep("title = 'a\\'\nadvance = 1\n" + repeated("# a.b\n", 100)).title, "a\\");
 }
 
 TEST(ScenarioFileTest, AFileIsRead) {

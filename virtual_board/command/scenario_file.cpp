@@ -5,6 +5,7 @@
 #include "language/property_values.h"
 #include "language/texts.h"
 #include "virtual_board/command/complaints.h"
+#include "virtual_board/command/name_depth.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -17,8 +18,28 @@
 #include <optional>
 #include <set>
 #include <string_view>
-#include <toml++/toml.h>
 #include <tuple>
+
+namespace vboard {
+
+namespace {
+
+/** The parser of TOML takes some wrong files for mistakes of its own. */
+struct Stumbled {};
+
+[[noreturn]] void stumble() {
+    throw Stumbled();
+}
+
+} // namespace
+
+} // namespace vboard
+
+// In every build, since it otherwise builds upon what it has asserted.
+#undef NDEBUG
+#define TOML_MAX_NESTED_VALUES 16
+#define TOML_ASSERT(condition) ((condition) ? void() : vboard::stumble())
+#include <toml++/toml.h>
 
 namespace vboard {
 
@@ -443,6 +464,20 @@ void readAll(Scenario &scenario, const toml::table &table, Complaints &complaint
         complaints.add({1, 1}, kNoSteps);
 }
 
+/** The line that the parser stumbles over. */
+Place stumblingBlock(const std::string &content) {
+    Place place = {1, 1};
+    for (size_t end = 0; (end = content.find('\n', end)) != std::string::npos; ++place.line) {
+        try {
+            static_cast<void>(toml::parse(std::string_view(content).substr(0, ++end)));
+        } catch (const toml::parse_error &) { // what is open here ends further below
+        } catch (const Stumbled &) {
+            break;
+        }
+    }
+    return place;
+}
+
 /** Everything that a stream has; nothing when it cannot be read. */
 std::optional<std::string> contentOf(FILE *stream) {
     constexpr size_t kPiece = 4096;
@@ -462,10 +497,16 @@ Scenario parseScenario(const std::string &file, const std::string &content) {
     Scenario scenario;
     scenario.file = file;
     Complaints complaints;
+    if (const std::optional<Place> place = tooDeepName(content)) {
+        complaints.add(*place, "a name has too many parts");
+        complaints.refuse(file);
+    }
     try {
         readAll(scenario, toml::parse(content), complaints);
     } catch (const toml::parse_error &mistake) {
         complaints.add(placeOf(mistake.source().begin), std::string(mistake.description()));
+    } catch (const Stumbled &) {
+        complaints.add(stumblingBlock(content), "this is no TOML; a step begins with [[step]]");
     }
     complaints.refuse(file);
     return scenario;
