@@ -3,13 +3,21 @@
 
 #include "tests/support/json.h"
 #include "tests/virtual_board/command_test.h"
+#include "virtual_board/command/player.h"
+#include "virtual_board/command/scenario_file.h"
 
-#include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 
 namespace {
+
+using vboard::Board;
+using vboard::NotAsExpected;
+using vboard::parseScenario;
+using vboard::Player;
+using vboard::Scenario;
 
 /** Whether a process is there, and not only its end, which somebody has still to look at. */
 bool isRunning(int id) {
@@ -190,6 +198,42 @@ TEST_F(PlayCommandTest, AVirtualClockIsMovedByTheProgramInTheBackground) {
     EXPECT_TRUE(result.err.ends_with(": no line has a == 2 within 3 s: a is 1\n")) << result.err;
 }
 
+TEST_F(PlayCommandTest, EachLineIsLookedAtOnce) {
+    const std::string begin =
+        "[[step]]\nrun = \"echo '{\\\"a\\\": 1}'; echo '{\\\"a\\\": 2}'; while "
+        "sleep 1; do :; done\"\nbackground = true\nas = \"p\"\n";
+    const std::string expect = "[[step]]\nfrom = \"p\"\nwithin = 3\nexpect = ";
+    EXPECT_EQ(play(begin + expect + "\"a == 1\"\n" + expect + "\"a == 2\"\n").exitCode, 0);
+    const ProcessResult result = play(begin + expect + "\"a == 2\"\n" + expect + "\"a == 1\"\n");
+    EXPECT_EQ(result.exitCode, 5);
+    EXPECT_TRUE(result.err.ends_with(": no line has a == 1 within 3 s: it printed no JSON\n"))
+        << result.err;
+}
+
+TEST_F(PlayCommandTest, AProgramThatKeepsSilentIsNotWaitedForForEver) {
+    const Scenario scenario =
+        parseScenario("x.toml", "[[step]]\nrun = [\"sh\", \"-c\", \"while :; do :; done\"]\n"
+                                "background = true\nas = \"p\"\n"
+                                "[[step]]\nfrom = \"p\"\nexpect = \"a == 1\"\n");
+    const Board held(board());
+    Player player(held, std::chrono::milliseconds(50));
+    player.play(scenario.steps.at(0));
+    EXPECT_THROW(player.play(scenario.steps.at(1)), NotAsExpected);
+    EXPECT_EQ(player.passedNs(), 0u); // it has not moved the clock, and nobody else does
+}
+
+TEST_F(PlayCommandTest, AProgramThatIsStoppedIsAskedFirst) {
+    const std::string begin = "[[step]]\nbackground = true\nas = \"p\"\nrun = \"trap 'echo >> " +
+                              path("left") +
+                              "; exit 7' TERM; echo '{\\\"a\\\": 1}'; while :; do :; done\"\n"
+                              "[[step]]\nfrom = \"p\"\nexpect = \"a == 1\"\n";
+    // How it ends then is its own affair.
+    EXPECT_EQ(play(begin + "[[step]]\nstop = \"p\"\n").err, "");
+    EXPECT_EQ(std::filesystem::file_size(path("left")), 1u);
+    EXPECT_EQ(play(begin).err, "");
+    EXPECT_EQ(std::filesystem::file_size(path("left")), 2u);
+}
+
 TEST_F(PlayCommandTest, AProgramThatEndsByItselfHasToEndWell) {
     const std::string begin = "[[step]]\nbackground = true\nas = \"p\"\nexit = 3\nrun = \"exit ";
     const std::string wait = "[[step]]\nfrom = \"p\"\nexpect = \"a == 1\"\n";
@@ -221,7 +265,7 @@ TEST_F(PlayCommandTest, AProgramThatEndsByItselfHasToEndWell) {
 TEST_F(PlayCommandTest, AnInterruptionEndsTheProgramsAndTellsThePlace) {
     vboard({"set", board(), "time", "real"});
     const std::string id = path("id");
-    write("[[step]]\nbackground = true\nrun = \"echo $$ > '" + id + "'; exec sleep 1000\"\n" +
+    write("[[step]]\nbackground = true\nrun = \"sleep 1000 & echo $! > '" + id + "'; wait\"\n" +
           "[[step]]\nafter = 1000\n");
     for (const int signal : {SIGINT, SIGTERM}) {
         std::filesystem::remove(id);

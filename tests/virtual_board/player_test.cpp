@@ -100,7 +100,10 @@ TEST_F(PlayerTest, FaultsAreAddedAndRemovedByTheirNames) {
     EXPECT_EQ(play("[[step]]\nclear = \"all\"\n"), "");
     EXPECT_EQ(countOfFaults(), 0u);
     EXPECT_EQ(play(two + "[[step]]\nclear = \"a\"\n"), "");
-    EXPECT_EQ(countOfFaults(), 1u);
+    ASSERT_EQ(vboardFaults(*board_, &faults, &count, nullptr), VBOARD_OK);
+    ASSERT_EQ(count, 1u);
+    EXPECT_STREQ(faults[0].device, "gpio");
+    vboardFree(faults);
 }
 
 TEST_F(PlayerTest, AStepWaitsForItsMoment) {

@@ -21,10 +21,8 @@ constexpr uint64_t kSecond = 1000000000;
 
 /** A stepped clock is moved by so much while something is waited for that nobody can see coming. */
 constexpr uint64_t kStepNs = kSecond / 10;
-/** How often a program's output is looked at, and how long it may keep silent, in the host's time,
- * where the clock moves by the programs' doing alone. */
+/** How often a program's output is looked at, in the host's time. */
 constexpr int kLookEveryMs = 5;
-constexpr std::chrono::seconds kMostSilence{30};
 
 std::vector<std::string> linesOf(const std::string &text) {
     std::vector<std::string> lines;
@@ -106,7 +104,8 @@ std::string secondsText(uint64_t ns) {
 
 } // namespace
 
-Player::Player(const Board &board) : board_(board), hands_(board), beganNs_(now()) {}
+Player::Player(const Board &board, std::chrono::milliseconds mostSilence)
+    : board_(board), hands_(board), mostSilence_(mostSilence), beganNs_(now()) {}
 
 uint64_t Player::now() const {
     uint64_t time = 0;
@@ -212,7 +211,7 @@ std::string Player::runOnce(const Step &step) const {
 void Player::awaitEnd(Program &program, const Step &step) const {
     const bool isStepped = isTime("stepped");
     const auto limit = HostClock::now() + std::chrono::nanoseconds(step.limitNs);
-    while (!program.awaitEnd(isStepped ? 0 : kLookEveryMs)) {
+    while (!program.awaitEnd(isStepped ? 1 : kLookEveryMs)) {
         if (HostClock::now() >= limit)
             throw NotAsExpected("it still ran after " + secondsText(step.limitNs) +
                                 " of the host's time" + lastWords(program));
@@ -265,7 +264,7 @@ void Player::expectLine(const Step &step) {
     const uint64_t within = step.withinNs.value_or(kUsualPatienceNs);
     const uint64_t deadline = now() + within;
     const bool isMovedByPrograms = isTime("virtual");
-    const auto silence = HostClock::now() + kMostSilence;
+    const auto silence = HostClock::now() + mostSilence_;
     std::string state = "it printed no JSON";
     for (;;) {
         // In this order: what is printed until then is seen.

@@ -6,6 +6,7 @@
 #include "virtual_board/command/program.h"
 #include "virtual_board/command/scenario.h"
 
+#include <chrono>
 #include <cstdint>
 #include <exception>
 #include <memory>
@@ -27,7 +28,11 @@ class NotAsExpected : public std::exception {
 
 class Player {
   public:
-    explicit Player(const Board &board);
+    /** How long a program in the background may print nothing that is waited for while nobody but
+     * programs moves the clock: in the host's time. */
+    static constexpr std::chrono::milliseconds kMostSilence{30000};
+
+    explicit Player(const Board &board, std::chrono::milliseconds mostSilence = kMostSilence);
 
     /** Does a step when its moment has come. Throws NotAsExpected, or Refused where it cannot be
      * done. */
@@ -67,6 +72,7 @@ class Player {
 
     const Board &board_;
     Hands hands_;
+    const std::chrono::milliseconds mostSilence_;
     const uint64_t beganNs_;
     std::vector<Running> programs_;
 };
