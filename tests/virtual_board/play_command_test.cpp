@@ -154,6 +154,28 @@ TEST_F(PlayCommandTest, AProgramIsRunEachSecondUntilItIsAsExpected) {
     EXPECT_EQ(vboard({"get", board(), "clock"}), "4.500000000\n");
 }
 
+TEST_F(PlayCommandTest, AProgramIsRunOnceAfterAWaitWithinATime) {
+    const ProcessResult result = play("[[step]]\nwhen = \"fan.1.speed == 2400\"\nwithin = 9\n"
+                                      "run = \"echo >> runs; exit 1\"\n");
+    EXPECT_EQ(result.exitCode, 5);
+    EXPECT_EQ(std::filesystem::file_size(path("runs")), 1u);
+}
+
+TEST_F(PlayCommandTest, AReaderWhoGoesEndsThePrograms) {
+    vboard({"set", board(), "time", "real"});
+    write("[[step]]\nbackground = true\nrun = \"sleep 1000 & echo $! > '" + path("id") +
+          "'; wait\"\n[[step]]\nrun = \"until [ -s '" + path("id") +
+          "' ]; do :; done\"\n[[step]]\nafter = 0.3\n[[step]]\nafter = 1000\n");
+    const ProcessResult result = run({"sh", "-c", "\"$0\" play \"$1\" \"$2\" | head -n 1",
+                                      builtProgram("vboard"), board(), path("x.toml")},
+                                     environment());
+    EXPECT_EQ(linesOf(result.out).size(), 1u);
+    EXPECT_NE(result.err.find("vboard: interrupted at "), std::string::npos) << result.err;
+    int number = 0;
+    ASSERT_TRUE(bool(std::ifstream(path("id")) >> number));
+    EXPECT_TRUE(comesTrue([number] { return !isRunning(number); }));
+}
+
 TEST_F(PlayCommandTest, WhatAProgramStartsAndLeavesEndsWithIt) {
     const std::string id = path("id");
     const ProcessResult result =

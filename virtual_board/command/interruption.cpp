@@ -10,7 +10,7 @@ namespace vboard {
 
 namespace {
 
-constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
 constexpr size_t kMostGroups = 32;
 constexpr size_t kLongestPlace = 256;
 

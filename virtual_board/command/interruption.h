@@ -1,5 +1,6 @@
 #pragma once
-// Work that leaves processes behind when somebody ends it: by Ctrl-C, or by a signal.
+// Work that leaves processes behind when somebody ends it: by Ctrl-C, by another signal, or by not
+// reading any more what it prints.
 
 #include <string>
 #include <sys/types.h>
@@ -7,9 +8,9 @@
 namespace vboard {
 
 /**
- * As long as it lives, SIGINT, SIGTERM and SIGHUP end the groups of processes that it knows, and
- * say on standard error where the work was, before they end this process as they do otherwise.
- * There is one at a time.
+ * As long as it lives, SIGINT, SIGTERM, SIGHUP and SIGPIPE end the groups of processes that it
+ * knows, and say on standard error where the work was, before they end this process as they do
+ * otherwise. There is one at a time.
  */
 class Interruptible {
   public:
