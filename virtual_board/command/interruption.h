@@ -21,7 +21,7 @@ class Interruptible {
 };
 
 /** Where the work is: "start-up.toml:12: run iodbg init". */
-void setPlaceOfWork(const std::string &place);
+void setPlaceOfWork(const std::string &text);
 
 /** Groups of processes, each called as its leader. Of more than there is room for false. */
 bool addGroup(pid_t leader);

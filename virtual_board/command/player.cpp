@@ -203,7 +203,7 @@ void Player::runInForeground(const Step &step) const {
 std::string Player::runOnce(const Step &step) const {
     Program program(board_, step.program);
     awaitEnd(program, step);
-    const std::string reason = wrongEnd(step, program);
+    std::string reason = wrongEnd(step, program);
     if (!reason.empty() || !step.expected.has_value())
         return reason;
     return wrongOutput(step.expected->text, program);
@@ -274,12 +274,15 @@ void Player::expectLine(const Step &step) {
         const bool hasEnded = one.program->awaitEnd(0);
         if (sees(one.program->output(one.seen), condition, one.seen, state))
             return;
+        const std::string missing = "no line has " + expected;
         if (hasEnded)
-            throw NotAsExpected("no line has " + expected + ", and it has ended with " +
-                                std::to_string(one.program->exitCode()) + ": " + state);
-        if (time >= deadline || (isMovedByPrograms && HostClock::now() >= silence))
-            throw NotAsExpected("no line has " + expected + " within " + secondsText(within) +
-                                ": " + state);
+            throw NotAsExpected(missing + ", and it has ended with " +
+                                std::to_string(one.program->exitCode()).append(": ").append(state));
+        if (time >= deadline)
+            throw NotAsExpected(missing + " within " +
+                                secondsText(within).append(": ").append(state));
+        if (isMovedByPrograms && HostClock::now() >= silence)
+            throw NotAsExpected(missing + ", and nobody moves the board's clock: " + state);
         letTimePass(*one.program, deadline - time);
     }
 }

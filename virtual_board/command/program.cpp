@@ -17,8 +17,6 @@
 
 extern "C" {
 #include <sys/pidfd.h> // has no names of C++ in it, and does not say so
-
-extern char **environ;
 }
 
 namespace vboard {

@@ -74,7 +74,7 @@ const char *wordOf(Deed deed) {
 }
 
 std::string deedText(const Step &step) {
-    const std::string word = wordOf(step.deed);
+    std::string word = wordOf(step.deed);
     const std::string within = step.when.has_value() ? "" : withinText(step);
     switch (step.deed) {
     case Deed::Wait:

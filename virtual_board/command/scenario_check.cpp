@@ -73,7 +73,7 @@ bool isInPath(const std::string &name) {
     const char *path = std::getenv("PATH");
     std::istringstream folders(path != nullptr ? path : "/bin:/usr/bin");
     for (std::string folder; std::getline(folders, folder, ':');) {
-        if (access((folder + "/" + name).c_str(), X_OK) == 0)
+        if (access(folder.append("/").append(name).c_str(), X_OK) == 0)
             return true;
     }
     return false;

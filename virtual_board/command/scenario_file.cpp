@@ -224,12 +224,12 @@ constexpr StepKey kStepKeys[] = {
     {"within", "within = 10", "when|expect", false,
      [](Step &step, const toml::node &node, Complaints &) { step.withinNs = secondsOf(node); }},
     {"set", "set.fan.1.state = \"stuck\"", "", true, takeSet},
-    {"fault", "fault = { device = \"i2c:0.1.0x4F\", effect = \"no-answer\" }", "", true, takeFault},
+    {"fault", R"(fault = { device = "i2c:0.1.0x4F", effect = "no-answer" })", "", true, takeFault},
     {"clear", "clear = \"all\", or the name of a fault", "", true,
      [](Step &step, const toml::node &node, Complaints &) { step.subject = placedText(node); }},
     {"advance", "advance = 60", "", true,
      [](Step &step, const toml::node &node, Complaints &) { step.advanceNs = secondsOf(node); }},
-    {"run", "run = \"iodbg check\", or run = [\"iodbg\", \"check\"]", "", true,
+    {"run", R"(run = "iodbg check", or run = ["iodbg", "check"])", "", true,
      [](Step &step, const toml::node &node, Complaints &) { step.program = programOf(node); }},
     {"exit", "exit = 5", "run", false,
      [](Step &step, const toml::node &node, Complaints &) { step.exitCode = exitCodeOf(node); }},
@@ -482,8 +482,11 @@ Place stumblingBlock(const std::string &content) {
 std::optional<std::string> contentOf(FILE *stream) {
     constexpr size_t kPiece = 4096;
     std::string content;
-    for (char piece[kPiece]; const size_t count = std::fread(piece, 1, sizeof(piece), stream);)
+    char piece[kPiece];
+    for (size_t count = sizeof(piece); count > 0;) {
+        count = std::fread(piece, 1, sizeof(piece), stream);
         content.append(piece, count);
+    }
     return std::ferror(stream) == 0 ? std::optional(content) : std::nullopt;
 }
 
