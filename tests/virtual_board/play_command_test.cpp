@@ -207,8 +207,10 @@ TEST_F(PlayCommandTest, LinesOfAProgramInTheBackgroundAreExpected) {
     vboard({"set", board(), "time", "real"});
     result = play(begin + expect + "\"a == 3\"\nwithin = 0.2\n");
     EXPECT_EQ(result.exitCode, 5);
-    EXPECT_EQ(result.err, "vboard: x.toml:9: expect a == 3 from monitor, within 0.2 s: no line has "
-                          "a == 3 within 0.2 s: a is 1\n");
+    EXPECT_EQ(result.err.find("vboard: x.toml:9: expect a == 3 from monitor, within 0.2 s: no line "
+                              "has a == 3 within 0.2 s: "),
+              0u)
+        << result.err;
 }
 
 TEST_F(PlayCommandTest, AVirtualClockIsMovedByTheProgramInTheBackground) {

@@ -282,7 +282,7 @@ void Player::expectLine(const Step &step) {
             throw NotAsExpected(missing + " within " +
                                 secondsText(within).append(": ").append(state));
         if (isMovedByPrograms && HostClock::now() >= silence)
-            throw NotAsExpected(missing + ", and nobody moves the board's clock: " + state);
+            throw NotAsExpected(missing + (", and nobody moves the board's clock: " + state));
         letTimePass(*one.program, deadline - time);
     }
 }
