@@ -148,23 +148,25 @@ void definePlay(Command &command) {
                    "The whole file is judged before anything is done to the board.\n"
                    "Programs that steps leave in the background are ended with the play.");
     command.glossary({"Moments of a step",
-                      {{"at = SECONDS", "since the play began, on the board's clock"},
-                       {"after = SECONDS", "since the step before"},
-                       {"when = CONDITION",
-                        "once it holds, which may take within = SECONDS, 60 unless it is given"}}});
+                      {{"at=SECONDS", "since the play began, on the board's clock"},
+                       {"after=SECONDS", "since the step before"},
+                       {"when=CONDITION",
+                        "once it holds, which may take within=SECONDS, 60 unless it is given"}}});
     command.glossary(
         {"What a step does",
-         {{"set.NAME = VALUE", "changes properties, all of a step at once"},
-          {"fault = RULE", "adds a rule with the words of 'vboard fault add', named by as = NAME"},
-          {"clear = NAME", "removes a rule, or with \"all\" every rule"},
-          {"advance = SECONDS", "moves a clock that does not move by itself"},
-          {"run = PROGRAM",
-           "runs a command line, or an array of words, which has to end with exit = CODE, 0 unless "
-           "it is given; with background = true it stays, named by as = NAME"},
-          {"stop = NAME", "ends such a program"},
-          {"expect = CONDITION",
-           "over properties of the board; beside 'run', or with from = NAME, over what a program "
-           "prints as JSON; it has to hold at once, or within = SECONDS"}}});
+         {{"set.NAME=VALUE", "changes properties, all of a step at once"},
+          {"fault=RULE", "adds a rule with the words of 'vboard fault add', named by as=NAME"},
+          {"clear=NAME", "removes a rule, or with \"all\" every rule"},
+          {"advance=SECONDS", "moves a clock that does not move by itself"},
+          {"run=PROGRAM", "runs a command line, or an array of words, which has to end with "
+                          "exit=CODE, 0 unless it is "
+                          "given, and in limit=SECONDS of the host's time, 600; with "
+                          "background=true it stays, named "
+                          "by as=NAME"},
+          {"stop=NAME", "ends such a program"},
+          {"expect=CONDITION",
+           "over properties of the board; beside 'run', or with from=NAME, over what a program "
+           "prints as JSON; it has to hold at once, or within=SECONDS"}}});
     command.example("vboard play board fan-failure.toml")
         .example("vboard play board fan-failure.toml --check")
         .example("vboard play board fan-failure.toml --json");
