@@ -149,4 +149,17 @@ with Board.create("0x0709") as board:
         exit 1
     }
     echo "ok    the installed Python package holds a board, and pytest finds its plugin"
+
+    called=$(PYTHONPATH=$packages PYTHONDONTWRITEBYTECODE=1 /usr/bin/python3 -c '
+import os
+from importlib.metadata import version
+import bsp
+from bsp import _library
+crc = bsp.bsp_crc32_cal(0, b"123456789")
+print(version("bsp"), f"{crc:X}", os.path.realpath(_library.library._name))')
+    [ "$called" = "$version CBF43926 $(realpath "$libraries/libbsp.so.1")" ] || {
+        echo "the installed Python package of the library says: $called"
+        exit 1
+    }
+    echo "ok    the installed Python package calls the installed library"
 fi

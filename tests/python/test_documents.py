@@ -7,15 +7,17 @@ import sys
 import textwrap
 from pathlib import Path
 
+import bsp
 import pytest
 import vboard
 import vboard.pytest_plugin
 
-_PAGE = Path(__file__).parents[2] / "docs" / "virtual-board.md"
+_ROOT = Path(__file__).parents[2]
 
 
-def _blocks_of_page():
-    return re.findall(r"^```python\n(.*?)^```", _PAGE.read_text(), re.DOTALL | re.MULTILINE)
+def _blocks_of(page):
+    text = (_ROOT / page).read_text()
+    return re.findall(r"^```python\n(.*?)^```", text, re.DOTALL | re.MULTILINE)
 
 
 def _block_of(module):
@@ -24,7 +26,7 @@ def _block_of(module):
     return textwrap.dedent(indented.group())
 
 
-_BLOCKS = [*_blocks_of_page(), _block_of(vboard), _block_of(vboard.pytest_plugin)]
+_BLOCKS = [*_blocks_of("docs/virtual-board.md"), _block_of(vboard), _block_of(vboard.pytest_plugin)]
 _TESTS = [block for block in _BLOCKS if "import pytest" in block]
 _PROGRAMS = [block for block in _BLOCKS if "import pytest" not in block]
 
@@ -53,3 +55,13 @@ def test_tests_pass(pytester, pytestconfig, test):
     iodbg = pytestconfig.getoption("--iodbg")
     ended = pytester.runpytest_subprocess("-pvboard.pytest_plugin", f"--iodbg={iodbg}")
     ended.assert_outcomes(passed=1)
+
+
+def test_programs_that_call_the_library_tell_of_the_board(board):
+    [of_readme] = _blocks_of("README.md")
+    for program in [of_readme, _block_of(bsp)]:
+        ended = board.run([sys.executable, "-c", program], capture_output=True, text=True)
+        assert (ended.returncode, ended.stderr) == (0, "")
+        degrees, refused = ended.stdout.splitlines()
+        assert degrees.endswith(f"{board['temperature.sensor']} degrees")
+        assert "BSP_E_INVALID" in refused and refused.startswith("ioFanSpeedSet")
