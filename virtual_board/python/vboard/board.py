@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import ctypes
 import json
 import os
 import shutil
@@ -153,7 +154,7 @@ class Board:
         place = Path(folder) if folder is not None else Path(str(own)) / "board"
         geometries = (c_char_p * len(mtd))(*map(os.fsencode, mtd))
         options = _library.Options(
-            size=_library.ctypes.sizeof(_library.Options),
+            size=ctypes.sizeof(_library.Options),
             mtdCount=len(mtd),
             model=_encoded(model),
             time=_encoded(time),
@@ -260,13 +261,19 @@ class Board:
 
     def set(self, changes: Mapping[str, Value]) -> None:
         """Changes properties, all at one moment; where one is refused, none."""
-        rows = [(os.fsencode(name), os.fsencode(str(value))) for name, value in changes.items()]
+        rows = [
+            _library.Change(os.fsencode(name), os.fsencode(str(value)))
+            for name, value in changes.items()
+        ]
         _library.call("vboardSet", self._board, (_library.Change * len(rows))(*rows), len(rows))
 
     def __getitem__(self, name: str) -> Any:
         """What a property holds; for a pattern a dictionary."""
         found = self.get(name)
-        return found if _is_pattern(name) else next(iter(found.values()))
+        if _is_pattern(name):
+            return found
+        [value] = found.values()
+        return value
 
     def __setitem__(self, name: str, value: Value) -> None:
         self.set({name: value})
@@ -321,7 +328,7 @@ class Board:
     ) -> Fault:
         """Adds a rule of which requests go wrong, in the words of `vboard fault add`."""
         rule = _library.FaultRule(
-            size=_library.ctypes.sizeof(_library.FaultRule),
+            size=ctypes.sizeof(_library.FaultRule),
             device=_encoded(device),
             op=_encoded(op),
             offset=None if offset is None else _encoded(str(offset)),
@@ -336,7 +343,7 @@ class Board:
     def faults(self) -> list[dict[str, Any]]:
         """The rules that there are, as `vboard fault list --json` prints them."""
         return _library.rows(
-            _library.FaultRule, lambda row: json.loads(row.json), "vboardFaults", self._board
+            _library.FaultRule, lambda row: dict(json.loads(row.json)), "vboardFaults", self._board
         )
 
     def clear_faults(self, *ids: int) -> None:

@@ -131,7 +131,7 @@ def iodbg(board: Board, pytestconfig: pytest.Config) -> Callable[..., Any]:
     return answer
 
 
-@pytest.hookimpl(hookwrapper=True)
+@pytest.hookimpl(hookwrapper=True)  # type: ignore[misc] # which has no types
 def pytest_runtest_makereport(
     item: pytest.Item, call: pytest.CallInfo[None]
 ) -> Generator[None, Any, None]:
