@@ -3,6 +3,7 @@
 import ctypes
 import inspect
 import json
+import os
 import pickle
 import subprocess
 import sys
@@ -10,6 +11,7 @@ import textwrap
 
 import bsp
 import pytest
+from bsp import _library
 
 
 @pytest.fixture
@@ -174,3 +176,19 @@ def test_everything_is_described():
     assert "level: BSP_FAN_LEVEL_MIN to BSP_FAN_LEVEL_MAX" in about
     assert "BSP_E_INVALID for another level" in about
     assert list(inspect.signature(bsp.ioFanSpeedGet).parameters) == ["fan"]
+
+
+def test_a_library_that_is_not_there_is_told():
+    environment = {**os.environ, "BSP_LIBRARY": "/nowhere/libbsp.so.1"}
+    ended = subprocess.run(
+        [sys.executable, "-c", "import bsp"], env=environment, capture_output=True, text=True
+    )
+    assert ended.stderr.splitlines()[-1] == (
+        "ImportError: libbsp.so.1 cannot be loaded (/nowhere/libbsp.so.1: cannot open shared object file: "
+        "No such file or directory); install it, or say where it is with BSP_LIBRARY"
+    )
+
+
+def test_a_library_that_is_too_old_is_told():
+    with pytest.raises(NotImplementedError, match="has no bspNewest: it is too old"):
+        _library.call("bspNewest")

@@ -12,6 +12,7 @@ import pytest
 pytestmark = pytest.mark.board(time="real")
 
 _HOST_SECONDS = 60  # how long a line may take on a busy machine
+_LONGEST_LOOK = 0.1  # at what else may have happened than that a line came
 _BOARD_SECONDS = 600  # and how far the clock is moved for it where it does not move by itself
 
 
@@ -28,21 +29,26 @@ class Daemon:
 
     def expect(self, *lines):
         """Waits until these have been written since the last time, in any order, and nothing else."""
-        until = time.monotonic() + _HOST_SECONDS
-        clock = self._board.time
-        while len(self.lines) < len(lines):
-            self._read(0 if self._is_moved else until - time.monotonic())
-            assert self._process.poll() is None or self.lines, "the daemon has ended"
-            if self._is_moved and len(self.lines) < len(lines):
-                assert self._board.time < clock + _BOARD_SECONDS, f"{lines}, {self.lines}"
-                self._board.advance(1)
+        self.wait(lambda: len(self.lines) >= len(lines))
         assert sorted(self.lines) == sorted(lines)
         self.lines.clear()
 
+    def wait(self, is_so):
+        """Waits until something is so; where the clock does not move by itself it is moved."""
+        until = time.monotonic() + _HOST_SECONDS
+        clock = self._board.time
+        while not is_so():
+            assert time.monotonic() < until, self.lines
+            assert self._process.poll() is None, f"it has ended; {self.lines}"
+            if self._is_moved:
+                assert self._board.time < clock + _BOARD_SECONDS, self.lines
+                self._board.advance(1)
+            self._read(0 if self._is_moved else _LONGEST_LOOK)
+
     def _read(self, seconds):
-        assert select.select([self._process.stdout], [], [], seconds)[0] or seconds == 0, self.lines
-        *lines, self._begun = (self._begun + (self._process.stdout.read() or b"")).split(b"\n")
-        self.lines += [line.decode() for line in lines]
+        if select.select([self._process.stdout], [], [], seconds)[0]:
+            *lines, self._begun = (self._begun + self._process.stdout.read()).split(b"\n")
+            self.lines += [line.decode() for line in lines]
 
     def end(self, number=signal.SIGTERM):
         """Tells it to end; what it answers, and what it wrote that nobody has expected."""
@@ -127,6 +133,13 @@ def test_one_silent_device_is_not_the_bus(board, daemon):
     daemon.expect("temperature sensor: does not answer")
     board["temperature.state"] = "good"
     daemon.expect("temperature sensor: answers again")
+
+
+def test_a_reading_that_is_disturbed_is_no_event(board, daemon):
+    with board.fault(device="i2c:0.1.0x4F", effect="no-answer") as disturbance:
+        daemon.wait(lambda: disturbance.fired == 1)
+    board["supply.1.input"] = "failed"
+    daemon.expect("supply 1: failed")
 
 
 def test_what_is_wrong_from_the_beginning_is_told(board, monitor):
