@@ -109,9 +109,10 @@ class I32(_Whole, ctypes.c_int32):
 
 def data(given: Data, size: int | None = None) -> Any:
     """Bytes for a function that reads them."""
-    if size is not None and len(given) != size:
-        raise ValueError(f"{len(given)} bytes, where {size} are needed")
-    return (ctypes.c_uint8 * len(given)).from_buffer_copy(given)
+    content = memoryview(given).tobytes()
+    if size is not None and len(content) != size:
+        raise ValueError(f"{len(content)} bytes, where {size} are needed")
+    return (ctypes.c_uint8 * len(content)).from_buffer_copy(content)
 
 
 def text(given: str | bytes) -> bytes:

@@ -45,6 +45,8 @@ NEVER_NULL = {"bspStatusText"}
 
 WIDTH = 100
 
+_COUNTED = re.compile(r"^(len|count) bytes")
+
 
 # Types
 
@@ -156,7 +158,7 @@ class Uses:
             return Use(name, ((name, "str | bytes"),), before=before)
         if parameter.type.name in ("uint8_t", "void"):
             size = f", {length[1]}" if length and length[1].startswith("BSP_") else ""
-            return Use(f"_library.data({name}{size})", ((name, "Data"),))
+            return Use(name, ((name, "Data"),), before=f"{name} = _library.data({name}{size})")
         if parameter.type.name == "uint32_t":
             return Use(f"_library.number({name})", ((name, "int | None"),))
         raise self._not_understood(parameter)
@@ -203,9 +205,10 @@ def docstring(text: str, indent: str) -> str:
 def function_docstring(function: Function, inputs: Iterable[str], outputs: Iterable[str]) -> str:
     description = function.description
     parts = ["\n\n".join(description.text)]
-    if arguments := [f"    {name}: {description.parameters[name]}" for name in inputs]:
+    said = description.parameters
+    if arguments := [f"    {name}: {_COUNTED.sub('bytes', said[name])}" for name in inputs]:
         parts.append("\n".join(["Args:", *arguments]))
-    if results := [f"    {name}: {description.parameters[name]}" for name in outputs]:
+    if results := [f"    {name}: {said[name].removeprefix('receives ')}" for name in outputs]:
         parts.append("\n".join(["Returns:", *results]))
     is_status = function.result == CType("int32_t")
     parts.append(f"Status: {description.result}" if is_status else f"Returns: {description.result}")

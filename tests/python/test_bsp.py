@@ -70,15 +70,16 @@ def test_outputs_are_results(board, on_board):
 
 
 def test_inputs_reach_the_board(board, on_board, tmp_path):
-    board["eeprom.board@0x395"] = "ee"
+    board.set({"eeprom.board@0x395": "ee", "eeprom.board@0x3A6": "ee"})
     (tmp_path / "image").write_bytes(b"x" * 512)
     on_board(
         f"""
-        import pathlib
+        import array, pathlib
         bsp.ioFanSpeedSet(1, 5)
         bsp.ioSerialNumSet("SN42")
         bsp.ioMacAddrSet(0, bytes.fromhex("02005e100042"))
         bsp.bspLocalEepromWrite(0x390, bytearray(b"hello"))
+        bsp.bspLocalEepromWrite(0x3A0, memoryview(array.array("H", [0x4242] * 3)))
         bsp.ioBootPwdSet("secret")
         bsp.ioRealtimeSet(bsp.BspCalendar(1, 2, 3, 4, 5, 150))
         bsp.bsp_mtd_write_from_file(pathlib.Path("{tmp_path}/image"), bsp.BSP_MTD_OS_BANK_1, 0)
@@ -92,6 +93,7 @@ def test_inputs_reach_the_board(board, on_board, tmp_path):
     assert board["cpld.6"] >> 5 & 0xF == 5 - 1
     assert board.get("identity.*") == {"identity.serial": "SN42", "identity.mac": "02:00:5e:10:00:42"}
     assert board["eeprom.board@0x390+6"] == b"hello\xee".hex()
+    assert board["eeprom.board@0x3A0+7"] == "42" * 6 + "ee"
     assert board["eeprom.board@0x110+1"] == "41"
     assert bytes.fromhex(board["flash.4.content@0+256"]).count(b"boot_pwd=secret\0") == 1
     assert board["flash.14.content@0+512"] == "78" * 512
@@ -148,6 +150,8 @@ def test_what_no_function_can_take_is_refused():
         bsp.ioFanSpeedGet("1")
     with pytest.raises(ValueError, match="5 bytes, where 6 are needed"):
         bsp.ioMacAddrSet(0, b"12345")
+    with pytest.raises(TypeError):
+        bsp.bspLocalEepromWrite(0, 5)
     with pytest.raises(ValueError, match="zero"):
         bsp.ioBootPwdSet("se\0cret")
     with pytest.raises(ValueError, match="zero"):
