@@ -21,10 +21,11 @@ class Daemon:
 
     def __init__(self, board, program):
         self._board = board
-        self._is_moved = board["time"] not in ("real", "virtual")
+        self._is_moved = board["time"] == "stepped"
         self._process = board.start(program, stdout=subprocess.PIPE)
         os.set_blocking(self._process.stdout.fileno(), False)
         self._begun = b""  # of a line
+        self.has_been_told = False
         self.lines = []
 
     def expect(self, *lines):
@@ -39,11 +40,15 @@ class Daemon:
         clock = self._board.time
         while not is_so():
             assert time.monotonic() < until, self.lines
-            assert self._process.poll() is None, f"it has ended; {self.lines}"
+            assert self.is_running or self.has_been_told, f"it has ended; {self.lines}"
             if self._is_moved:
                 assert self._board.time < clock + _BOARD_SECONDS, self.lines
                 self._board.advance(1)
             self._read(0 if self._is_moved else _LONGEST_LOOK)
+
+    @property
+    def is_running(self):
+        return self._process.poll() is None
 
     def _read(self, seconds):
         if select.select([self._process.stdout], [], [], seconds)[0]:
@@ -52,10 +57,11 @@ class Daemon:
 
     def end(self, number=signal.SIGTERM):
         """Tells it to end; what it answers, and what it wrote that nobody has expected."""
+        self.has_been_told = True
         self._process.send_signal(number)
-        code = self._process.wait(_HOST_SECONDS)
+        self.wait(lambda: not self.is_running)
         self._read(0)
-        return code, self.lines
+        return self._process.returncode, self.lines
 
     def kill(self):
         self._process.kill()
@@ -72,9 +78,12 @@ def monitor(pytestconfig):
 @pytest.fixture
 def daemon(board, monitor, tmp_path):
     watched = Daemon(board, [monitor, "-i", "1", "-p", "4", "-m", tmp_path / "messages"])
-    watched.expect("monitor: begins")
-    yield watched
-    watched.kill()
+    try:
+        watched.expect("monitor: begins")
+        yield watched
+        assert watched.end() == (0, ["monitor: ends"])
+    finally:
+        watched.kill()
 
 
 def test_a_module_is_plugged_fails_and_is_pulled(board, daemon):
@@ -123,8 +132,6 @@ def test_the_bus_dies_and_comes_back(board, daemon, tmp_path):
     with board.fault(device="i2c", effect="ioctl-fails=EIO", when="from"):
         daemon.expect("I2C bus: does not answer", "PoE controller: does not answer")
     daemon.expect("I2C bus: answers again", "PoE controller: answers again")
-    code, lines = daemon.end()
-    assert (code, lines) == (0, ["monitor: ends"])
     assert "ioctl fail, cmd=0x1003" in (tmp_path / "messages").read_text().splitlines()
 
 
