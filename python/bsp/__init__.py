@@ -19,6 +19,8 @@ machine the virtual board that the program was started on ('vboard run', vboard.
 library go to standard output, line by line.
 """
 
+from __future__ import annotations
+
 from bsp._interface import *
 from bsp._interface import __all__ as _declared
 from bsp._library import Error, Record

@@ -230,6 +230,7 @@ def value_function(function: Function) -> str:
     return (
         head(function.name, inputs, result)
         + function_docstring(function, [name for name, _ in inputs], [])
+        + "".join(f"    {use.before}\n" for use in uses if use.before)
         + f"    found: {result} = {value}\n    return found\n"
     )
 

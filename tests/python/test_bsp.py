@@ -45,6 +45,7 @@ def test_outputs_are_results(board, on_board):
         found["several"] = bsp.bsp_rtc_chip_get()._asdict()
         found["nothing"] = bsp.ioMfgDateGet()
         found["version"] = bsp.bspLibraryVersion() == bsp.BSP_VERSION
+        found["no status"] = bsp.bsp_crc32_cal(0, b"123456789") == 0xCBF43926
         found["record that stays"] = bsp.bspStatusText(bsp.BSP_E_NULL).name.decode()
         found["variable"] = bsp.bspPoeRtl8239Driver.portModeSet(0, 3) == bsp.BSP_E_POE_INVALID
         """
@@ -64,6 +65,7 @@ def test_outputs_are_results(board, on_board):
         "record": 124,
         "nothing": None,
         "version": True,
+        "no status": True,
         "record that stays": "BSP_E_NULL",
         "variable": True,
     }
@@ -98,6 +100,28 @@ def test_inputs_reach_the_board(board, on_board, tmp_path):
     assert bytes.fromhex(board["flash.4.content@0+256"]).count(b"boot_pwd=secret\0") == 1
     assert board["flash.14.content@0+512"] == "78" * 512
     assert board["rtc.time"].startswith("2050-")
+
+
+@pytest.mark.board(poe=True)
+def test_every_function_can_be_called(on_board):
+    found = on_board(
+        """
+        import inspect
+        usual = {"int": 1, "int | None": 1, "Data": b"123456", "str | bytes": "text", "FilePath": "/nowhere",
+                 "Sequence[str | bytes]": ["io", "poe", "none"], "Any": None}
+        for name, function in inspect.getmembers(bsp, inspect.isfunction):
+            kinds = [one.annotation for one in inspect.signature(function).parameters.values()]
+            arguments = [usual[kind] if kind in usual else getattr(bsp, kind)() for kind in kinds]
+            try:
+                function(*arguments)
+                found[name] = 0
+            except bsp.Error as error:
+                found[name] = error.status
+        """
+    )
+    assert len(found) > 280
+    assert (found["bsp_crc32_cal"], found["ioPoePortStateGet"], found["ioHwVersionGet"]) == (0, 0, 0)
+    assert found["bspLaserQsfpRead"] == bsp.BSP_E_NOT_SUPPORTED
 
 
 def test_another_status_than_success_is_an_error(board, on_board):
