@@ -57,7 +57,7 @@ class BenchBoard {
     explicit BenchBoard(uint32_t devId) {
         vb::BoardOptions options;
         options.devId = devId;
-        options.time = vb::TimeMode::Virtual;
+        options.pace = {vb::TimeMode::Virtual};
         vb::FolderError error = {};
         if (!vb::createBoard(path(), options, error) || !vb::attachBoard(path().c_str(), error))
             throw std::runtime_error(error.text);
@@ -75,13 +75,13 @@ class BenchBoard {
     ~BenchBoard() { vb::detachBoard(); }
 
     uint64_t frames() const { return board().faults.rule[0].matched; }
-    uint64_t us() const { return board().clock.sleptNs / 1000; }
+    uint64_t us() const { return board().clock.anchorNs / 1000; }
 
     /** A device at each port, which is powered before long. */
     void plugEverywhere() const {
         constexpr vb::PoweredDevice kDevice = {1, vb::PoeSignature::Good, 4, 0, 19000, 18000};
         for (uint32_t port = 0; port < BSP_POE_PORTS_MAX; ++port)
-            vb::poeSetDevice(board().devices.poe, port, kDevice, board().clock.sleptNs);
+            vb::poeSetDevice(board().devices.poe, port, kDevice, board().clock.anchorNs);
         usleep(kSecond);
     }
 

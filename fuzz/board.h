@@ -18,7 +18,7 @@ class FactoryBoard {
         : parent_((std::filesystem::temp_directory_path() / "bsp-fuzz-XXXXXX").string()) {
         vb::BoardOptions options;
         options.devId = devId;
-        options.time = vb::TimeMode::Virtual;
+        options.pace = {vb::TimeMode::Virtual};
         vb::FolderError error = {};
         require(mkdtemp(parent_.data()) != nullptr, "no temporary folder");
         require(vb::createBoard(path(), options, error), error.text);

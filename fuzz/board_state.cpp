@@ -35,7 +35,7 @@ void damage(vb::Board &board, Input &input) {
     // system clock is the fuzzer's as well.
     if (input.below(8) != 7)
         board.header.check = vb::headerCheck(board.header);
-    board.clock.systemOffsetNs = 0;
+    setSystemOffset(board.clock, 0);
     for (vb::FaultRule &rule : board.faults.rule)
         if (rule.effect == vb::FaultEffect::PowerCut)
             rule.effect = vb::FaultEffect::Fails;

@@ -202,6 +202,7 @@ Value comparedValue(const Property &property, const Comparison &comparison) {
             return hexText(parseBytes(text));
         case Type::Text:
         case Type::Time:
+        case Type::Pace:
             break;
         }
         return text;

@@ -31,6 +31,7 @@ enum class Type {
     Text,
     MacAddress,
     Time,   // of the calendar clock
+    Pace,   // of time: a word, or a rate
     ByteRow // hexadecimal digits; can be asked for a part
 };
 

@@ -3,6 +3,7 @@
 #include "language/bytes.h"
 #include "language/numbers.h"
 #include "language/property_table.h"
+#include "language/refused.h"
 #include "language/times.h"
 
 #include <algorithm>
@@ -24,6 +25,13 @@ uint32_t parseOneOf(const char *list, const std::string &text) {
     for (const std::string &word : words)
         choices.push_back(word.c_str());
     return parseChoice(text, choices);
+}
+
+void checkPace(const Property &property, const std::string &text) {
+    const std::vector<std::string> words = wordsOf(property.words);
+    if (std::find(words.begin(), words.end(), text) == words.end() && !readRate(text).has_value())
+        refuse(text,
+               std::string("is none of ") + property.words + ", and no rate from x0.001 to x1000");
 }
 
 /** "0-65535" */
@@ -59,6 +67,8 @@ std::string formText(const Property &property) {
         return "02:00:5e:10:00:00";
     case Type::Time:
         return "2024-02-29 23:59:59";
+    case Type::Pace:
+        return "x0.001-x1000";
     case Type::ByteRow:
         break;
     }
@@ -79,6 +89,9 @@ Value parseValue(const Property &property, const std::string &text) {
         break;
     case Type::Time:
         parseCalendarTime(text, kFirstYear, kLastYear);
+        break;
+    case Type::Pace:
+        checkPace(property, text);
         break;
     case Type::ByteRow:
         parseBytes(text);

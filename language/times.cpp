@@ -12,10 +12,24 @@ namespace language {
 namespace {
 
 /** "0.1" of 100 */
-std::string shortSeconds(uint32_t milliseconds) {
-    std::string text = thousandths(milliseconds);
+std::string shortThousandths(uint32_t value) {
+    std::string text = thousandths(value);
     text.erase(text.find_last_not_of('0') + 1);
     return text.back() == '.' ? text.substr(0, text.size() - 1) : text;
+}
+
+/** 100 of "0.1"; nothing for what is no number with up to three decimals in a range. */
+std::optional<uint32_t> readThousandths(const std::string &word, uint32_t lowest,
+                                        uint32_t highest) {
+    constexpr size_t kDecimals = 3;
+    const size_t point = std::min(word.find('.'), word.size());
+    std::string digits = word.substr(0, point);
+    std::string decimals = point < word.size() ? word.substr(point + 1) : "0";
+    const bool hasShape = !digits.empty() && !decimals.empty() && decimals.size() <= kDecimals;
+    decimals.resize(kDecimals, '0');
+    uint32_t value = 0;
+    const bool isRead = hasShape && readDigits(digits += decimals, 10, value);
+    return isRead && value >= lowest && value <= highest ? std::optional(value) : std::nullopt;
 }
 
 bool hasShapeOfTime(const std::string &word) {
@@ -44,18 +58,21 @@ bool isCalendarTime(const CalendarTime &time) {
 } // namespace
 
 uint32_t parseSeconds(const std::string &word, uint32_t lowestMs, uint32_t highestMs) {
-    constexpr size_t kDecimals = 3;
-    const size_t point = std::min(word.find('.'), word.size());
-    std::string digits = word.substr(0, point);
-    std::string decimals = point < word.size() ? word.substr(point + 1) : "0";
-    const bool hasShape = !digits.empty() && !decimals.empty() && decimals.size() <= kDecimals;
-    decimals.resize(kDecimals, '0');
-    uint32_t milliseconds = 0;
-    if (!hasShape || !readDigits(digits += decimals, 10, milliseconds) || milliseconds < lowestMs ||
-        milliseconds > highestMs)
-        refuse(word, "is not a number of seconds from " + shortSeconds(lowestMs) + " to " +
-                         shortSeconds(highestMs) + ", with up to three decimals");
-    return milliseconds;
+    const auto milliseconds = readThousandths(word, lowestMs, highestMs);
+    if (!milliseconds.has_value())
+        refuse(word, "is not a number of seconds from " + shortThousandths(lowestMs) + " to " +
+                         shortThousandths(highestMs) + ", with up to three decimals");
+    return *milliseconds;
+}
+
+std::optional<uint32_t> readRate(const std::string &word) {
+    constexpr uint32_t kLeast = 1;
+    constexpr uint32_t kMost = 1000000;
+    return word.starts_with('x') ? readThousandths(word.substr(1), kLeast, kMost) : std::nullopt;
+}
+
+std::string rateText(uint32_t rate) {
+    return "x" + shortThousandths(rate);
 }
 
 std::string secondsText(uint64_t ns) {

@@ -2,6 +2,7 @@
 // Durations and dates as people write them. Parsers throw Refused for other words.
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace language {
@@ -14,6 +15,11 @@ std::string secondsText(uint64_t ns);
 
 /** A length of time, in seconds with as many decimals as it takes: "1.5". */
 std::string durationText(uint64_t ns);
+
+/** How fast a clock runs, in thousandths: "x60", "x0.1", from x0.001 to x1000; nothing for others.
+ */
+std::optional<uint32_t> readRate(const std::string &word);
+std::string rateText(uint32_t rate);
 
 /** A date and a time of a calendar; months and days count from 1. */
 struct CalendarTime {

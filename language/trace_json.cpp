@@ -55,6 +55,8 @@ const char *kindName(TraceKind kind) {
         return "mdio-write";
     case TraceKind::Console:
         return "console";
+    case TraceKind::Step:
+        return "step";
     case TraceKind::Damaged:
         break;
     }
@@ -140,6 +142,8 @@ json detailsJson(const TraceRecord &record) {
         return {{"first", record.devAddr}, {"second", record.offset}, {"value", readValue(record)}};
     case TraceKind::Console:
         return {{"speed", record.value}};
+    case TraceKind::Step:
+        return {{"ends", record.value == 0 ? json() : json(waitName(record))}};
     case TraceKind::Damaged:
         break;
     }
@@ -153,7 +157,7 @@ json traceJson(const TraceRecord &record) {
     object["time_ns"] = record.timeNs;
     object["pid"] = record.pid;
     object["kind"] = kindName(record.kind);
-    if (record.kind == TraceKind::Sleep)
+    if (record.kind == TraceKind::Sleep || record.kind == TraceKind::Step)
         return object;
     object["errno"] = record.error;
     if (record.kind < TraceKind::Open)

@@ -1,5 +1,7 @@
 #include "language/trace_names.h"
 
+#include <algorithm>
+#include <iterator>
 #include <span>
 
 namespace language {
@@ -109,6 +111,11 @@ std::string frameName(const TraceRecord &record) {
 }
 
 } // namespace
+
+const char *waitName(const TraceRecord &step) {
+    constexpr const char *kNames[] = {"the clock", "descriptors", "a lock", "a timer"};
+    return kNames[std::min<size_t>(step.value - 1, std::size(kNames) - 1)];
+}
 
 const char *registerName(uint32_t reg) {
     for (const RegisterName &known : kRegisterNames) {

@@ -18,6 +18,9 @@ constexpr uint32_t kPoeDevAddr = 0x20;
 /** What a register of the CPLD is for, in a word or two; null when nothing is known of it. */
 const char *registerName(uint32_t reg);
 
+/** What a thread has waited for besides the time: "descriptors". */
+const char *waitName(const TraceRecord &step);
+
 /** "PoE port status", "supply 1 READ_VIN"; empty for devices that hold nothing but bytes. */
 std::string transferName(const TraceRecord &record);
 

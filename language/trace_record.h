@@ -28,6 +28,7 @@ enum class TraceKind : uint8_t {
     Console,  // the console's speed is set
     MdioRead,
     MdioWrite,
+    Step,    // a stepped clock is moved
     Damaged, // no kind that there is: told of records alone that something else has overwritten
 };
 
@@ -35,6 +36,9 @@ enum class TraceKind : uint8_t {
 constexpr int32_t kPowerCutResult = 1;
 
 constexpr uint32_t kTraceDataSize = 64;
+
+/** What goes on when a clock is stepped. */
+enum class StepEnds : uint32_t { Nothing, Sleep, Descriptors, Lock, Timer };
 
 /** One request and its answer. Fields that a kind has no use for are zero. */
 struct TraceRecord {
@@ -46,7 +50,8 @@ struct TraceRecord {
     uint8_t devAddr; // I2C device, number of a flash partition, or first field of MDIO
     uint32_t offset; // register, GPIO line, I2C or flash offset, code, second field of MDIO
     uint32_t length; // I2C, flash: bytes asked for; CPLD write: bits of inputs, which it left
-    uint32_t value;  // register content, level, bytes done, block is bad, size of a file, or baud
+    uint32_t value;  // register content, level, bytes done, block is bad, size of a file, baud, or
+                     // whose wait ends
     int32_t result;  // the driver's result word
     int32_t error;   // errno with which the open or the ioctl failed, else 0
     uint32_t stored; // how much of the data the record keeps

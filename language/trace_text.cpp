@@ -118,6 +118,9 @@ std::string requestText(const TraceRecord &record) {
         return "MDIO write " + mdioText(record);
     case TraceKind::Console:
         return text("console speed %u", record.value);
+    case TraceKind::Step:
+        return record.value == 0 ? "step"
+                                 : std::string("step, ends a wait for ") + waitName(record);
     case TraceKind::Damaged:
         break;
     }

@@ -70,7 +70,8 @@ TEST_F(CompletionTest, OffersWhatTheProgramsTakeThere) {
         {{"iodbg", "--json", "wat"}, {"watch", "watchdog"}},
         {{"iodbg", "watchdog", "feed", "--every", "2", "--c"}, {"--count"}},
         {{"iodbg", "eeprom", "dump", "--offset", "0", "--l"}, {"--length"}},
-        {{"vboard", "trace", board(), "--"}, {"--clear", "--follow", "--help", "--json", "--last"}},
+        {{"vboard", "trace", board(), "--"},
+         {"--clear", "--follow", "--help", "--json", "--last", "--number-processes"}},
         {{"vboard", "fault", board(), "add", "--nth", "2", "--e"}, {"--effect"}},
         // words that help shows
         {{"iodbg", "identity", "get", ""}, {"mac", "record", "serial"}},
@@ -85,7 +86,7 @@ TEST_F(CompletionTest, OffersWhatTheProgramsTakeThere) {
         {{"iodbg", "boot", "get", "b"}, {"baudrate"}},
         {{"iodbg", "boot", "set", "baudrate", "1"}, {"115200", "19200"}},
         {{"iodbg", "boot", "set", "speed", ""}, {}},
-        {{"vboard", "create", "--time", ""}, {"real", "virtual"}},
+        {{"vboard", "create", "--time", ""}, {"real", "stepped", "virtual"}},
         {{"vboard", "fault", board(), "add", "--device", "mtd"},
          {"mtd0", "mtd12", "mtd14", "mtd4"}},
         {{"vboard", "fault", board(), "add", "--effect", "re"}, {"refuse="}},

@@ -71,7 +71,7 @@ class ExamplesTest : public IodbgTest {
         const uint64_t before = now();
         Process process = start(words);
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-        while (*const_cast<volatile uint64_t *>(&board().clock.sleptNs) < before + 20000000000u &&
+        while (*const_cast<volatile uint64_t *>(&board().clock.anchorNs) < before + 20000000000u &&
                std::chrono::steady_clock::now() < deadline)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         process.signal(SIGINT);

@@ -162,7 +162,7 @@ TEST(ControlStatuses, HaveNames) {
     EXPECT_STREQ(vboardStatusName(VBOARD_OK), "VBOARD_OK");
     EXPECT_STREQ(vboardStatusName(VBOARD_E_REFUSED), "VBOARD_E_REFUSED");
     EXPECT_STREQ(vboardStatusName(VBOARD_E_NO_MEMORY), "VBOARD_E_NO_MEMORY");
-    EXPECT_STREQ(vboardStatusName(VBOARD_E_NO_MEMORY + 1), "");
+    EXPECT_STREQ(vboardStatusName(VBOARD_E_BUSY + 1), "");
     EXPECT_STREQ(vboardStatusName(-1), "");
 }
 

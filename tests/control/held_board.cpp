@@ -61,6 +61,12 @@ ControlAnswer ControlTest::wait(const char *condition, uint64_t timeoutNs) const
         [&](VBoardError *error) { return vboardWait(board, condition, timeoutNs, error); });
 }
 
+ControlAnswer ControlTest::advance(uint64_t seconds) const {
+    return answerOf([&](VBoardError *error) {
+        return vboardAdvance(board, seconds * kSecond, VBOARD_USUAL_PATIENCE, error);
+    });
+}
+
 uint64_t ControlTest::now() const {
     uint64_t time = 0;
     EXPECT_EQ(answerOf([&](VBoardError *error) { return vboardTime(board, &time, error); }), kDone);

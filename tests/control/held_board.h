@@ -63,6 +63,7 @@ class ControlTest : public ::testing::Test {
     std::string get(const char *name) const { return get(std::vector{name}).begin()->second; }
     ControlAnswer set(const std::vector<VBoardChange> &changes) const;
     ControlAnswer wait(const char *condition, uint64_t timeoutNs) const;
+    ControlAnswer advance(uint64_t seconds) const;
     uint64_t now() const;
 
     VBoard *board = nullptr;

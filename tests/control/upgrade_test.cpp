@@ -203,7 +203,7 @@ class UpgradeTest : public ControlTest {
         std::map<std::string, std::string> found;
         for (const auto &entry : fs::recursive_directory_iterator(folder())) {
             const bool isFlash = entry.path().parent_path().filename() == vb::kFlashFolder;
-            if (!entry.is_directory() && !isFlash)
+            if (!entry.is_directory() && !entry.is_fifo() && !isFlash)
                 found[entry.path()] = entry.is_symlink() ? "link" : contentOf(entry.path());
         }
         return found;
@@ -245,6 +245,7 @@ class UpgradeTest : public ControlTest {
         older.size = static_cast<uint32_t>(content.size());
         storeHeader(older);
         fs::remove(partitionList());
+        fs::remove(folder() + "/wake");
     }
 
     std::string today_;
@@ -255,11 +256,19 @@ TEST_F(UpgradeTest, EachByteOfItsStateComesToItsPlace) {
     ASSERT_EQ(upgrade(folder()), kDone);
     std::string then = today();
     std::string now = contentOf(state());
-    for (std::string *content : {&then, &now})
-        content->replace(offsetof(vb::Board, changes), sizeof(vb::Changes), "");
+    for (std::string *content : {&then, &now}) {
+        // Counts of changes, and what earlier boards did not know of the host's clocks.
+        const auto forget = [&](size_t offset, size_t size) {
+            std::fill_n(content->begin() + static_cast<ptrdiff_t>(offset), size, '\0');
+        };
+        forget(offsetof(vb::Board, changes), sizeof(vb::Changes));
+        forget(offsetof(vb::Board, clock) + offsetof(vb::Clock, anchorMonotonicNs), 3 * 8);
+        forget(offsetof(vb::Board, clock) + offsetof(vb::Clock, changes), 4);
+    }
     EXPECT_EQ(std::mismatch(now.begin(), now.end(), then.begin(), then.end()).first - now.begin(),
               static_cast<ptrdiff_t>(now.size()));
     EXPECT_EQ(fs::status(state()).permissions(), fs::perms(0640));
+    EXPECT_TRUE(fs::is_fifo(folder() + "/wake"));
     EXPECT_EQ(linesOf(contentOf(partitionList()))[2], "mtd4: 00040000 00010000 \"boot-settings\"");
     EXPECT_EQ(fs::status(partitionList()).permissions(), fs::perms(0640));
     EXPECT_FALSE(fs::exists(folder() + "/board.state.old"));

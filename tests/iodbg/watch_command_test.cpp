@@ -23,7 +23,7 @@ class WatchCommandTest : public IodbgTest {
     }
     void waitUntilSlept(uint64_t seconds) const {
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-        while (*const_cast<volatile uint64_t *>(&board().clock.sleptNs) < seconds * 1000000000u)
+        while (*const_cast<volatile uint64_t *>(&board().clock.anchorNs) < seconds * 1000000000u)
             ASSERT_LT(std::chrono::steady_clock::now(), deadline);
     }
 };

@@ -1,6 +1,7 @@
 """The example of a daemon, on boards to which something happens."""
 
 import os
+import re
 import select
 import signal
 import subprocess
@@ -9,7 +10,7 @@ from pathlib import Path
 
 import pytest
 
-pytestmark = pytest.mark.board(time="real")
+pytestmark = pytest.mark.board(time="stepped")
 
 _HOST_SECONDS = 60  # how long a line may take on a busy machine
 _LONGEST_LOOK = 0.1  # at what else may have happened than that a line came
@@ -133,6 +134,15 @@ def test_the_bus_dies_and_comes_back(board, daemon, tmp_path):
         daemon.expect("I2C bus: does not answer", "PoE controller: does not answer")
     daemon.expect("I2C bus: answers again", "PoE controller: answers again")
     assert "ioctl fail, cmd=0x1003" in (tmp_path / "messages").read_text().splitlines()
+
+
+def test_a_unit_gets_warm_and_hot_and_cools_down(board, daemon):
+    for ambient, state in {50: "warm", 70: "hot", 56: "warm", 25: "normal again"}.items():
+        board["temperature.ambient"] = ambient
+        daemon.wait(lambda: daemon.lines)
+        [line] = daemon.lines
+        assert re.fullmatch(f"temperature: {state}, [0-9]+ C", line)
+        daemon.lines.clear()
 
 
 def test_one_silent_device_is_not_the_bus(board, daemon):

@@ -63,7 +63,7 @@ void VirtualBoardTest::useModel(uint32_t devId) {
     removeFolder(boardFolder());
     vb::BoardOptions options;
     options.devId = devId;
-    options.time = vb::TimeMode::Virtual;
+    options.pace = {vb::TimeMode::Virtual};
     vb::FolderError error = {};
     ASSERT_TRUE(vb::createBoard(boardFolder(), options, error)) << error.text;
     ASSERT_TRUE(vb::attachBoard(boardFolder().c_str(), error)) << error.text;

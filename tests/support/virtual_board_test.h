@@ -65,7 +65,7 @@ class VirtualBoardTest : public ::testing::Test {
     std::vector<std::string> requests();
 
     /** Nanoseconds on the board's clock, which only sleeps advance. */
-    uint64_t now() const { return board().clock.sleptNs; }
+    uint64_t now() const { return board().clock.anchorNs; }
 
     void addFault(const vb::FaultRule &rule);
     void clearFaults();

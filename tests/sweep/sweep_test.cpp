@@ -40,7 +40,7 @@ class SweepTest : public WorkingBoardTest, public ::testing::WithParamInterface<
 
     void restoreBoard() {
         devices() = *devices_;
-        board().clock.systemOffsetNs = 0;
+        setSystemOffset(board().clock, 0);
         for (const char *path :
              {"/tmp/bsp/devId", "/tmp/bsp/poeApp", "/tmp/bsp/osHeader.bin", "/tmp/bsp/output"})
             std::filesystem::remove(boardFile(path));

@@ -118,7 +118,7 @@ void advance(VBoard *board, int) {
     VBoardError error = {};
     uint64_t before = 0, after = 0;
     expect(vboardTime(board, &before, &error), error);
-    expect(vboardAdvance(board, kSecond, &error), error);
+    expect(vboardAdvance(board, kSecond, VBOARD_USUAL_PATIENCE, &error), error);
     expect(vboardTime(board, &after, &error), error);
     EXPECT_GE(after, before + kSecond);
 }

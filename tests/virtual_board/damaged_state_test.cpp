@@ -45,7 +45,11 @@ class DamagedStateTest : public VirtualBoardTest {
 TEST_F(DamagedStateTest, ValuesThatIndexAndChooseAreRefused) {
     vb::Devices &board = devices();
     constexpr uint32_t kMany = UINT32_MAX;
-    expectRefused("the clock", this->board().clock.mode, 2);
+    expectRefused("the clock", this->board().clock.pace.mode, 4);
+    expectRefused("the clock", this->board().clock.pace.rate, 999);
+    expectRefused("the clock", this->board().clock.anchorNs, UINT64_MAX);
+    expectRefused("the clock", this->board().clock.systemLeadNs, INT64_MIN);
+    expectRefused("the clock", this->board().clock.monotonicLeadNs, INT64_MAX);
     expectRefused("the clock", this->board().clock.systemOffsetNs, INT64_MAX);
     expectRefused("the lines", board.gpio.external[31], 2);
     expectRefused("the lines", board.gpio.driven[0], 0xFF);
@@ -184,6 +188,7 @@ TEST_F(DamagedStateTest, NumbersOfRulesStartOverWithoutAnyTwice) {
 
 TEST_F(DamagedStateTest, ASystemClockIsJudgedByTheHostsTime) {
     vb::Clock clock = {};
+    clock.pace = {};
     constexpr uint64_t kHostNs = 1800000000ull * 1000000000;
     constexpr int64_t kYear2232 = 8277292035ll * 1000000000; // the latest that the kernel takes
     clock.systemOffsetNs = kYear2232 - static_cast<int64_t>(kHostNs);

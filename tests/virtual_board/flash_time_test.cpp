@@ -22,7 +22,7 @@ class FlashTimeTest : public FlashBoardTest {
     void SetUp() override {
         FlashBoardTest::SetUp();
         world::set("flash.timing", "usual");
-        board().clock.sleptNs = 0;
+        board().clock.anchorNs = 0;
     }
 
     /** How long something takes on the board's clock. */

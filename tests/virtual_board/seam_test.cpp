@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "tests/support/virtual_board_test.h"
+#include "virtual_board/board/clock_change.h"
 #include "virtual_board/os/seam.h"
 
 #include <cerrno>
@@ -191,7 +192,7 @@ TEST_F(SeamTest, WholeSecondsAreThoseOfTheClockThatWasSet) {
 }
 
 TEST_F(SeamTest, RealSleepsTakeTheirTime) {
-    vb::setTimeMode(board().clock, vb::TimeMode::Real, vb::hostNow());
+    setPace(board().clock, {}, vb::hostTime());
     const uint64_t before = vb::clockNow(board().clock, vb::hostNow());
     EXPECT_GE(secondsOf([] { usleep(50000); }), 0.05);
     EXPECT_GE(vb::clockNow(board().clock, vb::hostNow()) - before, 50000000u);

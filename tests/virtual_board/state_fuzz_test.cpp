@@ -268,7 +268,7 @@ class StateFuzzTest : public ::testing::Test {
         removeFolder(board());
         vb::BoardOptions options;
         options.devId = kModels[first / kStatesOfABoard % std::size(kModels)];
-        options.time = vb::TimeMode::Virtual;
+        options.pace = {vb::TimeMode::Virtual};
         vb::FolderError error = {};
         EXPECT_TRUE(vb::createBoard(board(), options, error)) << error.text;
         std::fflush(nullptr);

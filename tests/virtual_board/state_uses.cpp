@@ -137,7 +137,7 @@ class OnBoard {
 };
 
 bool isTimeVirtual() {
-    return vb::attachedFolder()->board()->clock.mode == vb::TimeMode::Virtual;
+    return vb::attachedFolder()->board()->clock.pace.mode == vb::TimeMode::Virtual;
 }
 
 /** Lets time pass, which on a board of real time would be the test's own. */

@@ -183,7 +183,7 @@ class SystemClockTest : public VirtualBoardTest {
 
     static bool isSet() { return get("system-clock") != "host"; }
 
-    void forgetSetting() const { board().clock.systemOffsetNs = 0; }
+    void forgetSetting() const { setSystemOffset(board().clock, 0); }
 };
 
 TEST_F(SystemClockTest, TestsHaveNoRightToSetTheHosts) {

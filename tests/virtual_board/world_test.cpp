@@ -182,7 +182,8 @@ TEST_F(WorldTest, TheClockGoesOnWhenItsKindChanges) {
 }
 
 TEST_F(WorldTest, ARealClockDoesNotRunBehindItsStart) {
-    vb::Clock clock = {0, 1000, 0, vb::TimeMode::Real, 0};
+    vb::Clock clock = {};
+    clock.anchorHostNs = 1000;
     EXPECT_EQ(vb::clockNow(clock, 999), 0u);
     EXPECT_EQ(vb::clockNow(clock, 1007), 7u);
 }
@@ -194,7 +195,8 @@ TEST_F(WorldTest, BadNamesAndValuesAreRefusedWithWhatWouldBeRight) {
         {"model", "0x0109", "can only be read"},
         {"clock", "1", "can only be read"},
         {"gpio.1.direction", "input", "can only be read"},
-        {"time", "fast", "time: 'fast' is none of real|virtual"},
+        {"time", "fast",
+         "time: 'fast' is none of real|virtual|stepped, and no rate from x0.001 to x1000"},
         {"cpld.64", "0", "the numbers are 0 to 63"},
         {"cpld.-1", "0", "there is no property"},
         {"cpld.", "0", "there is no property"},

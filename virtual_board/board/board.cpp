@@ -30,6 +30,7 @@ void buildBoard(Board &board, const Model &model, const FactoryData &factory,
         devices.gpio.external[kPoeResetGpio] = 1; // pulled up
         poeBuild(devices.poe, model.poeChip);
     }
+    board.clock.pace = {};
     devices.console.speed = kConsoleUsualSpeed;
     for (uint32_t index = 0; index < kFlashPartitions; ++index)
         devices.flash[index].geometry = flash[index];

@@ -7,6 +7,7 @@
 #include "virtual_board/board/flash_partitions.h"
 #include "virtual_board/board/models.h"
 #include "virtual_board/board/trace.h"
+#include "virtual_board/board/waiters.h"
 #include "virtual_board/devices/climate.h"
 #include "virtual_board/devices/clock_chip.h"
 #include "virtual_board/devices/console.h"
@@ -79,12 +80,13 @@ struct Board {
     BoardHeader header;
     Changes changes;
     Clock clock;
+    Waiters waiters;
     Devices devices;
     FaultTable faults;
     TraceRing trace;
 };
 static_assert(
-    sizeof(Board) == 2125272,
+    sizeof(Board) == 2168328,
     "the layout is another one: raise kBoardVersion as well, and see that buildBoard makes and "
     "consistency.cpp judges what is new");
 

@@ -1,5 +1,7 @@
 #include "virtual_board/board/consistency.h"
 
+#include "virtual_board/board/clock_change.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -81,7 +83,8 @@ const char *damagedPart(const Board &board, uint64_t hostNs) {
     return failed == std::end(kChecks) ? nullptr : failed->part;
 }
 
-void mendBoard(Board &board) {
+void mendBoard(Board &board, const HostTime &host) {
+    mendClock(board.clock, host);
     mendFaults(board.faults);
 }
 

@@ -13,7 +13,8 @@ namespace vb {
  */
 const char *damagedPart(const Board &board, uint64_t hostNs);
 
-/** Puts right what a process can leave wrong that is killed amid a change. */
-void mendBoard(Board &board);
+/** Puts right what a process can leave wrong that is killed amid a change, or the host that starts
+ * anew. */
+void mendBoard(Board &board, const HostTime &host);
 
 } // namespace vb

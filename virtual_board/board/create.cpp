@@ -1,5 +1,6 @@
 #include "virtual_board/board/create.h"
 
+#include "virtual_board/board/clock_change.h"
 #include "virtual_board/board/factory.h"
 #include "virtual_board/board/flash_content.h"
 #include "virtual_board/board/new_folder.h"
@@ -42,15 +43,15 @@ bool fillFolder(NewFolder &folder, const Model &model, const BoardOptions &optio
     FlashGeometry flash[kFlashPartitions];
     std::copy(options.flash.begin(), options.flash.end(), flash);
     buildBoard(*board, model, factory, flash);
-    board->clock.mode = options.time;
-    board->clock.startedNs = hostNow();
+    setPace(board->clock, options.pace, hostTime());
+    board->clock.anchorNs = 0;
     board->devices.flashTiming = options.flashTiming;
 
     // Folders are removed in the order in which their files were made, or the other way round. With
     // the lock as the first and the state as the last one, programs see in either case that their
     // board is going before what they share is looked at: what they made then would keep its folder
     // from going.
-    if (!folder.writeFile(kLockFile, "", 0))
+    if (!folder.writeFile(kLockFile, "", 0) || !folder.makePipe(kWakeFile))
         return false;
     const std::string root = kRootFolder;
     for (const char *path : {"", "/dev", "/proc", "/tmp", kSharedFolderPath}) {

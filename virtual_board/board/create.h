@@ -12,7 +12,7 @@ namespace vb {
 /** What a new board is made with. */
 struct BoardOptions {
     uint32_t devId = 0;
-    TimeMode time = TimeMode::Real;
+    Pace pace;
     std::string serial = "VB00000001";
     std::array<uint8_t, 6> mac = {0x02, 0x00, 0x5E, 0x10, 0x00, 0x00};
     std::array<FlashGeometry, kFlashPartitions> flash = {kUsualFlash[0], kUsualFlash[1],

@@ -1,5 +1,6 @@
 #include "virtual_board/board/folder.h"
 
+#include "virtual_board/board/clock_change.h"
 #include "virtual_board/board/consistency.h"
 #include "virtual_board/board/flash_content.h"
 #include "virtual_board/board/kernel.h"
@@ -240,7 +241,7 @@ bool BoardFolder::check(const char *path, FolderError &error) {
         return fail(error, Damaged,
                     "%s is damaged: %s holds impossible values (%s); create the board again", path,
                     kStateFile, part);
-    mendBoard(*board_);
+    mendBoard(*board_, hostTime());
     return true;
 }
 
@@ -276,9 +277,7 @@ HostPathBuffer BoardFolder::flashNode(uint32_t index) const {
 }
 
 uint64_t hostNow() {
-    timespec now = {};
-    timespec_get(&now, TIME_UTC); // the seam leaves it alone: it is the host's time in any case
-    return static_cast<uint64_t>(now.tv_sec) * 1000000000u + static_cast<uint64_t>(now.tv_nsec);
+    return kernel::clockNow(CLOCK_REALTIME);
 }
 
 } // namespace vb

@@ -3,6 +3,7 @@
 //
 //   board.state   the whole board, mapped by every process of it
 //   lock          locked around each request
+//   wake          a pipe without a writer, at which programs wait for the clock and for descriptors
 //   registers     the page of memory with the MDIO command register, mapped by programs that use it
 //   flash/        what the flash partitions hold
 //   root/         the board's own files under their paths: /dev/bspHandle, /dev/mem and /dev/mtdN
@@ -20,6 +21,7 @@ namespace vb {
 constexpr char kStateFile[] = "board.state";
 constexpr char kRegisterPageFile[] = "registers";
 constexpr char kLockFile[] = "lock";
+constexpr char kWakeFile[] = "wake";
 constexpr char kRootFolder[] = "root";
 
 /** What is wrong with a folder. */

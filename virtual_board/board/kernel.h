@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdint>
+#include <ctime>
 #include <endian.h>
 #include <fcntl.h>
 #include <linux/futex.h>
@@ -54,6 +55,17 @@ inline int openBeyondLimit(int folder, const char *path, int flags) {
 
 inline void close(int fd) {
     syscall(SYS_close, fd);
+}
+
+/** Gives a descriptor a number that programs do not expect to get; it keeps its own where it
+ * cannot. */
+inline int moveUp(int fd) {
+    constexpr int kAboveUsual = 512;
+    const auto moved = static_cast<int>(syscall(SYS_fcntl, fd, F_DUPFD_CLOEXEC, kAboveUsual));
+    if (moved < 0)
+        return fd;
+    close(fd);
+    return moved;
 }
 
 inline ssize_t read(int fd, void *data, size_t length) {
@@ -142,6 +154,47 @@ inline int waitForChange(const uint32_t *word, uint32_t before, uint64_t timeout
                    0) == 0
                ? 0
                : errno;
+}
+
+/** What a clock of the host's shows. */
+inline uint64_t clockNow(clockid_t clock) {
+#ifdef SYS_clock_gettime64
+    struct {
+        int64_t seconds, ns;
+    } now = {};
+    syscall(SYS_clock_gettime64, clock, &now);
+#else
+    struct {
+        long seconds, ns;
+    } now = {};
+    syscall(SYS_clock_gettime, clock, &now);
+#endif
+    constexpr uint64_t kNsPerSecond = 1000000000;
+    return static_cast<uint64_t>(now.seconds) * kNsPerSecond + static_cast<uint64_t>(now.ns);
+}
+
+inline bool isProcess(int32_t pid) {
+    return syscall(SYS_kill, pid, 0) == 0 || errno != ESRCH;
+}
+
+/** Whether a descriptor is of a timer. */
+inline bool isTimer(int fd) {
+    int64_t setting[4];
+#ifdef SYS_timerfd_gettime64
+    return syscall(SYS_timerfd_gettime64, fd, setting) == 0;
+#else
+    return syscall(SYS_timerfd_gettime, fd, setting) == 0;
+#endif
+}
+
+/** Whether reads and writes of a descriptor block. */
+inline bool blocks(int fd) {
+    const long flags = syscall(SYS_fcntl, fd, F_GETFL, 0);
+    return flags >= 0 && (flags & O_NONBLOCK) == 0;
+}
+
+inline int32_t threadId() {
+    return static_cast<int32_t>(syscall(SYS_gettid));
 }
 
 struct Owner {

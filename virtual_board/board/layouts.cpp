@@ -16,6 +16,17 @@ using enum LayoutChange;
 
 // From 1.0.0 and 1.1.0
 
+/** Of a real clock only its start was told, and rates were not known. */
+void tellPace(uint8_t *state) {
+    constexpr uint32_t kSlept = 32, kMode = 56, kRate = 60;
+    constexpr uint32_t kReal = 0, kUsualRate = 1000;
+    uint32_t mode = kReal;
+    std::memcpy(&mode, state + kMode, sizeof(mode));
+    if (mode == kReal)
+        std::memset(state + kSlept, 0, sizeof(uint64_t));
+    std::memcpy(state + kRate, &kUsualRate, sizeof(kUsualRate));
+}
+
 /** The level of a CPLD line told that a PoE controller is missing; now a member does. */
 void tellMissingController(uint8_t *state) {
     constexpr uint32_t kControlRegister = 76, kAbsence = 1u << 14;
@@ -25,10 +36,20 @@ void tellMissingController(uint8_t *state) {
     state[kIsMissing] = state[kIsFitted] != 0 && (control & kAbsence) != 0 ? 1 : 0;
 }
 
+void tellFrom4(uint8_t *state) {
+    tellPace(state);
+    tellMissingController(state);
+}
+
 constexpr LayoutRun kFrom4[] = {
     {Keep, 32},      // the header
     {Add, 8},        // the count of changes
-    {Keep, 32},      // the clock
+    {Keep, 16},      // the board's time, and the host's
+    {Add, 24},       // the host's monotonic clock, and what programs read ahead of both
+    {Keep, 8},       // how far they have set it
+    {Keep, 8},       // kind of time, and rate
+    {Add, 8},        // whether that is the host's, and the count of changes
+    {Add, 43024},    // who waits
     {Keep, 7624},    // devices up to the PoE controller's image
     {Drop, 4},       // the number of its units that were written
     {Keep, 202752},  // the image
@@ -39,7 +60,7 @@ constexpr LayoutRun kFrom4[] = {
 };
 
 constexpr LayoutStep kSteps[] = {
-    {4, 7, kFrom4, tellMissingController},
+    {4, 7, kFrom4, tellFrom4},
 };
 
 constexpr bool stepsJoin() {

@@ -9,14 +9,6 @@
 
 namespace vb {
 
-namespace {
-
-// Within the process. A child that is forked while another thread works on the board would go on
-// with a descriptor of the lock, and hold it for as long as it lives when its parent is killed.
-pthread_mutex_t ownProcess = PTHREAD_MUTEX_INITIALIZER;
-pthread_once_t forksArePrepared = PTHREAD_ONCE_INIT;
-
-/** Signals that a program sends to itself by what it does wrong come through. */
 void blockSignals(sigset_t &before) {
     sigset_t all;
     sigfillset(&all);
@@ -24,6 +16,13 @@ void blockSignals(sigset_t &before) {
         sigdelset(&all, own);
     pthread_sigmask(SIG_BLOCK, &all, &before);
 }
+
+namespace {
+
+// Within the process. A child that is forked while another thread works on the board would go on
+// with a descriptor of the lock, and hold it for as long as it lives when its parent is killed.
+pthread_mutex_t ownProcess = PTHREAD_MUTEX_INITIALIZER;
+pthread_once_t forksArePrepared = PTHREAD_ONCE_INIT;
 
 // A thread that forks, and its signals before that. Its handlers wait; what the program itself does
 // around a fork may come for the board meanwhile. The mutex guards them.

@@ -7,6 +7,9 @@
 
 namespace vb {
 
+/** Blocks all signals of this thread but those that it sends to itself by what it does wrong. */
+void blockSignals(sigset_t &before);
+
 /**
  * Keeps every other process and thread away from a board for the lifetime of this object, and this
  * thread's signal handlers and cancellation, which might come for the board themselves. Each lock

@@ -85,6 +85,10 @@ bool NewFolder::makeHole(const std::string &name, uint32_t size) {
     return !failure;
 }
 
+bool NewFolder::makePipe(const std::string &name) {
+    return mkfifo(add(name).c_str(), 0666) == 0;
+}
+
 bool NewFolder::finish(FolderError &error) {
     std::error_code failure;
     fs::permissions(path_, fs::perms(0755), failure);

@@ -43,6 +43,8 @@ class NewFolder {
     /** A file that is one hole. */
     bool makeHole(const std::string &name, uint32_t size);
 
+    bool makePipe(const std::string &name);
+
     /** Gives it its final name. */
     bool finish(FolderError &error);
 

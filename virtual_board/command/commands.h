@@ -20,6 +20,7 @@ struct CreateArguments {
 struct TraceArguments {
     std::string folder;
     bool asJson = false;
+    bool isNumbering = false; // processes, in place of the system's numbers for them
     bool isFollowing = false;
     bool isClearing = false;
     uint32_t last = UINT32_MAX; // how many requests at most, counted from the newest
@@ -69,6 +70,7 @@ void addFlash(command_line::Command &root);
 void addConsole(command_line::Command &root);
 void addTrace(command_line::Command &root);
 void addPlay(command_line::Command &root);
+void addAdvance(command_line::Command &root);
 
 void create(const CreateArguments &arguments);
 

@@ -1,5 +1,7 @@
 // `vboard create`.
 
+#include "language/property_table.h"
+#include "language/property_values.h"
 #include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/words.h"
@@ -18,6 +20,14 @@ Offers models() {
     return offers;
 }
 
+/** Takes what the property has. */
+Parser pace(std::string &target) {
+    const auto take = [&target](const std::string &word) {
+        target = parseValue(language::propertyOf("time"), word).text();
+    };
+    return {take, {wordsToSet(language::propertyOf("time")), Offers::Files::None, nullptr}};
+}
+
 void defineCreate(Command &command) {
     const VBoardOptions &usual = *vboardUsualOptions();
     const auto arguments = std::make_shared<CreateArguments>();
@@ -31,8 +41,9 @@ void defineCreate(Command &command) {
                            {text(arguments->model), models()});
     command
         .option("--time", "WORD",
-                "real|virtual: virtually, sleeps advance the board's clock and return at once",
-                oneOf(arguments->time, {"real", "virtual"}))
+                "How time passes: real|virtual|stepped, or N times as fast: x60. Virtually, sleeps "
+                "advance the board's clock and return at once; stepped, 'vboard advance' does",
+                pace(arguments->time))
         .usually(arguments->time);
     command.option("--serial", "TEXT", "Serial number", text(arguments->serial))
         .usually(arguments->serial);

@@ -35,7 +35,9 @@ void Hands::clearFaults(const std::string &name) {
 }
 
 void Hands::advance(uint64_t ns) const {
-    call([&](VBoardError *error) { return vboardAdvance(board_, ns, error); });
+    call([&](VBoardError *error) {
+        return vboardAdvance(board_, ns, VBOARD_USUAL_PATIENCE, error);
+    });
 }
 
 } // namespace vboard

@@ -1,5 +1,6 @@
 // `vboard`: what its commands end with.
 
+#include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/tool.h"
 
@@ -22,6 +23,7 @@ enum ExitCode {
     kRefused = 1,
     kUsage = 2,
     kCannotStart = 3,
+    kBusy = 4,
     kNotAsExpected = 5,
     kNotOnBoard = 125
 };
@@ -50,6 +52,8 @@ int carryOut(std::span<const char *const> words) {
         return fail(kCannotStart, failure.what());
     } catch (const vboard::ExpectationFailed &failure) {
         return fail(kNotAsExpected, failure.what());
+    } catch (const vboard::CallFailed &failure) {
+        return fail(failure.status() == VBOARD_E_BUSY ? kBusy : kRefused, failure.what());
     } catch (const std::exception &refusal) {
         return fail(kRefused, refusal.what());
     }

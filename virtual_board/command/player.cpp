@@ -274,7 +274,7 @@ void Player::expectLine(const Step &step) {
         const bool hasEnded = one.program->awaitEnd(0);
         if (sees(one.program->output(one.seen), condition, one.seen, state))
             return;
-        const std::string missing = "no line has " + expected;
+        std::string missing = "no line has " + expected;
         if (hasEnded)
             throw NotAsExpected(missing + ", and it has ended with " +
                                 std::to_string(one.program->exitCode()).append(": ").append(state));
@@ -282,7 +282,8 @@ void Player::expectLine(const Step &step) {
             throw NotAsExpected(missing + " within " +
                                 secondsText(within).append(": ").append(state));
         if (isMovedByPrograms && HostClock::now() >= silence)
-            throw NotAsExpected(missing + (", and nobody moves the board's clock: " + state));
+            throw NotAsExpected(
+                missing.append(", and nobody moves the board's clock: ").append(state));
         letTimePass(*one.program, deadline - time);
     }
 }

@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 namespace vboard {
 
@@ -37,20 +39,50 @@ class Requests {
     List<VBoardRequest> list_;
 };
 
+/** How a request is printed. */
+class Printer {
+  public:
+    explicit Printer(const TraceArguments &arguments)
+        : asJson_(arguments.asJson), isNumbering_(arguments.isNumbering) {}
+
+    void print(const VBoardRequest &request) {
+        if (!asJson_)
+            std::printf("%s %d %s\n", language::secondsText(request.time).c_str(),
+                        processOf(request), request.text);
+        else if (!isNumbering_)
+            std::printf("%s\n", request.json);
+        else
+            printNumbered(request);
+    }
+
+  private:
+    /** Its number, or which of the processes it is that have come so far. */
+    int32_t processOf(const VBoardRequest &request) {
+        if (!isNumbering_)
+            return request.pid;
+        const auto next = static_cast<int32_t>(numbers_.size()) + 1;
+        return numbers_.try_emplace(request.pid, next).first->second;
+    }
+
+    void printNumbered(const VBoardRequest &request) {
+        nlohmann::json object = nlohmann::json::parse(request.json);
+        object["pid"] = processOf(request);
+        std::printf("%s\n", object.dump().c_str());
+    }
+
+    const bool asJson_, isNumbering_;
+    std::map<int32_t, int32_t> numbers_;
+};
+
 /** Prints what is there; of more than a limit only the newest. */
-void print(const Requests &requests, uint64_t limit, bool asJson) {
+void print(const Requests &requests, uint64_t limit, Printer &printer) {
     const auto count = static_cast<uint64_t>(requests.end() - requests.begin());
     if (requests.lost() > 0 && limit > count)
         std::fprintf(stderr, "vboard: %llu older requests were overwritten\n",
                      static_cast<unsigned long long>(requests.lost()));
     const VBoardRequest *first = requests.end() - std::min(count, limit);
-    for (const VBoardRequest *request = first; request != requests.end(); ++request) {
-        if (asJson)
-            std::printf("%s\n", request->json);
-        else
-            std::printf("%s %d %s\n", language::secondsText(request->time).c_str(), request->pid,
-                        request->text);
-    }
+    for (const VBoardRequest *request = first; request != requests.end(); ++request)
+        printer.print(*request);
     std::fflush(stdout);
 }
 
@@ -66,10 +98,11 @@ void awaitChange(const Board &board, uint32_t since) {
 void follow(const Board &board, const TraceArguments &arguments) {
     uint64_t limit = arguments.last;
     uint64_t next = 0;
+    Printer printer(arguments);
     for (const Rounds rounds; rounds.pause(0);) {
         const uint32_t changes = vboardChanges(board);
         const Requests requests(board, next);
-        print(requests, limit, arguments.asJson);
+        print(requests, limit, printer);
         limit = UINT64_MAX; // only what was there at the start is limited
         next = requests.next();
         awaitChange(board, changes);
@@ -81,6 +114,9 @@ void defineTrace(Command &command) {
     addFolder(command, arguments->folder);
     command.flag("--json", "Print one JSON object per line", arguments->asJson);
     command.option("--last", "N", "Only the last N requests", number(arguments->last));
+    command.flag("--number-processes",
+                 "Number processes 1, 2, ... as they come, so that the same run shows the same",
+                 arguments->isNumbering);
     command.flag("--follow", "Go on with new requests until stopped", arguments->isFollowing);
     command.flag("--clear", "Forget the requests after showing them", arguments->isClearing)
         .notWith("--follow");
@@ -109,7 +145,8 @@ void printTrace(const TraceArguments &arguments) {
         return;
     }
     const Requests requests(board, 0);
-    print(requests, arguments.last, arguments.asJson);
+    Printer printer(arguments);
+    print(requests, arguments.last, printer);
     if (arguments.isClearing)
         call([&](VBoardError *error) { return vboardClearTrace(board, requests.next(), error); });
 }

@@ -28,9 +28,9 @@ constexpr const char *kNames[] = {
     "VBOARD_OK",        "VBOARD_E_ARGUMENT",  "VBOARD_E_REFUSED",    "VBOARD_E_NO_BOARD",
     "VBOARD_E_DAMAGED", "VBOARD_E_VERSION",   "VBOARD_E_PERMISSION", "VBOARD_E_EXISTS",
     "VBOARD_E_GONE",    "VBOARD_E_TIMEOUT",   "VBOARD_E_IN_USE",     "VBOARD_E_FULL",
-    "VBOARD_E_SYSTEM",  "VBOARD_E_NO_MEMORY",
+    "VBOARD_E_SYSTEM",  "VBOARD_E_NO_MEMORY", "VBOARD_E_BUSY",
 };
-static_assert(std::size(kNames) == VBOARD_E_NO_MEMORY + 1);
+static_assert(std::size(kNames) == VBOARD_E_BUSY + 1);
 
 } // namespace
 

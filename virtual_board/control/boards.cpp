@@ -7,6 +7,7 @@
 #include "virtual_board/control/answer.h"
 #include "virtual_board/control/handle.h"
 #include "virtual_board/words/flash_text.h"
+#include "virtual_board/words/pace_text.h"
 #include "virtual_board/words/values.h"
 
 #include <memory>
@@ -22,19 +23,18 @@ uint32_t parseModel(const std::string &text) {
     return *devId;
 }
 
-/** What a property of a new board shall be. */
-template <typename Word>
-Word parseWord(const char *property, const std::string &text) {
-    return language::about(property, [&] {
-        return language::parseValue(language::propertyOf(property), text).as<Word>();
-    });
+vb::Pace parseTime(const std::string &text) {
+    return language::about("time", [&] { return vb::parsePace(text); });
 }
 
 /** Flash takes its time where time passes by itself, unless it is told. */
 vb::FlashTiming parseFlashTiming(const char *text, vb::TimeMode time) {
     if (text != nullptr)
-        return parseWord<vb::FlashTiming>("flash.timing", text);
-    return time == vb::TimeMode::Real ? vb::FlashTiming::Usual : vb::FlashTiming::Off;
+        return language::about("flash.timing", [&] {
+            return parseValue(language::propertyOf("flash.timing"), text).as<vb::FlashTiming>();
+        });
+    const bool passes = time == vb::TimeMode::Real || time == vb::TimeMode::Scaled;
+    return passes ? vb::FlashTiming::Usual : vb::FlashTiming::Off;
 }
 
 constexpr VBoardOptions kUsual = {sizeof(VBoardOptions),
@@ -53,8 +53,8 @@ vb::BoardOptions optionsOf(const VBoardOptions &options) {
     };
     vb::BoardOptions made;
     made.devId = parseModel(options.model);
-    made.time = parseWord<vb::TimeMode>("time", textOr(options.time, kUsual.time));
-    made.flashTiming = parseFlashTiming(options.flashTiming, made.time);
+    made.pace = parseTime(textOr(options.time, kUsual.time));
+    made.flashTiming = parseFlashTiming(options.flashTiming, made.pace.mode);
     made.serial = textOr(options.serial, kUsual.serial);
     made.mac = language::parseMac(textOr(options.mac, kUsual.mac));
     made.commandLine = textOr(options.commandLine, kUsual.commandLine);

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <memory>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -76,7 +77,7 @@ void copyFiles(const fs::path &from, vb::NewFolder &to) {
         } else if (fs::is_regular_file(status)) {
             isCopied = copyFile(entry.path(), to.add(name));
         } else if (fs::is_fifo(status)) {
-            isCopied = mkfifo(to.add(name).c_str(), 0600) == 0;
+            isCopied = to.makePipe(name);
         } // a socket without the program that listens is nothing
         if (failure)
             errno = failure.value();
@@ -92,7 +93,9 @@ void copyBoard(const vb::BoardFolder &from, vb::NewFolder &to) {
     if (!to.writeFile(vb::kLockFile, "", 0))
         failToCopy(vb::kLockFile);
     copyFiles(from.path(), to);
-    if (!to.writeFile(vb::kStateFile, &*board, sizeof(vb::Board)))
+    const auto state = std::make_unique<vb::Board>(*board);
+    state->waiters = {}; // they are not on the copy
+    if (!to.writeFile(vb::kStateFile, state.get(), sizeof(vb::Board)))
         failToCopy(vb::kStateFile);
 }
 

@@ -17,9 +17,9 @@ namespace {
 
 // What is a board's own in its folder. Programs see that their board is going by its lock, which
 // goes first; the state, by which the folder is known as a board's, goes last.
-constexpr const char *kOwn[] = {vb::kLockFile, vb::kRootFolder,       vb::kFlashFolder,
-                                "cmdline.new", vb::kRegisterPageFile, kNewState,
-                                kOldState,     vb::kStateFile};
+constexpr const char *kOwn[] = {
+    vb::kLockFile, vb::kRootFolder, vb::kFlashFolder, "cmdline.new", vb::kRegisterPageFile,
+    vb::kWakeFile, kNewState,       kOldState,        vb::kStateFile};
 
 /** Throws where something is in the folder that is not the board's. */
 void requireNothingElse(const fs::path &folder) {

@@ -48,6 +48,8 @@ const char *typeName(Type type) {
         return "mac";
     case Type::Time:
         return "time";
+    case Type::Pace:
+        return "pace";
     case Type::ByteRow:
         break;
     }

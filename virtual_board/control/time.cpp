@@ -2,6 +2,26 @@
 
 #include "virtual_board/control/answer.h"
 #include "virtual_board/control/handle.h"
+#include "virtual_board/control/stepping.h"
+
+namespace vboard {
+
+namespace {
+
+vb::TimeMode modeOf(const vb::BoardFolder &folder) {
+    const LockedBoard board(folder);
+    return board->clock.pace.mode;
+}
+
+void moveVirtualClock(const vb::BoardFolder &folder, uint64_t ns) {
+    const LockedBoard board(folder);
+    moveClock(board->clock, ns);
+    board.bringUpToDate();
+}
+
+} // namespace
+
+} // namespace vboard
 
 int32_t vboardTime(VBoard *board, uint64_t *time, VBoardError *error) {
     return vboard::answer(error, [&] {
@@ -12,15 +32,22 @@ int32_t vboardTime(VBoard *board, uint64_t *time, VBoardError *error) {
     });
 }
 
-int32_t vboardAdvance(VBoard *board, uint64_t time, VBoardError *error) {
+int32_t vboardAdvance(VBoard *board, uint64_t time, uint64_t patience, VBoardError *error) {
     return vboard::answer(error, [&] {
         vboard::require(board, "board");
-        const vboard::LockedBoard locked(board->folder);
-        if (locked->clock.mode != vb::TimeMode::Virtual)
-            throw vboard::Failure(VBOARD_E_REFUSED,
-                                  "the board's time moves by itself; set 'time' to virtual first");
-        locked->clock.sleptNs += time;
-        locked.bringUpToDate();
-        locked.tellOfChange();
+        switch (vboard::modeOf(board->folder)) {
+        case vb::TimeMode::Virtual:
+            vboard::moveVirtualClock(board->folder, time);
+            break;
+        case vb::TimeMode::Stepped: {
+            vboard::Stepper stepper(board->folder, patience);
+            stepper.advanceBy(time);
+            break;
+        }
+        case vb::TimeMode::Real:
+        case vb::TimeMode::Scaled:
+            throw vboard::Failure(VBOARD_E_REFUSED, "the board's time moves by itself; set 'time' "
+                                                    "to virtual or stepped first");
+        }
     });
 }

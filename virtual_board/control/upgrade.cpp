@@ -180,11 +180,20 @@ class Upgrade {
             failWith("cannot write " + place_.string());
         if (!isWhole)
             fail(error);
+        makePipe(board);
         if (list_ != nullptr)
             list_->keep();
     }
 
   private:
+    /** That at which programs wait for the clock, since there are paces. */
+    static void makePipe(const vb::BoardFolder &board) {
+        const std::string pipe = board.ownFile(vb::kWakeFile).text;
+        if (mkfifo(pipe.c_str(), 0666) != 0 && errno != EEXIST)
+            failWith("cannot make " + pipe);
+        board.giveToOwner(pipe.c_str());
+    }
+
     const fs::path folder_, place_, old_;
     std::unique_ptr<NewFile> list_;
 };

@@ -4,6 +4,7 @@
 #include "virtual_board/board/moments.h"
 #include "virtual_board/control/answer.h"
 #include "virtual_board/control/handle.h"
+#include "virtual_board/control/stepping.h"
 #include "virtual_board/words/board_condition.h"
 #include "virtual_board/words/values.h"
 
@@ -41,20 +42,28 @@ class Wait {
                                                 " s: " + condition_.state());
         stepNs_ = std::min(timeoutNs_ - passed, vb::nextMoment(*board, now) - now);
         changes_ = changesOf(folder_);
-        isVirtual_ = board->clock.mode == vb::TimeMode::Virtual;
-        if (isVirtual_)
-            board->clock.sleptNs += stepNs_;
+        pace_ = board->clock.pace;
+        if (pace_.mode == vb::TimeMode::Virtual)
+            moveClock(board->clock, stepNs_);
         return true;
     }
 
     /** Lets the time pass until the condition is worth another look. */
     void pause() const {
-        if (!isVirtual_) {
-            vb::kernel::waitForChange(&folder_.board()->changes.count, changes_, stepNs_);
-            return;
+        switch (pace_.mode) {
+        case vb::TimeMode::Virtual:
+            folder_.tellOfChange();
+            sched_yield(); // programs that have waited for this moment
+            break;
+        case vb::TimeMode::Stepped:
+            Stepper(folder_, VBOARD_USUAL_PATIENCE).advanceBy(stepNs_);
+            break;
+        case vb::TimeMode::Real:
+        case vb::TimeMode::Scaled:
+            vb::kernel::waitForChange(&folder_.board()->changes.count, changes_,
+                                      vb::unscaled(stepNs_, pace_.rate));
+            break;
         }
-        folder_.tellOfChange();
-        sched_yield(); // programs that have waited for this moment
     }
 
   private:
@@ -65,7 +74,7 @@ class Wait {
     uint64_t beganNs_ = UINT64_MAX;
     uint32_t changes_ = 0;
     uint64_t stepNs_ = 0;
-    bool isVirtual_ = false;
+    vb::Pace pace_;
 };
 
 } // namespace

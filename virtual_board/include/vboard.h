@@ -63,7 +63,8 @@ enum VBoardStatus {
     VBOARD_E_IN_USE = 10,    /**< programs are on the board */
     VBOARD_E_FULL = 11,      /**< the board has no room for another rule */
     VBOARD_E_SYSTEM = 12,    /**< another call of the operating system failed: see osError */
-    VBOARD_E_NO_MEMORY = 13  /**< no memory for what shall be given away */
+    VBOARD_E_NO_MEMORY = 13, /**< no memory for what shall be given away */
+    VBOARD_E_BUSY = 14       /**< a program does not wait, so that a stepped clock stands */
 };
 
 #define VBOARD_ERROR_TEXT_SIZE 1016 /**< with the zero; longer texts are cut */
@@ -106,7 +107,7 @@ typedef struct VBoardOptions {
     uint32_t size;           /**< sizeof(VBoardOptions) */
     uint32_t mtdCount;       /**< how many geometries there are */
     const char *model;       /**< device id: "0x0709"; required */
-    const char *time;        /**< "real" or "virtual" */
+    const char *time;        /**< as the property "time": "real", "stepped", "x60" */
     const char *serial;      /**< serial number, 1 to 31 printable ASCII characters */
     const char *mac;         /**< MAC address: "02:00:5e:10:00:01" */
     const char *commandLine; /**< the kernel's, up to 1024 printable ASCII characters */
@@ -322,15 +323,16 @@ VBOARD_API int32_t vboardAwaitChange(VBoard *board, uint32_t since, uint64_t tim
  * Comparisons are == != < <= > >=, joined by "and" and "or", of which "and" binds closer; texts
  * with blanks in them stand between quotes. Words and texts can be equal alone.
  *
- * Where the clock moves by itself the call waits for it. A virtual clock is moved by it, as by a
- * program that sleeps: from one moment to the next at which something happens on the board, until
- * the condition holds or the time is over.
+ * Where the clock moves by itself the call waits for it. A virtual or stepped clock is moved by it,
+ * as by vboardAdvance() with the usual patience: from one moment to the next at which something
+ * happens on the board, until the condition holds or the time is over.
  *
  * @param[in] board      the board
  * @param[in] condition  what shall hold
  * @param[in] timeout    how long at most, in nanoseconds of the board's clock; UINT64_MAX for ever
  * @param[out] error     why it failed; at a time-out it tells what the properties are
- * @return VBOARD_OK; VBOARD_E_ARGUMENT; VBOARD_E_REFUSED for a condition; VBOARD_E_TIMEOUT
+ * @return VBOARD_OK; VBOARD_E_ARGUMENT; VBOARD_E_REFUSED for a condition; VBOARD_E_TIMEOUT;
+ *         VBOARD_E_BUSY
  */
 VBOARD_API int32_t vboardWait(VBoard *board, const char *condition, uint64_t timeout,
                               VBoardError *error);
@@ -353,15 +355,23 @@ VBOARD_API int32_t vboardWait(VBoard *board, const char *condition, uint64_t tim
  */
 VBOARD_API int32_t vboardTime(VBoard *board, uint64_t *time, VBoardError *error);
 
+#define VBOARD_USUAL_PATIENCE 2000000000u /**< with a thread that does not wait: 2 s */
+
 /**
- * Moves a clock that does not move by itself: virtual ("time" is "virtual").
+ * Moves a clock that does not move by itself. A virtual one ("time" is "virtual") is set. A stepped
+ * one goes from deadline to deadline: at each the thread goes on that waits for it, and the next
+ * one when every thread of the board's programs waits again, be it for the board's time, for data
+ * or for another thread.
  *
- * @param[in] board  the board
- * @param[in] time   by how many nanoseconds
- * @param[out] error why it failed; may be null
- * @return VBOARD_OK; VBOARD_E_ARGUMENT; VBOARD_E_REFUSED where the clock moves by itself
+ * @param[in] board     the board
+ * @param[in] time      by how many nanoseconds
+ * @param[in] patience  how long a thread may run until it waits, in the host's nanoseconds
+ * @param[out] error    why it failed; may be null
+ * @return VBOARD_OK; VBOARD_E_ARGUMENT; VBOARD_E_REFUSED where the clock moves by itself;
+ *         VBOARD_E_BUSY: the clock stands where a thread has run for longer, which is named
  */
-VBOARD_API int32_t vboardAdvance(VBoard *board, uint64_t time, VBoardError *error);
+VBOARD_API int32_t vboardAdvance(VBoard *board, uint64_t time, uint64_t patience,
+                                 VBoardError *error);
 /** @} */
 
 /* ---------------------------------------------------------------------------------------------- */

@@ -1,10 +1,12 @@
 #include "virtual_board/os/board_files.h"
 #include "virtual_board/os/path_glance.h"
 #include "virtual_board/os/seam.h"
+#include "virtual_board/os/timers.h"
 
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <pthread.h>
 
 namespace vb {
 
@@ -13,6 +15,25 @@ namespace {
 // Never destroyed: programs reach the seam before and after main.
 alignas(BoardFolder) unsigned char folderMemory[sizeof(BoardFolder)];
 BoardFolder *attached = nullptr;
+pthread_once_t childrenAreNoted = PTHREAD_ONCE_INIT;
+
+/** Who steps the board's clock waits for this process, too. */
+void noteProcess() {
+    if (attached == nullptr)
+        return;
+    const BoardLock lock(*attached, BoardLock::Use::Looks);
+    if (lock.isHeld())
+        noteProgram(attached->board()->waiters, getpid());
+}
+
+void noteChild() {
+    forgetTimersOfParent();
+    noteProcess();
+}
+
+void noteChildren() {
+    pthread_atfork(nullptr, nullptr, noteChild);
+}
 
 } // namespace
 
@@ -28,6 +49,8 @@ bool attachBoard(const char *path, FolderError &error) {
         return false;
     }
     attached = folder;
+    noteProcess();
+    pthread_once(&childrenAreNoted, noteChildren);
     return true;
 }
 

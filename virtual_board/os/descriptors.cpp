@@ -1,6 +1,7 @@
 #include "virtual_board/os/descriptors.h"
 
 #include "virtual_board/os/descriptor_link.h"
+#include "virtual_board/os/descriptor_waits.h"
 #include "virtual_board/os/next.h"
 
 #include <atomic>
@@ -130,6 +131,8 @@ Result expectingBoard(Result result) {
 
 #define VB_SEAM_RECVMSG(symbol)                                                                    \
     VB_SEAM(ssize_t, symbol, int socket, msghdr *message, int flags) {                             \
+        if (!vb::awaitMessage(socket, flags))                                                      \
+            return -1;                                                                             \
         const ssize_t count = VB_NEXT(symbol)(socket, message, flags);                             \
         return count >= 0 && message->msg_controllen > 0 ? expectingBoard(count) : count;          \
     }
@@ -138,7 +141,9 @@ VB_SEAM_RECVMSG(__recvmsg64)
 
 #define VB_SEAM_RECVMMSG(symbol)                                                                   \
     VB_SEAM(int, symbol, int socket, void *messages, unsigned count, int flags, void *timeout) {   \
-        return expectingBoard(VB_NEXT(symbol)(socket, messages, count, flags, timeout));           \
+        return vb::awaitMessage(socket, flags)                                                     \
+                   ? expectingBoard(VB_NEXT(symbol)(socket, messages, count, flags, timeout))      \
+                   : -1;                                                                           \
     }
 VB_SEAM_RECVMMSG(recvmmsg)
 VB_SEAM_RECVMMSG(__recvmmsg64)

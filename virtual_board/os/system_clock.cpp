@@ -1,7 +1,9 @@
-// The system clock. A program that sets it sets the board's, which from then on is so far off the
-// host's; the host's own stays as it is. Of the kernel's clocks only this one is concerned.
+// The clocks that programs read. One that sets the system clock sets the board's, which from then
+// on is so far off; the host's own stays as it is. Those that count what processors do are the
+// host's.
 
 #include "virtual_board/board/user_memory.h"
+#include "virtual_board/os/programs_clock.h"
 #include "virtual_board/os/seam.h"
 #include "virtual_board/os/timespec64.h"
 
@@ -17,20 +19,6 @@ constexpr int64_t kNsPerMicrosecond = 1000;
 // Where the kernel's time ends: 30 years before its nanoseconds do, so that it can run on.
 constexpr int64_t kEndOfTime = 8277292036;
 
-/** How far the board's clock is ahead; 0 where nobody has set it. */
-int64_t offsetNs() {
-    const vb::BoardFolder *folder = vb::attachedFolder();
-    return folder != nullptr ? folder->board()->clock.systemOffsetNs : 0;
-}
-
-int64_t boardNow() {
-    return static_cast<int64_t>(vb::hostNow()) + offsetNs();
-}
-
-bool isReadFromBoard(clockid_t clock) {
-    return (clock == CLOCK_REALTIME || clock == CLOCK_REALTIME_COARSE) && offsetNs() != 0;
-}
-
 bool isSetOnBoard(clockid_t clock) {
     return clock == CLOCK_REALTIME && vb::attachedFolder() != nullptr;
 }
@@ -43,8 +31,9 @@ int setClock(int64_t seconds, int64_t ns) {
     const vb::BoardLock lock(folder);
     if (!lock.isHeld())
         return vb::failWith(EPERM); // the board is gone
-    folder.board()->clock.systemOffsetNs =
-        seconds * kNsPerSecond + ns - static_cast<int64_t>(vb::hostNow());
+    vb::ClockChange clock(folder);
+    const int64_t unset = systemClockNow(*clock, vb::hostTime()) - clock->systemOffsetNs;
+    setSystemOffset(*clock, seconds * kNsPerSecond + ns - unset);
     return 0;
 }
 
@@ -68,10 +57,15 @@ int setTimeOfDay(const Time *address, const void *zone) {
     return setClock(time.tv_sec, time.tv_usec * kNsPerMicrosecond);
 }
 
+int64_t boardNow(clockid_t clock) {
+    const vb::ProgramsClock now;
+    return vb::isSystemClock(clock) ? now.systemNs() : now.monotonicNs();
+}
+
 /** Stores the board's time; seconds of 32 bits may not hold it. */
 template <typename Seconds, typename Fraction>
-int storeNow(Seconds &seconds, Fraction &fraction, int64_t nsOfFraction) {
-    const int64_t now = boardNow();
+int storeNow(clockid_t clock, Seconds &seconds, Fraction &fraction, int64_t nsOfFraction) {
+    const int64_t now = boardNow(clock);
     const auto whole = static_cast<Seconds>(now / kNsPerSecond);
     if (whole != now / kNsPerSecond)
         return vb::failWith(EOVERFLOW);
@@ -83,21 +77,29 @@ int storeNow(Seconds &seconds, Fraction &fraction, int64_t nsOfFraction) {
 /** Replaces what the C library has answered to a question for a clock. */
 template <typename Time>
 int answer(int result, clockid_t clock, Time *time) {
-    return result == 0 && isReadFromBoard(clock) ? storeNow(time->tv_sec, time->tv_nsec, 1)
-                                                 : result;
+    return result == 0 && vb::isOffHost(clock) ? storeNow(clock, time->tv_sec, time->tv_nsec, 1)
+                                               : result;
 }
 
 template <typename Time>
 int answerTimeOfDay(int result, Time *time) {
-    return result == 0 && isReadFromBoard(CLOCK_REALTIME) && time != nullptr
-               ? storeNow(time->tv_sec, time->tv_usec, kNsPerMicrosecond)
+    return result == 0 && vb::isOffHost(CLOCK_REALTIME) && time != nullptr
+               ? storeNow(CLOCK_REALTIME, time->tv_sec, time->tv_usec, kNsPerMicrosecond)
                : result;
+}
+
+/** C11's, which tells with 0 that it fails. */
+template <typename Time>
+int answerBase(int base, Time *time) {
+    const bool isTold = base != TIME_UTC || !vb::isOffHost(CLOCK_REALTIME) ||
+                        storeNow(CLOCK_REALTIME, time->tv_sec, time->tv_nsec, 1) == 0;
+    return isTold ? base : 0;
 }
 
 template <typename Seconds>
 Seconds answerSeconds(Seconds now, Seconds *out) {
     int64_t fraction = 0;
-    if (isReadFromBoard(CLOCK_REALTIME) && storeNow(now, fraction, 1) != 0)
+    if (vb::isOffHost(CLOCK_REALTIME) && storeNow(CLOCK_REALTIME, now, fraction, 1) != 0)
         now = -1;
     else if (out != nullptr)
         *out = now;
@@ -146,4 +148,12 @@ VB_SEAM(int, gettimeofday, timeval *time, void *zone) {
 
 VB_SEAM(int, __gettimeofday64, vb::Timeval64 *time, void *zone) {
     return answerTimeOfDay(VB_NEXT(__gettimeofday64)(time, zone), time);
+}
+
+VB_SEAM(int, timespec_get, timespec *time, int base) {
+    return answerBase(VB_NEXT(timespec_get)(time, base), time);
+}
+
+VB_SEAM(int, __timespec_get64, vb::Timespec64 *time, int base) {
+    return answerBase(VB_NEXT(__timespec_get64)(time, base), time);
 }

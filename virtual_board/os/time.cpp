@@ -1,8 +1,10 @@
-// Sleeps. On a board with virtual time they advance the board's clock and return at once.
+// Sleeps. On a board with virtual time they move the board's clock and return at once; where its
+// clocks have a pace of their own they wait by them.
 
 #include "virtual_board/board/user_memory.h"
+#include "virtual_board/os/board_wait.h"
+#include "virtual_board/os/durations.h"
 #include "virtual_board/os/seam.h"
-#include "virtual_board/os/timespec64.h"
 
 #include <cerrno>
 #include <pthread.h>
@@ -12,94 +14,157 @@
 
 namespace {
 
-constexpr uint64_t kNsPerSecond = 1000000000;
+constexpr uint64_t kNsPerUs = 1000;
 
-/** Records a sleep; true when it is over already. */
-bool sleepOnBoard(uint64_t ns) {
+enum class Sleeps { OnHost, ByBoard, NotAtAll };
+
+/** Records a sleep; how the program goes on. */
+Sleeps noteSleep(uint64_t ns) {
     const vb::BoardFolder *folder = vb::attachedFolder();
     if (folder == nullptr)
-        return false;
+        return Sleeps::OnHost;
     const int savedErrno = errno;
-    bool isVirtual = false;
+    Sleeps how = Sleeps::OnHost; // where the board is gone, and its time with it
     {
         const vb::BoardLock lock(*folder);
-        if (!lock.isHeld()) {
-            errno = savedErrno;
-            return false; // the board is gone, and its time with it
+        if (lock.isHeld()) {
+            vb::Board &board = *folder->board();
+            vb::traceNext(board.trace, vb::TraceKind::Sleep, vb::thisSender(board)).sleepNs = ns;
+            if (board.clock.pace.mode == vb::TimeMode::Virtual) {
+                moveClock(board.clock, ns);
+                how = Sleeps::NotAtAll;
+            } else if (vb::waitsByBoard()) {
+                how = Sleeps::ByBoard;
+            }
+            vb::pollRegisterPage(*folder);
         }
-        vb::Board &board = *folder->board();
-        vb::traceNext(board.trace, vb::TraceKind::Sleep, vb::thisSender(board)).sleepNs = ns;
-        isVirtual = board.clock.mode == vb::TimeMode::Virtual;
-        if (isVirtual)
-            board.clock.sleptNs += ns;
-        vb::pollRegisterPage(*folder);
     }
     errno = savedErrno;
-    if (isVirtual) {
+    return how;
+}
+
+/** Sleeps; what is left when a signal comes. False: it is for the C library to do. */
+bool sleepOnBoard(uint64_t ns, uint64_t &left) {
+    left = 0;
+    switch (noteSleep(ns)) {
+    case Sleeps::OnHost:
+        return false;
+    case Sleeps::ByBoard:
+        left = vb::sleepByBoard(vb::Deadline::in(ns));
+        return true;
+    case Sleeps::NotAtAll:
         sched_yield();
         pthread_testcancel(); // as in every sleep
+        break;
     }
-    return isVirtual;
+    return true;
 }
 
+/** How long a program sleeps that has given a valid time; others are the C library's to refuse. */
 template <typename Time>
-bool isDuration(const Time &time) {
-    return time.tv_sec >= 0 && time.tv_nsec >= 0 &&
-           static_cast<uint64_t>(time.tv_nsec) < kNsPerSecond;
-}
-
-/** Sleeps for a valid duration; an invalid one is left to the C library to refuse. */
-template <typename Time>
-bool sleepFor(const Time *address) {
+bool readSleep(const Time *address, uint64_t &ns) {
     Time time = {};
     return vb::attachedFolder() != nullptr && vb::copyFromUser(&time, address, sizeof(time)) &&
-           isDuration(time) &&
-           sleepOnBoard(static_cast<uint64_t>(time.tv_sec) * kNsPerSecond +
-                        static_cast<uint64_t>(time.tv_nsec));
+           vb::readDuration(time, ns);
+}
+
+/** Whether the kernel lets a program sleep by a clock that boards have of their own. */
+bool canSleepBy(clockid_t clock) {
+    return clock == CLOCK_REALTIME || clock == CLOCK_MONOTONIC || clock == CLOCK_BOOTTIME;
+}
+
+enum class Fails { InErrno, AsResult };
+
+/** What a sleep returns that signals can end. */
+template <typename Time>
+int endOfSleep(uint64_t left, Time *rest, Fails fails) {
+    if (left == 0)
+        return 0;
+    if (rest != nullptr)
+        *rest = vb::durationOf<Time>(left);
+    return fails == Fails::AsResult ? EINTR : vb::failWith(EINTR);
+}
+
+template <typename Time, typename Next>
+int sleepFor(const Time *address, Time *rest, Fails fails, Next next) {
+    uint64_t ns = 0;
+    uint64_t left = 0;
+    return readSleep(address, ns) && sleepOnBoard(ns, left) ? endOfSleep(left, rest, fails)
+                                                            : next();
+}
+
+/** Sleeps until a point of a clock, which a program may have set or whose pace is the board's. */
+template <typename Time, typename Next>
+int sleepUntil(clockid_t clock, const Time *address, Next next) {
+    uint64_t ns = 0;
+    if (!vb::isOffHost(clock) || !readSleep(address, ns))
+        return next();
+    const vb::Deadline deadline = vb::Deadline::at(clock, static_cast<int64_t>(ns));
+    if (vb::waitsByBoard())
+        noteSleep(deadline.left(vb::ProgramsClock()));
+    return vb::sleepByBoard(deadline) == 0 ? 0 : EINTR;
 }
 
 } // namespace
 
 VB_SEAM(int, usleep, useconds_t us) {
-    return sleepOnBoard(uint64_t{us} * 1000) ? 0 : VB_NEXT(usleep)(us);
+    uint64_t left = 0;
+    return sleepOnBoard(us * kNsPerUs, left) ? endOfSleep<timespec>(left, nullptr, Fails::InErrno)
+                                             : VB_NEXT(usleep)(us);
 }
 
 VB_SEAM(unsigned, sleep, unsigned seconds) {
-    return sleepOnBoard(seconds * kNsPerSecond) ? 0 : VB_NEXT(sleep)(seconds);
+    uint64_t left = 0;
+    if (!sleepOnBoard(seconds * vb::kNsPerSecond, left))
+        return VB_NEXT(sleep)(seconds);
+    return static_cast<unsigned>(left / vb::kNsPerSecond);
 }
 
-VB_SEAM(int, nanosleep, const timespec *time, timespec *rest) {
-    return sleepFor(time) ? 0 : VB_NEXT(nanosleep)(time, rest);
-}
+#define VB_SEAM_NANOSLEEP(symbol, Time)                                                            \
+    VB_SEAM(int, symbol, const Time *time, vb::PointerTo<Time> rest) {                             \
+        return sleepFor(time, rest, Fails::InErrno, [=] { return VB_NEXT(symbol)(time, rest); });  \
+    }
+VB_SEAM_NANOSLEEP(nanosleep, timespec)
+VB_SEAM_NANOSLEEP(__nanosleep64, vb::Timespec64)
 
-VB_SEAM(int, __nanosleep64, const vb::Timespec64 *time, vb::Timespec64 *rest) {
-    return sleepFor(time) ? 0 : VB_NEXT(__nanosleep64)(time, rest);
-}
+#define VB_SEAM_CLOCK_NANOSLEEP(symbol, Time)                                                      \
+    VB_SEAM(int, symbol, clockid_t clock, int flags, const Time *time, vb::PointerTo<Time> rest) { \
+        const auto next = [=] { return VB_NEXT(symbol)(clock, flags, time, rest); };               \
+        if (!canSleepBy(clock))                                                                    \
+            return next();                                                                         \
+        return (flags & TIMER_ABSTIME) != 0 ? sleepUntil(clock, time, next)                        \
+                                            : sleepFor(time, rest, Fails::AsResult, next);         \
+    }
+VB_SEAM_CLOCK_NANOSLEEP(clock_nanosleep, timespec)
+VB_SEAM_CLOCK_NANOSLEEP(__clock_nanosleep_time64, vb::Timespec64)
 
-// A sleep until a point of time refers to the host's clocks, which go on as they are.
-VB_SEAM(int, clock_nanosleep, clockid_t clock, int flags, const timespec *time, timespec *rest) {
-    const bool isOver = (flags & TIMER_ABSTIME) == 0 && sleepFor(time);
-    return isOver ? 0 : VB_NEXT(clock_nanosleep)(clock, flags, time, rest);
-}
-
-VB_SEAM(int, __clock_nanosleep_time64, clockid_t clock, int flags, const vb::Timespec64 *time,
-        vb::Timespec64 *rest) {
-    const bool isOver = (flags & TIMER_ABSTIME) == 0 && sleepFor(time);
-    return isOver ? 0 : VB_NEXT(__clock_nanosleep_time64)(clock, flags, time, rest);
-}
+// C11's, which on virtual time sleeps on the host.
+#define VB_SEAM_THRD_SLEEP(symbol, Time)                                                           \
+    VB_SEAM(int, symbol, const Time *time, vb::PointerTo<Time> rest) {                             \
+        if (!vb::waitsByBoard())                                                                   \
+            return VB_NEXT(symbol)(time, rest);                                                    \
+        const int result =                                                                         \
+            sleepFor(time, rest, Fails::AsResult, [=] { return VB_NEXT(symbol)(time, rest); });    \
+        return result == EINTR ? -1 : result;                                                      \
+    }
+VB_SEAM_THRD_SLEEP(thrd_sleep, timespec)
+VB_SEAM_THRD_SLEEP(__thrd_sleep64, vb::Timespec64)
 
 void vb::letTimePass(uint64_t ns) {
+    if (clockDifference() == Difference::Pace) {
+        sleepByBoard(Deadline::in(ns));
+        return;
+    }
     {
         const BoardLock lock(*attachedFolder());
         if (!lock.isHeld())
             return;
         Clock &clock = attachedFolder()->board()->clock;
-        if (clock.mode == TimeMode::Virtual) {
-            clock.sleptNs += ns;
+        if (clock.pace.mode == TimeMode::Virtual) {
+            moveClock(clock, ns);
             return;
         }
     }
-    const timespec time = {static_cast<time_t>(ns / kNsPerSecond),
-                           static_cast<long>(ns % kNsPerSecond)};
+    const auto time = durationOf<timespec>(ns);
     VB_NEXT(nanosleep)(&time, nullptr);
 }

@@ -3,6 +3,8 @@
 
 #include "virtual_board/os/board_files.h"
 #include "virtual_board/os/descriptor_link.h"
+#include "virtual_board/os/descriptor_waits.h"
+#include "virtual_board/os/timers.h"
 
 namespace {
 
@@ -50,11 +52,24 @@ template <typename Read>
 ssize_t readPlainly(const vb::NodeFound &found, int fd, void *data, size_t length, Read readFile) {
     if (found.node == vb::Node::Memory)
         return vb::failWith(EPERM); // it can only be mapped
+    if (!vb::awaitTransfer(fd, vb::Transfer::In))
+        return -1;
     if (!hasFileRules())
         return readFile(length);
     const vb::FaultRule fault = transferFault(fd, vb::FaultOp::Read);
     const ssize_t count = readFile(transferLength(fault, length));
     corruptTransfer(fault, data, count);
+    return count;
+}
+
+/** What has been read of a timer: how often it has gone off. */
+ssize_t ofTimer(int fd, void *data, ssize_t count) {
+    uint64_t expirations = 0;
+    if (count != sizeof(expirations) || !vb::isTimer(fd))
+        return count;
+    std::memcpy(&expirations, data, sizeof(expirations));
+    vb::takeExpirations(fd, expirations);
+    std::memcpy(data, &expirations, sizeof(expirations));
     return count;
 }
 
@@ -64,16 +79,18 @@ VB_SEAM(ssize_t, read, int fd, void *data, size_t length) {
     const vb::NodeFound found = vb::nodeOf(fd);
     if (found.node == vb::Node::Flash)
         return vb::readPartition(fd, found.partition, data, length);
-    return readPlainly(found, fd, data, length,
-                       [=](size_t part) { return VB_NEXT(read)(fd, data, part); });
+    return readPlainly(found, fd, data, length, [=](size_t part) {
+        return ofTimer(fd, data, VB_NEXT(read)(fd, data, part));
+    });
 }
 
 VB_SEAM(ssize_t, __read_chk, int fd, void *data, size_t length, size_t size) {
     const vb::NodeFound found = vb::nodeOf(fd);
     if (found.node == vb::Node::Flash && length <= size)
         return vb::readPartition(fd, found.partition, data, length);
-    return readPlainly(found, fd, data, length,
-                       [=](size_t part) { return VB_NEXT(__read_chk)(fd, data, part, size); });
+    return readPlainly(found, fd, data, length, [=](size_t part) {
+        return ofTimer(fd, data, VB_NEXT(__read_chk)(fd, data, part, size));
+    });
 }
 
 VB_SEAM(ssize_t, write, int fd, const void *data, size_t length) {
@@ -82,6 +99,8 @@ VB_SEAM(ssize_t, write, int fd, const void *data, size_t length) {
         return vb::writePartition(fd, found.partition, data, length);
     if (found.node == vb::Node::Memory)
         return vb::failWith(EPERM);
+    if (!vb::awaitTransfer(fd, vb::Transfer::Out))
+        return -1;
     if (!hasFileRules())
         return VB_NEXT(write)(fd, data, length);
     const vb::FaultRule fault = transferFault(fd, vb::FaultOp::Write);

@@ -62,17 +62,14 @@ Change judge(const Assignment &assignment, const language::Equipment &equipment)
 /** What changes may change of a board's state. */
 class Snapshot {
   public:
-    explicit Snapshot(const Board &board)
-        : clock_(board.clock), devices_(board.devices), faults_(board.faults) {}
+    explicit Snapshot(const Board &board) : devices_(board.devices), faults_(board.faults) {}
 
     void restore(Board &board) const {
-        board.clock = clock_;
         board.devices = devices_;
         board.faults = faults_;
     }
 
   private:
-    Clock clock_;
     Devices devices_;
     FaultTable faults_;
 };

@@ -1,9 +1,11 @@
 // What the factory, the boot loader and time gave the board as properties.
 
 #include "language/digits.h"
+#include "virtual_board/board/clock_change.h"
 #include "virtual_board/board/create.h"
 #include "virtual_board/board/factory.h"
 #include "virtual_board/words/bindings.h"
+#include "virtual_board/words/pace_text.h"
 #include "virtual_board/words/values.h"
 
 #include <cerrno>
@@ -25,11 +27,16 @@ Value getModel(const Target &target) {
 }
 
 Value getTime(const Target &target) {
-    return static_cast<uint32_t>(target.board().clock.mode);
+    return paceText(target.board().clock.pace);
 }
 
 void setTime(const Target &target, const Value &value) {
-    setTimeMode(target.board().clock, value.as<TimeMode>(), hostNow());
+    const Pace pace = parsePace(value.text());
+    target.deeds->push_back({[&folder = target.folder, pace] {
+                                 ClockChange clock(folder);
+                                 setPace(*clock, pace, hostTime());
+                             },
+                             {}});
 }
 
 Value getClock(const Target &target) {
@@ -148,7 +155,6 @@ constexpr Binding kBoardBindings[] = {
     bind("identity.serial", getSerial, setSerial),
     bind("identity.mac", getMac, setMac),
 };
-static_assert(hasWordsUpTo("time", TimeMode::Virtual));
 
 } // namespace
 

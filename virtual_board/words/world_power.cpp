@@ -1,6 +1,7 @@
 // Power on and off, watchdog and reset, and the PTP line, as properties.
 
 #include "virtual_board/board/circuits.h"
+#include "virtual_board/board/clock_change.h"
 #include "virtual_board/words/bindings.h"
 #include "virtual_board/words/values.h"
 
@@ -65,8 +66,12 @@ void emptyMemory(const BoardFolder &board) {
 /** The files in /tmp and the system clock are in main memory. */
 void setPower(const Target &target, const Value &) {
     const BoardFolder &folder = target.folder;
-    target.deeds->push_back({[&folder] { emptyMemory(folder); }, {}});
-    target.board().clock.systemOffsetNs = 0;
+    target.deeds->push_back({[&folder] {
+                                 emptyMemory(folder);
+                                 ClockChange clock(folder);
+                                 setSystemOffset(*clock, 0);
+                             },
+                             {}});
     resetBoard(target.board(), ResetReason::PowerOn, target.now());
 }
 

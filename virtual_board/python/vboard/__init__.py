@@ -23,6 +23,7 @@ from vboard.errors import (
     BoardVersion,
     NoBoard,
     NotPermitted,
+    ProgramBusy,
     Refused,
 )
 
@@ -39,6 +40,7 @@ __all__ = [
     "Fault",
     "NoBoard",
     "NotPermitted",
+    "ProgramBusy",
     "Refused",
     "Request",
     "Value",

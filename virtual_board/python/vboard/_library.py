@@ -115,7 +115,7 @@ _CALLS: dict[str, list[Any]] = {
     "vboardAwaitChange": [c_void_p, c_uint32, c_uint64],
     "vboardWait": [c_void_p, c_char_p, c_uint64],
     "vboardTime": [c_void_p, POINTER(c_uint64)],
-    "vboardAdvance": [c_void_p, c_uint64],
+    "vboardAdvance": [c_void_p, c_uint64, c_uint64],
     "vboardAddFault": [c_void_p, POINTER(FaultRule), POINTER(c_uint32)],
     "vboardFaults": [c_void_p, POINTER(POINTER(FaultRule)), POINTER(c_uint32)],
     "vboardClearFaults": [c_void_p, POINTER(c_uint32), c_uint32],

@@ -287,15 +287,22 @@ class Board:
         _library.call("vboardTime", self._board, byref(time))
         return time.value / NS_PER_SECOND
 
-    def advance(self, seconds: float) -> None:
-        """Moves a clock that does not move by itself."""
-        _library.call("vboardAdvance", self._board, _nanoseconds(seconds))
+    def advance(self, seconds: float, patience: float = 2) -> None:
+        """Moves a clock that does not move by itself.
+
+        A stepped one goes from deadline to deadline of the board's programs, and it is over when
+        all of them wait again. ProgramBusy names a thread that runs for longer than patience, in
+        seconds of the host.
+        """
+        _library.call(
+            "vboardAdvance", self._board, _nanoseconds(seconds), _nanoseconds(patience)
+        )
 
     def wait(self, condition: str, timeout: float | None = None) -> None:
         """Waits until a condition holds: "fan.1.speed == 0 and supply.2.input == good".
 
         The time-out is in seconds of the board's clock; None: for ever. BoardTimeout tells what is so
-        instead. A virtual clock is moved by it, as by a program that sleeps.
+        instead. A virtual or stepped clock is moved by it, as by advance().
         """
         _library.call("vboardWait", self._board, os.fsencode(condition), _nanoseconds(timeout))
 

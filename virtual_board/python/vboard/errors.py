@@ -88,6 +88,12 @@ class OutOfMemory(BoardError, MemoryError):
     status = 13
 
 
+class ProgramBusy(BoardError):
+    """A program does not wait, so that a stepped clock stands."""
+
+    status = 14
+
+
 _KINDS = {
     kind.status: kind
     for kind in (
@@ -102,6 +108,7 @@ _KINDS = {
         BoardTimeout,
         BoardInUse,
         BoardFull,
+        ProgramBusy,
         OutOfMemory,
     )
 }

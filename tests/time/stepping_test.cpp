@@ -1,0 +1,216 @@
+// Clocks that are stepped.
+
+#include "tests/control/held_board.h"
+#include "tests/support/process.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+class SteppingTest : public ControlTest {
+  protected:
+    SteppingTest() : ControlTest("0x0709", "stepped") {}
+
+    /** Starts a program, and waits until it is on the board. */
+    std::unique_ptr<Process> start(const std::string &way, const std::string &count) {
+        auto program =
+            std::make_unique<Process>(std::vector<std::string>{builtProgram("tick"), way, count},
+                                      boardEnvironment(vboardFolder(board)));
+        EXPECT_TRUE(comesTrue([&] { return program->errors() == "ready\n"; }));
+        return program;
+    }
+    /** The same until it waits. */
+    std::unique_ptr<Process> startTicks(const std::string &way, const std::string &count) {
+        auto program = start(way, count);
+        EXPECT_EQ(advance(0), kDone);
+        return program;
+    }
+
+    std::vector<int32_t> users() const {
+        VBoardUser *list = nullptr;
+        uint32_t count = 0;
+        EXPECT_EQ(vboardUsers(board, &list, &count, nullptr), VBOARD_OK);
+        const Given<VBoardUser> given(list);
+        std::vector<int32_t> pids;
+        for (uint32_t i = 0; i < count; ++i)
+            pids.push_back(list[i].pid);
+        return pids;
+    }
+
+    ControlAnswer advanceNs(uint64_t ns, uint64_t patience = VBOARD_USUAL_PATIENCE) const {
+        return answerOf(
+            [&](VBoardError *error) { return vboardAdvance(board, ns, patience, error); });
+    }
+
+    std::vector<std::string> trace() const {
+        uint64_t position = 0;
+        uint32_t count = 0;
+        VBoardRequest *list = nullptr;
+        EXPECT_EQ(vboardTrace(board, &position, 0, &list, &count, nullptr, nullptr), VBOARD_OK);
+        const Given<VBoardRequest> given(list);
+        std::vector<std::string> lines;
+        for (uint32_t i = 0; i < count; ++i)
+            lines.push_back(std::to_string(list[i].time) + " " + list[i].text);
+        return lines;
+    }
+};
+
+/** What programs print that tick so often, as their clocks do. */
+std::string ticks(unsigned count) {
+    std::string lines;
+    for (unsigned i = 1; i <= count; ++i) {
+        const std::string seconds = std::to_string(i) + ".000000000";
+        lines += seconds + " " + seconds + "\n";
+    }
+    return lines;
+}
+
+/** Ticks of a clock that runs so fast that a timer can expire twice before it is read. */
+long countTicks(const std::string &output) {
+    return std::count(output.begin(), output.end(), ' ') -
+           std::count(output.begin(), output.end(), 'x');
+}
+
+TEST_F(SteppingTest, TheClockStandsUntilItIsAdvanced) {
+    const auto program = startTicks("sleep", "1");
+    EXPECT_EQ(now(), 0u);
+    EXPECT_EQ(advanceNs(kSecond - 1), kDone);
+    EXPECT_EQ(program->output(), "");
+    EXPECT_EQ(advanceNs(1), kDone);
+    EXPECT_EQ(program->wait().out, ticks(1));
+    EXPECT_EQ(now(), kSecond);
+}
+
+TEST_F(SteppingTest, AllWaysSeeTheSameSeconds) {
+    constexpr unsigned kSeconds = 25;
+    std::vector<std::unique_ptr<Process>> programs;
+    for (const char *way :
+         {"sleep", "poll", "select", "epoll", "timerfd", "condition", "semaphore"})
+        programs.push_back(startTicks(way, "1000"));
+    EXPECT_EQ(advance(kSeconds), kDone);
+    for (const auto &program : programs)
+        EXPECT_EQ(program->output(), ticks(kSeconds));
+    EXPECT_EQ(now(), kSeconds * kSecond);
+}
+
+TEST_F(SteppingTest, WhoIsDueAtOnceGoesOnInTurn) {
+    const auto first = startTicks("poll", "3");
+    const auto second = startTicks("condition", "3");
+    EXPECT_EQ(advance(2), kDone);
+    EXPECT_EQ(trace(), (std::vector<std::string>{
+                           "0 step", "0 step", "1000000000 step, ends a wait for descriptors",
+                           "1000000000 step, ends a wait for a lock",
+                           "2000000000 step, ends a wait for descriptors",
+                           "2000000000 step, ends a wait for a lock", "2000000000 step"}));
+}
+
+TEST_F(SteppingTest, TheSameRunGivesTheSameTrace) {
+    std::vector<std::string> traces;
+    for (const char *name : {"first", "second"}) {
+        board = newBoard(name, "0x0709", "stepped");
+        const auto sleeper = startTicks("sleep", "100");
+        const auto timer = startTicks("timerfd", "100");
+        const auto semaphore = startTicks("semaphore", "100");
+        EXPECT_EQ(advance(20), kDone);
+        EXPECT_EQ(advance(20), kDone);
+        traces.push_back(
+            run({builtProgram("vboard"), "trace", "--number-processes", path(name)}).out);
+        const std::string json =
+            run({builtProgram("vboard"), "trace", "--number-processes", "--json", path(name)}).out;
+        EXPECT_NE(json.find("\"pid\":4,"), std::string::npos) << json.substr(0, 500);
+        EXPECT_EQ(json.find("\"pid\":9"), std::string::npos);
+    }
+    EXPECT_EQ(linesOf(traces[0]).size(), 3u + 3 * 40 + 41 + 2); // sleeps are requests as well
+    EXPECT_EQ(traces[0], traces[1]);
+}
+
+TEST_F(SteppingTest, AThreadThatDoesNotWaitIsNamed) {
+    const auto busy = start("spin", "1");
+    ASSERT_EQ(users().size(), 1u);
+    const ControlAnswer answer = advanceNs(kSecond, kSecond / 20);
+    EXPECT_EQ(answer.status, VBOARD_E_BUSY);
+    EXPECT_NE(answer.text.find("(process " + std::to_string(users().front()) +
+                               ") does not wait; the clock stands until it does"),
+              std::string::npos)
+        << answer.text;
+    EXPECT_EQ(now(), 0u);
+    busy->signal(SIGKILL);
+    busy->wait();
+    EXPECT_EQ(advance(1), kDone);
+    EXPECT_EQ(now(), kSecond);
+}
+
+TEST_F(SteppingTest, AProgramThatIsStoppedIsNamed) {
+    const auto program = startTicks("sleep", "5");
+    program->signal(SIGSTOP);
+    const ControlAnswer answer = advanceNs(kSecond, kSecond / 20);
+    EXPECT_EQ(answer.status, VBOARD_E_BUSY);
+    EXPECT_NE(answer.text.find("is stopped; the clock stands until it does"), std::string::npos)
+        << answer.text;
+    program->signal(SIGCONT);
+    EXPECT_EQ(advance(5), kDone);
+    EXPECT_EQ(program->wait().out, ticks(5));
+}
+
+TEST_F(SteppingTest, ThoseWhoWereKilledAreForgotten) {
+    const auto killed = startTicks("sleep", "100");
+    const auto other = startTicks("poll", "2");
+    killed->signal(SIGKILL);
+    killed->wait();
+    EXPECT_EQ(advance(2), kDone);
+    EXPECT_EQ(other->wait().out, ticks(2));
+    for (const std::string &line : trace())
+        EXPECT_EQ(line.find("the clock"), std::string::npos) << line;
+}
+
+TEST_F(SteppingTest, AnotherPaceLetsEverybodyGoOn) {
+    for (const char *way : {"sleep", "epoll", "semaphore", "condition"}) {
+        SCOPED_TRACE(way);
+        ASSERT_EQ(set({{"time", "stepped"}}), kDone);
+        const auto program = startTicks(way, "20");
+        EXPECT_EQ(advance(10), kDone);
+        EXPECT_EQ(program->output(), ticks(10));
+        ASSERT_EQ(set({{"time", "x1000"}}), kDone);
+        EXPECT_EQ(countTicks(program->wait().out), 20);
+    }
+}
+
+TEST_F(SteppingTest, TheRateChangesWhileProgramsWait) {
+    for (const char *way : {"sleep", "epoll", "semaphore", "condition"}) {
+        SCOPED_TRACE(way);
+        ASSERT_EQ(set({{"time", "x0.001"}}), kDone); // a second takes a quarter of an hour
+        const auto program = start(way, "3");
+        ASSERT_EQ(set({{"time", "x1000"}}), kDone);
+        const ProcessResult result = program->wait();
+        EXPECT_EQ(countTicks(result.out), 3) << result.out;
+    }
+}
+
+TEST_F(SteppingTest, WaitsForAConditionMoveItAsProgramsDo) {
+    const auto program = startTicks("poll", "1000");
+    ASSERT_EQ(set({{"fan.1.state", "stuck"}}), kDone);
+    EXPECT_EQ(wait("fan.1.speed == 0", 60 * kSecond), kDone);
+    EXPECT_GT(now(), kSecond);
+    EXPECT_EQ(program->output(), ticks(static_cast<unsigned>(now() / kSecond)));
+    const uint64_t before = now();
+    EXPECT_EQ(wait("fan.1.speed > 0", 3 * kSecond).status, VBOARD_E_TIMEOUT);
+    EXPECT_EQ(now(), before + 3 * kSecond);
+}
+
+TEST_F(SteppingTest, AThousandSecondsTakeTwoOfTheHostsAtMost) {
+    constexpr unsigned kSeconds = 1000;
+    const auto timer = startTicks("timerfd", "2000");
+    const auto poll = startTicks("poll", "2000");
+    const auto began = std::chrono::steady_clock::now();
+    EXPECT_EQ(advance(kSeconds), kDone);
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - began;
+    EXPECT_EQ(timer->output(), ticks(kSeconds));
+    EXPECT_EQ(poll->output(), ticks(kSeconds));
+    RecordProperty("seconds", std::to_string(taken.count()));
+    std::printf("1000 seconds of two programs took %.2f s\n", taken.count());
+}
+
+} // namespace

@@ -1,0 +1,67 @@
+#pragma once
+// Waits of programs whose clocks have a pace of their own.
+
+#include "virtual_board/board/waiters.h"
+#include "virtual_board/os/programs_clock.h"
+
+#include <csignal>
+#include <poll.h>
+
+namespace vb {
+
+/**
+ * The wait of a thread for the programs' time and for something else. The time is looked at again
+ * whenever the clock is changed: somebody calls then.
+ *
+ *     BoardWait wait(kind, deadline);
+ *     while (wait.goesOn())
+ *         ... block until what is waited for is there, or the wait has to go on
+ */
+class BoardWait {
+  public:
+    BoardWait(WaitKind kind, const Deadline &deadline);
+    BoardWait(const BoardWait &) = delete;
+    BoardWait &operator=(const BoardWait &) = delete;
+    ~BoardWait() { end(); }
+
+    /** Looks at the clock; false when the time is over. */
+    bool goesOn();
+    /** What was left of it then, in the programs' time. */
+    uint64_t leftNs() const { return left_; }
+    /** How long the host may be waited for until the clock has to be looked at again. */
+    uint64_t hostNs() const { return hostNs_; }
+
+    /**
+     * Blocks until one of some descriptors is ready. Behind them is a place for one more. As ppoll,
+     * with 0 when the clock has to be looked at. A point of cancellation.
+     */
+    int poll(pollfd *descriptors, nfds_t count, const sigset_t *signals);
+
+    void end();
+
+  private:
+    bool goesOnByItself();
+    bool goesOnUntilCalled(const ProgramsClock &now);
+    bool canBeCalled(const ProgramsClock &now) const;
+    void leave();
+    void listen();
+    void closeWake();
+
+    const WaitKind kind_;
+    const Deadline deadline_;
+    uint64_t left_ = 0;
+    uint64_t timers_ = 0; // until the next of this process is due
+    uint64_t hostNs_ = 0;
+    Waiter *waiter_ = nullptr; // while the clock is stepped
+    int wakeDescriptor_ = -1;
+    kernel::Identity wakeFile_;
+    int cancelState_ = 0;
+    bool holdsSignals_ = false;
+    bool hasLooked_ = false;
+    sigset_t signals_ = {}; // the program's
+};
+
+/** Sleeps until a deadline; what is left in the programs' time when a signal comes, else 0. */
+uint64_t sleepByBoard(const Deadline &deadline);
+
+} // namespace vb

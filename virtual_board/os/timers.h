@@ -1,0 +1,27 @@
+#pragma once
+// Timers of this process that go by the board's clocks.
+
+#include "virtual_board/os/programs_clock.h"
+
+namespace vb {
+
+/** By a clock that is stepped threads go on in turn. */
+enum class Turn { Own, Others };
+
+/**
+ * Sets the kernel's timers to the pace that the clock has; in its own turn a thread also sets off
+ * those of a clock that stands whose time has come. How long the next one has to go, in the
+ * programs' time; UINT64_MAX without one. The caller holds the board's lock.
+ */
+uint64_t serveTimers(const ProgramsClock &now, Turn turn);
+
+/** A child of fork has none of its parent's, but for those of descriptors. */
+void forgetTimersOfParent();
+
+/** Whether a descriptor is of such a timer. */
+bool isTimer(int fd);
+
+/** Counts what has been read from one: how often it has gone off. */
+void takeExpirations(int fd, uint64_t &count);
+
+} // namespace vb
