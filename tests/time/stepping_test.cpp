@@ -143,6 +143,17 @@ TEST_F(SteppingTest, AThreadThatDoesNotWaitIsNamed) {
     EXPECT_EQ(now(), kSecond);
 }
 
+TEST_F(SteppingTest, AProcessWithTheNumberOfAProgramThatHasEndedIsNone) {
+    Process stranger({builtProgram("tick"), "spin", "1"});
+    ASSERT_TRUE(comesTrue([&] { return stranger.errors() == "ready\n"; }));
+    vb::BoardFolder folder;
+    vb::FolderError error = {};
+    ASSERT_TRUE(folder.open(vboardFolder(board), error)) << error.text;
+    noteProgram(folder.board()->waiters, stranger.pid());
+    EXPECT_EQ(advanceNs(kSecond, kSecond / 20), kDone);
+    EXPECT_EQ(now(), kSecond);
+}
+
 TEST_F(SteppingTest, AProgramThatIsStoppedIsNamed) {
     const auto program = startTicks("sleep", "5");
     program->signal(SIGSTOP);

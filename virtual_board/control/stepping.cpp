@@ -3,6 +3,7 @@
 #include "virtual_board/board/clock_change.h"
 #include "virtual_board/control/answer.h"
 #include "virtual_board/control/handle.h"
+#include "virtual_board/control/users.h"
 
 #include <algorithm>
 #include <atomic>
@@ -113,7 +114,7 @@ Stepper::Look Stepper::look() const {
 }
 
 void Stepper::settle() const {
-    const uint64_t began = vb::kernel::clockNow(CLOCK_MONOTONIC);
+    uint64_t began = vb::kernel::clockNow(CLOCK_MONOTONIC);
     Look before = look();
     int still = 0;
     for (int tries = 0;; ++tries) {
@@ -127,8 +128,11 @@ void Stepper::settle() const {
             forgetLeftBehind(now);
         if (now != before)
             still = 0;
-        if (vb::kernel::clockNow(CLOCK_MONOTONIC) - began > patienceNs_)
-            failBusy(now);
+        if (vb::kernel::clockNow(CLOCK_MONOTONIC) - began > patienceNs_) {
+            if (!forgetStrangers())
+                failBusy(now);
+            began = vb::kernel::clockNow(CLOCK_MONOTONIC);
+        }
         before = std::move(now);
         pauseBriefly(tries);
     }
@@ -146,6 +150,21 @@ void Stepper::forgetLeftBehind(const Look &look) const {
             stateOf(*waiter) == vb::WaiterState::Called && waiter->kind != vb::WaitKind::Lock)
             endWait(*waiter);
     }
+}
+
+/** The number of a program that has ended may be another process's; whether there was one. */
+bool Stepper::forgetStrangers() const {
+    const std::vector<User> users = usersOf(folder_.path());
+    bool isFound = false;
+    for (int32_t &program : waitersOf(folder_).program) {
+        const bool isUser = std::any_of(users.begin(), users.end(),
+                                        [&](const User &user) { return user.pid == program; });
+        if (program == 0 || program == getpid() || isUser)
+            continue;
+        isFound = isFound || vb::kernel::isProcess(program);
+        std::atomic_ref(program).store(0);
+    }
+    return isFound;
 }
 
 void Stepper::failBusy(const Look &look) const {

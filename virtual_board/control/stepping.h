@@ -42,6 +42,7 @@ class Stepper {
     bool callNext(uint64_t until) const;
     void step(uint64_t ns, int32_t pid, language::StepEnds ends) const;
     void forgetLeftBehind(const Look &look) const;
+    bool forgetStrangers() const;
     [[noreturn]] void failBusy(const Look &look) const;
 
     const vb::BoardFolder &folder_;
