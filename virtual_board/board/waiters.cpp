@@ -10,23 +10,22 @@ namespace vb {
 
 namespace {
 
-// Whoever waits looks at its state without the board's lock.
-WaiterState stateOf(Waiter &waiter) {
-    return std::atomic_ref(waiter.state).load();
-}
-
 bool isBefore(const Waiter &a, const Waiter &b) {
     return a.dueNs != b.dueNs ? a.dueNs < b.dueNs : a.number < b.number;
 }
 
 } // namespace
 
-Waiter *beginWait(Waiters &waiters, int32_t pid, int32_t thread, WaitKind kind, uint64_t dueNs) {
+WaiterState stateOf(Waiter &waiter) {
+    return std::atomic_ref(waiter.state).load();
+}
+
+Waiter *beginWait(Waiters &waiters, int32_t pid, int32_t thread, WaitKind kind) {
     const auto free = std::find_if(std::begin(waiters.waiter), std::end(waiters.waiter),
                                    [](Waiter &w) { return stateOf(w) == WaiterState::Free; });
     if (free == std::end(waiters.waiter))
         return nullptr;
-    free->dueNs = dueNs;
+    free->dueNs = UINT64_MAX;
     free->number = waiters.waits++;
     free->pid = pid;
     free->thread = thread;

@@ -40,8 +40,11 @@ struct Waiters {
     uint32_t padding;
 };
 
-/** Begins a thread's wait; null when too many wait. */
-Waiter *beginWait(Waiters &waiters, int32_t pid, int32_t thread, WaitKind kind, uint64_t dueNs);
+/** Where a thread's wait is; it can change at any time, without the board's lock. */
+WaiterState stateOf(Waiter &waiter);
+
+/** Begins a thread's wait, for no moment yet; null when too many wait. */
+Waiter *beginWait(Waiters &waiters, int32_t pid, int32_t thread, WaitKind kind);
 void endWait(Waiter &waiter);
 bool isCalled(Waiter &waiter);
 

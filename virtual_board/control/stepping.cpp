@@ -24,10 +24,6 @@ vb::Waiters &waitersOf(const vb::BoardFolder &folder) {
     return folder.board()->waiters;
 }
 
-vb::WaiterState stateOf(vb::Waiter &waiter) {
-    return std::atomic_ref(waiter.state).load();
-}
-
 /** The processes that have started on the board, or wait on it. */
 std::vector<int32_t> processesOn(vb::Waiters &waiters) {
     std::vector<int32_t> processes;
@@ -55,10 +51,9 @@ vb::Waiter *waiterOf(vb::Waiters &waiters, int32_t thread) {
 /** Forgets those who were killed while they waited. */
 void forgetDead(vb::Waiters &waiters, const std::vector<Thread> &threads) {
     for (vb::Waiter &waiter : waiters.waiter) {
-        const bool isThere = std::any_of(threads.begin(), threads.end(), [&](const Thread &thread) {
-            return thread.id == waiter.thread;
-        });
-        if (!isThere && stateOf(waiter) != vb::WaiterState::Free)
+        const auto isIt = [&](const Thread &thread) { return thread.id == waiter.thread; };
+        if (stateOf(waiter) != vb::WaiterState::Free &&
+            std::none_of(threads.begin(), threads.end(), isIt))
             endWait(waiter);
     }
 }
@@ -146,8 +141,8 @@ void Stepper::forgetLeftBehind(const Look &look) const {
     vb::Waiters &waiters = waitersOf(folder_);
     for (const Thread &thread : look.threads) {
         vb::Waiter *waiter = waiterOf(waiters, thread.id);
-        if (thread.state == 'S' && waiter != nullptr &&
-            stateOf(*waiter) == vb::WaiterState::Called && waiter->kind != vb::WaitKind::Lock)
+        if (thread.state == 'S' && waiter != nullptr && isCalled(*waiter) &&
+            waiter->kind != vb::WaitKind::Lock)
             endWait(*waiter);
     }
 }
@@ -171,8 +166,7 @@ void Stepper::failBusy(const Look &look) const {
     vb::Waiters &waiters = waitersOf(folder_);
     for (const Thread &thread : look.threads) {
         vb::Waiter *waiter = waiterOf(waiters, thread.id);
-        const bool isCalled = waiter != nullptr && stateOf(*waiter) == vb::WaiterState::Called;
-        if (thread.state == 'S' && !isCalled)
+        if (thread.state == 'S' && (waiter == nullptr || !isCalled(*waiter)))
             continue;
         const std::string name = thread.id == thread.pid
                                      ? "process " + std::to_string(thread.pid)

@@ -4,6 +4,7 @@
 #include "virtual_board/control/answer.h"
 #include "virtual_board/control/given.h"
 #include "virtual_board/control/handle.h"
+#include "virtual_board/control/threads.h"
 
 #include <filesystem>
 #include <fstream>
@@ -26,13 +27,6 @@ bool hasMapped(const fs::path &process, const std::string &file) {
     return false;
 }
 
-std::string programOf(const fs::path &process) {
-    std::string name;
-    std::ifstream file(process / "comm");
-    std::getline(file, name);
-    return name;
-}
-
 } // namespace
 
 std::vector<User> usersOf(const std::string &folder) {
@@ -43,7 +37,7 @@ std::vector<User> usersOf(const std::string &folder) {
         const auto pid =
             language::readNumber<int32_t>(process.path().filename().string(), 1, INT32_MAX);
         if (pid.has_value() && *pid != getpid() && hasMapped(process.path(), state))
-            users.push_back({*pid, programOf(process.path())});
+            users.push_back({*pid, programOf(*pid)});
     }
     return users;
 }

@@ -2,6 +2,7 @@
 
 #include "virtual_board/board/lock.h"
 #include "virtual_board/os/descriptor_waits.h"
+#include "virtual_board/os/durations.h"
 #include "virtual_board/os/seam.h"
 #include "virtual_board/os/timers.h"
 
@@ -17,7 +18,6 @@ namespace vb {
 
 namespace {
 
-constexpr uint64_t kNsPerSecond = 1000000000;
 constexpr uint64_t kNever = UINT64_MAX;
 constexpr uint64_t kLongNs = 1000 * kNsPerSecond;
 
@@ -49,12 +49,12 @@ void endWaitOf(void *wait) {
 } // namespace
 
 BoardWait::BoardWait(WaitKind kind, const Deadline &deadline) : kind_(kind), deadline_(deadline) {
+    if (kind_ == WaitKind::Lock)
+        return;
     // One that came between a look at the clock and a poll would not end that.
-    if (kind_ != WaitKind::Lock)
-        blockSignals(signals_);
-    if (kind_ != WaitKind::Lock)
-        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState_);
-    holdsSignals_ = kind_ != WaitKind::Lock;
+    blockSignals(signals_);
+    pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelState_);
+    holdsSignals_ = true;
 }
 
 void BoardWait::end() {
@@ -137,7 +137,7 @@ bool BoardWait::goesOnUntilCalled(const ProgramsClock &now) {
     if (left_ == 0 && (waiter_ == nullptr || isCalled(*waiter_)))
         return false;
     if (waiter_ == nullptr)
-        waiter_ = beginWait(waiters(), getpid(), kernel::threadId(), kind_, 0);
+        waiter_ = beginWait(waiters(), getpid(), kernel::threadId(), kind_);
     if (waiter_ == nullptr)
         return true;
     waiter_->dueNs = now.boardNs() + soonest;
@@ -148,9 +148,7 @@ bool BoardWait::goesOnUntilCalled(const ProgramsClock &now) {
 
 int BoardWait::poll(pollfd *descriptors, nfds_t count, const sigset_t *signals) {
     descriptors[count] = {wakeDescriptor_, 0, 0};
-    const uint64_t ns = std::min(hostNs_, kLongNs);
-    const timespec timeout = {static_cast<time_t>(ns / kNsPerSecond),
-                              static_cast<long>(ns % kNsPerSecond)};
+    const auto timeout = durationOf<timespec>(std::min(hostNs_, kLongNs));
     int ready = 0;
     pthread_cleanup_push(endWaitOf, this);
     pthread_setcancelstate(cancelState_, nullptr);

@@ -151,7 +151,7 @@ VB_SEAM_THRD_SLEEP(thrd_sleep, timespec)
 VB_SEAM_THRD_SLEEP(__thrd_sleep64, vb::Timespec64)
 
 void vb::letTimePass(uint64_t ns) {
-    if (clockDifference() == Difference::Pace) {
+    if (waitsByBoard()) {
         sleepByBoard(Deadline::in(ns));
         return;
     }
