@@ -1,5 +1,7 @@
 #include "language/texts.h"
 
+#include <sstream>
+
 namespace language {
 
 namespace {
@@ -35,6 +37,14 @@ std::string shortened(const std::string &text, size_t longest) {
 std::string quoted(const std::string &word) {
     constexpr size_t kLongest = 60;
     return "'" + shortened(printable(word), kLongest) + "'";
+}
+
+std::vector<std::string> linesOf(const std::string &text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
 }
 
 std::string listed(const std::vector<std::string> &words, const std::string &last) {

@@ -21,6 +21,9 @@ std::string shortened(const std::string &text, size_t longest);
 /** A word of the user's or of a file's in a message: short, printable, between quotes. */
 std::string quoted(const std::string &word);
 
+/** The lines of a text, without their ends. */
+std::vector<std::string> linesOf(const std::string &text);
+
 /** Words in a sentence: "read, write or any". */
 std::string listed(const std::vector<std::string> &words, const std::string &last);
 

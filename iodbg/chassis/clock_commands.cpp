@@ -44,7 +44,7 @@ BspCalendar parseTime(const std::string &word) {
     return {time.second, time.minute, time.hour, time.day, time.month - 1, time.year - kFirstYear};
 }
 
-ExitCode set(Console &console, const BspCalendar &wanted) {
+ExitCode setClock(Console &console, const BspCalendar &wanted) {
     const BspCalendar before = readChip().time;
     require(ioRealtimeSet(&wanted), "set the clock chip");
     const ChipTime chip = readChip();
@@ -91,7 +91,7 @@ void defineClock(Command &clock) {
         "TIME", "'now' (the system clock), or local time like 2026-11-21T12:34:56",
         offering("now", [time](const std::string &word) { *time = parseTime(word); }));
     setCommand.example("iodbg clock set now").example("iodbg clock set 2026-11-21T12:34:56");
-    setCommand.does([time](Console &console) { return set(console, *time); });
+    setCommand.does([time](Console &console) { return setClock(console, *time); });
     clock.command("sync", "Set the system clock from the chip")
         .detail("That takes root.")
         .example("iodbg clock sync")

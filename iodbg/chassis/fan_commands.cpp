@@ -15,7 +15,7 @@ namespace {
 
 constexpr Item kLevelItem[] = {{"level", "Level (1-10)", readFanLevel}};
 
-ExitCode show(Console &console) {
+ExitCode showFans(Console &console) {
     Model model;
     require(readModel(model), "read the device id");
     Report report;
@@ -26,7 +26,7 @@ ExitCode show(Console &console) {
     return console.print(report);
 }
 
-ExitCode set(Console &console, uint32_t level) {
+ExitCode setFans(Console &console, uint32_t level) {
     require(ioFanSpeedSet(1, static_cast<int32_t>(level)), "set the fans' level");
     uint32_t stored = 0;
     require(readFanLevel(stored), "read the fans' level back");
@@ -43,13 +43,13 @@ ExitCode set(Console &console, uint32_t level) {
 }
 
 void defineFan(Command &fan) {
-    fan.command("get", "Show level, presence and speed").example("iodbg fan get").does(show);
+    fan.command("get", "Show level, presence and speed").example("iodbg fan get").does(showFans);
     const auto level = std::make_shared<uint32_t>(0);
     Command &setCommand = fan.command("set", "Set the level of all fans and read it back");
     setCommand.argument("LEVEL", "1 (slowest) to 10",
                         numberWithin(*level, BSP_FAN_LEVEL_MIN, BSP_FAN_LEVEL_MAX));
     setCommand.example("iodbg fan set 5");
-    setCommand.does([level](Console &console) { return set(console, *level); });
+    setCommand.does([level](Console &console) { return setFans(console, *level); });
 }
 
 } // namespace

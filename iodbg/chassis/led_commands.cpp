@@ -12,7 +12,7 @@ namespace iodbg {
 
 namespace {
 
-ExitCode show(Console &console) {
+ExitCode showLamps(Console &console) {
     Report report;
     addPanelLamps(report);
     addPoeLamps(report);
@@ -30,7 +30,7 @@ int32_t send(const LampKind &kind, const Setting &setting) {
     return ioLedStateSet(0, setting.lamp, kind.number, 0, setting.state);
 }
 
-ExitCode set(Console &console, const LampKind &kind, const Setting &setting) {
+ExitCode setLamp(Console &console, const LampKind &kind, const Setting &setting) {
     const std::string name = "LED " + std::string(kind.word) +
                              (kind.index == nullptr ? "" : " " + std::to_string(setting.lamp));
     requireInRange(send(kind, setting), "set " + name);
@@ -82,13 +82,13 @@ void addSet(Command &setGroup, const LampKind &kind) {
     command.argument("STATE", statesOf(kind),
                      offering(statesOf(kind), stateOf(kind, setting->state)));
     command.example(kind.example);
-    command.does([&kind, setting](Console &console) { return set(console, kind, *setting); });
+    command.does([&kind, setting](Console &console) { return setLamp(console, kind, *setting); });
 }
 
 void defineLed(Command &led) {
     led.detail("These are the lamps of the PoE ports, too.").example("iodbg led");
-    led.does(show);
-    led.command("get", "Show the lamps").example("iodbg led get --json").does(show);
+    led.does(showLamps);
+    led.command("get", "Show the lamps").example("iodbg led get --json").does(showLamps);
     Command &setGroup = led.group("set", "Set a lamp and read it back");
     for (const LampKind &kind : kLampKinds)
         addSet(setGroup, kind);

@@ -10,7 +10,7 @@ namespace iodbg {
 
 namespace {
 
-ExitCode show(Console &console) {
+ExitCode showTemperature(Console &console) {
     Section section = {"", "", {}};
     for (const Temperature &temperature : kTemperatures) {
         Cell celsius;
@@ -26,7 +26,7 @@ void addTemperatureCommand(Command &root) {
     root.command("temperature", "Show the board's temperature")
         .onlyAfter(requireKernelModule)
         .example("iodbg temperature")
-        .does(show);
+        .does(showTemperature);
 }
 
 } // namespace iodbg

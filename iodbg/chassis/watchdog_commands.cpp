@@ -44,7 +44,7 @@ ExitCode verify(Console &console, uint32_t wanted) {
     return printPeriod(console, period);
 }
 
-ExitCode set(Console &console, uint32_t period) {
+ExitCode setPeriod(Console &console, uint32_t period) {
     require(ioWatchdogPeriodSet(period), "set the watchdog's period");
     return verify(console, period);
 }
@@ -117,7 +117,7 @@ void defineWatchdog(Command &watchdog) {
     setCommand.argument("PERIOD", "0-63, in the CPLD's units; 0 stops it",
                         number(*period, BSP_WATCHDOG_PERIOD_MAX));
     setCommand.example("iodbg watchdog set 10");
-    setCommand.does([period](Console &console) { return set(console, *period); });
+    setCommand.does([period](Console &console) { return setPeriod(console, *period); });
 
     const auto feeding = std::make_shared<Feeding>();
     Command &feedCommand = watchdog.command("feed", "Feed it, once or again and again");

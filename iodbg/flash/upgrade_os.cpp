@@ -21,27 +21,28 @@ namespace iodbg {
 namespace {
 
 // What the steps take at least, roughly.
-constexpr uint32_t kEraseMs = 2; // a block
-constexpr uint32_t kBytesPerMsWritten = 2048;
-constexpr uint32_t kBytesPerMsRead = 8192;
+constexpr uint32_t kMsPerBlockErased = 2; // a block
+constexpr uint32_t kImageBytesPerMsWritten = 2048;
+constexpr uint32_t kImageBytesPerMsRead = 8192;
 constexpr uint32_t kHeaderMs = 50;
 
-enum Step : size_t { kErase, kWrite, kHeader, kCompare };
+enum ImageStep : size_t { kEraseBank, kWriteImage, kWriteHeader, kCompareBank };
 
-std::vector<WorkStep> stepsFor(const FlashPartition &bank, uint64_t size) {
-    return {{"erase the bank", static_cast<uint32_t>(bank.size() / bank.blockSize()) * kEraseMs},
-            {"write the image", msFor(size, kBytesPerMsWritten)},
+std::vector<WorkStep> imageSteps(const FlashPartition &bank, uint64_t size) {
+    return {{"erase the bank",
+             static_cast<uint32_t>(bank.size() / bank.blockSize()) * kMsPerBlockErased},
+            {"write the image", msFor(size, kImageBytesPerMsWritten)},
             {"write the copy of its header block", kHeaderMs},
-            {"read back and compare", msFor(size, kBytesPerMsRead)}};
+            {"read back and compare", msFor(size, kImageBytesPerMsRead)}};
 }
 
 /** The step that begins with a command of the library's. */
-Step stepOf(const std::string &command) {
+ImageStep stepOf(const std::string &command) {
     if (command.starts_with("flash_erase"))
-        return kErase;
+        return kEraseBank;
     const bool isImage =
         command.starts_with("nandwrite") && !command.starts_with("nandwrite -q -p -s");
-    return isImage ? kWrite : kHeader;
+    return isImage ? kWriteImage : kWriteHeader;
 }
 
 uint64_t checkImage(const std::string &file, const FlashPartition &bank) {
@@ -98,10 +99,10 @@ std::string headerText(const FlashPartition &bank, int32_t status, const Bytes &
 
 Verdict judge(const FlashPartition &bank, const Content &content, uint32_t number,
               Progress &progress) {
-    progress.reach(kCompare, 0);
+    progress.reach(kCompareBank, 0);
     Verdict verdict;
     verdict.comparison = compare(bank, content, Layout::AroundBadBlocks, [&](uint64_t bytes) {
-        progress.reach(kCompare, msFor(bytes, kBytesPerMsRead));
+        progress.reach(kCompareBank, msFor(bytes, kImageBytesPerMsRead));
     });
     Bytes header;
     const Bytes expected = headerOf(content);
@@ -158,7 +159,7 @@ ExitCode upgradeOs(Console &console, const UpgradeArguments &arguments) {
     if (!goOn(section, plan, arguments))
         return console.print({{section}, {}});
 
-    Progress progress(console, "upgrade os", stepsFor(bank, content.fileSize));
+    Progress progress(console, "upgrade os", imageSteps(bank, content.fileSize));
     bool isTouched = false;
     int32_t status = BSP_OK;
     {
@@ -166,11 +167,11 @@ ExitCode upgradeOs(Console &console, const UpgradeArguments &arguments) {
         const CommandWatch watch([&](const std::string &command) {
             isTouched = true;
             reading.reset();
-            const Step step = stepOf(command);
+            const ImageStep step = stepOf(command);
             progress.reach(step, 0);
-            if (step == kWrite)
+            if (step == kWriteImage)
                 reading.emplace(arguments.file, [&progress](uint64_t bytes) {
-                    progress.reach(kWrite, msFor(bytes, kBytesPerMsWritten));
+                    progress.reach(kWriteImage, msFor(bytes, kImageBytesPerMsWritten));
                 });
         });
         const HeaderTurn turn(HeaderTurn::Length::Long);

@@ -8,9 +8,9 @@
 #include "iodbg/poe/tour.h"
 #include "iodbg/unit/commands.h"
 #include "iodbg/unit/watch_round.h"
+#include "language/texts.h"
 
 #include <optional>
-#include <sstream>
 #include <unistd.h>
 
 namespace iodbg {
@@ -43,8 +43,7 @@ Report answerOf(const Round &round) {
 }
 
 void addLines(std::vector<ScreenLine> &lines, const std::string &text) {
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
+    for (const std::string &line : language::linesOf(text))
         lines.push_back({line});
 }
 

@@ -136,6 +136,13 @@ TEST(ValuesTest, WordsInMessagesArePrintableAndShort) {
     EXPECT_EQ(about("LEVEL", [] { return 7; }), 7);
 }
 
+TEST(ValuesTest, TextsHaveLines) {
+    EXPECT_EQ(linesOf(""), std::vector<std::string>{});
+    EXPECT_EQ(linesOf("\n"), std::vector<std::string>{""});
+    EXPECT_EQ(linesOf("one\n\nthree\n"), (std::vector<std::string>{"one", "", "three"}));
+    EXPECT_EQ(linesOf("one\nlast"), (std::vector<std::string>{"one", "last"}));
+}
+
 TEST(ValuesTest, NumbersAreWrittenAsTheyAreRead) {
     EXPECT_EQ(hex16Text(0x709), "0x0709");
     EXPECT_EQ(thousandths(54000), "54.000");

@@ -23,11 +23,11 @@ bool copyThroughPipe(char *to, const char *from, size_t length) {
         return false;
     bool isCopied = true;
     for (size_t done = 0; isCopied && done < length;) {
-        const size_t piece = std::min(length - done, kPieceOfPipe);
-        const auto whole = static_cast<ssize_t>(piece);
-        isCopied = kernel::write(ends[1], from + done, piece) == whole &&
-                   kernel::read(ends[0], to + done, piece) == whole;
-        done += piece;
+        const size_t size = std::min(length - done, kPieceOfPipe);
+        const auto whole = static_cast<ssize_t>(size);
+        isCopied = kernel::write(ends[1], from + done, size) == whole &&
+                   kernel::read(ends[0], to + done, size) == whole;
+        done += size;
     }
     kernel::close(ends[0]);
     kernel::close(ends[1]);

@@ -13,22 +13,22 @@ namespace vboard {
 namespace {
 
 constexpr uint64_t kNsPerMs = 1000000;
-constexpr uint32_t kMostMs = 4000000000; // 46 days
+constexpr uint32_t kLongestMs = 4000000000; // 46 days
 
-struct Arguments {
+struct AdvanceArguments {
     std::string folder;
     uint32_t ms = 0;
     uint32_t patienceMs = VBOARD_USUAL_PATIENCE / kNsPerMs;
 };
 
 void defineAdvance(Command &command) {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<AdvanceArguments>();
     addFolder(command, arguments->folder);
     command.argument("SECONDS", "By how much; 0 waits until all programs wait",
-                     seconds(arguments->ms, 0, kMostMs));
+                     seconds(arguments->ms, 0, kLongestMs));
     command
         .option("--patience", "SECONDS", "How long, in real time, a thread may run until it waits",
-                seconds(arguments->patienceMs, 1, kMostMs))
+                seconds(arguments->patienceMs, 1, kLongestMs))
         .usually("2");
     command
         .detail(

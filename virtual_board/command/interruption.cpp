@@ -15,7 +15,7 @@ constexpr size_t kMostGroups = 32;
 constexpr size_t kLongestPlace = 256;
 
 // What a handler of signals can look at. It is changed while they wait.
-char place[kLongestPlace];
+char placeNow[kLongestPlace];
 pid_t groups[kMostGroups]; // 0: none
 struct sigaction before[std::size(kSignals)];
 
@@ -48,7 +48,7 @@ extern "C" void endWork(int signal) {
             kill(-leader, SIGKILL);
     }
     say("vboard: interrupted at ");
-    say(place);
+    say(placeNow);
     say("\n");
     std::signal(signal, SIG_DFL);
     raise(signal); // comes when this handler is left
@@ -75,8 +75,8 @@ Interruptible::~Interruptible() {
 void setPlaceOfWork(const std::string &text) {
     const Quiet quiet;
     const size_t length = std::min(text.size(), kLongestPlace - 1);
-    std::memcpy(place, text.data(), length);
-    place[length] = '\0';
+    std::memcpy(placeNow, text.data(), length);
+    placeNow[length] = '\0';
 }
 
 bool addGroup(pid_t leader) {

@@ -50,7 +50,7 @@ std::vector<const json *> membersOf(const json &document, const std::string &pat
     return found;
 }
 
-std::string textOf(const json &value) {
+std::string valueText(const json &value) {
     return value.is_string() ? value.get<std::string>()
                              : value.dump(-1, ' ', false, json::error_handler_t::replace);
 }
@@ -67,7 +67,7 @@ std::optional<double> numberIn(const std::string &text) {
 bool isEqual(const json &value, const std::string &text) {
     if (value.is_number())
         return numberIn(text) == value.get<double>();
-    return textOf(value) == text;
+    return valueText(value) == text;
 }
 
 /** Whether two numbers are so in order; nothing else has one. */
@@ -113,7 +113,7 @@ std::string listed(const std::vector<const json *> &found) {
     constexpr size_t kLongest = 200;
     std::string text;
     for (const json *value : found)
-        text += (text.empty() ? "" : ", ") + textOf(*value);
+        text += (text.empty() ? "" : ", ") + valueText(*value);
     return language::shortened(language::printable(text), kLongest);
 }
 

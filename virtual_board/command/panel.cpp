@@ -1,6 +1,7 @@
 // `vboard panel`.
 
 #include "command_line/screen.h"
+#include "language/texts.h"
 #include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/interrupt.h"
@@ -8,7 +9,6 @@
 
 #include <cstdio>
 #include <memory>
-#include <sstream>
 #include <unistd.h>
 #include <vector>
 
@@ -20,14 +20,6 @@ std::string drawn(VBoard *board, bool hasColours) {
     return textOf([&](char **text, VBoardError *error) {
         return vboardPanel(board, hasColours ? 1 : 0, text, error);
     });
-}
-
-std::vector<std::string> linesOf(const std::string &text) {
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
 }
 
 void definePanel(Command &command) {
@@ -73,8 +65,9 @@ void printPanel(const std::string &folder, bool isWatching, double intervalSecon
         const auto screen = terminal::sizeOf(STDOUT_FILENO);
         const std::string panel = drawn(board, screen && terminal::wantsColours());
         const bool isRedrawn = isWatching && screen;
-        std::fputs((isRedrawn ? terminal::picture(linesOf(panel), *screen) : panel).c_str(),
-                   stdout);
+        std::fputs(
+            (isRedrawn ? terminal::picture(language::linesOf(panel), *screen) : panel).c_str(),
+            stdout);
     } while (std::fflush(stdout) == 0 && isWatching && rounds.pause(intervalSeconds));
 }
 

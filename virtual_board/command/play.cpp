@@ -18,16 +18,16 @@ namespace vboard {
 
 namespace {
 
-struct Arguments {
+struct PlayArguments {
     std::string folder, file;
     bool asJson = false;
     bool isChecking = false; // nothing is played
 };
 
 /** Prints what becomes of each step, and of all. */
-class Printer {
+class Progress {
   public:
-    Printer(const Scenario &scenario, bool asJson)
+    Progress(const Scenario &scenario, bool asJson)
         : scenario_(scenario), asJson_(asJson),
           hasTerminal_(!asJson && terminal::sizeOf(STDOUT_FILENO).has_value()) {}
 
@@ -67,7 +67,7 @@ std::string failureText(const Scenario &scenario, const Step &step, const std::s
 /** Does step by step. */
 class Play {
   public:
-    Play(const Board &board, const Scenario &scenario, const Printer &printer)
+    Play(const Board &board, const Scenario &scenario, const Progress &printer)
         : scenario_(scenario), printer_(printer), player_(board) {}
 
     void run() {
@@ -116,25 +116,25 @@ class Play {
     }
 
     const Scenario &scenario_;
-    const Printer &printer_;
+    const Progress &printer_;
     Player player_;
     size_t passed_ = 0;
     uint64_t timeNs_ = 0;
 };
 
-void play(const Arguments &arguments) {
+void play(const PlayArguments &arguments) {
     const Board board(arguments.folder);
     const Scenario scenario = readScenario(arguments.file);
     checkScenario(scenario, arguments.folder);
     if (arguments.isChecking)
         return;
     const Interruptible work;
-    const Printer printer(scenario, arguments.asJson);
+    const Progress printer(scenario, arguments.asJson);
     Play(board, scenario, printer).run();
 }
 
 void definePlay(Command &command) {
-    const auto arguments = std::make_shared<Arguments>();
+    const auto arguments = std::make_shared<PlayArguments>();
     addFolder(command, arguments->folder);
     command.argument("FILE", "The scenario, a file of TOML; '-': standard input",
                      {text(arguments->file), {{}, Offers::Files::Paths, nullptr}});

@@ -1,6 +1,7 @@
 #include "virtual_board/command/play_report.h"
 
 #include "language/texts.h"
+#include "language/times.h"
 
 #include <cstdio>
 #include <nlohmann/json.hpp>
@@ -22,14 +23,9 @@ Json optional(const std::string &text) {
 
 /** "12.345" */
 std::string timeText(uint64_t ns) {
-    constexpr uint64_t kNsPerMs = 1000000;
-    constexpr uint64_t kMsPerSecond = 1000;
-    const uint64_t ms = ns / kNsPerMs;
-    char text[32];
-    std::snprintf(text, sizeof(text), "%llu.%03u",
-                  static_cast<unsigned long long>(ms / kMsPerSecond),
-                  static_cast<unsigned>(ms % kMsPerSecond));
-    return text;
+    constexpr size_t kFinerDigits = 6;
+    const std::string text = language::secondsText(ns);
+    return text.substr(0, text.size() - kFinerDigits);
 }
 
 /** What a step is called: its title, or else what it does. */

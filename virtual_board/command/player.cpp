@@ -24,16 +24,6 @@ constexpr uint64_t kStepNs = kSecond / 10;
 /** How often a program's output is looked at, in the host's time. */
 constexpr int kLookEveryMs = 5;
 
-std::vector<std::string> linesOf(const std::string &text) {
-    std::vector<std::string> lines;
-    size_t begin = 0;
-    for (size_t end = 0; (end = text.find('\n', begin)) != std::string::npos; begin = end + 1)
-        lines.push_back(text.substr(begin, end - begin));
-    if (begin < text.size())
-        lines.push_back(text.substr(begin));
-    return lines;
-}
-
 /** The documents in a text: the text itself, or lines of it. */
 std::vector<json> documentsIn(const std::string &text) {
     std::vector<json> documents;
@@ -44,7 +34,7 @@ std::vector<json> documentsIn(const std::string &text) {
         return !documents.empty();
     };
     if (!take(text)) {
-        for (const std::string &line : linesOf(text))
+        for (const std::string &line : language::linesOf(text))
             take(line);
     }
     return documents;
@@ -52,9 +42,9 @@ std::vector<json> documentsIn(const std::string &text) {
 
 /** The last line of what a program has said, for a sentence about it. */
 std::string lastWords(const Program &program) {
-    std::vector<std::string> lines = linesOf(program.errors());
+    std::vector<std::string> lines = language::linesOf(program.errors());
     if (lines.empty())
-        lines = linesOf(program.output());
+        lines = language::linesOf(program.output());
     return lines.empty() ? "" : "; it said " + language::quoted(lines.back());
 }
 
@@ -86,7 +76,7 @@ bool sees(const std::string &part, const language::Condition &condition, size_t 
     const size_t end = part.rfind('\n');
     if (end == std::string::npos)
         return false;
-    for (const std::string &line : linesOf(part.substr(0, end + 1))) {
+    for (const std::string &line : language::linesOf(part.substr(0, end + 1))) {
         seen += line.size() + 1;
         const json document = json::parse(line, nullptr, false);
         if (document.is_discarded())

@@ -31,8 +31,8 @@ const Property &rowNamed(const std::string &name) {
 }
 
 void listProperties(const std::string &pattern, bool asJson) {
-    const std::string description = textOf([&](char **json, VBoardError *error) {
-        return vboardDescribe(pattern.empty() ? nullptr : pattern.c_str(), json, error);
+    const std::string description = textOf([&](char **text, VBoardError *error) {
+        return vboardDescribe(pattern.empty() ? nullptr : pattern.c_str(), text, error);
     });
     const auto rows = nlohmann::ordered_json::parse(description);
     if (asJson) {

@@ -64,7 +64,7 @@ bool isBefore(const Place &a, const Place &b) {
 
 // Values as steps have them; others are refused.
 
-std::string textOf(const toml::node &node) {
+std::string nodeText(const toml::node &node) {
     const std::string *text = node.is_string() ? &node.as_string()->get() : nullptr;
     if (text == nullptr || text->empty() || text->find('\0') != std::string::npos)
         throw Refused("give a text");
@@ -106,7 +106,7 @@ int32_t exitCodeOf(const toml::node &node) {
 /** A command line of the shell's, or a program with its words. */
 Strings programOf(const toml::node &node) {
     if (node.is_string())
-        return {"sh", "-c", textOf(node)};
+        return {"sh", "-c", nodeText(node)};
     Strings words;
     if (const toml::array *array = node.as_array()) {
         for (const toml::node &word : *array)
@@ -118,11 +118,11 @@ Strings programOf(const toml::node &node) {
 }
 
 PlacedText placedText(const toml::node &node) {
-    return {textOf(node), placeOf(node)};
+    return {nodeText(node), placeOf(node)};
 }
 
 PlacedText conditionOf(const toml::node &node) {
-    language::parseCondition(textOf(node));
+    language::parseCondition(nodeText(node));
     return placedText(node);
 }
 
@@ -214,7 +214,7 @@ struct StepKey {
 
 constexpr StepKey kStepKeys[] = {
     {"title", "title = \"the fan fails\"", "", false,
-     [](Step &step, const toml::node &node, Complaints &) { step.title = textOf(node); }},
+     [](Step &step, const toml::node &node, Complaints &) { step.title = nodeText(node); }},
     {"at", "at = 60", "", false,
      [](Step &step, const toml::node &node, Complaints &) { step.atNs = secondsOf(node); }},
     {"after", "after = 2.5", "", false,
@@ -451,7 +451,7 @@ void readAll(Scenario &scenario, const toml::table &table, Complaints &complaint
     for (const auto &[key, node] : table) {
         if (key == kTitle)
             complaints.about(placeOf(key), [&, &value = node] {
-                scenario.title = language::about(kTitle, [&] { return textOf(value); });
+                scenario.title = language::about(kTitle, [&] { return nodeText(value); });
             });
         else if (key == kStep)
             readSteps(scenario, node, complaints);

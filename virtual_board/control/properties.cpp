@@ -24,8 +24,8 @@ VBoardProperty *give(const std::vector<vb::Property> &properties) {
                            &VBoardProperty::note});
 }
 
-std::vector<vb::Property> read(const vb::BoardFolder &folder,
-                               const std::vector<std::string> &names) {
+std::vector<vb::Property> readProperties(const vb::BoardFolder &folder,
+                                         const std::vector<std::string> &names) {
     const LockedBoard board(folder);
     return names.empty() ? vb::properties(folder) : vb::selectedProperties(folder, names);
 }
@@ -46,7 +46,7 @@ int32_t vboardGet(VBoard *board, const char *const *names, uint32_t nameCount,
             vboard::require(names[i], "a name");
             words.emplace_back(names[i]);
         }
-        const std::vector<vb::Property> found = vboard::read(board->folder, words);
+        const std::vector<vb::Property> found = vboard::readProperties(board->folder, words);
         *properties = vboard::give(found);
         *count = static_cast<uint32_t>(found.size());
     });

@@ -13,16 +13,16 @@ namespace flash_tools {
 
 namespace {
 
-constexpr char kTool[] = "flash_erase";
+constexpr char kFlashErase[] = "flash_erase";
 
-struct Order {
+struct FlashEraseOrder {
     std::string device;
     int64_t start = 0, blocks = 0;
     bool isQuiet = false, takesBadBlocks = false;
 };
 
 int refuse() {
-    return complain(kTool, "Try `--help' for more information");
+    return complain(kFlashErase, "Try `--help' for more information");
 }
 
 bool checkOperands(const Arguments &operands) {
@@ -33,16 +33,16 @@ bool checkOperands(const Arguments &operands) {
     // One too many is as good as none.
     const size_t given = operands.size() > 3 ? 0 : operands.size();
     for (size_t i = given; i < 3; ++i)
-        complain(kTool, "%s", kMissing[i]);
+        complain(kFlashErase, "%s", kMissing[i]);
     return false;
 }
 
-int eraseBlocks(const Order &order) {
-    Partition partition(kTool, order.device);
+int eraseBlocks(const FlashEraseOrder &order) {
+    Partition partition(kFlashErase, order.device);
     if (!partition.open(O_RDWR))
-        return complainSystem(kTool, "%s", order.device.c_str());
+        return complainSystem(kFlashErase, "%s", order.device.c_str());
     if (!partition.getInfo())
-        return complain(kTool, "mtd_get_dev_info failed");
+        return complain(kFlashErase, "mtd_get_dev_info failed");
     const uint32_t size = partition.info().erasesize;
     const uint64_t first = static_cast<uint64_t>(order.start) / size;
     const uint64_t all = partition.info().size / size;
@@ -50,16 +50,18 @@ int eraseBlocks(const Order &order) {
     if (first == 0 && end == all && !order.takesBadBlocks) {
         if (partition.eraseBlocks(0, static_cast<uint32_t>(all)))
             return kDone;
-        complainSystem(kTool, "%s: MTD Erase entire chip failureTrying one by one each sector.",
+        complainSystem(kFlashErase,
+                       "%s: MTD Erase entire chip failureTrying one by one each sector.",
                        order.device.c_str());
     }
     for (uint64_t block = first; block < end; ++block) {
         const uint64_t offset = block * size;
         const int bad = order.takesBadBlocks ? 0 : partition.isBad(offset);
         if (bad < 0)
-            return complainSystem(kTool, "%s: MTD get bad block failed", order.device.c_str());
+            return complainSystem(kFlashErase, "%s: MTD get bad block failed",
+                                  order.device.c_str());
         if (bad > 0 && !order.isQuiet)
-            std::printf("%s: Skipping bad block at %08llx\n", kTool,
+            std::printf("%s: Skipping bad block at %08llx\n", kFlashErase,
                         static_cast<unsigned long long>(offset));
         if (bad > 0)
             continue;
@@ -68,7 +70,7 @@ int eraseBlocks(const Order &order) {
                         static_cast<unsigned long long>(offset),
                         static_cast<unsigned long long>((block - first) * 100 / (end - first)));
         if (!partition.eraseBlocks(offset))
-            complainSystem(kTool, "%s: MTD Erase failure", order.device.c_str());
+            complainSystem(kFlashErase, "%s: MTD Erase failure", order.device.c_str());
     }
     if (!order.isQuiet)
         std::printf("\n");
@@ -80,14 +82,14 @@ int eraseBlocks(const Order &order) {
 int eraseFlash(const Arguments &arguments) {
     const CommandLine line = parse(
         arguments, {{"q", "quiet", false}, {"q", "silent", false}, {"N", "noskipbad", false}});
-    Order order;
+    FlashEraseOrder order;
     for (const ParsedOption &option : line.options) {
         order.isQuiet |= option.letter == 'q';
         order.takesBadBlocks |= option.letter == 'N';
     }
     const bool isComplete = checkOperands(line.isGood ? line.operands : Arguments{});
-    if (!isComplete || !parseNumber(kTool, "strtoull", line.operands[1], order.start) ||
-        !parseNumber(kTool, "strtoul", line.operands[2], order.blocks))
+    if (!isComplete || !parseNumber(kFlashErase, "strtoull", line.operands[1], order.start) ||
+        !parseNumber(kFlashErase, "strtoul", line.operands[2], order.blocks))
         return refuse();
     order.device = line.operands[0];
     return eraseBlocks(order);

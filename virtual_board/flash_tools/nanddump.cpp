@@ -16,13 +16,12 @@ namespace flash_tools {
 
 namespace {
 
-constexpr char kTool[] = "nanddump";
-constexpr uint8_t kErased = 0xFF;
+constexpr char kNandDump[] = "nanddump";
 
 /** What becomes of bad blocks. */
 enum class BadBlocks { Pad, Dump, Skip };
 
-struct Order {
+struct NandDumpOrder {
     std::string device, file;
     int64_t start = 0, length = 0;
     BadBlocks method = BadBlocks::Skip;
@@ -52,7 +51,7 @@ bool writeAll(int fd, const uint8_t *data, size_t length) {
     return true;
 }
 
-bool dumpPages(const Order &order, const Partition &partition, int output) {
+bool dumpPages(const NandDumpOrder &order, const Partition &partition, int output) {
     const uint64_t pageSize = partition.info().writesize;
     const uint64_t blockSize = partition.info().erasesize;
     const uint64_t size = partition.info().size;
@@ -67,7 +66,7 @@ bool dumpPages(const Order &order, const Partition &partition, int output) {
             knownBlock = offset / blockSize;
             bad = partition.isBad(knownBlock * blockSize);
             if (bad < 0) {
-                complain(kTool, "libmtd: mtd_is_bad");
+                complain(kNandDump, "libmtd: mtd_is_bad");
                 return false;
             }
         }
@@ -79,25 +78,25 @@ bool dumpPages(const Order &order, const Partition &partition, int output) {
         if (bad > 0) {
             std::fill(page.begin(), page.end(), kErased);
         } else if (!partition.readPage(offset, page.data())) {
-            complain(kTool, "mtd_read");
+            complain(kNandDump, "mtd_read");
             return false;
         }
         if (!writeAll(output, page.data(), static_cast<size_t>(std::min(pageSize, end - offset)))) {
-            complain(kTool, "Unable to write to output");
+            complain(kNandDump, "Unable to write to output");
             return false;
         }
     }
     return true;
 }
 
-int dump(const Order &order) {
-    Partition partition(kTool, order.device);
+int dump(const NandDumpOrder &order) {
+    Partition partition(kNandDump, order.device);
     if (!partition.open(O_RDONLY)) {
         std::perror(order.device.c_str());
         return kFailed;
     }
     if (!partition.getInfo())
-        return complain(kTool, "mtd_get_dev_info failed");
+        return complain(kNandDump, "mtd_get_dev_info failed");
     constexpr mode_t kMode = 0644;
     const bool isStandardOutput = order.file.empty() || order.file == "-";
     const int output = isStandardOutput
@@ -138,7 +137,7 @@ int dumpNand(const Arguments &arguments) {
                                                {"f", "file", true},
                                                {"l", "length", true},
                                                {"s", "startaddress", true}});
-    Order order;
+    NandDumpOrder order;
     bool isGood = line.isGood;
     for (const ParsedOption &option : line.options) {
         order.isQuiet |= option.letter == 'q';
@@ -146,20 +145,20 @@ int dumpNand(const Arguments &arguments) {
         if (option.letter == 'f')
             order.file = option.value;
         if (option.letter == 's')
-            isGood &= parseNumber(kTool, "strtoll", option.value, order.start);
+            isGood &= parseNumber(kNandDump, "strtoll", option.value, order.start);
         if (option.letter == 'l')
-            isGood &= parseNumber(kTool, "strtoll", option.value, order.length);
+            isGood &= parseNumber(kNandDump, "strtoll", option.value, order.length);
         if (option.letter == 'b')
             isGood &= parseMethod(option.value, order.method);
     }
     if (order.start < 0)
-        return complain(kTool, "Can't specify negative offset with option -s: %lld",
+        return complain(kNandDump, "Can't specify negative offset with option -s: %lld",
                         static_cast<long long>(order.start));
     if (order.length < 0)
-        return complain(kTool, "Can't specify negative length with option -l: %lld",
+        return complain(kNandDump, "Can't specify negative length with option -l: %lld",
                         static_cast<long long>(order.length));
     if (!isGood || line.operands.size() != 1)
-        return refuseUsage(kTool);
+        return refuseUsage(kNandDump);
     order.device = line.operands[0];
     return dump(order);
 }

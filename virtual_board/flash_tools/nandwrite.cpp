@@ -19,11 +19,10 @@ namespace flash_tools {
 
 namespace {
 
-constexpr char kTool[] = "nandwrite";
-constexpr uint8_t kErased = 0xFF;
+constexpr char kNandWrite[] = "nandwrite";
 constexpr char kStandardInput[] = "-";
 
-struct Order {
+struct NandWriteOrder {
     std::string device, file;
     int64_t start = 0;
     bool isQuiet = false, pads = false, marksBad = false, takesBadBlocks = false;
@@ -32,7 +31,8 @@ struct Order {
 /** A run of the tool: where it is in the file and on the device. */
 class Writer {
   public:
-    explicit Writer(Order order) : order_(std::move(order)), partition_(kTool, order_.device) {}
+    explicit Writer(NandWriteOrder order)
+        : order_(std::move(order)), partition_(kNandWrite, order_.device) {}
     Writer(const Writer &) = delete;
     Writer &operator=(const Writer &) = delete;
     ~Writer() {
@@ -60,7 +60,7 @@ class Writer {
     bool isAllWritten() const { return remaining_ == 0 && next_ == block_.size(); }
     bool isFull() const { return offset_ >= size() && next_ == block_.size(); }
 
-    Order order_;
+    NandWriteOrder order_;
     Partition partition_;
     int file_ = -1;
     uint64_t offset_ = 0;        // on the device
@@ -87,7 +87,7 @@ bool Writer::openFile() {
 bool Writer::measureFile() {
     struct stat info = {};
     if (fstat(file_, &info) != 0) {
-        complainSystem(kTool, "unable to stat input image");
+        complainSystem(kNandWrite, "unable to stat input image");
         return false;
     }
     remaining_ = static_cast<uint64_t>(info.st_size);
@@ -102,7 +102,7 @@ bool Writer::measureFile() {
                      "bytes\n",
                      static_cast<unsigned long long>(remaining_), pageSize(),
                      partition_.info().oobsize, static_cast<unsigned long long>(size()));
-        complainSystem(kTool, "Input file does not fit into device");
+        complainSystem(kNandWrite, "Input file does not fit into device");
         return false;
     }
     return true;
@@ -123,7 +123,7 @@ bool Writer::enterBlock() {
         }
         const int bad = order_.takesBadBlocks ? 0 : partition_.isBad(enteredBlock_);
         if (bad < 0) {
-            complainSystem(kTool, "%s: MTD get bad block failed", order_.device.c_str());
+            complainSystem(kNandWrite, "%s: MTD get bad block failed", order_.device.c_str());
             return false;
         }
         if (bad == 0)
@@ -181,7 +181,7 @@ bool Writer::giveBlockUp() {
                  static_cast<unsigned long long>(start + blockSize() - 1));
     if (!partition_.eraseBlocks(start)) {
         const int error = errno;
-        complainSystem(kTool, "%s: MTD Erase failure", order_.device.c_str());
+        complainSystem(kNandWrite, "%s: MTD Erase failure", order_.device.c_str());
         if (error != EIO)
             return false;
     }
@@ -189,7 +189,7 @@ bool Writer::giveBlockUp() {
         std::fprintf(stderr, "Marking block at %08llx bad\n",
                      static_cast<unsigned long long>(start));
         if (!partition_.markBad(start)) {
-            complainSystem(kTool, "%s: MTD Mark bad block failure", order_.device.c_str());
+            complainSystem(kNandWrite, "%s: MTD Mark bad block failure", order_.device.c_str());
             return false;
         }
     }
@@ -202,7 +202,7 @@ bool Writer::writePage() {
     if (!partition_.writePage(offset_, block_.data() + next_)) {
         if (errno == EIO)
             return giveBlockUp();
-        complainSystem(kTool, "%s: MTD write failure", order_.device.c_str());
+        complainSystem(kNandWrite, "%s: MTD write failure", order_.device.c_str());
         return false;
     }
     offset_ += pageSize();
@@ -221,18 +221,18 @@ bool Writer::writePages() {
 
 int Writer::run() {
     if (!partition_.open(O_RDWR))
-        return complainSystem(kTool, "%s", order_.device.c_str());
+        return complainSystem(kNandWrite, "%s", order_.device.c_str());
     if (!partition_.getInfo())
-        return complain(kTool, "mtd_get_dev_info failed");
+        return complain(kNandWrite, "mtd_get_dev_info failed");
     offset_ = static_cast<uint64_t>(order_.start);
     if (offset_ % pageSize() != 0)
-        return complain(kTool,
+        return complain(kNandWrite,
                         "The start address is not page-aligned !\n"
                         "The pagesize of this NAND Flash is 0x%x.\n",
                         pageSize());
     if (openFile() && writePages())
         return kDone;
-    return complainSystem(kTool, "Data was only partially written due to error");
+    return complainSystem(kNandWrite, "Data was only partially written due to error");
 }
 
 } // namespace
@@ -243,20 +243,20 @@ int writeNand(const Arguments &arguments) {
                                                {"m", "markbad", false},
                                                {"N", "noskipbad", false},
                                                {"s", "start", true}});
-    Order order;
+    NandWriteOrder order;
     for (const ParsedOption &option : line.options) {
         order.isQuiet |= option.letter == 'q';
         order.pads |= option.letter == 'p';
         order.marksBad |= option.letter == 'm';
         order.takesBadBlocks |= option.letter == 'N';
-        if (option.letter == 's' && !parseNumber(kTool, "strtoll", option.value, order.start))
-            return refuseUsage(kTool);
+        if (option.letter == 's' && !parseNumber(kNandWrite, "strtoll", option.value, order.start))
+            return refuseUsage(kNandWrite);
     }
     if (order.start < 0)
-        return complain(kTool, "Can't specify negative device offset with option -s: %lld",
+        return complain(kNandWrite, "Can't specify negative device offset with option -s: %lld",
                         static_cast<long long>(order.start));
     if (!line.isGood || line.operands.empty() || line.operands.size() > 2)
-        return refuseUsage(kTool);
+        return refuseUsage(kNandWrite);
     order.device = line.operands[0];
     order.file = line.operands.size() == 2 ? line.operands[1] : kStandardInput;
     return Writer(order).run();

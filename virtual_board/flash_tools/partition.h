@@ -7,6 +7,8 @@
 
 namespace flash_tools {
 
+constexpr uint8_t kErased = 0xFF; // a byte
+
 /** An open flash partition. */
 class Partition {
   public:

@@ -72,7 +72,7 @@ void parsePath(FaultRule &rule, const std::string &path) {
     std::memcpy(rule.path, tidy, length + 1);
 }
 
-void parseDevice(FaultRule &rule, const std::string &text) {
+void parseFaultDevice(FaultRule &rule, const std::string &text) {
     constexpr char kI2cPrefix[] = "i2c:";
     if (text.starts_with('/')) {
         rule.device = FaultDevice::File;
@@ -171,7 +171,7 @@ void parseEffect(FaultRule &rule, const std::string &text) {
 
 FaultRule parseFault(const FaultWords &words) {
     FaultRule rule{};
-    parseDevice(rule, words.device);
+    parseFaultDevice(rule, words.device);
     rule.op = rowOf(kFaultOps, words.op, "an operation").value;
     parseOffset(rule, words.offset);
     rule.nth = numberOf(words.nth, 1, UINT32_MAX, "a count of requests");
