@@ -103,6 +103,18 @@ def test_time_is_moved_by_hands(board):
         board.wait("fan.2.speed == 0", timeout=1)
 
 
+def test_time_does_not_go_back(board):
+    for use in (
+        lambda: board.advance(-1),
+        lambda: board.advance(1, patience=-0.5),
+        lambda: board.wait("fan.1.state == stuck", timeout=-1),
+        lambda: board.await_change(board.changes, timeout=-1),
+    ):
+        with pytest.raises(ValueError, match="time does not go back"):
+            use()
+    assert board.time == 0
+
+
 @pytest.mark.board(time="real")
 def test_waits_for_what_others_do(board):
     before = board.changes

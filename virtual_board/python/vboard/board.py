@@ -36,7 +36,11 @@ def _is_pattern(name: str) -> bool:
 
 
 def _nanoseconds(seconds: float | None) -> int:
-    return _library.FOR_EVER if seconds is None else round(seconds * NS_PER_SECOND)
+    if seconds is None:
+        return _library.FOR_EVER
+    if seconds < 0:
+        raise ValueError(f"{seconds} seconds: time does not go back")
+    return round(seconds * NS_PER_SECOND)
 
 
 def models() -> dict[str, str]:
