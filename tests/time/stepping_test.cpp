@@ -4,8 +4,6 @@
 #include "tests/support/process.h"
 
 #include <algorithm>
-#include <chrono>
-#include <cstdio>
 #include <memory>
 
 namespace {
@@ -209,19 +207,6 @@ TEST_F(SteppingTest, WaitsForAConditionMoveItAsProgramsDo) {
     const uint64_t before = now();
     EXPECT_EQ(wait("fan.1.speed > 0", 3 * kSecond).status, VBOARD_E_TIMEOUT);
     EXPECT_EQ(now(), before + 3 * kSecond);
-}
-
-TEST_F(SteppingTest, AThousandSecondsTakeTwoOfTheHostsAtMost) {
-    constexpr unsigned kSeconds = 1000;
-    const auto timer = startTicks("timerfd", "2000");
-    const auto poll = startTicks("poll", "2000");
-    const auto began = std::chrono::steady_clock::now();
-    EXPECT_EQ(advance(kSeconds), kDone);
-    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - began;
-    EXPECT_EQ(timer->output(), ticks(kSeconds));
-    EXPECT_EQ(poll->output(), ticks(kSeconds));
-    RecordProperty("seconds", std::to_string(taken.count()));
-    std::printf("1000 seconds of two programs took %.2f s\n", taken.count());
 }
 
 } // namespace
