@@ -31,6 +31,14 @@ def tick(pytestconfig):
     return program
 
 
+def test_a_program_is_waited_for_from_its_start(tick):
+    with Board.create("0x0709", time="stepped") as board:
+        started = board.start([tick, "sleep", "3"], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        board.advance(3)
+        output, _ = started.communicate(timeout=60)
+        assert output.split() == [b"1.000000000"] * 2 + [b"2.000000000"] * 2 + [b"3.000000000"] * 2
+
+
 def _seconds_seen(board, programs, folder):
     """What each sees of the seconds that pass at once, the steps, and how long the host took."""
     folder.mkdir()

@@ -187,6 +187,7 @@ void look(VBoard *board, int round) {
     VBoardUser *users = nullptr;
     expect(vboardUsers(board, &users, &count, &error), error);
     vboardFree(users);
+    expect(vboardExpectProgram(board, getpid(), &error), error);
 }
 
 /** Opens it once more meanwhile. */

@@ -43,6 +43,11 @@ class SteppingTest : public ControlTest {
             [&](VBoardError *error) { return vboardAdvance(board, ns, patience, error); });
     }
 
+    ControlAnswer expectProgram(int32_t process) const {
+        return answerOf(
+            [&](VBoardError *error) { return vboardExpectProgram(board, process, error); });
+    }
+
     std::vector<std::string> trace() const {
         uint64_t position = 0;
         uint32_t count = 0;
@@ -144,12 +149,20 @@ TEST_F(SteppingTest, AThreadThatDoesNotWaitIsNamed) {
 TEST_F(SteppingTest, AProcessWithTheNumberOfAProgramThatHasEndedIsNone) {
     Process stranger({builtProgram("tick"), "spin", "1"});
     ASSERT_TRUE(comesTrue([&] { return stranger.errors() == "ready\n"; }));
-    vb::BoardFolder folder;
-    vb::FolderError error = {};
-    ASSERT_TRUE(folder.open(vboardFolder(board), error)) << error.text;
-    noteProgram(folder.board()->waiters, stranger.pid());
+    EXPECT_EQ(expectProgram(stranger.pid()), kDone);
     EXPECT_EQ(advanceNs(kSecond, kSecond / 20), kDone);
     EXPECT_EQ(now(), kSecond);
+}
+
+TEST_F(SteppingTest, AProgramThatIsExpectedIsWaitedForBeforeItIsOnTheBoard) {
+    Process program({builtProgram("tick"), "sleep", "3"}, boardEnvironment(vboardFolder(board)));
+    EXPECT_EQ(expectProgram(program.pid()), kDone);
+    EXPECT_EQ(advance(3), kDone);
+    EXPECT_EQ(program.wait().out, ticks(3));
+    for (const int32_t process : {0, -1})
+        EXPECT_EQ(
+            expectProgram(process),
+            (ControlAnswer{VBOARD_E_ARGUMENT, "there is no process " + std::to_string(process)}));
 }
 
 TEST_F(SteppingTest, AProgramThatIsStoppedIsNamed) {

@@ -141,6 +141,58 @@ TEST_F(PlayCommandTest, AProgramIsJudgedByItsEndAndItsOutput) {
                  "it still ran after 0.1 s of the host's time");
 }
 
+TEST_F(PlayCommandTest, AProgramOnSteppedTimeSeesTheSameInEveryRun) {
+    const std::string file = "[[step]]\nrun = \"sleep 3\"\n"
+                             "[[step]]\nrun = \"true\"\n"
+                             "[[step]]\nrun = \"sleep 0.05\"\n"
+                             "[[step]]\nrun = \"while sleep 1; do echo '{\\\"a\\\": 1}'; done\"\n"
+                             "background = true\nas = \"p\"\n"
+                             "[[step]]\nset.fan.1.state = \"stuck\"\n" // it sleeps by then
+                             "[[step]]\nfrom = \"p\"\nexpect = \"a == 1\"\n";
+    Words traces;
+    for (const char *name : {"first", "second"}) {
+        vboard({"create", "--model", "0x0709", "--time", "stepped", path(name)});
+        write(file);
+        const ProcessResult result =
+            run({builtProgram("vboard"), "play", path(name), path("x.toml")}, environment());
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(
+            result.out,
+            "      3.000  passed  line 2    run sleep 3\n"
+            "      3.000  passed  line 4    run true\n"
+            "      3.100  passed  line 6    run sleep 0.05\n"
+            "      3.100  passed  line 8    run while sleep 1; do echo '{\"a\": 1}'; done, in "
+            "the background\n"
+            "      3.100  passed  line 12   set fan.1.state = stuck\n"
+            "      4.100  passed  line 15   expect a == 1 from p\n"
+            "passed: 6 steps, 4.100 s on the board's clock\n");
+        traces.push_back(vboard({"trace", "--number-processes", path(name)}));
+    }
+    EXPECT_EQ(traces[0], traces[1]);
+}
+
+TEST_F(PlayCommandTest, AProgramOnSteppedTimeThatDoesNotWait) {
+    vboard({"set", board(), "time", "stepped"});
+    // What is run in the foreground has its limit,
+    ProcessResult result = play("[[step]]\nrun = \"while true; do true; done\"\nlimit = 0.1\n");
+    EXPECT_EQ(result.exitCode, 5);
+    EXPECT_NE(result.err.find(": it still ran after 0.1 s of the host's time: sh (process "),
+              std::string::npos)
+        << result.err;
+    EXPECT_TRUE(result.err.ends_with(") does not wait; the clock stands until it does\n"))
+        << result.err;
+    // and any other keeps the clock from moving, as it does for 'vboard advance'.
+    result = play("[[step]]\nrun = \"kill -STOP $$\"\nbackground = true\n"
+                  "[[step]]\nadvance = 1\n",
+                  {"--json"});
+    EXPECT_EQ(result.exitCode, 4);
+    EXPECT_EQ(result.err.find("vboard: x.toml:5: advance 1 s: sh (process "), 0u) << result.err;
+    EXPECT_TRUE(result.err.ends_with(") is stopped; the clock stands until it does\n"));
+    EXPECT_NE(linesOf(result.out).back().find("\"passed\":false,\"line\":5,"), std::string::npos)
+        << result.out;
+    EXPECT_EQ(vboard({"get", board(), "clock"}), "0.000000000\n");
+}
+
 TEST_F(PlayCommandTest, AProgramIsRunEachSecondUntilItIsAsExpected) {
     const std::string step =
         "[[step]]\nrun = \"echo >> runs; echo {\\\\\\\"a\\\\\\\": $(wc -l < runs)}\"\n"

@@ -14,7 +14,8 @@ namespace vboard {
 /** A call that has failed. */
 class CallFailed : public language::Refused {
   public:
-    explicit CallFailed(const VBoardError &error) : Refused(error.text), status_(error.status) {}
+    explicit CallFailed(const VBoardError &error) : CallFailed(error.status, error.text) {}
+    CallFailed(int32_t status, const std::string &reason) : Refused(reason), status_(status) {}
 
     int32_t status() const { return status_; }
 

@@ -34,10 +34,8 @@ void Hands::clearFaults(const std::string &name) {
     });
 }
 
-void Hands::advance(uint64_t ns) const {
-    call([&](VBoardError *error) {
-        return vboardAdvance(board_, ns, VBOARD_USUAL_PATIENCE, error);
-    });
+void Hands::advance(uint64_t ns, uint64_t patienceNs) const {
+    call([&](VBoardError *error) { return vboardAdvance(board_, ns, patienceNs, error); });
 }
 
 } // namespace vboard

@@ -20,7 +20,8 @@ class Hands {
     void addFault(const Step &step);
     /** Those of a name, or all. */
     void clearFaults(const std::string &name);
-    void advance(uint64_t ns) const;
+    /** So long, of the host's time, a program may run until it waits. */
+    void advance(uint64_t ns, uint64_t patienceNs = VBOARD_USUAL_PATIENCE) const;
 
   private:
     const Board &board_;

@@ -78,9 +78,11 @@ class Play {
             } catch (const NotAsExpected &difference) {
                 tell(step, difference.what());
                 fail(step, difference.what());
+            } catch (const CallFailed &failure) {
+                stop(step, failure.what());
+                throw CallFailed(failure.status(), failureText(scenario_, step, failure.what()));
             } catch (const std::exception &failure) {
-                tell(step, failure.what());
-                end(&step, failure.what());
+                stop(step, failure.what());
                 throw language::Refused(failureText(scenario_, step, failure.what()));
             }
             tell(step, "");
@@ -95,6 +97,12 @@ class Play {
   private:
     void tell(const Step &step, const std::string &reason) {
         printer_.step({&step, passed_ + 1, time(), reason});
+    }
+
+    /** Ends the play at a step that cannot be done. */
+    void stop(const Step &step, const std::string &reason) {
+        tell(step, reason);
+        end(&step, reason);
     }
 
     void end(const Step *failed, const std::string &reason) {

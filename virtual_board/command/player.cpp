@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <chrono>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace vboard {
@@ -92,6 +93,29 @@ std::string secondsText(uint64_t ns) {
     return language::durationText(ns) + " s";
 }
 
+/** How long a program may run, in the host's time. */
+class Limit {
+  public:
+    explicit Limit(const Step &step)
+        : allNs_(step.limitNs), end_(HostClock::now() + std::chrono::nanoseconds(allNs_)) {}
+
+    uint64_t leftNs() const {
+        const std::chrono::nanoseconds left = end_ - HostClock::now();
+        return static_cast<uint64_t>(std::max<int64_t>(left.count(), 0));
+    }
+
+    /** Throws NotAsExpected when it is over. */
+    void judge(const Program &program, const std::string &why) const {
+        if (leftNs() == 0)
+            throw NotAsExpected("it still ran after " + secondsText(allNs_) +
+                                " of the host's time" + why + lastWords(program));
+    }
+
+  private:
+    const uint64_t allNs_;
+    const HostClock::time_point end_;
+};
+
 } // namespace
 
 Player::Player(const Board &board, std::chrono::milliseconds mostSilence)
@@ -111,7 +135,14 @@ bool Player::isTime(const std::string &mode) const {
     return board_.properties({"time"}).begin()->value == mode;
 }
 
+/** Lets the programs in the background come to rest, where they can. */
+void Player::settle() const {
+    if (!programs_.empty() && isTime("stepped"))
+        hands_.advance(0);
+}
+
 void Player::play(const Step &step) {
+    settle();
     awaitMoment(step);
     switch (step.deed) {
     case Deed::Wait:
@@ -201,15 +232,30 @@ std::string Player::runOnce(const Step &step) const {
 
 /** Waits for the end of a program, which moves the clock by itself, or is moved by it. */
 void Player::awaitEnd(Program &program, const Step &step) const {
-    const bool isStepped = isTime("stepped");
-    const auto limit = HostClock::now() + std::chrono::nanoseconds(step.limitNs);
-    while (!program.awaitEnd(isStepped ? 1 : kLookEveryMs)) {
-        if (HostClock::now() >= limit)
-            throw NotAsExpected("it still ran after " + secondsText(step.limitNs) +
-                                " of the host's time" + lastWords(program));
-        if (isStepped)
-            hands_.advance(kStepNs);
+    if (isTime("stepped")) {
+        awaitEndByStepping(program, step);
+        return;
     }
+    const Limit limit(step);
+    while (!program.awaitEnd(kLookEveryMs))
+        limit.judge(program, "");
+}
+
+/** The clock is moved only while the program waits; what it computes takes its limit alone. */
+void Player::awaitEndByStepping(Program &program, const Step &step) const {
+    const Limit limit(step);
+    std::string busy;
+    uint64_t ns = 0;
+    do {
+        limit.judge(program, busy);
+        try {
+            hands_.advance(std::exchange(ns, kStepNs), limit.leftNs());
+        } catch (const CallFailed &failure) {
+            if (failure.status() != VBOARD_E_BUSY)
+                throw;
+            busy = std::string(": ") + failure.what();
+        }
+    } while (!program.awaitEnd(1));
 }
 
 std::vector<Player::Running>::iterator Player::running(const std::string &name) {

@@ -55,6 +55,7 @@ class Player {
 
     uint64_t now() const;
     bool isTime(const std::string &mode) const;
+    void settle() const;
     std::vector<Running>::iterator running(const std::string &name);
 
     void awaitMoment(const Step &step) const;
@@ -65,6 +66,7 @@ class Player {
     void runInForeground(const Step &step) const;
     std::string runOnce(const Step &step) const;
     void awaitEnd(Program &program, const Step &step) const;
+    void awaitEndByStepping(Program &program, const Step &step) const;
     void stop(const std::string &name);
     void expect(const Step &step);
     void expectLine(const Step &step);

@@ -133,8 +133,10 @@ Program::Program(VBoard *board, const std::vector<std::string> &words)
     : output_(newFile("output")), errors_(newFile("errors")),
       id_(start(board, words, output_.get(), errors_.get())), process_(pidfd_open(id_, 0)) {
     const int reason = errno;
-    if (process_.get() >= 0 && addGroup(id_))
+    if (process_.get() >= 0 && addGroup(id_)) {
+        vboardExpectProgram(board, id_, nullptr); // the next call tells of a board that is gone
         return;
+    }
     noteEnd();
     errno = process_.get() < 0 ? reason : EAGAIN;
     failToStart(words[0]);

@@ -30,7 +30,8 @@ class OpenFile {
  * this goes is ended. */
 class Program {
   public:
-    /** Starts it; throws Refused when that cannot be, or it would not be on the board. */
+    /** Starts it; throws Refused when that cannot be, or it would not be on the board. A stepped
+     * clock stands from now on until it waits. */
     Program(VBoard *board, const std::vector<std::string> &words);
     Program(const Program &) = delete;
     Program &operator=(const Program &) = delete;

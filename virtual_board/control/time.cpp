@@ -51,3 +51,14 @@ int32_t vboardAdvance(VBoard *board, uint64_t time, uint64_t patience, VBoardErr
         }
     });
 }
+
+int32_t vboardExpectProgram(VBoard *board, int32_t process, VBoardError *error) {
+    return vboard::answer(error, [&] {
+        vboard::require(board, "board");
+        if (process <= 0)
+            throw vboard::Failure(VBOARD_E_ARGUMENT,
+                                  "there is no process " + std::to_string(process));
+        const vboard::LockedBoard locked(board->folder);
+        noteProgram(locked->waiters, process);
+    });
+}

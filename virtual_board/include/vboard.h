@@ -372,6 +372,18 @@ VBOARD_API int32_t vboardTime(VBoard *board, uint64_t *time, VBoardError *error)
  */
 VBOARD_API int32_t vboardAdvance(VBoard *board, uint64_t time, uint64_t patience,
                                  VBoardError *error);
+
+/**
+ * Tells of a process that was just started with vboardEnvironment() and becomes a program of a
+ * board, which takes it some milliseconds: from now on, and not only from then, a stepped clock
+ * stands until it waits. One that does not become a program is forgotten.
+ *
+ * @param[in] board    the board
+ * @param[in] process  its process id
+ * @param[out] error   why it failed; may be null
+ * @return VBOARD_OK; VBOARD_E_ARGUMENT
+ */
+VBOARD_API int32_t vboardExpectProgram(VBoard *board, int32_t process, VBoardError *error);
 /** @} */
 
 /* ---------------------------------------------------------------------------------------------- */

@@ -104,6 +104,7 @@ _CALLS: dict[str, list[Any]] = {
     "vboardUpgrade": [c_char_p],
     "vboardOpen": [c_char_p, POINTER(c_void_p)],
     "vboardUsers": [c_void_p, POINTER(POINTER(User)), POINTER(c_uint32)],
+    "vboardExpectProgram": [c_void_p, c_int32],
     "vboardGet": [
         c_void_p,
         POINTER(c_char_p),

@@ -411,8 +411,13 @@ class Board:
     def start(
         self, program: Sequence[str | os.PathLike[str]], **arguments: Any
     ) -> subprocess.Popen[Any]:
-        """Starts a program on the board as subprocess.Popen does, whose arguments it takes."""
-        return subprocess.Popen(program, **self._started(program, arguments))
+        """Starts a program on the board as subprocess.Popen does, whose arguments it takes.
+
+        A stepped clock stands from now on until it waits.
+        """
+        process = subprocess.Popen(program, **self._started(program, arguments))
+        _library.call("vboardExpectProgram", self._board, process.pid)
+        return process
 
     def _started(
         self, program: Sequence[str | os.PathLike[str]], arguments: dict[str, Any]
