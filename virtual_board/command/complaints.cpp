@@ -3,16 +3,14 @@
 #include "language/texts.h"
 
 #include <algorithm>
-#include <tuple>
 
 namespace vboard {
 
 void Complaints::refuse(const std::string &file) {
     if (found_.empty())
         return;
-    std::stable_sort(found_.begin(), found_.end(), [](const Complaint &a, const Complaint &b) {
-        return std::tie(a.place.line, a.place.column) < std::tie(b.place.line, b.place.column);
-    });
+    std::stable_sort(found_.begin(), found_.end(),
+                     [](const Complaint &a, const Complaint &b) { return a.place < b.place; });
     std::string text;
     for (const Complaint &complaint : found_)
         text += (text.empty() ? "" : "\n") + file + ":" + std::to_string(complaint.place.line) +

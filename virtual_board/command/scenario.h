@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace vboard {
@@ -14,6 +15,10 @@ namespace vboard {
 struct Place {
     uint32_t line = 0;
     uint32_t column = 0;
+
+    bool operator<(const Place &other) const {
+        return std::tie(line, column) < std::tie(other.line, other.column);
+    }
 };
 
 /** A text of the file. */
