@@ -1,7 +1,7 @@
 /*
  * A program that waits by the board's time where that is easily got wrong.
  *
- * usage: waiters pass-on|forks|refusals|many|few|zombies
+ * usage: waiters timers|sockets|cancelled|pass-on|forks|refusals|many|few|zombies
  *
  * It says on standard error when it begins.
  */
@@ -20,6 +20,7 @@
 #include <sys/epoll.h>
 #include <sys/resource.h>
 #include <sys/select.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
 #include <sys/timerfd.h>
@@ -80,6 +81,35 @@ static long readVector(int fd) {
         return 100 + errno;
     memcpy(&count, halves, sizeof(count));
     return (long)count;
+}
+
+static void timers(void) {
+    begin();
+    int fd = timer(1);
+    tell("read", readPlainly(fd));
+    close(fd);
+    fd = timer(1);
+    tell("readv", readVector(fd));
+    close(fd);
+    fd = timer(1);
+    struct pollfd entry = {dup(fd), POLLIN, 0};
+    tell("poll of a copy", poll(&entry, 1, 5 * SECOND));
+}
+
+/* Vectors of a socket with a time-out. */
+static void sockets(void) {
+    const struct timeval second = {1, 0};
+    char data[4096] = {0};
+    const struct iovec part = {data, sizeof(data)};
+    int ends[2];
+    socketpair(AF_UNIX, SOCK_STREAM, 0, ends);
+    setsockopt(ends[0], SOL_SOCKET, SO_RCVTIMEO, &second, sizeof(second));
+    setsockopt(ends[0], SOL_SOCKET, SO_SNDTIMEO, &second, sizeof(second));
+    while (send(ends[0], data, sizeof(data), MSG_DONTWAIT) > 0) {
+    }
+    begin();
+    tell("readv", readv(ends[0], &part, 1));
+    tell("writev", writev(ends[0], &part, 1));
 }
 
 /* Two threads that wait for one token. */
@@ -223,6 +253,7 @@ static void refusals(void) {
     fd_set set;
     timer_t timer;
     uint32_t half;
+    const struct iovec part = {&half, sizeof(half)};
     sem_t semaphore;
     void *volatile wild = (void *)8; /* of which compilers know nothing */
     volatile int lessThanNone = -1;
@@ -285,6 +316,7 @@ static void refusals(void) {
     REFUSED(readVector(open));
     fcntl(open, F_SETFL, 0);
     REFUSED(read(open, &half, sizeof(half))); /* which does not wait */
+    REFUSED(readv(open, &part, 1));
     close(open);
     REFUSED(timerfd_settime(open, 0, &kTimer, NULL));
     REFUSED(timerfd_gettime(open, &told));
@@ -435,6 +467,40 @@ static void few(void) {
     tell("limit", (long)limit.rlim_cur);
 }
 
+static void *pollForEver(void *unused) {
+    struct pollfd entries[20];
+    for (size_t i = 0; i < sizeof(entries) / sizeof(entries[0]); ++i)
+        entries[i] = (struct pollfd){-1, 0, 0};
+    poll(entries, sizeof(entries) / sizeof(entries[0]), 100 * SECOND);
+    return unused;
+}
+static void *selectForEver(void *unused) {
+    struct timeval time = {100, 0};
+    fd_set set;
+    FD_ZERO(&set);
+    select(FD_SETSIZE, &set, NULL, NULL, &time);
+    return unused;
+}
+
+/* Threads that are cancelled while they wait leave nothing behind. */
+static void cancelled(void) {
+    enum { WARM = 10, ROUNDS = 60 };
+    int descriptors = 0;
+    long pages = 0;
+    for (int i = 0; i < ROUNDS; ++i) {
+        pthread_t thread;
+        if (i == WARM) {
+            descriptors = openDescriptors();
+            pages = pagesOfMemory();
+        }
+        pthread_create(&thread, NULL, i % 2 == 0 ? pollForEver : selectForEver, NULL);
+        letOthersRun();
+        pthread_cancel(thread);
+        pthread_join(thread, NULL);
+    }
+    tellLeaks(descriptors, pages);
+}
+
 /* Children that have ended, and that nobody has asked about. */
 static void zombies(void) {
     if (fork() == 0)
@@ -455,8 +521,9 @@ static void zombies(void) {
 static const struct {
     const char *name;
     void (*wait)(void);
-} kWays[] = {{"pass-on", passOn}, {"forks", forks}, {"refusals", refusals},
-             {"many", many},      {"few", few},     {"zombies", zombies}};
+} kWays[] = {{"timers", timers},  {"sockets", sockets}, {"cancelled", cancelled},
+             {"pass-on", passOn}, {"forks", forks},     {"refusals", refusals},
+             {"many", many},      {"few", few},         {"zombies", zombies}};
 
 int main(int argc, char **argv) {
     setvbuf(stdout, NULL, _IOLBF, 0);

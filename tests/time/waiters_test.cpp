@@ -39,7 +39,7 @@ TEST_F(WaitersTest, AlarmsAreAProcesssOwn) {
 }
 
 TEST_F(WaitersTest, RefusalsAreTheKernels) {
-    constexpr size_t kCalls = 80;
+    constexpr size_t kCalls = 81;
     const Process onHost({builtProgram("waiters"), "refusals"});
     const Process onBoard({builtProgram("waiters"), "refusals"},
                           boardEnvironment(vboardFolder(board)));
@@ -75,6 +75,23 @@ TEST_F(WaitersTest, WithoutAFreeDescriptorTimeIsTheSame) {
                                "dup: -1 after 6.000000000\n"
                                "limit: 40 after 6.000000000\n"
                                "done\n");
+}
+
+TEST_F(WaitersTest, TimersAreReadAndAwaitedInAllWays) {
+    EXPECT_EQ(outputOf("timers"), "read: 1 after 1.000000000\n"
+                                  "readv: 1 after 2.000000000\n"
+                                  "poll of a copy: 1 after 3.000000000\n"
+                                  "done\n");
+}
+
+TEST_F(WaitersTest, VectorsOfSocketsHaveTheirTimeOuts) {
+    EXPECT_EQ(outputOf("sockets"), "readv: -1 after 1.000000000\n"
+                                   "writev: -1 after 2.000000000\n"
+                                   "done\n");
+}
+
+TEST_F(WaitersTest, ThreadsThatAreCancelledLeaveNothingBehind) {
+    EXPECT_EQ(outputOf("cancelled"), "0 descriptors more, no more memory\ndone\n");
 }
 
 TEST_F(WaitersTest, ChildrenThatHaveEndedAreNotWaitedFor) {

@@ -42,10 +42,6 @@ uint64_t lookNs(const Waiter *waiter) {
     return waiter != nullptr && waiter == firstDue(waiters()) ? kFirstLookNs : kSteppingLookNs;
 }
 
-void endWaitOf(void *wait) {
-    static_cast<BoardWait *>(wait)->end();
-}
-
 } // namespace
 
 BoardWait::BoardWait(WaitKind kind, const Deadline &deadline) : kind_(kind), deadline_(deadline) {
@@ -64,6 +60,15 @@ void BoardWait::end() {
         return;
     pthread_sigmask(SIG_SETMASK, &signals_, nullptr);
     pthread_setcancelstate(cancelState_, nullptr);
+}
+
+void BoardWait::endCancelled(void *wait) {
+    auto *cancelled = static_cast<BoardWait *>(wait);
+    cancelled->end();
+    for (Scratch *memory : cancelled->lent_) {
+        if (memory != nullptr)
+            memory->giveBack();
+    }
 }
 
 void BoardWait::leave() {
@@ -150,7 +155,7 @@ int BoardWait::poll(pollfd *descriptors, nfds_t count, const sigset_t *signals) 
     descriptors[count] = {wakeDescriptor_, 0, 0};
     const auto timeout = durationOf<timespec>(std::min(hostNs_, kLongNs));
     int ready = 0;
-    pthread_cleanup_push(endWaitOf, this);
+    pthread_cleanup_push(endCancelled, this);
     pthread_setcancelstate(cancelState_, nullptr);
     ready = nextPpoll(descriptors, count + 1, &timeout, signals != nullptr ? signals : &signals_);
     pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);

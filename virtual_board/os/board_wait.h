@@ -3,6 +3,7 @@
 
 #include "virtual_board/board/waiters.h"
 #include "virtual_board/os/programs_clock.h"
+#include "virtual_board/os/scratch.h"
 
 #include <csignal>
 #include <poll.h>
@@ -37,9 +38,13 @@ class BoardWait {
      */
     int poll(pollfd *descriptors, nfds_t count, const sigset_t *signals);
 
+    /** Gives memory back, too, when its thread is cancelled. */
+    void lends(Scratch &memory) { lent_[lent_[0] != nullptr ? 1 : 0] = &memory; }
+
     void end();
 
   private:
+    static void endCancelled(void *wait);
     bool goesOnByItself();
     bool goesOnUntilCalled(const ProgramsClock &now);
     bool canBeCalled(const ProgramsClock &now) const;
@@ -55,6 +60,7 @@ class BoardWait {
     Waiter *waiter_ = nullptr; // while the clock is stepped
     int wakeDescriptor_ = -1;
     kernel::Identity wakeFile_;
+    Scratch *lent_[2] = {};
     int cancelState_ = 0;
     bool holdsSignals_ = false;
     bool hasLooked_ = false;

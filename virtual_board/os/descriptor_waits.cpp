@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <pthread.h>
 #include <sys/epoll.h>
 #include <sys/select.h>
 #include <sys/socket.h>
@@ -37,6 +38,7 @@ class Entries {
                              : nullptr) {}
 
     pollfd *all() const { return all_; }
+    vb::Scratch &memory() { return scratch_; }
 
   private:
     static constexpr nfds_t kFew = 8;
@@ -58,12 +60,16 @@ void pauseShortly() {
  * that are polled, and tells how many they are.
  */
 template <typename Ask, typename Fill>
-int waitFor(const Deadline &deadline, nfds_t most, const sigset_t *signals, Ask ask, Fill fill) {
+int waitFor(const Deadline &deadline, nfds_t most, const sigset_t *signals, Ask ask, Fill fill,
+            vb::Scratch *askers = nullptr) {
     int ready = ask();
     if (ready != 0)
         return ready;
-    const Entries entries(most);
+    Entries entries(most);
     vb::BoardWait wait(vb::WaitKind::Descriptors, deadline);
+    wait.lends(entries.memory());
+    if (askers != nullptr)
+        wait.lends(*askers);
     while (ready == 0 && wait.goesOn()) {
         int found = -1;
         errno = EINVAL;
@@ -161,6 +167,7 @@ class Wanted {
     }
     /** Not where there is no memory, or the sets are not in any. */
     bool isKept() const { return isKept_; }
+    vb::Scratch &memory() { return scratch_; }
     void restore() const {
         each([](fd_mask *set, fd_mask *kept, size_t size) { std::memcpy(set, kept, size); });
     }
@@ -204,7 +211,8 @@ class Wanted {
 template <typename Ask>
 bool selectByBoard(int count, const Sets &sets, const Deadline &deadline, const sigset_t *signals,
                    int &ready, Ask ask) {
-    const Wanted wanted(sets, count);
+    pthread_testcancel(); // before there is memory
+    Wanted wanted(sets, count);
     if (!wanted.isKept())
         return false;
     ready = waitFor(
@@ -213,7 +221,7 @@ bool selectByBoard(int count, const Sets &sets, const Deadline &deadline, const 
             wanted.restore();
             return ask();
         },
-        [&](pollfd *entries) { return wanted.fill(entries, count); });
+        [&](pollfd *entries) { return wanted.fill(entries, count); }, &wanted.memory());
     return true;
 }
 

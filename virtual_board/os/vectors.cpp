@@ -1,9 +1,13 @@
 // Transfers of several buffers on the nodes, and those that need no buffer of the program's.
 
 #include "virtual_board/board/user_memory.h"
+#include "virtual_board/os/descriptor_waits.h"
 #include "virtual_board/os/seam.h"
+#include "virtual_board/os/timers.h"
 
+#include <algorithm>
 #include <climits>
+#include <cstring>
 #include <sys/uio.h>
 
 namespace {
@@ -76,16 +80,50 @@ ssize_t writeEachAt(int fd, const vb::NodeFound &found, const iovec *vector, int
     });
 }
 
+/** What has been read of a timer: how often it has gone off. */
+ssize_t ofTimer(int fd, const iovec *vector, ssize_t size) {
+    uint64_t expirations = 0;
+    if (size != sizeof(expirations) || !vb::isTimer(fd))
+        return size;
+    vb::takeExpirations(fd, expirations);
+    const char *from = reinterpret_cast<const char *>(&expirations);
+    for (auto left = static_cast<size_t>(size); left != 0; ++vector) {
+        const size_t length = std::min(vector->iov_len, left);
+        std::memcpy(vector->iov_base, from, length);
+        from += length;
+        left -= length;
+    }
+    return size;
+}
+
+/** A read of a timer into less than its count does not wait. */
+bool isRefused(int fd, const iovec *vector, int count) {
+    if (vectorRefusal(vector, count) != 0)
+        return true;
+    size_t length = 0;
+    for (int i = 0; i < count && length < sizeof(uint64_t); ++i)
+        length += vector[i].iov_len;
+    return length < sizeof(uint64_t) && vb::isTimer(fd);
+}
+
 } // namespace
 
-#define VB_SEAM_VECTOR(symbol, transfer)                                                           \
-    VB_SEAM(ssize_t, symbol, int fd, const iovec *vector, int count) {                             \
-        const vb::NodeFound found = vb::nodeOf(fd);                                                \
-        return isTransferred(found) ? transfer(fd, found, vector, count)                           \
-                                    : VB_NEXT(symbol)(fd, vector, count);                          \
-    }
-VB_SEAM_VECTOR(readv, readEach)
-VB_SEAM_VECTOR(writev, writeEach)
+VB_SEAM(ssize_t, readv, int fd, const iovec *vector, int count) {
+    const vb::NodeFound found = vb::nodeOf(fd);
+    if (isTransferred(found))
+        return readEach(fd, found, vector, count);
+    if (vb::waitsByBoard() && !isRefused(fd, vector, count) &&
+        !vb::awaitTransfer(fd, vb::Transfer::In))
+        return -1;
+    return ofTimer(fd, vector, VB_NEXT(readv)(fd, vector, count));
+}
+
+VB_SEAM(ssize_t, writev, int fd, const iovec *vector, int count) {
+    const vb::NodeFound found = vb::nodeOf(fd);
+    if (isTransferred(found))
+        return writeEach(fd, found, vector, count);
+    return vb::awaitTransfer(fd, vb::Transfer::Out) ? VB_NEXT(writev)(fd, vector, count) : -1;
+}
 
 #define VB_SEAM_VECTOR_AT(symbol, transferAt, offsetType)                                          \
     VB_SEAM(ssize_t, symbol, int fd, const iovec *vector, int count, offsetType offset) {          \
