@@ -171,6 +171,15 @@ TEST_F(PlayCommandTest, AProgramOnSteppedTimeSeesTheSameInEveryRun) {
     EXPECT_EQ(traces[0], traces[1]);
 }
 
+TEST_F(PlayCommandTest, AProgramOnSteppedTimeHasItsTurnBeforeTheNextStep) {
+    vboard({"set", board(), "time", "stepped"});
+    EXPECT_EQ(play("[[step]]\nrun = \"echo >> begun; sleep 100\"\nbackground = true\nas = \"p\"\n"
+                   "[[step]]\nstop = \"p\"\n")
+                  .err,
+              "");
+    EXPECT_EQ(std::filesystem::file_size(path("begun")), 1u);
+}
+
 TEST_F(PlayCommandTest, AProgramOnSteppedTimeThatDoesNotWait) {
     vboard({"set", board(), "time", "stepped"});
     // What is run in the foreground has its limit,

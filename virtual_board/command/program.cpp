@@ -168,6 +168,7 @@ void Program::end() {
     if (hasEnded_)
         return;
     kill(-id_, SIGTERM);
+    kill(-id_, SIGCONT); // one that is stopped could not
     if (!awaitEnd(kPatienceMs))
         noteEnd();
 }
