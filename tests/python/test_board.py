@@ -4,6 +4,7 @@ import subprocess
 import sys
 import tarfile
 import threading
+import weakref
 from pathlib import Path
 
 import pytest
@@ -17,6 +18,7 @@ from vboard import (
     BoardVersion,
     NoBoard,
     Refused,
+    _library,
     describe,
     models,
 )
@@ -220,6 +222,18 @@ def test_threads_share_it(board):
     for thread in threads:
         thread.join()
     assert board["eeprom.board@0+4"] == "00010203"
+
+
+def test_is_closed_when_the_last_call_has_ended(board):
+    other = Board(board.folder)
+    held_by_a_call = other._board
+    handle = weakref.ref(held_by_a_call)
+    other.close()
+    with pytest.raises(ValueError, match="closed"):
+        other.changes
+    assert _library.changes(held_by_a_call) == board.changes
+    del held_by_a_call
+    assert handle() is None
 
 
 def test_tells_what_there_can_be():

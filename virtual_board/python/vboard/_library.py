@@ -173,9 +173,20 @@ _library.vboardFolder.restype = c_char_p
 _library.vboardChanges.argtypes = [c_void_p]
 _library.vboardChanges.restype = c_uint32
 
-close: Callable[[c_void_p], None] = _library.vboardClose
-folder: Callable[[c_void_p], bytes] = _library.vboardFolder
-changes: Callable[[c_void_p], int] = _library.vboardChanges
+
+
+class Handle:
+    """An open board. It is closed when nobody has it any more, calls of other threads included."""
+
+    def __init__(self, address: c_void_p) -> None:
+        self._as_parameter_ = address
+
+    def __del__(self, close: Callable[[c_void_p], None] = _library.vboardClose) -> None:
+        close(self._as_parameter_)
+
+
+folder: Callable[[Handle], bytes] = _library.vboardFolder
+changes: Callable[[Handle], int] = _library.vboardChanges
 
 
 def call(function: str, *arguments: Any) -> None:

@@ -133,7 +133,7 @@ class Board:
         """Opens the board in a folder."""
         handle = c_void_p()
         _library.call("vboardOpen", os.fsencode(folder), byref(handle))
-        self._handle: c_void_p | None = handle
+        self._handle: _library.Handle | None = _library.Handle(handle)
         self._own_folder: Path | None = None
 
     @classmethod
@@ -194,8 +194,6 @@ class Board:
 
     def close(self) -> None:
         """Gives the board back; it stays in its folder, unless create() has chosen that."""
-        if self._handle is not None:
-            _library.close(self._handle)
         self._handle = None
         if self._own_folder is not None:
             shutil.rmtree(self._own_folder, ignore_errors=True)
@@ -225,7 +223,7 @@ class Board:
         return "<closed board>" if self._handle is None else f"<board in {self.folder}>"
 
     @property
-    def _board(self) -> c_void_p:
+    def _board(self) -> _library.Handle:
         if self._handle is None:
             raise ValueError("the board is closed")
         return self._handle
