@@ -39,7 +39,7 @@ std::vector<Case> allCases() {
     std::vector<Case> cases;
     for (const char *time : {"virtual", "x1000", "x0.001", "stepped"}) {
         for (const char *way :
-             {"condition", "semaphore", "poll", "select", "epoll", "signal", "queue"})
+             {"condition", "semaphore", "poll", "select", "epoll", "signal", "queue", "futex"})
             cases.push_back({time, way});
     }
     return cases;

@@ -1,9 +1,11 @@
 /*
  * Two threads that send each other events, and wait for them with a time-out that none needs.
  *
- * usage: ping_pong condition|semaphore|poll|select|epoll|signal|queue ROUNDS
+ * usage: ping_pong condition|semaphore|poll|select|epoll|signal|queue|futex ROUNDS
  */
 #define _GNU_SOURCE
+#include <errno.h>
+#include <linux/futex.h>
 #include <mqueue.h>
 #include <poll.h>
 #include <pthread.h>
@@ -15,6 +17,7 @@
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <sys/select.h>
+#include <sys/syscall.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -107,6 +110,22 @@ static int awaitQueue(int player) {
     return mq_timedreceive(queue[player], message, sizeof(message), NULL, &end) == 1;
 }
 
+static int word[kPlayers];
+static void tellFutex(int player) {
+    __atomic_fetch_add(&word[player], 1, __ATOMIC_SEQ_CST);
+    syscall(SYS_futex, &word[player], FUTEX_WAKE_PRIVATE, 1, NULL, NULL, 0);
+}
+static int awaitFutex(int player) {
+    const struct timespec time = {kTimeoutSeconds, 0};
+    while (__atomic_load_n(&word[player], __ATOMIC_SEQ_CST) == 0) {
+        if (syscall(SYS_futex, &word[player], FUTEX_WAIT_PRIVATE, 0, &time, NULL, 0) != 0 &&
+            errno != EAGAIN)
+            return 0;
+    }
+    __atomic_fetch_sub(&word[player], 1, __ATOMIC_SEQ_CST);
+    return 1;
+}
+
 static const struct Way {
     const char *name;
     void (*tell)(int player);
@@ -117,7 +136,8 @@ static const struct Way {
              {"select", tellEvent, awaitSelect},
              {"epoll", tellEvent, awaitEpoll},
              {"signal", tellSignal, awaitSignal},
-             {"queue", tellQueue, awaitQueue}};
+             {"queue", tellQueue, awaitQueue},
+             {"futex", tellFutex, awaitFutex}};
 
 static const struct Way *way;
 

@@ -10,8 +10,10 @@
  */
 #define _GNU_SOURCE
 #include <aio.h>
+#include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
+#include <linux/futex.h>
 #include <mqueue.h>
 #include <poll.h>
 #include <pthread.h>
@@ -49,6 +51,11 @@ ssize_t __read_chk(int fd, void *data, size_t length, size_t room);
 ssize_t __recv_chk(int fd, void *data, size_t length, size_t room, int flags);
 ssize_t __recvfrom_chk(int fd, void *data, size_t length, size_t room, int flags,
                        struct sockaddr *address, socklen_t *size);
+
+/* The ways of C++'s library, for so many seconds. */
+int waitForFuture(double seconds);
+int waitForFutureUntil(double seconds);
+int waitForSemaphore(double seconds);
 
 static const long kNsPerSecond = 1000000000;
 
@@ -594,6 +601,47 @@ static int aioSuspendWay(void) {
     return isOver(aio_suspend(requests, 1, &duration));
 }
 
+/* By the kernel's numbers, as the run-time libraries of languages wait. */
+static int futexOver(int operation, const struct timespec *time) {
+    int word = 0;
+    return syscall(SYS_futex, &word, operation, 0, time, NULL, FUTEX_BITSET_MATCH_ANY) == -1 &&
+           errno == ETIMEDOUT;
+}
+static int futexWaitWay(void) {
+    return futexOver(FUTEX_WAIT_PRIVATE, &duration);
+}
+static int futexBitsetWay(void) {
+    const struct timespec end = endOn(CLOCK_MONOTONIC);
+    return futexOver(FUTEX_WAIT_BITSET_PRIVATE, &end);
+}
+static int futexBitsetRealtimeWay(void) {
+    const struct timespec end = endOn(CLOCK_REALTIME);
+    return futexOver(FUTEX_WAIT_BITSET | FUTEX_CLOCK_REALTIME, &end);
+}
+static int rawNanosleepWay(void) {
+    return syscall(SYS_nanosleep, &duration, NULL) == 0;
+}
+static int rawClockNanosleepWay(void) {
+    struct timespec end;
+    syscall(SYS_clock_gettime, CLOCK_MONOTONIC, &end);
+    end.tv_sec += duration.tv_sec;
+    end.tv_nsec += duration.tv_nsec;
+    return syscall(SYS_clock_nanosleep, CLOCK_MONOTONIC, TIMER_ABSTIME, &end, NULL) == 0;
+}
+
+static double asSeconds(void) {
+    return (double)duration.tv_sec + (double)duration.tv_nsec / 1e9;
+}
+static int futureWaitForWay(void) {
+    return waitForFuture(asSeconds());
+}
+static int futureWaitUntilWay(void) {
+    return waitForFutureUntil(asSeconds());
+}
+static int semaphoreAcquireWay(void) {
+    return waitForSemaphore(asSeconds());
+}
+
 /* What a wait goes by. */
 enum Follows {
     PACES = 1,   /* the board's clock where it is scaled or stepped */
@@ -683,16 +731,27 @@ static const struct Way {
     {"SO_SNDTIMEO: sendto", sendtoWay, PACES | HOST},
     {"SO_SNDTIMEO: sendmsg", sendmsgWay, PACES | HOST},
     {"aio_suspend", aioSuspendWay, PACES | HOST},
+    {"futex, FUTEX_WAIT", futexWaitWay, PACES | HOST},
+    {"futex, FUTEX_WAIT_BITSET", futexBitsetWay, PACES | HOST},
+    {"futex, FUTEX_WAIT_BITSET, FUTEX_CLOCK_REALTIME", futexBitsetRealtimeWay, PACES | HOST},
+    {"syscall, SYS_nanosleep", rawNanosleepWay, PACES | HOST},
+    {"syscall, SYS_clock_nanosleep, TIMER_ABSTIME", rawClockNanosleepWay, PACES | HOST},
+    {"std::future::wait_for", futureWaitForWay, PACES | HOST},
+    {"std::future::wait_until, system_clock", futureWaitUntilWay, PACES | HOST},
+    {"std::counting_semaphore::try_acquire_for", semaphoreAcquireWay, PACES | HOST},
 };
+
+/* The C library's own way to the kernel, past all that stands before it. */
+static long (*hostCall)(long number, ...);
 
 static double hostNow(void) {
     struct {
         int64_t seconds, ns;
     } now;
 #ifdef SYS_clock_gettime64
-    syscall(SYS_clock_gettime64, CLOCK_MONOTONIC, &now);
+    hostCall(SYS_clock_gettime64, CLOCK_MONOTONIC, &now);
 #else
-    syscall(SYS_clock_gettime, CLOCK_MONOTONIC, &now);
+    hostCall(SYS_clock_gettime, CLOCK_MONOTONIC, &now);
 #endif
     return (double)now.seconds + (double)now.ns / 1e9;
 }
@@ -725,6 +784,7 @@ int main(int argc, char **argv) {
     const struct timespec now = {argc == 4 ? strtol(argv[3], NULL, 10) : 0, 0};
     if (argc == 4 && getenv("VBOARD_DIR") != NULL && clock_settime(CLOCK_REALTIME, &now) != 0)
         return 1;
+    *(void **)&hostCall = dlsym(dlopen("libc.so.6", RTLD_LAZY), "syscall");
     fcntl(STDOUT_FILENO, F_SETFL, O_APPEND); /* processes that write at once write one by one */
     const int follows = atoi(argv[1]);
     const double seconds = strtod(argv[2], NULL);

@@ -19,7 +19,7 @@ constexpr size_t kPieceOfPipe = PIPE_BUF;
  */
 bool copyThroughPipe(char *to, const char *from, size_t length) {
     int ends[2];
-    if (syscall(SYS_pipe2, ends, O_CLOEXEC) != 0)
+    if (kernel::call(SYS_pipe2, ends, O_CLOEXEC) != 0)
         return false;
     bool isCopied = true;
     for (size_t done = 0; isCopied && done < length;) {
@@ -39,7 +39,7 @@ bool copy(long transfer, void *own, void *user, char *to, const char *from, size
     const int savedErrno = errno;
     const iovec here = {own, length};
     const iovec there = {user, length};
-    const long count = syscall(transfer, getpid(), &here, 1ul, &there, 1ul, 0ul);
+    const long count = kernel::call(transfer, getpid(), &here, 1ul, &there, 1ul, 0ul);
     const bool isServed = count >= 0 || errno == EFAULT;
     const bool isCopied =
         isServed ? count == static_cast<long>(length) : copyThroughPipe(to, from, length);

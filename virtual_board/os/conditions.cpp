@@ -37,7 +37,7 @@ std::atomic_ref<uint32_t> word(uint32_t &value) {
 }
 
 void wake(uint32_t &value, int most) {
-    syscall(SYS_futex, &value, FUTEX_WAKE, most, nullptr, nullptr, 0);
+    vb::kernel::call(SYS_futex, &value, FUTEX_WAKE, most, nullptr, nullptr, 0);
 }
 
 constexpr uint64_t kForEver = UINT64_MAX;

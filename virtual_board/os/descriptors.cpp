@@ -65,7 +65,7 @@ bool hasInherited(const BoardFolder &folder) {
     alignas(8) char entries[1024];
     bool isFound = false;
     long size = 0;
-    while (!isFound && (size = syscall(SYS_getdents64, table, entries, sizeof(entries))) > 0)
+    while (!isFound && (size = kernel::call(SYS_getdents64, table, entries, sizeof(entries))) > 0)
         isFound = isInherited(folder, entries, size);
     kernel::close(table);
     return isFound || size < 0;

@@ -1,14 +1,11 @@
-// Waits for locks, semaphores, threads and messages whose time-out is in the programs' time. Each
-// is waited for in slices of the host's, between which the clock is looked at: nothing is lost by
-// asking again.
+// Waits for locks, semaphores, threads and messages whose time-out is in the programs' time.
 
 #include "virtual_board/board/user_memory.h"
-#include "virtual_board/os/board_wait.h"
 #include "virtual_board/os/durations.h"
 #include "virtual_board/os/seam.h"
+#include "virtual_board/os/sliced_wait.h"
 
 #include <aio.h>
-#include <algorithm>
 #include <cerrno>
 #include <mqueue.h>
 #include <pthread.h>
@@ -26,26 +23,7 @@ timespec onHost(uint64_t ns) {
 }
 
 /**
- * Waits for what a function waits for until a point of the host's clock. isOver tells whether its
- * result is that the time is over.
- */
-template <typename Try, typename IsOver>
-auto waitInSlices(const Deadline &deadline, Try tryUntil, IsOver isOver) {
-    constexpr uint64_t kLongestNs = 3600 * vb::kNsPerSecond;
-    vb::BoardWait wait(vb::WaitKind::Lock, deadline);
-    while (wait.goesOn()) {
-        const timespec end = onHost(std::min(wait.hostNs(), kLongestNs));
-        const auto result = tryUntil(&end);
-        if (!isOver(result))
-            return result;
-    }
-    wait.end();
-    const timespec now = onHost(0);
-    return tryUntil(&now);
-}
-
-/**
- * The same until a point of one of the programs' clocks. What the C library refuses, or what goes
+ * Waits until a point of one of the programs' clocks. What the C library refuses, or what goes
  * by the host's, next does.
  */
 template <typename Time, typename Next, typename Try, typename IsOver>
@@ -55,7 +33,13 @@ auto waitUntil(clockid_t clock, const Time *time, Next next, Try tryUntil, IsOve
     const bool isClock = clock == CLOCK_REALTIME || clock == CLOCK_MONOTONIC;
     return isClock && vb::isOffHost(clock) && vb::copyFromUser(&point, time, sizeof(point)) &&
                    vb::readDuration(point, ns)
-               ? waitInSlices(Deadline::at(clock, static_cast<int64_t>(ns)), tryUntil, isOver)
+               ? vb::waitInSlices(
+                     Deadline::at(clock, static_cast<int64_t>(ns)),
+                     [=](uint64_t hostNs) {
+                         const timespec end = onHost(hostNs);
+                         return tryUntil(&end);
+                     },
+                     isOver)
                : next();
 }
 
@@ -125,16 +109,13 @@ int waitFor(const Time *timeout, Next next, Try tryFor) {
     if (!vb::waitsByBoard() || timeout == nullptr ||
         !vb::copyFromUser(&time, timeout, sizeof(time)) || !vb::readDuration(time, ns))
         return next();
-    vb::BoardWait wait(vb::WaitKind::Lock, Deadline::in(ns));
-    while (wait.goesOn()) {
-        const auto slice = vb::durationOf<timespec>(wait.hostNs());
-        const int result = tryFor(&slice);
-        if (result == 0 || errno != EAGAIN)
-            return result;
-    }
-    wait.end();
-    const timespec now = {0, 0};
-    return tryFor(&now);
+    return vb::waitInSlices(
+        Deadline::in(ns),
+        [=](uint64_t hostNs) {
+            const auto slice = vb::durationOf<timespec>(hostNs);
+            return tryFor(&slice);
+        },
+        [](int result) { return result != 0 && errno == EAGAIN; });
 }
 
 } // namespace

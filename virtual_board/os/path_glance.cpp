@@ -27,7 +27,7 @@ bool isFreeOfLinks(int folder, const char *path, LastLink last) {
     if (last == LastLink::Kept)
         how.flags |= O_NOFOLLOW;
     how.resolve = RESOLVE_NO_SYMLINKS;
-    const auto fd = static_cast<int>(syscall(SYS_openat2, folder, path, &how, sizeof(how)));
+    const auto fd = static_cast<int>(kernel::call(SYS_openat2, folder, path, &how, sizeof(how)));
     if (fd >= 0) {
         kernel::close(fd);
         return true;

@@ -44,8 +44,8 @@ void *fromSystem() {
 #else
     constexpr long kMap = SYS_mmap;
 #endif
-    const long address = syscall(kMap, nullptr, Scratch::kSize, PROT_READ | PROT_WRITE,
-                                 MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    const long address = kernel::call(kMap, nullptr, Scratch::kSize, PROT_READ | PROT_WRITE,
+                                      MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     return address == -1 ? nullptr : reinterpret_cast<void *>(address);
 }
 
@@ -60,7 +60,7 @@ void *Scratch::take() {
 
 void Scratch::giveBack() {
     if (memory_ != nullptr && !isBackInPlace(memory_))
-        syscall(SYS_munmap, memory_, kSize);
+        kernel::call(SYS_munmap, memory_, kSize);
     memory_ = nullptr;
 }
 
