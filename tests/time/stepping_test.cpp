@@ -4,6 +4,9 @@
 #include "tests/support/process.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
 #include <memory>
 
 namespace {
@@ -197,6 +200,23 @@ TEST_F(SteppingTest, AnotherPaceLetsEverybodyGoOn) {
         EXPECT_EQ(program->output(), ticks(10));
         ASSERT_EQ(set({{"time", "x1000"}}), kDone);
         EXPECT_EQ(countTicks(program->wait().out), 20);
+    }
+}
+
+TEST_F(SteppingTest, ProgramsOfABoardThatIsRemovedGoOnByTheHostsClock) {
+    std::vector<std::unique_ptr<Process>> programs;
+    for (const char *way : {"sleep", "poll", "timerfd", "condition", "semaphore"})
+        programs.push_back(startTicks(way, "2"));
+    const std::string removed[] = {vboardFolder(board), path("slow")};
+    board = newBoard("slow", "0x0709", "x0.001"); // a second takes a quarter of an hour
+    programs.push_back(start("sleep", "2"));
+    programs.push_back(start("condition", "2"));
+    for (const std::string &folder : removed)
+        std::filesystem::remove_all(folder);
+    for (const auto &program : programs) {
+        const ProcessResult result = program->wait();
+        EXPECT_EQ(countTicks(result.out), 2) << result.out;
+        EXPECT_EQ(result.exitCode, 0);
     }
 }
 

@@ -211,7 +211,7 @@ bool BoardFolder::map(const char *path, FolderError &error) {
 
 bool BoardFolder::isGone() const {
     const int folder = kernel::open(path_, O_PATH | O_DIRECTORY);
-    if (folder < 0 && (errno == EMFILE || errno == ENFILE))
+    if (folder < 0 && (errno == EMFILE || errno == ENFILE || errno == EACCES))
         return false; // it cannot be told, and nothing can be opened on it either
     const bool hasLock = kernel::identityOf(folder, kLockFile).isKnown();
     const kernel::Identity found = kernel::identityOf(folder, kStateFile);

@@ -1,5 +1,6 @@
 #include "virtual_board/os/board_files.h"
 #include "virtual_board/os/path_glance.h"
+#include "virtual_board/os/programs_clock.h"
 #include "virtual_board/os/seam.h"
 #include "virtual_board/os/timers.h"
 
@@ -48,6 +49,7 @@ bool attachBoard(const char *path, FolderError &error) {
         std::snprintf(error.text, sizeof(error.text), "%s: %s cannot be examined", path, kNodePath);
         return false;
     }
+    goByBoard();
     attached = folder;
     noteProcess();
     pthread_once(&childrenAreNoted, noteChildren);

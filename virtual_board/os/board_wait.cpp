@@ -27,6 +27,9 @@ constexpr uint64_t kLookNs = 20000000;
 constexpr uint64_t kSteppingLookNs = 2000000;
 constexpr uint64_t kFirstLookNs = 100000; // of the one that is due next
 
+// Nobody calls when the board is removed.
+constexpr uint64_t kBoardLookNs = kNsPerSecond;
+
 const BoardFolder &folder() {
     return *attachedFolder();
 }
@@ -44,7 +47,9 @@ uint64_t lookNs(const Waiter *waiter) {
 
 } // namespace
 
-BoardWait::BoardWait(WaitKind kind, const Deadline &deadline) : kind_(kind), deadline_(deadline) {
+BoardWait::BoardWait(WaitKind kind, const Deadline &deadline)
+    : kind_(kind), deadline_(deadline),
+      nextLookNs_(kernel::clockNow(CLOCK_MONOTONIC) + kBoardLookNs) {
     if (kind_ == WaitKind::Lock)
         return;
     // One that came between a look at the clock and a poll would not end that.
@@ -96,12 +101,22 @@ void BoardWait::listen() {
     wakeFile_ = kernel::identityOf(wakeDescriptor_);
 }
 
+void BoardWait::lookForBoard(bool isLocked) {
+    const uint64_t now = kernel::clockNow(CLOCK_MONOTONIC);
+    if (isLocked && now < nextLookNs_)
+        return;
+    nextLookNs_ = now + kBoardLookNs;
+    if (!goesByHost() && folder().isGone())
+        goByHost();
+}
+
 bool BoardWait::goesOn() {
     const int savedErrno = errno;
     bool goes = false;
     {
         // Nobody steps the clock and calls while it is looked at.
         const BoardLock lock(folder(), BoardLock::Use::Looks);
+        lookForBoard(lock.isHeld());
         if (kind_ != WaitKind::Lock)
             listen();
         const auto now = ProgramsClock::underLock();
@@ -112,6 +127,8 @@ bool BoardWait::goesOn() {
         goes = now.stands() ? goesOnUntilCalled(now) : goesOnByItself();
         const uint64_t hostNs = left_ == kNever ? kNever : now.hostNs(left_);
         hostNs_ = canBeCalled(now) ? hostNs : std::min(hostNs, lookNs(waiter_));
+        if (std::min(left_, timers_) != kNever && !goesByHost())
+            hostNs_ = std::min(hostNs_, kBoardLookNs);
     }
     errno = savedErrno;
     return goes;
@@ -123,6 +140,8 @@ bool BoardWait::goesOnByItself() {
 }
 
 bool BoardWait::canBeCalled(const ProgramsClock &now) const {
+    if (goesByHost())
+        return true; // nobody does any more
     const bool isKnown = waiter_ != nullptr || std::min(left_, timers_) == kNever || !now.stands();
     return isKnown && wakeDescriptor_ >= 0;
 }

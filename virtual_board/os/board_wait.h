@@ -51,12 +51,14 @@ class BoardWait {
     void leave();
     void listen();
     void closeWake();
+    void lookForBoard(bool isLocked);
 
     const WaitKind kind_;
     const Deadline deadline_;
     uint64_t left_ = 0;
     uint64_t timers_ = 0; // until the next of this process is due
     uint64_t hostNs_ = 0;
+    uint64_t nextLookNs_;      // for the board, on the host's clock
     Waiter *waiter_ = nullptr; // while the clock is stepped
     int wakeDescriptor_ = -1;
     kernel::Identity wakeFile_;

@@ -7,17 +7,44 @@
 
 namespace vb {
 
-ProgramsClock::ProgramsClock() : ProgramsClock(readClock(*attachedFolder())) {}
+namespace {
+
+// When the board is gone its clock goes on at the host's pace, in each process by itself.
+Clock ownClock;
+std::atomic<bool> isGone;
+
+} // namespace
+
+bool goesByHost() {
+    return isGone.load(std::memory_order_acquire);
+}
+
+ProgramsClock::ProgramsClock()
+    : ProgramsClock(goesByHost() ? ownClock : readClock(*attachedFolder())) {}
 
 ProgramsClock ProgramsClock::underLock() {
-    return ProgramsClock(attachedFolder()->board()->clock);
+    return ProgramsClock(goesByHost() ? ownClock : attachedFolder()->board()->clock);
+}
+
+void goByHost() {
+    if (goesByHost())
+        return;
+    ownClock = attachedFolder()->board()->clock;
+    setPace(ownClock, {}, hostTime());
+    ownClock.changes += 2; // for the timers
+    isGone.store(true, std::memory_order_release);
+}
+
+void goByBoard() {
+    isGone.store(false, std::memory_order_release);
 }
 
 Difference clockDifference() {
     const BoardFolder *folder = attachedFolder();
-    return folder == nullptr
-               ? Difference::None
-               : std::atomic_ref(folder->board()->clock.difference).load(std::memory_order_relaxed);
+    if (folder == nullptr)
+        return Difference::None;
+    Clock &clock = goesByHost() ? ownClock : folder->board()->clock;
+    return std::atomic_ref(clock.difference).load(std::memory_order_relaxed);
 }
 
 bool isSystemClock(clockid_t clock) {

@@ -35,6 +35,15 @@ class ProgramsClock {
     HostTime host_;
 };
 
+/**
+ * Lets the clocks of this process go on from where they are by the host's, since its board is gone.
+ * No other thread of it holds the board's lock.
+ */
+void goByHost();
+bool goesByHost();
+/** Another board has come. */
+void goByBoard();
+
 /** How far this process's clocks are from the host's; None without a board. */
 Difference clockDifference();
 
