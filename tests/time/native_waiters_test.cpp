@@ -2,6 +2,7 @@
 // their own, and end with some of the programs' mistakes.
 
 #include "tests/time/waiters.h"
+#include "virtual_board/control/threads.h"
 
 namespace {
 
@@ -58,6 +59,16 @@ TEST_F(NativeWaitersTest, WithoutAFreeDescriptorTimeIsTheSame) {
 
 TEST_F(NativeWaitersTest, ThreadsThatAreCancelledLeaveNothingBehind) {
     EXPECT_EQ(outputOf("cancelled"), "0 descriptors more, no more memory\ndone\n");
+}
+
+/** Emulators have threads of their own. */
+TEST(ThreadsTest, AllChildrenOfALargeCrowdAreFound) {
+    constexpr size_t kChildren = 1000; // whose list is longer than a page
+    Process parent({builtProgram("tick"), "crowd", std::to_string(kChildren)});
+    EXPECT_TRUE(
+        comesTrue([&] { return vboard::threadsOf({parent.pid()}).size() == 1 + kChildren; }));
+    parent.signal(SIGKILL);
+    parent.wait();
 }
 
 } // namespace

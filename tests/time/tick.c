@@ -2,18 +2,22 @@
  * A program that does something each second, and prints the seconds that have passed by its clocks.
  * It says on standard error when it begins.
  *
- * usage: tick sleep|poll|select|epoll|timerfd|condition|semaphore|spin COUNT
+ * usage: tick sleep|poll|select|epoll|timerfd|condition|semaphore|spin|crowd COUNT
+ *
+ * A crowd is so many children that wait for nothing, and end with their parent.
  */
 #define _GNU_SOURCE
 #include <errno.h>
 #include <poll.h>
 #include <pthread.h>
 #include <semaphore.h>
+#include <signal.h>
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/epoll.h>
+#include <sys/prctl.h>
 #include <sys/select.h>
 #include <sys/timerfd.h>
 #include <time.h>
@@ -100,10 +104,23 @@ static void print(const struct timespec *start, const struct timespec *now) {
     printf("%d.%09d", (int)(ns / 1000000000), (int)(ns % 1000000000));
 }
 
+static void crowd(int count) {
+    while (count-- > 0) {
+        if (fork() == 0) {
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
+            pause();
+            _exit(0);
+        }
+    }
+    pause();
+}
+
 int main(int argc, char **argv) {
     struct timespec start, system, now;
     setvbuf(stdout, NULL, _IOLBF, 0);
     fputs("ready\n", stderr);
+    if (argc == 3 && strcmp(argv[1], "crowd") == 0)
+        crowd(atoi(argv[2]));
     clock_gettime(CLOCK_MONOTONIC, &start);
     clock_gettime(CLOCK_REALTIME, &system);
     for (size_t way = 0; argc == 3 && way < sizeof(kWays) / sizeof(kWays[0]); ++way) {

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
@@ -14,32 +13,32 @@ namespace vboard {
 
 namespace {
 
-/** The beginning of a file of /proc, as far as it is of use here. */
-struct Text {
-    char text[4096];
-
-    Text(int folder, const std::string &name) {
-        const Descriptor file(openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC));
-        const ssize_t size = file.isOpen() ? read(file.get(), text, sizeof(text) - 1) : 0;
-        text[std::max<ssize_t>(size, 0)] = '\0';
-    }
-};
-
-/** The state, which stands behind the program's name. */
-char stateIn(const Text &stat) {
-    const char *end = std::strrchr(stat.text, ')');
-    return end != nullptr && end[1] == ' ' ? end[2] : 'X';
+/** A file of /proc; empty when it is not there. */
+std::string textOf(int folder, const std::string &name) {
+    const Descriptor file(openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC));
+    std::string text;
+    char piece[4096];
+    ssize_t size = 0;
+    while (file.isOpen() && (size = read(file.get(), piece, sizeof(piece))) > 0)
+        text.append(piece, static_cast<size_t>(size));
+    return text;
 }
 
-uint64_t runsIn(const Text &schedstat) {
+/** The state, which stands behind the program's name. */
+char stateIn(const std::string &stat) {
+    const size_t end = stat.rfind(") ");
+    return end != std::string::npos && end + 2 < stat.size() ? stat[end + 2] : 'X';
+}
+
+uint64_t runsIn(const std::string &schedstat) {
     char *next = nullptr;
-    std::strtoull(schedstat.text, &next, 10); // time on a processor
-    std::strtoull(next, &next, 10);           // and waiting for one
+    std::strtoull(schedstat.c_str(), &next, 10); // time on a processor
+    std::strtoull(next, &next, 10);              // and waiting for one
     return std::strtoull(next, nullptr, 10);
 }
 
-void addNumbers(const Text &list, std::vector<int32_t> &numbers) {
-    const char *next = list.text;
+void addNumbers(const std::string &list, std::vector<int32_t> &numbers) {
+    const char *next = list.c_str();
     for (char *end = nullptr;; next = end) {
         const auto number = static_cast<int32_t>(std::strtol(next, &end, 10));
         if (end == next)
@@ -61,9 +60,9 @@ void look(int32_t pid, std::vector<Thread> &threads, std::vector<int32_t> &proce
             continue;
         const std::string name = std::string(task->d_name) + "/";
         const int folder = dirfd(tasks.get());
-        threads.push_back({pid, id, stateIn(Text(folder, name + "stat")),
-                           runsIn(Text(folder, name + "schedstat"))});
-        addNumbers(Text(folder, name + "children"), processes);
+        threads.push_back({pid, id, stateIn(textOf(folder, name + "stat")),
+                           runsIn(textOf(folder, name + "schedstat"))});
+        addNumbers(textOf(folder, name + "children"), processes);
     }
 }
 
@@ -80,8 +79,8 @@ std::vector<Thread> threadsOf(std::vector<int32_t> processes) {
 }
 
 std::string programOf(int32_t pid) {
-    const Text name(AT_FDCWD, "/proc/" + std::to_string(pid) + "/comm");
-    return {name.text, std::strcspn(name.text, "\n")};
+    const std::string name = textOf(AT_FDCWD, "/proc/" + std::to_string(pid) + "/comm");
+    return name.substr(0, name.find('\n'));
 }
 
 } // namespace vboard
