@@ -31,6 +31,7 @@
 #include <sys/syscall.h>
 #include <sys/time.h>
 #include <sys/timerfd.h>
+#include <sys/uio.h>
 #include <sys/wait.h>
 #include <threads.h>
 #include <time.h>
@@ -535,6 +536,11 @@ static int socketReadChkWay(void) {
     char data;
     return isOver(__read_chk(silentSocket(SO_RCVTIMEO), &data, 1, 1));
 }
+static int readvWay(void) {
+    char data;
+    const struct iovec part = {&data, 1};
+    return isOver(readv(silentSocket(SO_RCVTIMEO), &part, 1));
+}
 static int recvWay(void) {
     char data;
     return isOver(recv(silentSocket(SO_RCVTIMEO), &data, 1, 0));
@@ -575,6 +581,11 @@ static int accept4Way(void) {
 }
 static int socketWriteWay(void) {
     return isOver(write(fullSocket(), "x", 1));
+}
+static int writevWay(void) {
+    char data = 'x';
+    const struct iovec part = {&data, 1};
+    return isOver(writev(fullSocket(), &part, 1));
 }
 static int sendWay(void) {
     return isOver(send(fullSocket(), "x", 1, 0));
@@ -718,6 +729,7 @@ static const struct Way {
     {"mq_timedsend", mqTimedsendWay, PACES | HOST},
     {"SO_RCVTIMEO: read", socketReadWay, PACES | HOST},
     {"SO_RCVTIMEO: read, fortified", socketReadChkWay, PACES | HOST},
+    {"SO_RCVTIMEO: readv", readvWay, PACES | HOST},
     {"SO_RCVTIMEO: recv", recvWay, PACES | HOST},
     {"SO_RCVTIMEO: recv, fortified", recvChkWay, PACES | HOST},
     {"SO_RCVTIMEO: recvfrom", recvfromWay, PACES | HOST},
@@ -727,6 +739,7 @@ static const struct Way {
     {"SO_RCVTIMEO: accept", acceptWay, PACES | HOST},
     {"SO_RCVTIMEO: accept4", accept4Way, PACES | HOST},
     {"SO_SNDTIMEO: write", socketWriteWay, PACES | HOST},
+    {"SO_SNDTIMEO: writev", writevWay, PACES | HOST},
     {"SO_SNDTIMEO: send", sendWay, PACES | HOST},
     {"SO_SNDTIMEO: sendto", sendtoWay, PACES | HOST},
     {"SO_SNDTIMEO: sendmsg", sendmsgWay, PACES | HOST},

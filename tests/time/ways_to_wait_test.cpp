@@ -11,7 +11,7 @@ namespace {
 
 // As the program has them.
 constexpr int kPaces = 1, kVirtual = 2, kHost = 4, kReal = 8;
-constexpr size_t kAllWays = 82;
+constexpr size_t kAllWays = 84;
 constexpr size_t kWaysOfProcessors = 2; // that emulators do not have
 constexpr size_t kWaysOfVirtualTime = 5;
 

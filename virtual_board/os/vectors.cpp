@@ -1,4 +1,5 @@
-// Transfers of several buffers on the nodes, and those that need no buffer of the program's.
+// Transfers of several buffers on the nodes and on sockets with time-outs, and those that need no
+// buffer of the program's.
 
 #include "virtual_board/board/user_memory.h"
 #include "virtual_board/os/descriptor_waits.h"
