@@ -4,9 +4,11 @@
 #include "tests/support/process.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <memory>
 
 namespace {
@@ -217,6 +219,20 @@ TEST_F(SteppingTest, ProgramsOfABoardThatIsRemovedGoOnByTheHostsClock) {
         const ProcessResult result = program->wait();
         EXPECT_EQ(countTicks(result.out), 2) << result.out;
         EXPECT_EQ(result.exitCode, 0);
+    }
+}
+
+/** As of the kernel: reads go on behind handlers that say so, and polls end in any case. */
+TEST_F(SteppingTest, SignalsInterruptWaitsForTimersAsTheirActionsSay) {
+    const std::string interrupted = ": -" + std::to_string(EINTR) + ", 1 handled\n";
+    const std::string polls = "poll" + interrupted + "select" + interrupted + "epoll" + interrupted;
+    for (const auto &[how, read] : std::map<std::string, std::string>{
+             {"restart", "read: 8, 1 handled\n"}, {"no-restart", "read" + interrupted}}) {
+        SCOPED_TRACE(how);
+        Process program({builtProgram("interrupted"), how}, boardEnvironment(vboardFolder(board)));
+        EXPECT_TRUE(comesTrue([&] { return program.errors() == "ready\n"; }));
+        EXPECT_EQ(advance(100), kDone);
+        EXPECT_EQ(program.wait().out, read + polls);
     }
 }
 

@@ -12,10 +12,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <pthread.h>
 #include <sys/epoll.h>
 #include <sys/select.h>
+#include <sys/signalfd.h>
 #include <sys/socket.h>
 
 namespace {
@@ -290,6 +292,82 @@ bool hasTimeout(int fd, vb::Transfer transfer, Deadline &deadline) {
     return isTimed;
 }
 
+/** Whether the handlers of all signals that wait let the kernel's calls go on behind them. */
+bool areRestarted(const sigset_t &signals) {
+    sigset_t pending;
+    sigpending(&pending);
+    for (int signal = 1; signal < _NSIG; ++signal) {
+        struct sigaction action = {};
+        const bool isThere = sigismember(&pending, signal) == 1 &&
+                             sigismember(&signals, signal) == 1 &&
+                             sigaction(signal, nullptr, &action) == 0;
+        if (isThere && action.sa_handler != SIG_DFL && action.sa_handler != SIG_IGN &&
+            (action.sa_flags & SA_RESTART) == 0)
+            return false;
+    }
+    return true;
+}
+
+/** A thread's signals, which are seen before they are handled. */
+class WatchedSignals {
+  public:
+    WatchedSignals() {
+        vb::blockSignals(before_);
+        pthread_sigmask(SIG_BLOCK, nullptr, &held_);
+        sigfillset(&watched_);
+        for (int signal = 1; signal < _NSIG; ++signal) {
+            if (sigismember(&before_, signal) == 1)
+                sigdelset(&watched_, signal);
+        }
+        const int fd = signalfd(-1, &watched_, SFD_CLOEXEC | SFD_NONBLOCK);
+        descriptor_ = fd >= 0 ? vb::kernel::moveUp(fd) : fd;
+    }
+    WatchedSignals(const WatchedSignals &) = delete;
+    WatchedSignals &operator=(const WatchedSignals &) = delete;
+
+    int descriptor() const { return descriptor_; }
+    /** Lets their handlers run; whether what they interrupt goes on then. */
+    bool handle() const {
+        const bool goesOn = areRestarted(watched_);
+        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+        pthread_sigmask(SIG_SETMASK, &held_, nullptr);
+        return goesOn;
+    }
+    void end() const {
+        const int savedErrno = errno;
+        vb::kernel::close(descriptor_);
+        errno = savedErrno;
+        pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+    }
+    static void endOf(void *signals) { static_cast<WatchedSignals *>(signals)->end(); }
+
+  private:
+    sigset_t before_, held_, watched_;
+    int descriptor_;
+};
+
+/** Waits for a timer as reads of it do, which poll does not: handlers can let it go on. */
+int waitForTimer(int fd) {
+    int ready = 0;
+    WatchedSignals signals;
+    if (signals.descriptor() < 0) { // no more can be open
+        signals.end();
+        return vb::waitForDescriptor(fd, POLLIN, Deadline::never());
+    }
+    pthread_cleanup_push(WatchedSignals::endOf, &signals);
+    for (bool goesOn = true; goesOn;) {
+        pollfd entries[] = {{fd, POLLIN, 0}, {signals.descriptor(), POLLIN, 0}};
+        ready = pollByBoard(entries, 2, Deadline::never(), nullptr);
+        goesOn = ready > 0 && entries[0].revents == 0;
+        if (goesOn && !signals.handle()) {
+            ready = vb::failWith(EINTR);
+            goesOn = false;
+        }
+    }
+    pthread_cleanup_pop(1);
+    return ready;
+}
+
 } // namespace
 
 VB_SEAM(int, poll, pollfd *descriptors, nfds_t count, int timeout) {
@@ -393,8 +471,8 @@ bool awaitTransfer(int fd, Transfer transfer) {
         return true;
     Deadline deadline = Deadline::never();
     const bool isTimed = hasTimeout(fd, transfer, deadline);
-    if (!isTimed && !isTimer(fd))
-        return true;
+    if (!isTimed)
+        return !isTimer(fd) || waitForTimer(fd) > 0;
     const int ready = waitForDescriptor(fd, transfer == Transfer::In ? POLLIN : POLLOUT, deadline);
     if (ready == 0)
         errno = EAGAIN;
