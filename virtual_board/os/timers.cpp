@@ -5,6 +5,7 @@
 #include "virtual_board/os/timers.h"
 
 #include "virtual_board/board/user_memory.h"
+#include "virtual_board/os/descriptor_waits.h"
 #include "virtual_board/os/durations.h"
 #include "virtual_board/os/seam.h"
 
@@ -14,6 +15,8 @@
 #include <csignal>
 #include <ctime>
 #include <iterator>
+#include <poll.h>
+#include <sched.h>
 #include <sys/time.h>
 #include <sys/timerfd.h>
 #include <utility>
@@ -98,10 +101,28 @@ TimerSetting<Time> settingOf(uint64_t value, uint64_t interval) {
 // The kernel's timer behind one; 0 stops it.
 int setKernels(const Timer &timer, uint64_t value, uint64_t interval);
 
+bool hasKernelsGoneOff(const Timer &timer);
+
 /** Sets the kernel's timer; one whose descriptor has become another file's is gone. */
 void setOrForget(Timer &timer, uint64_t value, uint64_t interval = 0) {
     if (setKernels(timer, value, interval) != 0)
         timer = {};
+}
+
+/**
+ * Waits until the kernel's timer has gone off that was set to do so at once. Where its clock is
+ * coarse that takes milliseconds, in which the thread that the timer is for would seem to rest.
+ */
+void awaitKernels(const Timer &timer) {
+    constexpr int kUsualTries = 20;
+    constexpr int kMostTries = 100;
+    constexpr timespec kBriefly = {0, 500000};
+    for (int tries = 0; tries < kMostTries && !hasKernelsGoneOff(timer); ++tries) {
+        if (tries < kUsualTries)
+            sched_yield();
+        else
+            vb::nextPpoll(nullptr, 0, &kBriefly, nullptr);
+    }
 }
 
 /** The interval at which the kernel's goes off by itself. */
@@ -134,6 +155,7 @@ void setOff(Timer &timer, const vb::ProgramsClock &now) {
     else
         goOn(timer, timesDue(timer, now));
     setOrForget(timer, 1);
+    awaitKernels(timer);
 }
 
 /** Brings all up to date; how long the next one has to go. */
@@ -397,6 +419,26 @@ int setKernels(const Timer &timer, uint64_t value, uint64_t interval) {
         break;
     }
     return 0;
+}
+
+bool hasKernelsGoneOff(const Timer &timer) {
+    TimerSetting<timespec> left = {};
+    TimerSetting<timeval> alarm = {};
+    pollfd entry = {static_cast<int>(timer.id), POLLIN, 0};
+    constexpr timespec kNow = {0, 0};
+    switch (timer.kind) {
+    case Kind::Descriptor:
+        return vb::nextPpoll(&entry, 1, &kNow, nullptr) != 0;
+    case Kind::Posix:
+        VB_NEXT(timer_gettime)(reinterpret_cast<timer_t>(timer.id), &left);
+        return left.it_value.tv_sec == 0 && left.it_value.tv_nsec == 0;
+    case Kind::Alarm:
+        VB_NEXT(getitimer)(ITIMER_REAL, &alarm);
+        return alarm.it_value.tv_sec == 0 && alarm.it_value.tv_usec == 0;
+    case Kind::None:
+        break;
+    }
+    return true;
 }
 
 } // namespace
