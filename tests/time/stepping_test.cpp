@@ -222,6 +222,13 @@ TEST_F(SteppingTest, ProgramsOfABoardThatIsRemovedGoOnByTheHostsClock) {
     }
 }
 
+TEST_F(SteppingTest, OverrunsOfTimersAreCounted) {
+    Process program({builtProgram("overruns")}, boardEnvironment(vboardFolder(board)));
+    EXPECT_TRUE(comesTrue([&] { return program.errors() == "ready\n"; }));
+    EXPECT_EQ(advance(10), kDone);
+    EXPECT_EQ(program.wait().out, "taken: 4 overruns\ntaken: 0 overruns\n");
+}
+
 /** As of the kernel: reads go on behind handlers that say so, and polls end in any case. */
 TEST_F(SteppingTest, SignalsInterruptWaitsForTimersAsTheirActionsSay) {
     const std::string interrupted = ": -" + std::to_string(EINTR) + ", 1 handled\n";

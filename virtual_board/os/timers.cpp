@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <csignal>
 #include <ctime>
 #include <iterator>
@@ -40,6 +41,9 @@ struct Timer {
     Id id;
     int64_t dueNs; // on its clock
     uint64_t intervalNs;
+    int signal;        // of POSIX, that it sends; 0: something else
+    bool isCounted;    // by the board: it went off by a clock that stands
+    uint64_t overruns; // of its last signal
 };
 
 // They are changed under the board's lock.
@@ -134,6 +138,7 @@ uint64_t kernelsInterval(const Timer &timer, const vb::ProgramsClock &now) {
 void drive(Timer &timer, const vb::ProgramsClock &now) {
     const uint64_t left = leftOf(timer, now);
     const uint64_t host = left == 0 ? 1 : now.hostNs(left);
+    timer.isCounted = timer.isCounted && now.stands();
     timer.hasGoneOff = left == 0;
     setOrForget(timer, host == kNever ? 0 : host, kernelsInterval(timer, now));
 }
@@ -146,14 +151,29 @@ void driveAnew(Timer &timer, const vb::ProgramsClock &now) {
         drive(timer, now);
 }
 
+/** Whether the last signal that it has sent waits to be taken. */
+bool isPending(const Timer &timer) {
+    sigset_t pending;
+    return timer.isCounted && timer.signal != 0 && sigpending(&pending) == 0 &&
+           sigismember(&pending, timer.signal) == 1;
+}
+
+void countOverruns(Timer &timer, uint64_t times) {
+    timer.overruns = isPending(timer) ? timer.overruns + times : times - 1;
+    timer.isCounted = true;
+}
+
 /** Lets go off what is due by a clock that stands, of which the kernel knows nothing. */
 void setOff(Timer &timer, const vb::ProgramsClock &now) {
     if (leftOf(timer, now) != 0 || timer.hasGoneOff)
         return;
-    if (timer.kind == Kind::Descriptor)
+    if (timer.kind == Kind::Descriptor) {
         timer.hasGoneOff = true;
-    else
-        goOn(timer, timesDue(timer, now));
+    } else {
+        const uint64_t times = timesDue(timer, now);
+        countOverruns(timer, times);
+        goOn(timer, times);
+    }
     setOrForget(timer, 1);
     awaitKernels(timer);
 }
@@ -215,6 +235,7 @@ void arm(Timer &timer, const Setting &setting, bool isPoint) {
     timer.intervalNs = setting.intervalNs;
     timer.dueNs = base + static_cast<int64_t>(std::min(setting.valueNs, most));
     timer.hasGoneOff = false;
+    timer.isCounted = false;
     setOrForget(timer, 0);
     if (timer.isArmed && now.stands())
         setOff(timer, now);
@@ -223,12 +244,12 @@ void arm(Timer &timer, const Setting &setting, bool isPoint) {
 }
 
 /** A new timer's place; without one it is the kernel's alone. */
-void note(Kind kind, Id id, clockid_t clock) {
+void note(Kind kind, Id id, clockid_t clock, int signal = 0) {
     Timer *place = find(kind, id); // of one whose descriptor was closed
     if (place == nullptr)
         place = find(Kind::None, 0);
     if (place != nullptr)
-        *place = {kind, false, false, clock, id, 0, 0};
+        *place = {kind, false, false, clock, id, 0, 0, signal, false, 0};
 }
 
 /** Whether a timer is the board's: it was armed by its clock, or is armed by it now. */
@@ -289,11 +310,11 @@ bool isOfTimers(clockid_t clock) {
            clock == CLOCK_BOOTTIME_ALARM;
 }
 
-int noteNew(int result, Kind kind, Id id, clockid_t clock) {
+int noteNew(int result, Kind kind, Id id, clockid_t clock, int signal = 0) {
     if (result < 0 || !isOfTimers(clock) || vb::attachedFolder() == nullptr)
         return result;
     const vb::BoardLock lock(*vb::attachedFolder(), vb::BoardLock::Use::Looks);
-    note(kind, id, clock);
+    note(kind, id, clock, signal);
     return result;
 }
 
@@ -355,7 +376,21 @@ VB_SEAM_TIMERFD(__timerfd_settime64, __timerfd_gettime64, vb::Timespec64)
 
 VB_SEAM(int, timer_create, clockid_t clock, sigevent *event, timer_t *timer) {
     const int result = VB_NEXT(timer_create)(clock, event, timer);
-    return noteNew(result, Kind::Posix, result == 0 ? idOf(*timer) : 0, clock);
+    const int signal = event == nullptr                      ? SIGALRM
+                       : event->sigev_notify == SIGEV_SIGNAL ? event->sigev_signo
+                                                             : 0;
+    return noteNew(result, Kind::Posix, result == 0 ? idOf(*timer) : 0, clock, signal);
+}
+
+VB_SEAM(int, timer_getoverrun, timer_t timer) {
+    constexpr uint64_t kMost = INT_MAX;
+    if (vb::attachedFolder() != nullptr) {
+        const vb::BoardLock lock(*vb::attachedFolder(), vb::BoardLock::Use::Looks);
+        const Timer *known = find(Kind::Posix, idOf(timer));
+        if (known != nullptr && known->isCounted)
+            return static_cast<int>(std::min(known->overruns, kMost));
+    }
+    return VB_NEXT(timer_getoverrun)(timer);
 }
 
 VB_SEAM(int, timer_delete, timer_t timer) {
