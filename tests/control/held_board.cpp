@@ -62,8 +62,9 @@ ControlAnswer ControlTest::wait(const char *condition, uint64_t timeoutNs) const
 }
 
 ControlAnswer ControlTest::advance(uint64_t seconds) const {
+    constexpr uint64_t kPatience = 30 * kSecond; // with crowds that an emulator starts
     return answerOf([&](VBoardError *error) {
-        return vboardAdvance(board, seconds * kSecond, VBOARD_USUAL_PATIENCE, error);
+        return vboardAdvance(board, seconds * kSecond, kPatience, error);
     });
 }
 
