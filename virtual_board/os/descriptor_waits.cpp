@@ -479,6 +479,11 @@ bool awaitTransfer(int fd, Transfer transfer) {
     return ready > 0;
 }
 
+bool awaitRead(int fd, size_t length) {
+    const bool isRefused = length < sizeof(uint64_t) && isTimer(fd);
+    return isRefused || awaitTransfer(fd, Transfer::In);
+}
+
 bool awaitMessage(int socket, int flags, Transfer transfer) {
     return (flags & MSG_DONTWAIT) != 0 || awaitTransfer(socket, transfer);
 }

@@ -25,6 +25,8 @@ enum class Transfer { In, Out };
  * errno, when its time is over or a signal has come.
  */
 bool awaitTransfer(int fd, Transfer transfer);
+/** The same of a read; one of a timer into less than its count is refused at once. */
+bool awaitRead(int fd, size_t length);
 /** The same of a function that takes flags for messages. */
 bool awaitMessage(int socket, int flags, Transfer transfer = Transfer::In);
 

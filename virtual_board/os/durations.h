@@ -1,6 +1,7 @@
 #pragma once
 // Lengths and points of time, as the C library's structures have them.
 
+#include "virtual_board/board/user_memory.h"
 #include "virtual_board/os/timespec64.h"
 
 #include <cstdint>
@@ -44,6 +45,13 @@ constexpr bool readDuration(const Time &time, uint64_t &ns) {
     ns = (seconds < kMostSeconds ? seconds : kMostSeconds) * kNsPerSecond +
          fraction * unitNs<Time>();
     return true;
+}
+
+/** The same of one in the program's memory; false also where that cannot be read. */
+template <typename Time>
+bool readDurationAt(const Time *address, uint64_t &ns) {
+    Time time = {};
+    return copyFromUser(&time, address, sizeof(time)) && readDuration(time, ns);
 }
 
 template <typename Time>

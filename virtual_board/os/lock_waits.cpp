@@ -28,11 +28,9 @@ timespec onHost(uint64_t ns) {
  */
 template <typename Time, typename Next, typename Try, typename IsOver>
 auto waitUntil(clockid_t clock, const Time *time, Next next, Try tryUntil, IsOver isOver) {
-    Time point = {};
     uint64_t ns = 0;
     const bool isClock = clock == CLOCK_REALTIME || clock == CLOCK_MONOTONIC;
-    return isClock && vb::isOffHost(clock) && vb::copyFromUser(&point, time, sizeof(point)) &&
-                   vb::readDuration(point, ns)
+    return isClock && vb::isOffHost(clock) && vb::readDurationAt(time, ns)
                ? vb::waitInSlices(
                      Deadline::at(clock, static_cast<int64_t>(ns)),
                      [=](uint64_t hostNs) {
@@ -49,6 +47,10 @@ bool isTimedOut(int result) {
 }
 bool hasTimedOut(ssize_t result) {
     return result == -1 && errno == ETIMEDOUT;
+}
+/** C11's have a code of their own. */
+bool isTimedOutInC(int result) {
+    return result == thrd_timedout;
 }
 
 } // namespace
@@ -85,6 +87,8 @@ VB_SEAM_LOCKS(pthread_rwlock_timedwrlock, __pthread_rwlock_timedwrlock64,
               isTimedOut)
 VB_SEAM_LOCKS(sem_timedwait, __sem_timedwait64, sem_clockwait, __sem_clockwait64, sem_t,
               hasTimedOut)
+VB_SEAM_TIMED(mtx_timedlock, mtx_t, timespec, mtx_timedlock, isTimedOutInC)
+VB_SEAM_TIMED(__mtx_timedlock64, mtx_t, vb::Timespec64, mtx_timedlock, isTimedOutInC)
 
 // System V semaphores, of whose time-outs the length is given. Operations that do not wait fail as
 // those do whose time is over.
@@ -104,10 +108,8 @@ bool doWait(const sembuf *operations, size_t count) {
 /** Waits for a length of time in slices, at the end of which a function fails with EAGAIN. */
 template <typename Time, typename Next, typename Try>
 int waitFor(const Time *timeout, Next next, Try tryFor) {
-    Time time = {};
     uint64_t ns = 0;
-    if (!vb::waitsByBoard() || timeout == nullptr ||
-        !vb::copyFromUser(&time, timeout, sizeof(time)) || !vb::readDuration(time, ns))
+    if (!vb::waitsByBoard() || timeout == nullptr || !vb::readDurationAt(timeout, ns))
         return next();
     return vb::waitInSlices(
         Deadline::in(ns),
@@ -143,17 +145,6 @@ VB_SEAM_SEMTIMEDOP(__semtimedop64, vb::Timespec64)
 VB_SEAM_AIO_SUSPEND(aio_suspend, timespec)
 VB_SEAM_AIO_SUSPEND(aio_suspend64, timespec)
 VB_SEAM_AIO_SUSPEND(__aio_suspend_time64, vb::Timespec64)
-
-// C11's mutex.
-#define VB_SEAM_MTX_TIMEDLOCK(symbol, Time)                                                        \
-    VB_SEAM(int, symbol, mtx_t *object, const Time *time) {                                        \
-        return waitUntil(                                                                          \
-            CLOCK_REALTIME, time, [=] { return VB_NEXT(symbol)(object, time); },                   \
-            [=](const timespec *end) { return VB_NEXT(mtx_timedlock)(object, end); },              \
-            [](int result) { return result == thrd_timedout; });                                   \
-    }
-VB_SEAM_MTX_TIMEDLOCK(mtx_timedlock, timespec)
-VB_SEAM_MTX_TIMEDLOCK(__mtx_timedlock64, vb::Timespec64)
 
 #define VB_SEAM_TIMEDJOIN(symbol, Time)                                                            \
     VB_SEAM(int, symbol, pthread_t thread, void **result, const Time *time) {                      \

@@ -1,7 +1,6 @@
 // Waits for signals. Those with a time-out have it in the programs' time; of the others a thread
 // looks after the timers of its process, which send some.
 
-#include "virtual_board/board/user_memory.h"
 #include "virtual_board/os/descriptor_waits.h"
 #include "virtual_board/os/durations.h"
 #include "virtual_board/os/seam.h"
@@ -38,14 +37,12 @@ int waitForSignal(const sigset_t *signals, siginfo_t *info, const Deadline &dead
 
 template <typename Time, typename Next>
 int sigtimedwaitWith(const sigset_t *signals, siginfo_t *info, const Time *timeout, Next next) {
-    Time time = {};
     uint64_t ns = 0;
     if (!vb::waitsByBoard())
         return next();
     if (timeout == nullptr)
         return waitForSignal(signals, info, Deadline::never());
-    const bool isWait =
-        vb::copyFromUser(&time, timeout, sizeof(time)) && vb::readDuration(time, ns) && ns != 0;
+    const bool isWait = vb::readDurationAt(timeout, ns) && ns != 0;
     return isWait ? waitForSignal(signals, info, Deadline::in(ns)) : next();
 }
 

@@ -2,7 +2,6 @@
 // that read the clocks or wait by them are answered as the C library's functions are; all others go
 // on.
 
-#include "virtual_board/board/user_memory.h"
 #include "virtual_board/os/durations.h"
 #include "virtual_board/os/seam.h"
 #include "virtual_board/os/sliced_wait.h"
@@ -54,12 +53,10 @@ bool readFutexWait(const Call &call, Deadline &deadline) {
     const clockid_t clock =
         (operation & FUTEX_CLOCK_REALTIME) != 0 ? CLOCK_REALTIME : CLOCK_MONOTONIC;
     const auto *timeout = call.get<const Time *>(3);
-    Time time = {};
     uint64_t ns = 0;
     const bool isPoint = kind == FUTEX_WAIT_BITSET && vb::isOffHost(clock);
     const bool isLength = kind == FUTEX_WAIT && vb::waitsByBoard();
-    if ((!isPoint && !isLength) || timeout == nullptr ||
-        !vb::copyFromUser(&time, timeout, sizeof(time)) || !vb::readDuration(time, ns))
+    if ((!isPoint && !isLength) || timeout == nullptr || !vb::readDurationAt(timeout, ns))
         return false;
     deadline = isPoint ? Deadline::at(clock, static_cast<int64_t>(ns)) : Deadline::in(ns);
     return true;

@@ -1,7 +1,6 @@
 // Sleeps. On a board with virtual time they move the board's clock and return at once; where its
 // clocks have a pace of their own they wait by them.
 
-#include "virtual_board/board/user_memory.h"
 #include "virtual_board/os/board_wait.h"
 #include "virtual_board/os/durations.h"
 #include "virtual_board/os/seam.h"
@@ -63,9 +62,7 @@ bool sleepOnBoard(uint64_t ns, uint64_t &left) {
 /** How long a program sleeps that has given a valid time; others are the C library's to refuse. */
 template <typename Time>
 bool readSleep(const Time *address, uint64_t &ns) {
-    Time time = {};
-    return vb::attachedFolder() != nullptr && vb::copyFromUser(&time, address, sizeof(time)) &&
-           vb::readDuration(time, ns);
+    return vb::attachedFolder() != nullptr && vb::readDurationAt(address, ns);
 }
 
 /** Whether the kernel lets a program sleep by a clock that boards have of their own. */

@@ -476,6 +476,12 @@ bool hasKernelsGoneOff(const Timer &timer) {
     return true;
 }
 
+/** The armed timer of a descriptor; null when it has none, or is another file's by now. */
+Timer *armedTimer(int fd) {
+    Timer *timer = find(Kind::Descriptor, static_cast<Id>(fd));
+    return timer != nullptr && timer->isArmed && vb::kernel::isTimer(fd) ? timer : nullptr;
+}
+
 } // namespace
 
 namespace vb {
@@ -496,22 +502,24 @@ bool isTimer(int fd) {
     if (armedTimers == 0)
         return false;
     const BoardLock lock(*attachedFolder(), BoardLock::Use::Looks);
-    const Timer *timer = find(Kind::Descriptor, static_cast<Id>(fd));
-    return timer != nullptr && timer->isArmed && kernel::isTimer(fd);
+    return armedTimer(fd) != nullptr;
 }
 
-void takeExpirations(int fd, uint64_t &count) {
+bool takeExpirations(int fd, ssize_t size, uint64_t &expirations) {
+    if (size != sizeof(expirations) || armedTimers == 0)
+        return false;
     const BoardLock lock(*attachedFolder(), BoardLock::Use::Looks);
-    Timer *timer = find(Kind::Descriptor, static_cast<Id>(fd));
-    if (timer == nullptr || !timer->isArmed)
-        return;
+    Timer *timer = armedTimer(fd);
+    if (timer == nullptr)
+        return false;
     const auto now = ProgramsClock::underLock();
-    count = std::max<uint64_t>(timesDue(*timer, now), 1);
-    goOn(*timer, count);
+    expirations = std::max<uint64_t>(timesDue(*timer, now), 1);
+    goOn(*timer, expirations);
     timer->hasGoneOff = false;
     if (timer->isArmed)
         drive(*timer, now);
     countArmed();
+    return true;
 }
 
 } // namespace vb

@@ -3,6 +3,8 @@
 
 #include "virtual_board/os/programs_clock.h"
 
+#include <sys/types.h>
+
 namespace vb {
 
 /** By a clock that is stepped threads go on in turn. */
@@ -21,7 +23,10 @@ void forgetTimersOfParent();
 /** Whether a descriptor is of such a timer. */
 bool isTimer(int fd);
 
-/** Counts what has been read from one: how often it has gone off. */
-void takeExpirations(int fd, uint64_t &count);
+/**
+ * After a read of so many bytes: how often a timer of the board's has gone off, which is counted as
+ * read. False when it was none.
+ */
+bool takeExpirations(int fd, ssize_t size, uint64_t &expirations);
 
 } // namespace vb

@@ -52,9 +52,7 @@ template <typename Read>
 ssize_t readPlainly(const vb::NodeFound &found, int fd, void *data, size_t length, Read readFile) {
     if (found.node == vb::Node::Memory)
         return vb::failWith(EPERM); // it can only be mapped
-    // A read of a timer into less than its count does not wait.
-    const bool isRefused = length < sizeof(uint64_t) && vb::isTimer(fd);
-    if (!isRefused && !vb::awaitTransfer(fd, vb::Transfer::In))
+    if (!vb::awaitRead(fd, length))
         return -1;
     if (!hasFileRules())
         return readFile(length);
@@ -67,11 +65,8 @@ ssize_t readPlainly(const vb::NodeFound &found, int fd, void *data, size_t lengt
 /** What has been read of a timer: how often it has gone off. */
 ssize_t ofTimer(int fd, void *data, ssize_t count) {
     uint64_t expirations = 0;
-    if (count != sizeof(expirations) || !vb::isTimer(fd))
-        return count;
-    std::memcpy(&expirations, data, sizeof(expirations));
-    vb::takeExpirations(fd, expirations);
-    std::memcpy(data, &expirations, sizeof(expirations));
+    if (vb::takeExpirations(fd, count, expirations))
+        std::memcpy(data, &expirations, sizeof(expirations));
     return count;
 }
 

@@ -84,9 +84,8 @@ ssize_t writeEachAt(int fd, const vb::NodeFound &found, const iovec *vector, int
 /** What has been read of a timer: how often it has gone off. */
 ssize_t ofTimer(int fd, const iovec *vector, ssize_t size) {
     uint64_t expirations = 0;
-    if (size != sizeof(expirations) || !vb::isTimer(fd))
+    if (!vb::takeExpirations(fd, size, expirations))
         return size;
-    vb::takeExpirations(fd, expirations);
     const char *from = reinterpret_cast<const char *>(&expirations);
     for (auto left = static_cast<size_t>(size); left != 0; ++vector) {
         const size_t length = std::min(vector->iov_len, left);
@@ -97,14 +96,14 @@ ssize_t ofTimer(int fd, const iovec *vector, ssize_t size) {
     return size;
 }
 
-/** A read of a timer into less than its count does not wait. */
-bool isRefused(int fd, const iovec *vector, int count) {
-    if (vectorRefusal(vector, count) != 0)
+/** As a read waits; what the kernel refuses does not. */
+bool awaitRead(int fd, const iovec *vector, int count) {
+    if (!vb::waitsByBoard() || vectorRefusal(vector, count) != 0)
         return true;
     size_t length = 0;
     for (int i = 0; i < count && length < sizeof(uint64_t); ++i)
         length += vector[i].iov_len;
-    return length < sizeof(uint64_t) && vb::isTimer(fd);
+    return vb::awaitRead(fd, length);
 }
 
 } // namespace
@@ -113,10 +112,8 @@ VB_SEAM(ssize_t, readv, int fd, const iovec *vector, int count) {
     const vb::NodeFound found = vb::nodeOf(fd);
     if (isTransferred(found))
         return readEach(fd, found, vector, count);
-    if (vb::waitsByBoard() && !isRefused(fd, vector, count) &&
-        !vb::awaitTransfer(fd, vb::Transfer::In))
-        return -1;
-    return ofTimer(fd, vector, VB_NEXT(readv)(fd, vector, count));
+    return awaitRead(fd, vector, count) ? ofTimer(fd, vector, VB_NEXT(readv)(fd, vector, count))
+                                        : -1;
 }
 
 VB_SEAM(ssize_t, writev, int fd, const iovec *vector, int count) {
