@@ -251,11 +251,3 @@ std::string builtProgram(const std::string &name) {
 bool isEmulated() {
     return *BSP_TEST_EMULATOR != '\0';
 }
-
-std::vector<std::string> linesOf(const std::string &text) {
-    std::istringstream stream(text);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
-}

@@ -2,6 +2,8 @@
 // Running programs of the build and seeing what they answer. Where the build's programs need an
 // emulator, they are run under it.
 
+#include "language/texts.h"
+
 #include <functional>
 #include <string>
 #include <sys/types.h>
@@ -100,5 +102,4 @@ std::string builtProgram(const std::string &name);
 /** Whether the build's programs run under an emulator, and so cannot execute each other. */
 bool isEmulated();
 
-/** The lines of a text, without their newlines. */
-std::vector<std::string> linesOf(const std::string &text);
+using language::linesOf;

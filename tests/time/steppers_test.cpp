@@ -1,36 +1,15 @@
 // Those who step a clock: one of them can be killed, and copies have clocks of their own.
 
-#include "tests/control/held_board.h"
-#include "tests/support/process.h"
+#include "tests/time/ticking.h"
 
 #include <csignal>
 #include <memory>
 
 namespace {
 
-class SteppersTest : public ControlTest {
-  protected:
-    SteppersTest() : ControlTest("0x0709", "stepped") {}
+using SteppersTest = TickingTest;
 
-    /** A program that ticks each second, and waits. */
-    std::unique_ptr<Process> startTicks(const std::string &way) const {
-        auto program =
-            std::make_unique<Process>(std::vector<std::string>{builtProgram("tick"), way, "100000"},
-                                      boardEnvironment(vboardFolder(board)));
-        EXPECT_TRUE(comesTrue([&] { return program->errors() == "ready\n"; }));
-        EXPECT_EQ(advance(0), kDone);
-        return program;
-    }
-};
-
-std::string ticks(uint64_t count) {
-    std::string lines;
-    for (uint64_t i = 1; i <= count; ++i) {
-        const std::string seconds = std::to_string(i) + ".000000000";
-        lines += seconds + " " + seconds + "\n";
-    }
-    return lines;
-}
+constexpr char kForEver[] = "100000";
 
 uint32_t usersOf(VBoard *board) {
     VBoardUser *list = nullptr;
@@ -41,8 +20,8 @@ uint32_t usersOf(VBoard *board) {
 }
 
 TEST_F(SteppersTest, AnotherGoesOnWhereOneWasKilled) {
-    const auto timer = startTicks("timerfd");
-    const auto condition = startTicks("condition");
+    const auto timer = startTicks("timerfd", kForEver);
+    const auto condition = startTicks("condition", kForEver);
     for (uint64_t round = 0; round < 5; ++round) {
         const uint64_t before = now();
         Process stepper({builtProgram("vboard"), "advance", vboardFolder(board), "90000"});
@@ -59,7 +38,7 @@ TEST_F(SteppersTest, AnotherGoesOnWhereOneWasKilled) {
 }
 
 TEST_F(SteppersTest, ACopyIsSteppedByItself) {
-    const auto program = startTicks("poll");
+    const auto program = startTicks("poll", kForEver);
     EXPECT_EQ(advance(5), kDone);
     ASSERT_EQ(vboardCopy(vboardFolder(board), path("copy").c_str(), nullptr), VBOARD_OK);
     VBoard *copy = nullptr;

@@ -1,7 +1,6 @@
 // Clocks that are stepped.
 
-#include "tests/control/held_board.h"
-#include "tests/support/process.h"
+#include "tests/time/ticking.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -13,25 +12,8 @@
 
 namespace {
 
-class SteppingTest : public ControlTest {
+class SteppingTest : public TickingTest {
   protected:
-    SteppingTest() : ControlTest("0x0709", "stepped") {}
-
-    /** Starts a program, and waits until it is on the board. */
-    std::unique_ptr<Process> start(const std::string &way, const std::string &count) {
-        auto program =
-            std::make_unique<Process>(std::vector<std::string>{builtProgram("tick"), way, count},
-                                      boardEnvironment(vboardFolder(board)));
-        EXPECT_TRUE(comesTrue([&] { return program->errors() == "ready\n"; }));
-        return program;
-    }
-    /** The same until it waits. */
-    std::unique_ptr<Process> startTicks(const std::string &way, const std::string &count) {
-        auto program = start(way, count);
-        EXPECT_EQ(advance(0), kDone);
-        return program;
-    }
-
     std::vector<int32_t> users() const {
         VBoardUser *list = nullptr;
         uint32_t count = 0;
@@ -65,16 +47,6 @@ class SteppingTest : public ControlTest {
         return lines;
     }
 };
-
-/** What programs print that tick so often, as their clocks do. */
-std::string ticks(unsigned count) {
-    std::string lines;
-    for (unsigned i = 1; i <= count; ++i) {
-        const std::string seconds = std::to_string(i) + ".000000000";
-        lines += seconds + " " + seconds + "\n";
-    }
-    return lines;
-}
 
 /** Ticks of a clock that runs so fast that a timer can expire twice before it is read. */
 long countTicks(const std::string &output) {
