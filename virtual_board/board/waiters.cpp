@@ -60,6 +60,13 @@ Waiter *firstDue(Waiters &waiters) {
     return first;
 }
 
+uint32_t waitersBefore(Waiters &waiters, const Waiter &waiter) {
+    return static_cast<uint32_t>(
+        std::count_if(std::begin(waiters.waiter), std::end(waiters.waiter), [&](Waiter &other) {
+            return stateOf(other) == WaiterState::Waiting && isBefore(other, waiter);
+        }));
+}
+
 void call(Waiter &waiter) {
     WaiterState expected = WaiterState::Waiting;
     std::atomic_ref(waiter.state).compare_exchange_strong(expected, WaiterState::Called);

@@ -54,6 +54,9 @@ bool hasTimerWait(Waiters &waiters, int32_t pid);
 /** The one that is due first, of several the one that has waited longest; null when none waits. */
 Waiter *firstDue(Waiters &waiters);
 
+/** How many are due before one. */
+uint32_t waitersBefore(Waiters &waiters, const Waiter &waiter);
+
 /** Calls one. If it blocks it has to be woken besides. */
 void call(Waiter &waiter);
 

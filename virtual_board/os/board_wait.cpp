@@ -21,11 +21,13 @@ namespace {
 constexpr uint64_t kNever = UINT64_MAX;
 constexpr uint64_t kLongNs = 1000 * kNsPerSecond;
 
-// Who cannot be called, as it waits for a lock, looks at the clock now and then, and often while
-// somebody steps it.
+// Who cannot be called, as it waits for a lock, looks at the clock now and then. While somebody
+// steps it, the one that is due next looks often, and who comes later the more seldom: a crowd that
+// looks all the time would keep the processors from those whose turn it is.
 constexpr uint64_t kLookNs = 20000000;
-constexpr uint64_t kSteppingLookNs = 2000000;
-constexpr uint64_t kFirstLookNs = 100000; // of the one that is due next
+constexpr uint64_t kSteppingLookNs = 2000000; // of who waits for no moment, or is one too many
+constexpr uint64_t kFirstLookNs = 100000;
+constexpr uint64_t kSeldomer = 4;
 
 // Nobody calls when the board is removed.
 constexpr uint64_t kBoardLookNs = kNsPerSecond;
@@ -42,7 +44,12 @@ uint64_t lookNs(const Waiter *waiter) {
     const int32_t stepper = std::atomic_ref(waiters().stepper).load();
     if (stepper == 0 || !kernel::isProcess(stepper))
         return kLookNs;
-    return waiter != nullptr && waiter == firstDue(waiters()) ? kFirstLookNs : kSteppingLookNs;
+    if (waiter == nullptr)
+        return kSteppingLookNs;
+    uint64_t interval = kFirstLookNs;
+    for (uint32_t i = waitersBefore(waiters(), *waiter); i != 0 && interval < kLookNs; i--)
+        interval *= kSeldomer;
+    return std::min(interval, kLookNs);
 }
 
 } // namespace
