@@ -128,9 +128,8 @@ struct Found {
 
 Found findRow(const std::string &name) {
     for (const Property &property : kProperties) {
-        Numbers numbers;
-        if (takeNumbers(name, property.name, numbers))
-            return {&property, numbers};
+        if (const auto numbers = numbersIn(name, property.name))
+            return {&property, *numbers};
     }
     return {nullptr, {}};
 }
@@ -217,6 +216,11 @@ const char *modelsText(Subject subject) {
     default:
         return "all";
     }
+}
+
+std::optional<std::vector<uint32_t>> numbersIn(const std::string &name, const char *row) {
+    Numbers numbers;
+    return takeNumbers(name, row, numbers) ? std::optional(numbers) : std::nullopt;
 }
 
 const Property *rowOf(const std::string &name) {

@@ -49,6 +49,9 @@ bool isOn(const Equipment &equipment, Subject subject);
 /** Which models those with a subject are: "with fans"; "all". */
 const char *modelsText(Subject subject);
 
+/** The numbers in a name of a row, whose '#' stand for them; nothing for another row's name. */
+std::optional<std::vector<uint32_t>> numbersIn(const std::string &name, const char *row);
+
 /** The row that a name is of, whatever the model; null when there is none. */
 const Property *rowOf(const std::string &name);
 
