@@ -25,6 +25,7 @@ void addCommands(Command &root) {
     root.chapter("The whole unit");
     addShowCommand(root);
     addCheckCommand(root);
+    addCaptureCommand(root);
     addWatchCommand(root);
     addInitCommand(root);
     addStatusCommand(root);

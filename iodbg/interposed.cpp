@@ -3,7 +3,6 @@
 // the calls of its own.
 
 #include "iodbg/core/library_calls.h"
-#include "iodbg/poe/wire.h"
 
 #include <cstdarg>
 #include <cstdlib>

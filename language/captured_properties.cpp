@@ -37,7 +37,7 @@ constexpr CapturedProperty kCaptured[] = {
     common("cmdline"),
     {.name = "system-time",
      .type = Type::Text,
-     .sentence = "System clock, in UTC",
+     .sentence = "System clock, in local time",
      .compared = Compared::Clock},
     {.name = "version.hardware", .type = Type::Text, .sentence = "Revision of the hardware"},
     {.name = "version.cpld", .type = Type::Text, .sentence = "Version of the CPLD's logic"},
@@ -283,7 +283,7 @@ constexpr CapturedProperty kCaptured[] = {
      .sentence = "Register of a copper module's PHY, but those that forget when they are read"},
     // Boot settings
     {.name = "boot.mode", .sentence = "Which system the boot loader starts"},
-    {.name = "boot.flag", .sentence = "Boot flag; a failure: none is stored"},
+    {.name = "boot.flag", .sentence = "Boot flag", .words = "none"},
     {.name = "boot.baudrate", .sentence = "Rate of the console at the start", .unit = "baud"},
     {.name = "boot.console-password",
      .type = Type::Word,

@@ -72,4 +72,13 @@ BspCalendar systemTime() {
     return calendarOf(tm);
 }
 
+std::string utcText() {
+    const std::time_t now = std::time(nullptr);
+    std::tm tm = {};
+    gmtime_r(&now, &tm);
+    std::string text = calendarText(calendarOf(tm));
+    text[text.find(' ')] = 'T';
+    return text + "Z";
+}
+
 } // namespace iodbg

@@ -24,5 +24,7 @@ int32_t readChipTime(ChipTime &chip);
 int64_t secondsBetween(const BspCalendar &earlier, const BspCalendar &later);
 /** The system clock. */
 BspCalendar systemTime();
+/** The same in UTC: "2026-11-21T12:34:56Z" */
+std::string utcText();
 
 } // namespace iodbg

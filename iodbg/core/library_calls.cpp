@@ -8,6 +8,7 @@ namespace {
 
 CommandWatcher commandWatcher;
 WriteWatcher writeWatcher;
+RequestWatcher requestWatcher;
 
 } // namespace
 
@@ -24,6 +25,11 @@ void tellOfWrite(size_t bytes) {
     writeWatcher = watcher;
 }
 
+void tellOfRequest(unsigned long request, const void *argument) {
+    if (requestWatcher)
+        requestWatcher(request, argument);
+}
+
 CommandWatch::CommandWatch(CommandWatcher watcher) {
     commandWatcher = std::move(watcher);
 }
@@ -38,6 +44,14 @@ WriteWatch::WriteWatch(WriteWatcher watcher) {
 
 WriteWatch::~WriteWatch() {
     writeWatcher = nullptr;
+}
+
+RequestWatch::RequestWatch(RequestWatcher watcher) {
+    requestWatcher = std::move(watcher);
+}
+
+RequestWatch::~RequestWatch() {
+    requestWatcher = nullptr;
 }
 
 } // namespace iodbg

@@ -13,6 +13,9 @@ using CommandWatcher = std::function<void(const std::string &command)>;
 /** Told of every write, whatever to, after it: how many bytes it was for. It must not throw. */
 using WriteWatcher = std::function<void(size_t bytes)>;
 
+/** Told of every request to a driver that has succeeded. It must not throw. */
+using RequestWatcher = std::function<void(unsigned long request, const void *argument)>;
+
 /** Watches as long as it lives; one of each kind at a time. */
 class CommandWatch {
   public:
@@ -30,8 +33,17 @@ class WriteWatch {
     ~WriteWatch();
 };
 
+class RequestWatch {
+  public:
+    explicit RequestWatch(RequestWatcher watcher);
+    RequestWatch(const RequestWatch &) = delete;
+    RequestWatch &operator=(const RequestWatch &) = delete;
+    ~RequestWatch();
+};
+
 // The calls that pass (`interposed.cpp`).
 void tellOfCommand(const char *command);
 void tellOfWrite(size_t bytes);
+void tellOfRequest(unsigned long request, const void *argument);
 
 } // namespace iodbg

@@ -32,6 +32,16 @@ FlashPartition::FlashPartition(const std::string &device)
         throw failure("ask " + device + " for its sizes");
 }
 
+std::string FlashPartition::geometryText() const {
+    const char *type = geometry_.type == MTD_NANDFLASH  ? "nand"
+                       : geometry_.type == MTD_NORFLASH ? "nor"
+                                                        : "other";
+    const std::string text = std::string(type) + ", " + std::to_string(geometry_.size) +
+                             " bytes, blocks of " + std::to_string(geometry_.erasesize) +
+                             ", pages of " + std::to_string(geometry_.writesize);
+    return geometry_.oobsize != 0 ? text + "+" + std::to_string(geometry_.oobsize) : text;
+}
+
 off_t FlashPartition::number() const {
     struct stat info = {};
     if (fstat(file_.get(), &info) != 0)

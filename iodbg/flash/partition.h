@@ -26,6 +26,9 @@ class FlashPartition {
     /** Whether this partition is the one of another name for a device. */
     bool isAt(const std::string &device) const;
     size_t pageSize() const { return geometry_.writesize; }
+    /** "nand, 42467328 bytes, blocks of 131072, pages of 2048+64" */
+    std::string geometryText() const;
+    bool isWriteProtected() const { return (geometry_.flags & MTD_WRITEABLE) == 0; }
 
     void read(uint64_t offset, std::span<uint8_t> bytes) const;
     Bytes read(uint64_t offset, size_t length) const;

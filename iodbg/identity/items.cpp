@@ -29,16 +29,6 @@ int32_t readSerialVersion(Cell &cell) {
     return status;
 }
 
-int32_t readBootLoaderVersion(Cell &cell) {
-    std::array<char, BSP_BOOT_VERSION_LENGTH + 1> version{};
-    const int32_t status = ioBiosVersionGet(version.data());
-    // Six bytes always come; a shorter version ends where the next word of the command line begins.
-    version[std::strcspn(version.data(), " \t\n")] = '\0';
-    const std::string text = fieldText(viewOf(version));
-    cell = {text.empty() ? "not on the kernel's command line" : text, text};
-    return status;
-}
-
 int32_t readSerialNumber(Cell &cell) {
     std::array<char, BSP_SERIAL_NUMBER_BUFFER + 1> serial{};
     uint32_t length = 0;
@@ -70,6 +60,16 @@ constexpr Item kMacs[] = {
 };
 
 } // namespace
+
+int32_t readBootLoaderVersion(Cell &cell) {
+    std::array<char, BSP_BOOT_VERSION_LENGTH + 1> version{};
+    const int32_t status = ioBiosVersionGet(version.data());
+    // Six bytes always come; a shorter version ends where the next word of the command line begins.
+    version[std::strcspn(version.data(), " \t\n")] = '\0';
+    const std::string text = fieldText(viewOf(version));
+    cell = {text.empty() ? "not on the kernel's command line" : text, text};
+    return status;
+}
 
 const std::span<const Item> kVersionItems = kVersions;
 const std::span<const Item> kSerialItems = kSerial;

@@ -7,6 +7,9 @@
 
 namespace iodbg {
 
+/** The boot loader's version, from the kernel's command line. */
+int32_t readBootLoaderVersion(Cell &cell);
+
 /** Model and versions. */
 extern const std::span<const Item> kVersionItems;
 /** The serial number in the board's record. */

@@ -10,8 +10,6 @@ namespace iodbg {
 
 namespace {
 
-PoeWatcher watching;
-
 std::optional<PoeDirection> directionOf(unsigned long request) {
     if (request == BSP_REQ_I2C_WRITE)
         return PoeDirection::ToController;
@@ -48,19 +46,10 @@ bool PoeEcho::isAnsweredBy(ByteView frame) const {
     return guide_.isAnswer({sent_.data(), length_}, frame);
 }
 
-void tellOfRequest(unsigned long request, const void *argument) {
-    if (!watching)
-        return;
-    if (const auto traffic = poeTrafficOf(request, argument); traffic.has_value())
-        watching(traffic->direction, traffic->frame);
-}
-
-PoeWatch::PoeWatch(PoeWatcher watcher) {
-    watching = std::move(watcher);
-}
-
-PoeWatch::~PoeWatch() {
-    watching = nullptr;
-}
+PoeWatch::PoeWatch(PoeWatcher watcher)
+    : watch_([tell = std::move(watcher)](unsigned long request, const void *argument) {
+          if (const auto traffic = poeTrafficOf(request, argument); traffic.has_value())
+              tell(traffic->direction, traffic->frame);
+      }) {}
 
 } // namespace iodbg

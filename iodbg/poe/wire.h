@@ -3,6 +3,7 @@
 // has reached, and parts of answers that no function of the library gives.
 
 #include "iodbg/core/format.h"
+#include "iodbg/core/library_calls.h"
 #include "poe/guide.h"
 
 #include <array>
@@ -51,12 +52,9 @@ using PoeWatcher = std::function<void(PoeDirection direction, ByteView frame)>;
 class PoeWatch {
   public:
     explicit PoeWatch(PoeWatcher watcher);
-    PoeWatch(const PoeWatch &) = delete;
-    PoeWatch &operator=(const PoeWatch &) = delete;
-    ~PoeWatch();
-};
 
-/** A request that has passed and succeeded (`interposed.cpp`). */
-void tellOfRequest(unsigned long request, const void *argument);
+  private:
+    RequestWatch watch_;
+};
 
 } // namespace iodbg

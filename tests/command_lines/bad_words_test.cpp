@@ -17,6 +17,7 @@ struct BadWord {
 };
 
 constexpr BadWord kIodbg[] = {
+    {"capture", "FILE", "/nowhere/x", "cannot write /nowhere/x: No such file or directory", 4},
     {"watch", "--interval", "--interval 0.05",
      "--interval: '0.05' is not a number of seconds from 0.1 to 3600, with up to three decimals"},
     {"watch", "--count", "--count 0", "--count: '0' is not a number from 1 to 4294967295"},

@@ -1,6 +1,7 @@
 // The tables of properties in the documents are those of the language. scripts/document-tables
 // renews them.
 
+#include "language/captured_properties.h"
 #include "language/property_names.h"
 #include "language/property_values.h"
 #include "tests/support/document_part.h"
@@ -92,6 +93,47 @@ std::string manualEntries() {
     return text;
 }
 
+/** What two units may differ by. */
+std::string toleranceTold(const CapturedProperty &row) {
+    std::string text = row.tolerance != 0 ? std::to_string(row.tolerance) : "";
+    if (row.percent != 0)
+        text += (text.empty() ? "" : " or ") + std::to_string(row.percent) + " %";
+    return text;
+}
+
+std::string capturedNameTold(const CapturedProperty &row) {
+    const std::string name = "`" + std::string(row.name) + "`";
+    if (row.firstNumber == 0 && row.lastNumber == UINT32_MAX)
+        return name;
+    return name + ", " + std::to_string(row.firstNumber) +
+           (row.lastNumber == UINT32_MAX ? " on" : "-" + std::to_string(row.lastNumber));
+}
+
+std::string capturedValueTold(const CapturedProperty &row) {
+    constexpr const char *kTypes[] = {"number", "number", "number", "word", "text",
+                                      "text",   "text",   "text",   "bytes"};
+    std::string text = joinedWith(wordsOf(row.words), "`");
+    if (row.type != Type::Word)
+        text = kTypes[static_cast<size_t>(row.type)] + (text.empty() ? "" : ", or " + text);
+    return text + (*row.unit != '\0' ? ", " + std::string(row.unit) : "");
+}
+
+std::string capturedTable() {
+    std::string text = "| name | value | compared | models | |\n|---|---|---|---|---|\n";
+    for (const CapturedProperty &row : capturedProperties()) {
+        const std::string tolerance = toleranceTold(row);
+        const std::string models = modelsText(row.subject);
+        const std::string raw = *row.raw != '\0' ? "; raw: " + std::string(row.raw) : "";
+        for (const std::string &cell :
+             {capturedNameTold(row), capturedValueTold(row),
+              comparedWord(row.compared) + (tolerance.empty() ? "" : ", " + tolerance),
+              models == "all" ? std::string() : models, row.sentence + raw})
+            text += cell.empty() ? "| " : "| " + cell + " ";
+        text += "|\n";
+    }
+    return text;
+}
+
 struct Table {
     const char *file;
     const char *start, *end; // lines around it
@@ -109,11 +151,16 @@ TEST_P(PropertyTablesTest, AreWhatTheLanguageHas) {
     expectPart({std::string(BSP_TEST_DOCUMENTS) + "/" + file, start, end}, content());
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, PropertyTablesTest,
-                         ::testing::Values(Table{"virtual-board.md", "<!-- the properties -->\n",
-                                                 "<!-- end of the properties -->\n", markdownTable},
-                                           Table{"man/vboard.1", ".\\\" the properties\n",
-                                                 ".\\\" end of the properties\n", manualEntries}),
-                         [](const auto &table) { return table.index == 0 ? "Page" : "Manual"; });
+INSTANTIATE_TEST_SUITE_P(
+    Documents, PropertyTablesTest,
+    ::testing::Values(Table{"virtual-board.md", "<!-- the properties -->\n",
+                            "<!-- end of the properties -->\n", markdownTable},
+                      Table{"captured-unit.md", "<!-- the captured properties -->\n",
+                            "<!-- end of the captured properties -->\n", capturedTable},
+                      Table{"man/vboard.1", ".\\\" the properties\n",
+                            ".\\\" end of the properties\n", manualEntries}),
+    [](const auto &table) {
+        return std::string(table.index == 0 ? "Page" : table.index == 1 ? "Captures" : "Manual");
+    });
 
 } // namespace

@@ -9,7 +9,6 @@
 #include "tests/support/virtual_board_test.h"
 #include "tests/support/world.h"
 
-#include <cstdarg>
 #include <cstdio>
 #include <fcntl.h>
 #include <fstream>
@@ -18,23 +17,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
-
-extern "C" {
-int realIoctl(int fd, unsigned long request, ...) __asm__("__real_ioctl");
-int wrappedIoctl(int fd, unsigned long request, ...) __asm__("__wrap_ioctl");
-
-/** As the program has it. */
-int wrappedIoctl(int fd, unsigned long request, ...) {
-    va_list arguments;
-    va_start(arguments, request);
-    void *argument = va_arg(arguments, void *);
-    va_end(arguments);
-    const int result = realIoctl(fd, request, argument);
-    if (result >= 0)
-        iodbg::tellOfRequest(request, argument);
-    return result;
-}
-}
 
 namespace {
 
