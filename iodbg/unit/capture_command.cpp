@@ -6,6 +6,7 @@
 #include "iodbg/core/host_file.h"
 #include "iodbg/unit/capture.h"
 #include "iodbg/unit/commands.h"
+#include "language/captured_unit_privacy.h"
 
 #include <algorithm>
 
@@ -16,6 +17,7 @@ namespace {
 struct CaptureArguments {
     std::string file;
     CaptureWishes wishes;
+    bool isAnonymous = false;
     bool isForced = false;
 };
 
@@ -47,7 +49,9 @@ ExitCode capture(Console &console, const CaptureArguments &arguments) {
     // It tells what nobody but the unit's owner is to know.
     const Destination destination = {arguments.file, arguments.isForced, true};
     Saving file(console, destination);
-    const language::CapturedUnit unit = captureUnit(console, arguments.wishes);
+    language::CapturedUnit unit = captureUnit(console, arguments.wishes);
+    if (arguments.isAnonymous)
+        language::makeAnonymous(unit);
     const std::string document = language::writtenCapture(unit);
     file.write({reinterpret_cast<const uint8_t *>(document.data()), document.size()});
     file.finish();
@@ -64,11 +68,14 @@ void addCaptureCommand(Command &root) {
     command.flag("--with-secrets", "Passwords, and the boot settings as they lie in flash",
                  arguments->wishes.hasSecrets);
     command.flag("--with-flash", "The content of the flash partitions", arguments->wishes.hasFlash);
+    command.flag("--anonymous", "Other serial numbers and MAC addresses, with right checksums",
+                 arguments->isAnonymous);
     command.flag("--force", kForceHelp, arguments->isForced);
     command
         .detail("Nothing on the unit is changed. What cannot be read stands there with its status, "
                 "what was left out with the reason.\nThe file is readable by its owner alone.")
         .example("iodbg capture unit.json")
+        .example("iodbg capture unit.json --anonymous --force")
         .example("iodbg capture - --with-secrets");
     command.does([arguments](Console &console) { return capture(console, *arguments); });
 }

@@ -164,6 +164,18 @@ TEST_F(CaptureCommandTest, KeepsSecretsToItself) {
     EXPECT_TRUE(with.capture.hasSecrets && with.capture.hasFlash);
 }
 
+TEST_F(CaptureCommandTest, TellsNobodyWhichUnitItIs) {
+    useModel(0x0409);
+    world::set("sfp.49.module", "sr");
+    const ProcessResult result = iodbg({"capture", "-", "--anonymous"});
+    for (const char *telling : {"VB00000001", "02:00:5e", "02:00:5E", "5642303030", "SFP0000049"})
+        EXPECT_EQ(result.out.find(telling), std::string::npos) << telling;
+    const CapturedUnit unit = read(result.out);
+    EXPECT_TRUE(unit.capture.isAnonymous);
+    EXPECT_EQ(textOf(unit, "identity.serial"), "ANON000001");
+    EXPECT_EQ(textOf(unit, "identity.mac"), "02:00:00:00:01:00");
+}
+
 TEST_F(CaptureCommandTest, IsAFileOfItsOwnersOrNone) {
     useModel(0x0409);
     const std::string file = hostFile("unit.json");

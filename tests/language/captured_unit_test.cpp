@@ -3,10 +3,13 @@
 #include "language/captured_unit.h"
 
 #include "language/captured_properties.h"
+#include "language/captured_unit_privacy.h"
+#include "language/formats/product_record.h"
 #include "language/property_names.h"
 #include "language/property_values.h"
 #include "language/refused.h"
 
+#include <cstring>
 #include <gtest/gtest.h>
 #include <set>
 
@@ -255,6 +258,187 @@ TEST(CapturedUnitTest, TooManyKeysAreRefused) {
     for (int i = 0; i <= 16384; ++i)
         many += "\"a" + std::to_string(i) + "\":0,";
     EXPECT_EQ(refusalOfDocument("{" + many + "\"b\":0}"), "an object has more than 16384 keys");
+}
+
+TEST(CapturedUnitTest, ManyPartsOfAPartitionAreRead) {
+    std::string parts;
+    constexpr int kParts = 20000;
+    for (int i = 0; i < kParts; ++i)
+        parts += (i > 0 ? "," : "") + std::string("{\"offset\":") + std::to_string(i * 2) +
+                 ",\"bytes\":\"00\"}";
+    const CapturedUnit unit = readCapture(
+        documentWith(R"({"offset":0,"bytes":"0102"},{"offset":256,"bytes":"ff"})", parts));
+    EXPECT_EQ(unit.find("flash.4.content")->runs()->size(), size_t{kParts});
+}
+
+// Privacy
+
+/** A unit whose serial number, "SN00042", and addresses stand in several places. */
+CapturedUnit unitOfSomebody() {
+    Bytes eeprom(1024, 0xFF);
+    uint8_t *record = eeprom.data() + 256;
+    std::memset(record, 0, formats::kBoardRecordSize);
+    std::memcpy(record, "DEVINFO", 8);
+    const uint8_t mac[] = {0, 0x1B, 0x2C, 0x3D, 0x4E, 0xFF};
+    std::memcpy(record + 10, mac, sizeof(mac));
+    std::memcpy(record + 64, "SN00042", 7);
+    formats::renewRecordCrc(record);
+    std::memcpy(eeprom.data() + 700, "xSN00042x", 9);
+    Bytes supply(256, 0);
+    std::memcpy(supply.data() + 176 + 40, "P1", 2);
+    Bytes page(256, 0);
+    std::memcpy(page.data() + 68, "MOD12345        ", 16);
+    for (size_t i = 64; i < 95; ++i)
+        page[95] = static_cast<uint8_t>(page[95] + page[i]);
+    CapturedUnit unit;
+    unit.properties = {
+        {"cmdline", "ethaddr=00:1b:2c:3d:4e:ff serial=SN00042 P1"},
+        {"identity.serial", "SN00042"},
+        {"identity.mac", "00:1b:2c:3d:4e:ff"},
+        {"eeprom.board", hexText(eeprom)},
+        {"eeprom.supply1", hexText(supply)},
+        {"supply.1.serial", "P1"},
+        {"sfp.49.id", hexText(page)},
+        {"flash.12.crc32", "0x00000001"},
+        {"flash.12.content", CapturedRuns{{0, {'S', 'N', '0', '0', '0', '4', '2'}}}},
+        {"flash.14.crc32", "0x00000002"},
+        {"flash.14.content", CapturedRuns{{0, {'S', 'N', '0'}}}},
+        {"fan.1.speed", int64_t{2400}},
+    };
+    unit.findings = {
+        {"serial number", "good", "SN00042", {}, "good", "serial-number", {}, {}},
+        {"MAC address", "good", "00:1B:2C:3D:4E:00", {}, "good", "mac-address", {}, {}}};
+    return unit;
+}
+
+Bytes bytesIn(const CapturedUnit &unit, const char *name) {
+    return parseBytes(*unit.find(name)->text());
+}
+
+TEST(CapturedUnitPrivacyTest, NothingTellsWhichUnitItIs) {
+    CapturedUnit unit = unitOfSomebody();
+    makeAnonymous(unit);
+    EXPECT_TRUE(unit.capture.isAnonymous);
+    const std::string document = writtenCapture(unit);
+    for (const std::string telling :
+         {"SN00042", "1b:2c", "1B:2C", "1b2c3d4e", "MOD12345", "4d4f44", "534e3030303432", "5031"})
+        EXPECT_EQ(document.find(telling), std::string::npos) << telling;
+    EXPECT_EQ(*unit.find("identity.serial")->text(), "0000001");
+    EXPECT_EQ(*unit.find("supply.1.serial")->text(), "02");
+    EXPECT_EQ(*unit.find("identity.mac")->text(), "02:00:00:00:01:ff");
+    EXPECT_EQ(*unit.find("cmdline")->text(), "ethaddr=02:00:00:00:01:ff serial=0000001 P1")
+        << "a short one is replaced at its own place alone";
+    EXPECT_EQ(unit.findings[0].found, "0000001");
+    EXPECT_EQ(unit.findings[1].found, "02:00:00:00:01:00");
+    EXPECT_EQ(*unit.find("fan.1.speed")->number(), 2400);
+}
+
+TEST(CapturedUnitPrivacyTest, BytesAndChecksumsFollow) {
+    CapturedUnit unit = unitOfSomebody();
+    makeAnonymous(unit);
+    const Bytes eeprom = bytesIn(unit, "eeprom.board");
+    ASSERT_EQ(eeprom.size(), 1024U);
+    const uint8_t *record = eeprom.data() + 256;
+    EXPECT_EQ(hexText(ByteView(eeprom).subspan(256 + 10, 6)), "0200000001ff");
+    EXPECT_EQ(std::string(record + 64, record + 72), std::string("0000001\0", 8));
+    EXPECT_EQ(formats::storedRecordCrc(record), formats::computedRecordCrc(record));
+    EXPECT_EQ(std::string(eeprom.begin() + 700, eeprom.begin() + 709), "x0000001x");
+    EXPECT_EQ(eeprom[0], 0xFF);
+    const Bytes page = bytesIn(unit, "sfp.49.id");
+    EXPECT_EQ(std::string(page.begin() + 68, page.begin() + 84), "ANON0003        ");
+    unsigned sum = 0;
+    for (size_t i = 64; i < 95; ++i)
+        sum += page[i];
+    EXPECT_EQ(page[95], static_cast<uint8_t>(sum));
+    EXPECT_EQ(unit.find("flash.12.crc32"), nullptr) << "the content is another";
+    ASSERT_EQ(unit.capture.leftOut.size(), 1U);
+    EXPECT_EQ(unit.capture.leftOut[0].name, "flash.12.crc32");
+    EXPECT_NE(unit.find("flash.14.crc32"), nullptr);
+}
+
+Bytes bytesOf(const std::string &text) {
+    return {text.begin(), text.end()};
+}
+
+TEST(CapturedUnitPrivacyTest, AllSpellingsAreReplaced) {
+    CapturedUnit unit = unitOfSomebody();
+    unit.properties.push_back(
+        {"boot.note", "eth1=00-1B-2C-3D-4E-51 eth2=001b2c3d4e52 eth3=001b.2c3d.4e53 sn00042"});
+    unit.properties.push_back(
+        {"flash.0.content",
+         CapturedRuns{{0, bytesOf("\xFF\nethaddr=00:1b:2c:3d:4e:50 SN00042\n")}}});
+    unit.properties.push_back({"sfp.50.id", hexText(bytesOf("..00:1B:2C:3D:4E:50.."))});
+    makeAnonymous(unit);
+    EXPECT_EQ(*unit.find("boot.note")->text(),
+              "eth1=02-00-00-00-01-51 eth2=020000000152 eth3=0200.0000.0153 0000001");
+    EXPECT_EQ(unit.find("flash.0.content")->runs()->front().bytes,
+              bytesOf("\xFF\nethaddr=02:00:00:00:01:50 0000001\n"));
+    EXPECT_EQ(bytesIn(unit, "sfp.50.id"), bytesOf("..02:00:00:00:01:50.."));
+}
+
+TEST(CapturedUnitPrivacyTest, OneSerialNumberMayBeAPartOfAnother) {
+    CapturedUnit unit;
+    Bytes supply(256, 0);
+    std::memcpy(supply.data() + 176 + 40, "PSU0000001", 10);
+    unit.properties = {{"identity.serial", "PSU0000001X"},
+                       {"supply.1.serial", "PSU0000001"},
+                       {"eeprom.supply1", hexText(supply)},
+                       {"cmdline", "PSU0000001X PSU0000001 psu0000001x"}};
+    makeAnonymous(unit);
+    EXPECT_EQ(*unit.find("identity.serial")->text(), "ANON0000001");
+    EXPECT_EQ(*unit.find("supply.1.serial")->text(), "ANON000002");
+    EXPECT_EQ(*unit.find("cmdline")->text(), "ANON0000001 ANON000002 anon0000001");
+    const Bytes other = bytesIn(unit, "eeprom.supply1");
+    EXPECT_EQ(std::string(other.begin() + 216, other.begin() + 226), "ANON000002");
+}
+
+TEST(CapturedUnitPrivacyTest, AShortSerialNumberIsReplacedAsAWord) {
+    CapturedUnit unit;
+    unit.properties = {{"identity.serial", "A1234"},
+                       {"identity.mac", CapturedFailure{-1, "", "of A1234"}},
+                       {"cmdline", "serial=A1234 xA1234 A12345"}};
+    unit.findings = {
+        {"serial number", "good", "A1234", "ask for A1234", "good", "serial-number", {}, "A1234"}};
+    unit.capture.leftOut = {{"poe.*", "hangs on A1234"}};
+    makeAnonymous(unit);
+    EXPECT_EQ(*unit.find("cmdline")->text(), "serial=00001 xA1234 A12345");
+    EXPECT_EQ(unit.find("identity.mac")->failure()->message, "of 00001");
+    EXPECT_EQ(unit.findings[0].found, "00001");
+    EXPECT_EQ(unit.findings[0].advice, "ask for 00001");
+    EXPECT_EQ(unit.findings[0].cause, "00001");
+    EXPECT_EQ(unit.capture.leftOut[0].reason, "hangs on 00001");
+}
+
+TEST(CapturedUnitPrivacyTest, TheAddressInADamagedRecordIsReplaced) {
+    CapturedUnit unit = unitOfSomebody();
+    std::string digits = *unit.find("eeprom.board")->text();
+    digits[2 * 256] = digits[2 * 256] == '0' ? '1' : '0';
+    CapturedUnit damaged;
+    damaged.properties = {{"eeprom.board", digits}};
+    makeAnonymous(damaged);
+    EXPECT_EQ(hexText(ByteView(bytesIn(damaged, "eeprom.board")).subspan(256 + 10, 6)),
+              "0200000001ff");
+}
+
+TEST(CapturedUnitPrivacyTest, ChecksumsThatWereWrongStayWrong) {
+    CapturedUnit unit = unitOfSomebody();
+    std::string digits = *unit.find("eeprom.board")->text();
+    digits[2 * (256 + 124)] = digits[2 * (256 + 124)] == '0' ? '1' : '0';
+    unit.properties[3].content = digits;
+    makeAnonymous(unit);
+    const Bytes eeprom = bytesIn(unit, "eeprom.board");
+    EXPECT_NE(formats::storedRecordCrc(eeprom.data() + 256),
+              formats::computedRecordCrc(eeprom.data() + 256));
+}
+
+TEST(CapturedUnitPrivacyTest, SpoiledRowsOfBytesDoNoHarm) {
+    CapturedUnit unit;
+    unit.properties = {{"eeprom.board", "00"},     {"sfp.1.id", "ff"},
+                       {"eeprom.supply1", "4142"}, {"later.runs", CapturedRuns{{0, {1}}}},
+                       {"identity.serial", ""},    {"identity.mac", "no address"}};
+    const CapturedUnit before = unit;
+    makeAnonymous(unit);
+    EXPECT_EQ(unit.properties, before.properties);
 }
 
 } // namespace
