@@ -10,8 +10,10 @@
 #include "language/refused.h"
 
 #include <cstring>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <set>
+#include <sstream>
 
 namespace {
 
@@ -155,6 +157,15 @@ TEST(CapturedUnitTest, ReadsBackAsItWasWritten) {
     EXPECT_EQ(read.properties.back().name, "later.thing");
     EXPECT_EQ(read.find("fan.2.speed"), nullptr);
     EXPECT_EQ(writtenCapture(read), kSomeDocument);
+}
+
+TEST(CapturedUnitTest, TheExampleOfThePageIsOne) {
+    std::stringstream page;
+    page << std::ifstream(BSP_TEST_DOCUMENTS "/captured-unit.md").rdbuf();
+    const std::string text = page.str();
+    const size_t start = text.find("```json\n") + 8;
+    const std::string example = text.substr(start, text.find("```\n", start) - start);
+    EXPECT_EQ(writtenCapture(readCapture(example)), example);
 }
 
 TEST(CapturedUnitTest, AnEmptyOneIsADocument) {

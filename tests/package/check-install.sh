@@ -97,7 +97,7 @@ echo "ok    installed scenarios"
 
 documents=$prefix/share/doc/bsp
 grep -q '^## JSON$' "$documents/iodbg.md"
-for document in "$source"/docs/*.md; do
+for document in "$source"/docs/*.md "$source"/docs/*.json; do
     [ "$(basename "$document")" != reference.md ] || continue # a part of the HTML reference
     cmp "$document" "$documents/$(basename "$document")"
 done
