@@ -26,6 +26,7 @@ void addCommands(Command &root) {
     addShowCommand(root);
     addCheckCommand(root);
     addCaptureCommand(root);
+    addDiffCommand(root);
     addWatchCommand(root);
     addInitCommand(root);
     addStatusCommand(root);

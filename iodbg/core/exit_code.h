@@ -5,12 +5,13 @@
 namespace iodbg {
 
 enum class ExitCode {
-    Ok = 0,       // done
-    Board = 1,    // the board or the library answered a failure
-    Usage = 2,    // wrong usage, or not confirmed; nothing was changed on the board
-    ReadBack = 3, // written, but what reads back differs
-    Host = 4,     // a problem on this host: a file, standard output, memory
-    Faulty = 5,   // 'check' found a fault of the unit
+    Ok = 0,        // done
+    Board = 1,     // the board or the library answered a failure
+    Usage = 2,     // wrong usage, or not confirmed; nothing was changed on the board
+    ReadBack = 3,  // written, but what reads back differs
+    Host = 4,      // a problem on this host: a file, standard output, memory
+    Faulty = 5,    // 'check' found a fault of the unit
+    Different = 6, // 'diff' found two units different
 };
 
 /** The same for people, one line for each code. */
@@ -23,6 +24,7 @@ constexpr char kExitCodeHelp[] =
     "  3  written, but what reads back differs; also a PoE port that was switched on\n"
     "     and stays off\n"
     "  4  a problem on this host: a file, standard output, memory\n"
-    "  5  'check' found a fault of the unit\n";
+    "  5  'check' found a fault of the unit\n"
+    "  6  'diff' found two units different\n";
 
 } // namespace iodbg

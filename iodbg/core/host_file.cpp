@@ -76,13 +76,16 @@ void giveFile(Console &console, int file) {
 }
 
 Bytes readWhole(int file, const std::string &name, size_t maxSize) {
-    // One byte more than fits tells a file that is too long.
-    Bytes content(maxSize + 1);
+    constexpr size_t kPart = 65536; // a unit has little memory
+    Bytes content;
     size_t size = 0;
-    ssize_t count = 0;
-    while (size < content.size() &&
-           (count = read(file, content.data() + size, content.size() - size)) > 0)
-        size += static_cast<size_t>(count);
+    ssize_t count = 1;
+    while (size <= maxSize && count > 0) {
+        // One byte more than fits tells a file that is too long.
+        content.resize(size + std::min(std::max(kPart, size), maxSize + 1 - size));
+        count = read(file, content.data() + size, content.size() - size);
+        size += count > 0 ? static_cast<size_t>(count) : 0;
+    }
     if (count < 0)
         throw Failure::file("read " + name, kGiveAFile);
     if (size > maxSize)

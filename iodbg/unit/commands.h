@@ -8,6 +8,7 @@ namespace iodbg {
 void addShowCommand(Command &root);
 void addCheckCommand(Command &root);
 void addCaptureCommand(Command &root);
+void addDiffCommand(Command &root);
 void addWatchCommand(Command &root);
 void addInitCommand(Command &root);
 

@@ -17,6 +17,8 @@ struct BadWord {
 };
 
 constexpr BadWord kIodbg[] = {
+    {"diff", "FIRST", "/nowhere/x live", "cannot open /nowhere/x: No such file or directory", 4},
+    {"diff", "SECOND", "live /nowhere/x", "cannot open /nowhere/x: No such file or directory", 4},
     {"capture", "FILE", "/nowhere/x", "cannot write /nowhere/x: No such file or directory", 4},
     {"watch", "--interval", "--interval 0.05",
      "--interval: '0.05' is not a number of seconds from 0.1 to 3600, with up to three decimals"},
