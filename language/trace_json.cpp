@@ -11,58 +11,6 @@ namespace {
 
 using nlohmann::json;
 
-const char *kindName(TraceKind kind) {
-    switch (kind) {
-    case TraceKind::CpldRead:
-        return "cpld-read";
-    case TraceKind::CpldWrite:
-        return "cpld-write";
-    case TraceKind::I2cRead:
-        return "i2c-read";
-    case TraceKind::I2cWrite:
-        return "i2c-write";
-    case TraceKind::GpioInput:
-        return "gpio-input";
-    case TraceKind::GpioOutput:
-        return "gpio-output";
-    case TraceKind::GpioRead:
-        return "gpio-read";
-    case TraceKind::CpldUpgrade:
-        return "cpld-upgrade";
-    case TraceKind::OtherRequest:
-        return "request";
-    case TraceKind::Open:
-        return "open";
-    case TraceKind::Sleep:
-        return "sleep";
-    case TraceKind::MtdRead:
-        return "mtd-read";
-    case TraceKind::MtdWrite:
-        return "mtd-write";
-    case TraceKind::MtdErase:
-        return "mtd-erase";
-    case TraceKind::MtdInfo:
-        return "mtd-info";
-    case TraceKind::MtdIsBad:
-        return "mtd-is-bad";
-    case TraceKind::MtdMarkBad:
-        return "mtd-mark-bad";
-    case TraceKind::MtdOther:
-        return "mtd-request";
-    case TraceKind::MdioRead:
-        return "mdio-read";
-    case TraceKind::MdioWrite:
-        return "mdio-write";
-    case TraceKind::Console:
-        return "console";
-    case TraceKind::Step:
-        return "step";
-    case TraceKind::Damaged:
-        break;
-    }
-    return "damaged";
-}
-
 bool isServed(const TraceRecord &record) {
     return record.error == 0 && record.result == 0;
 }
@@ -91,6 +39,7 @@ json i2cJson(const TraceRecord &record) {
             {"channel", record.channel},
             {"device", record.devAddr},
             {"offset", record.offset},
+            {"offset_length", record.value},
             {"length", static_cast<int32_t>(record.length)},
             {"data", isServed(record) ? json(hexText({record.data, record.stored})) : json()}};
 }
@@ -142,6 +91,10 @@ json detailsJson(const TraceRecord &record) {
         return {{"first", record.devAddr}, {"second", record.offset}, {"value", readValue(record)}};
     case TraceKind::Console:
         return {{"speed", record.value}};
+    case TraceKind::Map:
+        return {{"path", reinterpret_cast<const char *>(record.data)},
+                {"offset", record.offset},
+                {"length", record.length}};
     case TraceKind::Step:
         return {{"ends", record.value == 0 ? json() : json(waitName(record))}};
     case TraceKind::Damaged:

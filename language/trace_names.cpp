@@ -112,6 +112,69 @@ std::string frameName(const TraceRecord &record) {
 
 } // namespace
 
+const char *kindName(TraceKind kind) {
+    switch (kind) {
+    case TraceKind::CpldRead:
+        return "cpld-read";
+    case TraceKind::CpldWrite:
+        return "cpld-write";
+    case TraceKind::I2cRead:
+        return "i2c-read";
+    case TraceKind::I2cWrite:
+        return "i2c-write";
+    case TraceKind::GpioInput:
+        return "gpio-input";
+    case TraceKind::GpioOutput:
+        return "gpio-output";
+    case TraceKind::GpioRead:
+        return "gpio-read";
+    case TraceKind::CpldUpgrade:
+        return "cpld-upgrade";
+    case TraceKind::OtherRequest:
+        return "request";
+    case TraceKind::Open:
+        return "open";
+    case TraceKind::Sleep:
+        return "sleep";
+    case TraceKind::MtdRead:
+        return "mtd-read";
+    case TraceKind::MtdWrite:
+        return "mtd-write";
+    case TraceKind::MtdErase:
+        return "mtd-erase";
+    case TraceKind::MtdInfo:
+        return "mtd-info";
+    case TraceKind::MtdIsBad:
+        return "mtd-is-bad";
+    case TraceKind::MtdMarkBad:
+        return "mtd-mark-bad";
+    case TraceKind::MtdOther:
+        return "mtd-request";
+    case TraceKind::MdioRead:
+        return "mdio-read";
+    case TraceKind::MdioWrite:
+        return "mdio-write";
+    case TraceKind::Console:
+        return "console";
+    case TraceKind::Map:
+        return "map";
+    case TraceKind::Step:
+        return "step";
+    case TraceKind::Damaged:
+        break;
+    }
+    return "damaged";
+}
+
+std::optional<TraceKind> kindNamed(const std::string &name) {
+    for (int number = 0; number <= static_cast<int>(TraceKind::Damaged); ++number) {
+        const auto kind = static_cast<TraceKind>(number);
+        if (name == kindName(kind))
+            return kind;
+    }
+    return std::nullopt;
+}
+
 const char *waitName(const TraceRecord &step) {
     constexpr const char *kNames[] = {"the clock", "descriptors", "a lock", "a timer"};
     return kNames[std::min<size_t>(step.value - 1, std::size(kNames) - 1)];

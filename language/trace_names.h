@@ -4,6 +4,7 @@
 
 #include "language/trace_record.h"
 
+#include <optional>
 #include <string>
 
 namespace language {
@@ -14,6 +15,15 @@ constexpr uint32_t kFirstSupplyChannel = 2; // one for each supply
 constexpr uint32_t kPmbusDevAddr = 0x58;
 constexpr uint32_t kPoeBus = 16;
 constexpr uint32_t kPoeDevAddr = 0x20;
+constexpr uint32_t kTemperatureDevAddr = 0x4F; // and the clock chip beside it
+constexpr uint32_t kClockChipDevAddr = 0x51;
+constexpr uint32_t kClimateChannel = 1;
+constexpr uint32_t kModuleBus = 1;
+constexpr uint32_t kDiagnosticsDevAddr = 0x51; // of a module
+
+/** What JSON calls a kind of request: "i2c-read". */
+const char *kindName(TraceKind kind);
+std::optional<TraceKind> kindNamed(const std::string &name);
 
 /** What a register of the CPLD is for, in a word or two; null when nothing is known of it. */
 const char *registerName(uint32_t reg);

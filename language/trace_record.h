@@ -29,6 +29,7 @@ enum class TraceKind : uint8_t {
     MdioRead,
     MdioWrite,
     Step,    // a stepped clock is moved
+    Map,     // a page of the controller's registers is mapped, where no more of it can be seen
     Damaged, // no kind that there is: told of records alone that something else has overwritten
 };
 
@@ -50,8 +51,8 @@ struct TraceRecord {
     uint8_t devAddr; // I2C device, number of a flash partition, or first field of MDIO
     uint32_t offset; // register, GPIO line, I2C or flash offset, code, second field of MDIO
     uint32_t length; // I2C, flash: bytes asked for; CPLD write: bits of inputs, which it left
-    uint32_t value;  // register content, level, bytes done, block is bad, size of a file, baud, or
-                     // whose wait ends
+    uint32_t value;  // register content, level, bytes done, block is bad, size of a file, baud,
+                     // whose wait ends, or of I2C how many bytes of offset are sent
     int32_t result;  // the driver's result word
     int32_t error;   // errno with which the open or the ioctl failed, else 0
     uint32_t stored; // how much of the data the record keeps

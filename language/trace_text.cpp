@@ -118,6 +118,9 @@ std::string requestText(const TraceRecord &record) {
         return "MDIO write " + mdioText(record);
     case TraceKind::Console:
         return text("console speed %u", record.value);
+    case TraceKind::Map:
+        return text("map %s 0x%x+0x%x", reinterpret_cast<const char *>(record.data), record.offset,
+                    record.length);
     case TraceKind::Step:
         return record.value == 0 ? "step"
                                  : std::string("step, ends a wait for ") + waitName(record);
@@ -135,7 +138,8 @@ std::string failureText(const TraceRecord &record) {
         return text(" -> power cut after 0x%x", record.value);
     if (record.error != 0 && isMdio(record))
         return " -> fails";
-    const bool isNoRequest = record.kind == TraceKind::Open || record.kind == TraceKind::Console;
+    const bool isNoRequest = record.kind == TraceKind::Open || record.kind == TraceKind::Map ||
+                             record.kind == TraceKind::Console;
     if (record.error != 0 && (isNoRequest || isOfFlash(record)))
         return text(" -> fails, errno %d (%s)", record.error, std::strerror(record.error));
     if (isTransfer(record) && record.value != record.length)

@@ -153,6 +153,13 @@ def test_the_trace_tells_what_has_happened(board, iodbg):
     assert "reg 2" in str(requests[-1])
     iodbg("cpld", "get", "3")
     assert [request.details["register"] for request in board.trace(since=len(requests))] == [3]
+    before = board["cpld.3"]
+    asked = board.trace()[-1].details
+    assert board.send(asked) == asked
+    board["cpld.3"] = before ^ 1
+    assert board.send(asked)["value"] == before ^ 1
+    with pytest.raises(Refused):
+        board.send({})
     board.clear_trace()
     assert board.trace() == []
 

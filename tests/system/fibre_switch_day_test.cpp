@@ -153,6 +153,7 @@ void FibreSwitchDay::powerIsSwitchedOff() const {
 }
 
 TEST_F(FibreSwitchDay, FromTheCartonToThePowerCut) {
+    repeatOnCopies();
     firstStart();
     noPoe();
     modulesInAllKindsOfCages();

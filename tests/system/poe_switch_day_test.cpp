@@ -409,6 +409,7 @@ void PoeSwitchDay::afterTheReboot() const {
 }
 
 TEST_F(PoeSwitchDay, FromTheLineToTheNight) {
+    repeatOnCopies();
     firstStart();
     identity();
     clock();

@@ -1,13 +1,91 @@
 #include "tests/system/unit_test.h"
 
+#include "language/trace_reader.h"
+#include "language/trace_replay.h"
+#include "virtual_board/command/board.h"
+#include "virtual_board/command/replay.h"
+
 #include <fstream>
+#include <optional>
+#include <utility>
+
+/** A copy of a board, which is asked what the board was asked meanwhile. */
+class UnitTest::Repetition {
+  public:
+    Repetition(const std::string &board, const std::string &copy) : board_(board) {
+        vboard::call(
+            [&](VBoardError *error) { return vboardCopy(board.c_str(), copy.c_str(), error); });
+        copy_.emplace(copy);
+        listFrom(UINT64_MAX);
+    }
+    Repetition(const Repetition &) = delete;
+    Repetition &operator=(const Repetition &) = delete;
+    ~Repetition() {
+        const std::string folder = vboardFolder(*copy_);
+        copy_.reset();
+        vboardDelete(folder.c_str(), nullptr);
+    }
+
+    /** Asks; how many answers were the same. */
+    uint64_t run(const std::string &line) {
+        uint64_t same = 0;
+        uint64_t clock = 0;
+        vboard::call([&](VBoardError *error) { return vboardTime(*copy_, &clock, error); });
+        vboard::ReplayTimes times(clock);
+        const vboard::List<VBoardRequest> requests = listFrom(position_);
+        for (const VBoardRequest &request : requests) {
+            const language::TraceRecord recorded = language::readTraceLine(request.json);
+            const uint64_t due = times.dueAt(recorded);
+            if (language::notSent(recorded) != language::NotSent::Sent)
+                continue;
+            vboard::call([&](VBoardError *error) {
+                return vboardAdvance(*copy_, due - std::exchange(clock, due), 0, error);
+            });
+            const std::string answer = vboard::textOf([&](char **text, VBoardError *error) {
+                return vboardSend(*copy_, request.json, text, error);
+            });
+            const language::Difference found =
+                language::difference(recorded, language::readTraceLine(answer));
+            EXPECT_TRUE(found.words.empty()) << "iodbg " << line << ": " << request.text << ": "
+                                             << (found.words.empty() ? "" : found.words.front());
+            same += found.words.empty() ? 1u : 0u;
+        }
+        return same;
+    }
+
+  private:
+    vboard::List<VBoardRequest> listFrom(uint64_t position) {
+        position_ = position;
+        return vboard::List<VBoardRequest>(
+            [&](VBoardRequest **list, uint32_t *count, VBoardError *error) {
+                return vboardTrace(board_, &position_, 0, list, count, nullptr, error);
+            });
+    }
+
+    vboard::Board board_;
+    std::optional<vboard::Board> copy_;
+    uint64_t position_ = 0;
+};
+
+void UnitTest::repeatOnCopies() {
+    repeats_ = true;
+}
+
+void UnitTest::TearDown() {
+    EXPECT_EQ(repeats_, repeated_ > 0);
+}
 
 std::string UnitTest::iodbg(const std::string &line, int exitCode, const std::string &input) const {
     if (environment_.empty())
         environment_ = boardEnvironment(board());
     Words words = wordsOf(line);
     words.insert(words.begin(), builtProgram("iodbg"));
+    std::optional<Repetition> repetition;
+    if (repeats_)
+        repetition.emplace(board(), path("copy"));
     const ProcessResult result = run(words, environment_, input);
+    if (repeats_)
+        repeated_ += repetition->run(line);
     EXPECT_EQ(result.exitCode, exitCode) << "iodbg " << line << "\n" << result.out << result.err;
     return exitCode == 0 || !result.out.empty() ? result.out : result.err;
 }

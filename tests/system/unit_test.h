@@ -12,6 +12,13 @@ class UnitTest : public CommandTest {
   protected:
     using CommandTest::CommandTest;
 
+    /**
+     * From here on what iodbg has sent to the unit is sent once more to a copy of the unit as it
+     * was before: each answer has to be the same.
+     */
+    void repeatOnCopies();
+    void TearDown() override;
+
     /** Runs a line of iodbg's on the unit; what it prints. The exit code must be this one. */
     std::string iodbg(const std::string &line, int exitCode = 0,
                       const std::string &input = "") const;
@@ -44,7 +51,12 @@ class UnitTest : public CommandTest {
     std::string makeFile(const std::string &name, const std::string &bytes) const;
 
   private:
+    class Repetition;
+
     int64_t now() const;
+
+    bool repeats_ = false;
+    mutable uint64_t repeated_ = 0; // requests whose answers were the same
 
     mutable Environment environment_; // asked for once
 };

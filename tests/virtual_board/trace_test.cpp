@@ -87,8 +87,8 @@ TEST_F(TraceTest, I2cRequestsAsJson) {
     const uint8_t data[3] = {0x44, 0x00, 0xFF};
     bspI2cWrite(0, 0, 0x51, 0x10, 1, data, 3);
     EXPECT_EQ(last(), parsedJson(R"({"kind": "i2c-write", "bus": 0, "channel": 0, "device": 81,
-                                      "offset": 16, "length": 3, "name": null, "data": "4400ff",
-                                      "result": 0, "errno": 0})"));
+                                      "offset": 16, "offset_length": 1, "length": 3, "name": null,
+                                      "data": "4400ff", "result": 0, "errno": 0})"));
     uint8_t byte = 0;
     bspI2cRead(0, 5, 0x51, 0x10, 1, &byte, 1);
     EXPECT_EQ(last()["kind"], "i2c-read");
@@ -224,6 +224,12 @@ TEST_F(TraceTest, NamesAreThoseOfTheBoardsDevices) {
     static_assert(language::kSystemBus == vb::kSupplyPmbus.bus);
     static_assert(language::kFirstSupplyChannel == vb::kSupplyPmbus.channel);
     static_assert(language::kPmbusDevAddr == vb::kSupplyPmbus.device);
+    static_assert(language::kClimateChannel == vb::kTemperatureSensor.channel);
+    static_assert(language::kClimateChannel == vb::kClockChip.channel);
+    static_assert(language::kTemperatureDevAddr == vb::kTemperatureSensor.device);
+    static_assert(language::kClockChipDevAddr == vb::kClockChip.device);
+    static_assert(language::kModuleBus == vb::kFrontModule.bus);
+    static_assert(language::kDiagnosticsDevAddr == vb::kFrontModule.device + 1);
     static_assert(language::kPoeBus == vb::kPoeController.bus);
     static_assert(language::kPoeDevAddr == vb::kPoeController.device);
     language::TraceRecord record = {};

@@ -59,8 +59,10 @@ void describe(TraceRecord &trace, const FaultSubject &subject, const BspIoctlRec
     trace.channel = static_cast<uint8_t>(subject.channel);
     trace.devAddr = static_cast<uint8_t>(subject.devAddr);
     trace.offset = subject.offset;
-    if (subject.device == FaultDevice::I2c)
+    if (subject.device == FaultDevice::I2c) {
+        trace.value = slotWord(record, 3);
         trace.length = slotWord(record, 5);
+    }
     if (trace.kind == TraceKind::CpldWrite)
         trace.value = slotWord(record, 1);
     if (trace.kind == TraceKind::GpioOutput)

@@ -7,7 +7,7 @@ namespace vb {
 namespace {
 
 bool isText(TraceKind kind) {
-    return kind == TraceKind::Open || kind == TraceKind::CpldUpgrade;
+    return kind == TraceKind::Open || kind == TraceKind::CpldUpgrade || kind == TraceKind::Map;
 }
 
 } // namespace

@@ -42,7 +42,7 @@ class NotOnBoard : public CannotStart {
     using CannotStart::CannotStart;
 };
 
-/** A scenario that is played was not as it expects. */
+/** A scenario that is played was not as it expects, or a trace was answered otherwise. */
 class ExpectationFailed : public std::exception {
   public:
     explicit ExpectationFailed(std::string reason) : reason_(std::move(reason)) {}
@@ -70,6 +70,7 @@ void addFlash(command_line::Command &root);
 void addConsole(command_line::Command &root);
 void addTrace(command_line::Command &root);
 void addPlay(command_line::Command &root);
+void addReplay(command_line::Command &root);
 void addAdvance(command_line::Command &root);
 
 void create(const CreateArguments &arguments);

@@ -14,7 +14,8 @@ constexpr char kFooter[] =
     "  2  the command line is wrong\n"
     "  3  the program of 'vboard run' cannot be started\n"
     "  4  a program of a stepped board does not wait, and the clock stands\n"
-    "  5  'vboard play': something was not as the scenario expects\n"
+    "  5  'vboard play': something was not as the scenario expects;\n"
+    "     'vboard replay': an answer differs from the recorded one\n"
     "'vboard run' otherwise ends with the program's own exit code; 125 is "
     "a program\nthat cannot be on its board: it is refused rather than run on the host.\n";
 
@@ -36,6 +37,7 @@ void addCommands(command_line::Command &root) {
     addFlash(root);
     addConsole(root);
     addTrace(root);
+    addReplay(root);
     addPlay(root);
     addAdvance(root);
 }

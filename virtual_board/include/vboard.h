@@ -495,6 +495,20 @@ VBOARD_API int32_t vboardTrace(VBoard *board, uint64_t *position, uint32_t most,
  * @return VBOARD_OK; VBOARD_E_ARGUMENT
  */
 VBOARD_API int32_t vboardClearTrace(VBoard *board, uint64_t position, VBoardError *error);
+
+/**
+ * Sends a request without a program, as a trace tells of it. It comes at the time that the board
+ * has, whatever its "time_ns" is, and its answer stands in the trace, too.
+ *
+ * @param[in] board    the board
+ * @param[in] request  a line of `vboard trace --json`; what it was answered then is not looked at
+ * @param[out] answer  the same with the answer of this board, for vboardFree()
+ * @param[out] error   why it failed; may be null
+ * @return VBOARD_OK, whatever the answer is; VBOARD_E_ARGUMENT; VBOARD_E_REFUSED for a text that is
+ *         no such line, and for a request of which a trace does not keep all that is sent
+ */
+VBOARD_API int32_t vboardSend(VBoard *board, const char *request, char **answer,
+                              VBoardError *error);
 /** @} */
 
 /* ---------------------------------------------------------------------------------------------- */

@@ -129,6 +129,7 @@ _CALLS: dict[str, list[Any]] = {
         POINTER(c_uint64),
     ],
     "vboardClearTrace": [c_void_p, c_uint64],
+    "vboardSend": [c_void_p, c_char_p, POINTER(c_void_p)],
     "vboardPanel": [c_void_p, c_int32, POINTER(c_void_p)],
     "vboardEnvironment": [c_void_p, c_char_p, POINTER(POINTER(Variable)), POINTER(c_uint32)],
     "vboardModels": [POINTER(POINTER(Model)), POINTER(c_uint32)],

@@ -382,6 +382,14 @@ class Board:
         """Forgets the trace; the numbers of requests go on."""
         _library.call("vboardClearTrace", self._board, _library.FOR_EVER)
 
+    def send(self, request: Mapping[str, Any]) -> dict[str, Any]:
+        """Sends a request without a program, as the details of one in the trace tell of it; the
+        same with this board's answer."""
+        answer: dict[str, Any] = json.loads(
+            _library.text("vboardSend", self._board, json.dumps(dict(request)).encode())
+        )
+        return answer
+
     def panel(self, colours: bool = False) -> str:
         """The front panel, drawn in text."""
         return _library.text("vboardPanel", self._board, 1 if colours else 0)
