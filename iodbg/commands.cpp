@@ -9,6 +9,7 @@
 #include "iodbg/poe/commands.h"
 #include "iodbg/poe/debug.h"
 #include "iodbg/registers/commands.h"
+#include "iodbg/trace/commands.h"
 #include "iodbg/transceivers/commands.h"
 #include "iodbg/unit/commands.h"
 
@@ -29,6 +30,7 @@ void addCommands(Command &root) {
     addDiffCommand(root);
     addWatchCommand(root);
     addInitCommand(root);
+    addTraceCommand(root);
     addStatusCommand(root);
 
     root.chapter("Identity and EEPROMs");

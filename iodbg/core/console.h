@@ -39,6 +39,9 @@ class Console : public command_line::Output {
     /** Gives bytes on standard output, which then carries them alone: answers go to people. */
     void giveData(ByteView data);
 
+    /** Standard output, for a program that has it in this one's place. */
+    int outputDescriptor() const { return out_.get(); }
+
     /** Of the terminal that answers go to; none when they go elsewhere. */
     std::optional<terminal::Size> terminalSize() const;
 

@@ -14,7 +14,7 @@ enum class ExitCode {
     Different = 6, // 'diff' found two units different
 };
 
-/** The same for people, one line for each code. */
+/** The same for people. */
 constexpr char kExitCodeHelp[] =
     "Exit codes:\n"
     "  0  done\n"
@@ -25,6 +25,7 @@ constexpr char kExitCodeHelp[] =
     "     and stays off\n"
     "  4  a problem on this host: a file, standard output, memory\n"
     "  5  'check' found a fault of the unit\n"
-    "  6  'diff' found two units different\n";
+    "  6  'diff' found two units different\n"
+    "'trace' ends with the program's own exit code; 125: it was not started.\n";
 
 } // namespace iodbg

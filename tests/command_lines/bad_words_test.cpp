@@ -148,6 +148,8 @@ constexpr BadWord kIodbg[] = {
     {"upgrade os", "--bank", "@file --bank 2", "--bank: '2' is not a number from 0 to 1"},
     {"upgrade boot", "FILE", "/nowhere/x", "cannot open /nowhere/x: No such file or directory", 4},
     {"upgrade cpld", "FILE", "/nowhere/x", "cannot open /nowhere/x: No such file or directory", 4},
+    {"trace", "--output", "--output /nowhere/x -- true",
+     "cannot write /nowhere/x: No such file or directory", 4},
     {"status", "CODE", "BSP_OK", "CODE: 'BSP_OK' is not a number from -2147483648 to 2147483647"},
 };
 

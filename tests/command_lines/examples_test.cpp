@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -32,10 +33,22 @@ class WorkingIn {
 /** Examples that go on until somebody stops them. */
 const std::set<std::string> kEndless = {"iodbg watch", "iodbg watchdog feed --every 5"};
 
+/** Whether programs can start others: an emulator starts those of its host. */
+bool canBeTried(const std::string &example) {
+#ifdef BSP_TEST_STARTS_PROGRAMS
+    return !example.empty();
+#else
+    return !example.starts_with("iodbg trace");
+#endif
+}
+
 class ExamplesTest : public IodbgTest {
   protected:
     void SetUp() override {
         IodbgTest::SetUp();
+        const std::string programs =
+            std::filesystem::path(builtProgram("iodbg")).parent_path().string();
+        setenv("PATH", (programs + ":" + std::getenv("PATH")).c_str(), 1);
         world::set("sfp.49.module", "sr");
         world::set("sfp.50.module", "copper-mode4");
         world::set("poe.3.device", "class=4 draws=18000");
@@ -89,7 +102,9 @@ TEST_F(ExamplesTest, EachDoesWhatItShows) {
             startPoe();
         for (const std::string &example : command->examples) {
             EXPECT_TRUE(example.starts_with(command->wholeName())) << example;
-            EXPECT_EQ(exitCodeOf(example), 0) << example;
+            if (canBeTried(example)) {
+                EXPECT_EQ(exitCodeOf(example), 0) << example;
+            }
             EXPECT_TRUE(tried.insert(example).second) << example << " is shown twice";
         }
     }

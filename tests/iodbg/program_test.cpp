@@ -13,10 +13,10 @@ TEST_F(ProgramTest, HelpNamesCommandsAndExitCodes) {
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.err, "");
     for (const char *text :
-         {"show", "check",       "watch",   "init",  "identity", "eeprom", "power",
-          "fan",  "temperature", "clock",   "led",   "watchdog", "ptp",    "reboot",
-          "cpld", "i2c",         "gpio",    "poe",   "sfp",      "mdio",   "image",
-          "boot", "mtd",         "upgrade", "status"})
+         {"show", "check",       "watch",   "init",   "identity", "eeprom",  "power",
+          "fan",  "temperature", "clock",   "led",    "watchdog", "ptp",     "reboot",
+          "cpld", "i2c",         "gpio",    "poe",    "sfp",      "mdio",    "image",
+          "boot", "mtd",         "upgrade", "status", "trace",    "capture", "diff"})
         EXPECT_NE(result.out.find("\n  " + std::string(text) + " "), std::string::npos) << text;
     for (const char *text : {"fans", "temperature", "clock", "SFP modules", "MDIO", "--json",
                              "  3  written, but what reads back differs; also a PoE port that was "

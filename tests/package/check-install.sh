@@ -115,6 +115,23 @@ erased=$("${emulator[@]}" "$prefix/bin/vboard" get "$work/board" flash.4.erase-c
 }
 echo "ok    installed tools work on a board"
 
+needed=$(LC_ALL=C readelf -d "$libraries/libbsp-trace.so.1" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' |
+    grep -v '^ld' | xargs)
+[ "$needed" = "libc.so.6" ] || {
+    echo "the library that is preloaded for 'iodbg trace' needs $needed"
+    exit 1
+}
+# Emulated programs cannot execute each other.
+if [ ${#emulator[@]} -eq 0 ]; then
+    traced=$("$prefix/bin/vboard" run "$work/board" -- "$prefix/bin/iodbg" trace -- \
+        "$prefix/bin/iodbg" cpld get 1 2>&1 >/dev/null)
+    [[ $traced == *"CPLD read  reg 1 (device id) = 0x0709" ]] || {
+        echo "the installed iodbg trace tells $traced"
+        exit 1
+    }
+fi
+echo "ok    installed iodbg trace, whose library needs the C library alone"
+
 # check_board HOW PROGRAM: a program that makes a board and waits for a fan to stand.
 check_board() {
     rm -rf "$work/held"

@@ -1,0 +1,214 @@
+#include "iodbg/trace/traced_program.h"
+
+#include "tracer/ring.h"
+#include "virtual_board/programs/preload_list.h"
+#include "virtual_board/programs/program_file.h"
+#include "virtual_board/programs/search_path.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <spawn.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace iodbg {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kListSeparators[] = ": \t\n"; // of a list of libraries to preload
+
+// Signals, for as long as there is a program: those that a terminal sends are for it, too, and
+// others are handed on to it.
+volatile pid_t tracedProgram = 0;
+volatile sig_atomic_t endIsWanted = 0;
+
+void onSignal(int signal) {
+    const int savedErrno = errno;
+    if (tracedProgram == 0)
+        endIsWanted = 1;
+    else if (signal == SIGTERM || signal == SIGHUP)
+        kill(tracedProgram, signal);
+    errno = savedErrno;
+}
+
+constexpr int kEndingSignals[] = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
+
+/** The library that is preloaded: beside this program, or where it belongs as seen from there. */
+fs::path findLibrary() {
+    std::error_code failure;
+    const fs::path here = fs::read_symlink("/proc/self/exe", failure).parent_path();
+    for (const char *folder : {"..", IODBG_LIBRARIES_FROM_PROGRAMS}) {
+        fs::path library = (here / folder / tracer::kLibrary).lexically_normal();
+        if (fs::exists(library, failure))
+            return library;
+    }
+    throw Failure(kNotTraced,
+                  std::string(tracer::kLibrary) + " is not where it belongs, in " +
+                      (here / IODBG_LIBRARIES_FROM_PROGRAMS).lexically_normal().string(),
+                  "install it again");
+}
+
+vb::ProgramFile examine(const std::string &name) {
+    const vb::SearchPath places(name.c_str());
+    std::string path(places.size(), '\0');
+    const auto isProgram = [](const char *place) { return vb::isExecutable(AT_FDCWD, place); };
+    return places.find(path.data(), isProgram) ? vb::examineProgram(AT_FDCWD, path.c_str())
+                                               : vb::ProgramFile{};
+}
+
+/** Why nobody would see what a program sends; null when it can be seen. */
+const char *reasonAgainst(vb::Fitness fitness) {
+    switch (fitness) {
+    case vb::Fitness::NotStarted:
+    case vb::Fitness::Fits:
+        return nullptr;
+    case vb::Fitness::NoSeam:
+        return "is for another machine or word size than iodbg";
+    case vb::Fitness::Static:
+        return "is statically linked";
+    case vb::Fitness::OtherLoader:
+        return "is not linked with the GNU C library";
+    case vb::Fitness::OtherIds:
+        return "is started with other rights (set-user-id or set-group-id)";
+    case vb::Fitness::Capabilities:
+        return "has file capabilities";
+    case vb::Fitness::Unreadable:
+        return "cannot be read, so that nobody can tell what it is";
+    }
+    return nullptr;
+}
+
+void requireFit(const std::string &name, const vb::ProgramFile &program, const fs::path &library) {
+    const bool isOther =
+        program.fitness == vb::Fitness::Fits && !vb::isOfMachine(library.c_str(), program.machine);
+    const char *reason = reasonAgainst(isOther ? vb::Fitness::NoSeam : program.fitness);
+    if (reason == nullptr)
+        return;
+    const std::string script = program.interpreter;
+    throw Failure(kNotTraced,
+                  name + (script.empty() ? " " : " needs " + script + ", which ") + reason +
+                      ": what it sends to the board would not be seen",
+                  "trace a program that is linked dynamically, as this user");
+}
+
+/** The list of libraries to preload: a sanitizer's has to be the first. */
+std::string preloadList(const vb::ProgramFile &program, const fs::path &library) {
+    if (library.string().find_first_of(kListSeparators) != std::string::npos)
+        throw Failure(kNotTraced,
+                      library.string() + " cannot be preloaded: a path with a colon or a blank in "
+                                         "it would be taken for two",
+                      "install iodbg elsewhere");
+    std::string list = program.runtime;
+    list += (list.empty() ? "" : ":") + library.string();
+    const char *inherited = std::getenv(vb::kPreloadVariable);
+    return inherited != nullptr && *inherited != '\0' ? list + ":" + inherited : list;
+}
+
+/** This program's variables with others in place of its own. */
+std::vector<std::string> environmentWith(const std::vector<std::string> &settings) {
+    std::vector<std::string> variables = settings;
+    const auto isReplaced = [&settings](const std::string &variable) {
+        for (const std::string &setting : settings) {
+            if (variable.compare(0, setting.find('=') + 1, setting, 0, setting.find('=') + 1) == 0)
+                return true;
+        }
+        return false;
+    };
+    for (char **variable = environ; *variable != nullptr; ++variable) {
+        if (!isReplaced(*variable))
+            variables.emplace_back(*variable);
+    }
+    return variables;
+}
+
+std::vector<char *> pointersTo(const std::vector<std::string> &texts) {
+    std::vector<char *> pointers;
+    pointers.reserve(texts.size() + 1);
+    for (const std::string &text : texts)
+        pointers.push_back(const_cast<char *>(text.c_str()));
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+pid_t spawn(const std::vector<std::string> &words, const std::vector<std::string> &variables,
+            int output) {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+    pid_t pid = 0;
+    const int error = posix_spawnp(&pid, words[0].c_str(), &actions, nullptr,
+                                   pointersTo(words).data(), pointersTo(variables).data());
+    posix_spawn_file_actions_destroy(&actions);
+    if (error != 0)
+        throw Failure(kNotTraced, "cannot start " + words[0] + ": " + std::strerror(error),
+                      "give a program that can be started");
+    return pid;
+}
+
+} // namespace
+
+TracedProgram::TracedProgram(const std::vector<std::string> &words, const std::string &recording,
+                             int output) {
+    const fs::path library = findLibrary();
+    const vb::ProgramFile program = examine(words[0]);
+    requireFit(words[0], program, library);
+    const std::vector<std::string> variables =
+        environmentWith({std::string(vb::kPreloadVariable) + "=" + preloadList(program, library),
+                         std::string(tracer::kRingVariable) + "=" + recording});
+    // What its children start when it has ended is still this process's to wait for.
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    pid_ = spawn(words, variables, output);
+    tracedProgram = pid_;
+    struct sigaction action = {};
+    action.sa_handler = onSignal;
+    for (const int signal : kEndingSignals)
+        sigaction(signal, &action, nullptr);
+}
+
+TracedProgram::~TracedProgram() {
+    tracedProgram = 0;
+    for (const int signal : kEndingSignals)
+        std::signal(signal, SIG_IGN); // how this ends is told by the program's end
+}
+
+bool TracedProgram::wantsEnd() const {
+    return hasEnded_ && endIsWanted != 0;
+}
+
+bool TracedProgram::isThere() {
+    int status = 0;
+    pid_t ended = 0;
+    while ((ended = waitpid(-1, &status, WNOHANG)) > 0) {
+        if (ended != pid_)
+            continue;
+        status_ = status;
+        hasEnded_ = true;
+        tracedProgram = 0;
+    }
+    return ended == 0 && !wantsEnd();
+}
+
+int TracedProgram::end() const {
+    if (!WIFSIGNALED(status_))
+        return WEXITSTATUS(status_);
+    const int signal = WTERMSIG(status_);
+    const rlimit none = {0, 0};
+    setrlimit(RLIMIT_CORE, &none); // the program's own is the one that tells something
+    std::signal(signal, SIG_DFL);
+    sigset_t own;
+    sigemptyset(&own);
+    sigaddset(&own, signal);
+    sigprocmask(SIG_UNBLOCK, &own, nullptr);
+    raise(signal);
+    constexpr int kFirstOfSignals = 128; // what shells make of it
+    return kFirstOfSignals + signal;
+}
+
+} // namespace iodbg
