@@ -84,6 +84,24 @@ void checkGoodBanks() {
     expectSame("unconfirmed, the first is still there", image(1), readCells(12, 0, kImageSize));
 }
 
+/** What passes to a driver that is the kernel's own: of iodbg, and of a tool that it starts. */
+void checkTrace() {
+    const Chip chip;
+    beginSection("iodbg: what programs send to the driver");
+    const Answer read = iodbg(kDone, "trace --output - -- iodbg mtd read mtd0 /tmp/copy --force");
+    expectPrinted(read, " open /dev/mtd0\n");
+    expectPrinted(read, " MTD info mtd0\n");
+    expectPrinted(read, " MTD read mtd0 0x0+0x20000\n");
+    const Answer header = iodbg(kDone, "trace --output - -- iodbg image info --bank 1");
+    expectPrinted(header, " open /dev/mtd14\n");
+    expectPrinted(header, " MTD is-bad mtd14 0x");
+    expectPrinted(header, " MTD read mtd14 0x");
+    const Answer json = iodbg(kDone, "trace --json --output - -- nanddump -l 1 -f /dev/null "
+                                     "/dev/mtd12");
+    expectPrinted(json, "\"kind\":\"mtd-read\"");
+    expectPrinted(json, "\"partition\":12");
+}
+
 /** How often a text is in another. */
 int64_t count(const std::string &text, const std::string &wanted) {
     int64_t found = 0;
@@ -276,6 +294,7 @@ void checkWornPartition() {
 
 void checkIodbg() {
     checkGoodBanks();
+    checkTrace();
     checkProgress();
     checkBanksWithBadBlocks();
     checkWeakPage();
