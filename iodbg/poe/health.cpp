@@ -13,17 +13,29 @@ namespace {
 
 constexpr Subject kControllerSubject = {Unit::PoeController};
 
-void addPorts(Findings &findings, uint32_t ports) {
+/** fault: whether the port has one. */
+int32_t readPortFault(const PoePortFaults &known, uint32_t port, bool &fault) {
+    if (const auto found = known.find(port); found != known.end()) {
+        fault = found->second;
+        return BSP_OK;
+    }
+    uint32_t answer = BSP_POE_FAULT_NONE;
+    const int32_t status = ioPoePortFaultGet(port, &answer);
+    fault = answer == BSP_POE_FAULT;
+    return status;
+}
+
+void addPorts(Findings &findings, uint32_t ports, const PoePortFaults &known) {
     const size_t before = findings.size();
     for (uint32_t port = 1; port <= ports; ++port) {
-        uint32_t fault = 0;
-        if (const int32_t status = ioPoePortFaultGet(port, &fault); status != BSP_OK) {
+        bool isFaulty = false;
+        if (const int32_t status = readPortFault(known, port, isFaulty); status != BSP_OK) {
             findings.push_back(unreadable({Unit::PoePort, port}, status));
             if (port < ports)
                 findings.push_back(notJudged({Unit::PoePort}, {Unit::PoePort, port}));
             return;
         }
-        if (fault == BSP_POE_FAULT)
+        if (isFaulty)
             findings.push_back({{Unit::PoePort, port}, Code::PoePortFault, "has a fault"});
     }
     if (findings.size() == before)
@@ -86,12 +98,12 @@ Findings poeControllerFindings(const Model &model) {
     return {good(kControllerSubject, "initialised")};
 }
 
-Findings poeFindings(const Model &model) {
+Findings poeFindings(const Model &model, const PoePortFaults &known) {
     Findings findings = poeControllerFindings(model);
     if (findings.empty())
         return findings;
     if (findings.front().severity() == Severity::Good)
-        addPorts(findings, model.poePorts);
+        addPorts(findings, model.poePorts, known);
     else
         findings.push_back(notJudged({Unit::PoePort}, kControllerSubject));
     return findings;

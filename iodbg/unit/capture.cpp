@@ -157,6 +157,17 @@ std::vector<CapturedFinding> capturedFindings(const Findings &findings) {
     return captured;
 }
 
+/** What the ports have answered, so that they are not asked again. */
+PoePortFaults portFaults(const CapturedUnit &unit, const Model &model) {
+    PoePortFaults faults;
+    for (uint32_t port = 1; port <= model.poePorts; ++port) {
+        const auto *reading = unit.find(numbered("poe.#.fault", port));
+        if (reading != nullptr && reading->text() != nullptr)
+            faults[port] = *reading->text() == "yes";
+    }
+    return faults;
+}
+
 std::string libraryVersion() {
     constexpr uint32_t kByte = 0xFF;
     const uint32_t version = bspLibraryVersion();
@@ -172,11 +183,10 @@ std::string kernelText() {
 
 std::vector<WorkStep> stepsFor(const Model &model) {
     constexpr uint32_t kJudgementMs = 500;
-    constexpr uint32_t kExchangeMs = 200;
     std::vector<WorkStep> steps;
     for (const CapturePart &part : kCaptureParts)
         steps.push_back({part.name, part.leastMs(model) + 1});
-    steps.push_back({"judge the unit", kJudgementMs + model.poePorts * kExchangeMs});
+    steps.push_back({"judge the unit", kJudgementMs});
     return steps;
 }
 
@@ -200,7 +210,7 @@ CapturedUnit captureUnit(Console &console, const CaptureWishes &wishes) {
     captureParts(sheet, grounds, progress ? &*progress : nullptr, step);
     reached(0);
     CapturedUnit &unit = sheet.unit();
-    unit.findings = capturedFindings(unitFindings());
+    unit.findings = capturedFindings(unitFindings(portFaults(unit, grounds.model)));
     unit.capture.tool = "iodbg " IODBG_VERSION;
     unit.capture.library = libraryVersion();
     unit.capture.kernel = printable(kernelText());

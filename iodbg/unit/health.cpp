@@ -3,7 +3,6 @@
 #include "iodbg/chassis/health.h"
 #include "iodbg/flash/health.h"
 #include "iodbg/identity/health.h"
-#include "iodbg/poe/health.h"
 #include "iodbg/transceivers/health.h"
 #include "iodbg/unit/buses.h"
 #include "iodbg/unit/grounds.h"
@@ -19,7 +18,7 @@ namespace {
 struct Part {
     std::span<const Unit> needs;
     std::span<const Unit> units; // that are not judged without
-    Findings (*judge)(const Model &model);
+    Findings (*judge)(const Model &model, const PoePortFaults &known);
 };
 
 constexpr Unit kNeedsModule[] = {Unit::KernelModule};
@@ -35,25 +34,30 @@ constexpr Unit kClockUnits[] = {Unit::Clock};
 constexpr Unit kCageUnits[] = {Unit::SfpPort};
 
 template <Findings (*Judge)()>
-Findings judgeAny(const Model &) {
+Findings judgeAny(const Model &, const PoePortFaults &) {
     return Judge();
+}
+
+template <Findings (*Judge)(const Model &)>
+Findings judgeModel(const Model &model, const PoePortFaults &) {
+    return Judge(model);
 }
 
 constexpr Part kParts[] = {
     {kNeedsModule, kIdentityUnits, judgeAny<identityFindings>},
     {kNeedsModule, kTemperatureUnits, judgeAny<temperatureFindings>},
-    {kNeedsLines, kFanUnits, fanFindings},
-    {kNeedsLines, kSupplyUnits, supplyFindings},
+    {kNeedsLines, kFanUnits, judgeModel<fanFindings>},
+    {kNeedsLines, kSupplyUnits, judgeModel<supplyFindings>},
     {kNeedsLines, kPoeUnits, poeFindings},
-    {kNeedsModel, kClockUnits, clockFindings},
+    {kNeedsModel, kClockUnits, judgeModel<clockFindings>},
     {{}, {}, judgeAny<flashFindings>},
-    {kNeedsLines, kCageUnits, transceiverFindings},
+    {kNeedsLines, kCageUnits, judgeModel<transceiverFindings>},
 };
 
-Findings findingsOn(const Part &part, const Grounds &grounds) {
+Findings findingsOn(const Part &part, const Grounds &grounds, const PoePortFaults &known) {
     const std::optional<Subject> cause = grounds.causeAmong(part.needs);
     if (!cause)
-        return part.judge(grounds.model);
+        return part.judge(grounds.model, known);
     Findings findings;
     for (const Unit unit : part.units)
         findings.push_back(notJudged({unit}, *cause));
@@ -62,11 +66,11 @@ Findings findingsOn(const Part &part, const Grounds &grounds) {
 
 } // namespace
 
-Findings unitFindings() {
+Findings unitFindings(const PoePortFaults &known) {
     const Grounds grounds = judgeGrounds();
     Findings all = grounds.findings;
     for (const Part &part : kParts) {
-        Findings found = findingsOn(part, grounds);
+        Findings found = findingsOn(part, grounds, known);
         std::move(found.begin(), found.end(), std::back_inserter(all));
     }
     blameBuses(all, grounds.findings.size());

@@ -127,6 +127,7 @@ TEST_F(CaptureCommandTest, ChangesNothing) {
 
 TEST_F(CaptureCommandTest, TakesNoMoreThanAMinuteOfTheBoardsTime) {
     constexpr uint64_t kMinute = 60000000000;
+    constexpr uint64_t kReserve = 10000000000; // a unit has more work to do than a test
     world::set("flash.timing", "usual");
     for (uint32_t port = 1; port <= 48; ++port)
         world::set("poe." + std::to_string(port) + ".device", "class=4 draws=5000");
@@ -136,7 +137,7 @@ TEST_F(CaptureCommandTest, TakesNoMoreThanAMinuteOfTheBoardsTime) {
     iodbg({"poe", "detect", "1"});
     const uint64_t start = now();
     const CapturedUnit unit = capture();
-    EXPECT_LE(now() - start, kMinute);
+    EXPECT_LE(now() - start, kMinute - kReserve);
     EXPECT_EQ(textOf(unit, "poe.48.delivering"), "yes");
     EXPECT_EQ(textOf(unit, "poe.48.power"), "5000");
 }
