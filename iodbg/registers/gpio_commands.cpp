@@ -5,6 +5,7 @@
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/registers/commands.h"
+#include "support/board_map.h"
 
 namespace iodbg {
 
@@ -28,6 +29,31 @@ Report describe(uint32_t line, uint32_t level) {
     return {{section}, {}};
 }
 
+/** The lines that the board has wired to something. */
+struct KnownLine {
+    uint32_t line;
+    const char *name;
+};
+constexpr KnownLine kKnownLines[] = {
+    {bsp::kWatchdogGpio, "watchdog: an edge feeds it"},
+    {bsp::kPoeResetGpio, "reset of the PoE controller: low"},
+};
+
+ExitCode list(Console &console) {
+    Report report;
+    Table table = {"lines", {{"line", "LINE"}, {"level", "LEVEL"}, {"name", "NAME"}}, {}};
+    for (const KnownLine &known : kKnownLines) {
+        uint32_t level = 0;
+        const int32_t status = bspGpioGetValue(known.line, &level);
+        table.rows.push_back(
+            {numberCell(known.line),
+             report.tried("line" + std::to_string(known.line), status, numberCell(level)),
+             textCell(known.name)});
+    }
+    report.parts.emplace_back(table);
+    return console.print(report);
+}
+
 ExitCode get(Console &console, const LineArguments &arguments) {
     return console.print(describe(arguments.line, readLevel(arguments.line)));
 }
@@ -45,6 +71,11 @@ ExitCode set(Console &console, const LineArguments &arguments) {
 }
 
 void defineGpio(Command &gpio) {
+    gpio.command("list", "Read the levels of the lines that the board has wired")
+        .detail("Reading a line feeds no watchdog and resets nothing.")
+        .example("iodbg gpio list")
+        .does(list);
+
     const auto arguments = std::make_shared<LineArguments>();
     Command &getCommand = gpio.command("get", "Read the level of a line");
     getCommand.argument("LINE", "Number of the line", number(arguments->line));

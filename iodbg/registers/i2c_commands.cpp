@@ -6,6 +6,9 @@
 #include "iodbg/core/failure.h"
 #include "iodbg/core/format.h"
 #include "iodbg/registers/commands.h"
+#include "support/board_map.h"
+
+#include <cerrno>
 
 namespace iodbg {
 
@@ -76,6 +79,97 @@ ExitCode write(Console &console, const Transfer &transfer) {
     return console.print(describe(target, data));
 }
 
+// i2c scan
+
+/** A branch of a bus, as a scan walks it. */
+struct Branch {
+    uint32_t bus;
+    uint32_t channel;
+};
+
+/** What is known of a place on a bus. */
+struct KnownDevice {
+    bsp::I2cPlace first;
+    uint32_t channels;  // from the first one's on
+    uint32_t addresses; // from the first one's on
+    const char *name;
+    bool mayBeAsked = true;
+};
+
+constexpr uint32_t kAllChannels = kMaxChannel + 1;
+constexpr KnownDevice kKnownDevices[] = {
+    {bsp::kBoardEeprom, 1, BSP_EEPROM_SIZE / BSP_EEPROM_BLOCK_SIZE, "EEPROM of the board"},
+    {bsp::kTemperatureSensor, 1, 1, "temperature sensor"},
+    {bsp::kClockChip, 1, 1, "clock chip"},
+    {bsp::kSupplyEeprom, BSP_FIXED_SUPPLIES, 1, "EEPROM of a supply"},
+    {bsp::kSupplyPmbus, BSP_FIXED_SUPPLIES, 1, "supply, PMBus"},
+    {bsp::kUplinkModule, kAllChannels, 1, "SFP module, identification"},
+    {{bsp::kUplinkModule.bus, 0, BSP_SFP_DIAGNOSTICS}, kAllChannels, 1, "SFP module, diagnostics"},
+    {{bsp::kUplinkModule.bus, 0, BSP_SFP_PHY}, kAllChannels, 1, "SFP module, PHY"},
+    // Its answers stand in a row: who takes a byte of one takes it from the program that asked.
+    {bsp::kPoeController, 1, 1, "PoE controller", false},
+};
+
+const KnownDevice *knownDevice(const Branch &branch, uint32_t device) {
+    for (const KnownDevice &known : kKnownDevices) {
+        if (branch.bus == known.first.bus &&
+            branch.channel - known.first.channel < known.channels &&
+            device - known.first.device < known.addresses)
+            return &known;
+    }
+    return nullptr;
+}
+
+/** The system's own bus with all of its branches, or what was asked for. */
+std::vector<Branch> branchesOf(const std::vector<uint32_t> &words) {
+    if (words.size() == 1)
+        throw Failure::usage("CHANNEL is required with BUS: a bus is scanned branch by branch");
+    if (!words.empty())
+        return {{words[0], words[1]}};
+    constexpr uint32_t kSystemBranches = bsp::kSupplyPmbus.channel + BSP_FIXED_SUPPLIES;
+    std::vector<Branch> branches;
+    for (uint32_t channel = 0; channel < kSystemBranches; ++channel)
+        branches.push_back({bsp::kSupplyPmbus.bus, channel});
+    return branches;
+}
+
+void scanBranch(Table &table, const Branch &branch) {
+    constexpr uint32_t kFirst = 0x08; // what is below and above is not for devices
+    constexpr uint32_t kLast = 0x77;
+    for (uint32_t device = kFirst; device <= kLast; ++device) {
+        const KnownDevice *known = knownDevice(branch, device);
+        const bool isAsked = known == nullptr || known->mayBeAsked;
+        uint8_t byte = 0;
+        const int32_t status = isAsked
+                                   ? bspI2cRead(branch.bus, branch.channel, device, 0, 0, &byte, 1)
+                                   : int32_t{BSP_OK};
+        if (status == BSP_E_FAILED || status == -ETIMEDOUT)
+            throw Failure::board("read bus " + std::to_string(branch.bus) + " channel " +
+                                     std::to_string(branch.channel) + " device " +
+                                     hexNumber(device, 2),
+                                 status);
+        if (status == BSP_OK)
+            table.rows.push_back({numberCell(branch.bus), numberCell(branch.channel),
+                                  hexCell(device, 2),
+                                  isAsked ? flagCell(true, "yes", "") : Cell{"not asked", nullptr},
+                                  known == nullptr ? Cell{"", nullptr} : textCell(known->name)});
+    }
+}
+
+ExitCode scan(Console &console, const std::vector<uint32_t> &words) {
+    Table table = {"devices",
+                   {{"bus", "BUS"},
+                    {"channel", "CHANNEL"},
+                    {"device", "DEVICE"},
+                    {"answers", "ANSWERS"},
+                    {"name", "USUALLY"}},
+                   {}};
+    for (const Branch &branch : branchesOf(words))
+        scanBranch(table, branch);
+    const Report report = {{table}, {}};
+    return console.print(report, table.rows.empty() ? "no device answers\n" : report.toText());
+}
+
 void addTarget(Command &command, Target &target) {
     command.argument("BUS", "Number of the bus, 0-255", number(target.bus, kMaxBus));
     command.argument("CHANNEL", "Branch behind the bus, 0-255",
@@ -89,7 +183,25 @@ void addTarget(Command &command, Target &target) {
                    number(target.offsetLength, kMaxOffsetLength));
 }
 
+void addScan(Command &i2c) {
+    const auto words = std::make_shared<std::vector<uint32_t>>();
+    Command &command = i2c.command("scan", "Look which devices answer on a branch of a bus");
+    command.optionalArgument(
+        "BUS", "Number of the bus, 0-255; without it bus 0, channels 0-3",
+        [words](const std::string &word) { number(words->emplace_back(), kMaxBus)(word); });
+    command.optionalArgument(
+        "CHANNEL", "Branch behind the bus, 0-255",
+        [words](const std::string &word) { number(words->emplace_back(), kMaxChannel)(word); });
+    command.detail("Reads a byte at each address from 0x08 to 0x77, without an offset. A chip that "
+                   "counts on from its last offset counts that byte.\n"
+                   "The PoE controller is not asked: the byte would be missing from the answer to "
+                   "another program.");
+    command.example("iodbg i2c scan").example("iodbg i2c scan 1 0");
+    command.does([words](Console &console) { return scan(console, *words); });
+}
+
 void defineI2c(Command &i2c) {
+    addScan(i2c);
     const auto transfer = std::make_shared<Transfer>();
     Command &readCommand = i2c.command("read", "Read from a device");
     addTarget(readCommand, transfer->target);

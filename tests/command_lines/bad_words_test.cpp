@@ -68,6 +68,8 @@ constexpr BadWord kIodbg[] = {
     {"cpld get", "REG", "control", "REG: 'control' is not a number from 0 to 4294967295"},
     {"cpld set", "REG", "control 1", "REG: 'control' is not a number from 0 to 4294967295"},
     {"cpld set", "VALUE", "1 0x10000", "VALUE: '0x10000' is not a number from 0 to 65535"},
+    {"i2c scan", "BUS", "256 0", "BUS: '256' is not a number from 0 to 255"},
+    {"i2c scan", "CHANNEL", "0 256", "CHANNEL: '256' is not a number from 0 to 255"},
     {"i2c read", "BUS", "256 0 0 0 1", "BUS: '256' is not a number from 0 to 255"},
     {"i2c read", "CHANNEL", "0 256 0 0 1", "CHANNEL: '256' is not a number from 0 to 255"},
     {"i2c read", "DEVICE", "0 0 0x80 0 1", "DEVICE: '0x80' is not a number from 0 to 127"},

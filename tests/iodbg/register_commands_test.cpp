@@ -1,6 +1,7 @@
 // iodbg cpld, i2c and gpio.
 
 #include "tests/iodbg/iodbg_test.h"
+#include "tests/support/world.h"
 
 #include <cerrno>
 
@@ -13,11 +14,33 @@ using I2cCommandsTest = IodbgTest;
 using GpioCommandsTest = IodbgTest;
 
 TEST_F(CpldCommandsTest, GetsRegisters) {
-    EXPECT_EQ(iodbg({"cpld", "get", "1", "0x2"}).out, "REGISTER  VALUE\n"
-                                                      "1         0x0709\n"
-                                                      "2         0x1312\n");
-    EXPECT_EQ(jsonAt(json({"cpld", "get", "2"}), ""),
-              "{\"registers\":[{\"register\":2,\"value\":4882}],\"failures\":[]}");
+    EXPECT_EQ(iodbg({"cpld", "get", "1", "0x2"}).out,
+              "REGISTER  VALUE   NAME\n"
+              "1         0x0709  device id\n"
+              "2         0x1312  version\n"
+              "\n"
+              "REGISTER  BITS   FIELD                              VALUE\n"
+              "1         0-7    device serial version              9\n"
+              "2         12-15  hardware version, letter (0 is @)  1\n"
+              "2         8-11   hardware version, number           3\n"
+              "2         4-7    CPLD version, major                1\n"
+              "2         0-3    CPLD version, minor                2\n");
+    EXPECT_EQ(jsonAt(json({"cpld", "get", "1", "9"}), ""),
+              "{\"registers\":[{\"register\":1,\"value\":1801,\"name\":\"device id\"},"
+              "{\"register\":9,\"value\":0,\"name\":null}],"
+              "\"fields\":[{\"register\":1,\"bits\":\"0-7\",\"field\":\"device serial "
+              "version\",\"value\":9}],\"failures\":[]}");
+}
+
+TEST_F(CpldCommandsTest, TakesRangesAndTellsWhichLinesAreSet) {
+    devices().cpld.reg[17] = 0x8001;
+    const std::string answer = json({"cpld", "get", "16-17", "6"});
+    EXPECT_EQ(jsonAt(answer, "/registers/1"),
+              "{\"register\":17,\"value\":32769,\"name\":\"SFP receive loss\"}");
+    EXPECT_EQ(jsonAt(answer, "/registers/2/name"), "\"control\"");
+    EXPECT_EQ(jsonAt(answer, "/fields/1"), "{\"register\":17,\"bits\":\"0-15\",\"field\":"
+                                           "\"ports without a signal\",\"value\":[17,32]}");
+    EXPECT_EQ(jsonAt(json({"cpld", "get", "1-5"}), "/registers/4/register"), "5");
 }
 
 TEST_F(CpldCommandsTest, AFailedRegisterDoesNotHideTheOthers) {
@@ -78,6 +101,8 @@ TEST_F(CpldCommandsTest, RefusesWrongWords) {
     expectRefusal({"cpld", "set", "10", "1", "2"}, 2, "not expected");
     expectRefusal({"cpld", "get", "1", "x"}, 2, "REG: 'x' is not a number");
     expectRefusal({"cpld", "get", "0x100000000"}, 2, "REG: ");
+    for (const char *range : {"5-1", "1-64", "-5", "1-", "1-2-3", "1-x"})
+        expectRefusal({"cpld", "get", "--", range}, 2, "REG: '");
     expectRefusal({"cpld"}, 2, "see 'iodbg cpld --help'");
 }
 
@@ -112,6 +137,41 @@ TEST_F(I2cCommandsTest, ReportsFailures) {
     expectFailure({"i2c", "write", "0", "0", "0x50", "0", "00"}, 1, {"cannot write bus 0"});
 }
 
+TEST_F(I2cCommandsTest, ScansForDevices) {
+    const std::string answer = json({"i2c", "scan"});
+    EXPECT_EQ(jsonKeys(answer, ""), (Words{"devices", "failures"}));
+    EXPECT_EQ(jsonAt(answer, "/devices/0"),
+              "{\"bus\":0,\"channel\":0,\"device\":80,\"answers\":true,\"name\":\"EEPROM of the "
+              "board\"}");
+    const std::string shown = iodbg({"i2c", "scan", "0", "1"}).out;
+    EXPECT_EQ(shown, "BUS  CHANNEL  DEVICE  ANSWERS  USUALLY\n"
+                     "0    1        0x4F    yes      temperature sensor\n"
+                     "0    1        0x51    yes      clock chip\n");
+    world::set("sfp.49.module", "sr");
+    EXPECT_EQ(iodbg({"i2c", "scan", "1", "0"}).out,
+              "BUS  CHANNEL  DEVICE  ANSWERS  USUALLY\n"
+              "1    0        0x50    yes      SFP module, identification\n"
+              "1    0        0x51    yes      SFP module, diagnostics\n");
+    EXPECT_EQ(iodbg({"i2c", "scan", "1", "5"}).out, "no device answers\n");
+}
+
+TEST_F(I2cCommandsTest, AScanTakesNothingFromThePoeController) {
+    trace();
+    const std::string answer = json({"i2c", "scan", "16", "0"});
+    EXPECT_EQ(jsonAt(answer, "/devices/0"), "{\"bus\":16,\"channel\":0,\"device\":32,\"answers\":"
+                                            "null,\"name\":\"PoE controller\"}");
+    const Lines sent = requests();
+    EXPECT_EQ(sent.size(), 111u) << "of 112 addresses";
+    for (const std::string &request : sent)
+        EXPECT_EQ(request.find("dev 0x20"), std::string::npos) << request;
+}
+
+TEST_F(I2cCommandsTest, AScanEndsWhereABusIsHeld) {
+    addFault(refuse(FaultDevice::I2c, FaultOp::Read, -ETIMEDOUT));
+    expectFailure({"i2c", "scan"}, 1, {"cannot read bus 0 channel 0 device 0x08"});
+    expectRefusal({"i2c", "scan", "0"}, 2, "CHANNEL is required with BUS");
+}
+
 TEST_F(I2cCommandsTest, RefusesWrongWords) {
     expectRefusal({"i2c", "read", "256", "0", "0x50", "0", "1"}, 2, "BUS: ");
     expectRefusal({"i2c", "read", "0", "256", "0x50", "0", "1"}, 2, "CHANNEL: ");
@@ -132,6 +192,19 @@ TEST_F(GpioCommandsTest, Gets) {
     devices().gpio.external[5] = 1;
     EXPECT_EQ(iodbg({"gpio", "get", "5"}).out, "Line   5\nLevel  1\n");
     EXPECT_EQ(jsonAt(json({"gpio", "get", "5"}), ""), "{\"line\":5,\"level\":1,\"failures\":[]}");
+}
+
+TEST_F(GpioCommandsTest, ListsTheLinesThatAreWired) {
+    devices().gpio.external[19] = 1;
+    EXPECT_EQ(iodbg({"gpio", "list"}).out, "LINE  LEVEL  NAME\n"
+                                           "0     0      watchdog: an edge feeds it\n"
+                                           "19    1      reset of the PoE controller: low\n");
+    addFault(at(refuse(FaultDevice::Gpio, FaultOp::Read, -EIO), 19));
+    const std::string answer = json({"gpio", "list"}, 1);
+    EXPECT_EQ(jsonKeys(answer, "/lines/0"), (Words{"line", "level", "name"}));
+    EXPECT_EQ(jsonAt(answer, "/lines/0/level"), "0");
+    EXPECT_EQ(jsonAt(answer, "/lines/1/level"), "null");
+    EXPECT_EQ(jsonAt(answer, "/failures/0/item"), "\"line19\"");
 }
 
 TEST_F(GpioCommandsTest, Sets) {
