@@ -5,12 +5,19 @@
 #include "iodbg/core/report.h"
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace iodbg {
 
-/** A row for each cage; a module that does not answer hides no other. */
-Table cageTable(Report &report, const std::vector<uint32_t> &cages);
+/**
+ * A row for each of some cages of a model: lines, what is plugged, its light and temperature, and
+ * the verdict on it. A module that does not answer hides no other.
+ */
+Table cageTable(Report &report, const Model &model, const std::vector<uint32_t> &cages);
+
+/** The same for people: what only modules have stands below, for those that are plugged. */
+std::string cagesText(const Table &cages);
 
 /** The ports of a model's cages of which something is to be told. */
 struct CageSummary {

@@ -2,9 +2,7 @@
 
 #include "bsp.h"
 #include "iodbg/core/status_table.h"
-#include "iodbg/transceivers/cage.h"
 #include "iodbg/transceivers/diagnostics.h"
-#include "iodbg/transceivers/identification.h"
 
 namespace iodbg {
 
@@ -48,28 +46,23 @@ void addLines(Findings &findings, const Subject &port, const CageLines &lines) {
         findings.push_back({port, Code::SfpNoSignal, "no signal arrives"});
 }
 
-void addModule(Findings &findings, uint32_t port) {
+void addModule(Findings &findings, uint32_t port, const Module &module) {
     const Subject subject = subjectOf(port);
-    Bytes page;
-    if (const int32_t status = readSfpPage(port, BSP_SFP_IDENTIFICATION, kIdentificationSize, page);
-        status != BSP_OK) {
-        Finding finding = silent(subject, status);
+    if (module.status != BSP_OK) {
+        Finding finding = silent(subject, module.status);
         finding.advice = "pull the module and plug it again; then replace it";
         findings.push_back(finding);
         return;
     }
-    const Identification module = identificationOf(page);
-    if (!module.base.isRight() || !module.extended.isRight())
+    if (!module.identification.base.isRight() || !module.identification.extended.isRight())
         findings.push_back(
             {subject, Code::SfpChecksumWrong, "a checksum of its identification is wrong"});
-    if (!module.hasDiagnostics)
-        return;
-    if (const int32_t status = readSfpPage(port, BSP_SFP_DIAGNOSTICS, kDiagnosticsSize, page);
-        status != BSP_OK)
-        findings.push_back({subject, Code::SfpDiagnosticsUnreadable,
-                            "its diagnostics cannot be read: " + nameAndNumber(status)});
-    else
-        addMeasurements(findings, subject, diagnosticsOf(page, module.isExternallyCalibrated));
+    if (module.diagnosticsStatus != BSP_OK)
+        findings.push_back(
+            {subject, Code::SfpDiagnosticsUnreadable,
+             "its diagnostics cannot be read: " + nameAndNumber(module.diagnosticsStatus)});
+    if (module.diagnostics)
+        addMeasurements(findings, subject, *module.diagnostics);
 }
 
 /** A cage of which the CPLD tells nothing. */
@@ -95,37 +88,40 @@ void addDarkCages(Findings &findings, const std::vector<DarkCage> &cages) {
     findings.push_back(finding);
 }
 
-/** What the lines of a cage tell; false when there is no module, or nothing can be read. */
-bool addCageLines(Findings &findings, std::vector<DarkCage> &dark, const Model &model,
-                  uint32_t port, CageLines &lines) {
+/** Reads the lines of a cage; false when there is no module, or nothing can be read. */
+bool readPluggedCage(std::vector<DarkCage> &dark, uint32_t port, CageLines &lines) {
     if (const int32_t status = readCageLines(port, lines); status != BSP_OK) {
         dark.push_back({port, status});
         return false;
     }
-    if (lines.isPresent != 0 && model.hasCageStatus(port))
-        addLines(findings, subjectOf(port), lines);
     return lines.isPresent != 0;
-}
-
-void addCage(Findings &findings, std::vector<DarkCage> &dark, const Model &model, uint32_t port) {
-    const size_t before = findings.size();
-    CageLines lines;
-    if (!addCageLines(findings, dark, model, port, lines))
-        return;
-    addModule(findings, port);
-    if (findings.size() == before)
-        findings.push_back(good(subjectOf(port), lines.transmitter == BSP_LASER_ON
-                                                     ? "module works"
-                                                     : "its transmitter is switched off"));
 }
 
 } // namespace
 
+Findings pluggedCageFindings(const Model &model, uint32_t port, const CageLines &lines,
+                             const Module &module) {
+    Findings findings;
+    if (model.hasCageStatus(port))
+        addLines(findings, subjectOf(port), lines);
+    addModule(findings, port, module);
+    if (findings.empty())
+        findings.push_back(good(subjectOf(port), lines.transmitter == BSP_LASER_ON
+                                                     ? "module works"
+                                                     : "its transmitter is switched off"));
+    return findings;
+}
+
 Findings transceiverFindings(const Model &model) {
     Findings findings;
     std::vector<DarkCage> dark;
-    for (const uint32_t port : model.cages)
-        addCage(findings, dark, model, port);
+    CageLines lines;
+    for (const uint32_t port : model.cages) {
+        if (!readPluggedCage(dark, port, lines))
+            continue;
+        const Findings found = pluggedCageFindings(model, port, lines, readModule(port));
+        findings.insert(findings.end(), found.begin(), found.end());
+    }
     addDarkCages(findings, dark);
     if (findings.empty())
         findings.push_back(good({Unit::SfpPort}, "no module is plugged"));
@@ -136,8 +132,10 @@ Findings cageLineFindings(const Model &model) {
     Findings findings;
     std::vector<DarkCage> dark;
     CageLines lines;
-    for (const uint32_t port : model.cages)
-        addCageLines(findings, dark, model, port, lines);
+    for (const uint32_t port : model.cages) {
+        if (readPluggedCage(dark, port, lines) && model.hasCageStatus(port))
+            addLines(findings, subjectOf(port), lines);
+    }
     addDarkCages(findings, dark);
     return findings;
 }

@@ -2,8 +2,6 @@
 
 #include "bsp.h"
 #include "iodbg/core/format.h"
-#include "iodbg/transceivers/cage.h"
-#include "iodbg/transceivers/diagnostics.h"
 
 #include <array>
 #include <cmath>
@@ -56,38 +54,6 @@ bool isPower(Quantity quantity) {
     return quantity == Quantity::TxPower || quantity == Quantity::RxPower;
 }
 
-Cell valueCell(const QuantityText &text, Quantity quantity, double value) {
-    std::array<char, 48> number{};
-    std::snprintf(number.data(), number.size(), "%.*f %s", text.decimals, value, text.unit);
-    return {std::string(number.data()) + (isPower(quantity) ? " (" + dbmText(value) + ")" : ""),
-            std::llround(value * text.thousandths)};
-}
-
-Table diagnosticsTable(const Diagnostics &diagnostics) {
-    Table table = {"diagnostics",
-                   {{"quantity", "QUANTITY"},
-                    {"value", "VALUE"},
-                    {"judgement", "JUDGEMENT"},
-                    {"low_alarm", "LOW ALARM"},
-                    {"low_warning", "LOW WARNING"},
-                    {"high_warning", "HIGH WARNING"},
-                    {"high_alarm", "HIGH ALARM"}},
-                   {},
-                   TooWide::MoveColumns};
-    for (const Measurement &measured : diagnostics.measurements) {
-        const QuantityText &text = kQuantityTexts[static_cast<size_t>(measured.quantity)];
-        const auto cell = [&](double value) { return valueCell(text, measured.quantity, value); };
-        table.rows.push_back({{text.label, std::string(text.key)},
-                              cell(measured.value),
-                              textCell(judgementText(measured.judgement)),
-                              cell(measured.lowAlarm),
-                              cell(measured.lowWarning),
-                              cell(measured.highWarning),
-                              cell(measured.highAlarm)});
-    }
-    return table;
-}
-
 const char *copperText(uint16_t kind) {
     switch (kind) {
     case BSP_COPPER_MODE_4:
@@ -130,24 +96,56 @@ void addCopper(Report &report, Section &section, uint32_t port) {
                 report.tried(section.path("copper_kind"), status, {copperText(kind), kind}));
 }
 
-void addDiagnostics(Report &report, Section &section, uint32_t port, const Identification &module) {
+void addDiagnostics(Report &report, Section &section, const Module &module) {
+    const Identification &identification = module.identification;
     section.add("has_diagnostics", "Diagnostics",
-                flagCell(module.hasDiagnostics,
-                         module.isExternallyCalibrated ? "yes, to be calibrated" : "yes", "none"));
-    if (!module.hasDiagnostics)
+                flagCell(identification.hasDiagnostics,
+                         identification.isExternallyCalibrated ? "yes, to be calibrated" : "yes",
+                         "none"));
+    if (!identification.hasDiagnostics)
         return;
-    Bytes page;
-    const int32_t status = readSfpPage(port, BSP_SFP_DIAGNOSTICS, kDiagnosticsSize, page);
-    if (status != BSP_OK) {
+    if (!module.diagnostics) {
         section.add("diagnostics_checksum_ok", "Checksum, diagnostics",
-                    report.tried(section.path("diagnostics"), status, {}));
+                    report.tried(section.path("diagnostics"), module.diagnosticsStatus, {}));
         return;
     }
-    const Diagnostics diagnostics = diagnosticsOf(page, module.isExternallyCalibrated);
     section.add("diagnostics_checksum_ok", "Checksum, diagnostics",
-                checksumCell(diagnostics.checksum));
-    section.add("data_ready", "Data ready", flagCell(diagnostics.isReady, "yes", "not yet"));
-    report.parts.emplace_back(diagnosticsTable(diagnostics));
+                checksumCell(module.diagnostics->checksum));
+    section.add("data_ready", "Data ready",
+                flagCell(module.diagnostics->isReady, "yes", "not yet"));
+}
+
+Table measurementsTable(const Diagnostics &diagnostics) {
+    Table table = {"diagnostics",
+                   {{"quantity", "QUANTITY"},
+                    {"value", "VALUE"},
+                    {"judgement", "JUDGEMENT"},
+                    {"low_alarm", "LOW ALARM"},
+                    {"low_warning", "LOW WARNING"},
+                    {"high_warning", "HIGH WARNING"},
+                    {"high_alarm", "HIGH ALARM"}},
+                   {},
+                   TooWide::MoveColumns};
+    for (const Measurement &measured : diagnostics.measurements) {
+        const QuantityText &text = kQuantityTexts[static_cast<size_t>(measured.quantity)];
+        const auto cell = [&](double value) { return quantityCell(measured.quantity, value); };
+        table.rows.push_back({{text.label, std::string(text.key)},
+                              cell(measured.value),
+                              textCell(judgementText(measured.judgement)),
+                              cell(measured.lowAlarm),
+                              cell(measured.lowWarning),
+                              cell(measured.highWarning),
+                              cell(measured.highAlarm)});
+    }
+    return table;
+}
+
+Cell quantityCell(Quantity quantity, double value) {
+    const QuantityText &text = kQuantityTexts[static_cast<size_t>(quantity)];
+    std::array<char, 48> number{};
+    std::snprintf(number.data(), number.size(), "%.*f %s", text.decimals, value, text.unit);
+    return {std::string(number.data()) + (isPower(quantity) ? " (" + dbmText(value) + ")" : ""),
+            std::llround(value * text.thousandths)};
 }
 
 } // namespace iodbg

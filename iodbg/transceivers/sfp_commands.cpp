@@ -9,10 +9,11 @@
 #include "iodbg/transceivers/cage.h"
 #include "iodbg/transceivers/cage_table.h"
 #include "iodbg/transceivers/commands.h"
-#include "iodbg/transceivers/identification.h"
+#include "iodbg/transceivers/module.h"
 #include "iodbg/transceivers/module_report.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace iodbg {
 
@@ -20,15 +21,15 @@ namespace {
 
 constexpr uint32_t kPhyRegisters = 32;
 
-std::vector<uint32_t> readCages() {
+Model readKnownModel() {
     Model model;
     require(readModel(model), "read the device id");
-    return model.cages;
+    return model;
 }
 
 /** The library does not check the ports of its lines, so iodbg does. */
 void requireCage(uint32_t port) {
-    const std::vector<uint32_t> cages = readCages();
+    const std::vector<uint32_t> cages = readKnownModel().cages;
     if (std::find(cages.begin(), cages.end(), port) != cages.end())
         return;
     throw Failure::refused("use " + portName(port), BSP_E_INVALID,
@@ -38,35 +39,79 @@ void requireCage(uint32_t port) {
 // sfp list
 
 ExitCode list(Console &console) {
-    const std::vector<uint32_t> cages = readCages();
+    const Model model = readKnownModel();
     Report report;
-    report.parts.emplace_back(cageTable(report, cages));
-    return console.print(report);
+    const Table cages = cageTable(report, model, model.cages);
+    report.parts.emplace_back(cages);
+    const Report failures = {{}, report.failures};
+    return console.print(report, cagesText(cages) + failures.toText());
 }
 
 // sfp show
+
+/** Adds all that is known of a cage and the module in it; what it measures, where it does. */
+std::optional<Table> addCage(Report &report, Section &section, uint32_t port) {
+    section.add("port", "Port", numberCell(port));
+    CageLines lines;
+    addCageLines(report, section, port, lines);
+    if (lines.isPresent == 0)
+        return {};
+    const Module module = readModule(port);
+    if (module.status != BSP_OK) {
+        section.add("kind", "Kind",
+                    report.tried(section.path("identification"), module.status, {}));
+        return {};
+    }
+    addIdentification(section, module.identification);
+    addCopper(report, section, port);
+    addDiagnostics(report, section, module);
+    if (!module.diagnostics)
+        return {};
+    return measurementsTable(*module.diagnostics);
+}
 
 ExitCode show(Console &console, uint32_t port) {
     requireCage(port);
     Report report;
     Section section = {"", "", {}};
-    section.add("port", "Port", numberCell(port));
-    CageLines lines;
-    addCageLines(report, section, port, lines);
-    Bytes page;
-    const int32_t status =
-        lines.isPresent == 0 ? int32_t{BSP_OK}
-                             : readSfpPage(port, BSP_SFP_IDENTIFICATION, kIdentificationSize, page);
-    if (status != BSP_OK) {
-        section.add("kind", "Kind", report.tried("identification", status, {}));
-    } else if (lines.isPresent != 0) {
-        const Identification module = identificationOf(page);
-        addIdentification(section, module);
-        addCopper(report, section, port);
-        addDiagnostics(report, section, port, module);
-    }
-    report.parts.insert(report.parts.begin(), section);
+    const std::optional<Table> measured = addCage(report, section, port);
+    report.parts.emplace_back(section);
+    if (measured)
+        report.parts.emplace_back(*measured);
     return console.print(report);
+}
+
+/** Programs get what all modules measure in one table, people each module's below it. */
+ExitCode showAll(Console &console) {
+    const Model model = readKnownModel();
+    CageSummary summary;
+    require(readCages(model, summary), "read the lines of the SFP cages");
+    Report report;
+    Table all = measurementsTable({});
+    all.columns.insert(all.columns.begin(), {"port", "PORT"});
+    all.rows.clear();
+    std::string text;
+    for (const uint32_t port : summary.plugged) {
+        Section section = {"port" + std::to_string(port), "Port " + std::to_string(port), {}};
+        Report shown;
+        const std::optional<Table> measured = addCage(report, section, port);
+        shown.parts.emplace_back(section);
+        report.parts.emplace_back(section);
+        if (measured) {
+            shown.parts.emplace_back(*measured);
+            for (std::vector<Cell> row : measured->rows) {
+                row.insert(row.begin(), numberCell(port));
+                all.rows.push_back(row);
+            }
+        }
+        text += shown.toText() + "\n";
+    }
+    report.parts.insert(report.parts.begin(),
+                        Section{"", "", {{"plugged", "Modules in", portsCell(summary.plugged)}}});
+    report.parts.emplace_back(all);
+    const Report failures = {{}, report.failures};
+    return console.print(report, "Modules in  " + portsCell(summary.plugged).text + "\n" +
+                                     (text.empty() ? "" : "\n" + text) + failures.toText());
 }
 
 // sfp dump
@@ -135,13 +180,29 @@ void addOfPort(Command &sfp, const std::string &name, const std::string &help,
     command.does([port, run](Console &console) { return run(console, *port); });
 }
 
+void addShow(Command &sfp) {
+    const auto port = std::make_shared<std::optional<uint32_t>>(); // none: all
+    Command &command =
+        sfp.command("show", "Show a module, or all: identification, diagnostics with limits, "
+                            "checksums");
+    command.argument("PORT", "Front-panel port of the cage, or all",
+                     offering("all", [port](const std::string &word) {
+                         port->reset();
+                         if (word != "all")
+                             numberFromOne(port->emplace())(word);
+                     }));
+    command.example("iodbg sfp show 49").example("iodbg sfp show all --json");
+    command.does(
+        [port](Console &console) { return *port ? show(console, **port) : showAll(console); });
+}
+
 void defineSfp(Command &sfp) {
-    sfp.command("list", "Show all cages: lines, and what is plugged")
+    sfp.command("list",
+                "Show all cages: lines, what is plugged, its light, temperature and verdict")
         .example("iodbg sfp list")
         .example("iodbg sfp list --json")
         .does(list);
-    addOfPort(sfp, "show", "Show a module: identification, diagnostics with limits, checksums",
-              "49", show);
+    addShow(sfp);
     addOfPort(sfp, "dump", "Show a module's pages byte for byte", "49", dump);
     addOfPort(sfp, "phy", "Show the PHY registers of a copper module", "50", phy);
 

@@ -81,7 +81,9 @@ void addCages(Report &report, const Model &model) {
     section.add("plugged", "Modules in",
                 report.tried(section.path("plugged"), status, portsCell(summary.plugged)));
     report.parts.emplace_back(section);
-    report.parts.emplace_back(cageTable(report, summary.plugged));
+    Table cages = cageTable(report, model, summary.plugged);
+    cages.tooWide = TooWide::MoveColumns;
+    report.parts.emplace_back(cages);
 }
 
 /** On models with PoE; a controller that is not there is said, not asked. */

@@ -1,6 +1,7 @@
 // iodbg sfp and mdio.
 
 #include "tests/iodbg/iodbg_test.h"
+#include "tests/support/patterns.h"
 #include "tests/support/world.h"
 
 #include <cerrno>
@@ -28,10 +29,12 @@ TEST_F(SfpCommandsTest, ListsEveryCageOfTheModel) {
     EXPECT_EQ(jsonAt(answer, "/cages/0"),
               "{\"port\":49,\"present\":true,\"transmitter_on\":true,\"rx_loss\":false,"
               "\"tx_fault\":false,\"compliance\":\"10GBASE-SR\",\"vendor\":\"VIRTUAL\","
-              "\"part_number\":\"VIRTUAL-SR\"}");
+              "\"part_number\":\"VIRTUAL-SR\",\"temperature_mc\":48125,"
+              "\"tx_power_nw\":572200,\"rx_power_nw\":500000,\"verdict\":\"good\"}");
     EXPECT_EQ(jsonAt(answer, "/cages/5/port"), "54");
     EXPECT_EQ(jsonAt(answer, "/cages/5/present"), "false");
-    EXPECT_EQ(jsonAt(answer, "/cages/5/vendor"), "null");
+    for (const char *key : {"vendor", "temperature_mc", "rx_power_nw", "verdict"})
+        EXPECT_EQ(jsonAt(answer, std::string("/cages/5/") + key), "null");
     useModel(0x0609);
     EXPECT_EQ(jsonAt(json({"sfp", "list"}), "/cages/53/port"), "54");
 }
@@ -109,6 +112,64 @@ TEST_F(SfpCommandsTest, ADeadModuleDoesNotHideTheOthers) {
     EXPECT_EQ(jsonAt(answer, "/cages/0/compliance"), "null");
     EXPECT_EQ(jsonAt(answer, "/cages/1/compliance"), "\"10GBASE-LR\"");
     EXPECT_EQ(jsonAt(answer, "/failures/0/item"), "\"port 49.identification\"");
+    EXPECT_EQ(jsonAt(answer, "/cages/0/verdict"), "\"fault\"");
+}
+
+TEST_F(SfpCommandsTest, TheListHasLightTemperatureAndVerdict) {
+    for (const uint32_t port : {49u, 50u, 52u})
+        plug(port, "sr");
+    plug(51, "dac");
+    for (const char *port : {"49", "50", "51", "52"})
+        world::set("sfp." + std::string(port) + ".link", "up");
+    world::set("sfp.49.rx-power", "500");
+    world::set("sfp.50.rx-power", "60"); // below the maker's limit
+    world::set("sfp.52.state", "tx-fault");
+    const ProcessResult result = iodbg({"sfp", "list"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    const std::string light = result.out.substr(result.out.find("\n\n") + 2);
+    const Words lines = linesOf(light);
+    ASSERT_EQ(lines.size(), 5u) << "only what is plugged" << result.out;
+    EXPECT_EQ(replaced(lines[0], "  +", "|"), "PORT|TEMPERATURE|TX POWER|RX POWER|VERDICT");
+    EXPECT_TRUE(matches(lines[1], "49 +[0-9.]+ C +-2.4[0-9] dBm +-3.01 dBm +good")) << lines[1];
+    EXPECT_TRUE(matches(lines[2], "50 .* -12.22 dBm +warning: received power too low")) << lines[2];
+    EXPECT_TRUE(matches(lines[3], "51 +- +- +- +good")) << lines[3];
+    EXPECT_TRUE(matches(lines[4], "52 .* fault: transmitter fault.*")) << lines[4];
+    world::set("sfp.52.rx-power", "60"); // less than what is found first
+    const std::string answer = json({"sfp", "list"});
+    EXPECT_EQ(jsonAt(answer, "/cages/1/verdict"), "\"warning\"");
+    EXPECT_EQ(jsonAt(answer, "/cages/1/rx_power_nw"), "60000");
+    EXPECT_EQ(jsonAt(answer, "/cages/2/rx_power_nw"), "null") << "it measures none";
+    EXPECT_EQ(jsonAt(answer, "/cages/3/verdict"), "\"fault\"");
+}
+
+TEST_F(SfpCommandsTest, ShowsAllThatArePlugged) {
+    plug(49, "sr");
+    plug(51, "dac");
+    plug(53, "lr");
+    const std::string answer = json({"sfp", "show", "all"});
+    EXPECT_EQ(jsonKeys(answer, ""),
+              (Words{"plugged", "port49", "port51", "port53", "diagnostics", "failures"}));
+    EXPECT_EQ(jsonAt(answer, "/plugged"), "[49,51,53]");
+    EXPECT_EQ(jsonAt(answer, "/port53/part_number"), "\"VIRTUAL-LR\"");
+    Words keys = jsonKeys(json({"sfp", "show", "49"}), "");
+    keys.resize(keys.size() - 2); // diagnostics and failures are those of all
+    EXPECT_EQ(jsonKeys(answer, "/port49"), keys);
+    EXPECT_EQ(jsonKeys(answer, "/diagnostics/0"),
+              (Words{"port", "quantity", "value", "judgement", "low_alarm", "low_warning",
+                     "high_warning", "high_alarm"}));
+    EXPECT_EQ(jsonAt(answer, "/diagnostics/0/port"), "49");
+    EXPECT_EQ(jsonAt(answer, "/diagnostics/5/port"), "53");
+    const std::string shown = iodbg({"sfp", "show", "all"}).out;
+    EXPECT_EQ(shown.find("Modules in  49, 51, 53\n\nPort 49\n  Port "), 0u) << shown;
+    EXPECT_LT(shown.find("Temperature "), shown.find("\nPort 51\n")) << "beside its module";
+    EXPECT_NE(shown.find("\nPort 53\n"), std::string::npos) << shown;
+    plug(49, "dead");
+    const std::string failed = json({"sfp", "show", "all"}, 1);
+    EXPECT_EQ(jsonAt(failed, "/failures/0/item"), "\"port49.identification\"");
+    EXPECT_EQ(jsonAt(failed, "/port53/part_number"), "\"VIRTUAL-LR\"");
+    for (const char *port : {"49", "51", "53"})
+        world::set("sfp." + std::string(port) + ".module", "none");
+    EXPECT_EQ(iodbg({"sfp", "show", "all"}).out, "Modules in  none\n");
 }
 
 TEST_F(SfpCommandsTest, ShowsWhatAModuleIs) {
