@@ -24,12 +24,20 @@ namespace iodbg {
 namespace {
 
 /** What `iodbg check` says of the parts that are quick to read. */
-Findings quickFindings(const Model &model) {
+Findings quickFindings(const Model &model, const WatchedParts &parts) {
     Findings all;
-    for (Findings &part : std::vector<Findings>{temperatureFindings(), fanFindings(model),
-                                                supplyFindings(model), poeControllerFindings(model),
-                                                cageLineFindings(model), clockFindings(model)})
-        std::move(part.begin(), part.end(), std::back_inserter(all));
+    const auto add = [&all, &parts](WatchedPart part, const auto &find) {
+        if (!parts.has(part))
+            return;
+        Findings found = find();
+        std::move(found.begin(), found.end(), std::back_inserter(all));
+    };
+    add(WatchedPart::Climate, [] { return temperatureFindings(); });
+    add(WatchedPart::Fans, [&model] { return fanFindings(model); });
+    add(WatchedPart::Supplies, [&model] { return supplyFindings(model); });
+    add(WatchedPart::Poe, [&model] { return poeControllerFindings(model); });
+    add(WatchedPart::Sfp, [&model] { return cageLineFindings(model); });
+    add(WatchedPart::Clock, [&model] { return clockFindings(model); });
     blameBuses(all, 0);
     return all;
 }
@@ -56,32 +64,37 @@ void addCageSummary(Report &report, const Model &model) {
     report.parts.emplace_back(section);
 }
 
-void addParts(Report &report, const Model &model, PoeTour &tour) {
-    Section climate = {"climate", "Climate", {}};
-    addItems(report, climate, kClimateItems);
-    report.parts.emplace_back(climate);
-    report.parts.emplace_back(fanTable(report, model));
-    report.parts.emplace_back(supplyTable(report, model));
-    if (model.poePorts > 0)
+void addParts(Report &report, const Model &model, const WatchedParts &parts, PoeTour &tour) {
+    if (parts.has(WatchedPart::Climate)) {
+        Section climate = {"climate", "Climate", {}};
+        addItems(report, climate, kClimateItems);
+        report.parts.emplace_back(climate);
+    }
+    if (parts.has(WatchedPart::Fans))
+        report.parts.emplace_back(fanTable(report, model));
+    if (parts.has(WatchedPart::Supplies))
+        report.parts.emplace_back(supplyTable(report, model));
+    if (parts.has(WatchedPart::Poe) && model.poePorts > 0)
         tour.add(report, model.poePorts);
-    if (!model.cages.empty())
+    if (parts.has(WatchedPart::Sfp) && !model.cages.empty())
         addCageSummary(report, model);
-    if (model.hasClock)
+    if (parts.has(WatchedPart::Clock) && model.hasClock)
         addClocks(report);
-    addPanelLamps(report);
+    if (parts.has(WatchedPart::Panel))
+        addPanelLamps(report);
 }
 
 } // namespace
 
-Round lookAround(PoeTour &tour) {
+Round lookAround(const WatchedParts &parts, PoeTour &tour) {
     Round round;
     round.time = calendarText(systemTime());
     round.report.event = "round";
     const Grounds grounds = judgeGrounds();
     constexpr Unit kNeeded[] = {Unit::KernelModule, Unit::Cpld, Unit::Model};
     round.isAsked = grounds.modelStatus.has_value();
-    round.findings =
-        withoutGood(grounds.causeAmong(kNeeded) ? grounds.findings : quickFindings(grounds.model));
+    round.findings = withoutGood(grounds.causeAmong(kNeeded) ? grounds.findings
+                                                             : quickFindings(grounds.model, parts));
     if (grounds.modelStatus != BSP_OK) {
         Section section = {"model", "Model", {}};
         // Where nothing could be asked the findings say why.
@@ -93,7 +106,7 @@ Round lookAround(PoeTour &tour) {
         round.report.parts.emplace_back(section);
         return round;
     }
-    addParts(round.report, grounds.model, tour);
+    addParts(round.report, grounds.model, parts, tour);
     return round;
 }
 

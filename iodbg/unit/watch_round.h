@@ -4,6 +4,7 @@
 #include "iodbg/core/findings.h"
 #include "iodbg/core/report.h"
 #include "iodbg/poe/tour.h"
+#include "iodbg/unit/watch_parts.h"
 
 #include <string>
 
@@ -17,7 +18,7 @@ struct Round {
     bool isAsked = true; // else nothing of the unit could be reached
 };
 
-/** PoE ports are asked a few at a time: the tour knows which are next. */
-Round lookAround(PoeTour &tour);
+/** Looks at some parts. PoE ports are asked a few at a time: the tour knows which are next. */
+Round lookAround(const WatchedParts &parts, PoeTour &tour);
 
 } // namespace iodbg

@@ -23,6 +23,8 @@ constexpr BadWord kIodbg[] = {
     {"watch", "--interval", "--interval 0.05",
      "--interval: '0.05' is not a number of seconds from 0.1 to 3600, with up to three decimals"},
     {"watch", "--count", "--count 0", "--count: '0' is not a number from 1 to 4294967295"},
+    {"watch", "--only", "--only fans,lamps",
+     "--only: 'lamps' is none of climate|fans|supplies|poe|sfp|clock|panel"},
     {"identity get", "ITEM", "all", "ITEM: 'all' is none of serial|mac|record"},
     {"identity get", "--index", "--index supply3",
      "--index: 'supply3' is none of board|supply1|supply2"},

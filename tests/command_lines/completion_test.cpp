@@ -64,7 +64,8 @@ TEST_F(CompletionTest, OffersWhatTheProgramsTakeThere) {
         {{"vboard", "fault", board(), ""}, {"add", "clear", "list"}},
         {{"vboard", "flash", board(), ""}, {"mark-bad"}},
         // options
-        {{"iodbg", "watch", "--"}, {"--count", "--help", "--interval", "--json", "--version"}},
+        {{"iodbg", "watch", "--"},
+         {"--changes", "--count", "--help", "--interval", "--json", "--only", "--version"}},
         {{"iodbg", "--"}, {"--help", "--json", "--version"}},
         {{"vboard", "--"}, {"--help", "--version"}},
         {{"iodbg", "--json", "wat"}, {"watch", "watchdog"}},

@@ -31,7 +31,8 @@ class WorkingIn {
 };
 
 /** Examples that go on until somebody stops them. */
-const std::set<std::string> kEndless = {"iodbg watch", "iodbg watchdog feed --every 5"};
+const std::set<std::string> kEndless = {"iodbg watch", "iodbg watch --changes --only poe,fans",
+                                        "iodbg watchdog feed --every 5"};
 
 /** Whether programs can start others: an emulator starts those of its host. */
 bool canBeTried(const std::string &example) {

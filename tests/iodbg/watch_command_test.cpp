@@ -90,6 +90,84 @@ TEST_F(WatchCommandTest, WhatChangesIsSeen) {
     EXPECT_EQ(jsonAt(lines.back(), "/findings/0/found"), "\"stands still or is not there\"");
 }
 
+TEST_F(WatchCommandTest, LooksAtSomePartsOnly) {
+    iodbg({"show"}); // from here on the model is known
+    world::set("fan.1.present", "no");
+    world::set("supply.2.present", "no");
+    trace();
+    const std::string round =
+        linesOf(iodbg({"watch", "--json", "--count", "1", "--only", "fans,climate"}).out).at(0);
+    EXPECT_EQ(jsonKeys(round, ""),
+              (Words{"event", "time", "findings", "climate", "fans", "failures"}));
+    EXPECT_EQ(jsonAt(round, "/findings/0/subject"), "\"fan 1\"");
+    EXPECT_EQ(round.find("supply 2"), std::string::npos);
+    for (const std::string &request : requests())
+        EXPECT_EQ(request.find("PoE"), std::string::npos) << request << ": it is not asked";
+    expectRefusal({"watch", "--only", "fans,lamps"}, 2,
+                  "--only: 'lamps' is none of climate|fans|supplies|poe|sfp|clock|panel");
+    expectRefusal({"watch", "--only", "fans,"}, 2, "--only: '' is none of");
+}
+
+TEST_F(WatchCommandTest, ChangesAreALineEach) {
+    useModel(0x8609);
+    Process process = start({"watch", "--changes", "--json", "--interval", "3600", "--only",
+                             "fans,sfp,clock,supplies"});
+    waitUntilSlept(3600);
+    world::set("fan.1.present", "no");
+    world::set("sfp.3.module", "sr");
+    waitUntilSlept(now() / 1000000000u + 2 * 3600);
+    world::set("fan.1.present", "yes");
+    waitUntilSlept(now() / 1000000000u + 2 * 3600);
+    process.signal(SIGINT);
+    const ProcessResult result = process.wait();
+    EXPECT_EQ(result.exitCode, 0);
+    Words told;
+    for (const std::string &line : linesOf(result.out)) {
+        if (jsonAt(line, "/event") == "\"change\"")
+            told.push_back(jsonAt(line, "/item") + " " + jsonAt(line, "/before") + " " +
+                           jsonAt(line, "/after"));
+    }
+    EXPECT_EQ(jsonKeys(linesOf(result.out).at(0), ""),
+              (Words{"event", "time", "values", "failures"}));
+    for (const char *line :
+         {"\"fans.1.speed_rpm\" 2400 0", "\"fans.1.speed_rpm\" 0 2400", "\"sfp.plugged\" [] [3]",
+          "\"findings.fan 1\" \"good\" \"fault: stands still or is not there\"",
+          "\"findings.fan 1\" \"fault: stands still or is not there\" \"good\"",
+          "\"findings.SFP port 3\" \"good\" \"warning: no signal arrives\""})
+        EXPECT_EQ(std::count(told.begin(), told.end(), line), 1) << line << "\n" << result.out;
+    EXPECT_EQ(result.out.find("clock.chip"), std::string::npos) << "time passes by itself";
+}
+
+TEST_F(WatchCommandTest, ChangesBeginWithWhatIsWrong) {
+    world::set("fan.1.present", "no");
+    const ProcessResult result = iodbg({"watch", "--changes", "--count", "2", "--only", "fans"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    const Words lines = linesOf(result.out);
+    ASSERT_GT(lines.size(), 1u);
+    const std::string time = "[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9:]{8}  ";
+    EXPECT_TRUE(matches(lines[0], time + "[0-9]+ values are watched")) << lines[0];
+    EXPECT_TRUE(matches(lines[1], time + "findings.fan 1: good -> fault: it or its neighbour.*"))
+        << lines[1];
+    const size_t count = lines.size();
+    EXPECT_EQ(linesOf(iodbg({"watch", "--changes", "--count", "3", "--only", "fans"}).out).size(),
+              count)
+        << "what stays as it is is told once";
+    const std::string shown =
+        iodbgOnTerminal({"watch", "--changes", "--count", "1", "--only", "fans"});
+    EXPECT_NE(shown.find("\x1b[7;31m2"), std::string::npos) << shown;
+    EXPECT_EQ(shown.find("\x1b[H"), std::string::npos) << "nothing is redrawn";
+}
+
+TEST_F(WatchCommandTest, PortsThatAreAskedOneByOneAreNoChanges) {
+    ASSERT_EQ(iodbg({"poe", "init"}).exitCode, 0);
+    world::set("poe.8.device", "class=4 draws=18000");
+    world::set("time", "virtual");
+    const ProcessResult result =
+        iodbg({"watch", "--changes", "--json", "--count", "15", "--only", "poe"});
+    EXPECT_EQ(result.out.find("ports_on"), std::string::npos) << result.out;
+    EXPECT_EQ(result.out.find("ports_asked"), std::string::npos) << result.out;
+}
+
 TEST_F(WatchCommandTest, SleepsBetweenTheRoundsAlone) {
     useModel(0x0309);
     const auto slept = [&](const Words &options) {
@@ -246,10 +324,10 @@ TEST_F(WatchCommandTest, IsDrawnInPlaceOnATerminal) {
     EXPECT_NE(second, 0u);
     EXPECT_EQ(shown.substr(second - 3, 3), "\x1b[J") << "what was below is cleared";
     EXPECT_EQ(shown.substr(shown.size() - 3), "\x1b[J");
-    EXPECT_NE(shown.find("\n\x1b[7mfan 1           FAULT       it or its neighbour is missing"),
+    EXPECT_NE(shown.find("\n\x1b[7;31mfan 1           FAULT       it or its neighbour is missing"),
               std::string::npos)
         << shown;
-    EXPECT_NE(shown.find("\n\x1b[1mPoE controller  warning     not init"), std::string::npos)
+    EXPECT_NE(shown.find("\n\x1b[1;33mPoE controller  warning     not init"), std::string::npos)
         << shown;
     const std::string picture = shown.substr(second);
     EXPECT_EQ(std::count(picture.begin(), picture.end(), '\n'), 23)
