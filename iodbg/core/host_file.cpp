@@ -152,6 +152,10 @@ bool Destination::isStandardOutput() const {
     return isStandardStream(path) || std::find(kNames.begin(), kNames.end(), name) != kNames.end();
 }
 
+void requireSavable(Console &console, const Destination &destination) {
+    decide(console, destination);
+}
+
 Saving::Saving(Console &console, const Destination &destination)
     : console_(console), destination_(destination), mode_(decide(console, destination)) {
     if (destination.isStandardOutput())

@@ -46,6 +46,9 @@ struct Destination {
     std::string name() const { return isStandardOutput() ? "standard output" : path; }
 };
 
+/** Throws where nothing may be saved. */
+void requireSavable(Console &console, const Destination &destination);
+
 /**
  * What is saved, on its way. It appears under its name once it is whole; until then, and if it
  * never gets there, what was there before stays.

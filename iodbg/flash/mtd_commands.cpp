@@ -12,13 +12,17 @@
 #include "iodbg/flash/comparison.h"
 #include "iodbg/flash/content.h"
 #include "iodbg/flash/device_argument.h"
+#include "iodbg/flash/flash_lock.h"
 #include "iodbg/flash/partition.h"
+#include "iodbg/flash/partition_list.h"
 #include "iodbg/flash/work.h"
+#include "language/formats/crc32.h"
 #include "language/formats/length_header.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <functional>
 #include <optional>
 #include <sys/stat.h>
 
@@ -30,6 +34,20 @@ constexpr char kHeaderHelp[] = "The file behind a length header, not the whole p
 
 std::string sizeText(uint64_t bytes) {
     return std::to_string(bytes) + " bytes";
+}
+
+// mtd list, mtd info
+
+ExitCode list(Console &console) {
+    Report report;
+    addPartitions(report);
+    return console.print(report);
+}
+
+ExitCode info(Console &console, const std::string &device) {
+    Report report;
+    addPartition(report, device);
+    return console.print(report);
 }
 
 // mtd read
@@ -74,11 +92,57 @@ void verifyCopy(const FlashPartition &partition, const ReadArguments &arguments,
                                               "; read again, and see what differs each time");
 }
 
+/** Reads a part of a partition under the library's lock, and is told each piece of it. The lock is
+ * free between the pieces: whoever takes them may take its time. */
+void readLocked(const FlashPartition &partition, uint64_t offset, uint64_t size,
+                const std::function<void(ByteView)> &take) {
+    Bytes piece(partition.blockSize());
+    while (size > 0) {
+        const auto count = static_cast<size_t>(std::min<uint64_t>(piece.size(), size));
+        {
+            const LibraryFlashLock lock;
+            partition.read(offset, {piece.data(), count});
+        }
+        take({piece.data(), count});
+        offset += count;
+        size -= count;
+    }
+}
+
+/** Gives a partition on standard output as it is read, and compares it with a second reading. */
+ExitCode stream(Console &console, const ReadArguments &arguments, const FlashPartition &partition,
+                uint64_t size) {
+    const uint64_t offset = arguments.hasHeader ? formats::kLengthHeaderSize : 0;
+    const auto addTo = [](uint32_t crc, ByteView piece) {
+        return formats::crc32(crc, piece.data(), static_cast<uint32_t>(piece.size()));
+    };
+    uint32_t given = 0;
+    readLocked(partition, offset, size, [&](ByteView piece) {
+        given = addTo(given, piece);
+        console.giveData(piece);
+    });
+    uint32_t second = 0;
+    readLocked(partition, offset, size, [&](ByteView piece) { second = addTo(second, piece); });
+    if (given != second)
+        throw Failure(ExitCode::ReadBack, "what was given of " + arguments.device +
+                                              " differs from a second reading; read again");
+    Section section = {"", "", {}};
+    section.add("device", "Device", textCell(arguments.device));
+    section.add("output", "Saved in", textCell("standard output"));
+    section.add("size_bytes", "Size, bytes", numberCell(static_cast<int64_t>(size)));
+    section.add("read_by", "Read by",
+                textCell("iodbg itself, under the library's flash lock; twice, and the same"));
+    return console.print({{section}, {}});
+}
+
 ExitCode read(Console &console, const ReadArguments &arguments) {
     const FlashPartition partition(arguments.device);
-    const uint64_t size = storedSize(partition, arguments.hasHeader);
     const Destination destination = {arguments.file, arguments.isForced,
                                      partition.isAt(BSP_MTD_BOOT_SETTINGS)};
+    requireSavable(console, destination);
+    const uint64_t size = storedSize(partition, arguments.hasHeader);
+    if (destination.isStandardOutput())
+        return stream(console, arguments, partition, size);
     Saving copy(console, destination);
     require(
         bsp_mtd_read_to_file(arguments.device.c_str(), copy.path().c_str(),
@@ -220,6 +284,18 @@ ExitCode erase(Console &console, const EraseArguments &arguments) {
     return console.print({{section}, {}});
 }
 
+void addList(Command &mtd) {
+    mtd.command("list", "Show the partitions: what they hold, sizes, bad blocks")
+        .example("iodbg mtd list")
+        .does(list);
+
+    const auto device = std::make_shared<std::string>();
+    Command &command = mtd.command("info", "Show what a partition's driver tells of it");
+    command.argument("DEVICE", flashDeviceHelp(), flashDevice(*device));
+    command.example("iodbg mtd info mtd12");
+    command.does([device](Console &console) { return info(console, *device); });
+}
+
 void addRead(Command &mtd) {
     const auto arguments = std::make_shared<ReadArguments>();
     Command &command = mtd.command("read", "Copy a partition into a file");
@@ -227,7 +303,10 @@ void addRead(Command &mtd) {
     command.argument("FILE", "The copy, - is standard output", fileName(arguments->file));
     command.flag("--header", kHeaderHelp, arguments->hasHeader);
     command.flag("--force", kForceHelp, arguments->isForced);
-    command.example("iodbg mtd read mtd4 saved.bin");
+    command.detail("For standard output iodbg reads the device itself, block by block under the "
+                   "library's flash lock, and needs no room for a copy. What it gave is compared "
+                   "with a second reading behind it.");
+    command.example("iodbg mtd read mtd4 saved.bin").example("iodbg mtd read mtd12 -");
     command.does([arguments](Console &console) { return read(console, *arguments); });
 }
 
@@ -255,6 +334,7 @@ void addErase(Command &mtd) {
 }
 
 void defineMtd(Command &mtd) {
+    addList(mtd);
     addRead(mtd);
     addWrite(mtd);
     addErase(mtd);

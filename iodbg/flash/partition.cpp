@@ -54,6 +54,18 @@ bool FlashPartition::isAt(const std::string &device) const {
     return stat(device.c_str(), &other) == 0 && partitionNumber(other) == number();
 }
 
+std::string FlashPartition::type() const {
+    switch (geometry_.type) {
+    case MTD_NORFLASH:
+        return "NOR";
+    case MTD_NANDFLASH:
+    case MTD_MLCNANDFLASH:
+        return "NAND";
+    default:
+        return "type " + std::to_string(geometry_.type);
+    }
+}
+
 Failure FlashPartition::failure(const std::string &what) const {
     const std::string reason = std::strerror(errno);
     const DeviceNode node = {device_, file_.isOpen() ? 0 : errno};

@@ -29,6 +29,9 @@ class FlashPartition {
     /** "nand, 42467328 bytes, blocks of 131072, pages of 2048+64" */
     std::string geometryText() const;
     bool isWriteProtected() const { return (geometry_.flags & MTD_WRITEABLE) == 0; }
+    size_t spareSize() const { return geometry_.oobsize; }
+    /** "NOR", "NAND", or the driver's number for another kind. */
+    std::string type() const;
 
     void read(uint64_t offset, std::span<uint8_t> bytes) const;
     Bytes read(uint64_t offset, size_t length) const;

@@ -137,6 +137,8 @@ constexpr BadWord kIodbg[] = {
      "baudrate: '300' is none of 9600|19200|38400|57600|115200"},
     {"boot set", "--backup", "mode 1 --backup /nowhere/x",
      "cannot write /nowhere/x: No such file or directory", 4},
+    {"mtd info", "DEVICE", "mtd1",
+     "DEVICE: 'mtd1' is none of mtd0|mtd4|mtd12|mtd14, and no path of a device"},
     {"mtd read", "DEVICE", "mtd1 @file",
      "DEVICE: 'mtd1' is none of mtd0|mtd4|mtd12|mtd14, and no path of a device"},
     {"mtd read", "FILE", "mtd4 /nowhere/x", "cannot write /nowhere/x: No such file or directory",

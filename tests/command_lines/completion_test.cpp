@@ -55,7 +55,7 @@ TEST_F(CompletionTest, OffersWhatTheProgramsTakeThere) {
     } rows[] = {
         // commands
         {{"iodbg", "wat"}, {"watch", "watchdog"}},
-        {{"iodbg", "mtd", ""}, {"erase", "read", "write"}},
+        {{"iodbg", "mtd", ""}, {"erase", "info", "list", "read", "write"}},
         {{"iodbg", "led", "set", ""}, {"indexed", "lamp4", "lamp5", "poe", "system"}},
         {{"iodbg", "poe", "set", "l"}, {"legacy", "limit", "limit-type"}},
         {{"iodbg", "show", ""}, {}},

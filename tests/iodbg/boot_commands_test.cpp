@@ -305,6 +305,17 @@ TEST_F(BootCommandsTest, ARateThatTheConsoleRefusesIsNotStored) {
               0);
 }
 
+TEST_F(BootCommandsTest, TheLibrarysMessagesAreNotAmongTheBytesOfABackup) {
+    storeAll();
+    const ProcessResult result =
+        run({builtProgram("iodbg"), "boot", "set", "baudrate", "9600", "--backup", "-"},
+            withFailingStty());
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.out == block()) << result.out;
+    EXPECT_NE(result.err.find(": set console baudrate to 9600 error"), std::string::npos)
+        << result.err;
+}
+
 TEST_F(BootCommandsTest, RefusesWordsThatAreNotRight) {
     const std::pair<const char *, const char *> cases[] = {
         {"boot", "a command is missing: give one of get|set; see 'iodbg boot --help'"},

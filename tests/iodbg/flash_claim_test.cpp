@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <optional>
+#include <poll.h>
 #include <unistd.h>
 
 namespace {
@@ -108,6 +109,17 @@ TEST_F(FlashClaimTest, ASecondUpgradeOfABankIsRefusedBeforeItErases) {
     EXPECT_EQ(first.wait().exitCode, 0);
     EXPECT_EQ(stored(14, 0, 4096), imageBytes(300000).substr(0, 4096));
     EXPECT_EQ(iodbg({"upgrade", "os", later, "--bank", "1", "--yes"}).exitCode, 0);
+}
+
+TEST_F(FlashClaimTest, AStreamOfAPartitionWaitsForTheLibrary) {
+    std::optional<HeldLibrary> held(libraryLock());
+    Process stream = start({"mtd", "read", "mtd4", "-"});
+    poll(nullptr, 0, 200); // in real time: what does not wait has given something by then
+    EXPECT_EQ(stream.output(), "");
+    held.reset();
+    const ProcessResult result = stream.wait();
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out.size(), 262144u);
 }
 
 TEST_F(FlashClaimTest, AKilledUpgradeLeavesNoClaim) {

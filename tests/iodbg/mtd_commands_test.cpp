@@ -44,6 +44,74 @@ TEST_F(MtdCommandsTest, WritesAFileAndReadsThePartition) {
     EXPECT_EQ(copyOf("/dev/mtd4"), copy);
 }
 
+TEST_F(MtdCommandsTest, ListsThePartitions) {
+    markBad(12, 3);
+    markBad(12, 4);
+    EXPECT_EQ(iodbg({"mtd", "list"}).out,
+              "DEVICE      HOLDS                     SIZE      BLOCK   PAGE  BLOCKS  BAD\n"
+              "/dev/mtd0   boot loader               1048576   65536   256   16      none\n"
+              "/dev/mtd4   boot settings             262144    65536   256   4       none\n"
+              "/dev/mtd12  operating system, bank 0  42467328  131072  2048  324     3-4\n"
+              "/dev/mtd14  operating system, bank 1  42467328  131072  2048  324     none\n");
+    addFault(openFails("/dev/mtd4", ENODEV));
+    const std::string answer = json({"mtd", "list"}, 1);
+    EXPECT_EQ(jsonKeys(answer, "/partitions/1"),
+              (Words{"device", "holds", "size_bytes", "block_bytes", "page_bytes", "blocks",
+                     "bad_blocks"}));
+    EXPECT_EQ(jsonAt(answer, "/partitions/1/size_bytes"), "null");
+    EXPECT_EQ(jsonAt(answer, "/partitions/2/bad_blocks"), "[3,4]");
+    EXPECT_EQ(jsonAt(answer, "/failures/0/item"), "\"mtd4\"");
+}
+
+TEST_F(MtdCommandsTest, TellsWhatADriverKnowsOfAPartition) {
+    markBad(12, 323);
+    EXPECT_EQ(iodbg({"mtd", "info", "mtd12"}).out,
+              "Device                       /dev/mtd12\n"
+              "Holds                        operating system, bank 0\n"
+              "Kind of flash                NAND\n"
+              "Size, bytes                  42467328\n"
+              "Erase block, bytes           131072\n"
+              "Page, bytes                  2048\n"
+              "Spare area of a page, bytes  64\n"
+              "Blocks                       324\n"
+              "Bad blocks                   323\n"
+              "First block                  erased\n");
+    store(4, 0, "data");
+    const std::string answer = json({"mtd", "info", "/dev/mtd4"});
+    EXPECT_EQ(jsonKeys(answer, ""),
+              (Words{"device", "holds", "type", "size_bytes", "block_bytes", "page_bytes",
+                     "spare_bytes", "blocks", "bad_blocks", "starts_erased", "failures"}));
+    EXPECT_EQ(jsonAt(answer, "/type"), "\"NOR\"");
+    EXPECT_EQ(jsonAt(answer, "/starts_erased"), "false");
+    expectFailure({"mtd", "info", "/dev/null"}, 1, {"cannot ask /dev/null for its sizes"});
+}
+
+TEST_F(MtdCommandsTest, StreamsAPartitionUnderTheLibrarysLock) {
+    EXPECT_EQ(write("mtd4", makeImage(5000, "data"), {"--header"}).exitCode, 0);
+    const ProcessResult file = iodbg({"mtd", "read", "mtd4", "-", "--header"});
+    EXPECT_EQ(file.exitCode, 0) << file.err;
+    EXPECT_EQ(file.out, imageBytes(5000));
+    EXPECT_NE(file.err.find("Read by      iodbg itself, under the library's flash lock; twice"),
+              std::string::npos)
+        << file.err;
+    EXPECT_EQ(iodbg({"mtd", "read", "mtd4", "-"}).out, stored(4, 0, 262144));
+    spoil("mtd4", "read", "corrupt=3:0x10", "0", "1", "once");
+    const ProcessResult torn = iodbg({"mtd", "read", "mtd4", "-"});
+    EXPECT_EQ(torn.exitCode, 3);
+    EXPECT_NE(torn.err.find("what was given of /dev/mtd4 differs from a second reading"),
+              std::string::npos)
+        << torn.err;
+}
+
+TEST_F(MtdCommandsTest, AStreamNeedsNoRoomForACopy) {
+    Environment environment = boardEnvironment(boardFolder());
+    environment.emplace_back("TMPDIR=/nowhere");
+    const ProcessResult result =
+        run({builtProgram("iodbg"), "mtd", "read", "mtd4", "-"}, environment);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_TRUE(result.out == std::string(262144, '\xFF'));
+}
+
 TEST_F(MtdCommandsTest, WritesAndReadsBehindALengthHeader) {
     EXPECT_EQ(write("mtd14", makeImage(5000, "data"), {"--header"}).exitCode, 0);
     EXPECT_EQ(stored(14, 0, 8), std::string("\0\0\x13\x88\xA1\x02\xA3\x04", 8));
@@ -205,7 +273,8 @@ TEST_F(MtdCommandsTest, EraseAndWriteAsk) {
 
 TEST_F(MtdCommandsTest, RefusesWordsThatAreNotRight) {
     const std::pair<const char *, const char *> cases[] = {
-        {"mtd", "a command is missing: give one of read|write|erase; see 'iodbg mtd --help'"},
+        {"mtd",
+         "a command is missing: give one of list|info|read|write|erase; see 'iodbg mtd --help'"},
         {"mtd read", "DEVICE is required"},
         {"mtd read mtd4", "FILE is required"},
         {"mtd write mtd4", "FILE is required"},

@@ -128,17 +128,6 @@ TEST_F(OutputFilesTest, StandardOutputIsNotForBytesAndJson) {
     EXPECT_EQ(flash(4).erases[0], 0u);
 }
 
-TEST_F(OutputFilesTest, TheLibrarysMessagesAreNotAmongTheBytes) {
-    vb::FaultRule rule = openFails("/dev/mtd4", ENODEV);
-    rule.when = vb::FaultWhen::Once;
-    rule.nth = 2; // behind iodbg's own open
-    addFault(rule);
-    const ProcessResult result = iodbg({"mtd", "read", "mtd4", "-"});
-    EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(result.out, "");
-    EXPECT_NE(result.err.find("\nopen /dev/mtd4 fail.\n"), std::string::npos) << result.err;
-}
-
 TEST_F(OutputFilesTest, AFullStandardOutputStopsBeforeTheSetting) {
     const FileSizeLimit limit(100);
     const ProcessResult result = iodbg({"boot", "set", "mode", "1", "--backup", "-"});
