@@ -41,10 +41,10 @@ Bytes packBootFile(ByteView image) {
     return file;
 }
 
-Bytes readBootFile(const std::string &path) {
+Bytes readBootFile(const std::string &path, const std::string &name) {
     Bytes file = readHostFileOrInput(path, BSP_BOOT_FILE_MAX);
     if (file.size() <= formats::kBootTrailerSize)
-        throw Failure::usage("'" + inputName(path) + "' has " + std::to_string(file.size()) +
+        throw Failure::usage("'" + name + "' has " + std::to_string(file.size()) +
                              " bytes; a boot-loader upgrade file has 81 to 1048576; make one with "
                              "'iodbg image pack-boot'");
     return file;

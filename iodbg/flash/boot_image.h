@@ -25,7 +25,7 @@ std::vector<BootField> bootFields(ByteView file);
 /** An upgrade file of an image. */
 Bytes packBootFile(ByteView image);
 
-/** Reads an upgrade file; throws for one that cannot be one by its size. */
-Bytes readBootFile(const std::string &path);
+/** Reads an upgrade file; throws for one that cannot be one by its size. name: in messages. */
+Bytes readBootFile(const std::string &path, const std::string &name);
 
 } // namespace iodbg

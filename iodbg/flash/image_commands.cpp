@@ -6,10 +6,13 @@
 #include "iodbg/core/failure.h"
 #include "iodbg/core/format.h"
 #include "iodbg/core/host_file.h"
+#include "iodbg/core/progress.h"
+#include "iodbg/flash/bank_verdict.h"
 #include "iodbg/flash/boot_image.h"
 #include "iodbg/flash/commands.h"
 #include "iodbg/flash/os_bank.h"
 #include "iodbg/flash/partition.h"
+#include "iodbg/flash/spooled_input.h"
 #include "language/formats/boot_file.h"
 
 #include <filesystem>
@@ -62,6 +65,42 @@ ExitCode showBanks(Console &console, std::optional<uint32_t> only) {
     return console.print(report, text + failures.toText());
 }
 
+// image verify
+
+struct VerifyArguments : FlashInput {
+    uint32_t bank = 0;
+};
+
+ExitCode verify(Console &console, const VerifyArguments &arguments) {
+    console.beginLongWork();
+    const std::string name = "bank " + std::to_string(arguments.bank);
+    const FlashPartition bank(bankDevice(arguments.bank));
+    const SpooledInput input(arguments, BSP_OS_IMAGE_MAX);
+    const Content image = imageIn(input.path(), input.name(), bank);
+    BankVerdict verdict;
+    {
+        Progress progress(console, "image verify",
+                          {{"compare", msFor(image.size(), kImageBytesPerMsRead)}});
+        progress.reach(0, 0);
+        verdict = judgeBank(arguments.bank, bank, image, [&progress](uint64_t bytes) {
+            progress.reach(0, msFor(bytes, kImageBytesPerMsRead));
+        });
+    }
+    if (!verdict.text.empty())
+        throw Failure(ExitCode::ReadBack,
+                      name + " does not hold '" + input.name() + "': " + verdict.text +
+                          "; nothing was written: 'iodbg upgrade os' writes it");
+    Section section = {"", "", {}};
+    section.add("bank", "Bank", numberCell(arguments.bank));
+    section.add("device", "Device", textCell(bank.device()));
+    section.add("file", "File", textCell(input.name()));
+    section.add("size_bytes", "Size, bytes", numberCell(static_cast<int64_t>(image.fileSize)));
+    section.add("verified", "Verified",
+                flagCell(true, "image and header block are the file's", ""));
+    addBadBlocks(section, bank, verdict.comparison);
+    return console.print({{section}, {}});
+}
+
 // image pack-boot
 
 struct PackArguments {
@@ -98,7 +137,7 @@ ExitCode pack(Console &console, const PackArguments &arguments) {
 // image check
 
 ExitCode check(Console &console, const std::string &path) {
-    const Bytes file = readBootFile(path);
+    const Bytes file = readBootFile(path, inputName(path));
     Table table = {
         "fields",
         {{"field", "FIELD"}, {"found", "FOUND"}, {"wanted", "MUST BE"}, {"right", "VERDICT"}},
@@ -130,6 +169,23 @@ void addInfo(Command &image) {
     command.does([only](Console &console) { return showBanks(console, *only); });
 }
 
+void addVerify(Command &image) {
+    const auto arguments = std::make_shared<VerifyArguments>();
+    arguments->isDryRun = true; // it asks nothing
+    Command &command =
+        image.command("verify", "Compare a bank with an image; nothing is written.\nA difference "
+                                "is exit code 3");
+    command.argument("FILE", "The image: 512 to 40894464 bytes; - is standard input",
+                     fileName(arguments->file));
+    command.requiredOption("--bank", "0|1", "The bank that is compared",
+                           number(arguments->bank, BSP_OS_BANKS - 1));
+    addSpoolOption(command, arguments->spool);
+    command.detail("The comparison is that of 'iodbg upgrade os': the image around bad blocks, and "
+                   "the copy of its header block.");
+    command.example("iodbg image verify os.img --bank 1");
+    command.does([arguments](Console &console) { return verify(console, *arguments); });
+}
+
 void addPackBoot(Command &image) {
     const auto arguments = std::make_shared<PackArguments>();
     Command &command = image.command("pack-boot", "Make an upgrade file of a boot-loader image");
@@ -153,6 +209,7 @@ void addCheck(Command &image) {
 
 void defineImage(Command &image) {
     addInfo(image);
+    addVerify(image);
     addPackBoot(image);
     addCheck(image);
 }

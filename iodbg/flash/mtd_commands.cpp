@@ -15,6 +15,7 @@
 #include "iodbg/flash/flash_lock.h"
 #include "iodbg/flash/partition.h"
 #include "iodbg/flash/partition_list.h"
+#include "iodbg/flash/spooled_input.h"
 #include "iodbg/flash/work.h"
 #include "language/formats/crc32.h"
 #include "language/formats/length_header.h"
@@ -23,7 +24,6 @@
 #include <array>
 #include <cstdio>
 #include <functional>
-#include <optional>
 #include <sys/stat.h>
 
 namespace iodbg {
@@ -159,50 +159,20 @@ ExitCode read(Console &console, const ReadArguments &arguments) {
 
 // mtd write
 
-struct WriteArguments {
+struct WriteArguments : FlashInput {
     std::string device;
-    std::string file;
     bool hasHeader = false;
-    bool isDryRun = false;
-    bool isYes = false;
 };
 
-/** The bytes of standard input in a file, where the library and the comparison find them. */
-class InputFile {
-  public:
-    explicit InputFile(const WriteArguments &arguments) {
-        constexpr size_t kLargest = 1048576; // the settings of a boot loader, and more
-        if (!isStandardStream(arguments.file))
-            return;
-        if (!arguments.isYes && !arguments.isDryRun)
-            throw Failure::usage("standard input has the file, so that it cannot have the answer "
-                                 "to a question; say --yes");
-        const Bytes content = readHostFileOrInput(arguments.file, kLargest);
-        if (content.empty())
-            throw Failure(ExitCode::Host,
-                          inputName(arguments.file) + " is empty; give the right file");
-        file_.emplace(folderForTemporaryFiles(), "a temporary file");
-        if (!writeAll(file_->descriptor(), content))
-            throw Failure::file("write a temporary file", "give the name of a file instead");
-    }
-
-    /** What to read instead of the file that was given. */
-    std::string path(const std::string &given) const { return file_ ? file_->path() : given; }
-
-  private:
-    std::optional<TemporaryFile> file_;
-};
-
-Content contentOf(const WriteArguments &arguments, const std::string &path,
+Content contentOf(const WriteArguments &arguments, const SpooledInput &input,
                   const FlashPartition &partition) {
-    Content content = {{}, path, hostFileSize(path)};
+    Content content = {{}, input.path(), hostFileSize(input.path())};
     if (arguments.hasHeader) {
         content.front.resize(formats::kLengthHeaderSize);
         formats::writeLengthHeader(content.front.data(), static_cast<uint32_t>(content.fileSize));
     }
     if (content.size() > partition.size())
-        throw Failure::usage("'" + inputName(arguments.file) + "' has " +
-                             sizeText(content.fileSize) +
+        throw Failure::usage("'" + input.name() + "' has " + sizeText(content.fileSize) +
                              (arguments.hasHeader ? ", 8 more with the length header" : "") + "; " +
                              partition.device() + " holds " + std::to_string(partition.size()));
     return content;
@@ -230,8 +200,8 @@ Failure writeFailure(const WriteArguments &arguments, int32_t status, const std:
 ExitCode write(Console &console, const WriteArguments &arguments) {
     console.beginLongWork();
     const FlashPartition partition(arguments.device);
-    const InputFile input(arguments);
-    const Content content = contentOf(arguments, input.path(arguments.file), partition);
+    const SpooledInput input(arguments, partition.size() + 1); // which is told by its size
+    const Content content = contentOf(arguments, input, partition);
     Section section = {"", "", {}};
     section.add("device", "Device", textCell(arguments.device));
     section.add("file", "File", textCell(inputName(arguments.file)));
@@ -319,6 +289,7 @@ void addWrite(Command &mtd) {
                  arguments->hasHeader);
     command.flag("--dry-run", "Check the file, change nothing", arguments->isDryRun);
     command.flag("--yes", kYesHelp, arguments->isYes);
+    addSpoolOption(command, arguments->spool);
     command.example("iodbg mtd write mtd4 settings.bin --dry-run")
         .example("iodbg mtd write mtd4 settings.bin --yes");
     command.does([arguments](Console &console) { return write(console, *arguments); });

@@ -2,7 +2,6 @@
 
 #include "bsp.h"
 #include "iodbg/core/failure.h"
-#include "iodbg/core/host_file.h"
 #include "iodbg/flash/boot_image.h"
 #include "iodbg/flash/claim.h"
 #include "iodbg/flash/upgrade_parts.h"
@@ -41,16 +40,16 @@ std::string runningVersion() {
 
 ExitCode upgradeBoot(Console &console, const UpgradeArguments &arguments) {
     console.beginLongWork();
-    requireNamedFile(arguments.file);
-    const Bytes file = readBootFile(arguments.file);
+    const SpooledInput input(arguments, BSP_BOOT_FILE_MAX);
+    const Bytes file = readBootFile(input.path(), input.name());
     const FlashPartition partition(BSP_MTD_BOOT_LOADER);
-    checkFile(arguments.file, file, partition);
+    checkFile(input.name(), file, partition);
     std::optional<FlashClaim> claim;
     if (!arguments.isDryRun)
         claim.emplace(partition);
     const UpgradePlan plan = {
         "Boot loader, " BSP_MTD_BOOT_LOADER, runningVersion(),
-        arguments.file + ", " + std::to_string(file.size()) + " bytes, image CRC " +
+        input.name() + ", " + std::to_string(file.size()) + " bytes, image CRC " +
             bootFields(file).back().found,
         "A board without a whole boot loader does not start: do not interrupt the upgrade."};
     Section section = {"", "", {}};
@@ -58,10 +57,10 @@ ExitCode upgradeBoot(Console &console, const UpgradeArguments &arguments) {
     if (!goOn(section, plan, arguments))
         return console.print({{section}, {}});
 
-    const Content content = {{}, arguments.file, file.size()};
+    const Content content = {{}, input.path(), file.size()};
     PartitionWork work(console, "upgrade boot", partition, content);
     const int32_t status =
-        work.write([&] { return bspImageUpgrade(BSP_IMAGE_BOOT, arguments.file.c_str(), 0); });
+        work.write([&] { return bspImageUpgrade(BSP_IMAGE_BOOT, content.file.c_str(), 0); });
     // The library answers 0 also when it could not write, so that only the comparison counts.
     const std::string found = work.readBack();
     constexpr char kNext[] = "do not reset the board: repeat the upgrade until it is verified";
@@ -77,8 +76,9 @@ ExitCode upgradeBoot(Console &console, const UpgradeArguments &arguments) {
 void addUpgradeBoot(Command &upgrade) {
     const auto arguments = std::make_shared<UpgradeArguments>();
     Command &command = upgrade.command("boot", "Write a new boot loader");
-    addUpgradeArguments(command, *arguments,
-                        "The upgrade file, see 'iodbg image check'; up to 1048576 bytes");
+    addUpgradeArguments(
+        command, *arguments,
+        "The upgrade file, see 'iodbg image check'; up to 1048576 bytes; - is standard input");
     command.example("iodbg upgrade boot loader.bin --dry-run")
         .example("iodbg upgrade boot loader.bin");
     command.does([arguments](Console &console) { return upgradeBoot(console, *arguments); });

@@ -24,6 +24,7 @@ void addUpgradeArguments(Command &command, UpgradeArguments &arguments,
     command.argument("FILE", fileHelp, fileName(arguments.file));
     command.flag("--dry-run", "Check the file and show what would be replaced", arguments.isDryRun);
     command.flag("--yes", kYesHelp, arguments.isYes);
+    addSpoolOption(command, arguments.spool);
 }
 
 void addUpgradeCommands(Command &root) {

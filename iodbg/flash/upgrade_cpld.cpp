@@ -15,6 +15,8 @@ namespace iodbg {
 
 namespace {
 
+constexpr uint64_t kLargestInput = 16 << 20; // of standard input: far beyond any logic
+
 std::string version() {
     std::array<char, 64> text{};
     return ioCpldVersionGet(text.data()) == BSP_OK ? std::string("version ") + text.data()
@@ -23,9 +25,10 @@ std::string version() {
 
 ExitCode upgradeCpld(Console &console, const UpgradeArguments &arguments) {
     console.beginLongWork();
-    const uint64_t size = hostFileSize(arguments.file);
+    const SpooledInput input(arguments, kLargestInput);
+    const uint64_t size = hostFileSize(input.path());
     const UpgradePlan plan = {
-        "Logic of the CPLD", version(), arguments.file + ", " + std::to_string(size) + " bytes",
+        "Logic of the CPLD", version(), input.name() + ", " + std::to_string(size) + " bytes",
         "The file is judged by the kernel module alone. The upgrade must not be interrupted."};
     Section section = {"", "", {}};
     section.add("size_bytes", "Size, bytes", numberCell(static_cast<int64_t>(size)));
@@ -36,7 +39,7 @@ ExitCode upgradeCpld(Console &console, const UpgradeArguments &arguments) {
         return console.print({{section}, {}});
 
     std::fputs("upgrade cpld: the kernel module programs the CPLD\n", stderr);
-    if (const int32_t status = bspImageUpgrade(BSP_IMAGE_CPLD, arguments.file.c_str(), 0);
+    if (const int32_t status = bspImageUpgrade(BSP_IMAGE_CPLD, input.path().c_str(), 0);
         status != BSP_OK)
         throw Failure::board("program the CPLD", status,
                              "do not switch the board off before an upgrade ends well; see the "
@@ -54,7 +57,8 @@ ExitCode upgradeCpld(Console &console, const UpgradeArguments &arguments) {
 void addUpgradeCpld(Command &upgrade) {
     const auto arguments = std::make_shared<UpgradeArguments>();
     Command &command = upgrade.command("cpld", "Program the CPLD; nothing reads it back");
-    addUpgradeArguments(command, *arguments, "The image, which the kernel module opens");
+    addUpgradeArguments(command, *arguments,
+                        "The image, which the kernel module opens; - is standard input");
     command.example("iodbg upgrade cpld cpld.bin");
     command.onlyAfter(requireKernelModule);
     command.does([arguments](Console &console) { return upgradeCpld(console, *arguments); });

@@ -1,18 +1,15 @@
 // iodbg upgrade os: an operating-system image for one of the banks.
 
 #include "bsp.h"
-#include "iodbg/core/excerpt.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/library_calls.h"
 #include "iodbg/core/progress.h"
+#include "iodbg/flash/bank_verdict.h"
 #include "iodbg/flash/claim.h"
-#include "iodbg/flash/comparison.h"
-#include "iodbg/flash/content.h"
 #include "iodbg/flash/os_bank.h"
 #include "iodbg/flash/partition.h"
 #include "iodbg/flash/reading_watch.h"
 #include "iodbg/flash/upgrade_parts.h"
-#include "language/formats/os_image.h"
 
 #include <optional>
 
@@ -23,7 +20,6 @@ namespace {
 // What the steps take at least, roughly.
 constexpr uint32_t kMsPerBlockErased = 2; // a block
 constexpr uint32_t kImageBytesPerMsWritten = 2048;
-constexpr uint32_t kImageBytesPerMsRead = 8192;
 constexpr uint32_t kHeaderMs = 50;
 
 enum ImageStep : size_t { kEraseBank, kWriteImage, kWriteHeader, kCompareBank };
@@ -45,79 +41,15 @@ ImageStep stepOf(const std::string &command) {
     return isImage ? kWriteImage : kWriteHeader;
 }
 
-uint64_t checkImage(const std::string &file, const FlashPartition &bank) {
-    const uint64_t size = hostFileSize(file);
-    if (size < BSP_OS_IMAGE_MIN || size > BSP_OS_IMAGE_MAX)
-        throw Failure::usage("'" + file + "' has " + std::to_string(size) +
-                             " bytes; an operating-system image has 512 to 40894464; check that "
-                             "it is the right file");
-    if (bank.size() < formats::kOsBankMin)
-        throw Failure(ExitCode::Board, bank.device() + " has " + std::to_string(bank.size()) +
-                                           " bytes, too few for an image and the copy of its "
-                                           "header block; nothing was changed");
-    return size;
-}
-
-/** The image's own header block, its last bytes. */
-Bytes headerOf(const Content &image) {
-    const int64_t start = formats::osHeaderStart(static_cast<int64_t>(image.size()));
-    return readContent(image, static_cast<uint64_t>(start), formats::kOsHeaderSize);
-}
-
-/** Enough of a header block to tell images apart: its format is the image build's. */
-std::string headerStart(const Bytes &header) {
-    return quotedExcerpt(header);
-}
-
-std::string storedText(uint32_t bank) {
-    Bytes header;
-    if (readOsHeader(bank, header) != BSP_OK)
-        return "a header block that cannot be read";
-    return isErased(header) ? "empty" : headerStart(header);
-}
-
-/** What the bank holds after the write. */
-struct Verdict {
-    Comparison comparison;
-    bool isHeaderRight = false;
-    std::string text; // what is wrong, or nothing
+struct OsArguments : UpgradeArguments {
+    uint32_t bank = 0;
+    bool isForced = false;
 };
 
-/** Why the copy of the header block is not where it is read. */
-std::string headerText(const FlashPartition &bank, int32_t status, const Bytes &header) {
-    std::string text = "the copy of the header block, which is read at " +
-                       hexNumber(formats::kOsHeaderPlace, 1) + ", ";
-    if (status != BSP_OK)
-        text += "cannot be read";
-    else
-        text += isErased(header) ? "is empty" : "differs";
-    if (bank.isBad(formats::kOsHeaderPlace))
-        text += "; block " + std::to_string(formats::kOsHeaderPlace / bank.blockSize()) +
-                " of its place is bad";
-    return text;
-}
-
-Verdict judge(const FlashPartition &bank, const Content &content, uint32_t number,
-              Progress &progress) {
-    progress.reach(kCompareBank, 0);
-    Verdict verdict;
-    verdict.comparison = compare(bank, content, Layout::AroundBadBlocks, [&](uint64_t bytes) {
-        progress.reach(kCompareBank, msFor(bytes, kImageBytesPerMsRead));
-    });
-    Bytes header;
-    const Bytes expected = headerOf(content);
-    const int32_t status = readOsHeader(number, expected, header);
-    verdict.isHeaderRight = status == BSP_OK && header == expected;
-    if (verdict.comparison.first)
-        verdict.text = differenceText(bank, content, verdict.comparison);
-    if (!verdict.isHeaderRight)
-        verdict.text += (verdict.text.empty() ? "" : "; ") + headerText(bank, status, header);
-    const std::vector<int64_t> &bad = verdict.comparison.badBlocks;
-    if (!verdict.text.empty() && !bad.empty())
-        verdict.text += "; behind bad block " + listCell(bad).text + " the image lies " +
-                        std::to_string(bad.size() * bank.blockSize()) +
-                        " bytes further on than without";
-    return verdict;
+std::string storedText(const BankHeader &header) {
+    if (header.status != BSP_OK)
+        return "a header block that cannot be read";
+    return header.isImages() ? headerStart(header.bytes) : "empty";
 }
 
 /** Whether the bank was touched at all is told by the commands that were run. */
@@ -133,24 +65,32 @@ Failure writeFailure(const std::string &bank, int32_t status, bool isTouched,
                               "; do not start this bank, and write the image again");
 }
 
-void addBadBlocks(Section &section, const FlashPartition &bank, const Comparison &comparison) {
-    const auto count = static_cast<int64_t>(comparison.badBlocks.size());
-    const int64_t shift = count * static_cast<int64_t>(bank.blockSize());
-    section.add("bad_blocks", "Bad blocks below it", listCell(comparison.badBlocks));
-    section.add("shifted_bytes", "Moved behind them by, bytes", numberCell(shift));
+void requireNoDoubt(const OsArguments &arguments, const SpooledInput &input, const Bytes &header,
+                    const BankHeader &replaced) {
+    if (arguments.isForced)
+        return;
+    const uint32_t staying = BSP_OS_BANKS - 1 - arguments.bank;
+    const std::string doubt = doubtAbout(header, readBankHeader(staying), replaced);
+    if (!doubt.empty())
+        throw Failure::usage("'" + input.name() + "' is hardly an image: " + doubt +
+                             "; check that it is the right file and whole, or write it with "
+                             "--force");
 }
 
-ExitCode upgradeOs(Console &console, const UpgradeArguments &arguments) {
+ExitCode upgradeOs(Console &console, const OsArguments &arguments) {
     console.beginLongWork();
     const std::string name = "bank " + std::to_string(arguments.bank);
     const FlashPartition bank(bankDevice(arguments.bank));
     std::optional<FlashClaim> claim;
     if (!arguments.isDryRun)
         claim.emplace(bank);
-    const Content content = {{}, arguments.file, checkImage(arguments.file, bank)};
+    const SpooledInput input(arguments, BSP_OS_IMAGE_MAX);
+    const Content content = imageIn(input.path(), input.name(), bank);
+    const BankHeader replaced = readBankHeader(arguments.bank);
+    requireNoDoubt(arguments, input, headerOf(content), replaced);
     const UpgradePlan plan = {
-        "Image of " + name + ", " + bank.device(), storedText(arguments.bank),
-        arguments.file + ", " + std::to_string(content.fileSize) + " bytes, " +
+        "Image of " + name + ", " + bank.device(), storedText(replaced),
+        input.name() + ", " + std::to_string(content.fileSize) + " bytes, " +
             headerStart(headerOf(content)),
         "The upgrade must not be interrupted: the bank is then incomplete. The other bank is not "
         "touched."};
@@ -170,17 +110,21 @@ ExitCode upgradeOs(Console &console, const UpgradeArguments &arguments) {
             const ImageStep step = stepOf(command);
             progress.reach(step, 0);
             if (step == kWriteImage)
-                reading.emplace(arguments.file, [&progress](uint64_t bytes) {
+                reading.emplace(content.file, [&progress](uint64_t bytes) {
                     progress.reach(kWriteImage, msFor(bytes, kImageBytesPerMsWritten));
                 });
         });
         const HeaderTurn turn(HeaderTurn::Length::Long);
-        status = bspImageUpgrade(BSP_IMAGE_OS, arguments.file.c_str(),
+        status = bspImageUpgrade(BSP_IMAGE_OS, content.file.c_str(),
                                  static_cast<int32_t>(arguments.bank));
     }
     if (!isTouched && status != BSP_OK)
         throw writeFailure(name, status, false, "");
-    const Verdict verdict = judge(bank, content, arguments.bank, progress);
+    progress.reach(kCompareBank, 0);
+    const BankVerdict verdict =
+        judgeBank(arguments.bank, bank, content, [&progress](uint64_t bytes) {
+            progress.reach(kCompareBank, msFor(bytes, kImageBytesPerMsRead));
+        });
     if (status != BSP_OK)
         throw writeFailure(name, status, true, verdict.text);
     if (!verdict.text.empty())
@@ -197,12 +141,19 @@ ExitCode upgradeOs(Console &console, const UpgradeArguments &arguments) {
 } // namespace
 
 void addUpgradeOs(Command &upgrade) {
-    const auto arguments = std::make_shared<UpgradeArguments>();
+    const auto arguments = std::make_shared<OsArguments>();
     Command &command =
         upgrade.command("os", "Write an operating-system image into a bank; takes minutes");
-    addUpgradeArguments(command, *arguments, "The image: 512 to 40894464 bytes");
+    addUpgradeArguments(command, *arguments,
+                        "The image: 512 to 40894464 bytes; - is standard input");
     command.requiredOption("--bank", "0|1", "The bank that is replaced",
                            number(arguments->bank, BSP_OS_BANKS - 1));
+    command.flag("--force", "Write it though its header block is not like those of the banks",
+                 arguments->isForced);
+    command.detail("A file is refused before anything is erased when it is too small or too large, "
+                   "when all bytes of its header block are the same, or when that is not like the "
+                   "header block of the bank that stays, or else of the one that is replaced: "
+                   "three of four bytes must be of the same kind, zeros, FF, text or others.");
     command.example("iodbg upgrade os os.img --bank 1 --dry-run")
         .example("iodbg upgrade os os.img --bank 1");
     command.does([arguments](Console &console) { return upgradeOs(console, *arguments); });

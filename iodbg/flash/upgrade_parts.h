@@ -3,17 +3,13 @@
 
 #include "iodbg/core/command.h"
 #include "iodbg/core/console.h"
+#include "iodbg/flash/spooled_input.h"
 
 #include <string>
 
 namespace iodbg {
 
-struct UpgradeArguments {
-    std::string file;
-    uint32_t bank = 0;
-    bool isDryRun = false;
-    bool isYes = false;
-};
+using UpgradeArguments = FlashInput;
 
 /** What is replaced by what, and the question about it. */
 struct UpgradePlan {

@@ -73,7 +73,9 @@ class ExamplesTest : public IodbgTest {
         std::ofstream("loader.raw", std::ios::binary) << "123456789";
         ASSERT_EQ(iodbg({"image", "pack-boot", "loader.raw", "loader.bin"}).exitCode, 0);
         std::ofstream("settings.bin", std::ios::binary) << std::string(256, '\0');
-        std::ofstream("os.img", std::ios::binary) << std::string(4096, 'i');
+        std::ofstream("os.img", std::ios::binary)
+            << std::string(4096 - 512, 'i') + "OS image 2.6" + std::string(500, '\0');
+        ASSERT_EQ(iodbg({"upgrade", "os", "os.img", "--bank", "1", "--yes"}).exitCode, 0);
         std::ofstream("cpld.bin", std::ios::binary) << std::string(512, 'c');
     }
 

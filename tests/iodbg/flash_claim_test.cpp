@@ -201,11 +201,11 @@ TEST_F(FlashClaimTest, AHeaderThatAnotherProgramRemovesIsReadAgain) {
 
 TEST_F(FlashClaimTest, AnUpgradeBelievesAnotherHeaderOnlyTheThirdTime) {
     const std::string image = makeImage(4096);
-    // The reads of the scratch file: before the upgrade, the tool's, and behind it.
-    addFault(vb::parseFault({"/tmp/bsp/osHeader.bin", "read", "", "3", "once", "corrupt=3:0x10"}));
+    // The reads of the scratch file: two before the upgrade, the tool's, and behind it.
+    addFault(vb::parseFault({"/tmp/bsp/osHeader.bin", "read", "", "4", "once", "corrupt=3:0x10"}));
     EXPECT_EQ(iodbg({"upgrade", "os", image, "--bank", "1", "--yes"}).exitCode, 0);
     clearFaults();
-    addFault(vb::parseFault({"/tmp/bsp/osHeader.bin", "read", "", "3", "from", "corrupt=3:0x10"}));
+    addFault(vb::parseFault({"/tmp/bsp/osHeader.bin", "read", "", "4", "from", "corrupt=3:0x10"}));
     expectFailure({"upgrade", "os", image, "--bank", "1", "--yes"}, 3,
                   {"the copy of the header block, which is read at 0x2700000, differs"});
 }

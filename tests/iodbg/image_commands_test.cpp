@@ -72,6 +72,30 @@ TEST_F(ImageCommandsTest, ABankThatCannotBeReadIsAFailureOfItsOwn) {
     EXPECT_EQ(jsonAt(answer, "/failures/0/item"), "\"bank0\"");
 }
 
+TEST_F(ImageCommandsTest, ComparesABankWithAFileAndWritesNothing) {
+    markBad(12, 1);
+    const std::string file = makeImage(300000);
+    ASSERT_EQ(iodbg({"upgrade", "os", file, "--bank", "0", "--yes"}).exitCode, 0);
+    const uint32_t erases = flash(12).erases[0];
+    const Words lines = linesOf(iodbg({"image", "verify", file, "--bank", "0", "--json"}).out);
+    EXPECT_EQ(jsonAt(lines.front(), "/task"), "\"image verify\"");
+    EXPECT_EQ(jsonKeys(lines.back(), ""),
+              (Words{"event", "bank", "device", "file", "size_bytes", "verified", "bad_blocks",
+                     "shifted_bytes", "failures"}));
+    EXPECT_EQ(jsonAt(lines.back(), "/bad_blocks"), "[1]");
+    EXPECT_EQ(iodbg({"image", "verify", "-", "--bank", "0"}, imageBytes(300000)).exitCode, 0);
+    std::string other = imageBytes(300000);
+    other[5] = static_cast<char>(~other[5]);
+    expectFailure({"image", "verify", makeFile("other.img", other), "--bank", "0"}, 3,
+                  {"bank 0 does not hold '",
+                   "other.img': byte 0x5 of the file, at 0x5 in /dev/mtd12",
+                   "and 1 of 300000 bytes differ; behind bad block 1", "; nothing was written"});
+    expectFailure({"image", "verify", file, "--bank", "1"}, 3,
+                  {"the copy of the header block, which is read at 0x2700000, is empty"});
+    expectFailure({"image", "verify", makeImage(511, "s"), "--bank", "0"}, 2, {"has 511 bytes"});
+    EXPECT_EQ(flash(12).erases[0], erases);
+}
+
 TEST_F(ImageCommandsTest, PacksAnUpgradeFile) {
     const std::string in = makeFile("boot.raw", "123456789");
     const std::string out = hostFile("boot.bin");
@@ -149,7 +173,7 @@ TEST_F(ImageCommandsTest, TheBoardTakesWhatIsPacked) {
 
 TEST_F(ImageCommandsTest, RefusesWordsAndFilesThatAreNotRight) {
     const std::string empty = makeFile("empty", "");
-    expectRefusal({"image"}, 2, "a command is missing: give one of info|pack-boot|check");
+    expectRefusal({"image"}, 2, "a command is missing: give one of info|verify|pack-boot|check");
     expectRefusal({"image", "info", "--bank", "2"}, 2, "'2' is not a number from 0 to 1");
     expectRefusal({"image", "info", "--bank", "-1"}, 2, "'-1' is not a number from 0 to 1");
     expectRefusal({"image", "info", "--bank", ""}, 2, "'' is not a number from 0 to 1");

@@ -79,6 +79,53 @@ TEST_F(UpgradeCommandsTest, WritesAnImageAndComparesIt) {
     EXPECT_EQ(stored(14, 0, 300000), imageBytes(300000));
 }
 
+TEST_F(UpgradeCommandsTest, AFileThatIsHardlyAnImageErasesNothing) {
+    ASSERT_EQ(iodbg({"upgrade", "os", makeImage(4096), "--bank", "1", "--yes"}).exitCode, 0);
+    const std::string half = makeFile("half.img", imageBytes(300000).substr(0, 200000));
+    expectRefusal({"upgrade", "os", half, "--bank", "0", "--yes"}, 2,
+                  "is hardly an image: its header block, ");
+    expectFailure({"upgrade", "os", half, "--bank", "0", "--dry-run"}, 2,
+                  {", is not like that of bank 1, 'OS image 2.5'; check that it is the right file "
+                   "and whole, or write it with --force"});
+    for (const char byte : {'\0', '\xFF', 'x'}) {
+        const std::string blank = makeFile("blank.img", std::string(4096, byte));
+        expectFailure({"upgrade", "os", blank, "--bank", "0", "--yes"}, 2,
+                      {"all bytes of its header block are 0x"});
+    }
+    EXPECT_EQ(flash(12).erases[0], 0u);
+    EXPECT_EQ(iodbg({"upgrade", "os", half, "--bank", "0", "--yes", "--force"}).exitCode, 0);
+    EXPECT_EQ(stored(12, 0, 200000), imageBytes(300000).substr(0, 200000));
+    // Of 512 bytes 128 may be others.
+    std::string odd = imageBytes(4096);
+    odd.replace(odd.size() - 128, 128, std::string(128, '\x80'));
+    EXPECT_EQ(iodbg({"upgrade", "os", makeFile("odd", odd), "--bank", "0", "--dry-run"}).exitCode,
+              0);
+    odd[odd.size() - 129] = '\x80';
+    expectFailure({"upgrade", "os", makeFile("odder", odd), "--bank", "0", "--dry-run"}, 2,
+                  {"is hardly an image"});
+    // The bank that stays decides, and a later image of the same build is like it.
+    std::string later = imageBytes(5000);
+    later.replace(later.size() - 512, 12, "OS image 3.0");
+    EXPECT_EQ(upgradeOs(makeFile("later.img", later)).exitCode, 0);
+}
+
+TEST_F(UpgradeCommandsTest, AnImageComesFromStandardInput) {
+    const ProcessResult result =
+        iodbg({"upgrade", "os", "-", "--bank", "0", "--yes", "--spool", hostFile("")},
+              imageBytes(300000));
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(result.out.find("New                          standard input, 300000 bytes, 'OS "
+                              "image 2.5'\n"),
+              std::string::npos)
+        << result.out;
+    EXPECT_EQ(stored(12, 0, 300000), imageBytes(300000));
+    EXPECT_TRUE(std::filesystem::is_empty(hostFile(""))) << "the spool file is gone";
+    EXPECT_EQ(iodbg({"upgrade", "boot", "-", "--yes"}, readFile(bootFile())).exitCode, 0);
+    EXPECT_EQ(stored(0, 0, 5000), imageBytes(5000));
+    EXPECT_EQ(iodbg({"upgrade", "cpld", "-", "--yes"}, "logic").exitCode, 0);
+    EXPECT_EQ(devices().cpld.logic.size, 5u);
+}
+
 TEST_F(UpgradeCommandsTest, TheBarGoesBeforeTheAnswer) {
     for (const Words &words :
          {Words{"upgrade", "os", makeImage(300000), "--bank", "0", "--yes"},
@@ -254,7 +301,7 @@ TEST_F(UpgradeCommandsTest, AnEraseThatFailedUnseenIsFound) {
     EXPECT_EQ(upgradeOs(makeImage(300000)).exitCode, 0);
     spoil("mtd12", "erase", "fails=EIO"); // the tool says so and exits with 0
     const std::string other = makeFile("other", std::string(300000, 'U'));
-    const ProcessResult result = upgradeOs(other);
+    const ProcessResult result = iodbg({"upgrade", "os", other, "--bank", "0", "--yes", "--force"});
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_NE(result.err.find("bank 0 reads back differently: byte 0x0 of the file"),
               std::string::npos)
@@ -262,7 +309,7 @@ TEST_F(UpgradeCommandsTest, AnEraseThatFailedUnseenIsFound) {
 }
 
 TEST_F(UpgradeCommandsTest, ALongHeaderIsShownByItsStart) {
-    const std::string file = makeFile("long", std::string(1000, 'U'));
+    const std::string file = makeFile("long", std::string(999, 'U') + "V");
     const ProcessResult planned =
         iodbg({"upgrade", "os", file, "--bank", "0", "--dry-run", "--json"});
     EXPECT_EQ(jsonAt(linesOf(planned.out).back(), "/file"),

@@ -166,7 +166,7 @@ void checkHeaderPages() {
                "Bank 0 (/dev/mtd12): empty, all 512 bytes of the header block are 0xFF\n",
                iodbg(kDone, "image info --bank 0").printed);
     beginSection("iodbg: the header's page cannot be read any more");
-    upgradeOs(kDone, image(1), "1"); // reads it before and behind the write
+    upgradeOs(kDone, image(1), "1"); // each upgrade looks at it before and behind the write
     expectPrinted(upgradeOs(kReadsBackDifferently, image(2), "1"),
                   std::string("iodbg: bank 1 reads back differently: the copy of the header block, "
                               "which is read at 0x2700000, differs") +
