@@ -142,7 +142,7 @@ constexpr CodeRow kCodes[] = {
     {Code::I2cBusNoAnswer, "i2c-bus-no-answer", Severity::Fault,
      "see the kernel log, switch the unit off and on; then look for a device that holds the bus"},
     {Code::RecordMissing, "record-missing", Severity::Fault,
-     "store one with 'iodbg identity set record --file FILE'"},
+     "make one with 'iodbg identity new', or store a file with 'iodbg identity set record'"},
     {Code::RecordDamaged, "record-damaged", Severity::Fault,
      "compare it with the label, then store it again with --renew-crc"},
     {Code::SerialMissing, "serial-missing", Severity::Warning,

@@ -6,7 +6,9 @@
 #include "iodbg/core/host_file.h"
 #include "iodbg/identity/commands.h"
 #include "iodbg/identity/items.h"
+#include "iodbg/identity/new.h"
 #include "iodbg/identity/record.h"
+#include "iodbg/identity/record_file.h"
 #include "iodbg/identity/set.h"
 
 namespace iodbg {
@@ -17,6 +19,7 @@ struct GetArguments {
     std::string item; // empty: all
     Carrier carrier;
     std::string output;
+    std::string format;
     bool isForced = false;
 
     bool asksFor(const char *name) const { return item.empty() || item == name; }
@@ -25,6 +28,8 @@ struct GetArguments {
 void checkArguments(const GetArguments &arguments) {
     if (arguments.item != "record" && !arguments.output.empty())
         throw Failure::usage("--output saves a record; ask with 'iodbg identity get record'");
+    if (arguments.output.empty() && !arguments.format.empty())
+        throw Failure::usage("--format is that of a file; save one with --output FILE");
     if (arguments.item == "mac" && !arguments.carrier.isBoard())
         throw Failure::usage("a supply has no MAC address; leave --index out");
 }
@@ -52,7 +57,7 @@ void addRecord(Console &console, Report &report, const GetArguments &arguments,
     addFields(section, carrier, record);
     if (!arguments.output.empty()) {
         const Destination destination = {arguments.output, arguments.isForced};
-        save(console, destination, bytesOf(record));
+        saveRecord(console, destination, arguments.format, carrier, record);
         section.add("output", "Saved in", textCell(destination.name()));
     }
     report.parts.emplace_back(section);
@@ -93,21 +98,24 @@ void defineIdentity(Command &identity) {
     Command &command = identity.command("get", "Read what the board knows of itself");
     command.optionalArgument("ITEM", "serial|mac|record (default: all)", itemName(arguments->item));
     command.option("--index", kCarrierWords, "Whose (default board)", carrier(arguments->carrier));
-    command.option("--output", "FILE", "Save the record's 128 bytes, - is standard output",
+    command.option("--output", "FILE", "Save the record, - is standard output",
                    fileName(arguments->output));
+    addFormatOption(command, arguments->format);
     command.flag("--force", kForceHelp, arguments->isForced);
     command.example("iodbg identity get")
-        .example("iodbg identity get record --index supply1 --output saved.rec");
+        .example("iodbg identity get record --index supply1 --output saved.rec")
+        .example("iodbg identity get record --output board.json --format json");
+    command.onlyAfter(requireKernelModule);
     command.does([arguments](Console &console) { return get(console, *arguments); });
 
+    addIdentityNewCommand(identity);
     addIdentitySetCommands(identity);
 }
 
 } // namespace
 
 void addIdentityCommands(Command &root) {
-    root.group("identity", "Serial number, MAC address, product records", defineIdentity)
-        .onlyAfter(requireKernelModule);
+    root.group("identity", "Serial number, MAC address, product records", defineIdentity);
 }
 
 } // namespace iodbg

@@ -1,7 +1,5 @@
 #include "iodbg/identity/record.h"
 
-#include "language/formats/product_record.h"
-
 #include <algorithm>
 #include <cstddef>
 
@@ -9,59 +7,58 @@ namespace iodbg {
 
 namespace {
 
-enum class Form { Text, Hex, Mac, Number };
-
-/** One field of the record. */
-struct ShownField {
-    const char *key;
-    const char *label;
-    Form form;
-    formats::RecordField place;
-};
-
 constexpr ShownField kFields[] = {
-    {"magic", "Magic", Form::Text, formats::kRecordMagic},
-    {"product_name", "Product name", Form::Text, formats::kRecordProductData2},
-    {"serial_number", "Serial number", Form::Text, formats::kRecordSerial},
-    {"base_mac", "Base MAC", Form::Mac, formats::kRecordMac},
-    {"supply_count", "Supply count", Form::Number, formats::kRecordSupplyCount},
-    {"supply_types_hex", "Supply types", Form::Hex, formats::kRecordSupplyTypes},
-    {"product_data_1_hex", "Product data 1", Form::Hex, formats::kRecordProductData1},
-    {"product_data_2_hex", "Product data 2", Form::Hex, formats::kRecordProductData2},
-    {"product_data_3_hex", "Product data 3", Form::Hex, formats::kRecordProductData3},
-    {"reserved_1_hex", "Reserved 1", Form::Hex, formats::kRecordReserved1},
-    {"reserved_2_hex", "Reserved 2", Form::Hex, formats::kRecordReserved2},
-    {"crc_hex", "CRC", Form::Hex, formats::kRecordCrc},
+    {"magic", "Magic", FieldForm::Text, formats::kRecordMagic},
+    {"product_name", "Product name", FieldForm::Text, formats::kRecordProductData2},
+    {"serial_number", "Serial number", FieldForm::Text, formats::kRecordSerial},
+    {"base_mac", "Base MAC", FieldForm::MacAddress, formats::kRecordMac},
+    {"supply_count", "Supply count", FieldForm::Number, formats::kRecordSupplyCount},
+    {"supply_types_hex", "Supply types", FieldForm::Hex, formats::kRecordSupplyTypes},
+    {"product_data_1_hex", "Product data 1", FieldForm::Hex, formats::kRecordProductData1},
+    {"product_data_2_hex", "Product data 2", FieldForm::Hex, formats::kRecordProductData2},
+    {"product_data_3_hex", "Product data 3", FieldForm::Hex, formats::kRecordProductData3},
+    {"reserved_1_hex", "Reserved 1", FieldForm::Hex, formats::kRecordReserved1},
+    {"reserved_2_hex", "Reserved 2", FieldForm::Hex, formats::kRecordReserved2},
+    {"crc_hex", "CRC", FieldForm::Hex, formats::kRecordCrc},
 };
 
 const uint8_t *start(const BspDevinfo &record) {
     return reinterpret_cast<const uint8_t *>(&record);
 }
 
-size_t sizeOf(const ShownField &field, const Carrier &carrier) {
-    return carrier.isBoard() ? field.place.size : field.place.supplySize;
+uint8_t *start(BspDevinfo &record) {
+    return reinterpret_cast<uint8_t *>(&record);
 }
 
+/** Whether a field holds what a new memory does. Of a single byte nobody can tell. */
+bool isErased(const ShownField &field, const Carrier &carrier, const BspDevinfo &record) {
+    const ByteView bytes(start(record) + field.place.offset, field.sizeOn(carrier));
+    return bytes.size() > 1 &&
+           std::all_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte == 0xFF; });
+}
+
+} // namespace
+
+const std::span<const ShownField> kRecordFields = kFields;
+
 Cell cellOf(const ShownField &field, const Carrier &carrier, const BspDevinfo &record) {
-    const ByteView content(start(record) + field.place.offset, sizeOf(field, carrier));
+    const ByteView content(start(record) + field.place.offset, field.sizeOn(carrier));
     switch (field.form) {
-    case Form::Text:
+    case FieldForm::Text:
         return textCell(fieldText(content));
-    case Form::Hex:
+    case FieldForm::Hex:
         return textCell(hexBytes(content));
-    case Form::Mac:
+    case FieldForm::MacAddress:
         return textCell(macText(content));
-    case Form::Number:
+    case FieldForm::Number:
         return numberCell(content[0]);
     }
     return {"", nullptr};
 }
 
-uint8_t *start(BspDevinfo &record) {
-    return reinterpret_cast<uint8_t *>(&record);
+std::span<uint8_t> bytesOf(const ShownField &field, const Carrier &carrier, BspDevinfo &record) {
+    return {start(record) + field.place.offset, field.sizeOn(carrier)};
 }
-
-} // namespace
 
 int32_t readRecord(const Carrier &carrier, BspDevinfo &record) {
     record = BspDevinfo{};
@@ -96,21 +93,23 @@ void addVerdict(Section &section, const Verdict &verdict) {
 
 void addFields(Section &section, const Carrier &carrier, const BspDevinfo &record) {
     for (const ShownField &field : kFields) {
-        if (sizeOf(field, carrier) > 0)
+        if (field.sizeOn(carrier) > 0)
             section.add(field.key, field.label, cellOf(field, carrier, record));
     }
 }
 
 std::vector<Change> changedFields(const Carrier &carrier, const BspDevinfo &before,
                                   const BspDevinfo &after) {
+    const auto textOf = [&carrier](const ShownField &field, const BspDevinfo &record) {
+        return isErased(field, carrier, record) ? "erased" : cellOf(field, carrier, record).text;
+    };
     std::vector<Change> changes;
     for (const ShownField &field : kFields) {
-        const size_t size = sizeOf(field, carrier);
+        const size_t size = field.sizeOn(carrier);
         if (!std::equal(start(before) + field.place.offset,
                         start(before) + field.place.offset + size,
                         start(after) + field.place.offset))
-            changes.push_back({field.key, cellOf(field, carrier, before).text,
-                               cellOf(field, carrier, after).text});
+            changes.push_back({field.key, textOf(field, before), textOf(field, after)});
     }
     return changes;
 }

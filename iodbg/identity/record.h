@@ -5,7 +5,9 @@
 #include "iodbg/core/report.h"
 #include "iodbg/core/update.h"
 #include "iodbg/identity/memory.h"
+#include "language/formats/product_record.h"
 
+#include <span>
 #include <vector>
 
 namespace iodbg {
@@ -30,6 +32,26 @@ struct Verdict {
 Verdict judge(const BspDevinfo &record);
 /** Makes the record's CRC right. */
 void renewCrc(BspDevinfo &record);
+
+enum class FieldForm { Text, Hex, MacAddress, Number };
+
+/** One field of the record. */
+struct ShownField {
+    const char *key;
+    const char *label;
+    FieldForm form;
+    formats::RecordField place;
+
+    size_t sizeOn(const Carrier &carrier) const {
+        return carrier.isBoard() ? place.size : place.supplySize;
+    }
+};
+extern const std::span<const ShownField> kRecordFields;
+
+/** What a field holds, in the form of the field. */
+Cell cellOf(const ShownField &field, const Carrier &carrier, const BspDevinfo &record);
+/** Its bytes. */
+std::span<uint8_t> bytesOf(const ShownField &field, const Carrier &carrier, BspDevinfo &record);
 
 /** Magic and CRC of the board's record, in a section. */
 void addVerdict(Section &section, const Verdict &verdict);

@@ -3,9 +3,11 @@
 #include "iodbg/identity/set.h"
 
 #include "iodbg/core/console.h"
+#include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/host_file.h"
 #include "iodbg/identity/record.h"
+#include "iodbg/identity/record_json.h"
 
 #include <algorithm>
 #include <cstring>
@@ -118,14 +120,24 @@ void checkRecord(const RecordArguments &arguments, const BspDevinfo &record) {
                "edited on purpose");
 }
 
-BspDevinfo recordIn(const RecordArguments &arguments) {
+/** A file of either kind. */
+BspDevinfo recordOf(const RecordArguments &arguments) {
+    constexpr size_t kLongestJson = 16384;
+    const std::string name = inputName(arguments.file);
+    const Bytes content = readHostFileOrInput(arguments.file, kLongestJson);
+    if (isRecordJson(content))
+        return recordFromJson(arguments.carrier, content, name);
     BspDevinfo record;
-    const Bytes content = readHostFileOrInput(arguments.file, sizeof(record));
     if (content.size() != sizeof(record))
-        throw Failure(ExitCode::Host, inputName(arguments.file) + " has " +
-                                          std::to_string(content.size()) + " bytes; a record has " +
-                                          std::to_string(sizeof(record)));
+        throw Failure(ExitCode::Host, name + " has " + std::to_string(content.size()) +
+                                          " bytes; a record has " + std::to_string(sizeof(record)) +
+                                          ", or is JSON");
     std::memcpy(&record, content.data(), sizeof(record));
+    return record;
+}
+
+BspDevinfo recordIn(const RecordArguments &arguments) {
+    BspDevinfo record = recordOf(arguments);
     checkRecord(arguments, record);
     if (arguments.carrier.isBoard())
         renewCrc(record);
@@ -145,16 +157,7 @@ void addClearedBytes(const Carrier &carrier, std::vector<Change> &changes) {
 }
 
 ExitCode setRecord(Console &console, const RecordArguments &arguments) {
-    const Carrier &carrier = arguments.carrier;
-    const BspDevinfo wanted = recordIn(arguments);
-    const BspDevinfo before = storedRecord(carrier);
-    std::vector<Change> changes = changedFields(carrier, before, wanted);
-    addClearedBytes(carrier, changes);
-    const auto write = [&] {
-        BspDevinfo record = wanted;
-        return ioDevinfoSet(carrier.devinfoIndex(), &record);
-    };
-    return carryOut(console, updateOf(carrier, before, wanted, write), changes, arguments.isDryRun);
+    return storeRecord(console, arguments.carrier, recordIn(arguments), arguments.isDryRun);
 }
 
 void addDryRun(Command &command, bool &target) {
@@ -198,7 +201,8 @@ void addSetRecord(Command &group) {
     Command &command = group.command("record", "Store a whole record from a file");
     command.option("--index", kCarrierWords, "Whose (default board)", carrier(arguments->carrier));
     command.requiredOption(
-        "--file", "FILE", "128 bytes, as 'identity get record --output' saves; - is standard input",
+        "--file", "FILE",
+        "As 'identity get record --output' saves it, 128 bytes or JSON; - is standard input",
         fileName(arguments->file));
     command.flag("--renew-crc", "Accept a file whose CRC does not match, and store the right one",
                  arguments->isCrcRenewed);
@@ -210,8 +214,21 @@ void addSetRecord(Command &group) {
 
 } // namespace
 
+ExitCode storeRecord(Console &console, const Carrier &carrier, const BspDevinfo &wanted,
+                     bool isDryRun) {
+    const BspDevinfo before = storedRecord(carrier);
+    std::vector<Change> changes = changedFields(carrier, before, wanted);
+    addClearedBytes(carrier, changes);
+    const auto write = [&] {
+        BspDevinfo record = wanted;
+        return ioDevinfoSet(carrier.devinfoIndex(), &record);
+    };
+    return carryOut(console, updateOf(carrier, before, wanted, write), changes, isDryRun);
+}
+
 void addIdentitySetCommands(Command &identity) {
     Command &group = identity.group("set", "Change the board's records");
+    group.onlyAfter(requireKernelModule);
     addSetSerial(group);
     addSetMac(group);
     addSetRecord(group);

@@ -105,6 +105,8 @@ TEST_F(ExamplesTest, EachDoesWhatItShows) {
             startPoe();
         for (const std::string &example : command->examples) {
             EXPECT_TRUE(example.starts_with(command->wholeName())) << example;
+            if (example.ends_with("--store"))
+                record()[0] = 0xFF; // only a unit without a record gets a new one
             if (canBeTried(example)) {
                 EXPECT_EQ(exitCodeOf(example), 0) << example;
             }

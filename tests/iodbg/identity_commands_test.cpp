@@ -1,6 +1,7 @@
 // iodbg identity.
 
 #include "tests/iodbg/iodbg_test.h"
+#include "tests/support/patterns.h"
 
 #include <cerrno>
 #include <cstring>
@@ -12,6 +13,11 @@ using vb::FaultOp;
 using IdentityCommandsTest = IodbgTest;
 
 constexpr size_t kRecordSize = 128;
+
+Words with(Words words, const Words &more) {
+    words.insert(words.end(), more.begin(), more.end());
+    return words;
+}
 
 std::string copyOf(const uint8_t *bytes, size_t size) {
     return {reinterpret_cast<const char *>(bytes), size};
@@ -221,7 +227,7 @@ TEST_F(IdentityCommandsTest, RefusesWrongFiles) {
         expectRefusal({"identity", "set", "record", "--file", makeFile("file", bytes)}, 4, text);
     };
     refused(good.substr(0, 127), "has 127 bytes; a record has 128");
-    refused(good + "x", "is longer than 128 bytes");
+    refused(good + "x", "has 129 bytes; a record has 128");
     refused("", "has 0 bytes");
     refused(std::string(kRecordSize, '\0'), "does not begin with DEVINFO");
     std::string edited = good;
@@ -238,6 +244,164 @@ TEST_F(IdentityCommandsTest, RefusesWrongFiles) {
                            "--renew-crc", "--file", makeFile("file", edited)};
     EXPECT_EQ(iodbg(renewed).exitCode, 0);
     EXPECT_EQ(iodbg({"identity", "get", "serial"}).out, "Serial number  XB00000001\n");
+}
+
+/** An EEPROM as it comes from its maker. */
+void blank(vb::Eeprom &eeprom) {
+    std::memset(eeprom.bytes, 0xFF, sizeof(eeprom.bytes));
+}
+
+TEST_F(IdentityCommandsTest, ABlankUnitGetsItsRecord) {
+    blank(devices().eeprom);
+    const Words make = {"identity",       "new",      "--serial",
+                        "SN-0042",        "--mac",    "02:00:5E:10:00:40",
+                        "--product-name", "SWITCH 48"};
+    const Words store = with(make, {"--store"});
+    EXPECT_EQ(jsonAt(json(with(store, {"--dry-run"})), "/changed"), "false");
+    EXPECT_EQ(record()[0], 0xFF);
+    const ProcessResult stored = iodbg(store);
+    EXPECT_EQ(stored.exitCode, 0) << stored.err;
+    EXPECT_EQ(replaced(stored.out, "  +", "|").substr(0, 198),
+              "the record of the board: written and read back\n"
+              "ITEM|BEFORE|AFTER\n"
+              "magic|erased|DEVINFO\n"
+              "product_name|erased|SWITCH 48\n"
+              "serial_number|erased|SN-0042\n"
+              "base_mac|erased|02:00:5E:10:00:40\n"
+              "supply_count|255|2\n");
+    const std::string answer = json({"identity", "get"});
+    EXPECT_EQ(jsonAt(answer, "/serial_number"), "\"SN-0042\"");
+    EXPECT_EQ(jsonAt(answer, "/board_mac"), "\"02:00:5E:10:00:41\"");
+    EXPECT_EQ(jsonAt(answer, "/record/crc_ok"), "true");
+    EXPECT_EQ(jsonAt(answer, "/record/product_name"), "\"SWITCH 48\"");
+    EXPECT_EQ(jsonAt(answer, "/record/supply_count"), "2");
+    EXPECT_EQ(jsonAt(answer, "/record/supply_types_hex"), "\"010100000000\"");
+    EXPECT_EQ(jsonAt(answer, "/record/product_data_1_hex"), "\"" + std::string(32, '0') + "\"");
+    expectRefusal(store, 2, "the board has a record, which would be lost");
+    EXPECT_EQ(iodbg(with(store, {"--force"})).out, "the record of the board: nothing to change\n");
+}
+
+TEST_F(IdentityCommandsTest, EveryFieldOfANewRecordCanBeGiven) {
+    blank(devices().eeprom);
+    const std::string file = hostFile("new.rec");
+    ASSERT_EQ(iodbg({"identity",
+                     "new",
+                     "--serial",
+                     "S",
+                     "--mac",
+                     "02:00:5E:10:00:40",
+                     "--supply-count",
+                     "1",
+                     "--supply-types",
+                     "02",
+                     "--product-data-1",
+                     "0A0B",
+                     "--product-data-3",
+                     "11223344",
+                     "--reserved-1",
+                     "5566",
+                     "--reserved-2",
+                     "77",
+                     "--output",
+                     file})
+                  .exitCode,
+              0);
+    std::string bytes(128, '\0');
+    bytes.replace(0, 7, "DEVINFO");
+    bytes.replace(8, 2, "\x55\x66");
+    bytes.replace(10, 6, std::string("\x02\x00\x5E\x10\x00\x40", 6));
+    bytes.replace(16, 2, "\x0A\x0B");
+    bytes.replace(64, 1, "S");
+    bytes.replace(96, 2, "\x01\x02");
+    bytes.replace(103, 5, "\x11\x22\x33\x44\x77");
+    EXPECT_EQ(readFile(file).substr(0, 124), bytes.substr(0, 124));
+    EXPECT_EQ(iodbg({"identity", "set", "record", "--file", file}).exitCode, 0)
+        << "its CRC is right";
+    const Words supply = {"identity", "new", "--index", "supply1", "--serial", "PS-1", "--store"};
+    expectRefusal(supply, 2, "supply 1 has a record, which would be lost");
+    EXPECT_EQ(iodbg(with(supply, {"--force"})).exitCode, 0);
+    EXPECT_EQ(iodbg({"identity", "get", "serial", "--index", "supply1"}).out,
+              "Serial number  PS-1\n");
+}
+
+TEST_F(IdentityCommandsTest, ANewRecordIsChecked) {
+    const Words make = {"identity", "new", "--output", hostFile("none")};
+    const struct {
+        Words words;
+        const char *text;
+    } cases[] = {
+        {{"--serial", "S"}, "--mac is required: every unit has its own"},
+        {{"--mac", "02:00:5E:10:00:40"}, "--serial is required"},
+        {{"--serial", "S", "--mac", "01:00:5E:10:00:40"}, "is a group's address"},
+        {{"--serial", "S", "--mac", "00:00:00:00:00:00"}, "the MAC address is all zeros"},
+        {{"--serial", "A B", "--mac", "02:00:5E:10:00:40"}, "without spaces"},
+        {{"--serial", "", "--mac", "02:00:5E:10:00:40"}, "without spaces"},
+        {{"--serial", std::string(32, 'S'), "--mac", "02:00:5E:10:00:40"},
+         "the serial number has more than 31 characters"},
+        {{"--serial", "S", "--index", "supply1", "--mac", "02:00:5E:10:00:40"},
+         "--mac: the record of supply 1 has no such field"},
+        {{"--serial", std::string(25, 'S'), "--index", "supply1"},
+         "is not up to 24 printable ASCII characters"},
+        {{"--serial", "S", "--store"}, "say where the record goes"},
+        {{"--serial", "S", "--dry-run"}, "--dry-run goes with --store"},
+    };
+    for (const auto &[words, text] : cases)
+        expectRefusal(with(make, words), 2, text);
+    expectRefusal({"identity", "new", "--serial", "S"}, 2, "say where the record goes");
+    expectRefusal({"identity", "new", "--serial", "S", "--store", "--format", "json"}, 2,
+                  "--format is that of a file");
+}
+
+TEST_F(IdentityCommandsTest, ARecordGoesRoundAsJson) {
+    const std::string file = hostFile("board.json");
+    ASSERT_EQ(iodbg({"identity", "get", "record", "--output", file, "--format", "json"}).exitCode,
+              0);
+    const std::string text = readFile(file);
+    EXPECT_EQ(jsonKeys(text, ""),
+              (Words{"format", "version", "of", "product_name", "serial_number", "base_mac",
+                     "supply_count", "supply_types_hex", "product_data_1_hex", "product_data_3_hex",
+                     "reserved_1_hex", "reserved_2_hex", "crc_hex"}));
+    const Words set = {"identity", "set", "record", "--file"};
+    EXPECT_EQ(iodbg(with(set, {file})).out, "the record of the board: nothing to change\n");
+    const std::string edited = replaced(text, "VB00000001", "EDITED-1");
+    expectFailure(with(set, {makeFile("edited", edited)}), 4, {"does not match its own CRC"});
+    const std::string bare = replaced(edited, ",\n  \"crc_hex\": \"[0-9A-F]*\"", "");
+    EXPECT_EQ(iodbg(with(set, {makeFile("bare", bare)})).exitCode, 0) << "no CRC: the right one";
+    EXPECT_EQ(iodbg({"identity", "get", "serial"}).out, "Serial number  EDITED-1\n");
+    record()[64] = 0x80; // no text any more
+    record()[33] = 0x01;
+    const std::string odd =
+        iodbg({"identity", "get", "record", "--output", "-", "--format", "json"}).out;
+    EXPECT_EQ(jsonAt(odd, "/serial_number_hex").substr(0, 5), "\"8044");
+    EXPECT_EQ(jsonKeys(odd, "").at(3), "product_data_2_hex");
+    const std::string before(reinterpret_cast<const char *>(record()), 128);
+    record()[70] = 0;
+    EXPECT_EQ(iodbg(with(set, {"-", "--renew-crc"}), odd).exitCode, 0);
+    EXPECT_EQ(std::string(reinterpret_cast<const char *>(record()), 124), before.substr(0, 124));
+}
+
+TEST_F(IdentityCommandsTest, ASpoiledJsonRecordIsRefused) {
+    const std::string text =
+        iodbg({"identity", "get", "record", "--output", "-", "--format", "json"}).out;
+    const struct {
+        const char *pattern, *with, *message;
+    } cases[] = {
+        {"\\}", "", "is no JSON; give a file of"},
+        {"product-record", "other", "\"format\" is not \"product-record\""},
+        {"\"version\": 1", "\"version\": 2", "\"version\" is not 1; take the iodbg that made it"},
+        {"\"board\"", "\"supply1\"", "\"of\" is not \"board\"; see --index"},
+        {"serial_number", "colour", "'colour' is no field of the record of the board"},
+        {"\"supply_count\": 2", "\"supply_count\": 7",
+         "supply_count: '7' is not a number from 0 to 6"},
+        {"\"supply_count\": 2", "\"supply_count\": true", "is neither a text nor a number"},
+        {"\"supply_count\": 2,", "", "there is no supply_count"},
+        {"\"supply_count\": 2", "\"serial_number_hex\": \"41\"", "are given twice"},
+        {"\"02:00", "\"02", "is not a MAC address"},
+    };
+    for (const auto &[pattern, with, message] : cases)
+        expectRefusal({"identity", "set", "record", "--file",
+                       makeFile("spoiled", replaced(text, pattern, with))},
+                      4, message);
 }
 
 } // namespace

@@ -63,14 +63,15 @@ Json PoeSwitchDay::held(uint32_t partition) const {
 void PoeSwitchDay::firstStart() const {
     set("eeprom.board@0x100", std::string(256, 'f'));
     EXPECT_EQ(json("init")["system"].get<std::string>().substr(0, 18), "2024-01-01 00:00:0");
-    EXPECT_EQ(complaints(5),
-              withEmptyFlash(
-                  {"fault product record: there is none; store one with 'iodbg identity set record "
-                   "--file FILE'",
-                   "not-judged serial number: hangs on the product record",
-                   "not-judged MAC address: hangs on the product record",
-                   "warning PoE controller: not initialised; run 'iodbg poe init'",
-                   "not-judged PoE ports: hangs on the PoE controller"}));
+    EXPECT_EQ(
+        complaints(5),
+        withEmptyFlash(
+            {"fault product record: there is none; make one with 'iodbg identity new', or store "
+             "a file with 'iodbg identity set record'",
+             "not-judged serial number: hangs on the product record",
+             "not-judged MAC address: hangs on the product record",
+             "warning PoE controller: not initialised; run 'iodbg poe init'",
+             "not-judged PoE ports: hangs on the PoE controller"}));
 }
 
 void PoeSwitchDay::identity() const {
