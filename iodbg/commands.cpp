@@ -29,6 +29,7 @@ void addCommands(Command &root) {
     addCaptureCommand(root);
     addDiffCommand(root);
     addWatchCommand(root);
+    addMetricsCommand(root);
     addInitCommand(root);
     addTraceCommand(root);
     addStatusCommand(root);

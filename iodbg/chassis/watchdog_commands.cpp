@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "iodbg/chassis/commands.h"
+#include "iodbg/chassis/watchdog.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
@@ -26,9 +27,7 @@ uint32_t readPeriod() {
 
 ExitCode printPeriod(Console &console, uint32_t period) {
     Section section = {"", "", {}};
-    section.add("period", "Period", numberCell(period));
-    section.add("armed", "Armed",
-                flagCell(period != BSP_WATCHDOG_OFF, "yes: something must feed it", "no"));
+    addPeriod(section, period);
     return console.print({{section}, {}});
 }
 

@@ -22,6 +22,8 @@ constexpr char kGiveAFile[] = "give a file that can be read";
 mode_t modeFor(const Destination &destination, const struct stat *replaced) {
     if (destination.isSecret)
         return 0600;
+    if (destination.isForAll)
+        return 0644;
     if (replaced != nullptr)
         return replaced->st_mode & 0777;
     const mode_t mask = umask(0);

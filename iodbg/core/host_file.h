@@ -40,6 +40,7 @@ struct Destination {
     std::string path; // "-" and the names of standard output: that
     bool mayReplace = false;
     bool isSecret = false; // nobody but the owner may read it
+    bool isForAll = false; // everybody may, whatever the mask and the file before it say
 
     bool isStandardOutput() const;
     /** Its name in answers. */

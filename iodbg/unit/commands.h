@@ -10,6 +10,7 @@ void addCheckCommand(Command &root);
 void addCaptureCommand(Command &root);
 void addDiffCommand(Command &root);
 void addWatchCommand(Command &root);
+void addMetricsCommand(Command &root);
 void addInitCommand(Command &root);
 
 } // namespace iodbg

@@ -25,6 +25,8 @@ constexpr BadWord kIodbg[] = {
     {"watch", "--count", "--count 0", "--count: '0' is not a number from 1 to 4294967295"},
     {"watch", "--only", "--only fans,lamps",
      "--only: 'lamps' is none of climate|fans|supplies|poe|sfp|clock|panel"},
+    {"metrics", "FILE", "/nowhere/x.prom",
+     "cannot write /nowhere/x.prom: No such file or directory", 4},
     {"identity get", "ITEM", "all", "ITEM: 'all' is none of serial|mac|record"},
     {"identity get", "--index", "--index supply3",
      "--index: 'supply3' is none of board|supply1|supply2"},

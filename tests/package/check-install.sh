@@ -95,6 +95,9 @@ echo "ok    installed suppressions for checkers of threads"
 diff -r "$source/examples/scenarios" "$prefix/share/bsp/scenarios"
 echo "ok    installed scenarios"
 
+cmp "$source/monitoring/switch.rules.yml" "$prefix/share/bsp/switch.rules.yml"
+echo "ok    installed rules for alerts"
+
 documents=$prefix/share/doc/bsp
 grep -q '^## JSON$' "$documents/iodbg.md"
 for document in "$source"/docs/*.md "$source"/docs/*.json; do
