@@ -101,7 +101,7 @@ TEST_F(CompletionTest, OffersWhatTheProgramsTakeThere) {
         {{"vboard", "get", board(), "fan.1."}, {"fan.1.present", "fan.1.speed", "fan.1.state"}},
         {{"vboard", "set", board(), "fan.1."},
          {"fan.1.present=no", "fan.1.present=yes", "fan.1.state=failing", "fan.1.state=good",
-          "fan.1.state=stuck"}},
+          "fan.1.state=held", "fan.1.state=stuck"}},
         {{"vboard", "set", board(), "cpld.1=1", "temperature.am"}, {"temperature.ambient="}},
         {{"vboard", "set", board(), "cpld.1=1", "temperature.s"},
          {"temperature.state=good", "temperature.state=missing", "temperature.state=stuck"}},

@@ -102,7 +102,7 @@ std::string wrongValue(const char *name, Relation relation, const std::string &v
 
 TEST(Conditions, WithWhatAPropertyNeverHoldsAreRefused) {
     EXPECT_EQ(wrongValue("fan.#.state", Relation::Equal, "broken"),
-              "fan.#.state: 'broken' is none of its words: good, failing or stuck");
+              "fan.#.state: 'broken' is none of its words: good, failing, stuck or held");
     EXPECT_EQ(wrongValue("fan.#.state", Relation::Less, "good"),
               "fan.#.state: what it holds has no order; compare with == or !=");
     EXPECT_EQ(wrongValue("model", Relation::GreaterOrEqual, "0x0709"),

@@ -150,7 +150,7 @@ TEST(PropertiesTest, ValuesAreTextsForPeopleAndNumbersForPrograms) {
     EXPECT_TRUE(jsonOf("temperature.ambient", -5).is_number_integer());
     EXPECT_EQ(textOf("fan.#.state", 2), "stuck");
     EXPECT_EQ(jsonOf("fan.#.state", 2), "stuck");
-    EXPECT_EQ(textOf("fan.#.state", 3), "?");
+    EXPECT_EQ(textOf("fan.#.state", 4), "?");
     EXPECT_EQ(jsonOf("clock", "131.745000000"), 131.745);
     EXPECT_EQ(jsonOf("temperature.board", "36.5"), 36.5);
     EXPECT_EQ(jsonOf("watchdog.expires", "off"), "off");
@@ -171,7 +171,7 @@ TEST(PropertiesTest, ValuesAreJudgedByTheTable) {
     EXPECT_NE(refusal("supply.#.temperature1", "-1001").find("from -1000 to 1000"),
               std::string::npos);
     EXPECT_EQ(parseValue(propertyOf("fan.#.state"), "stuck").as<int>(), 2);
-    EXPECT_EQ(refusal("fan.#.state", "ill"), "'ill' is none of good|failing|stuck");
+    EXPECT_EQ(refusal("fan.#.state", "ill"), "'ill' is none of good|failing|stuck|held");
     EXPECT_EQ(refusal("power", "on"), "'on' is none of cycle");
     EXPECT_EQ(parseValue(propertyOf("poe.controller"), "missing").as<int>(), 1);
     EXPECT_EQ(refusal("poe.controller", "loader"), "'loader' is none of present|missing");

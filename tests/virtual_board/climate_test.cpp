@@ -85,6 +85,18 @@ TEST_F(ClimateTest, SpeedFollowsWithInertiaInBothDirections) {
     EXPECT_EQ(reg(28), 20);
 }
 
+TEST_F(ClimateTest, AHeldFanKeepsItsSpeed) {
+    setLevel(5);
+    sleep(60);
+    set("fan.1.state", "held");
+    setLevel(1);
+    sleep(60);
+    EXPECT_EQ(get("fan.1.speed"), "7200");
+    set("fan.1.state", "good");
+    sleep(60);
+    EXPECT_EQ(get("fan.1.speed"), "2400");
+}
+
 TEST_F(ClimateTest, HowOftenSomebodyAsksChangesNothing) {
     setLevel(7);
     set("temperature.ambient", "40");
@@ -214,7 +226,8 @@ TEST_F(ClimateTest, ModelsWithoutFansHaveAnEmptyTachometer) {
 TEST_F(ClimateTest, BadValuesAreRefused) {
     EXPECT_NE(refusal("fan.3.present", "no").find("1 to 2"), std::string::npos);
     EXPECT_NE(refusal("fan.1.present", "perhaps").find("is none of no|yes"), std::string::npos);
-    EXPECT_NE(refusal("fan.1.state", "").find("none of good|failing|stuck"), std::string::npos);
+    EXPECT_NE(refusal("fan.1.state", "").find("none of good|failing|stuck|held"),
+              std::string::npos);
     EXPECT_NE(refusal("fan.1.speed", "100").find("can only be read"), std::string::npos);
     EXPECT_NE(refusal("temperature.ambient", "86").find("-40 to 85"), std::string::npos);
     EXPECT_NE(refusal("temperature.ambient", "warm").find("-40 to 85"), std::string::npos);

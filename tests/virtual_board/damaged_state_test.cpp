@@ -78,7 +78,7 @@ TEST_F(DamagedStateTest, ValuesThatIndexAndChooseAreRefused) {
     expectRefused("the flash", board.flashTiming, 2);
     expectRefused("the fans and the temperature", board.climate.fans, 4);
     expectRefused("the fans and the temperature", board.climate.fans, kMany);
-    expectRefused("the fans and the temperature", board.climate.fan[1].state, 3);
+    expectRefused("the fans and the temperature", board.climate.fan[1].state, 4);
     expectRefused("the fans and the temperature", board.climate.fan[0].isPresent, 2);
     expectRefused("the fans and the temperature", board.climate.fan[0].rpm, kMany);
     expectRefused("the fans and the temperature", board.climate.sensor, 3);

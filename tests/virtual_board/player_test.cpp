@@ -187,7 +187,7 @@ TEST_F(PlayerTest, ABoardRefusesWhatItCannotHaveAndIsNotTouched) {
         "x.toml:12:1: the CPLD cannot have the effect short=1; it can have refuse, ioctl-fails, "
         "no-answer and corrupt; for short give --device i2c\n"
         "x.toml:17:1: there is no program 'no-such-program' in the folders of PATH\n"
-        "x.toml:21:10: fan.1.state: 'lost' is none of its words: good, failing or stuck\n"
+        "x.toml:21:10: fan.1.state: 'lost' is none of its words: good, failing, stuck or held\n"
         "x.toml:25:1: the board's time moves by itself; set 'time' to virtual or stepped first");
     EXPECT_EQ(vboardChanges(*board_), changes);
     EXPECT_EQ(get("sfp.49.module"), "none");

@@ -117,7 +117,7 @@ TEST_F(BoardPropertiesTest, NothingIsChangedWhenOneIsRefused) {
         const char *reason;
     } cases[] = {{{"colour", "1"}, "there is no property 'colour'"},
                  {{"model", "1"}, "model can only be read"},
-                 {{"fan.1.state", "ill"}, "fan.1.state: 'ill' is none of good|failing|stuck"},
+                 {{"fan.1.state", "ill"}, "fan.1.state: 'ill' is none of good|failing|stuck|held"},
                  {{"sfp.50.link", "up"}, "sfp.50.link: cage 50 is empty"},
                  {{"flash.0.bad-blocks", "1"}, "flash.0.bad-blocks: only NAND has bad blocks"},
                  {{"console.speed", "9601"}, "console.speed: '9601' is no rate"},

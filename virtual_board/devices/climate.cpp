@@ -88,7 +88,7 @@ bool climateSense(const Climate &climate, uint8_t *byte) {
 
 bool climateIsConsistent(const Climate &climate) {
     for (const Fan &fan : climate.fan) {
-        if (fan.isPresent > 1 || fan.state > FanState::Stuck || fan.rpm > kFanHighestRpm)
+        if (fan.isPresent > 1 || fan.state > FanState::Held || fan.rpm > kFanHighestRpm)
             return false;
     }
     return climate.fans <= kMaxFans && climate.sensor <= SensorState::Missing &&

@@ -5,6 +5,8 @@ namespace vb {
 uint32_t fanTarget(const Fan &fan, uint32_t level) {
     if (fan.isPresent == 0 || fan.state == FanState::Stuck)
         return 0;
+    if (fan.state == FanState::Held)
+        return fan.rpm;
     const uint32_t reached = level < kFanTopLevel ? level : kFanTopLevel;
     const uint32_t rpm = kFanLowestRpm + reached * kFanRpmPerLevel;
     return fan.state == FanState::Failing ? rpm / 2 : rpm;

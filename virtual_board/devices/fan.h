@@ -17,6 +17,7 @@ enum class FanState : uint32_t {
     Good,
     Failing, // worn: reaches half of its speed
     Stuck,
+    Held, // keeps its speed whatever the level is
 };
 
 /** The world's face of a fan. */

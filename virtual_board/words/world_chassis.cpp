@@ -104,7 +104,7 @@ constexpr Binding kChassisBindings[] = {
     bind("rtc.time", getClockTime, setClockTime),
     bind("rtc.battery", getBattery, setBattery),
 };
-static_assert(hasWordsUpTo("fan.#.state", FanState::Stuck));
+static_assert(hasWordsUpTo("fan.#.state", FanState::Held));
 static_assert(hasWordsUpTo("temperature.state", SensorState::Missing));
 static_assert(language::propertyOf("temperature.ambient").lowest == kColdest);
 static_assert(language::propertyOf("temperature.ambient").highest == kHottest);
