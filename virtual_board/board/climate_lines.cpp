@@ -13,7 +13,7 @@ ClimateLoad loadOf(const Devices &devices) {
     for (const Supply &supply : devices.supply) {
         const bool isOn = supply.isPresent != 0 && supply.pmbus.hasInputFailed == 0 &&
                           supply.pmbus.hasOutputFailed == 0;
-        milliwatts += isOn ? supply.pmbus.outputMw : 0;
+        milliwatts += isOn ? pmbusAmount(supply.pmbus.outputMw) : 0;
     }
     return {fieldOf(devices.cpld.reg[kFanLevel.reg], kFanLevel), milliwatts / kMilli};
 }

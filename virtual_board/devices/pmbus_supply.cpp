@@ -23,37 +23,36 @@ bool hasOutput(const PmbusSupply &supply) {
     return hasInput(supply) && supply.hasOutputFailed == 0;
 }
 
-/** The word of a reading; false for commands that are none. */
-bool reading(const PmbusSupply &supply, uint8_t command, uint16_t *word) {
-    const int64_t in = hasInput(supply) ? 1 : 0;
-    const int64_t out = hasOutput(supply) ? 1 : 0;
+bool isTold(uint32_t reading) {
+    return (reading & ~uint32_t{UINT16_MAX}) == kPmbusToldWord;
+}
+
+constexpr uint8_t kReadOutputVoltage = 0x8B;
+
+/** What is dead with which side of the supply. */
+bool isAlive(const PmbusSupply &supply, uint8_t command) {
     switch (command) {
     case 0x88:
-        *word = toLinear11(in * supply.inputMv);
-        return true;
     case 0x89:
-        *word = toLinear11(in * supply.inputMa);
-        return true;
-    case 0x8B:
-        *word = toLinear16(hasOutput(supply) ? supply.outputMv : 0);
-        return true;
-    case 0x8C:
-        *word = toLinear11(out * supply.outputMa);
-        return true;
-    case kReadTemperature1:
-    case kReadTemperature1 + 1:
-    case kReadTemperature1 + 2:
-        *word = toLinear11(int64_t{supply.degrees[command - kReadTemperature1]} * 1000);
-        return true;
-    case 0x96:
-        *word = toLinear11(out * supply.outputMw);
-        return true;
     case 0x97:
-        *word = toLinear11(in * supply.inputMw);
-        return true;
+        return hasInput(supply);
+    case kReadOutputVoltage:
+    case 0x8C:
+    case 0x96:
+        return hasOutput(supply);
     default:
-        return false;
+        return true;
     }
+}
+
+uint16_t wordOf(uint8_t command, uint32_t reading) {
+    if (isTold(reading))
+        return static_cast<uint16_t>(reading);
+    if (command == kReadOutputVoltage)
+        return toLinear16(reading);
+    const bool isTemperature = command >= kReadTemperature1 && command <= kReadTemperature1 + 2;
+    return toLinear11(isTemperature ? int64_t{static_cast<int32_t>(reading)} * 1000
+                                    : int64_t{reading});
 }
 
 } // namespace
@@ -76,12 +75,11 @@ void pmbusRead(PmbusSupply &supply, uint8_t command, uint8_t *data, uint32_t len
     ++supply.reads;
     if (supply.busyEvery != 0 && supply.reads % supply.busyEvery == 0)
         return;
-    uint16_t word = 0;
     if (command == kVoutMode) {
         data[0] = kVoutExponent;
-    } else if (reading(supply, command, &word)) {
+    } else if (const uint32_t *reading = pmbusReading(supply, command); reading != nullptr) {
         uint8_t bytes[2] = {};
-        storeLe16(bytes, word);
+        storeLe16(bytes, wordOf(command, isAlive(supply, command) ? *reading : 0));
         std::memcpy(data, bytes, std::min<uint32_t>(length, sizeof(bytes)));
     }
 }
@@ -89,15 +87,16 @@ void pmbusRead(PmbusSupply &supply, uint8_t command, uint8_t *data, uint32_t len
 bool pmbusIsConsistent(const PmbusSupply &supply) {
     for (const uint32_t amount :
          {supply.inputMv, supply.inputMa, supply.inputMw, supply.outputMa, supply.outputMw}) {
-        if (amount > kPmbusMost)
+        if (amount > kPmbusMost && !isTold(amount))
             return false;
     }
     for (const int32_t degrees : supply.degrees) {
-        if (degrees < -kPmbusMostDegrees || degrees > kPmbusMostDegrees)
+        const bool isPossible = degrees >= -kPmbusMostDegrees && degrees <= kPmbusMostDegrees;
+        if (!isPossible && !isTold(static_cast<uint32_t>(degrees)))
             return false;
     }
-    return supply.outputMv <= kPmbusMostOutputMv && supply.hasInputFailed <= 1 &&
-           supply.hasOutputFailed <= 1;
+    const bool isOutputPossible = supply.outputMv <= kPmbusMostOutputMv || isTold(supply.outputMv);
+    return isOutputPossible && supply.hasInputFailed <= 1 && supply.hasOutputFailed <= 1;
 }
 
 uint16_t toLinear11(int64_t thousandths) {
@@ -122,6 +121,67 @@ uint16_t toLinear11(int64_t thousandths) {
 
 uint16_t toLinear16(uint32_t thousandths) {
     return static_cast<uint16_t>((uint64_t{thousandths} * 512 + 500) / 1000);
+}
+
+int32_t fromLinear11(uint16_t word) {
+    constexpr int kMantissaBits = 11;
+    const auto exponent = static_cast<int16_t>(word) >> kMantissaBits;
+    const int64_t mantissa =
+        static_cast<int16_t>(word << (16 - kMantissaBits)) >> (16 - kMantissaBits);
+    const int64_t scaled = mantissa * 1000;
+    const int64_t exact =
+        exponent < 0 ? scaled / (int64_t{1} << -exponent) : scaled * (int64_t{1} << exponent);
+    return static_cast<int32_t>(std::clamp<int64_t>(exact, INT32_MIN, INT32_MAX));
+}
+
+uint32_t fromLinear16(uint16_t word) {
+    return static_cast<uint32_t>(uint64_t{word} * 1000 / 512);
+}
+
+uint32_t pmbusAmount(uint32_t reading) {
+    if (!isTold(reading))
+        return reading;
+    return static_cast<uint32_t>(std::max(fromLinear11(static_cast<uint16_t>(reading)), 0));
+}
+
+uint32_t pmbusOutputMv(const PmbusSupply &supply) {
+    return isTold(supply.outputMv) ? fromLinear16(static_cast<uint16_t>(supply.outputMv))
+                                   : supply.outputMv;
+}
+
+int32_t pmbusDegrees(int32_t reading) {
+    if (!isTold(static_cast<uint32_t>(reading)))
+        return reading;
+    return fromLinear11(static_cast<uint16_t>(reading)) / 1000;
+}
+
+uint32_t *pmbusReading(PmbusSupply &supply, uint8_t command) {
+    switch (command) {
+    case 0x88:
+        return &supply.inputMv;
+    case 0x89:
+        return &supply.inputMa;
+    case kReadOutputVoltage:
+        return &supply.outputMv;
+    case 0x8C:
+        return &supply.outputMa;
+    case kReadTemperature1:
+    case kReadTemperature1 + 1:
+    case kReadTemperature1 + 2:
+        // The same bits, read with their sign.
+        return reinterpret_cast<uint32_t *>(&supply.degrees[command - kReadTemperature1]);
+    case 0x96:
+        return &supply.outputMw;
+    case 0x97:
+        return &supply.inputMw;
+    default:
+        return nullptr;
+    }
+}
+
+void pmbusTell(PmbusSupply &supply, uint8_t command, uint16_t word) {
+    if (uint32_t *reading = pmbusReading(supply, command); reading != nullptr)
+        *reading = kPmbusToldWord | word;
 }
 
 } // namespace vb

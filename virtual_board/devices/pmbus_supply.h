@@ -12,7 +12,13 @@ constexpr uint32_t kPmbusMostOutputMv = 127000; // what the format of the output
 constexpr uint32_t kPmbusMost = 4000000;        // of all others
 constexpr int32_t kPmbusMostDegrees = 1000;     // above and below zero
 
-/** The world's face: what the supply does. */
+/**
+ * A reading that is the word of a real supply, which need not be how this one writes its amount.
+ * Larger than every amount, and than every temperature.
+ */
+constexpr uint32_t kPmbusToldWord = 0x40000000;
+
+/** The world's face: what the supply does. Each reading is an amount, or a word that is told. */
 struct PmbusSupply {
     uint32_t inputMv, inputMa, inputMw;
     uint32_t outputMv, outputMa, outputMw;
@@ -37,5 +43,20 @@ uint16_t toLinear11(int64_t thousandths);
 
 /** Thousandths of a unit in 512ths, the LINEAR16 format of this supply's output voltage. */
 uint16_t toLinear16(uint32_t thousandths);
+
+/** What is in thousandths what a word says, as far as 32 bits hold it. */
+int32_t fromLinear11(uint16_t word);
+uint32_t fromLinear16(uint16_t word);
+
+// A reading's amount, whether it is told as a word or not.
+uint32_t pmbusAmount(uint32_t reading);
+uint32_t pmbusOutputMv(const PmbusSupply &supply);
+int32_t pmbusDegrees(int32_t reading);
+
+/** The reading of a command, or null. Those of temperatures have a sign. */
+uint32_t *pmbusReading(PmbusSupply &supply, uint8_t command);
+
+/** Makes a supply answer a reading with a word. */
+void pmbusTell(PmbusSupply &supply, uint8_t command, uint16_t word);
 
 } // namespace vb

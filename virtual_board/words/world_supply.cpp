@@ -33,7 +33,15 @@ void setFailed(const Target &target, const Value &value) {
 
 template <uint32_t PmbusSupply::*field>
 Value getAmount(const Target &target) {
-    return target.supply().pmbus.*field;
+    return pmbusAmount(target.supply().pmbus.*field);
+}
+
+Value getOutputVoltage(const Target &target) {
+    return pmbusOutputMv(target.supply().pmbus);
+}
+
+Value getBusyEvery(const Target &target) {
+    return target.supply().pmbus.busyEvery;
 }
 
 template <uint32_t PmbusSupply::*field>
@@ -43,7 +51,7 @@ void setAmount(const Target &target, const Value &value) {
 
 template <uint32_t index>
 Value getDegrees(const Target &target) {
-    return target.supply().pmbus.degrees[index];
+    return pmbusDegrees(target.supply().pmbus.degrees[index]);
 }
 
 template <uint32_t index>
@@ -92,13 +100,13 @@ constexpr Binding kSupplyBindings[] = {
     amount<&P::inputMv>("supply.#.input-voltage"),
     amount<&P::inputMa>("supply.#.input-current"),
     amount<&P::inputMw>("supply.#.input-power"),
-    amount<&P::outputMv>("supply.#.output-voltage"),
+    bind("supply.#.output-voltage", getOutputVoltage, setAmount<&P::outputMv>),
     amount<&P::outputMa>("supply.#.output-current"),
     amount<&P::outputMw>("supply.#.output-power"),
     temperature<0>("supply.#.temperature1"),
     temperature<1>("supply.#.temperature2"),
     temperature<2>("supply.#.temperature3"),
-    amount<&P::busyEvery>("supply.#.busy-every"),
+    bind("supply.#.busy-every", getBusyEvery, setAmount<&P::busyEvery>),
     line<kSupplyPresence>("supply.#.line.presence", noteOfSupplyPresence),
     line<kSupplyType>("supply.#.line.type"),
     line<kSupplyStatus0>("supply.#.line.status0"),
