@@ -88,6 +88,7 @@ TEST_F(DamagedStateTest, ValuesThatIndexAndChooseAreRefused) {
     expectRefused("the SFP modules", board.sfp[53].kind, 11);
     expectRefused("the SFP modules", board.sfp[48].state, 3);
     expectRefused("the SFP modules", board.sfp[48].isLinkUp, 2);
+    expectRefused("the SFP modules", board.sfp[48].isHeld, 2);
     expectRefused("the SFP modules", board.sfp[48].microwatts, 6554);
     expectRefused("MDIO", board.mdio.state, 3);
     expectRefused("MDIO", board.mdio.busyPolls, 0);

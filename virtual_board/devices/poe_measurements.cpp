@@ -8,7 +8,8 @@ namespace {
 
 constexpr uint32_t kNominalVoltage = 54009100; // microvolts
 constexpr int32_t kVoltageStep = 64450;        // microvolts
-constexpr uint32_t kAmbient = 35;              // degrees Celsius
+constexpr uint32_t kMicrovoltsPerCentivolt = 10000;
+constexpr uint32_t kAmbient = 35; // degrees Celsius
 
 /** A number from -2 to 2. */
 int32_t ripple(uint32_t port, uint64_t nowNs) {
@@ -30,6 +31,13 @@ PoeMeasurement poeMeasure(const PoeController &poe, uint32_t port, uint64_t nowN
     if (poe.port[port].phase != PoePhase::Delivering)
         return measured;
     measured.milliwatts = poeDrawn(poe, port);
+    const PoePort &state = poe.port[port];
+    if (state.heldCentivolts != 0) {
+        measured.microvolts = state.heldCentivolts * kMicrovoltsPerCentivolt;
+        measured.milliamperes = state.heldMilliamperes;
+        measured.degrees = state.heldDegrees;
+        return measured;
+    }
     measured.microvolts =
         kNominalVoltage + static_cast<uint32_t>(ripple(port, nowNs) * kVoltageStep);
     measured.milliamperes =

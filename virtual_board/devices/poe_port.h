@@ -66,7 +66,10 @@ struct PoePort {
     uint8_t fault;
     uint8_t hasEvent;
     PoeCounts counts;
-    uint8_t padding[5];
+    // What it tells as long as it delivers to the same device; without a voltage it measures.
+    uint8_t heldDegrees;
+    uint16_t heldCentivolts;
+    uint16_t heldMilliamperes;
 };
 
 constexpr uint64_t kPoeNever = UINT64_MAX;

@@ -24,6 +24,8 @@ bool isInService(const PoeController &poe, uint32_t port) {
 void enter(PoePort &port, PoePhase phase, uint64_t dueNs = kPoeNever) {
     port.phase = phase;
     port.dueNs = dueNs;
+    if (phase != PoePhase::Delivering)
+        port.heldCentivolts = 0;
 }
 
 void noteEvent(PoePort &port, uint8_t PoeCounts::*count) {
@@ -211,6 +213,7 @@ void poeSetDevice(PoeController &poe, uint32_t port, const PoweredDevice &device
     poeAdvance(poe, nowNs);
     poe.device[port] = device;
     PoePort &state = poe.port[port];
+    state.heldCentivolts = 0;
     const bool isLooking =
         state.phase == PoePhase::Detecting || state.phase == PoePhase::Classifying;
     if (state.phase == PoePhase::Delivering)

@@ -108,6 +108,13 @@ void sfpPlug(SfpModule &module, SfpKind kind, uint32_t number, uint64_t nowNs) {
     fillSfpPages(module, number);
 }
 
+void sfpRelease(SfpModule &module) {
+    if (module.isHeld == 0)
+        return;
+    module.isHeld = 0;
+    sfpForget(module); // state and flags are made anew
+}
+
 void sfpForget(SfpModule &module) {
     module.diagnostics[kStatus] = 0; // a transmitter that software had switched off
 }
@@ -131,6 +138,8 @@ bool sfpHasTxFault(const SfpModule &module, const SfpCage &cage) {
 
 void sfpMeasure(const SfpModule &module, const SfpCage &cage, uint8_t (&page)[kSfpPageSize]) {
     std::memcpy(page, module.diagnostics, sizeof(page));
+    if (module.isHeld != 0)
+        return;
     int32_t value[kSfpQuantities];
     measure(module, cage, value);
     for (uint32_t i = 0; i < kSfpQuantities; ++i)
@@ -186,7 +195,7 @@ bool sfpWrite(SfpModule &module, const SfpCage &cage, uint32_t devAddr, uint32_t
 
 bool sfpIsConsistent(const SfpModule &module) {
     return static_cast<uint32_t>(module.kind) < kSfpKinds && module.state <= SfpState::Dead &&
-           module.isLinkUp <= 1 && module.microwatts <= kSfpMostMicrowatts;
+           module.isLinkUp <= 1 && module.isHeld <= 1 && module.microwatts <= kSfpMostMicrowatts;
 }
 
 } // namespace vb

@@ -40,9 +40,9 @@ struct SfpModule {
     uint32_t isLinkUp;
     uint32_t microwatts; // that arrive while the link is up
     uint32_t lines;      // what was put on the lines to the CPLD
-    uint32_t padding;
+    uint32_t isHeld;     // the diagnostics are those of the page, and nothing is measured
     uint8_t id[kSfpPageSize];
-    uint8_t diagnostics[kSfpPageSize]; // without what is measured
+    uint8_t diagnostics[kSfpPageSize]; // without what is measured, unless it is held
     uint8_t phy[2 * kSfpPhyRegisters]; // the upper byte of each register first
 };
 
@@ -55,6 +55,9 @@ struct SfpCage {
 
 /** Plugs a new module, with a serial number made of a number; None pulls it. */
 void sfpPlug(SfpModule &module, SfpKind kind, uint32_t number, uint64_t nowNs);
+
+/** Lets a module measure again. */
+void sfpRelease(SfpModule &module);
 
 /** Loses what a module keeps while it has power only. */
 void sfpForget(SfpModule &module);

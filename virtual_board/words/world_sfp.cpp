@@ -45,7 +45,9 @@ Value getSfpState(const Target &target) {
 }
 
 void setSfpState(const Target &target, const Value &value) {
-    pluggedModuleOf(target).state = value.as<SfpState>();
+    SfpModule &module = pluggedModuleOf(target);
+    sfpRelease(module);
+    module.state = value.as<SfpState>();
 }
 
 Value getLink(const Target &target) {
@@ -53,7 +55,9 @@ Value getLink(const Target &target) {
 }
 
 void setLink(const Target &target, const Value &value) {
-    pluggedModuleOf(target).isLinkUp = value.as<uint32_t>();
+    SfpModule &module = pluggedModuleOf(target);
+    sfpRelease(module);
+    module.isLinkUp = value.as<uint32_t>();
 }
 
 Value getRxPower(const Target &target) {
@@ -66,6 +70,7 @@ void setRxPower(const Target &target, const Value &value) {
     if (!sfpIsOptical(module))
         throw Refused("a module of kind " + sfpKindText(module.kind) +
                       " receives no light; set its link");
+    sfpRelease(module);
     module.microwatts = value.as<uint32_t>();
     module.isLinkUp = 1;
 }
