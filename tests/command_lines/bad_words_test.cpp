@@ -198,6 +198,8 @@ constexpr BadWord kVboard[] = {
     {"create", "DIR", "--model 0x0709 /nowhere/x", "/nowhere is not a folder; create it first", 1},
     {"create", "--model", "--model 0x1234 @new",
      "there is no model '0x1234'; 'vboard list-models' lists them", 1},
+    {"create", "--from", "--from /nowhere/x @new",
+     "cannot read /nowhere/x: No such file or directory", 1},
     {"create", "--time", "--model 0x0709 --time slow @new",
      "--time: 'slow' is none of real|virtual"},
     {"create", "--serial", "--model 0x0709 --serial '' @new",

@@ -3,16 +3,12 @@
 // calls of the library passing iodbg as they do in the program.
 
 #include "bsp.h"
-#include "iodbg/core/console.h"
-#include "iodbg/core/library_calls.h"
-#include "iodbg/unit/capture.h"
 #include "language/captured_properties.h"
+#include "tests/iodbg/capture_test.h"
 #include "tests/support/depth.h"
-#include "tests/support/virtual_board_test.h"
 #include "tests/support/world.h"
 
 #include <algorithm>
-#include <cstdarg>
 #include <cstdio>
 #include <filesystem>
 #include <fnmatch.h>
@@ -20,25 +16,7 @@
 #include <optional>
 #include <set>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
-
-extern "C" {
-int realIoctl(int fd, unsigned long request, ...) __asm__("__real_ioctl");
-int wrappedIoctl(int fd, unsigned long request, ...) __asm__("__wrap_ioctl");
-
-/** As the program has it. */
-int wrappedIoctl(int fd, unsigned long request, ...) {
-    va_list arguments;
-    va_start(arguments, request);
-    void *argument = va_arg(arguments, void *);
-    va_end(arguments);
-    const int result = realIoctl(fd, request, argument);
-    if (result >= 0)
-        iodbg::tellOfRequest(request, argument);
-    return result;
-}
-}
 
 namespace {
 
@@ -48,33 +26,9 @@ using vb::FaultDevice;
 using vb::FaultOp;
 using vb::FaultWhen;
 
-/** Leads what the library prints to nowhere as long as it lives. */
-class Quiet {
-  public:
-    Quiet() : out_(dup(STDOUT_FILENO)), err_(dup(STDERR_FILENO)) {
-        std::fflush(stdout);
-        FILE *nowhere = std::fopen("/dev/null", "we");
-        dup2(fileno(nowhere), STDOUT_FILENO);
-        dup2(fileno(nowhere), STDERR_FILENO);
-        std::fclose(nowhere);
-    }
-    Quiet(const Quiet &) = delete;
-    Quiet &operator=(const Quiet &) = delete;
-    ~Quiet() {
-        std::fflush(stdout);
-        dup2(out_, STDOUT_FILENO);
-        dup2(err_, STDERR_FILENO);
-        close(out_);
-        close(err_);
-    }
-
-  private:
-    int out_, err_;
-};
-
-class CaptureSweepTest : public VirtualBoardTest {
+class CaptureSweepTest : public CaptureTest {
   protected:
-    CaptureSweepTest() : VirtualBoardTest(0x0809) {}
+    CaptureSweepTest() : CaptureTest(0x0809) {}
 
     void SetUp() override {
         VirtualBoardTest::SetUp();
@@ -91,27 +45,6 @@ class CaptureSweepTest : public VirtualBoardTest {
         sleep(3);
         *devices_ = devices();
         clock_ = board().clock;
-    }
-
-    /** iodbg keeps its lock file open until it ends, so all is done in a child. */
-    template <typename Work>
-    void inChild(Work work) {
-        std::fflush(nullptr);
-        const pid_t child = fork();
-        if (child == 0) {
-            work();
-            std::fflush(nullptr);
-            _exit(HasFailure() ? 1 : 0);
-        }
-        int status = -1;
-        waitpid(child, &status, 0);
-        EXPECT_EQ(status, 0);
-    }
-
-    CapturedUnit capture() {
-        const Quiet quiet;
-        iodbg::Console console;
-        return iodbg::captureUnit(console, {.hasSecrets = true, .hasFlash = false});
     }
 
     void restore() {

@@ -200,6 +200,26 @@ def test_copies_go_their_own_way(board, tmp_path):
     assert not (tmp_path / "copy").exists()
 
 
+def test_of_a_captured_unit(board, tmp_path, pytestconfig):
+    board["sfp.49.module"] = "sr"
+    board["supply.2.present"] = "no"
+    document = tmp_path / "unit.json"
+    program = pytestconfig.getoption("--iodbg")
+    captured = board.run([program, "capture", "-"], capture_output=True, check=True)
+    document.write_bytes(captured.stdout)
+    with Board.create(from_file=document, time="virtual") as twin:
+        assert twin["sfp.49.module"] == "sr"
+        assert twin["supply.2.present"] == "no"
+        assert twin.gaps == []
+    with pytest.raises(TypeError, match="either a model or a captured unit"):
+        Board.create()
+    with pytest.raises(TypeError, match="all but how time passes"):
+        Board.create(from_file=document, serial="SN42")
+    document.write_text("{}")
+    with pytest.raises(Refused, match="unit.json"):
+        Board.create(from_file=document)
+
+
 def test_of_an_earlier_version_is_taken_along(tmp_path):
     released = Path(__file__).parents[1] / "control" / "released" / "1.1.0.tar.gz"
     with tarfile.open(released) as archive:

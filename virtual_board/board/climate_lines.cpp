@@ -72,6 +72,10 @@ void buildClimate(Board &board, const Model &model) {
     climateBuild(board.devices.climate, model.fans.count, loadOf(board.devices));
 }
 
+void settleClimateAt(Board &board, int32_t degrees) {
+    climateSettleAt(board.devices.climate, loadOf(board.devices), degrees);
+}
+
 void startClimateLines(Board &board) {
     Climate &climate = board.devices.climate;
     climate.counts[0] = climate.counts[1] = climate.presence = 0;

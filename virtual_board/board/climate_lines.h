@@ -9,6 +9,9 @@ namespace vb {
 /** Builds fans and sensor as they are in a unit that idles. */
 void buildClimate(Board &board, const Model &model);
 
+/** Settles them where the sensor tells so many degrees, for what the board carries now. */
+void settleClimateAt(Board &board, int32_t degrees);
+
 /** Puts what they tell on the lines of a CPLD that has been reset. */
 void startClimateLines(Board &board);
 

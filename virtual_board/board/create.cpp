@@ -95,6 +95,11 @@ std::string partitionList(const std::array<FlashGeometry, kFlashPartitions> &geo
 }
 
 bool createBoard(const std::string &path, const BoardOptions &options, FolderError &error) {
+    return createBoard(path, options, nullptr, error);
+}
+
+bool createBoard(const std::string &path, const BoardOptions &options,
+                 const std::function<void(const BoardFolder &)> &furnish, FolderError &error) {
     const Model *model = findModel(options.devId);
     if (model == nullptr)
         return refuseFolder(error, FolderProblem::Refused,
@@ -110,6 +115,12 @@ bool createBoard(const std::string &path, const BoardOptions &options, FolderErr
         return false;
     if (!fillFolder(folder, *model, options))
         return failToWrite(error, "cannot write the board's files", errno);
+    if (furnish) {
+        BoardFolder board;
+        if (!board.open(folder.path().c_str(), error))
+            return false;
+        furnish(board);
+    }
     return folder.finish(error);
 }
 

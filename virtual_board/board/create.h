@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace vb {
@@ -21,6 +22,12 @@ struct BoardOptions {
     std::string commandLine = "console=ttyS0,115200 bootver=1.2.3 root=/dev/mtdblock12";
 };
 
+/** Flash takes its time where time passes by itself, unless it is told. */
+constexpr FlashTiming usualFlashTiming(TimeMode time) {
+    const bool passes = time == TimeMode::Real || time == TimeMode::Scaled;
+    return passes ? FlashTiming::Usual : FlashTiming::Off;
+}
+
 // What is wrong with a text that a board shall keep; empty when nothing is.
 std::string serialProblem(const std::string &serial);
 std::string commandLineProblem(const std::string &commandLine);
@@ -33,5 +40,9 @@ std::string partitionList(const std::array<FlashGeometry, kFlashPartitions> &geo
  * board in it or not at all. False, with the reason, when it cannot be made.
  */
 bool createBoard(const std::string &path, const BoardOptions &options, FolderError &error);
+
+/** The same of a board that is changed before it appears. What that throws is passed on. */
+bool createBoard(const std::string &path, const BoardOptions &options,
+                 const std::function<void(const BoardFolder &)> &furnish, FolderError &error);
 
 } // namespace vb

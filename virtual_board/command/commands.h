@@ -13,7 +13,7 @@
 namespace vboard {
 
 struct CreateArguments {
-    std::string folder, model, time, serial, mac, commandLine, flashTiming;
+    std::string folder, model, from, time, serial, mac, commandLine, flashTiming;
     std::vector<std::string> flash; // geometries of partitions
 };
 

@@ -1,12 +1,15 @@
 // `vboard create`.
 
+#include "command_line/line.h"
 #include "language/property_table.h"
 #include "language/property_values.h"
 #include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/words.h"
 
+#include <cstdio>
 #include <memory>
+#include <sstream>
 
 namespace vboard {
 
@@ -37,8 +40,18 @@ void defineCreate(Command &command) {
     arguments->commandLine = usual.commandLine;
 
     addFolder(command, arguments->folder);
-    command.requiredOption("--model", "ID", "Device id; 'vboard list-models' lists them",
-                           {text(arguments->model), models()});
+    command.option("--model", "ID",
+                   "Device id; 'vboard list-models' lists them. Either this or --from is required",
+                   {text(arguments->model), models()});
+    command
+        .option("--from", "FILE",
+                "A captured unit, which 'iodbg capture' has saved: the board answers as it did. "
+                "What it cannot have of the unit is told on standard error",
+                {text(arguments->from), {{}, Offers::Files::All, nullptr}})
+        .notWith("--model")
+        .notWith("--serial")
+        .notWith("--mac")
+        .notWith("--mtd");
     command
         .option("--time", "WORD",
                 "How time passes: real|virtual|stepped, or N times as fast: x60. Virtually, sleeps "
@@ -62,8 +75,24 @@ void defineCreate(Command &command) {
                    oneOf(arguments->flashTiming, {"off", "usual"}));
     command.example("vboard create --model 0x0709 board")
         .example("vboard create --model 0x0109 --time virtual --serial SN42 board")
-        .example("vboard create --model 0x0709 --mtd 12:page=4096,spare=128 board");
+        .example("vboard create --model 0x0709 --mtd 12:page=4096,spare=128 board")
+        .example("vboard create --from unit.json --time virtual twin");
     command.does([arguments] { create(*arguments); });
+}
+
+void createTwin(const CreateArguments &arguments) {
+    const std::string gaps = textOf([&](char **text, VBoardError *error) {
+        return vboardCreateFrom(arguments.folder.c_str(), arguments.from.c_str(),
+                                arguments.time.c_str(), text, error);
+    });
+    if (!arguments.flashTiming.empty()) {
+        const VBoardChange timing = {"flash.timing", arguments.flashTiming.c_str()};
+        const Board board(arguments.folder);
+        call([&](VBoardError *error) { return vboardSet(board, &timing, 1, error); });
+    }
+    std::istringstream lines(gaps);
+    for (std::string line; std::getline(lines, line);)
+        std::fprintf(stderr, "vboard: %s\n", line.c_str());
 }
 
 } // namespace
@@ -74,6 +103,13 @@ void addCreate(Command &root) {
 }
 
 void create(const CreateArguments &arguments) {
+    const bool hasOwnLine = arguments.commandLine != vboardUsualOptions()->commandLine;
+    if (!arguments.from.empty() && hasOwnLine) // whose usual one leaves help no room to say so
+        throw WrongUsage("--from excludes --cmdline");
+    if (!arguments.from.empty())
+        return createTwin(arguments);
+    if (arguments.model.empty())
+        throw WrongUsage("--model is required, or --from; see 'vboard create --help'");
     std::vector<const char *> mtd;
     mtd.reserve(arguments.flash.size());
     for (const std::string &geometry : arguments.flash)

@@ -27,14 +27,12 @@ vb::Pace parseTime(const std::string &text) {
     return language::about("time", [&] { return vb::parsePace(text); });
 }
 
-/** Flash takes its time where time passes by itself, unless it is told. */
 vb::FlashTiming parseFlashTiming(const char *text, vb::TimeMode time) {
     if (text != nullptr)
         return language::about("flash.timing", [&] {
             return parseValue(language::propertyOf("flash.timing"), text).as<vb::FlashTiming>();
         });
-    const bool passes = time == vb::TimeMode::Real || time == vb::TimeMode::Scaled;
-    return passes ? vb::FlashTiming::Usual : vb::FlashTiming::Off;
+    return vb::usualFlashTiming(time);
 }
 
 constexpr VBoardOptions kUsual = {sizeof(VBoardOptions),

@@ -1,5 +1,7 @@
 #include "virtual_board/devices/climate.h"
 
+#include <algorithm>
+
 namespace vb {
 
 namespace {
@@ -61,6 +63,16 @@ void climateBuild(Climate &climate, uint32_t fans, const ClimateLoad &load) {
         climate.fan[index].isPresent = 1;
     settle(climate, load);
     sense(climate);
+}
+
+void climateSettleAt(Climate &climate, const ClimateLoad &load, int32_t degrees) {
+    climate.ambient = 0;
+    settle(climate, load);
+    const int32_t ambient = degrees - wholeDegrees(climate.microdegrees);
+    climate.ambient = std::clamp(ambient, kColdest, kHottest);
+    climate.sensor = climate.ambient == ambient ? SensorState::Good : SensorState::Stuck;
+    settle(climate, load);
+    climate.sensed = degrees;
 }
 
 void climateAdvance(Climate &climate, const ClimateLoad &load, uint64_t nowNs) {

@@ -44,6 +44,9 @@ struct ClimateLoad {
 /** A chassis that has been running for long. */
 void climateBuild(Climate &climate, uint32_t fans, const ClimateLoad &load);
 
+/** A chassis that has been running for long where its sensor comes to tell so many degrees. */
+void climateSettleAt(Climate &climate, const ClimateLoad &load, int32_t degrees);
+
 /** Takes all steps up to now. */
 void climateAdvance(Climate &climate, const ClimateLoad &load, uint64_t nowNs);
 

@@ -136,6 +136,23 @@ VBOARD_API int32_t vboardCreate(const char *folder, const VBoardOptions *options
                                 VBoardError *error);
 
 /**
+ * Makes a board of a captured unit, which `iodbg capture` has saved: one that answers as the unit
+ * did.
+ *
+ * @param[in] folder  a path where nothing is, or an empty folder
+ * @param[in] file    the document
+ * @param[in] time    as the property "time"; null: "real"
+ * @param[out] gaps   what the board cannot have of the unit, a line for each, empty when it has
+ *                    all; to be given back with vboardFree(); may be null
+ * @param[out] error  why it failed; may be null
+ * @return VBOARD_OK; VBOARD_E_ARGUMENT; VBOARD_E_REFUSED for what is no document, and for a unit of
+ *         which no board can be made; VBOARD_E_EXISTS; VBOARD_E_PERMISSION; VBOARD_E_SYSTEM;
+ *         VBOARD_E_NO_MEMORY
+ */
+VBOARD_API int32_t vboardCreateFrom(const char *folder, const char *file, const char *time,
+                                    char **gaps, VBoardError *error);
+
+/**
  * Makes a copy of a board as it is at one moment, with its flash, its files and its trace. Programs
  * may be on the board; the copy has none.
  *

@@ -99,6 +99,7 @@ class Model(ctypes.Structure):
 # The parameters of each function before the last one, where it tells why it fails.
 _CALLS: dict[str, list[Any]] = {
     "vboardCreate": [c_char_p, POINTER(Options)],
+    "vboardCreateFrom": [c_char_p, c_char_p, c_char_p, POINTER(c_void_p)],
     "vboardCopy": [c_char_p, c_char_p],
     "vboardDelete": [c_char_p],
     "vboardUpgrade": [c_char_p],

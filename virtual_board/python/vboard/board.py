@@ -135,13 +135,16 @@ class Board:
         _library.call("vboardOpen", os.fsencode(folder), byref(handle))
         self._handle: _library.Handle | None = _library.Handle(handle)
         self._own_folder: Path | None = None
+        self.gaps: list[str] = []
+        """What a board that was made of a captured unit cannot have of it, a line for each."""
 
     @classmethod
     def create(
         cls,
-        model: str,
+        model: str | None = None,
         folder: str | os.PathLike[str] | None = None,
         *,
+        from_file: str | os.PathLike[str] | None = None,
         time: str | None = None,
         serial: str | None = None,
         mac: str | None = None,
@@ -149,11 +152,18 @@ class Board:
         mtd: Sequence[str] = (),
         flash_timing: str | None = None,
     ) -> Board:
-        """Makes a board of a model ("0x0709") and opens it.
+        """Makes a board of a model ("0x0709"), or of a captured unit, and opens it.
+
+        A captured unit, from_file, tells all but how time passes: nothing else can be given with it.
 
         Without a folder it is made in one of its own, which goes when the board is closed. The others are
         what `vboard create` takes.
         """
+        if (model is None) == (from_file is None):
+            raise TypeError("a board is made of either a model or a captured unit")
+        others = (serial, mac, cmdline, flash_timing)
+        if from_file is not None and (mtd or any(other is not None for other in others)):
+            raise TypeError("a captured unit tells all but how time passes")
         own = Path(tempfile.mkdtemp(prefix="vboard-")) if folder is None else None
         place = Path(folder) if folder is not None else Path(str(own)) / "board"
         geometries = (c_char_p * len(mtd))(*map(os.fsencode, mtd))
@@ -169,8 +179,14 @@ class Board:
             flashTiming=_encoded(flash_timing),
         )
         try:
-            _library.call("vboardCreate", os.fsencode(place), byref(options))
+            gaps = ""
+            if from_file is not None:
+                names = (os.fsencode(place), os.fsencode(from_file))
+                gaps = _library.text("vboardCreateFrom", *names, _encoded(time))
+            else:
+                _library.call("vboardCreate", os.fsencode(place), byref(options))
             board = cls(place)
+            board.gaps = gaps.splitlines()
         except BaseException:
             if own is not None:
                 shutil.rmtree(own)
