@@ -60,7 +60,7 @@ TEST_F(CompletionTest, OffersWhatTheProgramsTakeThere) {
         {{"iodbg", "poe", "set", "l"}, {"legacy", "limit", "limit-type"}},
         {{"iodbg", "show", ""}, {}},
         {{builtProgram("iodbg"), "temp"}, {"temperature"}},
-        {{"vboard", "c"}, {"console", "copy", "create"}},
+        {{"vboard", "c"}, {"capture", "console", "copy", "create"}},
         {{"vboard", "fault", board(), ""}, {"add", "clear", "list"}},
         {{"vboard", "flash", board(), ""}, {"mark-bad"}},
         // options

@@ -25,6 +25,7 @@ TEST_F(CommandTest, EveryCommandHasHelpWithExamples) {
     const Words commands[] = {
         {"create"},
         {"copy"},
+        {"capture"},
         {"delete"},
         {"upgrade"},
         {"list"},
@@ -79,10 +80,11 @@ TEST_F(CommandTest, BoardsAreCopiedListedAndDeleted) {
 TEST_F(CommandTest, AWrongCommandLineIsCode2) {
     expectFailure(2,
                   "vboard: a command is missing: give one of "
-                  "create|copy|delete|upgrade|list|list-models|run|",
+                  "create|copy|capture|delete|upgrade|list|list-models|run|",
                   {});
-    expectFailure(2, "vboard: 'dance' is none of create|copy|delete|upgrade|list|list-models|run|",
-                  {"dance", board()});
+    expectFailure(
+        2, "vboard: 'dance' is none of create|copy|capture|delete|upgrade|list|list-models|run|",
+        {"dance", board()});
     expectFailure(2, "'--dance' is not known here; see 'vboard --help'", {"--dance"});
     expectFailure(2, "'dance' is none of add|list|clear; see 'vboard fault --help'",
                   {"fault", board(), "dance"});

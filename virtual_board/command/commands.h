@@ -55,6 +55,7 @@ class ExpectationFailed : public std::exception {
 // Each adds a command.
 void addCreate(command_line::Command &root);
 void addCopy(command_line::Command &root);
+void addCapture(command_line::Command &root);
 void addDelete(command_line::Command &root);
 void addUpgrade(command_line::Command &root);
 void addList(command_line::Command &root);

@@ -9,6 +9,7 @@
 #include "virtual_board/command/complaints.h"
 #include "virtual_board/command/environment.h"
 #include "virtual_board/command/hands.h"
+#include "virtual_board/command/tried_board.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -24,60 +25,6 @@ namespace vboard {
 namespace {
 
 using Strings = std::vector<std::string>;
-
-/** A folder that is removed when it is empty. */
-class TemporaryFolder {
-  public:
-    TemporaryFolder() {
-        const char *parent = std::getenv("TMPDIR");
-        path_ = std::string(parent != nullptr && *parent != '\0' ? parent : "/tmp") +
-                "/vboard-check-XXXXXX";
-        if (mkdtemp(path_.data()) == nullptr)
-            throw language::Refused("cannot make a folder for a copy of the board, " + path_ +
-                                    ": " + std::strerror(errno));
-    }
-    TemporaryFolder(const TemporaryFolder &) = delete;
-    TemporaryFolder &operator=(const TemporaryFolder &) = delete;
-    ~TemporaryFolder() { rmdir(path_.c_str()); }
-
-    const std::string &path() const { return path_; }
-
-  private:
-    std::string path_;
-};
-
-/** A copy of a board that is there as long as this is. */
-class TriedBoard {
-  public:
-    explicit TriedBoard(const std::string &folder) : copy_(place_.path() + "/board") {
-        call([&](VBoardError *error) { return vboardCopy(folder.c_str(), copy_.c_str(), error); });
-        board_ = std::make_unique<Board>(copy_);
-    }
-    TriedBoard(const TriedBoard &) = delete;
-    TriedBoard &operator=(const TriedBoard &) = delete;
-    ~TriedBoard() {
-        board_.reset();
-        vboardDelete(copy_.c_str(), nullptr);
-    }
-
-    const Board &get() const { return *board_; }
-
-  private:
-    const TemporaryFolder place_;
-    const std::string copy_;
-    std::unique_ptr<Board> board_;
-};
-
-/** Whether a file that can be executed has a name in one of the folders of PATH. */
-bool isInPath(const std::string &name) {
-    const char *path = std::getenv("PATH");
-    std::istringstream folders(path != nullptr ? path : "/bin:/usr/bin");
-    for (std::string folder; std::getline(folders, folder, ':');) {
-        if (access(folder.append("/").append(name).c_str(), X_OK) == 0)
-            return true;
-    }
-    return false;
-}
 
 Strings namesIn(const std::string &condition) {
     Strings names;
@@ -181,7 +128,7 @@ class Checker {
         if (name.find('/') != std::string::npos)
             return;
         environmentOf(board_, name.c_str());
-        if (!isInPath(name))
+        if (findInPath(name).empty())
             throw language::Refused("there is no program " + language::quoted(name) +
                                     " in the folders of PATH");
     }

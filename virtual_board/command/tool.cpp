@@ -23,6 +23,7 @@ void addCommands(command_line::Command &root) {
     root.isGroup = true;
     addCreate(root);
     addCopy(root);
+    addCapture(root);
     addDelete(root);
     addUpgrade(root);
     addList(root);

@@ -1,0 +1,44 @@
+#pragma once
+// A copy of a board, to try something with that the board itself shall not notice.
+
+#include "virtual_board/command/board.h"
+
+#include <memory>
+#include <string>
+
+namespace vboard {
+
+/** A folder that is removed when it is empty. */
+class TemporaryFolder {
+  public:
+    TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder &) = delete;
+    TemporaryFolder &operator=(const TemporaryFolder &) = delete;
+    ~TemporaryFolder();
+
+    const std::string &path() const { return path_; }
+
+  private:
+    std::string path_;
+};
+
+/** A copy of a board that is there as long as this is. */
+class TriedBoard {
+  public:
+    explicit TriedBoard(const std::string &folder);
+    TriedBoard(const TriedBoard &) = delete;
+    TriedBoard &operator=(const TriedBoard &) = delete;
+    ~TriedBoard();
+
+    const Board &get() const { return *board_; }
+
+  private:
+    const TemporaryFolder place_;
+    const std::string copy_;
+    std::unique_ptr<Board> board_;
+};
+
+/** The path of a program that can be executed in one of the folders of PATH; empty: none. */
+std::string findInPath(const std::string &name);
+
+} // namespace vboard
