@@ -11,6 +11,7 @@
 #include "language/trace_json.h"
 #include "language/trace_text.h"
 
+#include <csignal>
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -71,25 +72,61 @@ class TraceLines {
     std::string text_;
 };
 
+/** Hands lines on as long as that can be done: the program goes on in any case. */
+class Telling {
+  public:
+    explicit Telling(TraceLines &lines) : lines_(lines) {}
+
+    void flush() {
+        attempt([this] { lines_.flush(); });
+    }
+    void finish() {
+        attempt([this] { lines_.finish(); });
+        if (trouble_)
+            throw Failure(*trouble_);
+    }
+    void add(const TraceRecord &record) {
+        if (!trouble_)
+            lines_.add(record);
+    }
+
+  private:
+    template <typename Work>
+    void attempt(Work work) {
+        if (trouble_)
+            return;
+        try {
+            work();
+        } catch (const Failure &failure) {
+            trouble_ = failure;
+        }
+    }
+
+    TraceLines &lines_;
+    std::optional<Failure> trouble_;
+};
+
 /** Tells what comes until the program, and all that it has started, has ended. */
 void follow(Recording &recording, TracedProgram &program, TraceLines &lines) {
+    Telling telling(lines);
     for (bool isThere = true; isThere;) {
         isThere = program.isThere();
         bool hasTold = false;
         for (auto record = recording.take(); record.has_value(); record = recording.take()) {
-            lines.add(*record);
+            telling.add(*record);
             hasTold = true;
         }
-        lines.flush();
+        telling.flush();
         if (isThere && !hasTold)
             pauseOnHost();
     }
     for (auto record = recording.takeLast(); record.has_value(); record = recording.takeLast())
-        lines.add(*record);
-    lines.finish();
+        telling.add(*record);
+    telling.finish();
 }
 
 int trace(Console &console, const TraceWords &words) {
+    std::signal(SIGPIPE, SIG_IGN); // the program goes on when nobody reads of it any more
     Recording recording;
     TraceLines lines(console, words.destination);
     TracedProgram program(words.program, recording.path(), console.outputDescriptor());

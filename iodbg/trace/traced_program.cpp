@@ -1,5 +1,6 @@
 #include "iodbg/trace/traced_program.h"
 
+#include "iodbg/core/program.h"
 #include "tracer/ring.h"
 #include "virtual_board/programs/preload_list.h"
 #include "virtual_board/programs/program_file.h"
@@ -10,9 +11,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <spawn.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -39,6 +38,14 @@ void onSignal(int signal) {
 }
 
 constexpr int kEndingSignals[] = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
+
+void takeSignalsFor(pid_t program) {
+    tracedProgram = program;
+    struct sigaction action = {};
+    action.sa_handler = onSignal;
+    for (const int signal : kEndingSignals)
+        sigaction(signal, &action, nullptr);
+}
 
 /** The library that is preloaded: beside this program, or where it belongs as seen from there. */
 fs::path findLibrary() {
@@ -111,47 +118,6 @@ std::string preloadList(const vb::ProgramFile &program, const fs::path &library)
     return inherited != nullptr && *inherited != '\0' ? list + ":" + inherited : list;
 }
 
-/** This program's variables with others in place of its own. */
-std::vector<std::string> environmentWith(const std::vector<std::string> &settings) {
-    std::vector<std::string> variables = settings;
-    const auto isReplaced = [&settings](const std::string &variable) {
-        for (const std::string &setting : settings) {
-            if (variable.compare(0, setting.find('=') + 1, setting, 0, setting.find('=') + 1) == 0)
-                return true;
-        }
-        return false;
-    };
-    for (char **variable = environ; *variable != nullptr; ++variable) {
-        if (!isReplaced(*variable))
-            variables.emplace_back(*variable);
-    }
-    return variables;
-}
-
-std::vector<char *> pointersTo(const std::vector<std::string> &texts) {
-    std::vector<char *> pointers;
-    pointers.reserve(texts.size() + 1);
-    for (const std::string &text : texts)
-        pointers.push_back(const_cast<char *>(text.c_str()));
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
-pid_t spawn(const std::vector<std::string> &words, const std::vector<std::string> &variables,
-            int output) {
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    pid_t pid = 0;
-    const int error = posix_spawnp(&pid, words[0].c_str(), &actions, nullptr,
-                                   pointersTo(words).data(), pointersTo(variables).data());
-    posix_spawn_file_actions_destroy(&actions);
-    if (error != 0)
-        throw Failure(kNotTraced, "cannot start " + words[0] + ": " + std::strerror(error),
-                      "give a program that can be started");
-    return pid;
-}
-
 } // namespace
 
 TracedProgram::TracedProgram(const std::vector<std::string> &words, const std::string &recording,
@@ -159,17 +125,23 @@ TracedProgram::TracedProgram(const std::vector<std::string> &words, const std::s
     const fs::path library = findLibrary();
     const vb::ProgramFile program = examine(words[0]);
     requireFit(words[0], program, library);
-    const std::vector<std::string> variables =
-        environmentWith({std::string(vb::kPreloadVariable) + "=" + preloadList(program, library),
-                         std::string(tracer::kRingVariable) + "=" + recording});
+    const std::vector<std::string> variables = {
+        std::string(vb::kPreloadVariable) + "=" + preloadList(program, library),
+        std::string(tracer::kRingVariable) + "=" + recording};
     // What its children start when it has ended is still this process's to wait for.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
-    pid_ = spawn(words, variables, output);
-    tracedProgram = pid_;
-    struct sigaction action = {};
-    action.sa_handler = onSignal;
+    sigset_t ending, before;
+    sigemptyset(&ending);
     for (const int signal : kEndingSignals)
-        sigaction(signal, &action, nullptr);
+        sigaddset(&ending, signal);
+    sigprocmask(SIG_BLOCK, &ending, &before); // until there is somebody to hand them to
+    const int error = startProgram({words, variables, output, STDERR_FILENO}, before, pid_);
+    if (error == 0)
+        takeSignalsFor(pid_);
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    if (error != 0)
+        throw Failure(kNotTraced, "cannot start " + words[0] + ": " + std::strerror(error),
+                      "give a program that can be started");
 }
 
 TracedProgram::~TracedProgram() {
@@ -196,19 +168,7 @@ bool TracedProgram::isThere() {
 }
 
 int TracedProgram::end() const {
-    if (!WIFSIGNALED(status_))
-        return WEXITSTATUS(status_);
-    const int signal = WTERMSIG(status_);
-    const rlimit none = {0, 0};
-    setrlimit(RLIMIT_CORE, &none); // the program's own is the one that tells something
-    std::signal(signal, SIG_DFL);
-    sigset_t own;
-    sigemptyset(&own);
-    sigaddset(&own, signal);
-    sigprocmask(SIG_UNBLOCK, &own, nullptr);
-    raise(signal);
-    constexpr int kFirstOfSignals = 128; // what shells make of it
-    return kFirstOfSignals + signal;
+    return endAs(status_);
 }
 
 } // namespace iodbg

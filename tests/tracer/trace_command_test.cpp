@@ -154,6 +154,16 @@ TEST_F(TraceCommandTest, SignalsAreForTheProgramAsLongAsItIsThere) {
     EXPECT_EQ(left->wait().exitCode, 4);
 }
 
+TEST_F(TraceCommandTest, AProgramGoesOnWhenItsTraceCannotBeWritten) {
+    const ProcessResult result = runOnBoard(
+        board(), {"sh", "-c",
+                  "\"$0\" trace -- sh -c '\"$0\" cpld get 2 && sleep 0.2 && \"$0\" cpld get 3 && "
+                  "touch \"$1\"' \"$0\" \"$1\" 2> /dev/full",
+                  builtProgram("iodbg"), path("done")});
+    EXPECT_EQ(result.exitCode, 4);
+    EXPECT_TRUE(std::filesystem::exists(path("done")));
+}
+
 TEST_F(TraceCommandTest, WhatIsLostIsSaid) {
     const std::string file = path("trace.json");
     Process process({builtProgram("iodbg"), "trace", "--json", "--output", file, "--", "sh", "-c",
