@@ -44,6 +44,11 @@ Command &Command::example(const std::string &line) {
     return *this;
 }
 
+Command &Command::unless(const Detour &other) {
+    detour = other;
+    return *this;
+}
+
 Command &Command::onlyAfter(const std::function<void()> &condition) {
     check = condition;
     return *this;

@@ -7,6 +7,7 @@
 #include <concepts>
 #include <functional>
 #include <list>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -27,6 +28,9 @@ class Output {
 
 /** What a command does once its words have been taken; its exit code. */
 using Action = std::function<int(Output &)>;
+
+/** What a command answers in place of what it does otherwise; nothing where it does that. */
+using Detour = std::function<std::optional<int>(Output &)>;
 
 /** The words behind "--" are a program's line; those before it that nobody knows are not. */
 using ProgramTaker = std::function<void(const std::vector<std::string> &unknown,
@@ -75,6 +79,8 @@ class Command {
     Command &example(const std::string &line);
     /** What must hold before it, or a command of it, does anything; throws where it does not. */
     Command &onlyAfter(const std::function<void()> &condition);
+    /** Asks for another answer first, before anything of what must hold is looked at. */
+    Command &unless(const Detour &other);
     /** Takes a program's line behind "--". */
     Command &takesProgram(const ProgramTaker &taker);
 
@@ -128,6 +134,7 @@ class Command {
     std::vector<Chapter> chapters;
     size_t inChapter = 0; // of its parent; chapters count from 1
     std::function<void()> check;
+    Detour detour;
     ProgramTaker program;
     Action action;
 

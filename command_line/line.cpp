@@ -269,7 +269,12 @@ Action actionOf(const Command &command) {
             return action(output);
         };
     }
-    return action;
+    if (!command.detour)
+        return action;
+    return [detour = command.detour, action](Output &output) {
+        const std::optional<int> other = detour(output);
+        return other ? *other : action(output);
+    };
 }
 
 /** The command that takes a program's line, if the words call it; null for others. */

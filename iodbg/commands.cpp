@@ -78,6 +78,7 @@ ExitCode runCommand(Console &console, int argc, const char *const *argv) {
         return runPoeDebug(console, argc, argv);
     Tool tool = makeTool(console.isJson());
     const std::span words(argv, static_cast<size_t>(argc));
+    console.takeWords({words.begin(), words.end()});
     const Action action = actionFor(tool, words.subspan(words.empty() ? 0 : 1));
     return static_cast<ExitCode>(action(console));
 }

@@ -4,6 +4,7 @@
 #include "iodbg/chassis/calendar.h"
 #include "iodbg/chassis/clocks.h"
 #include "iodbg/chassis/commands.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
@@ -81,7 +82,7 @@ ExitCode sync(Console &console) {
 }
 
 void defineClock(Command &clock) {
-    clock.command("get", "Show both")
+    takesCapturedUnit(clock.command("get", "Show both"))
         .detail("These are the clock chip, the system's clock and their difference.")
         .example("iodbg clock get")
         .does(showBoth);

@@ -3,6 +3,7 @@
 #include "bsp.h"
 #include "iodbg/chassis/commands.h"
 #include "iodbg/chassis/fans.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
@@ -43,7 +44,9 @@ ExitCode setFans(Console &console, uint32_t level) {
 }
 
 void defineFan(Command &fan) {
-    fan.command("get", "Show level, presence and speed").example("iodbg fan get").does(showFans);
+    takesCapturedUnit(fan.command("get", "Show level, presence and speed"))
+        .example("iodbg fan get")
+        .does(showFans);
     const auto level = std::make_shared<uint32_t>(0);
     Command &setCommand = fan.command("set", "Set the level of all fans and read it back");
     setCommand.argument("LEVEL", "1 (slowest) to 10",

@@ -3,6 +3,7 @@
 #include "bsp.h"
 #include "iodbg/chassis/commands.h"
 #include "iodbg/chassis/lamps.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
@@ -88,7 +89,9 @@ void addSet(Command &setGroup, const LampKind &kind) {
 void defineLed(Command &led) {
     led.detail("These are the lamps of the PoE ports, too.").example("iodbg led");
     led.does(showLamps);
-    led.command("get", "Show the lamps").example("iodbg led get --json").does(showLamps);
+    takesCapturedUnit(led.command("get", "Show the lamps"))
+        .example("iodbg led get --json")
+        .does(showLamps);
     Command &setGroup = led.group("set", "Set a lamp and read it back");
     for (const LampKind &kind : kLampKinds)
         addSet(setGroup, kind);

@@ -3,6 +3,7 @@
 #include "bsp.h"
 #include "iodbg/chassis/commands.h"
 #include "iodbg/chassis/supplies.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
@@ -53,6 +54,7 @@ void addPowerCommand(Command &root) {
                              });
     command.example("iodbg power").example("iodbg power 2 --json");
     command.onlyAfter(requireKernelModule);
+    takesCapturedUnit(command);
     command.does([supply](Console &console) { return power(console, *supply); });
 }
 

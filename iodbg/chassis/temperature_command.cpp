@@ -2,6 +2,7 @@
 
 #include "iodbg/chassis/climate.h"
 #include "iodbg/chassis/commands.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
@@ -23,7 +24,7 @@ ExitCode showTemperature(Console &console) {
 } // namespace
 
 void addTemperatureCommand(Command &root) {
-    root.command("temperature", "Show the board's temperature")
+    takesCapturedUnit(root.command("temperature", "Show the board's temperature"))
         .onlyAfter(requireKernelModule)
         .example("iodbg temperature")
         .does(showTemperature);

@@ -3,6 +3,7 @@
 #include "bsp.h"
 #include "iodbg/chassis/commands.h"
 #include "iodbg/chassis/watchdog.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
@@ -105,7 +106,7 @@ Parser optionalNumber(std::optional<uint32_t> &target, uint32_t highest) {
 }
 
 void defineWatchdog(Command &watchdog) {
-    watchdog.command("get", "Read the period")
+    takesCapturedUnit(watchdog.command("get", "Read the period"))
         .example("iodbg watchdog get")
         .does([](Console &console) { return printPeriod(console, readPeriod()); });
 

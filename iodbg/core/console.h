@@ -11,6 +11,8 @@
 
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace iodbg {
 
@@ -20,6 +22,10 @@ class Console : public command_line::Output {
   public:
     /** Takes standard output over. */
     Console();
+
+    /** The words of the command line, the program's name among them. */
+    const std::vector<std::string> &words() const { return words_; }
+    void takeWords(std::vector<std::string> words) { words_ = std::move(words); }
 
     /** Whether answers are for programs. */
     bool &isJson() { return isJson_; }
@@ -66,6 +72,7 @@ class Console : public command_line::Output {
     };
 
     bsp::Descriptor out_;
+    std::vector<std::string> words_;
     bool isJson_ = false;
     bool isInLines_ = false;
     bool isDataGiven_ = false;

@@ -1,6 +1,7 @@
 // iodbg boot: the settings of the boot loader.
 
 #include "bsp.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/excerpt.h"
 #include "iodbg/core/failure.h"
@@ -211,6 +212,7 @@ void addGet(Command &boot) {
     command.flag("--show-password", "Show the boot password", arguments->isPasswordShown);
     command.detail("The password is shown with --show-password alone.");
     command.example("iodbg boot get").example("iodbg boot get baudrate");
+    takesCapturedUnit(command);
     command.does([arguments](Console &console) { return get(console, *arguments); });
 }
 

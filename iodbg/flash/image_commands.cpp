@@ -1,6 +1,7 @@
 // iodbg image: what the banks hold, and boot-loader upgrade files.
 
 #include "bsp.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
@@ -166,6 +167,7 @@ void addInfo(Command &image) {
                        number(only->emplace(), BSP_OS_BANKS - 1)(word);
                    }));
     command.example("iodbg image info").example("iodbg image info --bank 1");
+    takesCapturedUnit(command);
     command.does([only](Console &console) { return showBanks(console, *only); });
 }
 
@@ -183,6 +185,7 @@ void addVerify(Command &image) {
     command.detail("The comparison is that of 'iodbg upgrade os': the image around bad blocks, and "
                    "the copy of its header block.");
     command.example("iodbg image verify os.img --bank 1");
+    takesCapturedUnit(command);
     command.does([arguments](Console &console) { return verify(console, *arguments); });
 }
 

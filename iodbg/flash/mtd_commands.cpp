@@ -1,6 +1,7 @@
 // iodbg mtd: flash partitions as a whole, or the file that one holds behind a length header.
 
 #include "bsp.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/confirm.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/failure.h"
@@ -255,7 +256,7 @@ ExitCode erase(Console &console, const EraseArguments &arguments) {
 }
 
 void addList(Command &mtd) {
-    mtd.command("list", "Show the partitions: what they hold, sizes, bad blocks")
+    takesCapturedUnit(mtd.command("list", "Show the partitions: what they hold, sizes, bad blocks"))
         .example("iodbg mtd list")
         .does(list);
 
@@ -263,6 +264,7 @@ void addList(Command &mtd) {
     Command &command = mtd.command("info", "Show what a partition's driver tells of it");
     command.argument("DEVICE", flashDeviceHelp(), flashDevice(*device));
     command.example("iodbg mtd info mtd12");
+    takesCapturedUnit(command);
     command.does([device](Console &console) { return info(console, *device); });
 }
 
@@ -277,6 +279,7 @@ void addRead(Command &mtd) {
                    "library's flash lock, and needs no room for a copy. What it gave is compared "
                    "with a second reading behind it.");
     command.example("iodbg mtd read mtd4 saved.bin").example("iodbg mtd read mtd12 -");
+    takesCapturedUnit(command);
     command.does([arguments](Console &console) { return read(console, *arguments); });
 }
 

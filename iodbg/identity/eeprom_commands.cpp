@@ -1,6 +1,7 @@
 // iodbg eeprom: the raw content of the EEPROMs of the board and its supplies.
 
 #include "bsp.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
@@ -135,6 +136,7 @@ void addDump(Command &eeprom) {
     command.flag("--force", kForceHelp, arguments->isForced);
     command.example("iodbg eeprom dump --offset 0x100 --length 128")
         .example("iodbg eeprom dump --device supply1 --output saved.eeprom");
+    takesCapturedUnit(command);
     command.does([arguments](Console &console) { return dump(console, *arguments); });
 }
 

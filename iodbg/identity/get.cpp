@@ -1,5 +1,6 @@
 // iodbg identity get: serial number, MAC addresses and product records.
 
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
@@ -106,6 +107,7 @@ void defineIdentity(Command &identity) {
         .example("iodbg identity get record --index supply1 --output saved.rec")
         .example("iodbg identity get record --output board.json --format json");
     command.onlyAfter(requireKernelModule);
+    takesCapturedUnit(command);
     command.does([arguments](Console &console) { return get(console, *arguments); });
 
     addIdentityNewCommand(identity);

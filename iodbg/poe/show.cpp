@@ -1,6 +1,7 @@
 // iodbg poe status, port: what the controller and its ports say.
 
 #include "bsp.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/failure.h"
 #include "iodbg/core/progress.h"
@@ -126,9 +127,10 @@ void addPoeShowCommands(Command &poe) {
                             portList(*ports));
     status.detail("On a terminal each port appears as it is read.");
     status.example("iodbg poe status").example("iodbg poe status 1-8,12 --json");
+    takesCapturedUnit(status);
     status.does([ports](Console &console) { return showStatus(console, *ports); });
 
-    poe.command("info", "Show the controller: firmware, state, power budget")
+    takesCapturedUnit(poe.command("info", "Show the controller: firmware, state, power budget"))
         .example("iodbg poe info")
         .does(showController);
 
@@ -136,6 +138,7 @@ void addPoeShowCommands(Command &poe) {
     Command &portCommand = poe.command("port", "Show one port");
     portCommand.argument("PORT", "Number of the port", portNumber(*port));
     portCommand.example("iodbg poe port 3");
+    takesCapturedUnit(portCommand);
     portCommand.does([port](Console &console) { return showPort(console, *port); });
 }
 

@@ -1,6 +1,7 @@
 // iodbg cpld: registers of the CPLD.
 
 #include "bsp.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
@@ -124,6 +125,7 @@ void addGet(Command &cpld) {
                "Reading changes none of the registers that have a name. Whether one without a name "
                "keeps something until it is read is not known, and a scan reads those, too.");
     get.example("iodbg cpld get").example("iodbg cpld get 1-5 0x1E");
+    takesCapturedUnit(get);
     get.does([registers](Console &console) {
         return console.print(registers->empty() ? scanRegisters() : readRegisters(*registers));
     });

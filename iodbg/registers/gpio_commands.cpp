@@ -1,6 +1,7 @@
 // iodbg gpio: GPIO lines of the processor.
 
 #include "bsp.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
@@ -71,7 +72,7 @@ ExitCode set(Console &console, const LineArguments &arguments) {
 }
 
 void defineGpio(Command &gpio) {
-    gpio.command("list", "Read the levels of the lines that the board has wired")
+    takesCapturedUnit(gpio.command("list", "Read the levels of the lines that the board has wired"))
         .detail("Reading a line feeds no watchdog and resets nothing.")
         .example("iodbg gpio list")
         .does(list);
@@ -80,6 +81,7 @@ void defineGpio(Command &gpio) {
     Command &getCommand = gpio.command("get", "Read the level of a line");
     getCommand.argument("LINE", "Number of the line", number(arguments->line));
     getCommand.example("iodbg gpio get 19");
+    takesCapturedUnit(getCommand);
     getCommand.does([arguments](Console &console) { return get(console, *arguments); });
 
     Command &setCommand = gpio.command("set", "Make a line an output and drive it");

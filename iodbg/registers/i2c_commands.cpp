@@ -1,6 +1,7 @@
 // iodbg i2c: transfers on the board's I2C buses.
 
 #include "bsp.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
@@ -197,6 +198,7 @@ void addScan(Command &i2c) {
                    "The PoE controller is not asked: the byte would be missing from the answer to "
                    "another program.");
     command.example("iodbg i2c scan").example("iodbg i2c scan 1 0");
+    takesCapturedUnit(command);
     command.does([words](Console &console) { return scan(console, *words); });
 }
 
@@ -208,6 +210,7 @@ void defineI2c(Command &i2c) {
     readCommand.argument("LENGTH", "Bytes to read, 1-65535",
                          numberFromOne(transfer->length, kMaxTransfer));
     readCommand.example("iodbg i2c read 0 0 0x51 0x100 16 --offset-length 2");
+    takesCapturedUnit(readCommand);
     readCommand.does([transfer](Console &console) { return read(console, *transfer); });
 
     Command &writeCommand = i2c.command("write", "Write to a device, in one transfer");

@@ -1,6 +1,7 @@
 // iodbg sfp: cages and the modules in them.
 
 #include "bsp.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/failure.h"
@@ -176,6 +177,7 @@ void addOfPort(Command &sfp, const std::string &name, const std::string &help,
     const auto port = std::make_shared<uint32_t>(0);
     Command &command = sfp.command(name, help);
     command.argument("PORT", "Front-panel port of the cage", numberFromOne(*port));
+    takesCapturedUnit(command);
     command.example("iodbg sfp " + name + " " + examplePort);
     command.does([port, run](Console &console) { return run(console, *port); });
 }
@@ -192,13 +194,15 @@ void addShow(Command &sfp) {
                              numberFromOne(port->emplace())(word);
                      }));
     command.example("iodbg sfp show 49").example("iodbg sfp show all --json");
+    takesCapturedUnit(command);
     command.does(
         [port](Console &console) { return *port ? show(console, **port) : showAll(console); });
 }
 
 void defineSfp(Command &sfp) {
-    sfp.command("list",
-                "Show all cages: lines, what is plugged, its light, temperature and verdict")
+    takesCapturedUnit(
+        sfp.command("list",
+                    "Show all cages: lines, what is plugged, its light, temperature and verdict"))
         .example("iodbg sfp list")
         .example("iodbg sfp list --json")
         .does(list);

@@ -1,6 +1,7 @@
 // iodbg check: judges the whole unit.
 
 #include "command_line/page.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/flash/boot_block.h"
@@ -35,8 +36,10 @@ ExitCode check(Console &console) {
 } // namespace
 
 void addCheckCommand(Command &root) {
-    root.command("check", "Judge the whole unit: what is wrong and what to do.\nExit code 5 when "
-                          "there is a fault; warnings alone are 0")
+    takesCapturedUnit(
+        root.command("check",
+                     "Judge the whole unit: what is wrong and what to do.\nExit code 5 when "
+                     "there is a fault; warnings alone are 0"))
         .detail("What hangs on something that is wrong is not judged, and says on what it hangs.")
         .example("iodbg check")
         .example("iodbg check --json")

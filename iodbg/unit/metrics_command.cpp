@@ -1,5 +1,6 @@
 // iodbg metrics: all readings for monitoring systems.
 
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/host_file.h"
@@ -61,6 +62,7 @@ void addMetricsCommand(Command &root) {
                    "The PoE controller takes 200 ms for each answer: with 48 ports this is a "
                    "matter of a minute.");
     command.example("iodbg metrics").example("iodbg metrics switch.prom");
+    takesCapturedUnit(command);
     command.does([arguments](Console &console) { return metrics(console, *arguments); });
 }
 

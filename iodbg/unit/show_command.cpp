@@ -4,6 +4,7 @@
 #include "iodbg/chassis/clocks.h"
 #include "iodbg/chassis/fans.h"
 #include "iodbg/chassis/supplies.h"
+#include "iodbg/core/captured_unit_option.h"
 #include "iodbg/core/console.h"
 #include "iodbg/core/device_node.h"
 #include "iodbg/identity/items.h"
@@ -106,9 +107,10 @@ void addModelsParts(Report &report, const Model &model, int32_t status) {
 } // namespace
 
 void addShowCommand(Command &root) {
-    root.command("show",
-                 "Show the board: versions, identity, product record, temperature, fans, clock, "
-                 "supplies, PoE, SFP cages")
+    takesCapturedUnit(
+        root.command(
+            "show", "Show the board: versions, identity, product record, temperature, fans, clock, "
+                    "supplies, PoE, SFP cages"))
         .onlyAfter(requireKernelModule)
         .detail("What cannot be read does not hide the rest.")
         .example("iodbg show")

@@ -16,6 +16,8 @@ struct BadWord {
     int exitCode = 2;
 };
 
+constexpr char kNoFileName[] = "--from: '' is not the name of a file";
+
 constexpr BadWord kIodbg[] = {
     {"diff", "FIRST", "/nowhere/x live", "cannot open /nowhere/x: No such file or directory", 4},
     {"diff", "SECOND", "live /nowhere/x", "cannot open /nowhere/x: No such file or directory", 4},
@@ -192,6 +194,35 @@ constexpr BadWord kIodbg[] = {
     {"trace", "--output", "--output /nowhere/x -- true",
      "cannot write /nowhere/x: No such file or directory", 4},
     {"status", "CODE", "BSP_OK", "CODE: 'BSP_OK' is not a number from -2147483648 to 2147483647"},
+    {"show", "--from", "--from ''", kNoFileName},
+    {"check", "--from", "--from ''", kNoFileName},
+    {"metrics", "--from", "--from ''", kNoFileName},
+    {"identity get", "--from", "--from ''", kNoFileName},
+    {"eeprom dump", "--from", "--from ''", kNoFileName},
+    {"power", "--from", "--from ''", kNoFileName},
+    {"fan get", "--from", "--from ''", kNoFileName},
+    {"temperature", "--from", "--from ''", kNoFileName},
+    {"clock get", "--from", "--from ''", kNoFileName},
+    {"led get", "--from", "--from ''", kNoFileName},
+    {"watchdog get", "--from", "--from ''", kNoFileName},
+    {"cpld get", "--from", "1 --from ''", kNoFileName},
+    {"i2c scan", "--from", "--from ''", kNoFileName},
+    {"i2c read", "--from", "0 0 0x50 0 1 --from ''", kNoFileName},
+    {"gpio list", "--from", "--from ''", kNoFileName},
+    {"gpio get", "--from", "1 --from ''", kNoFileName},
+    {"sfp list", "--from", "--from ''", kNoFileName},
+    {"sfp show", "--from", "49 --from ''", kNoFileName},
+    {"sfp dump", "--from", "49 --from ''", kNoFileName},
+    {"sfp phy", "--from", "49 --from ''", kNoFileName},
+    {"poe status", "--from", "--from ''", kNoFileName},
+    {"poe info", "--from", "--from ''", kNoFileName},
+    {"poe port", "--from", "1 --from ''", kNoFileName},
+    {"image info", "--from", "--from ''", kNoFileName},
+    {"image verify", "--from", "@file --bank 0 --from ''", kNoFileName},
+    {"boot get", "--from", "--from ''", kNoFileName},
+    {"mtd list", "--from", "--from ''", kNoFileName},
+    {"mtd info", "--from", "mtd12 --from ''", kNoFileName},
+    {"mtd read", "--from", "mtd12 @new --from ''", kNoFileName},
 };
 
 constexpr BadWord kVboard[] = {
