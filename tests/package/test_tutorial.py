@@ -1,4 +1,4 @@
-"""docs/testing-without-a-board.md, carried out from its beginning to its end in a folder and a shell.
+"""Pages of docs/, each carried out from its beginning to its end in a folder and a shell.
 
 usage: pytest test_tutorial.py, with the build's folder in BSP_TEST_BUILD and cmake's path in BSP_TEST_CMAKE
 
@@ -12,15 +12,18 @@ import shlex
 import subprocess
 from pathlib import Path
 
-_PAGE = Path(__file__).parents[2] / "docs" / "testing-without-a-board.md"
+import pytest
+
+_DOCUMENTS = Path(__file__).parents[2] / "docs"
+_INSTALL = "cmake --install build/release --prefix ~/bsp --strip > install.log"
 _MARK = "-- end of a command: "
 _FILE_END = "END OF A FILE"
 
 
-def _blocks():
+def _blocks(page):
     """Each block: its kind, its text, and the paragraph before it."""
     before, paragraph, kind, block = "", "", None, []
-    for line in _PAGE.read_text().splitlines():
+    for line in (_DOCUMENTS / page).read_text().splitlines():
         if kind is not None and line == "```":
             yield kind, "".join(block), before
             kind, block = None, []
@@ -41,9 +44,9 @@ def _commands_of(text):
         yield command, shown
 
 
-def _steps():
+def _steps(page):
     """All that is to be done: commands, and what they print, or None where nobody says."""
-    for kind, text, before in _blocks():
+    for kind, text, before in _blocks(page):
         if kind == "console":
             yield from _commands_of(text)
         elif kind == "diff":
@@ -73,11 +76,15 @@ def _steady(printed):
     return re.sub(r"^(\d+\.\d{9}) \d+ ", r"\1 PID ", printed, flags=re.MULTILINE)
 
 
-def test_the_tutorial_can_be_followed(tmp_path):
+@pytest.mark.parametrize(
+    ("page", "first", "least"),
+    [("testing-without-a-board.md", [], 25), ("field-to-desk.md", [(_INSTALL, "")], 20)],
+)
+def test_a_page_can_be_followed(page, first, least, tmp_path):
     (tmp_path / "build").mkdir()
     (tmp_path / "build" / "release").symlink_to(os.environ["BSP_TEST_BUILD"])
-    steps = list(_steps())
-    assert len(steps) > 25
+    steps = [*first, *_steps(page)]
+    assert len(steps) > least
     script = ["exec 2>&1"]
     for command, _ in steps:
         script += [command, f"echo {shlex.quote(_MARK)}$?"]
