@@ -29,11 +29,13 @@ std::vector<std::string> otherWords(const Console &console) {
 
 int answerFrom(const std::string &file, const Console &console) {
     int status = 0;
-    {
+    try {
         Twin twin(file);
         status = twin.run(otherWords(console), console.outputDescriptor());
+    } catch (const Twin::Ended &end) {
+        status = end.status;
     }
-    return endAs(status);
+    return command_line::endAs(status);
 }
 
 } // namespace

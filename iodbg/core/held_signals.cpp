@@ -12,18 +12,12 @@ constexpr int kSignalled = 128; // added to a signal's number, as shells do
 
 } // namespace
 
-HeldSignals::HeldSignals() {
-    sigemptyset(&held_);
-    for (const int signal : kEnding)
-        sigaddset(&held_, signal);
-    sigprocmask(SIG_BLOCK, &held_, &before_);
-}
+HeldSignals::HeldSignals() : held_(kEnding) {}
 
 HeldSignals::~HeldSignals() {
     constexpr timespec kNow = {};
-    while (sigtimedwait(&held_, nullptr, &kNow) > 0) {
+    while (sigtimedwait(&held_.all(), nullptr, &kNow) > 0) {
     }
-    sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 
 int HeldSignals::waiting() const {

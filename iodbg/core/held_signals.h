@@ -1,7 +1,7 @@
 #pragma once
 // Work that can be left at certain points only: a Ctrl-C waits for the next one.
 
-#include <csignal>
+#include "command_line/blocked_signals.h"
 
 namespace iodbg {
 
@@ -22,8 +22,7 @@ class HeldSignals {
     [[noreturn]] static void endBy(int signal);
 
   private:
-    sigset_t held_{};
-    sigset_t before_{};
+    const command_line::BlockedSignals held_;
 };
 
 } // namespace iodbg

@@ -111,8 +111,10 @@ void Twin::make() {
                           error.code().message(),
                       "install it beside iodbg, or where PATH leads");
     }
+    if (WIFSIGNALED(status))
+        throw Ended{status};
     const std::string text = textOfFile(saidPath);
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
+    if (WEXITSTATUS(status) != 0)
         throw Failure(ExitCode::Host, lastLine(text));
     if (const auto lines = std::count(text.begin(), text.end(), '\n'); lines != 0)
         std::fprintf(stderr,

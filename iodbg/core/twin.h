@@ -1,8 +1,8 @@
 #pragma once
 // A captured unit to ask: a virtual board of it, in a folder that nobody keeps.
 
+#include "command_line/programs.h"
 #include "iodbg/core/format.h"
-#include "iodbg/core/program.h"
 
 #include <string>
 #include <vector>
@@ -11,9 +11,15 @@ namespace iodbg {
 
 class Twin {
   public:
+    /** A signal that ended the making; what waitpid tells of it. */
+    struct Ended {
+        int status;
+    };
+
     /**
      * Makes the board of a file, or of standard input. Says on standard error when it is not all
-     * that the unit was. Throws when there is none.
+     * that the unit was. Throws when there is none; Ended when somebody
+     * wants this program to end.
      */
     explicit Twin(std::string file);
     Twin(const Twin &) = delete;
@@ -27,8 +33,8 @@ class Twin {
     void make();
 
     const std::string file_;
-    const Bytes input_;      // what standard input had, if that is the file: Ctrl-C still ends it
-    ProgramRunner programs_; // from here on signals wait until the folder is gone
+    const Bytes input_; // what standard input had, if that is the file: Ctrl-C still ends it
+    command_line::ProgramRunner programs_; // from here on signals wait until the folder is gone
     std::string folder_;
 };
 

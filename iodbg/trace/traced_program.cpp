@@ -1,6 +1,6 @@
 #include "iodbg/trace/traced_program.h"
 
-#include "iodbg/core/program.h"
+#include "command_line/programs.h"
 #include "tracer/ring.h"
 #include "virtual_board/programs/preload_list.h"
 #include "virtual_board/programs/program_file.h"
@@ -37,13 +37,11 @@ void onSignal(int signal) {
     errno = savedErrno;
 }
 
-constexpr int kEndingSignals[] = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
-
 void takeSignalsFor(pid_t program) {
     tracedProgram = program;
     struct sigaction action = {};
     action.sa_handler = onSignal;
-    for (const int signal : kEndingSignals)
+    for (const int signal : command_line::kEndingSignals)
         sigaction(signal, &action, nullptr);
 }
 
@@ -130,15 +128,15 @@ TracedProgram::TracedProgram(const std::vector<std::string> &words, const std::s
         std::string(tracer::kRingVariable) + "=" + recording};
     // What its children start when it has ended is still this process's to wait for.
     prctl(PR_SET_CHILD_SUBREAPER, 1);
-    sigset_t ending, before;
-    sigemptyset(&ending);
-    for (const int signal : kEndingSignals)
-        sigaddset(&ending, signal);
-    sigprocmask(SIG_BLOCK, &ending, &before); // until there is somebody to hand them to
-    const int error = startProgram({words, variables, output, STDERR_FILENO}, before, pid_);
-    if (error == 0)
-        takeSignalsFor(pid_);
-    sigprocmask(SIG_SETMASK, &before, nullptr);
+    int error = 0;
+    {
+        const command_line::BlockedSignals ending(
+            command_line::kEndingSignals); // until there is somebody to hand them to
+        error = command_line::startProgram({words, variables, output, STDERR_FILENO},
+                                           ending.before(), pid_);
+        if (error == 0)
+            takeSignalsFor(pid_);
+    }
     if (error != 0)
         throw Failure(kNotTraced, "cannot start " + words[0] + ": " + std::strerror(error),
                       "give a program that can be started");
@@ -146,7 +144,7 @@ TracedProgram::TracedProgram(const std::vector<std::string> &words, const std::s
 
 TracedProgram::~TracedProgram() {
     tracedProgram = 0;
-    for (const int signal : kEndingSignals)
+    for (const int signal : command_line::kEndingSignals)
         std::signal(signal, SIG_IGN); // how this ends is told by the program's end
 }
 
@@ -168,7 +166,7 @@ bool TracedProgram::isThere() {
 }
 
 int TracedProgram::end() const {
-    return endAs(status_);
+    return command_line::endAs(status_);
 }
 
 } // namespace iodbg

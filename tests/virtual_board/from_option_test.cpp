@@ -123,6 +123,13 @@ TEST_F(FromOptionTest, SignalsAreForTheCommandAndNothingIsLeft) {
     process.signal(SIGTERM);
     EXPECT_EQ(process.wait().exitCode, 9);
     EXPECT_TRUE(fs::is_empty(temporary()));
+
+    std::ofstream(standIn) << "#!/bin/sh\nkill -TERM $$\n";
+    const ProcessResult unmade =
+        run({iodbg, "fan", "get", "--from", document()}, elsewhere("/usr/bin:/bin"));
+    EXPECT_EQ(unmade.exitCode, 128 + SIGTERM) << "while the board is made";
+    EXPECT_EQ(unmade.err, "");
+    EXPECT_TRUE(fs::is_empty(temporary()));
 }
 
 } // namespace

@@ -5,7 +5,11 @@
 #include "language/captured_difference.h"
 #include "language/captured_unit.h"
 
+#include <csignal>
+#include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -57,6 +61,33 @@ TEST_F(TwinCommandsTest, ABoardIsCapturedAndMadeAnewWithoutNoticing) {
     EXPECT_EQ(vboard({"get", path("twin"), "sfp.49.module", "supply.2.present"}),
               vboard({"get", board(), "sfp.49.module", "supply.2.present"}));
     EXPECT_FALSE(fs::exists(document() + ".XXXXXX"));
+}
+
+TEST_F(TwinCommandsTest, SignalsEndACaptureWithoutTraces) {
+    const std::string pipe = path("pipe"), temporary = path("temporary");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    fs::create_directory(temporary);
+    // Nobody reads what is more than the pipe has room for.
+    const int reader = open(pipe.c_str(), O_RDWR | O_NONBLOCK);
+    ASSERT_GT(fcntl(reader, F_SETPIPE_SZ, 4096), 0);
+    Process process({"/bin/sh", "-c", "exec \"$0\" capture \"$1\" - 1<>\"$2\"",
+                     builtProgram("vboard"), board(), pipe},
+                    {"TMPDIR=" + temporary});
+    const auto isWriting = [&] {
+        int waiting = 0;
+        return ioctl(reader, FIONREAD, &waiting) == 0 && waiting > 0;
+    };
+    ASSERT_TRUE(comesTrue(isWriting)) << process.errors();
+    EXPECT_FALSE(fs::is_empty(temporary));
+    process.signal(SIGTERM);
+    EXPECT_EQ(process.wait().exitCode, 128 + SIGTERM);
+    EXPECT_TRUE(fs::is_empty(temporary)) << "a copy of the board has its passwords";
+    close(reader);
+}
+
+TEST_F(TwinCommandsTest, NothingIsSavedOnTheBoardItself) {
+    expectFailure(1, "/tmp/bsp/x would be on the board, where /tmp/bsp is the board's own; choose",
+                  {"capture", board(), "/tmp/bsp/x"});
 }
 
 TEST_F(TwinCommandsTest, TheContentOfFlashGoesAlong) {

@@ -1,5 +1,6 @@
 // `vboard capture`.
 
+#include "command_line/programs.h"
 #include "language/refused.h"
 #include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
@@ -11,9 +12,12 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
-#include <spawn.h>
+#include <string>
 #include <sys/wait.h>
+#include <system_error>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -39,58 +43,17 @@ std::string findIodbg() {
     return found;
 }
 
-/** A process's environment with the variables that put it on a board. */
-class BoardEnvironment {
-  public:
-    BoardEnvironment(const Board &board, const std::string &program)
-        : variables_(environmentOf(board, program.c_str())) {
-        for (const VBoardVariable &variable : variables_)
-            texts_.push_back(std::string(variable.name) + "=" + variable.value);
-        for (char **own = environ; *own != nullptr; ++own) {
-            if (!isReplaced(*own))
-                words_.push_back(*own);
-        }
-        for (std::string &text : texts_)
-            words_.push_back(text.data());
-        words_.push_back(nullptr);
+/** Runs a program on a board, with this one's streams; what waitpid tells of it. */
+int runOn(command_line::ProgramRunner &programs, const Board &board,
+          const std::vector<std::string> &line) {
+    std::vector<std::string> variables;
+    for (const VBoardVariable &variable : environmentOf(board, line[0].c_str()))
+        variables.push_back(std::string(variable.name) + "=" + variable.value);
+    try {
+        return programs.run({line, variables, STDOUT_FILENO, STDERR_FILENO});
+    } catch (const std::system_error &failure) {
+        throw CannotStart("cannot start " + line[0] + ": " + failure.code().message());
     }
-
-    char *const *words() const { return words_.data(); }
-
-  private:
-    bool isReplaced(const char *word) const {
-        for (const std::string &text : texts_) {
-            if (std::strncmp(word, text.c_str(), text.find('=') + 1) == 0)
-                return true;
-        }
-        return false;
-    }
-
-    Environment variables_;
-    std::vector<std::string> texts_;
-    std::vector<char *> words_;
-};
-
-/** Runs a program on a board, with this one's streams. */
-void runOn(const Board &board, std::vector<std::string> line) {
-    const BoardEnvironment environment(board, line[0]);
-    std::vector<char *> words;
-    words.reserve(line.size() + 1);
-    for (std::string &word : line)
-        words.push_back(word.data());
-    words.push_back(nullptr);
-    pid_t child = -1;
-    const int reason =
-        posix_spawn(&child, words[0], nullptr, nullptr, words.data(), environment.words());
-    if (reason != 0)
-        throw CannotStart("cannot start " + line[0] + ": " + std::strerror(reason));
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
-        throw language::Refused("the board was not captured: " + line[0] + " ended with " +
-                                (WIFEXITED(status) ? std::to_string(WEXITSTATUS(status))
-                                                   : "signal " + std::to_string(WTERMSIG(status))));
 }
 
 /** Before a board is copied for it. */
@@ -100,13 +63,17 @@ void requireFolderOf(const std::string &file) {
         throw language::Refused("cannot write " + file + ": " + std::strerror(ENOENT));
 }
 
-void captureBoard(const CaptureArguments &arguments) {
-    requireFolderOf(arguments.file);
-    const std::string iodbg = findIodbg();
-    const TriedBoard copy(arguments.folder);
-    const VBoardChange time = {"time", "virtual"};
-    call([&](VBoardError *error) { return vboardSet(copy.get(), &time, 1, error); });
-    std::vector<std::string> line = {iodbg, "capture"};
+/** What there is on a board stands for what is on the host. */
+void requireHostFile(const std::string &file) {
+    std::error_code failure;
+    const fs::path path = fs::weakly_canonical(file, failure);
+    if (path.string().starts_with("/tmp/bsp/"))
+        throw language::Refused(file + " would be on the board, where /tmp/bsp is the board's "
+                                       "own; choose another folder");
+}
+
+std::vector<std::string> lineFor(const CaptureArguments &arguments) {
+    std::vector<std::string> line = {findIodbg(), "capture"};
     const std::pair<bool, const char *> options[] = {{arguments.hasSecrets, "--with-secrets"},
                                                      {arguments.hasFlash, "--with-flash"},
                                                      {arguments.isAnonymous, "--anonymous"},
@@ -117,7 +84,28 @@ void captureBoard(const CaptureArguments &arguments) {
     }
     line.emplace_back("--");
     line.push_back(arguments.file);
-    runOn(copy.get(), std::move(line));
+    return line;
+}
+
+/** What waitpid tells of iodbg, once the copy is gone that it was on. */
+int captureCopy(const CaptureArguments &arguments) {
+    const std::vector<std::string> line = lineFor(arguments);
+    command_line::ProgramRunner programs; // signals end iodbg, and this when all is in order
+    const TriedBoard copy(arguments.folder);
+    const VBoardChange time = {"time", "virtual"};
+    call([&](VBoardError *error) { return vboardSet(copy.get(), &time, 1, error); });
+    return runOn(programs, copy.get(), line);
+}
+
+void captureBoard(const CaptureArguments &arguments) {
+    requireHostFile(arguments.file);
+    requireFolderOf(arguments.file);
+    const int status = captureCopy(arguments);
+    if (WIFSIGNALED(status))
+        command_line::endAs(status);
+    if (WEXITSTATUS(status) != 0)
+        throw language::Refused("the board was not captured: iodbg ended with " +
+                                std::to_string(WEXITSTATUS(status)));
 }
 
 void defineCapture(Command &command) {

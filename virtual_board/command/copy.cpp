@@ -1,5 +1,6 @@
 // `vboard copy`.
 
+#include "command_line/blocked_signals.h"
 #include "virtual_board/command/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/words.h"
@@ -23,6 +24,7 @@ void defineCopy(Command &command) {
         "Programs may be on the board; on the copy there are none.");
     command.example("vboard copy board twin");
     command.does([arguments] {
+        const command_line::BlockedSignals whole(command_line::kEndingSignals);
         call([&](VBoardError *error) {
             return vboardCopy(arguments->folder.c_str(), arguments->copy.c_str(), error);
         });

@@ -1,5 +1,6 @@
 // `vboard create`.
 
+#include "command_line/blocked_signals.h"
 #include "command_line/line.h"
 #include "language/property_table.h"
 #include "language/property_values.h"
@@ -8,7 +9,9 @@
 #include "virtual_board/command/words.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <memory>
+#include <optional>
 #include <sstream>
 
 namespace vboard {
@@ -106,6 +109,9 @@ void create(const CreateArguments &arguments) {
     const bool hasOwnLine = arguments.commandLine != vboardUsualOptions()->commandLine;
     if (!arguments.from.empty() && hasOwnLine) // whose usual one leaves help no room to say so
         throw WrongUsage("--from excludes --cmdline");
+    std::optional<command_line::BlockedSignals> whole;
+    if (arguments.from.empty() || std::filesystem::is_regular_file(arguments.from))
+        whole.emplace(command_line::kEndingSignals); // else of a pipe, which may never end
     if (!arguments.from.empty())
         return createTwin(arguments);
     if (arguments.model.empty())

@@ -1,5 +1,7 @@
 #include "virtual_board/command/interruption.h"
 
+#include "command_line/blocked_signals.h"
+
 #include <algorithm>
 #include <csignal>
 #include <cstring>
@@ -18,24 +20,6 @@ constexpr size_t kLongestPlace = 256;
 char placeNow[kLongestPlace];
 pid_t groups[kMostGroups]; // 0: none
 struct sigaction before[std::size(kSignals)];
-
-/** Keeps the signals away. */
-class Quiet {
-  public:
-    Quiet() {
-        sigset_t signals;
-        sigemptyset(&signals);
-        for (const int signal : kSignals)
-            sigaddset(&signals, signal);
-        sigprocmask(SIG_BLOCK, &signals, &before_);
-    }
-    Quiet(const Quiet &) = delete;
-    Quiet &operator=(const Quiet &) = delete;
-    ~Quiet() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-
-  private:
-    sigset_t before_{};
-};
 
 void say(const char *text) {
     if (write(STDERR_FILENO, text, std::strlen(text)) < 0)
@@ -73,14 +57,14 @@ Interruptible::~Interruptible() {
 }
 
 void setPlaceOfWork(const std::string &text) {
-    const Quiet quiet;
+    const command_line::BlockedSignals quiet(kSignals);
     const size_t length = std::min(text.size(), kLongestPlace - 1);
     std::memcpy(placeNow, text.data(), length);
     placeNow[length] = '\0';
 }
 
 bool addGroup(pid_t leader) {
-    const Quiet quiet;
+    const command_line::BlockedSignals quiet(kSignals);
     pid_t *room = std::find(std::begin(groups), std::end(groups), 0);
     if (room == std::end(groups))
         return false;
@@ -89,7 +73,7 @@ bool addGroup(pid_t leader) {
 }
 
 void removeGroup(pid_t leader) {
-    const Quiet quiet;
+    const command_line::BlockedSignals quiet(kSignals);
     std::replace(std::begin(groups), std::end(groups), leader, 0);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 // A copy of a board, to try something with that the board itself shall not notice.
 
+#include "command_line/blocked_signals.h"
 #include "virtual_board/command/board.h"
 
 #include <memory>
@@ -22,7 +23,7 @@ class TemporaryFolder {
     std::string path_;
 };
 
-/** A copy of a board that is there as long as this is. */
+/** A copy of a board that is there as long as this is. Signals that end programs wait for that. */
 class TriedBoard {
   public:
     explicit TriedBoard(const std::string &folder);
@@ -33,6 +34,7 @@ class TriedBoard {
     const Board &get() const { return *board_; }
 
   private:
+    const command_line::BlockedSignals held_{command_line::kEndingSignals};
     const TemporaryFolder place_;
     const std::string copy_;
     std::unique_ptr<Board> board_;

@@ -1,4 +1,4 @@
-#include "iodbg/core/program.h"
+#include "command_line/programs.h"
 
 #include <cerrno>
 #include <spawn.h>
@@ -7,11 +7,11 @@
 #include <system_error>
 #include <unistd.h>
 
-namespace iodbg {
+namespace command_line {
 
 namespace {
 
-constexpr int kHandedOnSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
+constexpr int kHandledSignals[] = {SIGCHLD, SIGHUP, SIGINT, SIGQUIT, SIGTERM};
 
 /** This program's variables with others in place of its own. */
 std::vector<std::string> environmentWith(const std::vector<std::string> &settings) {
@@ -92,22 +92,13 @@ int endAs(int status) {
     return kFirstOfSignals + signal;
 }
 
-ProgramRunner::ProgramRunner() {
-    sigemptyset(&handled_);
-    sigaddset(&handled_, SIGCHLD);
-    for (const int signal : kHandedOnSignals)
-        sigaddset(&handled_, signal);
-    sigprocmask(SIG_BLOCK, &handled_, &before_);
+ProgramRunner::ProgramRunner() : handled_(kHandledSignals) {
     std::signal(SIGCHLD, SIG_DFL); // ignored, the end of a program would be told to nobody
-}
-
-ProgramRunner::~ProgramRunner() {
-    sigprocmask(SIG_SETMASK, &before_, nullptr);
 }
 
 int ProgramRunner::run(const ProgramLine &line) {
     pid_t pid = 0;
-    if (const int error = startProgram(line, before_, pid); error != 0)
+    if (const int error = startProgram(line, handled_.before(), pid); error != 0)
         throw std::system_error(error, std::generic_category());
     return await(pid);
 }
@@ -116,7 +107,7 @@ int ProgramRunner::await(pid_t pid) const {
     int status = 0;
     while (waitpid(pid, &status, WNOHANG) == 0) {
         siginfo_t info = {};
-        const int signal = sigwaitinfo(&handled_, &info);
+        const int signal = sigwaitinfo(&handled_.all(), &info);
         // A terminal's are the program's, too.
         if (signal > 0 && signal != SIGCHLD && info.si_code <= 0)
             kill(pid, signal);
@@ -124,4 +115,4 @@ int ProgramRunner::await(pid_t pid) const {
     return status;
 }
 
-} // namespace iodbg
+} // namespace command_line

@@ -1,12 +1,13 @@
 #pragma once
-// Programs that iodbg starts.
+// Programs that the tools start and wait for.
 
-#include <csignal>
+#include "command_line/blocked_signals.h"
+
 #include <string>
 #include <sys/types.h>
 #include <vector>
 
-namespace iodbg {
+namespace command_line {
 
 /** A program to start. */
 struct ProgramLine {
@@ -28,9 +29,6 @@ int endAs(int status);
 class ProgramRunner {
   public:
     ProgramRunner();
-    ProgramRunner(const ProgramRunner &) = delete;
-    ProgramRunner &operator=(const ProgramRunner &) = delete;
-    ~ProgramRunner();
 
     /** What waitpid tells of it; throws std::system_error when it cannot be started. */
     int run(const ProgramLine &line);
@@ -38,8 +36,7 @@ class ProgramRunner {
   private:
     int await(pid_t pid) const;
 
-    sigset_t handled_{};
-    sigset_t before_{};
+    const BlockedSignals handled_;
 };
 
-} // namespace iodbg
+} // namespace command_line
