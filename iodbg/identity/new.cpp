@@ -25,6 +25,7 @@ struct AskedField {
     const char *value;
     const char *help;
     const char *usual; // null: every unit has its own
+    uint32_t most = 0; // of a number; 0: it is none
 };
 
 constexpr AskedField kAskedFields[] = {
@@ -33,8 +34,8 @@ constexpr AskedField kAskedFields[] = {
     {"base_mac", "--mac", "MAC", "AA:BB:CC:DD:EE:FF; the unit uses this and the next one", nullptr},
     {"product_name", "--product-name", "TEXT",
      "Up to 32 characters; product data 2 (default: none)", ""},
-    {"supply_count", "--supply-count", "N", "Of models whose record tells it, 0-6 (default 2)",
-     "2"},
+    {"supply_count", "--supply-count", "N", "Of models whose record tells it, 0-6 (default 2)", "2",
+     BSP_SUPPLIES_MAX},
     {"supply_types_hex", "--supply-types", "HEX", "A byte for each supply (default 0101)", "0101"},
     {"product_data_1_hex", "--product-data-1", "HEX", "Up to 16 bytes (default: zeros)", "00"},
     {"product_data_3_hex", "--product-data-3", "HEX", "Up to 4 bytes (default: zeros)", "00"},
@@ -90,6 +91,9 @@ void storeAsked(const AskedField &asked, const Carrier &carrier, const std::stri
 /** Takes a word that the board's record could hold. */
 void takeWord(std::optional<std::string> &target, const AskedField &asked,
               const std::string &word) {
+    uint32_t checked = 0;
+    if (asked.most != 0)
+        number(checked, asked.most)(word);
     BspDevinfo tried = {};
     storeField(*fieldOf(asked.key, Carrier{}), Carrier{}, word, tried);
     target = word;
@@ -112,14 +116,12 @@ BspDevinfo newRecord(const NewArguments &arguments) {
     return record;
 }
 
-/** Whether there is a record. A supply's has no magic: its memory is empty, or it has one. */
-bool hasRecord(const Carrier &carrier, BspDevinfo stored) {
-    if (carrier.isBoard())
-        return judge(stored).status() == BSP_OK;
-    return std::any_of(kRecordFields.begin(), kRecordFields.end(), [&](const ShownField &field) {
+/** Whether the memory is as its chip comes, or was wiped. A damaged record is one, too. */
+bool isBlank(const Carrier &carrier, BspDevinfo stored) {
+    return std::all_of(kRecordFields.begin(), kRecordFields.end(), [&](const ShownField &field) {
         const std::span<uint8_t> bytes = bytesOf(field, carrier, stored);
-        return std::any_of(bytes.begin(), bytes.end(),
-                           [](uint8_t byte) { return byte != 0x00 && byte != 0xFF; });
+        return std::all_of(bytes.begin(), bytes.end(),
+                           [](uint8_t byte) { return byte == 0x00 || byte == 0xFF; });
     });
 }
 
@@ -130,10 +132,12 @@ void requireBlank(const NewArguments &arguments) {
     BspDevinfo stored;
     const Carrier &carrier = arguments.carrier;
     require(readRecord(carrier, stored), "read the record of " + carrier.name());
-    if (hasRecord(carrier, stored))
-        throw Failure::usage(carrier.name() +
-                             " has a record, which would be lost; see 'iodbg identity get', or "
-                             "replace it with --force");
+    if (isBlank(carrier, stored))
+        return;
+    const bool isDamaged = carrier.isBoard() && judge(stored).status() != BSP_OK;
+    throw Failure::usage(carrier.name() + " has a " + (isDamaged ? "damaged " : "") +
+                         "record, which would be lost; see 'iodbg identity get', or replace it "
+                         "with --force");
 }
 
 ExitCode makeNew(Console &console, const NewArguments &arguments) {

@@ -9,8 +9,6 @@ namespace iodbg {
 
 namespace {
 
-constexpr uint32_t kMostSupplies = 6; // that a record has types for
-
 bool isPrintable(char character) {
     return character >= ' ' && character <= '~';
 }
@@ -35,7 +33,7 @@ void storeHex(std::span<uint8_t> place, const std::string &word) {
 
 void storeNumber(std::span<uint8_t> place, const std::string &word) {
     uint32_t value = 0;
-    number(value, kMostSupplies)(word);
+    number(value, UINT8_MAX)(word);
     place[0] = static_cast<uint8_t>(value);
 }
 

@@ -281,6 +281,19 @@ TEST_F(IdentityCommandsTest, ABlankUnitGetsItsRecord) {
     EXPECT_EQ(iodbg(with(store, {"--force"})).out, "the record of the board: nothing to change\n");
 }
 
+TEST_F(IdentityCommandsTest, ADamagedRecordIsNotTakenForNone) {
+    const Words store = {"identity",          "new",    "--serial", "SN-0042", "--mac",
+                         "02:00:5E:10:00:40", "--store"};
+    record()[100] ^= 0x01;
+    const BoardContent before = content();
+    expectRefusal(store, 2, "the board has a damaged record, which would be lost");
+    record()[3] = 'x';
+    expectRefusal(store, 2, "the board has a damaged record, which would be lost");
+    record()[3] = 'I';
+    EXPECT_TRUE(content() == before);
+    EXPECT_EQ(iodbg(with(store, {"--force"})).exitCode, 0);
+}
+
 TEST_F(IdentityCommandsTest, EveryFieldOfANewRecordCanBeGiven) {
     blank(devices().eeprom);
     const std::string file = hostFile("new.rec");
@@ -369,6 +382,7 @@ TEST_F(IdentityCommandsTest, ARecordGoesRoundAsJson) {
     EXPECT_EQ(iodbg(with(set, {makeFile("bare", bare)})).exitCode, 0) << "no CRC: the right one";
     EXPECT_EQ(iodbg({"identity", "get", "serial"}).out, "Serial number  EDITED-1\n");
     record()[64] = 0x80; // no text any more
+    record()[96] = 0xFF; // supplies that no unit has
     record()[33] = 0x01;
     const std::string odd =
         iodbg({"identity", "get", "record", "--output", "-", "--format", "json"}).out;
@@ -391,8 +405,8 @@ TEST_F(IdentityCommandsTest, ASpoiledJsonRecordIsRefused) {
         {"\"version\": 1", "\"version\": 2", "\"version\" is not 1; take the iodbg that made it"},
         {"\"board\"", "\"supply1\"", "\"of\" is not \"board\"; see --index"},
         {"serial_number", "colour", "'colour' is no field of the record of the board"},
-        {"\"supply_count\": 2", "\"supply_count\": 7",
-         "supply_count: '7' is not a number from 0 to 6"},
+        {"\"supply_count\": 2", "\"supply_count\": 256",
+         "supply_count: '256' is not a number from 0 to 255"},
         {"\"supply_count\": 2", "\"supply_count\": true", "is neither a text nor a number"},
         {"\"supply_count\": 2,", "", "there is no supply_count"},
         {"\"supply_count\": 2", "\"serial_number_hex\": \"41\"", "are given twice"},
