@@ -1,7 +1,10 @@
 #include "iodbg/unit/changes.h"
 
+#include "bsp.h"
+
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace iodbg {
 
@@ -10,6 +13,18 @@ namespace {
 /** Values that change by themselves, and so tell nothing. */
 constexpr const char *kRestless[] = {"clock.chip", "clock.system", "poe.ports_asked"};
 
+/** What is measured, and how far from what was told last it is still the same. */
+struct MeasuredItem {
+    const char *beginning, *end; // of the item's path
+    int64_t tolerance;
+};
+constexpr MeasuredItem kMeasured[] = {
+    {"climate.", "temperature_c", 1},
+    {"fans.", "speed_rpm", BSP_FAN_STEP_RPM}, // what the tachometers count in
+    {"poe.", "drawn_mw", 500},
+    {"clock.", "drift_s", 1}, // the two clocks' seconds do not begin together
+};
+
 constexpr char kPortsAsked[] = "ports_asked";
 constexpr char kPortsOn[] = "poe.ports_on";
 
@@ -17,23 +32,30 @@ bool isRestless(const std::string &item) {
     return std::find(std::begin(kRestless), std::end(kRestless), item) != std::end(kRestless);
 }
 
-bool isSame(const Cell &one, const Cell &other) {
+int64_t toleranceOf(const std::string &item) {
+    for (const MeasuredItem &row : kMeasured) {
+        if (item.starts_with(row.beginning) && item.ends_with(row.end))
+            return row.tolerance;
+    }
+    return 0;
+}
+
+bool isSame(const std::string &item, const Cell &one, const Cell &other) {
+    const auto *first = std::get_if<int64_t>(&one.value);
+    const auto *second = std::get_if<int64_t>(&other.value);
+    if (first != nullptr && second != nullptr)
+        return std::max(*first, *second) - std::min(*first, *second) <= toleranceOf(item);
     return one.value == other.value && (one.value != Value() || one.text == other.text);
 }
 
-struct Judged {
-    std::string text;
-    Severity severity = Severity::Good;
-};
-
-/** What is found of each subject, in words. */
-std::map<std::string, Judged> judgedOf(const Findings &findings) {
-    std::map<std::string, Judged> all;
+std::map<std::string, SubjectJudgement> judgementsOf(const Findings &findings) {
+    std::map<std::string, SubjectJudgement> all;
     for (const Finding &finding : findings) {
-        Judged &judged = all[finding.subject.name()];
-        judged.text += (judged.text.empty() ? "" : "; ") +
-                       std::string(severityKey(finding.severity())) + ": " + finding.text;
-        judged.severity = std::max(judged.severity, finding.severity());
+        SubjectJudgement &judgement = all[finding.subject.name()];
+        judgement.text += (judgement.text.empty() ? "" : "; ") +
+                          std::string(severityKey(finding.severity())) + ": " + finding.text;
+        judgement.found.emplace_back(finding.code, finding.cause);
+        judgement.severity = std::max(judgement.severity, finding.severity());
     }
     return all;
 }
@@ -45,7 +67,7 @@ constexpr char kGoodText[] = "good";
 void ChangeWatch::takeValue(std::vector<ValueChange> &changes, const std::string &item,
                             const Cell &cell) {
     const auto [known, isNew] = values_.emplace(item, cell);
-    if (isNew || isSame(known->second, cell))
+    if (isNew || isSame(item, known->second, cell))
         return;
     if (!isRestless(item))
         changes.push_back({item, known->second, cell, Severity::Good});
@@ -58,8 +80,9 @@ void ChangeWatch::takeSection(std::vector<ValueChange> &changes, const Section &
                                     [](const Field &field) { return field.key == kPortsAsked; });
     bool isTourWhole = true;
     if (asked != section.fields.end()) {
-        const auto before = values_.find(section.path(kPortsAsked));
-        isTourWhole = before != values_.end() && isSame(before->second, asked->cell);
+        const std::string item = section.path(kPortsAsked);
+        const auto before = values_.find(item);
+        isTourWhole = before != values_.end() && isSame(item, before->second, asked->cell);
     }
     for (const Field &field : section.fields) {
         const std::string item = section.path(field.key);
@@ -76,24 +99,22 @@ void ChangeWatch::takeTable(std::vector<ValueChange> &changes, const Table &tabl
 }
 
 void ChangeWatch::takeFindings(std::vector<ValueChange> &changes, const Findings &findings) {
-    const std::map<std::string, Judged> now = judgedOf(findings);
+    std::map<std::string, SubjectJudgement> now = judgementsOf(findings);
     const auto tell = [&changes](const std::string &subject, const std::string &before,
-                                 const Judged &after) {
+                                 const SubjectJudgement &after) {
         changes.push_back(
             {"findings." + subject, textCell(before), textCell(after.text), after.severity});
     };
-    for (const auto &[subject, text] : found_) {
+    for (const auto &[subject, judgement] : found_) {
         if (!now.contains(subject))
-            tell(subject, text, {kGoodText});
+            tell(subject, judgement.text, {kGoodText});
     }
-    for (const auto &[subject, judged] : now) {
+    for (const auto &[subject, judgement] : now) {
         const auto before = found_.find(subject);
-        if (before == found_.end() || before->second != judged.text)
-            tell(subject, before == found_.end() ? kGoodText : before->second, judged);
+        if (before == found_.end() || before->second.found != judgement.found)
+            tell(subject, before == found_.end() ? kGoodText : before->second.text, judgement);
     }
-    found_.clear();
-    for (const auto &[subject, judged] : now)
-        found_.emplace(subject, judged.text);
+    found_ = std::move(now);
 }
 
 std::vector<ValueChange> ChangeWatch::take(const Round &round) {

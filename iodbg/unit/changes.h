@@ -4,7 +4,9 @@
 #include "iodbg/unit/watch_round.h"
 
 #include <map>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace iodbg {
@@ -17,10 +19,18 @@ struct ValueChange {
     Severity severity; // of what is found now
 };
 
+/** What is found of a subject. The words tell measured values, which are no matter of their own. */
+struct SubjectJudgement {
+    std::string text;
+    std::vector<std::pair<Code, std::optional<Subject>>> found = {}; // and what it hangs on
+    Severity severity = Severity::Good;
+};
+
 class ChangeWatch {
   public:
     /**
-     * What has changed since the round before. A value is known from the first round on that has
+     * What has changed since the round before; of what is measured, by more than it
+     * wavers. A value is known from the first round on that has
      * it, and until another one comes; what is found is told from the first round on.
      */
     std::vector<ValueChange> take(const Round &round);
@@ -35,7 +45,7 @@ class ChangeWatch {
     void takeFindings(std::vector<ValueChange> &changes, const Findings &findings);
 
     std::map<std::string, Cell> values_;
-    std::map<std::string, std::string> found_;
+    std::map<std::string, SubjectJudgement> found_;
 };
 
 } // namespace iodbg

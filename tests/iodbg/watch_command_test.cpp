@@ -138,6 +138,42 @@ TEST_F(WatchCommandTest, ChangesAreALineEach) {
     EXPECT_EQ(result.out.find("clock.chip"), std::string::npos) << "time passes by itself";
 }
 
+TEST_F(WatchCommandTest, WhatWaversIsNoChange) {
+    Process process =
+        start({"watch", "--changes", "--json", "--interval", "3600", "--only", "climate"});
+    const auto warmer = [&] {
+        world::set("temperature.ambient",
+                   std::to_string(std::stoi(world::get("temperature.ambient")) + 1));
+        waitUntilSlept(now() / 1000000000u + 2 * 3600);
+    };
+    waitUntilSlept(3600);
+    const int sensed = std::stoi(world::get("temperature.sensor"));
+    warmer();
+    warmer();
+    process.signal(SIGINT);
+    const Words lines = linesOf(process.wait().out);
+    ASSERT_EQ(lines.size(), 2u) << "one degree is nothing";
+    EXPECT_EQ(jsonAt(lines[1], "/item"), "\"climate.temperature_c\"");
+    EXPECT_EQ(jsonAt(lines[1], "/before"), std::to_string(sensed));
+    EXPECT_EQ(jsonAt(lines[1], "/after"), std::to_string(sensed + 2));
+}
+
+TEST_F(WatchCommandTest, WhatIsFoundIsToldOnceWhateverItsWordsMeasure) {
+    useModel(0x8609);
+    world::set("rtc.time", "2051-02-28 12:00:00"); // which the words of what is found tell
+    const auto toldOf = [&](const std::string &item, const char *interval) {
+        const ProcessResult result = iodbg({"watch", "--changes", "--json", "--count", "3",
+                                            "--interval", interval, "--only", "clock"});
+        const Words lines = linesOf(result.out);
+        return std::count_if(lines.begin(), lines.end(), [&item](const std::string &line) {
+            return line.find("\"item\":\"" + item + "\"") != std::string::npos;
+        });
+    };
+    EXPECT_EQ(toldOf("findings.clock", "60"), 1);
+    EXPECT_EQ(toldOf("clock.drift_s", "60"), 2) << "the system clock is the host's";
+    EXPECT_EQ(toldOf("clock.drift_s", "0.4"), 0);
+}
+
 TEST_F(WatchCommandTest, ChangesBeginWithWhatIsWrong) {
     world::set("fan.1.present", "no");
     const ProcessResult result = iodbg({"watch", "--changes", "--count", "2", "--only", "fans"});
