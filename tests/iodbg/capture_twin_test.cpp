@@ -53,7 +53,8 @@ class CaptureTwinTest : public CaptureTest {
     }
 
     /** Replaces the board by the twin of a unit; what it does not have of it. */
-    std::vector<std::string> becomeTwin(const CapturedUnit &unit) {
+    std::vector<std::string> becomeTwin(const CapturedUnit &unit,
+                                        std::vector<std::string> *reasons = nullptr) {
         vb::detachBoard();
         std::filesystem::remove_all(boardFolder());
         const CapturedUnit read = language::readCapture(language::writtenCapture(unit));
@@ -61,8 +62,11 @@ class CaptureTwinTest : public CaptureTest {
         vb::BoardOptions options = vb::twinOptions(read);
         options.pace = {vb::TimeMode::Virtual};
         const auto furnish = [&](const vb::BoardFolder &folder) {
-            for (const vb::TwinGap &gap : vb::furnishTwin(folder, read))
+            for (const vb::TwinGap &gap : vb::furnishTwin(folder, read)) {
                 gaps.push_back(gap.name);
+                if (reasons != nullptr)
+                    reasons->push_back(gap.name + ": " + gap.reason);
+            }
         };
         vb::FolderError error = {};
         EXPECT_TRUE(vb::createBoard(boardFolder(), options, furnish, error)) << error.text;
@@ -387,6 +391,16 @@ TEST_F(CaptureTwinTest, OfReadingsThatFail) {
     });
 }
 
+TEST_F(CaptureTwinTest, OfPartitionsThatCannotBeOpenedForDifferentReasons) {
+    inChild([this] {
+        make(0x0709);
+        addRule("/dev/mtd4", "open", "", "open-fails=ENOENT");
+        addRule("/dev/mtd12", "open", "", "open-fails=EACCES");
+        addRule("/dev/mtd14", "open", "", "open-fails=EIO");
+        roundTrip();
+    });
+}
+
 TEST_F(CaptureTwinTest, TellsReadingsThatCannotFailAgain) {
     inChild([this] {
         make(0x0709, {{"sfp.49.module", "sr"}});
@@ -394,6 +408,49 @@ TEST_F(CaptureTwinTest, TellsReadingsThatCannotFailAgain) {
         const std::vector<std::string> gaps = becomeTwin(capture());
         EXPECT_EQ(std::count(gaps.begin(), gaps.end(), "poe.1.detection"), 0);
         EXPECT_EQ(std::count(gaps.begin(), gaps.end(), "poe.2.detection"), 1);
+    });
+}
+
+TEST_F(CaptureTwinTest, TellsNumbersThatNoBoardHasRoomFor) {
+    constexpr struct {
+        const char *name;
+        int64_t number;
+        const char *reason;
+    } kNumbers[] = {
+        {"cpld.13", 74565, "74565 is not from 0 to 65535"},
+        {"cpld.7", -1, "-1 is not from 0 to 65535"},
+        {"gpio.19", 7, "7 is not from 0 to 1"},
+        {"temperature.sensor", int64_t{1} << 40, "1099511627776 is not from -128 to 127"},
+        {"fan.1.speed", -5, "-5 is not from 0 to 9223372036854775807"},
+        {"fan.2.speed", 1000000, "no fan of this board is so fast"}};
+    constexpr struct {
+        const char *name, *text, *reason;
+    } kTexts[] = {{"rtc.registers", "0011", "there are 6 of them"},
+                  {"flash.14.crc32", "zz", "'zz' is no checksum"}};
+    inChild([&, this] {
+        make(0x0709);
+        CapturedUnit unit = capture();
+        const auto reading = [&unit](const char *name) -> language::CapturedContent & {
+            const auto found =
+                std::find_if(unit.properties.begin(), unit.properties.end(),
+                             [name](const CapturedReading &one) { return one.name == name; });
+            EXPECT_NE(found, unit.properties.end()) << name;
+            return found->content;
+        };
+        std::vector<std::string> expected;
+        for (const auto &row : kNumbers) {
+            reading(row.name) = row.number;
+            expected.push_back(std::string(row.name) + ": " + row.reason);
+        }
+        for (const auto &row : kTexts) {
+            reading(row.name) = std::string(row.text);
+            expected.push_back(std::string(row.name) + ": " + row.reason);
+        }
+        std::vector<std::string> told;
+        becomeTwin(unit, &told);
+        for (const std::string &line : expected)
+            EXPECT_EQ(std::count(told.begin(), told.end(), line), 1) << line;
+        EXPECT_EQ(told.size(), expected.size() + kHeaders.size());
     });
 }
 

@@ -97,14 +97,14 @@ FanState fanStateOf(const Fan &fan, uint32_t level) {
 
 void makeFan(Twin &twin, uint32_t index) {
     Fan &fan = twin.devices().climate.fan[index];
-    const auto speed = twin.number("fan.#.speed", index + 1);
+    const auto speed = twin.number("fan.#.speed", index + 1, 0, INT64_MAX);
     // A pair has one line, so a fan that turns is there whatever it says.
     if (twin.text("fan.#.present", index + 1) == "no" && speed.value_or(0) == 0)
         fan.isPresent = 0;
     if (!speed)
         return;
     const uint32_t level = fieldOf(twin.devices().cpld.reg[kFanLevel.reg], kFanLevel);
-    fan.rpm = static_cast<uint32_t>(std::clamp<int64_t>(*speed, 0, kFanHighestRpm));
+    fan.rpm = static_cast<uint32_t>(std::min<int64_t>(*speed, kFanHighestRpm));
     if (fan.rpm != *speed)
         twin.lack(twinName("fan.#.speed", index + 1), "no fan of this board is so fast");
     fan.state = fan.isPresent != 0 ? fanStateOf(fan, level) : FanState::Good;
@@ -130,14 +130,21 @@ void makeTwinSupplies(Twin &twin) {
 void makeTwinClimate(Twin &twin) {
     for (uint32_t index = 0; index < twin.devices().climate.fans; ++index)
         makeFan(twin, index);
-    if (const auto degrees = twin.number("temperature.sensor", 0))
+    if (const auto degrees = twin.number("temperature.sensor", 0, INT8_MIN, INT8_MAX))
         settleClimateAt(twin.board(), static_cast<int32_t>(*degrees));
 }
 
 void makeTwinClock(Twin &twin) {
     constexpr uint32_t kRegisters[] = {2, 3, 4, 5, 7, 8};
     const language::Bytes registers = twin.bytes("rtc.registers", 0);
-    for (size_t i = 0; i < std::min(registers.size(), std::size(kRegisters)); ++i)
+    if (registers.empty())
+        return;
+    if (registers.size() != std::size(kRegisters)) {
+        twin.lack("rtc.registers",
+                  "there are " + std::to_string(std::size(kRegisters)) + " of them");
+        return;
+    }
+    for (size_t i = 0; i < registers.size(); ++i)
         twin.devices().clockChip.reg[kRegisters[i]] = registers[i];
 }
 

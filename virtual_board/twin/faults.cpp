@@ -4,6 +4,7 @@
 #include "virtual_board/twin/parts.h"
 #include "virtual_board/words/fault_text.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace vb {
@@ -18,7 +19,7 @@ struct FailureRow {
     const char *name;
     const char *device; // "i2c:0.1.0x4f"
     const char *op;
-    const char *effect;      // "refuse": with the reading's status
+    const char *effect;      // "refuse": with the reading's status; "open-fails": as opening did
     const char *offset = ""; // '#': the property's number
 };
 
@@ -28,7 +29,7 @@ constexpr FailureRow kFailures[] = {
     {"eeprom.board", "i2c:0.0.0x50", "read", "refuse"},
     {"temperature.sensor", "i2c:0.1.0x4f", "read", "refuse"},
     {"rtc.registers", "i2c:0.1.0x51", "read", "refuse"},
-    {"flash.#.geometry", "/dev/mtd#", "open", "open-fails=EIO"},
+    {"flash.#.geometry", "/dev/mtd#", "open", "open-fails"},
     {"flash.#.crc32", "mtd#", "read", "fails=EIO"},
     {"boot.mode", "mtd4", "read", "fails=EIO", "0"},
     {"cmdline", "/proc/cmdline", "open", "open-fails=EIO"},
@@ -79,6 +80,35 @@ constexpr ChannelRow kSupplyFailures[] = {
     {"supply.#.temperature3", kSupplyPmbus, kSupplyPmbus.device, 0x8F},
 };
 
+/** What is found of the partitions by what they are for. */
+struct PartitionUse {
+    uint32_t partition;
+    const char *unit;
+    std::optional<int64_t> index;
+};
+constexpr PartitionUse kPartitionUses[] = {{kBootSettingsPartition, "boot-settings", {}},
+                                           {kOsBank0Partition, "bank", 0},
+                                           {kOsBank1Partition, "bank", 1}};
+
+/** Whether something was found of what a partition is for. */
+bool isFound(const Twin &twin, uint32_t partition, const char *code) {
+    const auto *use =
+        std::find_if(std::begin(kPartitionUses), std::end(kPartitionUses),
+                     [partition](const PartitionUse &row) { return row.partition == partition; });
+    return use != std::end(kPartitionUses) &&
+           std::any_of(twin.unit.findings.begin(), twin.unit.findings.end(),
+                       [&](const language::CapturedFinding &finding) {
+                           return finding.code == code && finding.unit == use->unit &&
+                                  finding.index == use->index;
+                       });
+}
+
+const char *openErrorOf(const Twin &twin, uint32_t partition) {
+    if (isFound(twin, partition, "partition-missing"))
+        return "ENOENT";
+    return isFound(twin, partition, "partition-not-permitted") ? "EACCES" : "EIO";
+}
+
 /** Adds a rule; false when the table is full. */
 bool addRule(Twin &twin, const FaultWords &words) {
     return addFault(twin.board().faults, parseFault(words)) != 0;
@@ -123,6 +153,8 @@ void makeRules(Twin &twin, const FailureRow &row) {
         words.device = twinName(row.device, number);
         words.op = row.op;
         words.effect = row.effect;
+        if (words.effect == "open-fails")
+            words.effect += std::string("=") + openErrorOf(twin, number);
         words.offset = twinName(row.offset, number);
         makeRule(twin, reading.name, words);
     }

@@ -105,7 +105,7 @@ bool hasNoBootSettings(const language::CapturedUnit &unit) {
 void makeBootSettings(Twin &twin, const Partition &partition) {
     Bytes block(formats::kBootBlockSize, kErasedByte);
     for (const BootRow &row : kBootNumbers) {
-        if (const auto number = twin.number(row.name, 0))
+        if (const auto number = twin.number(row.name, 0, INT32_MIN, INT32_MAX))
             formats::storeBootText(
                 row.slot, formats::bootText(row.slot, static_cast<int32_t>(*number)), block.data());
     }
@@ -126,7 +126,10 @@ void makeBootSettings(Twin &twin, const Partition &partition) {
 /** Makes the partition have the unit's checksum by four bytes at its end. */
 void makeChecksum(Twin &twin, const Partition &partition) {
     constexpr uint32_t kFiller = 4;
-    const auto crc = parseNumber(twin.text("flash.#.crc32", partition.number()), UINT32_MAX);
+    const std::string text = twin.text("flash.#.crc32", partition.number());
+    const auto crc = parseNumber(text, UINT32_MAX);
+    if (!crc && !text.empty())
+        twin.lack(twinName("flash.#.crc32", partition.number()), "'" + text + "' is no checksum");
     if (!crc || !partition.hasGoodBlock())
         return;
     Bytes bytes = partition.lastBytes(kFiller);

@@ -23,7 +23,7 @@ SfpKind kindOf(const Bytes &id, const Bytes &page, int64_t copper) {
                                    SfpKind::CopperOther};
     if (id.empty() && page.empty())
         return SfpKind::Dead;
-    if (copper >= 1 && copper <= 3)
+    if (copper != 0)
         return kCopper[copper - 1];
     if (!page.empty()) {
         const bool isLong =
@@ -48,7 +48,7 @@ void makeState(Twin &twin, SfpModule &module, uint32_t port) {
     if (twin.text("sfp.#.tx-fault", port) == "yes")
         module.state = SfpState::TxFault;
     module.isLinkUp = twin.text("sfp.#.rx-loss", port) == "no" ? 1 : 0;
-    const auto light = twin.number("sfp.#.rx-power", port);
+    const auto light = twin.number("sfp.#.rx-power", port, 0, UINT16_MAX);
     if (light && *light >= sfpTraits(module.kind).lostBelow && *light <= kSfpMostMicrowatts)
         module.microwatts = static_cast<uint32_t>(*light);
 }
@@ -56,7 +56,7 @@ void makeState(Twin &twin, SfpModule &module, uint32_t port) {
 void makePhy(Twin &twin, SfpModule &module, uint32_t port) {
     const std::string row = twinName("sfp.#.phy.#", port);
     for (uint32_t reg = 0; reg < kSfpPhyRegisters; ++reg) {
-        if (const auto content = twin.number(row, reg))
+        if (const auto content = twin.number(row, reg, 0, UINT16_MAX))
             storeSfpWord(&module.phy[size_t{2} * reg], static_cast<int32_t>(*content));
     }
 }
@@ -65,7 +65,7 @@ void makeModule(Twin &twin, uint32_t port) {
     SfpModule &module = sfpModule(twin.board(), port);
     const Bytes id = twin.bytes("sfp.#.id", port);
     const Bytes page = twin.bytes("sfp.#.diagnostics", port);
-    sfpPlug(module, kindOf(id, page, twin.number("sfp.#.copper", port).value_or(0)), port, 0);
+    sfpPlug(module, kindOf(id, page, twin.number("sfp.#.copper", port, 0, 3).value_or(0)), port, 0);
     makePage(twin, twinName("sfp.#.id", port), id, module.id);
     if (!page.empty() && sfpHasDiagnostics(module)) {
         makePage(twin, twinName("sfp.#.diagnostics", port), page, module.diagnostics);

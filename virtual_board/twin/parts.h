@@ -24,7 +24,9 @@ struct Twin {
     /** What was read of a name with its number for '#'; nothing when it failed or is not there. */
     const language::CapturedReading *read(const std::string &row, uint32_t number) const;
     const language::CapturedReading *read(const std::string &name) const;
-    std::optional<int64_t> number(const std::string &row, uint32_t number) const;
+    /** One that the board has no room for is told, and nothing. */
+    std::optional<int64_t> number(const std::string &row, uint32_t number, int64_t lowest,
+                                  int64_t highest);
     std::string text(const std::string &row, uint32_t number) const; // empty: nothing
     /** The bytes that a text of digits stands for. */
     language::Bytes bytes(const std::string &row, uint32_t number) const;
@@ -32,6 +34,7 @@ struct Twin {
     /** Whether reading it failed. */
     bool hasFailed(const std::string &name) const;
 
+    /** Tells once what the board cannot have. */
     void lack(const std::string &name, const std::string &reason);
 };
 

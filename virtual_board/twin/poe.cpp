@@ -167,9 +167,8 @@ void makePortState(Twin &twin, PoeController &poe, uint32_t port, uint32_t index
     state.powerClass = powerClass <= kPoeHighestClass ? powerClass : kPoeNotClassified;
     if (state.phase == PoePhase::Idle && state.detection == kPoeDetectedGood)
         state.phase = PoePhase::Held; // found, and nobody goes on with it
-    const auto drawn = twin.number("poe.#.power", port);
-    poe.device[index] =
-        deviceOf(state, static_cast<uint32_t>(std::max<int64_t>(drawn.value_or(0), 0)));
+    const auto drawn = twin.number("poe.#.power", port, 0, UINT32_MAX);
+    poe.device[index] = deviceOf(state, static_cast<uint32_t>(drawn.value_or(0)));
 }
 
 /** The codes of a measurement, which hold until the device is another. */
@@ -208,9 +207,9 @@ void makePort(Twin &twin, uint32_t port) {
 }
 
 /** What an upgrade of its firmware left, as programs leave it: in a file of main memory. */
-void makeFirmwareNote(const Twin &twin) {
-    const auto left = twin.number("poe.firmware", 0);
-    if (!left || *left <= 0 || *left > UINT8_MAX)
+void makeFirmwareNote(Twin &twin) {
+    const auto left = twin.number("poe.firmware", 0, 0, UINT8_MAX);
+    if (left.value_or(0) == 0)
         return;
     const HostPathBuffer path = twin.folder.hostPath("/tmp/bsp/poeApp");
     std::ofstream(path.text).put(static_cast<char>(*left));

@@ -26,7 +26,7 @@ bool isMadeByFans(const Twin &twin, uint32_t reg) {
 
 void makeTwinRegisters(Twin &twin) {
     for (uint32_t reg = 0; reg < kCpldRegisters; ++reg) {
-        const auto content = twin.number("cpld.#", reg);
+        const auto content = twin.number("cpld.#", reg, 0, UINT16_MAX);
         if (content && !isMadeByFans(twin, reg))
             twin.devices().cpld.reg[reg] = static_cast<uint16_t>(*content);
     }
@@ -39,8 +39,8 @@ void makeTwinRegisters(Twin &twin) {
 
 void makeTwinLines(Twin &twin) {
     for (uint32_t line = 0; line < kGpioLines; ++line) {
-        if (const auto level = twin.number("gpio.#", line))
-            twin.devices().gpio.external[line] = *level != 0 ? 1 : 0;
+        if (const auto level = twin.number("gpio.#", line, 0, 1))
+            twin.devices().gpio.external[line] = static_cast<uint8_t>(*level);
     }
     advanceBoard(twin.board(), 0);
 }

@@ -7,6 +7,8 @@
 #include "virtual_board/twin/parts.h"
 #include "virtual_board/words/values.h"
 
+#include <algorithm>
+
 namespace vb {
 
 using language::Bytes;
@@ -61,10 +63,17 @@ const CapturedReading *Twin::read(const std::string &row, uint32_t number) const
     return read(twinName(row, number));
 }
 
-std::optional<int64_t> Twin::number(const std::string &row, uint32_t number) const {
+std::optional<int64_t> Twin::number(const std::string &row, uint32_t number, int64_t lowest,
+                                    int64_t highest) {
     const CapturedReading *reading = read(row, number);
     const int64_t *value = reading != nullptr ? reading->number() : nullptr;
-    return value != nullptr ? std::optional(*value) : std::nullopt;
+    if (value == nullptr)
+        return {};
+    if (*value >= lowest && *value <= highest)
+        return *value;
+    lack(reading->name, std::to_string(*value) + " is not from " + std::to_string(lowest) + " to " +
+                            std::to_string(highest));
+    return {};
 }
 
 std::string Twin::text(const std::string &row, uint32_t number) const {
@@ -90,7 +99,11 @@ bool Twin::hasFailed(const std::string &name) const {
 }
 
 void Twin::lack(const std::string &name, const std::string &reason) {
-    gaps.push_back({name, reason});
+    const auto isTold = [&](const TwinGap &gap) {
+        return gap.name == name && gap.reason == reason;
+    };
+    if (std::none_of(gaps.begin(), gaps.end(), isTold))
+        gaps.push_back({name, reason});
 }
 
 BoardOptions twinOptions(const CapturedUnit &unit) {
