@@ -14,13 +14,11 @@ namespace iodbg {
 namespace {
 
 /** What a byte of a header block is like. Of blocks of one build most have theirs in common. */
-enum class Kind { Zero, Erased, Text, Other };
+enum class Kind { Filler, Text, Other };
 
 Kind kindOf(uint8_t byte) {
-    if (byte == 0x00)
-        return Kind::Zero;
-    if (byte == 0xFF)
-        return Kind::Erased;
+    if (byte == 0x00 || byte == 0xFF)
+        return Kind::Filler;
     return byte >= ' ' && byte <= '~' ? Kind::Text : Kind::Other;
 }
 

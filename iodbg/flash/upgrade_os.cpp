@@ -81,11 +81,11 @@ ExitCode upgradeOs(Console &console, const OsArguments &arguments) {
     console.beginLongWork();
     const std::string name = "bank " + std::to_string(arguments.bank);
     const FlashPartition bank(bankDevice(arguments.bank));
+    const SpooledInput input(arguments, BSP_OS_IMAGE_MAX); // somebody may still be sending it
+    const Content content = imageIn(input.path(), input.name(), bank);
     std::optional<FlashClaim> claim;
     if (!arguments.isDryRun)
         claim.emplace(bank);
-    const SpooledInput input(arguments, BSP_OS_IMAGE_MAX);
-    const Content content = imageIn(input.path(), input.name(), bank);
     const BankHeader replaced = readBankHeader(arguments.bank);
     requireNoDoubt(arguments, input, headerOf(content), replaced);
     const UpgradePlan plan = {
@@ -153,7 +153,7 @@ void addUpgradeOs(Command &upgrade) {
     command.detail("A file is refused before anything is erased when it is too small or too large, "
                    "when all bytes of its header block are the same, or when that is not like the "
                    "header block of the bank that stays, or else of the one that is replaced: "
-                   "three of four bytes must be of the same kind, zeros, FF, text or others.");
+                   "three of four bytes must be of the same kind: zeros and FF, text, or others.");
     command.example("iodbg upgrade os os.img --bank 1 --dry-run")
         .example("iodbg upgrade os os.img --bank 1");
     command.does([arguments](Console &console) { return upgradeOs(console, *arguments); });
