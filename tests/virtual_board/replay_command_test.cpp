@@ -122,6 +122,8 @@ TEST_F(ReplayCommandTest, RefusesTheWholeFileForOneLine) {
     expectFailure(1, file + ":5: it has no \"time_ns\"", {"replay", board(), file});
     EXPECT_EQ(vboard({"trace", board()}), "") << "nothing was sent";
     expectFailure(1, "has no request in it", {"replay", board(), write("")});
+    EXPECT_EQ(answer({"replay", board(), write("\n" + std::string(kReads) + "\n")}).exitCode, 5)
+        << "empty lines are nothing";
     expectFailure(1, "cannot read " + path("nothing") + ": No such file or directory",
                   {"replay", board(), path("nothing")});
 }

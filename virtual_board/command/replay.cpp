@@ -44,6 +44,8 @@ std::vector<RecordedRequest> readRequests(std::istream &lines, const std::string
     std::vector<RecordedRequest> requests;
     std::string line;
     for (size_t number = 1; std::getline(lines, line); ++number) {
+        if (line.empty())
+            continue; // editors leave one at the end
         const std::string place = file + ":" + std::to_string(number);
         requests.push_back(
             {number, language::about(place, [&] { return language::readTraceLine(line); })});
