@@ -124,7 +124,7 @@ TEST_F(FromOptionTest, SignalsAreForTheCommandAndNothingIsLeft) {
     EXPECT_EQ(process.wait().exitCode, 9);
     EXPECT_TRUE(fs::is_empty(temporary()));
 
-    std::ofstream(standIn) << "#!/bin/sh\nkill -TERM $$\n";
+    std::ofstream(standIn) << "#!/bin/sh\n[ \"$1\" = create ] && kill -TERM $$\necho ran\n";
     const ProcessResult unmade =
         run({iodbg, "fan", "get", "--from", document()}, elsewhere("/usr/bin:/bin"));
     EXPECT_EQ(unmade.exitCode, 128 + SIGTERM) << "while the board is made";

@@ -16,7 +16,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 using Properties = Board::Properties;
-using Strings = std::vector<std::string>;
 
 bool hasPattern(const std::vector<std::string> &names) {
     return std::any_of(names.begin(), names.end(), language::isPattern);
@@ -59,8 +58,8 @@ void printValues(const Properties &properties) {
 }
 
 /** What completion offers; the board's folder stands before it. */
-Strings offeredNames(const Strings &arguments) {
-    Strings names;
+std::vector<std::string> offeredNames(const std::vector<std::string> &arguments) {
+    std::vector<std::string> names;
     for (const VBoardProperty &property : Board(arguments[0]).properties({}))
         names.emplace_back(property.name);
     return names;
@@ -69,7 +68,7 @@ Strings offeredNames(const Strings &arguments) {
 void defineGet(Command &command) {
     struct Arguments {
         std::string folder;
-        Strings names;
+        std::vector<std::string> names;
         bool asJson = false;
     };
     const auto arguments = std::make_shared<Arguments>();

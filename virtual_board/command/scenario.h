@@ -11,6 +11,8 @@
 
 namespace vboard {
 
+using Strings = std::vector<std::string>;
+
 /** A place in a scenario's file; lines and columns count from 1. */
 struct Place {
     uint32_t line = 0;

@@ -24,8 +24,6 @@ namespace vboard {
 
 namespace {
 
-using Strings = std::vector<std::string>;
-
 Strings namesIn(const std::string &condition) {
     Strings names;
     for (const language::Conjunction &comparisons : language::parseCondition(condition)) {

@@ -14,8 +14,6 @@ namespace vboard {
 
 namespace {
 
-using Strings = std::vector<std::string>;
-
 /** What is given a value: NAME=VALUE..., or one NAME and its VALUE. */
 Assignments assignmentsOf(const std::vector<std::string> &words) {
     if (words.size() == 2 && words[0].find('=') == std::string::npos)
@@ -35,12 +33,12 @@ Assignments assignmentsOf(const std::vector<std::string> &words) {
 // What completion offers; the board's folder stands before it.
 
 /** "fan.1.state=good", "fan.1.speed=": what can be set, with its words where it has some. */
-Strings offeredAssignments(const Board::Properties &properties) {
-    Strings assignments;
+std::vector<std::string> offeredAssignments(const Board::Properties &properties) {
+    std::vector<std::string> assignments;
     for (const VBoardProperty &property : properties) {
         const std::string name = property.name;
         const language::Property &row = *language::rowOf(name);
-        const Strings words = wordsToSet(row);
+        const std::vector<std::string> words = wordsToSet(row);
         if (words.empty() && row.isSettable)
             assignments.push_back(name + "=");
         for (const std::string &word : words)
@@ -49,7 +47,7 @@ Strings offeredAssignments(const Board::Properties &properties) {
     return assignments;
 }
 
-Strings offeredChanges(const Strings &arguments) {
+std::vector<std::string> offeredChanges(const std::vector<std::string> &arguments) {
     const bool isValue = arguments.size() == 2 && arguments[1].find('=') == std::string::npos;
     const language::Property *row = isValue ? language::rowOf(arguments[1]) : nullptr;
     return row != nullptr ? wordsToSet(*row)
@@ -59,7 +57,7 @@ Strings offeredChanges(const Strings &arguments) {
 void defineSet(Command &command) {
     struct Arguments {
         std::string folder;
-        Strings words;
+        std::vector<std::string> words;
     };
     const auto arguments = std::make_shared<Arguments>();
     addFolder(command, arguments->folder);

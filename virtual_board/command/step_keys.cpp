@@ -12,7 +12,6 @@
 namespace vboard {
 
 using language::Refused;
-using Strings = std::vector<std::string>;
 
 std::string textOf(const toml::node &node) {
     const std::string *text = node.is_string() ? &node.as_string()->get() : nullptr;

@@ -10,7 +10,6 @@
 namespace vboard {
 
 using language::Refused;
-using Strings = std::vector<std::string>;
 
 namespace {
 
