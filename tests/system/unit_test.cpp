@@ -2,7 +2,7 @@
 
 #include "language/trace_reader.h"
 #include "language/trace_replay.h"
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/replay.h"
 
 #include <fstream>

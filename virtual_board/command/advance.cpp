@@ -2,7 +2,7 @@
 
 #include "command_line/line.h"
 #include "language/times.h"
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/words.h"
 

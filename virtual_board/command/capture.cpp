@@ -2,7 +2,7 @@
 
 #include "command_line/programs.h"
 #include "language/refused.h"
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/environment.h"
 #include "virtual_board/command/tried_board.h"

@@ -67,6 +67,7 @@ void addSet(command_line::Command &root);
 void addProperties(command_line::Command &root);
 void addFault(command_line::Command &root);
 void addPanel(command_line::Command &root);
+void addServe(command_line::Command &root);
 void addFlash(command_line::Command &root);
 void addConsole(command_line::Command &root);
 void addTrace(command_line::Command &root);

@@ -2,7 +2,7 @@
 // What is wrong with a scenario's file: all of it is told at once.
 
 #include "language/refused.h"
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/scenario.h"
 
 #include <string>

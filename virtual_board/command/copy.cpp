@@ -1,7 +1,7 @@
 // `vboard copy`.
 
 #include "command_line/blocked_signals.h"
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/words.h"
 

@@ -4,7 +4,7 @@
 #include "command_line/line.h"
 #include "language/property_table.h"
 #include "language/property_values.h"
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/words.h"
 

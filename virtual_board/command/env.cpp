@@ -1,6 +1,6 @@
 // `vboard env`: prints what would put a program on a board.
 
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/environment.h"
 #include "virtual_board/command/shell.h"

@@ -1,7 +1,7 @@
 #pragma once
 // What puts a program on a board.
 
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 
 #include <cstring>
 

@@ -2,7 +2,7 @@
 
 #include "language/numbers.h"
 #include "language/texts.h"
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/json.h"
 #include "virtual_board/command/rules.h"

@@ -1,7 +1,7 @@
 // `vboard get`.
 
 #include "language/property_names.h"
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/json.h"
 #include "virtual_board/command/words.h"

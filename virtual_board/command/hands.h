@@ -1,7 +1,7 @@
 #pragma once
 // What the steps of a scenario do to a board, when it is played and when it is tried.
 
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/scenario.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 // `vboard list`.
 
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/json.h"
 #include "virtual_board/command/words.h"

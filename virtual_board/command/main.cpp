@@ -1,6 +1,6 @@
 // `vboard`: what its commands end with.
 
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/tool.h"
 

@@ -1,7 +1,7 @@
 // `vboard play`.
 
 #include "command_line/screen.h"
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/interruption.h"
 #include "virtual_board/command/play_report.h"

@@ -1,7 +1,7 @@
 #pragma once
 // Plays scenarios: does one step behind the other.
 
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/hands.h"
 #include "virtual_board/command/program.h"
 #include "virtual_board/command/scenario.h"

@@ -2,7 +2,7 @@
 
 #include "language/property_names.h"
 #include "language/property_values.h"
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/json.h"
 #include "virtual_board/command/words.h"

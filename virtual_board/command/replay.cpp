@@ -7,7 +7,7 @@
 #include "language/trace_json.h"
 #include "language/trace_reader.h"
 #include "language/trace_text.h"
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/words.h"
 

@@ -1,7 +1,7 @@
 // `vboard run`: starts a program on a board.
 
 #include "language/refused.h"
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/environment.h"
 #include "virtual_board/command/shell.h"

@@ -5,7 +5,7 @@
 #include "language/property_names.h"
 #include "language/refused.h"
 #include "language/texts.h"
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/complaints.h"
 #include "virtual_board/command/environment.h"
 #include "virtual_board/command/hands.h"

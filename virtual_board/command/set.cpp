@@ -4,7 +4,7 @@
 #include "language/property_names.h"
 #include "language/property_values.h"
 #include "language/texts.h"
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/words.h"
 

@@ -35,6 +35,7 @@ void addCommands(command_line::Command &root) {
     addProperties(root);
     addFault(root);
     addPanel(root);
+    addServe(root);
     addFlash(root);
     addConsole(root);
     addTrace(root);

@@ -1,7 +1,7 @@
 // `vboard trace`.
 
 #include "language/times.h"
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 #include "virtual_board/command/commands.h"
 #include "virtual_board/command/interrupt.h"
 #include "virtual_board/command/words.h"

@@ -2,7 +2,7 @@
 // A copy of a board, to try something with that the board itself shall not notice.
 
 #include "command_line/blocked_signals.h"
-#include "virtual_board/command/board.h"
+#include "virtual_board/calls/board.h"
 
 #include <memory>
 #include <string>

@@ -1,0 +1,63 @@
+// Properties: what they hold, what they shall hold, and which there are.
+
+#include "virtual_board/server/answers.h"
+#include "virtual_board/server/asked.h"
+#include "virtual_board/server/target.h"
+
+#include <utility>
+#include <vector>
+
+namespace vboard::server {
+
+namespace {
+
+Json propertyJson(const VBoardProperty &property) {
+    return {{"name", property.name},
+            {"value", property.value},
+            {"json", Json::parse(property.json, nullptr, false)},
+            {"note", property.note},
+            {"isIdle", property.isIdle != 0}};
+}
+
+/** A value as it is set: numbers may stand for themselves. */
+std::string settableText(const std::string &name, const Json &value) {
+    if (value.is_string())
+        return value.get<std::string>();
+    if (value.is_number())
+        return value.dump();
+    throw Refusal(kBadRequest, VBOARD_E_REFUSED, name + " is given neither a text nor a number");
+}
+
+} // namespace
+
+Response getProperties(Services &services, const Asked &asked) {
+    const Board board(boardFolder(services, asked));
+    Json array = Json::array();
+    for (const VBoardProperty &property : board.properties(valuesOf(asked.query, "name")))
+        array.push_back(propertyJson(property));
+    return jsonResponse({{"properties", array}});
+}
+
+Response changeProperties(Services &services, const Asked &asked) {
+    const Board board(boardFolder(services, asked));
+    std::vector<std::pair<std::string, std::string>> values;
+    for (const auto &[name, value] : objectOfBody(asked).items())
+        values.emplace_back(name, settableText(name, value));
+    std::vector<VBoardChange> changes;
+    for (const auto &[name, value] : values)
+        changes.push_back({name.c_str(), value.c_str()});
+    call([&](VBoardError *error) {
+        return vboardSet(board, changes.data(), static_cast<uint32_t>(changes.size()), error);
+    });
+    return jsonResponse({{"changed", changes.size()}});
+}
+
+Response describeNames(Services &, const Asked &asked) {
+    const std::string pattern = valueOf(asked.query, "name");
+    const std::string names = textOf([&](char **text, VBoardError *error) {
+        return vboardDescribe(pattern.empty() ? nullptr : pattern.c_str(), text, error);
+    });
+    return {kOk, kJsonType, names, ""};
+}
+
+} // namespace vboard::server

@@ -1,0 +1,29 @@
+#pragma once
+// What a request says, taken apart.
+
+#include "virtual_board/calls/board.h"
+#include "virtual_board/server/json.h"
+#include "virtual_board/server/routes.h"
+#include "virtual_board/server/services.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace vboard::server {
+
+/** The folder of the board that a request names. */
+std::string boardFolder(const Services &services, const Asked &asked);
+
+/** The body, an object that has no other members than these, each of them a text. Throws Refusal. */
+std::map<std::string, std::string> textsOfBody(const Asked &asked,
+                                               const std::vector<std::string> &names);
+/** The body, an object. */
+Json objectOfBody(const Asked &asked);
+
+/** A number behind the question mark. */
+std::optional<uint64_t> numberOf(const Asked &asked, const std::string &name, uint64_t most);
+
+Response jsonResponse(const Json &answer, Status status = kOk);
+
+} // namespace vboard::server

@@ -1,0 +1,19 @@
+#pragma once
+// Boards served to browsers.
+
+#include <string>
+#include <vector>
+
+namespace vboard::server {
+
+struct ServeOptions {
+    std::string folder, listen, tokenFile;
+    std::vector<std::string> scenarios, hosts;
+    bool canRun = false; // scenarios may start programs
+};
+
+/** Prints the page's URL, and serves until it is told to end. Throws Refused when it cannot, and
+ * when a single board is gone. */
+void serve(const ServeOptions &options);
+
+} // namespace vboard::server

@@ -1,0 +1,36 @@
+#pragma once
+// A board at one moment, as pages see it, and how it differs from another one.
+
+#include "virtual_board/calls/board.h"
+#include "virtual_board/drawing/panel.h"
+#include "virtual_board/server/json.h"
+
+#include <string>
+#include <vector>
+
+namespace vboard::server {
+
+struct Snapshot {
+    drawing::Readings properties;
+    std::vector<drawing::Part> parts;
+    Json faults = Json::array();
+    std::string users; // "iodbg 4711"
+
+    /** What does not hang on the board's clock is kept from an earlier one. */
+    static Snapshot of(const Board &board);
+};
+
+Json partJson(const drawing::Part &part);
+Json partsJson(const std::vector<drawing::Part> &parts);
+/** What `vboard fault list --json` tells of each rule. */
+Json faultsJson(const Board &board);
+/** Who has a board in use: "iodbg 4711, python3 4712". */
+std::string usersText(const Board &board);
+/** All that a board holds, but for what is too long to be looked at. */
+drawing::Readings readingsOf(const Board &board);
+
+Json whole(const Snapshot &snapshot);
+/** The members in which the later one differs; null: in none. */
+Json difference(const Snapshot &earlier, const Snapshot &later);
+
+} // namespace vboard::server

@@ -1,0 +1,68 @@
+#include "virtual_board/server/trace_view.h"
+
+#include "language/trace_parts.h"
+#include "language/trace_reader.h"
+
+#include <fstream>
+#include <map>
+
+namespace vboard::server {
+
+namespace {
+
+/** The name of a process as `ps` shows it; empty for one that has ended. */
+std::string processName(int32_t pid) {
+    std::ifstream file("/proc/" + std::to_string(pid) + "/comm");
+    std::string name;
+    std::getline(file, name);
+    return name;
+}
+
+/** The names of the processes of one list. */
+class ProcessNames {
+  public:
+    const std::string &of(int32_t pid) {
+        const auto [place, isNew] = names_.try_emplace(pid);
+        if (isNew)
+            place->second = processName(pid);
+        return place->second;
+    }
+
+  private:
+    std::map<int32_t, std::string> names_;
+};
+
+Json partOfRequest(const std::string &line) {
+    try {
+        const std::string part = language::partOf(language::readTraceLine(line));
+        return part.empty() ? Json() : Json(part);
+    } catch (const language::Refused &) { // of a record that something has overwritten
+        return nullptr;
+    }
+}
+
+Json requestJson(const VBoardRequest &request, ProcessNames &processes) {
+    Json object = Json::parse(request.json);
+    object["number"] = request.number;
+    object["text"] = request.text;
+    object["part"] = partOfRequest(request.json);
+    object["process"] = processes.of(request.pid);
+    return object;
+}
+
+} // namespace
+
+Json traceJson(const Board &board, uint64_t &position, uint32_t most) {
+    uint64_t lost = 0;
+    const List<VBoardRequest> requests(
+        [&](VBoardRequest **list, uint32_t *count, VBoardError *error) {
+            return vboardTrace(board, &position, most, list, count, &lost, error);
+        });
+    ProcessNames processes;
+    Json array = Json::array();
+    for (const VBoardRequest &request : requests)
+        array.push_back(requestJson(request, processes));
+    return {{"next", position}, {"lost", lost}, {"requests", array}};
+}
+
+} // namespace vboard::server
