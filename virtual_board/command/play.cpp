@@ -22,6 +22,7 @@ struct PlayArguments {
     std::string folder, file;
     bool asJson = false;
     bool isChecking = false; // nothing is played
+    bool isWithoutRun = false;
 };
 
 /** Prints what becomes of each step, and of all. */
@@ -130,9 +131,22 @@ class Play {
     uint64_t timeNs_ = 0;
 };
 
+/** Refuses a scenario that runs programs. */
+void refuseRun(const Scenario &scenario) {
+    for (const Step &step : scenario.steps) {
+        if (step.deed == Deed::Run)
+            throw language::Refused(placeText(scenario, step) + ": " + stepText(step) +
+                                    ": programs are not run with --no-run");
+    }
+}
+
 void play(const PlayArguments &arguments) {
     const Board board(arguments.folder);
     const Scenario scenario = readScenario(arguments.file);
+    if (arguments.isWithoutRun)
+        refuseRun(scenario);
+    if (arguments.isChecking && arguments.asJson)
+        std::fputs(scenarioJson(scenario).c_str(), stdout);
     checkScenario(scenario, arguments.folder);
     if (arguments.isChecking)
         return;
@@ -148,12 +162,14 @@ void definePlay(Command &command) {
                      {text(arguments->file), {{}, Offers::Files::Paths, nullptr}});
     command.flag("--check", "Only tell whether the board can be played this scenario",
                  arguments->isChecking);
-    command.flag("--json", "Print one JSON object per step, and the verdict", arguments->asJson)
-        .notWith("--check");
+    command.flag("--no-run", "Refuse a scenario that runs programs", arguments->isWithoutRun);
+    command.flag("--json", "Print one JSON object per step, and the verdict", arguments->asJson);
     command.detail("A scenario has steps, each behind a line [[step]]. One does one thing, at once "
                    "or when its "
                    "moment has come, and the first that fails ends the play, with exit code 5.\n"
                    "The whole file is judged before anything is done to the board.\n"
+                   "With --check and --json the steps are printed, whether the board can be played "
+                   "them or not.\n"
                    "Programs that steps leave in the background are ended with the play.");
     command.glossary({"Moments of a step",
                       {{"at=SECONDS", "since the play began, on the board's clock"},

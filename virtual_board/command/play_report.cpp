@@ -21,6 +21,17 @@ Json optional(const std::string &text) {
     return text.empty() ? Json() : Json(text);
 }
 
+/** What a step says by itself. */
+Json saidOf(const Step &step, size_t number) {
+    return {{"event", "step"},
+            {"step", number},
+            {"line", step.place.line},
+            {"title", optional(step.title)},
+            {"does", wordOf(step.deed)},
+            {"text", deedText(step)},
+            {"moment", optional(momentText(step))}};
+}
+
 /** "12.345" */
 std::string timeText(uint64_t ns) {
     constexpr size_t kFinerDigits = 6;
@@ -50,17 +61,22 @@ std::string stepLine(const Outcome &outcome) {
 }
 
 std::string stepJson(const Outcome &outcome) {
-    const Step &step = *outcome.step;
-    return printed({{"event", "step"},
-                    {"step", outcome.number},
-                    {"line", step.place.line},
-                    {"title", optional(step.title)},
-                    {"does", wordOf(step.deed)},
-                    {"text", deedText(step)},
-                    {"moment", optional(momentText(step))},
-                    {"time_ns", outcome.timeNs},
-                    {"passed", outcome.reason.empty()},
-                    {"reason", optional(outcome.reason)}});
+    Json object = saidOf(*outcome.step, outcome.number);
+    object["time_ns"] = outcome.timeNs;
+    object["passed"] = outcome.reason.empty();
+    object["reason"] = optional(outcome.reason);
+    return printed(object);
+}
+
+std::string scenarioJson(const Scenario &scenario) {
+    std::string text = printed({{"event", "scenario"},
+                                {"file", scenario.file},
+                                {"title", optional(scenario.title)},
+                                {"steps", scenario.steps.size()}});
+    size_t number = 0;
+    for (const Step &step : scenario.steps)
+        text += printed(saidOf(step, ++number));
+    return text;
 }
 
 std::string verdictLine(const Scenario &scenario, const Outcome &outcome) {

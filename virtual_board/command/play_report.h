@@ -24,6 +24,9 @@ std::string stepJson(const Outcome &outcome);
 std::string verdictLine(const Scenario &scenario, const Outcome &outcome);
 std::string verdictJson(const Scenario &scenario, const Outcome &outcome);
 
+/** All that a scenario says, a line for itself and one for each step. */
+std::string scenarioJson(const Scenario &scenario);
+
 /** A step that is being done, for a terminal; what replaces it begins with a carriage return. */
 std::string underWay(const Step &step);
 

@@ -41,7 +41,8 @@ Response getProperties(Services &services, const Asked &asked) {
 Response changeProperties(Services &services, const Asked &asked) {
     const Board board(boardFolder(services, asked));
     std::vector<std::pair<std::string, std::string>> values;
-    for (const auto &[name, value] : objectOfBody(asked).items())
+    const Json body = objectOfBody(asked);
+    for (const auto &[name, value] : body.items())
         values.emplace_back(name, settableText(name, value));
     std::vector<VBoardChange> changes;
     for (const auto &[name, value] : values)

@@ -58,7 +58,12 @@ Response clearFaults(Services &services, const Asked &asked) {
 Response getTrace(Services &services, const Asked &asked) {
     const Board board(boardFolder(services, asked));
     uint64_t position = numberOf(asked, "from", UINT64_MAX).value_or(0);
-    const auto most = numberOf(asked, "most", kMostTraced).value_or(kMostTraced);
+    auto most = numberOf(asked, "most", kMostTraced).value_or(kMostTraced);
+    if (const auto last = numberOf(asked, "last", kMostTraced)) {
+        const uint64_t next = nextRequest(board);
+        position = next - std::min(next, *last);
+        most = *last;
+    }
     return jsonResponse(
         traceJson(board, position, static_cast<uint32_t>(std::max<uint64_t>(most, 1))));
 }

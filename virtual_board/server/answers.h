@@ -19,6 +19,9 @@ Response clearFaults(Services &services, const Asked &asked);
 Response getTrace(Services &services, const Asked &asked);
 Response clearTrace(Services &services, const Asked &asked);
 Response getFlash(Services &services, const Asked &asked);
+Response listScenarios(Services &services, const Asked &asked);
+Response play(Services &services, const Asked &asked);
+Response describeEffects(Services &services, const Asked &asked);
 Response advance(Services &services, const Asked &asked);
 Response describeInterface(Services &services, const Asked &asked);
 

@@ -11,6 +11,8 @@ namespace vboard::server {
 
 namespace {
 
+constexpr language::JsonLimits kLimits = {.levels = 4, .keys = 5000, .values = 10000};
+
 [[noreturn]] void refuseBody(const std::string &text) {
     throw Refusal(kBadRequest, VBOARD_E_REFUSED, text);
 }
@@ -21,20 +23,24 @@ std::string boardFolder(const Services &services, const Asked &asked) {
     return services.site.folderOf(valueOf(asked.query, "board"));
 }
 
-Json objectOfBody(const Asked &asked) {
+Json objectOfBody(const Asked &asked, const std::vector<std::string> &names) {
+    language::requireWithin(kLimits, asked.body);
     Json body = Json::parse(asked.body, nullptr, false);
     if (body.is_discarded() || !body.is_object())
         refuseBody("the body is no object of JSON; see openapi.json");
+    for (const auto &[name, value] : body.items()) {
+        if (!names.empty() && std::find(names.begin(), names.end(), name) == names.end())
+            refuseBody("the body has a member " + language::quoted(name) + "; it can have " +
+                       language::listed(names, "and"));
+    }
     return body;
 }
 
 std::map<std::string, std::string> textsOfBody(const Asked &asked,
                                                const std::vector<std::string> &names) {
     std::map<std::string, std::string> texts;
-    for (const auto &[name, value] : objectOfBody(asked).items()) {
-        if (std::find(names.begin(), names.end(), name) == names.end())
-            refuseBody("the body has a member " + language::quoted(name) + "; it can have " +
-                       language::listed(names, "and"));
+    const Json body = objectOfBody(asked, names);
+    for (const auto &[name, value] : body.items()) {
         if (!value.is_string())
             refuseBody(name + " is no text; put it between quotes");
         texts.emplace(name, value.get<std::string>());

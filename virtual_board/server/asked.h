@@ -7,8 +7,10 @@
 #include "virtual_board/server/services.h"
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vboard::server {
 
@@ -18,8 +20,8 @@ std::string boardFolder(const Services &services, const Asked &asked);
 /** The body, an object that has no other members than these, each of them a text. Throws Refusal. */
 std::map<std::string, std::string> textsOfBody(const Asked &asked,
                                                const std::vector<std::string> &names);
-/** The body, an object. */
-Json objectOfBody(const Asked &asked);
+/** The body, an object; with names, one that has no other members than these. */
+Json objectOfBody(const Asked &asked, const std::vector<std::string> &names = {});
 
 /** A number behind the question mark. */
 std::optional<uint64_t> numberOf(const Asked &asked, const std::string &name, uint64_t most);

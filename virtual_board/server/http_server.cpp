@@ -46,6 +46,7 @@ constexpr std::chrono::seconds kHeadTime{10}; // also between two requests
 constexpr std::chrono::seconds kBodyTime{60};
 constexpr std::chrono::seconds kWriteTime{30};
 constexpr std::chrono::seconds kFarewellTime{1};
+constexpr std::chrono::milliseconds kLastWords{300}; // at the end
 constexpr std::chrono::seconds kSignOfLife{15};
 constexpr std::chrono::milliseconds kRest{100}; // after a connection could not be taken
 
@@ -149,7 +150,7 @@ class Connection : public std::enable_shared_from_this<Connection>, public Event
     void readHead() {
         parser_.emplace();
         parser_->header_limit(kMostHead);
-        parser_->body_limit(boost::none); // each route has its own
+        parser_->body_limit(UINT64_MAX); // each route has its own
         isBusy_ = false;
         stream_.expires_after(kHeadTime);
         http::async_read_header(stream_, buffer_, *parser_,
@@ -465,10 +466,7 @@ class HttpServer::Implementation {
         shared_.isEnding = true;
         onEnd();
         shared_.threads.join();
-        while (!shared_.connections.empty())
-            shared_.connections.front()->close();
-        shared_.context.restart();
-        shared_.context.poll();
+        finishWriting();
     }
 
     void stop() {
@@ -476,6 +474,25 @@ class HttpServer::Implementation {
     }
 
   private:
+    /** Lets those who are being told something, the end for one, get all of it. */
+    void finishWriting() {
+        error_code ignored;
+        acceptor_.close(ignored);
+        signals_.cancel(ignored);
+        rest_.cancel();
+        const auto connections = shared_.connections;
+        for (const auto &connection : connections) {
+            if (connection->rank() != Connection::Rank::Busy)
+                connection->close();
+        }
+        shared_.context.restart();
+        shared_.context.run_for(kLastWords);
+        while (!shared_.connections.empty())
+            shared_.connections.front()->close();
+        shared_.context.restart();
+        shared_.context.poll();
+    }
+
     /** But for those that somebody wants not to be noticed. */
     void awaitSignals() {
         for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {

@@ -46,6 +46,14 @@ ListenAddress parseListenAddress(const std::string &word) {
     return listen;
 }
 
+std::string parseHostName(const std::string &word) {
+    constexpr char kCharacters[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ"
+                                   "0123456789-._:[]";
+    if (word.empty() || word.find_first_not_of(kCharacters) != std::string::npos)
+        language::refuse(word, "is not NAME or NAME:PORT, as 'lab.example:8080'");
+    return word;
+}
+
 bool ListenAddress::isLoopback() const {
     return address.rfind("127.", 0) == 0 || address == "::1";
 }

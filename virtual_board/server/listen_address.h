@@ -18,6 +18,9 @@ struct ListenAddress {
 /** "127.0.0.1:8080", "[::1]:0", "localhost:8080"; throws Refused for other words. */
 ListenAddress parseListenAddress(const std::string &word);
 
+/** "lab.example", "lab.example:8080"; throws Refused for other words. */
+std::string parseHostName(const std::string &word);
+
 /** As a URL has it: "127.0.0.1:8080", "[::1]:8080". */
 std::string hostText(const std::string &address, uint16_t port);
 

@@ -25,7 +25,7 @@ struct Parameter {
     bool isRepeated = false;
 };
 
-constexpr size_t kMostParameters = 3;
+constexpr size_t kMostParameters = 4;
 
 struct Route {
     const char *method;

@@ -44,13 +44,12 @@ class Loss {
 } // namespace
 
 void serve(const ServeOptions &options) {
-    const ListenAddress listen =
-        options.listen.empty() ? ListenAddress() : parseListenAddress(options.listen);
+    const ListenAddress &listen = options.listen;
     const std::string token =
         options.tokenFile.empty() ? makeToken() : readToken(options.tokenFile);
     Loss loss;
     HttpServer http(listen);
-    Services services(options.folder, [&](const std::string &reason) {
+    Services services(options.folder, options.scenarios, options.canRun, [&](const std::string &reason) {
         loss.tell(reason);
         http.stop();
     });
@@ -58,10 +57,7 @@ void serve(const ServeOptions &options) {
     std::printf("%s\n", urlText(listen, http.port(), token).c_str());
     if (std::fflush(stdout) != 0)
         throw language::Refused("cannot write the output");
-    http.run(requests, [&] {
-        services.site.end();
-        services.hubs.end();
-    });
+    http.run(requests, [&services] { services.end(); });
     loss.judge();
 }
 

@@ -1,13 +1,16 @@
 #pragma once
 // Boards served to browsers.
 
+#include "virtual_board/server/listen_address.h"
+
 #include <string>
 #include <vector>
 
 namespace vboard::server {
 
 struct ServeOptions {
-    std::string folder, listen, tokenFile;
+    std::string folder, tokenFile;
+    ListenAddress listen;
     std::vector<std::string> scenarios, hosts;
     bool canRun = false; // scenarios may start programs
 };

@@ -2,6 +2,7 @@
 
 #include "language/trace_parts.h"
 #include "language/trace_reader.h"
+#include "language/times.h"
 
 #include <fstream>
 #include <map>
@@ -44,6 +45,7 @@ Json partOfRequest(const std::string &line) {
 Json requestJson(const VBoardRequest &request, ProcessNames &processes) {
     Json object = Json::parse(request.json);
     object["number"] = request.number;
+    object["time"] = language::secondsText(request.time);
     object["text"] = request.text;
     object["part"] = partOfRequest(request.json);
     object["process"] = processes.of(request.pid);
@@ -51,6 +53,14 @@ Json requestJson(const VBoardRequest &request, ProcessNames &processes) {
 }
 
 } // namespace
+
+uint64_t nextRequest(const Board &board) {
+    uint64_t position = UINT64_MAX;
+    const List<VBoardRequest> none([&](VBoardRequest **list, uint32_t *count, VBoardError *error) {
+        return vboardTrace(board, &position, 1, list, count, nullptr, error);
+    });
+    return position;
+}
 
 Json traceJson(const Board &board, uint64_t &position, uint32_t most) {
     uint64_t lost = 0;

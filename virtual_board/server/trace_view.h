@@ -8,6 +8,9 @@
 
 namespace vboard::server {
 
+/** The number that the next request will have. */
+uint64_t nextRequest(const Board &board);
+
 /** The requests from a position on, which then is that behind the last of them. */
 Json traceJson(const Board &board, uint64_t &position, uint32_t most);
 

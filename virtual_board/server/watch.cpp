@@ -19,14 +19,6 @@ constexpr std::chrono::seconds kTick{1};
 /** Of more requests at once the newest are told. */
 constexpr uint32_t kMostRequests = 500;
 
-uint64_t nextRequest(const Board &board) {
-    uint64_t position = UINT64_MAX;
-    const List<VBoardRequest> none([&](VBoardRequest **list, uint32_t *count, VBoardError *error) {
-        return vboardTrace(board, &position, 1, list, count, nullptr, error);
-    });
-    return position;
-}
-
 /** Ends waits; nothing else. */
 void letWakeUp() {
     struct sigaction action = {};
