@@ -32,48 +32,52 @@ constexpr RegisterName kRegisterNames[] = {
     {31, 1, "fans"},
 };
 
+/** Which of its bytes name ports. */
+enum class Ports : uint8_t { None, One, Pairs };
+
 struct CommandName {
     uint8_t code;
     const char *name;
+    Ports ports = Ports::None;
 };
 
 constexpr CommandName kPoeCommands[] = {
     {0x00, "enable all ports"},
-    {0x01, "set port enable"},
+    {0x01, "set port enable", Ports::Pairs},
     {0x02, "reset"},
-    {0x03, "reset ports"},
+    {0x03, "reset ports", Ports::Pairs},
     {0x04, "set power source"},
     {0x05, "enable port mapping"},
-    {0x06, "map port"},
-    {0x08, "set port function mode"},
-    {0x09, "set port detection type"},
-    {0x0A, "port detection trigger"},
-    {0x0B, "trigger port classification"},
-    {0x0C, "set port inrush mode"},
-    {0x0D, "set port forced inrush"},
+    {0x06, "map port", Ports::One},
+    {0x08, "set port function mode", Ports::Pairs},
+    {0x09, "set port detection type", Ports::Pairs},
+    {0x0A, "port detection trigger", Ports::Pairs},
+    {0x0B, "trigger port classification", Ports::Pairs},
+    {0x0C, "set port inrush mode", Ports::Pairs},
+    {0x0D, "set port forced inrush", Ports::Pairs},
     {0x0E, "set voltage thresholds"},
-    {0x0F, "set port disconnect type"},
+    {0x0F, "set port disconnect type", Ports::Pairs},
     {0x10, "set power management mode"},
     {0x11, "set extended power management mode"},
-    {0x12, "set port power limit type"},
-    {0x14, "set port power limit"},
-    {0x15, "set port priority"},
+    {0x12, "set port power limit type", Ports::Pairs},
+    {0x14, "set port power limit", Ports::Pairs},
+    {0x15, "set port priority", Ports::Pairs},
     {0x16, "set port event mask"},
-    {0x18, "force port power"},
+    {0x18, "force port power", Ports::Pairs},
     {0x40, "system information"},
     {0x41, "power totals"},
-    {0x42, "port status"},
-    {0x44, "port measurements"},
-    {0x45, "port counters"},
+    {0x42, "port status", Ports::One},
+    {0x44, "port measurements", Ports::One},
+    {0x45, "port counters", Ports::One},
     {0x46, "port events"},
-    {0x48, "port configuration"},
-    {0x49, "port power configuration"},
+    {0x48, "port configuration", Ports::One},
+    {0x49, "port power configuration", Ports::One},
     {0x4A, "voltage thresholds"},
     {0x4B, "power source"},
     {0x4C, "chip addresses"},
-    {0x4D, "port function mode"},
-    {0x4E, "port mapping"},
-    {0x4F, "port pair measurements"},
+    {0x4D, "port function mode", Ports::One},
+    {0x4E, "port mapping", Ports::One},
+    {0x4F, "port pair measurements", Ports::One},
     {0x50, "chip loads"},
     {0xF0, "write chip register"},
     {0xF1, "read chip register"},
@@ -95,12 +99,17 @@ constexpr CommandName kPmbusCommands[] = {
     {0x97, "READ_PIN"},
 };
 
-std::string nameIn(std::span<const CommandName> names, uint32_t code) {
+const CommandName *commandIn(std::span<const CommandName> names, uint32_t code) {
     for (const CommandName &command : names) {
         if (command.code == code)
-            return command.name;
+            return &command;
     }
-    return "unknown command";
+    return nullptr;
+}
+
+std::string nameIn(std::span<const CommandName> names, uint32_t code) {
+    const CommandName *command = commandIn(names, code);
+    return command != nullptr ? command->name : "unknown command";
 }
 
 std::string frameName(const TraceRecord &record) {
@@ -188,8 +197,31 @@ const char *registerName(uint32_t reg) {
     return nullptr;
 }
 
+std::optional<uint32_t> poePortOf(const TraceRecord &record) {
+    constexpr uint32_t kFirstPort = 2; // behind the command and its number
+    constexpr uint32_t kPair = 2;
+    constexpr uint32_t kMostPairs = 4;
+    constexpr uint8_t kUnused = 0xFF;
+    const CommandName *command =
+        record.stored > kFirstPort ? commandIn(kPoeCommands, record.data[0]) : nullptr;
+    if (command == nullptr || command->ports == Ports::None)
+        return std::nullopt;
+    const uint32_t count = command->ports == Ports::Pairs ? kMostPairs : 1;
+    for (uint32_t i = 1; i < count; ++i) {
+        const uint32_t at = kFirstPort + kPair * i;
+        if (at < record.stored && record.data[at] != kUnused)
+            return std::nullopt;
+    }
+    return record.data[kFirstPort] != kUnused ? std::optional<uint32_t>(record.data[kFirstPort])
+                                              : std::nullopt;
+}
+
+bool isPoeFrame(const TraceRecord &record) {
+    return record.bus == kPoeBus && record.devAddr == kPoeDevAddr;
+}
+
 std::string transferName(const TraceRecord &record) {
-    if (record.bus == kPoeBus && record.devAddr == kPoeDevAddr)
+    if (isPoeFrame(record))
         return frameName(record);
     if (record.bus == kSystemBus && record.devAddr == kPmbusDevAddr &&
         record.channel >= kFirstSupplyChannel)

@@ -19,15 +19,6 @@ Json propertyJson(const VBoardProperty &property) {
             {"isIdle", property.isIdle != 0}};
 }
 
-/** A value as it is set: numbers may stand for themselves. */
-std::string settableText(const std::string &name, const Json &value) {
-    if (value.is_string())
-        return value.get<std::string>();
-    if (value.is_number())
-        return value.dump();
-    throw Refusal(kBadRequest, VBOARD_E_REFUSED, name + " is given neither a text nor a number");
-}
-
 } // namespace
 
 Response getProperties(Services &services, const Asked &asked) {

@@ -36,14 +36,20 @@ Json objectOfBody(const Asked &asked, const std::vector<std::string> &names) {
     return body;
 }
 
+std::string settableText(const std::string &name, const Json &value) {
+    if (value.is_string())
+        return value.get<std::string>();
+    if (value.is_number())
+        return value.dump();
+    refuseBody(language::quoted(name) + " is given neither a text nor a number");
+}
+
 std::map<std::string, std::string> textsOfBody(const Asked &asked,
                                                const std::vector<std::string> &names) {
     std::map<std::string, std::string> texts;
     const Json body = objectOfBody(asked, names);
     for (const auto &[name, value] : body.items()) {
-        if (!value.is_string())
-            refuseBody(name + " is no text; put it between quotes");
-        texts.emplace(name, value.get<std::string>());
+        texts.emplace(name, settableText(name, value));
     }
     return texts;
 }

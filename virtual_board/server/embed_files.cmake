@@ -1,4 +1,5 @@
-# Writes the source of pageFiles(): `cmake -D OUTPUT=FILE -D FILES=PATH;... -P embed_files.cmake`.
+# Writes the source of a function that gives files:
+# `cmake -D FUNCTION=NAME -D OUTPUT=FILE -D FILES=PATH;... -P embed_files.cmake`.
 set(types
   "html=text/html" "css=text/css" "js=text/javascript" "svg=image/svg+xml" "json=application/json")
 set(contents "")
@@ -33,7 +34,7 @@ ${rows}};
 
 } // namespace
 
-std::span<const vboard::server::PageFile> vboard::server::pageFiles() {
+std::span<const vboard::server::PageFile> vboard::server::${FUNCTION}() {
     return kFiles;
 }
 ")

@@ -3,6 +3,7 @@
 #include "virtual_board/server/http_server.h"
 
 #include "language/refused.h"
+#include "virtual_board/server/json.h"
 
 #include <algorithm>
 #include <atomic>
@@ -63,8 +64,8 @@ constexpr std::pair<const char *, const char *> kHeaders[] = {
 };
 
 std::string headOfEvents() {
-    std::string text = "HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\n"
-                       "Connection: close\r\n";
+    std::string text = std::string("HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Type: ") +
+                       kEventType + "\r\n";
     for (const auto &[name, value] : kHeaders)
         text += std::string(name) + ": " + value + "\r\n";
     return text + "\r\nretry: 1000\n\n";
@@ -236,7 +237,7 @@ class Connection : public std::enable_shared_from_this<Connection>, public Event
         if (wish_.isStream && !isHead_)
             return follow();
         if (wish_.isStream)
-            return respond({kOk, "text/event-stream", "", ""});
+            return respond({kOk, kEventType, "", ""});
         asio::post(shared_.threads, [self = shared_from_this()] {
             Response response =
                 self->shared_.requests->answer(self->wish_, self->parser_->get().body());

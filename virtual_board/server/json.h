@@ -9,6 +9,7 @@ namespace vboard::server {
 using Json = nlohmann::ordered_json;
 
 constexpr char kJsonType[] = "application/json";
+constexpr char kEventType[] = "text/event-stream";
 
 /** In one line, also where a text in it is no UTF-8: other programs write them, too. */
 inline std::string dumped(const Json &value) {

@@ -1,5 +1,5 @@
 #pragma once
-// The files of the page, compiled in.
+// Files that are compiled in.
 
 #include <span>
 #include <string_view>
@@ -12,6 +12,9 @@ struct PageFile {
     std::string_view bytes;
 };
 
+/** Those of the page. */
 std::span<const PageFile> pageFiles();
+/** What bodies and answers look like: one file of JSON schemas. */
+std::span<const PageFile> schemaFiles();
 
 } // namespace vboard::server

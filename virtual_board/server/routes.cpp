@@ -19,6 +19,11 @@ constexpr Parameter kBoard = {
 
 constexpr Route kRoutes[] = {
     {.method = "GET",
+     .path = "/openapi.json",
+     .answer = describeInterface,
+     .summary = "Describe all this",
+     .answerSchema = "Interface"},
+    {.method = "GET",
      .path = "/api/boards",
      .answer = listBoards,
      .summary = "List the boards that are served",

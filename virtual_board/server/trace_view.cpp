@@ -4,6 +4,7 @@
 #include "language/trace_reader.h"
 #include "language/times.h"
 
+#include <cstdlib>
 #include <fstream>
 #include <map>
 
@@ -33,21 +34,33 @@ class ProcessNames {
     std::map<int32_t, std::string> names_;
 };
 
-Json partOfRequest(const std::string &line) {
+/** The port at which the model's uplinks begin. */
+uint32_t firstUplinkOf(const Board &board) {
+    uint32_t ports = 0;
     try {
-        const std::string part = language::partOf(language::readTraceLine(line));
+        for (const VBoardProperty &count : board.properties({"ports.copper", "ports.sfp"}))
+            ports += static_cast<uint32_t>(std::strtoul(count.value, nullptr, 10));
+    } catch (const CallFailed &) {
+        return 0;
+    }
+    return ports + 1;
+}
+
+Json partOfRequest(const std::string &line, uint32_t firstUplink) {
+    try {
+        const std::string part = language::partOf(language::readTraceLine(line), firstUplink);
         return part.empty() ? Json() : Json(part);
     } catch (const language::Refused &) { // of a record that something has overwritten
         return nullptr;
     }
 }
 
-Json requestJson(const VBoardRequest &request, ProcessNames &processes) {
+Json requestJson(const VBoardRequest &request, uint32_t firstUplink, ProcessNames &processes) {
     Json object = Json::parse(request.json);
     object["number"] = request.number;
     object["time"] = language::secondsText(request.time);
     object["text"] = request.text;
-    object["part"] = partOfRequest(request.json);
+    object["part"] = partOfRequest(request.json, firstUplink);
     object["process"] = processes.of(request.pid);
     return object;
 }
@@ -70,8 +83,9 @@ Json traceJson(const Board &board, uint64_t &position, uint32_t most) {
         });
     ProcessNames processes;
     Json array = Json::array();
+    const uint32_t firstUplink = firstUplinkOf(board);
     for (const VBoardRequest &request : requests)
-        array.push_back(requestJson(request, processes));
+        array.push_back(requestJson(request, firstUplink, processes));
     return {{"next", position}, {"lost", lost}, {"requests", array}};
 }
 
