@@ -19,6 +19,7 @@ foreach(file IN LISTS FILES)
     message(FATAL_ERROR "${file}: a page has no files of this kind; the kinds are in embed_files.cmake")
   endif()
   file(READ ${file} bytes HEX)
+  string(REGEX REPLACE "(................................)" "\\1\n" bytes "${bytes}")
   string(REGEX REPLACE "([0-9a-f][0-9a-f])" "'\\\\x\\1'," bytes "${bytes}")
   string(APPEND contents "constexpr char kFile${number}[] = {${bytes}'\\0'};\n")
   string(APPEND rows "    {\"${name}\", \"${type}\", {kFile${number}, sizeof(kFile${number}) - 1}},\n")
@@ -26,15 +27,15 @@ foreach(file IN LISTS FILES)
 endforeach()
 file(WRITE ${OUTPUT} "#include \"virtual_board/server/page_files.h\"
 
-namespace {
+namespace ${FUNCTION}Content {
 
 ${contents}
 constexpr vboard::server::PageFile kFiles[] = {
 ${rows}};
 
-} // namespace
+} // namespace ${FUNCTION}Content
 
 std::span<const vboard::server::PageFile> vboard::server::${FUNCTION}() {
-    return kFiles;
+    return ${FUNCTION}Content::kFiles;
 }
 ")

@@ -1,5 +1,6 @@
 #include "virtual_board/server/hub.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vboard::server {
@@ -21,6 +22,12 @@ bool Hub::isWatched() {
     const std::lock_guard lock(mutex_);
     forgetClosed();
     return !members_.empty();
+}
+
+bool Hub::isAwaited() {
+    const std::lock_guard lock(mutex_);
+    return std::any_of(members_.begin(), members_.end(),
+                       [](const Member &member) { return member.needsWhole; });
 }
 
 void Hub::publish(Snapshot snapshot) {

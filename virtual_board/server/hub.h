@@ -17,6 +17,8 @@ class Hub {
     void join(std::shared_ptr<EventStream> stream);
     /** Whether anybody is left. */
     bool isWatched();
+    /** Whether somebody waits for all. */
+    bool isAwaited();
 
     /** Tells what is new, and all to those who have come, or were too slow, meanwhile. */
     void publish(Snapshot snapshot);

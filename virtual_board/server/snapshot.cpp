@@ -68,22 +68,16 @@ Json faultsJson(const Board &board) {
     return array;
 }
 
-std::string usersText(const Board &board) {
-    const List<VBoardUser> users([&](VBoardUser **list, uint32_t *count, VBoardError *error) {
-        return vboardUsers(board, list, count, error);
-    });
-    std::string text;
-    for (const VBoardUser &user : users)
-        text += (text.empty() ? "" : ", ") + std::string(user.program) + " " +
-                std::to_string(user.pid);
-    return text;
-}
-
 drawing::Readings readingsOf(const Board &board) {
     drawing::Readings readings;
     for (const VBoardProperty &property : board.properties({}))
         readings.emplace(property.name, property.value);
     return readings;
+}
+
+bool Snapshot::isMoving() const {
+    const std::string time = valueIn(properties, kTime);
+    return time != "virtual" && time != "stepped";
 }
 
 Snapshot Snapshot::of(const Board &board) {

@@ -16,7 +16,10 @@ struct Snapshot {
     Json faults = Json::array();
     std::string users; // "iodbg 4711"
 
-    /** What does not hang on the board's clock is kept from an earlier one. */
+    /** Whether time alone changes it. */
+    bool isMoving() const;
+
+    /** Without its users. */
     static Snapshot of(const Board &board);
 };
 
@@ -24,8 +27,6 @@ Json partJson(const drawing::Part &part);
 Json partsJson(const std::vector<drawing::Part> &parts);
 /** What `vboard fault list --json` tells of each rule. */
 Json faultsJson(const Board &board);
-/** Who has a board in use: "iodbg 4711, python3 4712". */
-std::string usersText(const Board &board);
 /** All that a board holds, but for what is too long to be looked at. */
 drawing::Readings readingsOf(const Board &board);
 

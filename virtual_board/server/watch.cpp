@@ -5,12 +5,11 @@
 #include <chrono>
 #include <csignal>
 #include <pthread.h>
+#include <utility>
 
 namespace vboard::server {
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
 
 /** Between two looks at a board that changes all the time. */
 constexpr std::chrono::milliseconds kLeastPause{50};
@@ -66,14 +65,15 @@ void Watch::tellRequests(uint64_t &position) {
     Json requests = traceJson(*board_, first, kMostRequests);
     requests["lost"] = requests["lost"].get<uint64_t>() + left;
     position = first;
+    for (const Json &request : requests["requests"])
+        users_.note(request["pid"].get<int32_t>());
     hub.tellTrace(requests);
 }
 
-void Watch::look(uint64_t &position, bool isTick) {
-    if (isTick)
-        users_ = usersText(*board_);
+void Watch::look(uint64_t &position) {
     Snapshot snapshot = Snapshot::of(*board_);
-    snapshot.users = users_;
+    snapshot.users = users_.text(*board_);
+    isMoving_ = snapshot.isMoving();
     hub.publish(std::move(snapshot));
     tellRequests(position);
 }
@@ -97,20 +97,17 @@ bool Watch::pause(uint32_t changes) {
 void Watch::run() {
     try {
         uint64_t position = nextRequest(*board_);
-        auto ticked = Clock::now() - kTick;
         uint32_t changes = 0;
+        bool isWatched = false;
         do {
-            changes = vboardChanges(*board_);
-            if (!hub.isWatched()) {
-                if (mayEnd_(*this))
-                    break;
+            const uint32_t seen = std::exchange(changes, vboardChanges(*board_));
+            const bool wasWatched = std::exchange(isWatched, hub.isWatched());
+            if (!isWatched && mayEnd_(*this))
+                break;
+            if (isWatched && !wasWatched)
                 position = nextRequest(*board_);
-                continue;
-            }
-            const bool isTick = Clock::now() - ticked >= kTick;
-            if (isTick)
-                ticked = Clock::now();
-            look(position, isTick);
+            if (isWatched && (isMoving_ || changes != seen || hub.isAwaited() || users_.isOutdated()))
+                look(position);
         } while (pause(changes));
     } catch (const std::exception &failure) {
         hub.tellGone(failure.what());

@@ -2,8 +2,8 @@
 // A thread that waits for what happens on a board, and tells those who look at it.
 
 #include "virtual_board/server/hub.h"
+#include "virtual_board/server/present_users.h"
 
-#include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <memory>
@@ -31,14 +31,15 @@ class Watch {
 
   private:
     void run();
-    void look(uint64_t &position, bool isTick);
+    void look(uint64_t &position);
     void tellRequests(uint64_t &position);
     bool pause(uint32_t changes);
 
     const std::unique_ptr<Board> board_;
     const std::function<bool(Watch &)> mayEnd_;
     const std::function<void(const std::string &reason)> onGone_;
-    std::string users_;
+    PresentUsers users_;
+    bool isMoving_ = true;
 
     std::mutex mutex_;
     std::condition_variable changed_;
