@@ -139,7 +139,7 @@ TEST_P(DocumentsTest, CommandsDoWhatIsShown) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, DocumentsTest,
-                         ::testing::Values("debugging-and-ci.md", "virtual-board.md"),
+                         ::testing::Values("debugging-and-ci.md", "front-panel.md", "virtual-board.md"),
                          [](const auto &document) {
                              const std::string name = document.param;
                              return replaced(name.substr(0, name.find('.')), "-", "_");
