@@ -20,7 +20,7 @@ constexpr uint32_t kClockChipDevAddr = 0x51;
 constexpr uint32_t kClimateChannel = 1;
 constexpr uint32_t kModuleBus = 1;
 constexpr uint32_t kFirstFrontModuleChannel = 8; // of cages in the front; before them the uplinks'
-constexpr uint32_t kDiagnosticsDevAddr = 0x51; // of a module
+constexpr uint32_t kDiagnosticsDevAddr = 0x51;   // of a module
 
 /** What JSON calls a kind of request: "i2c-read". */
 const char *kindName(TraceKind kind);

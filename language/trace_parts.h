@@ -9,8 +9,8 @@ namespace language {
 
 /**
  * "supply.1", "sfp.49", "port.3", "temperature"; empty for what is about none. Of a register that
- * several parts share it is the first. Of a model is known at which port its uplinks begin; 0: it is
- * not.
+ * several parts share it is the first. Of a model is known at which port its uplinks begin; 0: it
+ * is not.
  */
 std::string partOf(const TraceRecord &record, uint32_t firstUplink);
 

@@ -59,6 +59,13 @@ uint32_t portAt(const Model &model, uint32_t channel) {
 
 } // namespace
 
+I2cPlace placeOfModule(const Model &model, uint32_t port) {
+    if (port <= model.sfpPorts)
+        return {kFrontModule.bus, kFrontModule.channel + port - 1, kFrontModule.device};
+    return {kUplinkModule.bus, kUplinkModule.channel + port - firstUplink(model),
+            kUplinkModule.device};
+}
+
 uint32_t firstUplink(const Model &model) {
     return model.copperPorts + uint32_t{model.sfpPorts} + 1;
 }

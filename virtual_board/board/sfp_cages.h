@@ -12,6 +12,9 @@ uint32_t firstUplink(const Model &model);
 /** Whether a model has a cage at a port of its panel. */
 bool isSfpCage(const Model &model, uint32_t port);
 
+/** Where the module in the cage of a port has its identification. */
+I2cPlace placeOfModule(const Model &model, uint32_t port);
+
 /** The module in the cage of a port. */
 SfpModule &sfpModule(Board &board, uint32_t port);
 

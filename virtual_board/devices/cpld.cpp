@@ -45,6 +45,12 @@ uint16_t poeLamps(uint32_t reg, uint32_t poePorts) {
 
 } // namespace
 
+bool isPoeLampLit(const Cpld &cpld, uint32_t port) {
+    const uint32_t bit = port - 1;
+    return (cpld.reg[kCpldPoeLamps + bit / kCpldLinesPerRegister] >> bit % kCpldLinesPerRegister &
+            1) == 0;
+}
+
 bool cpldRead(const Cpld &cpld, uint32_t reg, uint16_t *value) {
     if (reg >= kCpldRegisters)
         return false;

@@ -40,6 +40,9 @@ constexpr uint32_t fieldOf(uint16_t content, const CpldField &field) {
 /** The level of a line. */
 bool cpldLevel(const Cpld &cpld, const CpldLine &line);
 
+/** Whether the LED of a PoE port is lit, which is wired active low. */
+bool isPoeLampLit(const Cpld &cpld, uint32_t port);
+
 /** The board drives a line. */
 void cpldDrive(Cpld &cpld, const CpldLine &line, bool level);
 

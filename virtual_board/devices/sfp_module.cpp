@@ -136,6 +136,16 @@ bool sfpHasTxFault(const SfpModule &module, const SfpCage &cage) {
     return module.state == SfpState::TxFault && !isTxOff(module, cage);
 }
 
+SfpSignal sfpSignal(const SfpModule &module, const SfpCage &cage) {
+    if (module.kind == SfpKind::None)
+        return SfpSignal::None;
+    if (sfpHasTxFault(module, cage))
+        return SfpSignal::TxFault;
+    if (cage.isDisabled)
+        return SfpSignal::Off;
+    return sfpIsSignalLost(module) ? SfpSignal::Lost : SfpSignal::Good;
+}
+
 void sfpMeasure(const SfpModule &module, const SfpCage &cage, uint8_t (&page)[kSfpPageSize]) {
     std::memcpy(page, module.diagnostics, sizeof(page));
     if (module.isHeld != 0)

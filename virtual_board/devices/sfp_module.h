@@ -71,6 +71,10 @@ bool sfpHasDiagnostics(const SfpModule &module);
 bool sfpIsSignalLost(const SfpModule &module);
 bool sfpHasTxFault(const SfpModule &module, const SfpCage &cage);
 
+/** What the lines of a cage tell, in the order of what hides what. */
+enum class SfpSignal : uint8_t { None, TxFault, Off, Lost, Good };
+SfpSignal sfpSignal(const SfpModule &module, const SfpCage &cage);
+
 /** The diagnostics page with what is measured now. */
 void sfpMeasure(const SfpModule &module, const SfpCage &cage, uint8_t (&page)[kSfpPageSize]);
 

@@ -20,8 +20,8 @@ Json effectJson(const vb::FaultEffectWords &effect) {
     Json uses = Json::array();
     for (const vb::FaultTargetWords &target : vb::kFaultTargets) {
         if (vb::findUse(target.target, effect.effect) != nullptr)
-            uses.push_back({{"device", target.device},
-                            {"ops", vb::opsOf(target.target, effect.effect)}});
+            uses.push_back(
+                {{"device", target.device}, {"ops", vb::opsOf(target.target, effect.effect)}});
     }
     return {{"effect", effect.text},
             {"form", vb::formOf(effect)},

@@ -4,6 +4,7 @@
 #include "virtual_board/server/asked.h"
 #include "virtual_board/server/descriptions.h"
 #include "virtual_board/server/snapshot.h"
+#include "virtual_board/server/target.h"
 
 namespace vboard::server {
 
@@ -19,7 +20,9 @@ Response getPanel(Services &services, const Asked &asked) {
 Response drawPanel(Services &services, const Asked &asked) {
     const Board board(boardFolder(services, asked));
     const drawing::Readings readings = readingsOf(board);
-    return {kOk, "image/svg+xml", drawing::svgOf(readings, drawing::partsOf(readings)), ""};
+    const auto styled = valueOf(asked.query, "style") == "no" ? drawing::Styled::Elsewhere
+                                                              : drawing::Styled::Within;
+    return {kOk, "image/svg+xml", drawing::svgOf(readings, drawing::partsOf(readings), styled), ""};
 }
 
 Response getFlash(Services &services, const Asked &asked) {

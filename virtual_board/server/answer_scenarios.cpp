@@ -6,8 +6,7 @@
 namespace vboard::server {
 
 Response listScenarios(Services &services, const Asked &asked) {
-    return jsonResponse(
-        {{"scenarios", services.scenarios.list(boardFolder(services, asked))}});
+    return jsonResponse({{"scenarios", services.scenarios.list(boardFolder(services, asked))}});
 }
 
 Response play(Services &services, const Asked &asked) {

@@ -27,8 +27,7 @@ Response listFaults(Services &services, const Asked &asked) {
 
 Response addFault(Services &services, const Asked &asked) {
     const Board board(boardFolder(services, asked));
-    const auto words =
-        textsOfBody(asked, {"device", "op", "offset", "nth", "when", "effect"});
+    const auto words = textsOfBody(asked, {"device", "op", "offset", "nth", "when", "effect"});
     VBoardFault fault = {};
     fault.size = sizeof(fault);
     fault.device = given(words, "device");

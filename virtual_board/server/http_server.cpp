@@ -64,8 +64,8 @@ constexpr std::pair<const char *, const char *> kHeaders[] = {
 };
 
 std::string headOfEvents() {
-    std::string text = std::string("HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Type: ") +
-                       kEventType + "\r\n";
+    std::string text =
+        std::string("HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Type: ") + kEventType + "\r\n";
     for (const auto &[name, value] : kHeaders)
         text += std::string(name) + ": " + value + "\r\n";
     return text + "\r\nretry: 1000\n\n";
@@ -154,16 +154,15 @@ class Connection : public std::enable_shared_from_this<Connection>, public Event
         parser_->body_limit(UINT64_MAX); // each route has its own
         isBusy_ = false;
         stream_.expires_after(kHeadTime);
-        http::async_read_header(stream_, buffer_, *parser_,
-                                [self = shared_from_this()](error_code failure, size_t) {
-                                    self->takeHead(failure);
-                                });
+        http::async_read_header(
+            stream_, buffer_, *parser_,
+            [self = shared_from_this()](error_code failure, size_t) { self->takeHead(failure); });
     }
 
     void takeHead(error_code failure) {
         if (failure == http::error::header_limit || failure == http::error::buffer_overflow)
-            return refuse({kHeadTooLarge, VBOARD_E_REFUSED,
-                           "the head of the request is larger than 16 KiB"});
+            return refuse(
+                {kHeadTooLarge, VBOARD_E_REFUSED, "the head of the request is larger than 16 KiB"});
         if (failure.category() == http::make_error_code(http::error::bad_method).category() &&
             failure != http::error::end_of_stream && failure != http::error::partial_message)
             return refuse({kBadRequest, VBOARD_E_REFUSED, "this is no request of HTTP/1.1"});
@@ -212,10 +211,9 @@ class Connection : public std::enable_shared_from_this<Connection>, public Event
         if (parser_->is_done())
             return work();
         stream_.expires_after(kBodyTime);
-        http::async_read(stream_, buffer_, *parser_,
-                         [self = shared_from_this()](error_code failure, size_t) {
-                             self->takeBody(failure);
-                         });
+        http::async_read(
+            stream_, buffer_, *parser_,
+            [self = shared_from_this()](error_code failure, size_t) { self->takeBody(failure); });
     }
 
     void takeBody(error_code failure) {
@@ -380,7 +378,8 @@ class Connection : public std::enable_shared_from_this<Connection>, public Event
             return;
         if (waiting_.empty()) {
             if (isLast_)
-                asio::post(shared_.context, [self = shared_from_this()] { self->sayFarewellToPage(); });
+                asio::post(shared_.context,
+                           [self = shared_from_this()] { self->sayFarewellToPage(); });
             return;
         }
         isWriting_ = true;
@@ -451,9 +450,8 @@ class HttpServer::Implementation {
             acceptor_.bind(place);
             acceptor_.listen();
         } catch (const boost::system::system_error &failure) {
-            throw language::Refused("cannot listen on " +
-                                    hostText(listen.address, listen.port) + ": " +
-                                    failure.code().message());
+            throw language::Refused("cannot listen on " + hostText(listen.address, listen.port) +
+                                    ": " + failure.code().message());
         }
     }
 
@@ -537,9 +535,10 @@ class HttpServer::Implementation {
     /** Who has waited longest goes, so that nobody can keep others out by doing nothing. */
     bool makeRoom() {
         const auto &all = shared_.connections;
-        const auto place = std::min_element(
-            all.begin(), all.end(),
-            [](const auto &one, const auto &other) { return one->rank() < other->rank(); });
+        const auto place =
+            std::min_element(all.begin(), all.end(), [](const auto &one, const auto &other) {
+                return one->rank() < other->rank();
+            });
         if ((*place)->rank() == Connection::Rank::Busy)
             return false;
         std::shared_ptr<Connection>(*place)->close();

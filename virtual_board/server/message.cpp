@@ -33,8 +33,7 @@ std::optional<std::string> Head::header(const std::string &name) const {
 
 Response refusalResponse(const Refusal &refusal) {
     return {refusal.status(), kJsonType,
-            dumped(Json{{"error", refusal.what()},
-                        {"status", vboardStatusName(refusal.reason())}}),
+            dumped(Json{{"error", refusal.what()}, {"status", vboardStatusName(refusal.reason())}}),
             ""};
 }
 

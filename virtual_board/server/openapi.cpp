@@ -28,11 +28,12 @@ Json parametersOf(const Route &route) {
         if (one.name == nullptr)
             continue;
         const Json text = {{"type", "string"}};
-        array.push_back({{"name", one.name},
-                         {"in", "query"},
-                         {"description", one.description},
-                         {"required", one.isRequired},
-                         {"schema", one.isRepeated ? Json{{"type", "array"}, {"items", text}} : text}});
+        array.push_back(
+            {{"name", one.name},
+             {"in", "query"},
+             {"description", one.description},
+             {"required", one.isRequired},
+             {"schema", one.isRepeated ? Json{{"type", "array"}, {"items", text}} : text}});
     }
     return array;
 }
@@ -49,14 +50,13 @@ Json answerOf(const Route &route) {
 }
 
 Json operationOf(const Route &route) {
-    Json operation = {
-        {"summary", route.summary},
-        {"parameters", parametersOf(route)},
-        {"responses",
-         {{std::to_string(route.success), answerOf(route)},
-          {"default",
-           {{"description", "It was refused, and nothing has changed"},
-            {"content", contentOf(kJsonType, "Error")}}}}}};
+    Json operation = {{"summary", route.summary},
+                      {"parameters", parametersOf(route)},
+                      {"responses",
+                       {{std::to_string(route.success), answerOf(route)},
+                        {"default",
+                         {{"description", "It was refused, and nothing has changed"},
+                          {"content", contentOf(kJsonType, "Error")}}}}}};
     if (route.bodySchema != nullptr)
         operation["requestBody"] = {{"required", true},
                                     {"content", contentOf(kJsonType, route.bodySchema)}};
@@ -75,9 +75,9 @@ Response describeInterface(Services &, const Asked &) {
          {"info",
           {{"title", "Virtual boards"},
            {"version", VBOARD_VERSION},
-           {"description",
-            "What 'vboard serve' answers. Every request needs the token: in the path, as in the URL "
-            "that it prints, or as a bearer."}}},
+           {"description", "What 'vboard serve' answers. Every request needs the token: in the "
+                           "path, as in the URL "
+                           "that it prints, or as a bearer."}}},
          {"servers", {{{"url", "."}}}},
          {"security", {security}},
          {"paths", paths},

@@ -10,12 +10,12 @@ namespace {
 
 /** Throws Refusal for what must not be played. */
 void judgeView(const ScenarioView &view, bool canRun) {
-    const bool hasRun = std::any_of(view.steps.begin(), view.steps.end(), [](const Json &step) {
-        return step["hasRun"].get<bool>();
-    });
+    const bool hasRun = std::any_of(view.steps.begin(), view.steps.end(),
+                                    [](const Json &step) { return step["hasRun"].get<bool>(); });
     if (hasRun && !canRun)
-        throw Refusal(kForbidden, VBOARD_E_PERMISSION,
-                      "the scenario runs programs; start 'vboard serve' with --allow-run to let it");
+        throw Refusal(
+            kForbidden, VBOARD_E_PERMISSION,
+            "the scenario runs programs; start 'vboard serve' with --allow-run to let it");
     if (!view.problem.empty())
         throw Refusal(kBadRequest, VBOARD_E_REFUSED, view.problem);
 }
@@ -37,10 +37,9 @@ void Plays::start(const std::string &boardFolder, size_t scenario) {
     std::vector<std::string> words = {"play", boardFolder, scenarios_.file(scenario), "--json"};
     if (!scenarios_.canRun()) // the file may be another one by now
         words.emplace_back("--no-run");
-    play = std::make_unique<Play>(scenario, view.steps.size(), words,
-                                  [this, boardFolder](const Json &progress) {
-                                      hubs_.tellPlay(boardFolder, progress);
-                                  });
+    play = std::make_unique<Play>(
+        scenario, view.steps.size(), words,
+        [this, boardFolder](const Json &progress) { hubs_.tellPlay(boardFolder, progress); });
 }
 
 void Plays::change(const std::string &boardFolder, const std::string &action) {
@@ -49,8 +48,7 @@ void Plays::change(const std::string &boardFolder, const std::string &action) {
         {"pause", &Play::pause}, {"resume", &Play::resume}, {"stop", &Play::stop}};
     const auto change = kChanges.find(action);
     if (change == kChanges.end())
-        throw Refusal(kBadRequest, VBOARD_E_REFUSED,
-                      "action is start, pause, resume or stop");
+        throw Refusal(kBadRequest, VBOARD_E_REFUSED, "action is start, pause, resume or stop");
     const std::lock_guard lock(mutex_);
     const auto play = plays_.find(boardFolder);
     if (play == plays_.end() || play->second == nullptr || !(*play->second.*change->second)())

@@ -49,10 +49,11 @@ void serve(const ServeOptions &options) {
         options.tokenFile.empty() ? makeToken() : readToken(options.tokenFile);
     Loss loss;
     HttpServer http(listen);
-    Services services(options.folder, options.scenarios, options.canRun, [&](const std::string &reason) {
-        loss.tell(reason);
-        http.stop();
-    });
+    Services services(options.folder, options.scenarios, options.canRun,
+                      [&](const std::string &reason) {
+                          loss.tell(reason);
+                          http.stop();
+                      });
     const Requests requests(Gate(token, http.port(), listen.address, options.hosts), services);
     std::printf("%s\n", urlText(listen, http.port(), token).c_str());
     if (std::fflush(stdout) != 0)

@@ -72,6 +72,8 @@ drawing::Readings readingsOf(const Board &board) {
     drawing::Readings readings;
     for (const VBoardProperty &property : board.properties({}))
         readings.emplace(property.name, property.value);
+    for (const VBoardProperty &property : board.properties(drawing::kMoreReadings))
+        readings.emplace(property.name, property.value);
     return readings;
 }
 

@@ -77,8 +77,9 @@ std::string readToken(const std::string &path) {
     if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode))
         throw language::Refused(path + " is not a file");
     if (status.st_uid != geteuid() || (status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
-        throw language::Refused(path + " can be read by others, and a token is a secret: make it "
-                                       "yours alone with 'chmod 600 " +
+        throw language::Refused(path +
+                                " can be read by others, and a token is a secret: make it "
+                                "yours alone with 'chmod 600 " +
                                 path + "'");
     std::string token = firstBytesOf(file);
     if (!token.empty() && token.back() == '\n')

@@ -1,8 +1,8 @@
 #include "virtual_board/server/trace_view.h"
 
+#include "language/times.h"
 #include "language/trace_parts.h"
 #include "language/trace_reader.h"
-#include "language/times.h"
 
 #include <cstdlib>
 #include <fstream>

@@ -195,14 +195,6 @@ void makePoeRules(Twin &twin) {
         makePortRule(twin, row.name, row.question);
 }
 
-/** Where a module in the cage of a port is reached. */
-I2cPlace placeOfModule(const Model &model, uint32_t port) {
-    if (port <= model.sfpPorts)
-        return {kFrontModule.bus, kFrontModule.channel + port - 1, kFrontModule.device};
-    return {kUplinkModule.bus, kUplinkModule.channel + port - firstUplink(model),
-            kUplinkModule.device};
-}
-
 void makeModuleRules(Twin &twin, uint32_t port) {
     const SfpModule &module = sfpModule(twin.board(), port);
     const std::string id = twinName("sfp.#.id", port);

@@ -29,6 +29,7 @@ struct PropertyTarget {
 
     Board &board() const { return *folder.board(); }
     Devices &devices() const { return board().devices; }
+    const Model &model() const { return *findModel(board().header.devId); } // who has one has that
     /** The N of "cpld.N". */
     uint32_t number() const { return name.number; }
     /** The N-th supply. */

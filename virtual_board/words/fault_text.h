@@ -2,6 +2,7 @@
 // Fault rules in words.
 
 #include "virtual_board/board/faults.h"
+#include "virtual_board/devices/board_map.h"
 
 #include <string>
 
@@ -25,6 +26,10 @@ FaultWords faultWords(const FaultRule &rule);
 
 /** One device of the I2C buses: "i2c:0.0.0x51". */
 std::string i2cDeviceText(uint32_t bus, uint32_t channel, uint32_t devAddr);
+
+inline std::string busText(const I2cPlace &place) {
+    return i2cDeviceText(place.bus, place.channel, place.device);
+}
 
 /** A rule as arguments of `vboard fault add`. */
 std::string faultText(const FaultRule &rule);

@@ -10,10 +10,6 @@ using Target = PropertyTarget;
 
 constexpr char kLastChange[] = ": it shows what changed last";
 
-const Model &modelOf(const Target &target) {
-    return *findModel(target.board().header.devId); // whoever has a property has a model
-}
-
 /** "fans 1 and 2": those whose presence shares a line with that of a supply. */
 std::string fansBeside(uint32_t supply) {
     const uint32_t second = 2 * supply;
@@ -25,20 +21,20 @@ std::string fansBeside(uint32_t supply) {
 std::string noteOfFanPresence(const Target &target) {
     const uint32_t other = target.number() % 2 == 0 ? target.number() - 1 : target.number() + 1;
     const std::string pair = "one line with fan " + std::to_string(other);
-    if (!modelOf(target).haveSharedPresenceLines())
+    if (!target.model().haveSharedPresenceLines())
         return pair + ": it is set while both are there";
     const uint32_t supply = (target.number() + 1) / 2;
     return pair + " and supply " + std::to_string(supply) + kLastChange;
 }
 
 std::string noteOfSupplyPresence(const Target &target) {
-    if (!modelOf(target).haveSharedPresenceLines())
+    if (!target.model().haveSharedPresenceLines())
         return "";
     return "one line with " + fansBeside(target.number()) + kLastChange;
 }
 
 std::string noteOfCage(const Target &target) {
-    const Model &model = modelOf(target);
+    const Model &model = target.model();
     const bool isUplink = target.number() >= firstUplink(model);
     return isUplink && !model.haveUplinkStatusLines
                ? "programs read loss from its presence line, fault from that of transmit disable"
@@ -46,7 +42,7 @@ std::string noteOfCage(const Target &target) {
 }
 
 std::string noteOfRegister(const Target &target) {
-    const Model &model = modelOf(target);
+    const Model &model = target.model();
     const uint32_t reg = target.number();
     if (reg == kCpldSupplies && model.haveSharedPresenceLines())
         return "bit 0: supply 1 and " + fansBeside(1) + "; bit 1: supply 2 and " + fansBeside(2);

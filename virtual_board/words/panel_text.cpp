@@ -80,17 +80,10 @@ class Panel {
         return hasColour_ ? "\x1b[" + std::string(colour) + "m" + text + "\x1b[0m" : text;
     }
 
-    /** The port's LED is wired active low. */
-    bool isLit(uint32_t port) const {
-        const uint32_t bit = port - 1;
-        return (board_.devices.cpld.reg[kCpldPoeLamps + bit / kCpldLinesPerRegister] >>
-                    bit % kCpldLinesPerRegister &
-                1) == 0;
-    }
-
     std::string poeCell(uint32_t port) const {
         const Sign sign = signOf(board_.devices.poe.port[port - 1].phase);
-        const std::string lamp = isLit(port) ? coloured("o", kGreen) : " ";
+        const std::string lamp =
+            isPoeLampLit(board_.devices.cpld, port) ? coloured("o", kGreen) : " ";
         return coloured(std::string(1, sign.character), sign.colour) + lamp;
     }
 
@@ -115,12 +108,16 @@ class Panel {
         const std::string kind = " " + sfpKindText(module.kind) + " ";
         if (module.kind == SfpKind::None)
             return "";
-        const SfpCage cage = sfpCage(board_, port, nowNs_);
-        if (sfpHasTxFault(module, cage))
+        switch (sfpSignal(module, sfpCage(board_, port, nowNs_))) {
+        case SfpSignal::TxFault:
             return kind + coloured("fault", kRed);
-        if (cage.isDisabled)
+        case SfpSignal::Off:
             return kind + coloured("off", kYellow);
-        return kind + (sfpIsSignalLost(module) ? "no signal" : coloured("up", kGreen));
+        case SfpSignal::Lost:
+            return kind + "no signal";
+        default:
+            return kind + coloured("up", kGreen);
+        }
     }
 
     /** Cages from that of a port on, in rows that fit on a terminal. */

@@ -26,6 +26,11 @@ Value getModel(const Target &target) {
     return hex16Text(target.board().header.devId);
 }
 
+template <uint8_t Model::*count>
+Value getPorts(const Target &target) {
+    return target.model().*count;
+}
+
 Value getTime(const Target &target) {
     return paceText(target.board().clock.pace);
 }
@@ -148,6 +153,9 @@ void setMac(const Target &target, const Value &value) {
 
 constexpr Binding kBoardBindings[] = {
     bind("model", getModel),
+    bind("ports.copper", getPorts<&Model::copperPorts>),
+    bind("ports.sfp", getPorts<&Model::sfpPorts>),
+    bind("ports.uplinks", getPorts<&Model::uplinks>),
     bind("time", getTime, setTime),
     bind("clock", getClock),
     bind("system-clock", getSystemClock),

@@ -2,6 +2,7 @@
 
 #include "virtual_board/words/bindings.h"
 #include "virtual_board/words/clock_text.h"
+#include "virtual_board/words/fault_text.h"
 #include "virtual_board/words/line_notes.h"
 #include "virtual_board/words/values.h"
 
@@ -75,6 +76,10 @@ void setSensorState(const Target &target, const Value &value) {
     target.devices().climate.sensor = value.as<SensorState>();
 }
 
+Value getSensorBus(const Target &) {
+    return busText(kTemperatureSensor);
+}
+
 // Clock
 
 Value getClockTime(const Target &target) {
@@ -83,6 +88,10 @@ Value getClockTime(const Target &target) {
 
 void setClockTime(const Target &target, const Value &value) {
     clockSetTime(target.devices().clockChip, parseClockTime(value.text()), target.now());
+}
+
+Value getClockBus(const Target &) {
+    return busText(kClockChip);
 }
 
 Value getBattery(const Target &target) {
@@ -101,6 +110,8 @@ constexpr Binding kChassisBindings[] = {
     bind("temperature.board", getBoardTemperature),
     bind("temperature.sensor", getSensor),
     bind("temperature.state", getSensorState, setSensorState),
+    bind("temperature.bus", getSensorBus),
+    bind("rtc.bus", getClockBus),
     bind("rtc.time", getClockTime, setClockTime),
     bind("rtc.battery", getBattery, setBattery),
 };

@@ -1,6 +1,8 @@
 // Properties of PoE: the controller, and what is plugged into its ports.
 
 #include "virtual_board/board/circuits.h"
+#include "virtual_board/devices/poe_kind.h"
+#include "virtual_board/devices/poe_measurements.h"
 #include "virtual_board/devices/poe_ports.h"
 #include "virtual_board/words/bindings.h"
 #include "virtual_board/words/poe_text.h"
@@ -28,6 +30,22 @@ Value getState(const Target &target) {
     return static_cast<uint32_t>(poeOf(target).port[target.number() - 1].phase);
 }
 
+Value getPortPower(const Target &target) {
+    return poeDrawn(poeOf(target), target.number() - 1);
+}
+
+Value getTotalPower(const Target &target) {
+    return poeTotalDrawn(poeOf(target));
+}
+
+Value getBudget(const Target &target) {
+    return poeKindOf(poeOf(target)).budget(poeOf(target)).powerMw;
+}
+
+Value getPoeLamp(const Target &target) {
+    return isPoeLampLit(target.devices().cpld, target.number()) ? 1 : 0;
+}
+
 Value getController(const Target &target) {
     return isPoePresent(target.board())
                ? language::wordOf(language::propertyOf("poe.controller"),
@@ -42,8 +60,12 @@ void setController(const Target &target, const Value &value) {
 
 constexpr Binding kPoeBindings[] = {
     bind("poe.controller", getController, setController),
+    bind("poe.budget", getBudget),
+    bind("poe.drawn", getTotalPower),
     bind("poe.#.device", getDevice, setDevice),
     bind("poe.#.state", getState),
+    bind("poe.#.power", getPortPower),
+    bind("poe.#.lamp", getPoeLamp),
 };
 static_assert(hasWordsUpTo("poe.#.state", PoePhase::Fault));
 

@@ -34,6 +34,15 @@ Value getLogic(const Target &target) {
            std::to_string(logic.programmings) + " times";
 }
 
+Value getSystemLamp(const Target &target) {
+    return fieldOf(target.devices().cpld.reg[kCpldLamps], kSystemLamp);
+}
+
+template <const CpldLine &lamp>
+Value getLamp(const Target &target) {
+    return cpldLevel(target.devices().cpld, lamp) ? 1 : 0;
+}
+
 Value getGpio(const Target &target) {
     return gpioLevel(target.devices().gpio, target.number());
 }
@@ -78,6 +87,9 @@ constexpr Binding kRegisterBindings[] = {
     bind("cpld.logic", getLogic),
     bind("gpio.#", getGpio, setGpio),
     bind("gpio.#.direction", getDirection),
+    bind("lamp.system", getSystemLamp),
+    bind("lamp.4", getLamp<kLamp4>),
+    bind("lamp.5", getLamp<kLamp5>),
     bind("eeprom.board", getBoardEeprom, setBoardEeprom),
     bind("eeprom.supply#", getSupplyEeprom, setSupplyEeprom),
 };

@@ -2,6 +2,7 @@
 
 #include "virtual_board/board/sfp_cages.h"
 #include "virtual_board/words/bindings.h"
+#include "virtual_board/words/fault_text.h"
 #include "virtual_board/words/line_notes.h"
 #include "virtual_board/words/parts.h"
 #include "virtual_board/words/sfp_text.h"
@@ -75,6 +76,16 @@ void setRxPower(const Target &target, const Value &value) {
     module.isLinkUp = 1;
 }
 
+Value getSignal(const Target &target) {
+    const SfpModule &module = moduleOf(target);
+    return static_cast<uint32_t>(
+        sfpSignal(module, sfpCage(target.board(), target.number(), target.now())));
+}
+
+Value getSfpBus(const Target &target) {
+    return busText(placeOfModule(target.model(), target.number()));
+}
+
 Value partOf(const uint8_t (&page)[kSfpPageSize], const Target &target) {
     return bytesText(target, page, kSfpPageSize, "page");
 }
@@ -116,11 +127,14 @@ constexpr Binding kSfpBindings[] = {
     bind("sfp.#.state", getSfpState, setSfpState),
     bind("sfp.#.link", getLink, setLink),
     bind("sfp.#.rx-power", getRxPower, setRxPower),
+    bind("sfp.#.signal", getSignal),
+    bind("sfp.#.bus", getSfpBus),
     bind("sfp.#.id", getId, setId),
     bind("sfp.#.diagnostics", getDiagnostics, setDiagnostics),
 };
 static_assert(language::wordCount("sfp.#.module") == kSfpKinds);
 static_assert(hasWordsUpTo("sfp.#.state", SfpState::Dead));
+static_assert(hasWordsUpTo("sfp.#.signal", SfpSignal::Good));
 static_assert(language::propertyOf("sfp.#.rx-power").highest == kSfpMostMicrowatts);
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "virtual_board/board/circuits.h"
 #include "virtual_board/words/bindings.h"
+#include "virtual_board/words/fault_text.h"
 #include "virtual_board/words/line_notes.h"
 
 namespace vb {
@@ -38,6 +39,11 @@ Value getAmount(const Target &target) {
 
 Value getOutputVoltage(const Target &target) {
     return pmbusOutputMv(target.supply().pmbus);
+}
+
+Value getSupplyBus(const Target &target) {
+    return busText(
+        {kSupplyPmbus.bus, kSupplyPmbus.channel + target.number() - 1, kSupplyPmbus.device});
 }
 
 Value getBusyEvery(const Target &target) {
@@ -106,6 +112,7 @@ constexpr Binding kSupplyBindings[] = {
     temperature<0>("supply.#.temperature1"),
     temperature<1>("supply.#.temperature2"),
     temperature<2>("supply.#.temperature3"),
+    bind("supply.#.bus", getSupplyBus),
     bind("supply.#.busy-every", getBusyEvery, setAmount<&P::busyEvery>),
     line<kSupplyPresence>("supply.#.line.presence", noteOfSupplyPresence),
     line<kSupplyType>("supply.#.line.type"),
