@@ -1,5 +1,6 @@
-// What clients send to `vboard serve`: bytes of a connection, right or wrong, in which @T is the token
-// and @H the host. They go through a connection as any other's, and what comes back is looked at.
+// What clients send to `vboard serve`: bytes of a connection, right or wrong, in which @T is the
+// token and @H the host. They go through a connection as any other's, and what comes back is looked
+// at.
 
 #include "fuzz/board.h"
 #include "fuzz/input.h"
@@ -26,7 +27,8 @@ constexpr int kSilenceMs = 200; // of an answer that does not end
 class Server {
   public:
     Server()
-        : board_(0x0709), http_({}), services_(board_.path(), {}, false, [](const std::string &) {}),
+        : board_(0x0709), http_({}),
+          services_(board_.path(), {}, false, [](const std::string &) {}),
           requests_(Gate(kToken, http_.port(), "127.0.0.1", {}), services_),
           thread_([this] { http_.run(requests_, [this] { services_.end(); }); }) {}
     Server(const Server &) = delete;

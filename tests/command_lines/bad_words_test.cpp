@@ -251,10 +251,11 @@ constexpr BadWord kVboard[] = {
      1},
     {"panel", "DIR", "/nowhere",
      "/nowhere: No such file or directory; create a board with: vboard create", 1},
-    {"serve", "DIR", "/nowhere",
-     "/nowhere is not a folder; give a board, or a folder with boards", 1},
+    {"serve", "DIR", "/nowhere", "/nowhere is not a folder; give a board, or a folder with boards",
+     1},
     {"serve", "--listen", "@board --listen 8080",
-     "--listen: '8080' is not ADDRESS:PORT, as '127.0.0.1:8080', '[::1]:8080', 'localhost:8080' or, "
+     "--listen: '8080' is not ADDRESS:PORT, as '127.0.0.1:8080', '[::1]:8080', 'localhost:8080' "
+     "or, "
      "with a free port, '127.0.0.1:0'"},
     {"serve", "--token-file", "@board --token-file /nowhere/x",
      "cannot read /nowhere/x: No such file or directory", 1},

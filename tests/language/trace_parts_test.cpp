@@ -37,9 +37,10 @@ TraceRecord frame(std::initializer_list<uint8_t> data) {
 
 TEST(PartOfTest, RegistersAndLines) {
     const std::pair<uint32_t, const char *> kParts[] = {
-        {1, ""},          {4, "watchdog"}, {6, "fan.1"},  {7, "lamp.system"}, {8, ""},
-        {12, ""},         {13, "poe"},     {15, "poe"},   {16, ""},           {28, "fan.1"},
-        {29, "fan.3"},    {30, "supply.1"}, {31, "fan.1"}, {63, ""}};
+        {1, ""},       {4, "watchdog"}, {6, "fan.1"},  {7, "lamp.system"},
+        {8, ""},       {12, ""},        {13, "poe"},   {15, "poe"},
+        {16, ""},      {28, "fan.1"},   {29, "fan.3"}, {30, "supply.1"},
+        {31, "fan.1"}, {63, ""}};
     for (const auto &[reg, part] : kParts) {
         EXPECT_EQ(partOf(onRegister(reg), kFirstUplink), part) << reg;
         TraceRecord read = onRegister(reg);

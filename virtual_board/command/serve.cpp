@@ -18,9 +18,7 @@ Parser address(server::ListenAddress &target) {
 }
 
 Parser hostNames(std::vector<std::string> &target) {
-    return [&target](const std::string &word) {
-        target.push_back(server::parseHostName(word));
-    };
+    return [&target](const std::string &word) { target.push_back(server::parseHostName(word)); };
 }
 
 void defineServe(Command &command) {

@@ -54,10 +54,6 @@ std::string parseHostName(const std::string &word) {
     return word;
 }
 
-bool ListenAddress::isLoopback() const {
-    return address.rfind("127.", 0) == 0 || address == "::1";
-}
-
 bool ListenAddress::isWildcard() const {
     return address == "0.0.0.0" || address == "::";
 }

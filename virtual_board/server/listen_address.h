@@ -10,7 +10,6 @@ struct ListenAddress {
     std::string address = "127.0.0.1"; // a number, IPv6 without brackets
     uint16_t port = 0;                 // 0: a free one
 
-    bool isLoopback() const;
     /** Every address of the machine. */
     bool isWildcard() const;
 };

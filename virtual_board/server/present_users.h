@@ -1,6 +1,6 @@
 #pragma once
-// Who has a board in use. To find them means to look at all processes of the machine, so that is done
-// when something tells that there are others, and else now and then.
+// Who has a board in use. To find them means to look at all processes of the machine, so that is
+// done when something tells that there are others, and else now and then.
 
 #include "virtual_board/calls/board.h"
 

@@ -15,8 +15,8 @@ class EventStream {
     EventStream &operator=(const EventStream &) = delete;
     virtual ~EventStream() = default;
 
-    /** Hands an event over, from any thread, and does not wait for who reads it: false when there is
-     * no room, since that is too slow. */
+    /** Hands an event over, from any thread, and does not wait for who reads it: false when there
+     * is no room, since that is too slow. */
     virtual bool send(const EventText &event) = 0;
     /** Behind what was sent the stream ends. */
     virtual void end() = 0;

@@ -17,7 +17,8 @@ class UploadedFile {
 
     const std::string &path() const { return path_; }
 
-    /** Makes a call; that it fails is told without the path, which who has sent it does not know. */
+    /** Makes a call; that it fails is told without the path, which who has sent it does not know.
+     */
     template <typename Work>
     auto tellWithout(Work work) const {
         try {

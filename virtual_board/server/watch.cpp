@@ -106,7 +106,8 @@ void Watch::run() {
                 break;
             if (isWatched && !wasWatched)
                 position = nextRequest(*board_);
-            if (isWatched && (isMoving_ || changes != seen || hub.isAwaited() || users_.isOutdated()))
+            if (isWatched &&
+                (isMoving_ || changes != seen || hub.isAwaited() || users_.isOutdated()))
                 look(position);
         } while (pause(changes));
     } catch (const std::exception &failure) {

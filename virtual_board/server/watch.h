@@ -16,7 +16,8 @@ namespace vboard::server {
 class Watch {
   public:
     /** Begins. Asks, when nobody looks any more, whether it shall end. What it tells in the end is
-     * why the board is gone; empty: it is not. Throws CallFailed for a board that cannot be opened. */
+     * why the board is gone; empty: it is not. Throws CallFailed for a board that cannot be opened.
+     */
     Watch(const std::string &folder, std::function<bool(Watch &)> mayEnd,
           std::function<void(const std::string &reason)> onGone);
     Watch(const Watch &) = delete;
