@@ -1,9 +1,9 @@
 // Boards: a list of them, and new ones made of captured units.
 
 #include "language/texts.h"
+#include "virtual_board/calls/panel.h"
 #include "virtual_board/server/answers.h"
 #include "virtual_board/server/asked.h"
-#include "virtual_board/server/descriptions.h"
 #include "virtual_board/server/target.h"
 #include "virtual_board/server/uploaded_file.h"
 

@@ -1,5 +1,8 @@
 #include "virtual_board/server/snapshot.h"
 
+#include "virtual_board/calls/panel.h"
+#include "virtual_board/drawing/part_json.h"
+
 #include <algorithm>
 
 namespace vboard::server {
@@ -34,29 +37,12 @@ Json changedParts(const std::vector<drawing::Part> &earlier,
     Json changed = Json::array();
     for (const drawing::Part &part : later) {
         if (std::find(earlier.begin(), earlier.end(), part) == earlier.end())
-            changed.push_back(partJson(part));
+            changed.push_back(drawing::partJson(part));
     }
     return changed;
 }
 
 } // namespace
-
-Json partJson(const drawing::Part &part) {
-    Json object = {{"id", part.id},     {"kind", part.kind},   {"look", part.look},
-                   {"text", part.text}, {"label", part.label}, {"properties", part.properties}};
-    if (!part.bus.empty())
-        object["bus"] = part.bus;
-    if (part.rpm.has_value())
-        object["rpm"] = *part.rpm;
-    return object;
-}
-
-Json partsJson(const std::vector<drawing::Part> &parts) {
-    Json array = Json::array();
-    for (const drawing::Part &part : parts)
-        array.push_back(partJson(part));
-    return array;
-}
 
 Json faultsJson(const Board &board) {
     const List<VBoardFault> faults([&](VBoardFault **list, uint32_t *count, VBoardError *error) {
@@ -66,15 +52,6 @@ Json faultsJson(const Board &board) {
     for (const VBoardFault &fault : faults)
         array.push_back(Json::parse(fault.json));
     return array;
-}
-
-drawing::Readings readingsOf(const Board &board) {
-    drawing::Readings readings;
-    for (const VBoardProperty &property : board.properties({}))
-        readings.emplace(property.name, property.value);
-    for (const VBoardProperty &property : board.properties(drawing::kMoreReadings))
-        readings.emplace(property.name, property.value);
-    return readings;
 }
 
 bool Snapshot::isMoving() const {
@@ -94,7 +71,7 @@ Json whole(const Snapshot &snapshot) {
     return {{"clock", valueIn(snapshot.properties, kClock)},
             {"time", valueIn(snapshot.properties, kTime)},
             {"properties", snapshot.properties},
-            {"parts", partsJson(snapshot.parts)},
+            {"parts", drawing::partsJson(snapshot.parts)},
             {"faults", snapshot.faults},
             {"users", snapshot.users}};
 }

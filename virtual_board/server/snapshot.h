@@ -23,12 +23,8 @@ struct Snapshot {
     static Snapshot of(const Board &board);
 };
 
-Json partJson(const drawing::Part &part);
-Json partsJson(const std::vector<drawing::Part> &parts);
 /** What `vboard fault list --json` tells of each rule. */
 Json faultsJson(const Board &board);
-/** All that a board holds, but for what is too long to be looked at. */
-drawing::Readings readingsOf(const Board &board);
 
 Json whole(const Snapshot &snapshot);
 /** The members in which the later one differs; null: in none. */
