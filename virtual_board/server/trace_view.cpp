@@ -37,12 +37,8 @@ class ProcessNames {
 /** The port at which the model's uplinks begin. */
 uint32_t firstUplinkOf(const Board &board) {
     uint32_t ports = 0;
-    try {
-        for (const VBoardProperty &count : board.properties({"ports.copper", "ports.sfp"}))
-            ports += static_cast<uint32_t>(std::strtoul(count.value, nullptr, 10));
-    } catch (const CallFailed &) {
-        return 0;
-    }
+    for (const VBoardProperty &count : board.properties({"ports.copper", "ports.sfp"}))
+        ports += static_cast<uint32_t>(std::strtoul(count.value, nullptr, 10));
     return ports + 1;
 }
 
