@@ -92,4 +92,10 @@ TEST_F(ControlPropertiesTest, ThatAreReadChangeNothing) {
     EXPECT_NE(vboardChanges(board), before);
 }
 
+TEST_F(ControlPropertiesTest, ThatAHandMovesTheClockIsAChange) {
+    const uint32_t before = vboardChanges(board);
+    EXPECT_EQ(vboardAdvance(board, 1, VBOARD_USUAL_PATIENCE, nullptr), VBOARD_OK);
+    EXPECT_NE(vboardChanges(board), before);
+}
+
 } // namespace

@@ -49,6 +49,7 @@ int32_t vboardAdvance(VBoard *board, uint64_t time, uint64_t patience, VBoardErr
             throw vboard::Failure(VBOARD_E_REFUSED, "the board's time moves by itself; set 'time' "
                                                     "to virtual or stepped first");
         }
+        board->folder.tellOfChange(); // time alone is no change, but a hand has moved it
     });
 }
 

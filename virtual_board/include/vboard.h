@@ -315,7 +315,7 @@ VBOARD_API int32_t vboardSet(VBoard *board, const VBoardChange *changes, uint32_
 
 /**
  * Tells how often a board has changed: whatever programs and hands have done, and nothing else, is
- * a change. Time alone is none.
+ * a change. Time alone is none, unless a hand moves it.
  *
  * @param[in] board  the board
  * @return a number that grows, for vboardAwaitChange()
