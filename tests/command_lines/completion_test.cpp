@@ -107,7 +107,7 @@ TEST_F(CompletionTest, OffersWhatTheProgramsTakeThere) {
          {"temperature.state=good", "temperature.state=missing", "temperature.state=stuck"}},
         {{"vboard", "set", board(), "fan.1.state", "=", "s"}, {"stuck"}},
         {{"vboard", "set", board(), "poe.controller", ""}, {"missing", "present"}},
-        {{"vboard", "properties", "rtc"}, {"rtc.battery", "rtc.time"}},
+        {{"vboard", "properties", "rtc"}, {"rtc.battery", "rtc.bus", "rtc.time"}},
         {{"vboard", "get", board(), "rtc.time", "supply.2.line.p"}, {"supply.2.line.presence"}},
         {{"vboard", "get", board(), "sfp.54.m"}, {"sfp.54.module"}}, // of an empty cage as well
         // files

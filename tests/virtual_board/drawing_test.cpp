@@ -142,7 +142,7 @@ TEST(DrawingTest, TellsEachPartsState) {
          "PoE: 0 of 40 W drawn, the controller runs: application"},
         {"poe",
          {{"poe.drawn", "41000"}},
-         "tenths-10",
+         "tenths-10 overdrawn",
          "41 of 40 W",
          "PoE: 41 of 40 W drawn, the controller runs: application"},
         {"poe",
@@ -164,6 +164,21 @@ TEST(DrawingTest, TellsEachPartsState) {
          "stuck",
          "0 rpm",
          "Fan 1: stuck, 0 rpm"},
+        {"temperature",
+         {{"temperature.state", "stuck"}},
+         "stuck",
+         "40 °C, stuck",
+         "Temperature: the sensor tells 40 °C, and is stuck"},
+        {"calendar",
+         {{"rtc.battery", "empty"}},
+         "empty",
+         "2024-01-01 00:00:00",
+         "Calendar: 2024-01-01 00:00:00, its battery is empty"},
+        {"fan.1",
+         {{"fan.1.state", "failing"}, {"fan.1.speed", "1200"}},
+         "failing",
+         "failing",
+         "Fan 1: failing, 1200 rpm"},
         {"fan.1", {{"fan.1.present", "no"}}, "absent", "not plugged", "Fan 1: not plugged"},
         {"supply.1", {}, "good", "102.6 W", "Supply 1: good, gives 102.6 W"},
         {"supply.1",
@@ -268,6 +283,16 @@ TEST_F(PanelPictureTest, FilesAreWholeAndKept) {
     EXPECT_TRUE(vboard({"panel", board(), "--html", "-"}).starts_with("<!DOCTYPE html>\n"));
     expectFailure(2, "excludes", {"panel", board(), "--svg", "x", "--html", "y"});
     expectFailure(2, "excludes", {"panel", board(), "--json", "--watch"});
+    expectFailure(2, "--force goes with --svg or --html", {"panel", board(), "--force"});
+    std::filesystem::create_symlink(path("nothing"), path("link"));
+    expectFailure(1, "exists", {"panel", board(), "--svg", path("link")});
+    std::filesystem::remove(path("link"));
+    std::filesystem::create_symlink(file, path("link"));
+    vboard({"panel", board(), "--html", path("link"), "--force"});
+    EXPECT_TRUE(std::filesystem::is_symlink(path("link")));
+    EXPECT_TRUE(bytesOutsideHoles(file).starts_with("<!DOCTYPE html>"));
+    EXPECT_EQ(vboard({"panel", board(), "--svg", "/dev/null", "--force"}), "");
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
     for (const auto &entry : std::filesystem::directory_iterator(path("")))
         EXPECT_EQ(entry.path().string().find("panel.svg."), std::string::npos) << entry.path();
 }

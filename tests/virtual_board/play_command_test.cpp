@@ -102,7 +102,6 @@ TEST_F(PlayCommandTest, AFileThatIsRefusedDoesNothing) {
     EXPECT_EQ(play("[[step]]\nset.fan.1.state = \"stuck\"\n", {"--check"}).exitCode, 0);
     EXPECT_TRUE(contentOf(board()) == before);
     expectFailure(2, "FILE is required", {"play", board()});
-    expectFailure(2, "excludes", {"play", board(), path("x.toml"), "--check", "--json"});
     write("[[step]]\nadvance = 1\n");
     expectFailure(1, "none: No such file or directory", {"play", path("none"), path("x.toml")});
 }

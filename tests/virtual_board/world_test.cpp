@@ -74,11 +74,11 @@ TEST_F(WorldTest, TheListHasEveryPropertyWithItsValue) {
     EXPECT_EQ(all.size(), expected);
     for (const vb::Property &property : all)
         EXPECT_EQ(property.value, get(property.name)) << property.name;
-    // Idle are most registers, all lines but one, the faults that supplies and fans do not have,
-    // the PoE ports and the empty cages.
+    // Idle are most registers, all lines but one, lamps, the faults that supplies and fans do not
+    // have, PoE with its ports, and the empty cages.
     const auto idle = std::count_if(all.begin(), all.end(),
                                     [](const vb::Property &property) { return property.isIdle; });
-    EXPECT_EQ(idle, 268);
+    EXPECT_EQ(idle, 375);
 }
 
 TEST_F(WorldTest, WhatIsSetIsWhatProgramsSee) {

@@ -1,6 +1,7 @@
 // `vboard panel`.
 
 #include "virtual_board/calls/panel.h"
+#include "command_line/line.h"
 #include "command_line/screen.h"
 #include "language/texts.h"
 #include "virtual_board/calls/board.h"
@@ -37,8 +38,11 @@ struct PanelArguments {
 
 /** The drawings for pages and programs, if one of them is wanted. */
 bool saved(const PanelArguments &arguments) {
-    if (arguments.svg.empty() && arguments.html.empty() && !arguments.asJson)
+    if (arguments.svg.empty() && arguments.html.empty() && !arguments.asJson) {
+        if (arguments.isForced)
+            throw WrongUsage("--force goes with --svg or --html");
         return false;
+    }
     const Board board(arguments.folder);
     const Panel panel = panelOf(board);
     if (!arguments.svg.empty())
@@ -80,7 +84,9 @@ void definePanel(Command &command) {
         .notWith("--watch")
         .notWith("--svg")
         .notWith("--html");
-    command.flag("--force", "Replace a file that exists already", arguments->isForced);
+    command.flag("--force", "Replace a file that exists already", arguments->isForced)
+        .notWith("--watch")
+        .notWith("--json");
     command.detail("With --watch it is drawn until Ctrl-C, exit code 0, or until the board is "
                    "gone, exit code 1.\n"
                    "A terminal is redrawn in place, and what it has no room for is left out at the "

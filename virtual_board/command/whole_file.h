@@ -10,7 +10,7 @@ constexpr char kStandardOutput[] = "-";
 
 /**
  * Writes a file that appears whole or not at all; '-' is standard output. One that exists is
- * replaced when that is forced, else Refused.
+ * replaced when that is forced, else Refused; devices and pipes are written into then.
  */
 void writeWhole(const std::string &file, const std::string &content, bool isForced);
 

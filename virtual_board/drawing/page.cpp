@@ -32,15 +32,15 @@ std::string pageOf(const Readings &readings, const std::vector<Part> &parts,
                        "content=\"default-src 'none'; style-src 'unsafe-inline'\">\n"
                        "<meta name=\"viewport\" content=\"width=device-width\">\n<title>" +
                        title + "</title>\n<style>" + panelStyle() + kPageStyle +
-                       "</style>\n</head>\n<body>\n<h1>" + title +
-                       "</h1>\n<div class=\"drawing\" "
+                       "</style>\n</head>\n<body>\n<main>\n<h1>" + title +
+                       "</h1>\n<div class=\"drawing\" role=\"region\" aria-label=\"drawing\" "
                        "tabindex=\"0\">\n" +
                        svgOf(readings, parts, Styled::Elsewhere) +
                        "</div>\n<table>\n<thead><tr><th scope=\"col\">part</th><th scope=\"col\">"
                        "state</th></tr></thead>\n<tbody>\n";
     for (const Part &part : parts)
         page += rowOf(part);
-    return page + "</tbody>\n</table>\n</body>\n</html>\n";
+    return page + "</tbody>\n</table>\n</main>\n</body>\n</html>\n";
 }
 
 } // namespace vboard::drawing

@@ -129,7 +129,9 @@ Part cage(const Board &board, uint32_t port, bool isUplink) {
     const std::string module = board.text(name + ".module");
     const std::string signal = board.text(name + ".signal");
     Part part = {name, "sfp", module == "none" ? "empty" : signal,
-                 module == "none" ? "" : module.substr(0, module.find('-')),
+                 module == "none"           ? ""
+                 : module == "bad-checksum" ? "bad sum"
+                                            : module.substr(0, module.find('-')),
                  (isUplink ? "Uplink " : "SFP port ") + std::to_string(port) + ": "};
     if (module == "none") {
         part.label += "empty";
@@ -155,7 +157,8 @@ Part fan(const Board &board, uint32_t number) {
     const std::string state = board.text(name + ".state");
     const std::string speed = board.text(name + ".speed") + " rpm";
     const std::string words = state == "good" ? speed : state + ", " + speed;
-    Part part = {name, "fan", isPresent ? state : "absent", isPresent ? speed : "not plugged",
+    const std::string seen = state == "failing" || state == "held" ? state : speed;
+    Part part = {name, "fan", isPresent ? state : "absent", isPresent ? seen : "not plugged",
                  numbered("Fan ", number) + ": " + (isPresent ? words : "not plugged")};
     part.properties = {name + ".*"};
     part.rpm = board.number(name + ".speed");
@@ -205,9 +208,11 @@ Part systemLamp(const Board &board) {
 Part temperature(const Board &board) {
     const std::string sensed = board.text("temperature.sensor");
     const bool isSensed = sensed != "none";
-    Part part = {"temperature", "gauge", board.text("temperature.state"),
-                 isSensed ? sensed + " °C" : "no sensor",
-                 "Temperature: " + (isSensed ? "the sensor tells " + sensed + " °C"
+    const std::string state = board.text("temperature.state");
+    const std::string stuck = state == "stuck" ? ", and is stuck" : "";
+    Part part = {"temperature", "gauge", state,
+                 isSensed ? sensed + " °C" + (stuck.empty() ? "" : ", stuck") : "no sensor",
+                 "Temperature: " + (isSensed ? "the sensor tells " + sensed + " °C" + stuck
                                              : std::string("the sensor does not answer"))};
     part.properties = {"temperature.*"};
     part.bus = board.text("temperature.bus");
@@ -219,7 +224,8 @@ std::string shareWord(uint32_t drawn, uint32_t budget) {
     constexpr uint64_t kWhole = 10;
     const uint64_t share =
         budget == 0 ? (drawn == 0 ? 0 : kWhole) : (drawn * kWhole + budget - 1) / budget;
-    return "tenths-" + std::to_string(std::min(share, kWhole));
+    return "tenths-" + std::to_string(std::min(share, kWhole)) +
+           (drawn > budget ? " overdrawn" : "");
 }
 
 Part poe(const Board &board) {
@@ -247,7 +253,9 @@ Part watchdog(const Board &board) {
 
 Part calendar(const Board &board) {
     const std::string time = board.text("rtc.time");
-    Part part = {"calendar", "clock", board.text("rtc.battery"), time, "Calendar: " + time};
+    const std::string battery = board.text("rtc.battery");
+    Part part = {"calendar", "clock", battery, time,
+                 "Calendar: " + time + (battery == "empty" ? ", its battery is empty" : "")};
     part.properties = {"rtc.*"};
     part.bus = board.text("rtc.bus");
     return part;

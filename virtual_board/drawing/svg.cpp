@@ -1,5 +1,6 @@
 // Where the parts of a panel are, and the drawing of all.
 
+#include "language/numbers.h"
 #include "virtual_board/drawing/markup.h"
 #include "virtual_board/drawing/panel.h"
 #include "virtual_board/drawing/shapes.h"
@@ -28,7 +29,9 @@ bool isPlace(const Part &part) {
 
 uint32_t numberIn(const Readings &readings, const char *name) {
     const auto place = readings.find(name);
-    return place == readings.end() ? 0 : static_cast<uint32_t>(std::stoul("0" + place->second));
+    return place == readings.end()
+               ? 0
+               : language::readNumber<uint32_t>(place->second, 0, UINT32_MAX).value_or(0);
 }
 
 std::string valueIn(const Readings &readings, const char *name) {
