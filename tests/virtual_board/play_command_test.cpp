@@ -102,6 +102,13 @@ TEST_F(PlayCommandTest, AFileThatIsRefusedDoesNothing) {
     EXPECT_EQ(play("[[step]]\nset.fan.1.state = \"stuck\"\n", {"--check"}).exitCode, 0);
     EXPECT_TRUE(contentOf(board()) == before);
     expectFailure(2, "FILE is required", {"play", board()});
+    const ProcessResult told =
+        play("[[step]]\nset.fan.1.state = \"stuck\"\n", {"--check", "--json"});
+    EXPECT_EQ(told.exitCode, 0);
+    EXPECT_EQ(linesOf(told.out).size(), 2U) << told.out; // the scenario, and its step
+    const ProcessResult refused = play("[[step]]\nrun = \"true\"\n", {"--no-run"});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_EQ(refused.err, "vboard: x.toml:2: run true: programs are not run with --no-run\n");
     write("[[step]]\nadvance = 1\n");
     expectFailure(1, "none: No such file or directory", {"play", path("none"), path("x.toml")});
 }
