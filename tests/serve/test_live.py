@@ -129,7 +129,9 @@ def test_a_board_that_is_removed_ends_its_server(serve, make_board, vboard):
     server = serve(folder)
     page = server.events()
     page.next()
-    in_use = f"{folder} is in use by vboard (process {server.process.pid}); end it first"
+    with open(f"/proc/{server.process.pid}/comm") as file:
+        name = file.read().strip()
+    in_use = f"{folder} is in use by {name} (process {server.process.pid}); end it first"
     assert vboard("delete", folder, code=1) == f"vboard: {in_use}\n"
     began = time.monotonic()
     shutil.rmtree(folder)
