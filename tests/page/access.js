@@ -3,32 +3,51 @@
 import assert from 'node:assert/strict';
 import axe from 'axe-core';
 import test from 'node:test';
-import { choose, eventually, holds, newBoard, pageTest, partOf, shared } from './support/bench.js';
-import { desk, phone } from './support/browser.js';
-import { iodbg } from './support/programs.js';
+import { choose, eventually, holds, newBoard, openPage, pageTest, partOf, shared } from './support/bench.js';
+import { desk, phone, shown } from './support/browser.js';
+import { iodbg, vboard } from './support/programs.js';
 
 const tags = ['wcag2a', 'wcag2aa', 'wcag21a', 'wcag21aa', 'wcag22aa'];
+
+/**
+ * Takes all texts of an element for one, which its name would have to hold: "318.0 W" of "Port 3: delivers 18.0 W".
+ * For parts of the drawing `unspoken` judges text by text.
+ */
+const wholeTextRule = 'label-content-name-mismatch';
+
+/** What is written on parts of the drawing, and their names do not hold. */
+const unspoken = page => page.locator('#drawing [data-part]').evaluateAll(parts => parts.flatMap(part =>
+    [...part.querySelectorAll('text')].map(text => text.textContent)
+        .filter(text => /\w/.test(text) && !part.getAttribute('aria-label').toLowerCase().includes(text.toLowerCase()))
+        .map(text => `${part.id}: ${text}`)));
 
 /** Fails with what axe finds. */
 async function judge(page, what) {
     await page.evaluate(axe.source);
-    const found = await page.evaluate(async values =>
-        (await globalThis.axe.run(document, { runOnly: { type: 'tag', values }, resultTypes: ['violations'] })).violations
-            .map(each => `${each.id}: ${each.nodes.slice(0, 3).map(node => `${node.html} ${node.failureSummary}`).join('\n')}`), tags);
+    const found = await page.evaluate(async ([values, rule]) => {
+        const run = (context, rules) => globalThis.axe.run(context,
+            { runOnly: { type: 'tag', values }, rules, resultTypes: ['violations'] });
+        const results = [await run({ exclude: ['#drawing'] }, {})];
+        if (document.querySelector('#drawing'))
+            results.push(await run({ include: ['#drawing'] }, { [rule]: { enabled: false } }));
+        return results.flatMap(result => result.violations)
+            .map(each => `${each.id}: ${each.nodes.slice(0, 3).map(node => `${node.html} ${node.failureSummary}`).join('\n')}`);
+    }, [tags, wholeTextRule]);
     assert.deepEqual(found, [], what);
+    assert.deepEqual(await unspoken(page), []);
 }
 
 for (const [name, viewport] of Object.entries({ desk, phone })) {
     for (const colorScheme of ['light', 'dark']) {
         pageTest(`axe finds nothing: ${name}, ${colorScheme}`, { viewport, colorScheme }, async ({ page, board }) => {
             await iodbg(board, 'poe', 'init');
+            await vboard('trace', board.folder, '--clear');
             await board.set('poe.3.device=class=4', 'poe.8.device=class=3 over-current', 'sfp.49.module=sr', 'sfp.49.link=up',
                 'fan.2.state=stuck', 'supply.1.input=failed');
-            await iodbg(board, 'show');
+            await page.reload();
+            await shown(page);
+            await iodbg(board, 'temperature'); // some lines of a trace are as good as a thousand, and judged sooner
             await page.locator('#trace tbody tr').first().waitFor();
-            await judge(page, 'the board');
-            await choose(page, 'sfp.49');
-            await judge(page, 'a cage');
             await choose(page, 'port.3');
             await page.locator('#card summary').click();
             await judge(page, 'a port with its faults');
@@ -38,15 +57,13 @@ for (const [name, viewport] of Object.entries({ desk, phone })) {
     }
 }
 
-test('axe finds nothing in the list of boards', async () => {
+test('axe finds nothing in the list of boards', async t => {
     await newBoard();
     for (const colorScheme of ['light', 'dark']) {
-        const { page, told, close } = await shared.browser.open({ colorScheme, viewport: phone });
+        const page = await openPage(t, { colorScheme, viewport: phone });
         await page.goto(shared.server.address);
         await page.locator('table.boards a').first().waitFor();
         await judge(page, colorScheme);
-        await close();
-        assert.deepEqual(told, []);
     }
 });
 
@@ -89,6 +106,13 @@ pageTest('a fan is found, broken and put right with keys alone', {}, async ({ pa
     await eventually(() => page.locator('#undo').isDisabled(), false);
     await page.keyboard.press('Control+z');
     await holds(board, `${fan}.state`, 'good');
+});
+
+pageTest('axe finds nothing in the cards of the board and of a cage', {}, async ({ page, board }) => {
+    await judge(page, 'the card of the board');
+    await board.set('sfp.49.module=sr', 'sfp.49.link=up');
+    await choose(page, 'sfp.49');
+    await judge(page, 'a cage');
 });
 
 pageTest('what has focus is seen', {}, async ({ page }) => {

@@ -2,9 +2,9 @@
 
 import assert from 'node:assert/strict';
 import test from 'node:test';
-import { newBoard, shared } from './support/bench.js';
+import { newBoard, openPage, shared } from './support/bench.js';
 import { shown } from './support/browser.js';
-import { vboard } from './support/programs.js';
+import { remove, vboard } from './support/programs.js';
 
 /** How many parts of each kind a board has to have, as its properties tell. */
 async function expectedOf(board) {
@@ -18,10 +18,10 @@ async function expectedOf(board) {
     };
 }
 
-test('every model is drawn, with a name for each part', async () => {
+test('every model is drawn, with a name for each part', async t => {
     const models = JSON.parse(await vboard('list-models', '--json')).map(model => model.id ?? model.model);
     assert.ok(models.length >= 14);
-    const { page, told, close } = await shared.browser.open();
+    const page = await openPage(t);
     for (const model of models) {
         const board = await newBoard(model);
         await page.goto(shared.server.pageOf(board.name));
@@ -47,7 +47,6 @@ test('every model is drawn, with a name for each part', async () => {
         assert.equal(new Set(parts.map(part => part.id)).size, parts.length);
         const listed = await page.locator('#part-choice option').count();
         assert.equal(listed, parts.length + 1, 'all parts can be chosen by their names');
+        t.after(() => remove(board.folder));
     }
-    await close();
-    assert.deepEqual(told, []);
 });

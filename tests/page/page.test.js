@@ -1,5 +1,6 @@
 // All tests of the page, in one process: they share a browser and a server.
 
+import './access.js'; // first, while there are few boards to be judged in the list
 import './models.js';
 import './hands.js';
 import './undo.js';
@@ -11,4 +12,3 @@ import './play.js';
 import './boards.js';
 import './connection.js';
 import './hostile.js';
-import './access.js';

@@ -55,6 +55,8 @@ async function take(name, view, part) {
     await page.evaluate(() => scrollTo(0, 0));
     await new Promise(resolve => setTimeout(resolve, 300));
     await page.screenshot({ path: path.join(folder, `${name}.png`), fullPage: true });
+    if (view.viewport === desk)
+        await page.screenshot({ path: path.join(folder, `${name}-top.png`), clip: { x: 0, y: 0, width: 1280, height: 640 } });
     await close();
 }
 

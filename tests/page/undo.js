@@ -30,6 +30,7 @@ pageTest('a pulled module comes back with its light and what was written into it
     await holds(board, 'sfp.49.module', 'none');
     await eventually(() => page.locator('#undo').isDisabled(), false);
     await page.locator('#undo').click();
+    await holds(board, 'sfp.49.module', 'sr');
     await eventually(async () => JSON.stringify(await board.all(...names)), JSON.stringify(before));
 });
 

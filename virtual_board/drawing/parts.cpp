@@ -66,7 +66,7 @@ constexpr PhaseWords kPhases[] = {
     {"classifying", "...", "asks a device for its class"},
     {"held", "found", "has found a device and waits"},
     {"powering-up", "...", "powers up a device"},
-    {"denied", "denied", "denies power: there is not enough"},
+    {"denied", "denied", "is denied power: there is not enough"},
     {"fault", "fault", "has a fault"},
 };
 
@@ -209,11 +209,11 @@ Part temperature(const Board &board) {
     const std::string sensed = board.text("temperature.sensor");
     const bool isSensed = sensed != "none";
     const std::string state = board.text("temperature.state");
-    const std::string stuck = state == "stuck" ? ", and is stuck" : "";
+    const std::string stuck = state == "stuck" ? ", stuck" : "";
     Part part = {"temperature", "gauge", state,
                  isSensed ? sensed + " °C" + (stuck.empty() ? "" : ", stuck") : "no sensor",
-                 "Temperature: " + (isSensed ? "the sensor tells " + sensed + " °C" + stuck
-                                             : std::string("the sensor does not answer"))};
+                 "Temperature: " +
+                     (isSensed ? sensed + " °C" + stuck : std::string("no sensor answers"))};
     part.properties = {"temperature.*"};
     part.bus = board.text("temperature.bus");
     return part;
@@ -235,7 +235,7 @@ Part poe(const Board &board) {
         std::to_string(drawn / kMilli) + " of " + std::to_string(budget / kMilli) + " W";
     Part part = {"poe", "gauge", shareWord(drawn, budget),
                  controller == "application" ? text : controller,
-                 "PoE: " + text + " drawn, the controller " +
+                 "PoE power: " + text + " drawn, the controller " +
                      (controller == "missing" ? "is missing" : "runs: " + controller)};
     part.properties = {"poe.controller", "poe.budget", "poe.drawn"};
     part.bus = "poe";
@@ -265,7 +265,7 @@ Part clock(const Board &board) {
     const std::string pace = board.text("time"), time = secondsText(board.text("clock"));
     Part part = {"clock", "clock",
                  pace == "real" || pace == "virtual" || pace == "stepped" ? pace : "fast",
-                 time + ", " + pace, "Board's clock: " + time + ", time is " + pace};
+                 time + ", " + pace, "Board's clock: " + time + ", " + pace};
     part.properties = {"clock", "time", "system-clock"};
     return part;
 }

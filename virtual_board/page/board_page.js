@@ -70,6 +70,7 @@ export class BoardPage {
     }
 
     end() {
+        this.drawing = null;
         this.events.end();
         document.removeEventListener('keydown', this.onKey);
     }
@@ -109,20 +110,34 @@ export class BoardPage {
         const mine = {};
         this.drawing = mine;
         this.past = [];
-        this.messages.attempt(async () => this.play.show(await this.api.scenarios()));
-        await this.messages.attempt(async () => {
+        this.showScenarios();
+        try {
             const [panel, drawing, past] = await Promise.all(
                 [this.api.panel(), this.api.drawing(), this.api.lastRequests(mostPast)]);
-            if (this.drawing !== mine)
-                return;
-            setText(byId('model'), `${panel.model}  ${panel.description}`);
-            this.panel.show(drawing);
-            byId('fan-hint').hidden = ![...this.state.parts.values()].some(part => part.kind === 'fan');
-            this.trace.restart(past);
-            const news = this.past.flatMap(data => data.requests).filter(request => request.number >= past.next);
-            this.past = null;
-            this.trace.take({ requests: news });
-        });
+            if (this.drawing === mine)
+                this.show(panel, drawing, past);
+        } catch (error) {
+            this.messages.show(error);
+        }
+    }
+
+    show(panel, drawing, past) {
+        setText(byId('model'), `${panel.model}  ${panel.description}`);
+        this.panel.show(drawing);
+        byId('fan-hint').hidden = ![...this.state.parts.values()].some(part => part.kind === 'fan');
+        this.trace.restart(past);
+        const news = this.past.flatMap(data => data.requests).filter(request => request.number >= past.next);
+        this.past = null;
+        this.trace.take({ requests: news });
+    }
+
+    /** They are checked against the board, which takes a moment. */
+    async showScenarios() {
+        try {
+            this.play.show(await this.api.scenarios());
+        } catch (error) {
+            this.messages.show(error);
+        }
     }
 
     /** What comes while the past is still being fetched is taken behind it, and not twice. */

@@ -8,9 +8,11 @@ import { Rotors } from './rotors.js';
 
 const groupNames = { port: 'Ports', sfp: 'Cages', fan: 'Fans', supply: 'Supplies', lamp: 'Lamps' };
 
-/** What is written on a part belongs to its name, for whoever speaks to the page. */
-function spokenNameOf(part) {
-    return part.label.includes(part.text) ? part.label : `${part.label}, ${part.text}`;
+/** What a part is called by screen readers, and by who speaks to the page: all that is written on it belongs to that. */
+function spokenNameOf(part, element) {
+    const written = [...element.querySelectorAll('text')].map(text => text.textContent)
+        .filter(text => /[A-Za-z0-9]/.test(text) && !part.label.toLowerCase().includes(text.toLowerCase()));
+    return [part.label, ...written].join(', ');
 }
 
 export class Panel {
@@ -54,8 +56,6 @@ export class Panel {
             element.setAttribute('role', 'button');
             element.setAttribute('tabindex', '-1');
             element.setAttribute('aria-pressed', String(id === this.chosen));
-            for (const text of element.querySelectorAll('text'))
-                text.setAttribute('aria-hidden', 'true'); // the name of the part has it
             this.apply(id);
         }
         this.holdFocusAt(this.elements.has(this.chosen) ? this.chosen : this.elements.keys().next().value);
@@ -86,13 +86,13 @@ export class Panel {
         if (!part || !element)
             return;
         setAttribute(element, 'class', `part ${part.kind} ${part.look}`);
-        setAttribute(element, 'aria-label', spokenNameOf(part));
         const title = element.querySelector(':scope > title');
         if (title)
             setText(title, part.label);
         const value = element.querySelector('.value');
         if (value)
             setText(value, part.text);
+        setAttribute(element, 'aria-label', spokenNameOf(part, element));
         const rotor = element.querySelector('.rotor');
         if (rotor)
             this.rotors.turn(id, rotor, part.rpm ?? 0);

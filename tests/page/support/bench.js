@@ -1,6 +1,7 @@
 // What a test works at: a server with a folder of boards, a board, and its page.
 
 import assert from 'node:assert/strict';
+import { writeFile } from 'node:fs/promises';
 import test, { after, before } from 'node:test';
 import { Browser, shown } from './browser.js';
 import { Board, iodbg, remove, scenarios, Server, temporaryFolder } from './programs.js';
@@ -22,7 +23,6 @@ after(async () => {
 
 /** A play that lasts as long as a hand needs to pause it. */
 async function slowScenario(folder) {
-    const { writeFile } = await import('node:fs/promises');
     const steps = ['[[step]]\nset.fan.1.state = "stuck"', ...[1, 2, 3, 4, 5, 6, 7, 8, 9, 10].map(
         number => `[[step]]\nafter = 0.3\nset.temperature.ambient = ${25 + number}`)];
     await writeFile(`${folder}/slow.toml`, `title = "It gets warmer"\n\n${steps.join('\n\n')}\n`);
@@ -46,16 +46,43 @@ export const newBoard = (model, time) => Board.create(shared.folder, `board-${++
 export function pageTest(name, { model, time, expects = /^$/, ...view }, body) {
     test(name, async () => {
         const board = await newBoard(model, time);
-        const opened = await shared.browser.open(view);
+        const key = JSON.stringify(view);
+        const opened = pages.get(key) ?? await shared.browser.open(view);
+        pages.delete(key); // and stays away, should the test fail
         try {
-            await opened.page.goto(shared.server.pageOf(board.name));
-            await shown(opened.page);
+            await show(opened, board);
             await body({ page: opened.page, board });
             assert.deepEqual(opened.told.filter(text => !expects.test(text)), [], 'on the console');
+            pages.set(key, opened);
         } finally {
-            await opened.close();
+            if (!pages.has(key))
+                await opened.close();
         }
     });
+}
+
+/** Pages of tests that are over: the next of the same kind goes on with it, as people go from board to board. */
+const pages = new Map();
+
+/** Goes to a board, and removes the one that was shown before. */
+async function show(opened, board) {
+    opened.told.length = 0;
+    await opened.page.goto(shared.server.pageOf(board.name));
+    await opened.page.locator('h1', { hasText: new RegExp(`^${board.name}$`) }).waitFor();
+    await shown(opened.page);
+    if (opened.board)
+        await remove(opened.board.folder);
+    opened.board = board;
+}
+
+/** A page for a test, which fails when something unexpected stands on the console. */
+export async function openPage(t, view = {}, expects = /^$/) {
+    const { page, told, close } = await shared.browser.open(view);
+    t.after(async () => {
+        await close();
+        assert.deepEqual(told.filter(text => !expects.test(text)), [], 'on the console');
+    });
+    return page;
 }
 
 /** Waits until something holds, or tells the last of what it was. */

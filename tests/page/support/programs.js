@@ -5,6 +5,7 @@ import { mkdtemp, rm } from 'node:fs/promises';
 import { tmpdir } from 'node:os';
 import path from 'node:path';
 import { createInterface } from 'node:readline';
+import { fileURLToPath } from 'node:url';
 import { promisify } from 'node:util';
 
 const execute = promisify(execFile);
@@ -13,7 +14,7 @@ const programs = process.env.PAGE_TEST_PROGRAMS;
 if (!programs)
     throw new Error('PAGE_TEST_PROGRAMS names the folder with vboard and iodbg; scripts/test-page sets it');
 
-export const scenarios = path.resolve(import.meta.dirname ?? path.dirname(new URL(import.meta.url).pathname),
+export const scenarios = path.resolve(path.dirname(fileURLToPath(import.meta.url)),
     '../../../examples/scenarios');
 
 /** A program that waits for a clock which nobody moves would wait for ever. */
@@ -29,11 +30,6 @@ export async function vboard(...words) {
 /** What iodbg prints on a board. */
 export function iodbg(board, ...words) {
     return vboard('run', board.folder, '--', path.join(programs, 'iodbg'), ...words);
-}
-
-/** A program on a board that goes on until it is ended. */
-export function start(board, ...command) {
-    return spawn(vboardFile, ['run', board.folder, '--', ...command], { stdio: 'ignore' });
 }
 
 /** A board in a folder. */
@@ -88,6 +84,7 @@ export class Server {
         return `${this.address}#/${encodeURIComponent(name)}`;
     }
 
+    /** Its exit code. */
     async end() {
         this.process.kill('SIGTERM');
         return this.ended;
