@@ -280,6 +280,8 @@ TEST_F(PanelPictureTest, FilesAreWholeAndKept) {
     EXPECT_NE(bytesOutsideHoles(file).find("Fan 1: stuck"), std::string::npos);
     expectFailure(1, "cannot write /nowhere/x: No such file or directory",
                   {"panel", board(), "--html", "/nowhere/x"});
+    expectFailure(2, "--svg: '' is not the name of a file", {"panel", board(), "--svg", ""});
+    expectFailure(2, "--html: '' is not the name of a file", {"panel", board(), "--html", ""});
     EXPECT_TRUE(vboard({"panel", board(), "--html", "-"}).starts_with("<!DOCTYPE html>\n"));
     expectFailure(2, "excludes", {"panel", board(), "--svg", "x", "--html", "y"});
     expectFailure(2, "excludes", {"panel", board(), "--json", "--watch"});

@@ -73,11 +73,11 @@ void definePanel(Command &command) {
         .onlyWith("--watch");
     command
         .option("--svg", "FILE", "Save a picture of it instead, - is standard output",
-                {text(arguments->svg), {{}, Offers::Files::All, nullptr}})
+                fileName(arguments->svg))
         .notWith("--watch");
     command
         .option("--html", "FILE", "Save a page that stands alone, - is standard output",
-                {text(arguments->html), {{}, Offers::Files::All, nullptr}})
+                fileName(arguments->html))
         .notWith("--watch")
         .notWith("--svg");
     command.flag("--json", "Print its parts and what is said of each", arguments->asJson)
