@@ -20,7 +20,7 @@ class Board {
   public:
     explicit Board(const Readings &readings) : readings_(readings) {}
 
-    bool has(const std::string &name) const { return readings_.count(name) != 0; }
+    bool has(const std::string &name) const { return readings_.contains(name); }
     std::string text(const std::string &name) const {
         const auto place = readings_.find(name);
         return place == readings_.end() ? "" : place->second;

@@ -44,7 +44,7 @@ std::string fan(const Part &part) {
     constexpr Point kHub = {kFan.width / 2, 46};
     std::string blades;
     for (const char *turn : {"0", "72", "144", "216", "288"})
-        blades += "<path class=\"blade\" transform=\"rotate(" + std::string(turn) +
+        blades += R"(<path class="blade" transform="rotate()" + std::string(turn) +
                   ")\" d=\"M0-6C14-12 22-24 12-36 2-40-8-30-6-18-5-12-3-8 0-6z\"/>";
     return rectangle("body", {1, 1}, {kFan.width - 2, kFan.height - 2}, 6) +
            circle("hole", kHub, 41) + "<g transform=\"translate(52 46)\"><g class=\"rotor\">" +

@@ -66,7 +66,9 @@ std::string front(const Readings &readings, const std::vector<Part> &parts) {
             ofBlock = 0;
         }
         kind = part.kind == "port" ? "port" : "sfp";
-        const Point place = {left + ofBlock / 2 * kColumn, kHead + ofBlock % 2 * kRow};
+        const size_t column = ofBlock / 2;
+        const Point place = {left + static_cast<double>(column) * kColumn,
+                             kHead + ofBlock % 2 * kRow};
         drawn += group(part, place);
         right = std::max(right, place.x + kColumn);
         ++ofBlock;
@@ -120,14 +122,14 @@ std::string svgOf(const Readings &readings, const std::vector<Part> &parts, Styl
     const double height = hasRear ? kRearTop + kRearHeight + kMargin : kRearTop;
     const std::string model = valueIn(readings, "model");
     std::string drawing =
-        "<svg xmlns=\"http://www.w3.org/2000/svg\" class=\"panel\" viewBox=\"0 0 " +
+        R"(<svg xmlns="http://www.w3.org/2000/svg" class="panel" viewBox="0 0 )" +
         std::to_string(static_cast<int>(kWidth)) + " " + std::to_string(static_cast<int>(height)) +
-        "\" role=\"group\" aria-label=\"" + escaped("Panel of model " + model) + "\">\n";
+        R"(" role="group" aria-label=")" + escaped("Panel of model " + model) + "\">\n";
     if (styled == Styled::Within)
         drawing +=
             "<style>" + panelStyle() + "</style>\n" + rectangle("ground", {0, 0}, {kWidth, height});
     drawing += rectangle("chassis", {kMargin, 0.5}, {kWidth - 2 * kMargin, kFrontHeight}, 6) +
-               "<text class=\"model\" text-anchor=\"end\" x=\"1180\" y=\"18\">" + escaped(model) +
+               R"(<text class="model" text-anchor="end" x="1180" y="18">)" + escaped(model) +
                "</text>\n" + front(readings, parts) + lamps(parts) +
                row(parts, kGaugesTop, 0, widthOfGauge);
     if (hasRear)

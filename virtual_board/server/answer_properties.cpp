@@ -36,6 +36,7 @@ Response changeProperties(Services &services, const Asked &asked) {
     for (const auto &[name, value] : body.items())
         values.emplace_back(name, settableText(name, value));
     std::vector<VBoardChange> changes;
+    changes.reserve(values.size());
     for (const auto &[name, value] : values)
         changes.push_back({name.c_str(), value.c_str()});
     call([&](VBoardError *error) {

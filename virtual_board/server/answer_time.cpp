@@ -22,7 +22,7 @@ Response advance(Services &services, const Asked &asked) {
     const auto words = textsOfBody(asked, {"seconds"});
     const auto seconds = words.find("seconds");
     if (seconds == words.end())
-        throw Refusal(kBadRequest, VBOARD_E_REFUSED, "seconds is missing: {\"seconds\":\"0.5\"}");
+        throw Refusal(kBadRequest, VBOARD_E_REFUSED, R"(seconds is missing: {"seconds":"0.5"})");
     uint64_t leftNs = kNsPerMs * language::about("seconds", [&] {
                           return language::parseSeconds(seconds->second, 0, kMostMs);
                       });

@@ -69,6 +69,7 @@ ChildProcess::ChildProcess(const std::vector<std::string> &words) {
     std::vector<std::string> all = {"vboard"};
     all.insert(all.end(), words.begin(), words.end());
     std::vector<char *> pointers;
+    pointers.reserve(all.size() + 1);
     for (std::string &word : all)
         pointers.push_back(word.data());
     pointers.push_back(nullptr);

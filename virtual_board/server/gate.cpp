@@ -40,10 +40,10 @@ Gate::Gate(std::string token, uint16_t port, const std::string &address,
 /** A page from elsewhere can give its own name the address of this machine, but not send another
  * name than its own. */
 std::string Gate::hostOf(const Head &head) const {
-    const std::string given = inLowerCase(head.header("Host").value_or(""));
+    std::string given = inLowerCase(head.header("Host").value_or(""));
     const std::string host =
         port_ == kHttpPort && !hasPort(given) ? given + ":" + std::to_string(port_) : given;
-    if (hosts_.count(host) == 0 && host != hostText(head.localAddress, port_))
+    if (!hosts_.contains(host) && host != hostText(head.localAddress, port_))
         throw Refusal(kMisdirected, VBOARD_E_PERMISSION,
                       "this server is not known by the name of the request; use the URL that "
                       "'vboard serve' has printed, or start it with --host NAME");

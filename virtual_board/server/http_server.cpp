@@ -33,7 +33,6 @@ namespace beast = boost::beast;
 namespace http = beast::http;
 using asio::ip::tcp;
 using boost::system::error_code;
-using Clock = std::chrono::steady_clock;
 
 // How much there may be.
 constexpr size_t kMostConnections = 128;

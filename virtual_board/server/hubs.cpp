@@ -14,8 +14,8 @@ void Hubs::begin(const std::string &folder, Entry &entry) {
     entry.watch = std::make_unique<Watch>(
         folder, [this, folder](const Watch &watch) { return mayEnd(folder, watch); },
         [this, folder](const std::string &reason) { leave(folder, reason); });
-    if (!entry.play.is_null())
-        entry.watch->hub.tellPlay(entry.play);
+    if (entry.play.has_value())
+        entry.watch->hub.tellPlay(*entry.play);
 }
 
 void Hubs::join(const std::string &folder, const std::shared_ptr<EventStream> &stream) {
@@ -56,7 +56,7 @@ void Hubs::leave(const std::string &folder, const std::string &reason) {
     {
         const std::lock_guard lock(mutex_);
         Entry &entry = entries_[folder];
-        entry.play = nullptr;
+        entry.play.reset();
         if (entry.watch != nullptr)
             ended_.push_back(std::move(entry.watch));
     }

@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 namespace vboard::server {
@@ -29,7 +30,7 @@ class Hubs {
   private:
     struct Entry {
         std::unique_ptr<Watch> watch; // null once its board is looked at no more
-        Json play;                    // how a scenario goes; null: none was played
+        std::optional<Json> play;     // how a scenario goes, if one was played
     };
 
     void begin(const std::string &folder, Entry &entry);

@@ -176,9 +176,10 @@ const Route &routeFor(const std::string &method, const std::string &path) {
 
 void judgeQuery(const Route &route, const Query &query) {
     for (const auto &[name, value] : query) {
-        const bool isKnown = std::any_of(
-            std::begin(route.parameters), std::end(route.parameters),
-            [&name](const Parameter &one) { return one.name != nullptr && name == one.name; });
+        const bool isKnown = std::any_of(std::begin(route.parameters), std::end(route.parameters),
+                                         [&name = name](const Parameter &one) {
+                                             return one.name != nullptr && name == one.name;
+                                         });
         if (!isKnown)
             throw Refusal(kBadRequest, VBOARD_E_REFUSED,
                           std::string(route.path) + " knows no " + language::quoted(name) +

@@ -26,7 +26,7 @@ Json changedProperties(const drawing::Readings &earlier, const drawing::Readings
             changed[name] = value;
     }
     for (const auto &[name, value] : earlier) {
-        if (later.count(name) == 0)
+        if (!later.contains(name))
             changed[name] = nullptr;
     }
     return changed;

@@ -50,7 +50,7 @@ std::string firstBytesOf(int file) {
             break;
         size += static_cast<size_t>(got);
     }
-    return std::string(bytes, size);
+    return {bytes, size};
 }
 
 } // namespace

@@ -9,7 +9,7 @@ namespace vboard::server {
 std::string makeToken();
 
 /** That of a file, which nobody else may read; throws Refused for others. */
-std::string readToken(const std::string &file);
+std::string readToken(const std::string &path);
 
 /** Whether a word is the token. How long it takes does not tell how much of it is right. */
 bool isToken(const std::string &word, const std::string &token);
