@@ -1,6 +1,7 @@
 // The clock chip, and the system clock that is set from it.
 
 #include "bsp.h"
+#include "tests/chassis/chassis_models.h"
 #include "tests/support/device_ids.h"
 #include "tests/support/recorded_devices.h"
 #include "tests/support/virtual_board_test.h"
@@ -15,7 +16,6 @@ const DeviceIds kWithClock = idsWhere([](const DataSheet &sheet) { return sheet.
 const Lines kAllReads = {"read 02 len 1", "read 03 len 1", "read 04 len 1",
                          "read 05 len 1", "read 07 len 1", "read 08 len 1"};
 
-constexpr uint32_t kMark = 0x5A5A5A5A;
 constexpr char kSetting[] = "set "; // of a clock
 
 /** A record in the order in which people write it: year first. */

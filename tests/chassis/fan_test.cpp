@@ -1,16 +1,12 @@
 // Fans: speed, level, presence.
 
 #include "bsp.h"
+#include "tests/chassis/chassis_models.h"
 #include "tests/support/device_ids.h"
 #include "tests/support/recorded_devices.h"
 #include "tests/support/virtual_board_test.h"
 
 namespace {
-
-const DeviceIds kFourFan = idsWith(Chassis::FourFan);
-const DeviceIds kTwoFan = idsWith(Chassis::TwoFan);
-
-constexpr uint32_t kMark = 0x5A5A5A5A;
 
 class FanTest : public VirtualBoardTest {
   protected:

@@ -17,8 +17,8 @@ struct Call {
 
 uint8_t buffer[128];
 uint32_t word;
-char *const kText = reinterpret_cast<char *>(buffer);
-auto *const kRecord = reinterpret_cast<BspDevinfo *>(buffer);
+char *const kTextBuffer = reinterpret_cast<char *>(buffer);
+auto *const kRecordBuffer = reinterpret_cast<BspDevinfo *>(buffer);
 auto *const kSupplyRecord = reinterpret_cast<BspSupplyRecord *>(buffer);
 
 const Call kCalls[] = {
@@ -32,16 +32,16 @@ const Call kCalls[] = {
     {"bspPowerPieSet", 5, 0, [] { return bspPowerPieSet(2, kSupplyRecord); }},
     {"ioDevIdGet", 1, 1, [] { return ioDevIdGet(&word); }},
     {"ioDevSerialVerGet", 1, 0, [] { return ioDevSerialVerGet(&word); }},
-    {"ioHwVersionGet", 1, 0, [] { return ioHwVersionGet(kText); }},
-    {"ioCpldVersionGet", 1, 0, [] { return ioCpldVersionGet(kText); }},
-    {"ioBiosVersionGet", 0, 1, [] { return ioBiosVersionGet(kText); }},
-    {"ioDevinfoGet 0", 8, 0, [] { return ioDevinfoGet(0, kRecord); }},
-    {"ioDevinfoGet 0x50", 6, 1, [] { return ioDevinfoGet(0x50, kRecord); }},
-    {"ioDevinfoSet 0", 8, 0, [] { return ioDevinfoSet(0, kRecord); }},
-    {"ioDevinfoSet 0x51", 6, 1, [] { return ioDevinfoSet(0x51, kRecord); }},
+    {"ioHwVersionGet", 1, 0, [] { return ioHwVersionGet(kTextBuffer); }},
+    {"ioCpldVersionGet", 1, 0, [] { return ioCpldVersionGet(kTextBuffer); }},
+    {"ioBiosVersionGet", 0, 1, [] { return ioBiosVersionGet(kTextBuffer); }},
+    {"ioDevinfoGet 0", 8, 0, [] { return ioDevinfoGet(0, kRecordBuffer); }},
+    {"ioDevinfoGet 0x50", 6, 1, [] { return ioDevinfoGet(0x50, kRecordBuffer); }},
+    {"ioDevinfoSet 0", 8, 0, [] { return ioDevinfoSet(0, kRecordBuffer); }},
+    {"ioDevinfoSet 0x51", 6, 1, [] { return ioDevinfoSet(0x51, kRecordBuffer); }},
     {"ioMacAddrGet", 8, 0, [] { return ioMacAddrGet(0, buffer); }},
     {"ioMacAddrSet", 16, 0, [] { return ioMacAddrSet(0, buffer); }},
-    {"ioSerialNumGet", 8, 0, [] { return ioSerialNumGet(kText, &word); }},
+    {"ioSerialNumGet", 8, 0, [] { return ioSerialNumGet(kTextBuffer, &word); }},
     {"ioSerialNumSet", 16, 0, [] { return ioSerialNumSet("ABC", 3); }},
 };
 

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr char kFile[] = "/tmp/bsp/boot.bin";
+constexpr char kBootFile[] = "/tmp/bsp/boot.bin";
 using boot_loader_file::crcOf;
 using boot_loader_file::kTrailer;
 using boot_loader_file::put;
@@ -27,7 +27,7 @@ class BootLoaderTest : public FlashCallsTest {
     void SetUp() override {
         FlashCallsTest::SetUp();
         usePartition(0, {vb::FlashType::Nor, 0x100000, 0x10000, 2048, 0});
-        useFile(kFile, upgradeFile(5000));
+        useFile(kBootFile, upgradeFile(5000));
     }
 
     Answer check(const Bytes &file) {
@@ -36,8 +36,9 @@ class BootLoaderTest : public FlashCallsTest {
     }
 
     Answer upgrade() {
-        return withoutNumber(recorder.run([] { return bspImageUpgrade(BSP_IMAGE_BOOT, kFile, 1); }),
-                             "/dev/mtd0");
+        return withoutNumber(
+            recorder.run([] { return bspImageUpgrade(BSP_IMAGE_BOOT, kBootFile, 1); }),
+            "/dev/mtd0");
     }
 };
 
@@ -127,9 +128,9 @@ TEST_F(BootLoaderTest, IsCheckedAndWrittenWhole) {
 }
 
 TEST_F(BootLoaderTest, TheLargestFileHas1MiB) {
-    useFile(kFile, upgradeFile(1048576));
+    useFile(kBootFile, upgradeFile(1048576));
     EXPECT_EQ(upgrade(), kSilentSuccess);
-    useFile(kFile, upgradeFile(1048577));
+    useFile(kBootFile, upgradeFile(1048577));
     EXPECT_EQ(upgrade(), (Answer{-1, "Bios file size error.\r\n"}));
     EXPECT_EQ(recorder.work(), (Calls{"stat /tmp/bsp/boot.bin"}));
 }
@@ -137,10 +138,10 @@ TEST_F(BootLoaderTest, TheLargestFileHas1MiB) {
 TEST_F(BootLoaderTest, AFileThatFailsTheCheckIsNotWritten) {
     Bytes file = upgradeFile(5000);
     file[7] ^= 1;
-    useFile(kFile, file);
+    useFile(kBootFile, file);
     EXPECT_EQ(upgrade(), (Answer{-1, "Bios file data error.\nBios file is invalid. \r\n"}));
     EXPECT_EQ(recorder.work(), kReading);
-    useFile(kFile, {});
+    useFile(kBootFile, {});
     EXPECT_EQ(upgrade(), (Answer{-1, "Bios file header error(0).\nBios file is invalid. \r\n"}));
 }
 

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr char kFile[] = "/tmp/bsp/os.bin";
+constexpr char kOsFile[] = "/tmp/bsp/os.bin";
 constexpr char kCopy[] = "/tmp/bsp/copy";
 constexpr char kHeaderFile[] = "/tmp/bsp/osHeader.bin";
 constexpr size_t kLargest = 0x2700000;
@@ -25,7 +25,7 @@ class OsImageTest : public FlashCallsTest {
   protected:
     void SetUp() override {
         FlashCallsTest::SetUp();
-        useFile(kFile, patterned(3000));
+        useFile(kOsFile, patterned(3000));
         dump({});
         std::filesystem::current_path(here_.path());
     }
@@ -39,7 +39,7 @@ class OsImageTest : public FlashCallsTest {
         std::ofstream(name, std::ios::binary) << std::string(600, 'i');
     }
 
-    Answer write(const char *file = kFile, int32_t bank = 0) {
+    Answer write(const char *file = kOsFile, int32_t bank = 0) {
         return recorder.run([&] { return bspImageUpgrade(BSP_IMAGE_OS, file, bank); });
     }
 
@@ -93,7 +93,7 @@ TEST_F(OsImageTest, IsErasedWrittenAndFollowedByItsHeader) {
 
 TEST_F(OsImageTest, TheOtherBankIsAnyOtherNumber) {
     for (const int32_t bank : {1, 7, -1}) {
-        EXPECT_EQ(write(kFile, bank), kSilentSuccess);
+        EXPECT_EQ(write(kOsFile, bank), kSilentSuccess);
         EXPECT_EQ(recorder.callsOf("system"),
                   (Calls{"system flash_erase -q /dev/mtd14 0 0",
                          "system nandwrite -q -p /dev/mtd14 /tmp/bsp/os.bin",
@@ -109,10 +109,10 @@ TEST_F(OsImageTest, AnOldHeaderFileIsOverwrittenNotCut) {
 }
 
 TEST_F(OsImageTest, TheLargestImageHas39MiB) {
-    std::filesystem::resize_file(boardFile(kFile), kLargest);
+    std::filesystem::resize_file(boardFile(kOsFile), kLargest);
     EXPECT_EQ(write(), kSilentSuccess);
     EXPECT_EQ(recorder.callsOf("seek"), (Calls{"seek /tmp/bsp/os.bin 40893952"}));
-    std::filesystem::resize_file(boardFile(kFile), kLargest + 1);
+    std::filesystem::resize_file(boardFile(kOsFile), kLargest + 1);
     EXPECT_EQ(write(),
               (Answer{-1, "bsp_os_image_write-#: OS file size 40894465 > max 40894464\r\n"}));
     EXPECT_EQ(recorder.work(), (Calls{"stat /tmp/bsp/os.bin"})) << "refused before the lock";
@@ -120,19 +120,19 @@ TEST_F(OsImageTest, TheLargestImageHas39MiB) {
 
 TEST_F(OsImageTest, AnImageWithoutAHeaderIsNoticedWhenItIsWritten) {
     for (const size_t size : {size_t{0}, size_t{1}, size_t{510}, size_t{511}}) {
-        useFile(kFile, patterned(size));
+        useFile(kOsFile, patterned(size));
         EXPECT_EQ(write(),
                   (Answer{BSP_E_WRITE, "bsp_os_image_write-#: get OS file header failed.\r\n"}));
         EXPECT_EQ(recorder.callsOf("system"), (Calls{kErase, kWrite}));
     }
-    useFile(kFile, patterned(512));
+    useFile(kOsFile, patterned(512));
     EXPECT_EQ(write(), kSilentSuccess);
     EXPECT_EQ(contentOf(kHeaderFile), patterned(512));
 }
 
 TEST_F(OsImageTest, NeedsFileAndDevice) {
     EXPECT_EQ(write(nullptr), (Answer{BSP_E_NULL}));
-    EXPECT_EQ(recorder.run([] { return bsp_os_image_write(nullptr, kFile); }),
+    EXPECT_EQ(recorder.run([] { return bsp_os_image_write(nullptr, kOsFile); }),
               (Answer{BSP_E_NULL}));
     EXPECT_EQ(recorder.work(), (Calls{}));
 }
@@ -373,13 +373,13 @@ TEST_F(OsImageTest, TheHeaderCopyJudgesTheImageItself) {
     const auto copy = [&](const char *image, const char *header) {
         return recorder.run([&] { return bsp_os_file_header_to_file(image, header); });
     };
-    EXPECT_EQ(copy(kFile, kCopy), kSilentSuccess);
+    EXPECT_EQ(copy(kOsFile, kCopy), kSilentSuccess);
     EXPECT_EQ(contentOf(kCopy), lastOf(patterned(3000)));
     EXPECT_EQ(copy(nullptr, kCopy), (Answer{BSP_E_NULL}));
-    EXPECT_EQ(copy(kFile, nullptr), (Answer{BSP_E_NULL}));
-    std::filesystem::resize_file(boardFile(kFile), kLargest + 1);
+    EXPECT_EQ(copy(kOsFile, nullptr), (Answer{BSP_E_NULL}));
+    std::filesystem::resize_file(boardFile(kOsFile), kLargest + 1);
     EXPECT_EQ(
-        copy(kFile, kCopy),
+        copy(kOsFile, kCopy),
         (Answer{-1, "bsp_os_file_header_to_file-#: OS file size 40894465 > max 40894464\r\n"}));
     EXPECT_EQ(recorder.work(), (Calls{"stat /tmp/bsp/os.bin"}));
 }

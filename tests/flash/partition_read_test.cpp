@@ -6,34 +6,35 @@
 
 namespace {
 
-constexpr char kFile[] = "/tmp/bsp/copy";
-constexpr char kDevice[] = "/dev/mtd0";
-constexpr uint32_t kSize = 5000; // the last page is not a whole one
-constexpr uint32_t kBlock = 1000;
+constexpr char kReadFile[] = "/tmp/bsp/copy";
+constexpr char kCopied[] = "/dev/mtd0";
+constexpr uint32_t kCopySize = 5000; // the last page is not a whole one
+constexpr uint32_t kCopyBlock = 1000;
 
 class PartitionReadTest : public FlashCallsTest {
   protected:
     void SetUp() override {
         FlashCallsTest::SetUp();
         usePages(2048);
-        store(0, 0, patterned(kSize));
+        store(0, 0, patterned(kCopySize));
     }
 
     void usePages(uint32_t pageSize) {
-        usePartition(0, {vb::FlashType::Nor, kSize, kBlock, pageSize, 0});
+        usePartition(0, {vb::FlashType::Nor, kCopySize, kCopyBlock, pageSize, 0});
     }
 
-    Bytes copy() const { return contentOf(kFile); }
+    Bytes copy() const { return contentOf(kReadFile); }
 
     /** The first bytes of the partition; the rest is the pattern. */
     void begin(const Bytes &bytes) const {
-        store(0, 0, patterned(kSize));
+        store(0, 0, patterned(kCopySize));
         store(0, 0, bytes);
     }
 
     Answer read(int32_t hasHeader = 0) {
         return withoutNumber(
-            recorder.run([&] { return bsp_mtd_read_to_file(kDevice, kFile, hasHeader); }), kDevice);
+            recorder.run([&] { return bsp_mtd_read_to_file(kCopied, kReadFile, hasHeader); }),
+            kCopied);
     }
 };
 
@@ -48,20 +49,20 @@ TEST_F(PartitionReadTest, CopiesThePartition) {
                        "seek /tmp/bsp/copy end", "write /tmp/bsp/copy 2048", "seek /dev/mtd0 4096",
                        "read /dev/mtd0 904", "seek /tmp/bsp/copy end", "write /tmp/bsp/copy 904"},
                       kUnlocking}));
-    EXPECT_EQ(copy(), patterned(kSize));
+    EXPECT_EQ(copy(), patterned(kCopySize));
 }
 
 TEST_F(PartitionReadTest, AppendsToAFileThatIsThere) {
-    useFile(kFile, charactersOf("old"));
+    useFile(kReadFile, charactersOf("old"));
     EXPECT_EQ(read(), kSilentSuccess);
-    EXPECT_EQ(copy(), joined({charactersOf("old"), patterned(kSize)}));
+    EXPECT_EQ(copy(), joined({charactersOf("old"), patterned(kCopySize)}));
 }
 
 TEST_F(PartitionReadTest, PagesOfUnknownSizeAre2048) {
-    pretendGeometry(kSize, kBlock, 0);
+    pretendGeometry(kCopySize, kCopyBlock, 0);
     EXPECT_EQ(read(), kSilentSuccess);
     EXPECT_EQ(recorder.callsOf("malloc"), (Calls{"malloc 2048"}));
-    EXPECT_EQ(copy().size(), kSize);
+    EXPECT_EQ(copy().size(), kCopySize);
 }
 
 TEST_F(PartitionReadTest, WithHeaderItCopiesTheStoredFile) {
@@ -75,7 +76,7 @@ TEST_F(PartitionReadTest, WithHeaderItCopiesTheStoredFile) {
                        "write /tmp/bsp/copy 2048", "seek /dev/mtd0 2056", "read /dev/mtd0 952",
                        "seek /tmp/bsp/copy end", "write /tmp/bsp/copy 952"},
                       kUnlocking}));
-    const Bytes all = patterned(kSize);
+    const Bytes all = patterned(kCopySize);
     EXPECT_EQ(copy(), Bytes(all.begin() + 8, all.begin() + 3008));
 }
 
@@ -93,7 +94,7 @@ TEST_F(PartitionReadTest, WithoutAValidHeaderNoFileIsMade) {
     for (const Bytes &header : headers) {
         begin(header);
         EXPECT_EQ(read(1), kSilentSuccess);
-        EXPECT_FALSE(exists(kFile));
+        EXPECT_FALSE(exists(kReadFile));
         EXPECT_EQ(recorder.work(), joined({kLocking,
                                            {"open /dev/mtd0 read-only sync", "geometry /dev/mtd0",
                                             "read /dev/mtd0 8"},
@@ -104,9 +105,9 @@ TEST_F(PartitionReadTest, WithoutAValidHeaderNoFileIsMade) {
 TEST_F(PartitionReadTest, TheLargestStoredFileFillsThePartition) {
     begin({0, 0, 0x13, 0x80, 0xA1, 0x02, 0xA3, 0x04});
     EXPECT_EQ(read(1), kSilentSuccess);
-    EXPECT_EQ(copy().size(), kSize - 8);
+    EXPECT_EQ(copy().size(), kCopySize - 8);
     begin({0, 0, 0, 1, 0xA1, 0x02, 0xA3, 0x04});
-    removeFile(kFile);
+    removeFile(kReadFile);
     EXPECT_EQ(read(1), kSilentSuccess);
     EXPECT_EQ(copy(), (Bytes{8}));
 }
@@ -119,8 +120,8 @@ TEST_F(PartitionReadTest, ReadsBackWhatWasWrittenWithHeader) {
     for (const auto &row : cases) {
         usePages(row.page);
         useFile("/tmp/bsp/file", patterned(row.size));
-        removeFile(kFile);
-        EXPECT_EQ(recorder.run([] { return bsp_mtd_write_from_file("/tmp/bsp/file", kDevice, 1); }),
+        removeFile(kReadFile);
+        EXPECT_EQ(recorder.run([] { return bsp_mtd_write_from_file("/tmp/bsp/file", kCopied, 1); }),
                   kSilentSuccess);
         EXPECT_EQ(read(1), kSilentSuccess);
         EXPECT_EQ(copy(), patterned(row.size));
@@ -137,7 +138,7 @@ TEST_F(PartitionReadTest, NothingIsDoneWithoutTheLock) {
 TEST_F(PartitionReadTest, WorksWithoutALockFile) {
     recorder.fail("open /tmp");
     EXPECT_EQ(read(), kSilentSuccess);
-    EXPECT_EQ(copy(), patterned(kSize));
+    EXPECT_EQ(copy(), patterned(kCopySize));
 }
 
 TEST_F(PartitionReadTest, EveryFailureHasItsAnswer) {
@@ -165,7 +166,7 @@ TEST_F(PartitionReadTest, EveryFailureHasItsAnswer) {
     for (const Case &row : cases) {
         SCOPED_TRACE(row.call);
         begin({0, 0, 0x0B, 0xB8, 0xA1, 0x02, 0xA3, 0x04});
-        removeFile(kFile);
+        removeFile(kReadFile);
         recorder.clearFailures();
         recorder.fail(row.call, row.nth, row.result);
         EXPECT_EQ(read(1), row.answer);
@@ -176,9 +177,9 @@ TEST_F(PartitionReadTest, EveryFailureHasItsAnswer) {
 }
 
 TEST_F(PartitionReadTest, NeedsBothNames) {
-    EXPECT_EQ(recorder.run([] { return bsp_mtd_read_to_file(nullptr, kFile, 0); }),
+    EXPECT_EQ(recorder.run([] { return bsp_mtd_read_to_file(nullptr, kReadFile, 0); }),
               (Answer{BSP_E_NULL}));
-    EXPECT_EQ(recorder.run([] { return bsp_mtd_read_to_file(kDevice, nullptr, 0); }),
+    EXPECT_EQ(recorder.run([] { return bsp_mtd_read_to_file(kCopied, nullptr, 0); }),
               (Answer{BSP_E_NULL}));
     EXPECT_EQ(recorder.work(), (Calls{}));
 }

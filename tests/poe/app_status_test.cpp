@@ -1,6 +1,7 @@
 // The file that tells whether the controller's application is usable.
 
 #include "bsp.h"
+#include "tests/poe/poe_board.h"
 #include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 
@@ -8,9 +9,6 @@
 #include <unistd.h>
 
 namespace {
-
-constexpr char kStatusFile[] = "/tmp/bsp/poeApp";
-constexpr uint32_t kMark = 0xA5A5A5A5;
 
 using AppStatusTest = PoeTest;
 

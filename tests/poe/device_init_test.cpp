@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "poe/rtl8239/bus.h"
+#include "tests/poe/poe_board.h"
 #include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 
@@ -11,8 +12,6 @@
 namespace {
 
 using Lines = std::vector<std::string>;
-
-constexpr char kStatusFile[] = "/tmp/bsp/poeApp";
 
 struct Variant {
     uint32_t devId;

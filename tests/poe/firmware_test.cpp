@@ -3,6 +3,7 @@
 #include "poe/rtl8239/firmware.h"
 
 #include "bsp.h"
+#include "tests/poe/poe_board.h"
 #include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 
@@ -16,8 +17,6 @@ using Lines = std::vector<std::string>;
 
 constexpr char kImageFile[] =
     "/tmp/bsp/firmware.bin"; // among the board's files, where opens can fail
-constexpr char kStatusFile[] = "/tmp/bsp/poeApp";
-constexpr char kLockFile[] = "/tmp/bspPoeLockFile";
 
 /** An image in which no block is like another. */
 std::string imageOf(size_t size) {

@@ -1,6 +1,7 @@
 // Firmware upgrades whose process is killed: what is left behind, and that the next one makes it
 // good.
 
+#include "tests/poe/poe_board.h"
 #include "tests/poe/shared_controller_test.h"
 #include "tests/support/depth.h"
 #include "tests/support/firmware.h"
@@ -16,7 +17,6 @@ using vb::PoeMode;
 constexpr uint32_t kImageSize = 51200;
 constexpr uint32_t kBlock = 32;
 constexpr uint32_t kBlocks = kImageSize / kBlock;
-constexpr char kStatusFile[] = "/tmp/bsp/poeApp";
 
 /** What the firmware is and knows when the process is gone. */
 struct Leftover {

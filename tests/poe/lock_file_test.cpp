@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "poe/lock_file.h"
+#include "tests/poe/poe_board.h"
 #include "tests/support/answer.h"
 #include "tests/support/descriptor_zero.h"
 #include "tests/support/scripted_controller.h"
@@ -12,8 +13,6 @@
 #include <unistd.h>
 
 namespace {
-
-constexpr char kLockFile[] = "/tmp/bspPoeLockFile";
 
 class LockFileTest : public PoeTest {
   protected:

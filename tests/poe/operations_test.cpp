@@ -1,6 +1,7 @@
 // The driver's operations: what each sends for its argument, and makes of the answer.
 
 #include "bsp.h"
+#include "tests/poe/poe_board.h"
 #include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 
@@ -8,8 +9,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 using Output = int32_t (*)(uint32_t *out);
-
-constexpr uint32_t kMark = 0xA5A5A5A5;
 
 struct PortSetting {
     const char *name;

@@ -2,6 +2,7 @@
 
 #include "bsp.h"
 #include "poe/driver_extension.h"
+#include "tests/poe/poe_board.h"
 #include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 
@@ -13,7 +14,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-constexpr uint32_t kPort = 6; // the driver's 5
 constexpr uint32_t kUnread = UINT32_MAX;
 constexpr uint64_t kExchangeUs = 200000;
 

@@ -1,6 +1,7 @@
 // The chip-independent face of PoE: choice of the driver, operations, conversions.
 
 #include "bsp.h"
+#include "tests/poe/poe_board.h"
 #include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 
@@ -9,9 +10,6 @@
 namespace {
 
 using Lines = std::vector<std::string>;
-
-constexpr uint32_t kMark = 0xA5A5A5A5;
-constexpr uint32_t kPort = 6; // the driver's 5
 
 class ServiceTest : public PoeTest {
   protected:

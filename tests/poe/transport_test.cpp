@@ -4,6 +4,7 @@
 #include "poe/rtl8239/transport.h"
 
 #include "bsp.h"
+#include "tests/poe/poe_board.h"
 #include "tests/support/answer.h"
 #include "tests/support/scripted_controller.h"
 
@@ -13,8 +14,6 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 using Lines = std::vector<std::string>;
-
-constexpr char kLockFile[] = "/tmp/bspPoeLockFile";
 
 /** A request of 12 bytes, the unused ones 0xFF. */
 Bytes requestOf(const std::string &start) {

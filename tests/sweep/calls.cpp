@@ -52,21 +52,22 @@ const Kind kKinds[] = {
 };
 const std::vector<Way> kOfDriver = {{-1, EIO}, {kByDriver}};
 
-Failure failure;
-Outcome run;
+Failure askedFailure;
+Outcome currentRun;
 std::optional<Recorder> recorder;
 
 /** Counts a call, and tells the way in which it is to fail, if it is. */
 std::optional<uint32_t> wayOf(const char *name, uint32_t ways) {
-    ++run.calls;
-    const bool isNth = run.calls == failure.nth;
+    ++currentRun.calls;
+    const bool isNth = currentRun.calls == askedFailure.nth;
     if (isNth) {
-        run.ways = ways;
-        run.failedCall = name;
+        currentRun.ways = ways;
+        currentRun.failedCall = name;
     }
-    if (!isNth && (!failure.stays || failure.nth == 0 || run.calls < failure.nth))
+    if (!isNth &&
+        (!askedFailure.stays || askedFailure.nth == 0 || currentRun.calls < askedFailure.nth))
         return std::nullopt;
-    return failure.way < ways ? failure.way : 0;
+    return askedFailure.way < ways ? askedFailure.way : 0;
 }
 
 /** No sleep fails, but the MDIO controller may do its work meanwhile, or not, or wrongly. */
@@ -114,16 +115,16 @@ std::optional<int64_t> failed(const SystemCall &call) {
 extern "C" int wrappedYield() __asm__("__wrap_sched_yield");
 
 void sweep::begin(const Failure &wanted) {
-    failure = wanted;
-    run = {};
+    askedFailure = wanted;
+    currentRun = {};
     libraryHas = {};
     recorder.emplace().before = failed;
 }
 
 Outcome sweep::end() {
     recorder.reset();
-    run.left = libraryHas;
-    return run;
+    currentRun.left = libraryHas;
+    return currentRun;
 }
 
 // Nobody else is on the board to yield to. On a busy machine each of some hundred thousand sleeps

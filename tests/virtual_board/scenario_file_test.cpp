@@ -14,7 +14,7 @@ namespace {
 using namespace vboard;
 using Words = std::vector<std::string>;
 
-constexpr uint64_t kSecond = 1000000000;
+constexpr uint64_t kSecondNs = 1000000000;
 
 Scenario parsed(const std::string &content) {
     return parseScenario("x.toml", content);
@@ -73,7 +73,7 @@ TEST(ScenarioFileTest, EachKeyHasItsPlaceInAStep) {
                                 "nth = 3, when = \"from\", effect = \"refuse=-5\" }\n");
     EXPECT_EQ(fault.deed, Deed::AddFault);
     EXPECT_EQ(fault.title, "noise");
-    EXPECT_EQ(fault.atNs, kSecond * 3 / 2);
+    EXPECT_EQ(fault.atNs, kSecondNs * 3 / 2);
     EXPECT_EQ(fault.label->text, "n");
     EXPECT_EQ(fault.label->place.line, 4u);
     EXPECT_EQ(fault.place.line, 5u);
@@ -91,8 +91,8 @@ TEST(ScenarioFileTest, EachKeyHasItsPlaceInAStep) {
     EXPECT_EQ(run.place.line, 2u);
     EXPECT_EQ(run.program, (Words{"iodbg", "check", "3"}));
     EXPECT_EQ(run.exitCode, 5);
-    EXPECT_EQ(run.limitNs, 2 * kSecond);
-    EXPECT_EQ(run.withinNs, 7 * kSecond);
+    EXPECT_EQ(run.limitNs, 2 * kSecondNs);
+    EXPECT_EQ(run.withinNs, 7 * kSecondNs);
     EXPECT_EQ(run.expected->text, "a == 1");
     EXPECT_EQ(run.afterNs, 1u);
     EXPECT_FALSE(run.isInBackground);
@@ -110,7 +110,7 @@ TEST(ScenarioFileTest, EachKeyHasItsPlaceInAStep) {
     const Step both = onlyStep("when = \"a == 1\"\nrun = \"x\"\nexpect = \"b == 1\"\n");
     EXPECT_EQ(both.deed, Deed::Run);
     EXPECT_EQ(both.when->text + both.expected->text, "a == 1b == 1");
-    EXPECT_EQ(onlyStep("advance = 60").advanceNs, 60 * kSecond);
+    EXPECT_EQ(onlyStep("advance = 60").advanceNs, 60 * kSecondNs);
     EXPECT_EQ(onlyStep("clear = \"all\"").subject->text, "all");
     EXPECT_EQ(onlyStep("expect = \"a.1 >= 2\"").deed, Deed::Expect);
 }
@@ -323,7 +323,7 @@ TEST(ScenarioFileTest, AFileIsRead) {
     std::ofstream(path) << "[[step]]\nadvance = 5\n" << std::string(10000, '#');
     const Scenario scenario = readScenario(path);
     EXPECT_EQ(scenario.file, path);
-    EXPECT_EQ(scenario.steps.at(0).advanceNs, 5 * kSecond);
+    EXPECT_EQ(scenario.steps.at(0).advanceNs, 5 * kSecondNs);
     const auto reason = [](const std::string &file) -> std::string {
         try {
             readScenario(file);
