@@ -14,7 +14,8 @@ count=$(wc -l <"$folder/names")
 # Given as a folder, the seeds would get company. A line's end would belong to the last name.
 printf %s "$(paste -s -d , "$folder/names")" >"$folder/seeds"
 status=0
-"$(dirname "$0")/run.sh" "$program" "$folder" -seed=1 -max_total_time=1 -verbosity=0 \
+"$(dirname "$0")/run.sh" "$program" "$folder" -seed=1 -runs="$((count + 100))" -max_total_time=1 \
+    -verbosity=0 \
     -seed_inputs="@$folder/seeds" >"$folder/log" 2>&1 || status=$?
 cat "$folder/log"
 [ "$status" -eq 0 ] || exit "$status"

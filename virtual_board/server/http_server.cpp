@@ -532,7 +532,7 @@ class HttpServer::Implementation {
     }
 
     /** Who has waited longest goes, so that nobody can keep others out by doing nothing. */
-    bool makeRoom() {
+    bool makeRoom() const {
         const auto &all = shared_.connections;
         const auto place =
             std::min_element(all.begin(), all.end(), [](const auto &one, const auto &other) {
