@@ -1,5 +1,7 @@
 // The battery-backed clock chip, and the system clock that is set from it when the library starts.
-// Built with 64-bit time everywhere, because 32 bits of seconds end in January 2038.
+// Built with 64-bit time everywhere, because 32 bits of seconds end in January 2038, unless the
+// build is for a C library that has no other: mktime() then knows no later time, and
+// clock_settime() refuses what it answers.
 
 #include "bsp.h"
 #include "identity/board_catalogue.h"
@@ -9,7 +11,11 @@
 #include <ctime>
 #include <iterator>
 
-static_assert(sizeof(time_t) == 8, "the clock must outlive 2038");
+#ifndef BSP_TIME_32
+static_assert(sizeof(time_t) == 8,
+              "the clock must outlive 2038; this C library's does not: configure "
+              "with -DBSP_TIME_64=OFF to have one that ends there");
+#endif
 
 namespace {
 

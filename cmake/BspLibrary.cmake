@@ -65,9 +65,14 @@ add_library(bsp_objects OBJECT
   support/message.cpp
   transceiver/lines.cpp
   transceiver/memory.cpp)
-# The seconds of 32-bit systems end in January 2038 unless they are asked for 64 bits.
-set_source_files_properties(chassis/clock.cpp PROPERTIES
-  COMPILE_DEFINITIONS "_TIME_BITS=64;_FILE_OFFSET_BITS=64")
+# The seconds of 32-bit systems end in January 2038 unless they are asked for 64 bits, which glibc 2.34 and
+# newer have.
+if(BSP_TIME_64)
+  set_source_files_properties(chassis/clock.cpp PROPERTIES
+    COMPILE_DEFINITIONS "_TIME_BITS=64;_FILE_OFFSET_BITS=64")
+else()
+  target_compile_definitions(bsp_objects PRIVATE BSP_TIME_32)
+endif()
 target_include_directories(bsp_objects PRIVATE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 target_link_libraries(bsp_objects PRIVATE bsp_warnings bsp_all_sanitizers bsp_coverage bsp_bare)
 # Debug information is what the library's binary interface is judged by; 'cmake --install --strip'

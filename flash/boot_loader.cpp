@@ -5,12 +5,12 @@
 #include "bsp.h"
 #include "language/formats/boot_file.h"
 #include "support/board_map.h"
+#include "support/file_size.h"
 #include "support/owned.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <sys/stat.h>
 #include <type_traits>
 
 namespace {
@@ -24,11 +24,11 @@ int32_t refuse(const char *message) {
 
 /** Reads an upgrade file whole; its size is stored. */
 int32_t readFile(const char *path, FileBuffer &data, uint32_t *size) {
-    struct stat info = {};
-    if (stat(path, &info) != 0)
+    off_t told = 0;
+    if (!bsp::readFileSize(path, &told))
         return BSP_E_SHORT_READ;
     // A size below 0 would be read as a huge count, far beyond the buffer: it is refused as such.
-    if (static_cast<std::make_unsigned_t<off_t>>(info.st_size) > BSP_BOOT_FILE_MAX)
+    if (static_cast<std::make_unsigned_t<off_t>>(told) > BSP_BOOT_FILE_MAX)
         return refuse("Bios file size error.\r");
     data.reset(static_cast<uint8_t *>(std::malloc(BSP_BOOT_FILE_MAX)));
     if (data == nullptr)
@@ -36,7 +36,7 @@ int32_t readFile(const char *path, FileBuffer &data, uint32_t *size) {
     const bsp::File file(std::fopen(path, "rb"));
     if (file == nullptr)
         return BSP_E_OPEN;
-    *size = static_cast<uint32_t>(info.st_size);
+    *size = static_cast<uint32_t>(told);
     if (const size_t count = std::fread(data.get(), 1, *size, file.get()); count != *size) {
         std::printf("Reading Bios filesize %d failed.\r\n", static_cast<int>(count));
         return BSP_E_SHORT_READ;

@@ -7,13 +7,13 @@
 #include "flash/partition.h"
 #include "flash/shell_command.h"
 #include "language/formats/os_image.h"
+#include "support/file_size.h"
 #include "support/kept_file.h"
 #include "support/message.h"
 #include "support/owned.h"
 
 #include <algorithm>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 using bsp::CallSite;
@@ -26,17 +26,16 @@ constexpr char kHeaderFile[] = "/tmp/bsp/osHeader.bin";
 
 /** The size of an image file, if it is one that a bank can hold. */
 int32_t readImageSize(const char *file, off_t *size, CallSite site = CallSite::here()) {
-    struct stat info = {};
-    if (stat(file, &info) != 0) {
+    off_t told = 0;
+    if (!bsp::readFileSize(file, &told)) {
         bsp::report(site, "OS file state get failed\r\n");
         return BSP_E_SHORT_READ;
     }
-    if (info.st_size > BSP_OS_IMAGE_MAX) {
-        bsp::report(site, "OS file size %d > max %d\r\n", static_cast<int>(info.st_size),
-                    BSP_OS_IMAGE_MAX);
+    if (told > BSP_OS_IMAGE_MAX) {
+        bsp::report(site, "OS file size %d > max %d\r\n", static_cast<int>(told), BSP_OS_IMAGE_MAX);
         return BSP_E_FAILED;
     }
-    *size = info.st_size;
+    *size = told;
     return BSP_OK;
 }
 

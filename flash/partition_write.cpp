@@ -4,12 +4,12 @@
 #include "flash/flash_lock.h"
 #include "flash/partition.h"
 #include "language/formats/length_header.h"
+#include "support/file_size.h"
 #include "support/message.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -154,13 +154,13 @@ int32_t bsp_mtd_write_from_file(const char *file, const char *device, int32_t ha
         bsp::reportPlace(bsp::CallSite::here());
         return BSP_E_FAILED;
     }
-    struct stat info = {};
-    if (stat(file, &info) != 0) {
+    off_t size = 0;
+    if (!bsp::readFileSize(file, &size)) {
         bsp::reportPlace(bsp::CallSite::here());
         // Released here, and once more in vain at the end. Kept: callers rely on the answer and on
         // what is printed as they are.
         lock.release();
         return BSP_E_FAILED;
     }
-    return writeFile(file, device, static_cast<uint64_t>(info.st_size), hasHeader != 0);
+    return writeFile(file, device, static_cast<uint64_t>(size), hasHeader != 0);
 }

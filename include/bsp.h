@@ -1453,7 +1453,7 @@ BSP_API int32_t bspRealtimeSet(const BspCalendar *record);
 /**
  * Sets the system clock from the clock chip, whose content is local time. A model without the chip
  * sets it from a record of zeros. Whether the system clock could be set (it takes the privilege) is
- * not told.
+ * not told. A 32-bit library built with BSP_TIME_64=OFF leaves it alone from January 2038 on.
  *
  * @return BSP_OK; the status of bspRealtimeGet(), and then the system clock is left alone
  */

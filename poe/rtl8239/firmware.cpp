@@ -10,6 +10,7 @@
 #include "poe/rtl8239/exchange.h"
 #include "poe/rtl8239/timing.h"
 #include "poe/rtl8239/transport.h"
+#include "support/file_size.h"
 #include "support/owned.h"
 
 #include <algorithm>
@@ -17,7 +18,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -64,11 +64,11 @@ int32_t sendBlock(const uint8_t *data, int32_t position, int32_t count) {
 
 /** Reads an image file whole; its size is stored. */
 int32_t readImage(const char *path, ImageBuffer &image, int32_t *size) {
-    struct stat info = {};
-    if (stat(path, &info) != 0)
+    off_t told = 0;
+    if (!bsp::readFileSize(path, &told))
         return BSP_E_POE_INVALID;
-    if (info.st_size < BSP_POE_FIRMWARE_MIN || info.st_size > BSP_POE_FIRMWARE_MAX ||
-        info.st_size % BSP_POE_FIRMWARE_STEP != 0) {
+    if (told < BSP_POE_FIRMWARE_MIN || told > BSP_POE_FIRMWARE_MAX ||
+        told % BSP_POE_FIRMWARE_STEP != 0) {
         std::printf("The firmware file's size is error...\r\n");
         return BSP_E_POE_INVALID;
     }
@@ -78,7 +78,7 @@ int32_t readImage(const char *path, ImageBuffer &image, int32_t *size) {
     const bsp::File file(std::fopen(path, "rb"));
     if (file == nullptr)
         return BSP_E_POE_OPEN;
-    *size = static_cast<int32_t>(info.st_size);
+    *size = static_cast<int32_t>(told);
     const size_t count = std::fread(image.get(), 1, static_cast<size_t>(*size), file.get());
     if (count != static_cast<size_t>(*size)) {
         std::printf("Reading firmware filesize %d failed...\r\n", static_cast<int>(count));
