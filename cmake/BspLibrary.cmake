@@ -106,6 +106,7 @@ endforeach()
 
 install(TARGETS bsp bsp_static EXPORT bsp-targets)
 install(FILES include/bsp.h TYPE INCLUDE)
+install(FILES docs/man/bsp.h.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3)
 
 include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/bsp)

@@ -83,8 +83,21 @@ for program in iodbg vboard; do
     completion=$prefix/share/bash-completion/completions/$program
     bash -c '. "$1" && complete -p "$2"' bash "$completion" "$program" >/dev/null
     echo "ok    installed completion of $program can be loaded"
-    [ -s "$prefix/share/man/man1/$program.1" ]
-    echo "ok    installed manual page of $program"
+done
+
+# expect_page WHAT FILE: whether what is installed has its manual page, which names it.
+expect_page() {
+    grep -qsx "\.Nm $1" "$2" || {
+        echo "$1 is installed without its manual page, $2"
+        exit 1
+    }
+    echo "ok    installed manual page of $1"
+}
+for program in "$prefix"/bin/*; do
+    expect_page "${program##*/}" "$prefix/share/man/man1/${program##*/}.1"
+done
+for header in "$prefix"/include/*; do
+    expect_page "${header##*/}" "$prefix/share/man/man3/${header##*/}.3"
 done
 
 for checker in vboard.supp vboard-tsan.supp; do
