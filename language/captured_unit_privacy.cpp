@@ -106,13 +106,16 @@ class Replacer {
   public:
     enum class In { Text, Bytes };
 
-    explicit Replacer(std::vector<Spelling> spellings) {
-        std::stable_sort(spellings.begin(), spellings.end(),
-                         [](const Spelling &one, const Spelling &other) {
-                             return one.from.size() > other.from.size();
-                         });
-        for (const Spelling &spelling : spellings)
-            byFirst_[static_cast<unsigned char>(folded(spelling.from.front()))].push_back(spelling);
+    /** Of those that begin alike the longest is tried first, of these the one that came first. */
+    explicit Replacer(const std::vector<Spelling> &spellings) {
+        for (const Spelling &spelling : spellings) {
+            auto &alike = byFirst_[static_cast<unsigned char>(folded(spelling.from.front()))];
+            const auto isLonger = [](const Spelling &one, const Spelling &other) {
+                return one.from.size() > other.from.size();
+            };
+            alike.insert(std::upper_bound(alike.begin(), alike.end(), spelling, isLonger),
+                         spelling);
+        }
     }
 
     /** Whether there was anything to replace. */
@@ -205,7 +208,7 @@ class Pseudonyms {
                 spellings.push_back({writtenPrefix(prefix, separator, perGroup),
                                      writtenPrefix(other, separator, perGroup)});
         }
-        return Replacer(std::move(spellings));
+        return Replacer(spellings);
     }
 
     std::string replaced(const std::string &serial) const {
