@@ -104,18 +104,26 @@ foreach(library bsp bsp_static)
                                                $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 endforeach()
 
-install(TARGETS bsp bsp_static EXPORT bsp-targets)
-install(FILES include/bsp.h TYPE INCLUDE)
-install(FILES docs/man/bsp.h.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3)
+install(TARGETS bsp bsp_static EXPORT bsp-targets
+        LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
+        ARCHIVE COMPONENT development)
+install(FILES include/bsp.h TYPE INCLUDE COMPONENT development)
+install(FILES docs/man/bsp.h.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT development)
 
 include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/bsp)
-install(EXPORT bsp-targets NAMESPACE bsp:: DESTINATION ${package_folder} FILE bsp-config.cmake)
+install(EXPORT bsp-targets NAMESPACE bsp:: DESTINATION ${package_folder} FILE bsp-config.cmake
+        COMPONENT development)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/bsp-config-version.cmake
                                  COMPATIBILITY SameMajorVersion)
-install(FILES ${PROJECT_BINARY_DIR}/bsp-config-version.cmake DESTINATION ${package_folder})
+install(FILES ${PROJECT_BINARY_DIR}/bsp-config-version.cmake DESTINATION ${package_folder}
+        COMPONENT development)
 
 set(pkgconfig_folder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH prefix_from_pkgconfig /prefix/${pkgconfig_folder} /prefix)
 configure_file(cmake/bsp.pc.in bsp.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/bsp.pc DESTINATION ${pkgconfig_folder})
+install(FILES ${PROJECT_BINARY_DIR}/bsp.pc DESTINATION ${pkgconfig_folder} COMPONENT development)
+
+# The folder without which no call learns the device id: made at each start by systemd, or by what the example shows.
+install(FILES packaging/tmpfiles/bsp.conf DESTINATION lib/tmpfiles.d COMPONENT runtime)
+install(PROGRAMS packaging/init/S01bsp DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/libbsp1/examples COMPONENT runtime)
