@@ -57,7 +57,8 @@ TEST_F(FromOptionTest, ACapturedUnitAnswersAsItDid) {
     capture();
     for (const Words &words :
          {Words{"boot", "get"}, Words{"fan", "get", "--json"}, Words{"--json", "gpio", "list"},
-          Words{"eeprom", "dump", "--offset", "256", "--length", "32"}}) {
+          Words{"identity", "get"}, Words{"cpld", "get", "1-5"},
+          Words{"eeprom", "dump", "--offset", "256", "--length", "32"}, Words{"image", "info"}}) {
         const ProcessResult live = onBoard(words);
         Words from = words;
         from.insert(from.end(), {"--from", document()});
