@@ -7,4 +7,4 @@
 
 inline const DeviceIds kFourFan = idsWith(Chassis::FourFan);
 inline const DeviceIds kTwoFan = idsWith(Chassis::TwoFan);
-inline constexpr uint32_t kMark = 0x5A5A5A5A; // no answer is this
+inline constexpr int32_t kMark = 0x5A5A5A5A; // no answer is this

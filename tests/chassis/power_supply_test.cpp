@@ -18,7 +18,6 @@ namespace {
 
 using Bytes = std::vector<uint8_t>;
 
-constexpr int32_t kSignedMark = kMark;
 const DeviceIds kOther = idsWith(Chassis::Other);
 
 /** A PMBus supply: each read takes the next answer to its command; the last one stays. */
@@ -95,10 +94,10 @@ constexpr Question kQuestions[] = {
 TEST_F(PowerSupplyTest, WithoutADeviceIdNothingIsKnown) {
     addFault(openFails("/tmp/bsp/devId", EACCES));
     for (const Question &question : kQuestions) {
-        int32_t out = kSignedMark;
+        int32_t out = kMark;
         EXPECT_EQ(answerOf([&] { return question.get(1, &out); }),
                   (Answer{BSP_E_OPEN, question.name + std::string("-#: get devId failed\n")}));
-        EXPECT_EQ(out, kSignedMark);
+        EXPECT_EQ(out, kMark);
     }
 }
 
@@ -107,7 +106,7 @@ TEST_F(PowerSupplyTest, FixedSuppliesAreTwo) {
         useModel(devId);
         cacheDeviceId();
         refuseEverything();
-        int32_t count = kSignedMark;
+        int32_t count = kMark;
         EXPECT_EQ(bspPowerNumGet(&count), BSP_OK) << devId;
         EXPECT_EQ(count, 2);
     };
@@ -122,27 +121,27 @@ TEST_F(PowerSupplyTest, OtherModelsCountInTheBoardsRecord) {
         useModel(devId);
         for (const uint8_t count : Bytes{0, 1, 6}) {
             storeSupplies(count, {});
-            int32_t out = kSignedMark;
+            int32_t out = kMark;
             EXPECT_EQ(answerOf([&] { return bspPowerNumGet(&out); }), kSilentSuccess);
             EXPECT_EQ(out, count);
         }
         for (const uint8_t count : Bytes{7, 255}) {
             storeSupplies(count, {});
-            int32_t out = kSignedMark;
+            int32_t out = kMark;
             EXPECT_EQ(answerOf([&] { return bspPowerNumGet(&out); }),
                       (Answer{BSP_E_INVALID, "bspPowerNumGet-#: power num " +
                                                  std::to_string(count) + " > max 6\n"}));
             EXPECT_EQ(out, count) << "the bad count is shown beside the error";
         }
         devices().eeprom.bytes[256] = 'X';
-        int32_t out = kSignedMark;
+        int32_t out = kMark;
         EXPECT_EQ(answerOf([&] { return bspPowerNumGet(&out); }),
                   (Answer{BSP_E_NO_RECORD, "bspPowerNumGet-#: devinfo get failed\n"}));
         EXPECT_EQ(answerOf([&] { return bspPowerTypeGet(1, &out); }),
                   (Answer{BSP_E_NO_RECORD, "bspPowerTypeGet-#: devinfo get failed\n"}));
         EXPECT_EQ(answerOf([&] { return bspPowerStatusGet(1, &out); }),
                   (Answer{BSP_E_NO_RECORD, "bspPowerNumGet-#: devinfo get failed\n"}));
-        EXPECT_EQ(out, kSignedMark);
+        EXPECT_EQ(out, kMark);
     }
 }
 
@@ -156,37 +155,29 @@ struct LinesCase {
 
 TEST_F(PowerSupplyTest, PresenceIsARegisterBit) {
     constexpr LinesCase kFixed[] = {
-        {0x0001, 1, BSP_OK, 1},
-        {0xFFFE, 1, BSP_OK, 0},
-        {0x0002, 2, BSP_OK, 1},
-        {0xFFFD, 2, BSP_OK, 0},
-        {0, 0, BSP_E_INVALID, kSignedMark},
-        {0, 3, BSP_E_INVALID, kSignedMark},
-        {0, -1, BSP_E_INVALID, kSignedMark},
+        {0x0001, 1, BSP_OK, 1},        {0xFFFE, 1, BSP_OK, 0},       {0x0002, 2, BSP_OK, 1},
+        {0xFFFD, 2, BSP_OK, 0},        {0, 0, BSP_E_INVALID, kMark}, {0, 3, BSP_E_INVALID, kMark},
+        {0, -1, BSP_E_INVALID, kMark},
     };
     for (const uint32_t devId : {0x0309u, 0x8609u, 0x0709u, 0x8809u}) {
         useModel(devId);
         devices().cpld.reg[6] = 0;
         for (const LinesCase &row : kFixed) {
             setLines(row.lines);
-            int32_t out = kSignedMark;
+            int32_t out = kMark;
             EXPECT_EQ(bspPowerPresentGet(row.index, &out), row.status) << row.index;
             EXPECT_EQ(out, row.value) << row.index;
         }
     }
     constexpr LinesCase kActiveLow[] = {
-        {0x0200, 1, BSP_OK, 0},
-        {0xFDFF, 1, BSP_OK, 1},
-        {0x0400, 2, BSP_OK, 0},
-        {0xFBFF, 2, BSP_OK, 1},
-        {0, 3, BSP_E_INVALID, kSignedMark},
-        {0, 0, BSP_E_INVALID, kSignedMark},
+        {0x0200, 1, BSP_OK, 0}, {0xFDFF, 1, BSP_OK, 1},       {0x0400, 2, BSP_OK, 0},
+        {0xFBFF, 2, BSP_OK, 1}, {0, 3, BSP_E_INVALID, kMark}, {0, 0, BSP_E_INVALID, kMark},
     };
     for (const uint32_t devId : kOther) {
         useModel(devId);
         for (const LinesCase &row : kActiveLow) {
             devices().cpld.reg[6] = static_cast<uint16_t>(row.lines);
-            int32_t out = kSignedMark;
+            int32_t out = kMark;
             EXPECT_EQ(bspPowerPresentGet(row.index, &out), row.status) << row.index;
             EXPECT_EQ(out, row.value) << row.index;
         }
@@ -194,25 +185,21 @@ TEST_F(PowerSupplyTest, PresenceIsARegisterBit) {
 }
 
 TEST_F(PowerSupplyTest, TypeOfAFixedSupplyIsALine) {
-    constexpr LinesCase kCases[] = {
-        {0x0004, 1, BSP_OK, 1},
-        {0xFFFA, 1, BSP_OK, 2},
-        {0x0008, 2, BSP_OK, 1},
-        {0xFFF5, 2, BSP_OK, 2},
-        {0x0005, 1, BSP_E_FAILED, kSignedMark}, // the presence line hides it
-        {0x000A, 2, BSP_E_FAILED, kSignedMark},
-        {0x0010, 3, BSP_OK, 1}, // the index is not checked
-        {0x0001, 0, BSP_OK, 2},
-        {0x0002, 0, BSP_OK, 1},
-        {0xFFFF, 17, BSP_OK, 2},
-        {0xFFFF, INT32_MIN, BSP_OK, 2},
-        {0xFFFF, INT32_MAX, BSP_OK, 2},
-    };
+    constexpr LinesCase kCases[] =
+        {
+            {0x0004, 1, BSP_OK, 1},           {0xFFFA, 1, BSP_OK, 2},
+            {0x0008, 2, BSP_OK, 1},           {0xFFF5, 2, BSP_OK, 2},
+            {0x0005, 1, BSP_E_FAILED, kMark},                         // the presence line hides it
+            {0x000A, 2, BSP_E_FAILED, kMark}, {0x0010, 3, BSP_OK, 1}, // the index is not checked
+            {0x0001, 0, BSP_OK, 2},           {0x0002, 0, BSP_OK, 1},
+            {0xFFFF, 17, BSP_OK, 2},          {0xFFFF, INT32_MIN, BSP_OK, 2},
+            {0xFFFF, INT32_MAX, BSP_OK, 2},
+        };
     for (const uint32_t devId : {0x0309u, 0x0709u}) {
         useModel(devId);
         for (const LinesCase &row : kCases) {
             setLines(row.lines);
-            int32_t type = kSignedMark;
+            int32_t type = kMark;
             EXPECT_EQ(answerOf([&] { return bspPowerTypeGet(row.index, &type); }),
                       (Answer{row.status, ""}))
                 << row.index;
@@ -234,13 +221,13 @@ TEST_F(PowerSupplyTest, TypeOnOtherModelsIsInTheBoardsRecord) {
     useModel(0x0109);
     for (const Case &row : kCases) {
         storeSupplies(row.count, {11, 12, 13, 14, 15, 16});
-        int32_t type = kSignedMark;
+        int32_t type = kMark;
         const Answer refused = {BSP_E_INVALID, "bspPowerTypeGet-#: power index " +
                                                    std::to_string(row.index) + " > powerNum " +
                                                    std::to_string(row.count) + "\n"};
         EXPECT_EQ(answerOf([&] { return bspPowerTypeGet(row.index, &type); }),
                   row.type != 0 ? kSilentSuccess : refused);
-        EXPECT_EQ(type, row.type != 0 ? row.type : kSignedMark);
+        EXPECT_EQ(type, row.type != 0 ? row.type : kMark);
     }
 }
 
@@ -275,15 +262,15 @@ TEST_F(PowerSupplyTest, StatusOfFixedSuppliesFollowsTheLines) {
         useModel(row.devId);
         SCOPED_TRACE(row.lines);
         for (const int32_t index : {1, 2}) {
-            int32_t status = kSignedMark;
+            int32_t status = kMark;
             setLines(row.lines << (index - 1));
             EXPECT_EQ(bspPowerStatusGet(index, &status), BSP_OK);
             EXPECT_EQ(status, row.status) << "supply " << index;
         }
-        int32_t status = kSignedMark;
+        int32_t status = kMark;
         EXPECT_EQ(bspPowerStatusGet(0, &status), BSP_E_INVALID);
         EXPECT_EQ(bspPowerStatusGet(3, &status), BSP_E_INVALID);
-        EXPECT_EQ(status, kSignedMark);
+        EXPECT_EQ(status, kMark);
     }
 }
 
@@ -292,14 +279,14 @@ TEST_F(PowerSupplyTest, StatusOnOtherModelsIsZeroForEachCountedSupply) {
     storeSupplies(4, {});
     setLines(0x0010);
     for (const int32_t index : {1, 4}) {
-        int32_t status = kSignedMark;
+        int32_t status = kMark;
         EXPECT_EQ(bspPowerStatusGet(index, &status), BSP_OK);
         EXPECT_EQ(status, 0);
     }
     for (const int32_t index : {0, 5}) {
-        int32_t status = kSignedMark;
+        int32_t status = kMark;
         EXPECT_EQ(bspPowerStatusGet(index, &status), BSP_E_INVALID);
-        EXPECT_EQ(status, kSignedMark);
+        EXPECT_EQ(status, kMark);
     }
 }
 
@@ -309,17 +296,17 @@ TEST_F(PowerSupplyTest, ARegisterThatCannotBeReadLeavesTheOutputAlone) {
         cacheDeviceId();
         addFault(refuse(vb::FaultDevice::Cpld, vb::FaultOp::Read, 5));
         for (const auto get : {bspPowerPresentGet, bspPowerTypeGet, bspPowerStatusGet}) {
-            int32_t out = kSignedMark;
+            int32_t out = kMark;
             EXPECT_EQ(get(1, &out), 5);
-            EXPECT_EQ(out, kSignedMark);
+            EXPECT_EQ(out, kMark);
         }
     }
     useModel(0x0109);
     cacheDeviceId();
     addFault(refuse(vb::FaultDevice::Cpld, vb::FaultOp::Read, 5));
-    int32_t out = kSignedMark;
+    int32_t out = kMark;
     EXPECT_EQ(bspPowerPresentGet(1, &out), 5);
-    EXPECT_EQ(out, kSignedMark);
+    EXPECT_EQ(out, kMark);
 }
 
 TEST_F(PowerSupplyTest, Linear11HasASignedMantissaAndExponent) {

@@ -7,7 +7,6 @@
 namespace {
 
 constexpr char kReadFile[] = "/tmp/bsp/copy";
-constexpr char kCopied[] = "/dev/mtd0";
 constexpr uint32_t kCopySize = 5000; // the last page is not a whole one
 constexpr uint32_t kCopyBlock = 1000;
 
@@ -33,8 +32,8 @@ class PartitionReadTest : public FlashCallsTest {
 
     Answer read(int32_t hasHeader = 0) {
         return withoutNumber(
-            recorder.run([&] { return bsp_mtd_read_to_file(kCopied, kReadFile, hasHeader); }),
-            kCopied);
+            recorder.run([&] { return bsp_mtd_read_to_file(kFirstDevice, kReadFile, hasHeader); }),
+            kFirstDevice);
     }
 };
 
@@ -121,8 +120,9 @@ TEST_F(PartitionReadTest, ReadsBackWhatWasWrittenWithHeader) {
         usePages(row.page);
         useFile("/tmp/bsp/file", patterned(row.size));
         removeFile(kReadFile);
-        EXPECT_EQ(recorder.run([] { return bsp_mtd_write_from_file("/tmp/bsp/file", kCopied, 1); }),
-                  kSilentSuccess);
+        EXPECT_EQ(
+            recorder.run([] { return bsp_mtd_write_from_file("/tmp/bsp/file", kFirstDevice, 1); }),
+            kSilentSuccess);
         EXPECT_EQ(read(1), kSilentSuccess);
         EXPECT_EQ(copy(), patterned(row.size));
     }
@@ -179,7 +179,7 @@ TEST_F(PartitionReadTest, EveryFailureHasItsAnswer) {
 TEST_F(PartitionReadTest, NeedsBothNames) {
     EXPECT_EQ(recorder.run([] { return bsp_mtd_read_to_file(nullptr, kReadFile, 0); }),
               (Answer{BSP_E_NULL}));
-    EXPECT_EQ(recorder.run([] { return bsp_mtd_read_to_file(kCopied, nullptr, 0); }),
+    EXPECT_EQ(recorder.run([] { return bsp_mtd_read_to_file(kFirstDevice, nullptr, 0); }),
               (Answer{BSP_E_NULL}));
     EXPECT_EQ(recorder.work(), (Calls{}));
 }

@@ -7,7 +7,6 @@
 namespace {
 
 constexpr char kFile[] = "/tmp/bsp/file";
-constexpr char kDevice[] = "/dev/mtd0";
 constexpr uint32_t kPage = 2048;
 constexpr uint32_t kBlock = 4 * kPage;
 constexpr uint32_t kSize = 4 * kBlock;
@@ -37,8 +36,8 @@ class PartitionWriteTest : public FlashCallsTest {
 
     Answer writeAgain(int32_t hasHeader = 0) {
         return withoutNumber(
-            recorder.run([&] { return bsp_mtd_write_from_file(kFile, kDevice, hasHeader); }),
-            kDevice);
+            recorder.run([&] { return bsp_mtd_write_from_file(kFile, kFirstDevice, hasHeader); }),
+            kFirstDevice);
     }
 
     Bytes stored(size_t offset, size_t size) const {
@@ -372,7 +371,7 @@ TEST_F(PartitionWriteTest, EveryFailureHasItsAnswer) {
 }
 
 TEST_F(PartitionWriteTest, NeedsBothNames) {
-    EXPECT_EQ(recorder.run([] { return bsp_mtd_write_from_file(nullptr, kDevice, 0); }),
+    EXPECT_EQ(recorder.run([] { return bsp_mtd_write_from_file(nullptr, kFirstDevice, 0); }),
               (Answer{BSP_E_NULL}));
     EXPECT_EQ(recorder.run([] { return bsp_mtd_write_from_file(kFile, nullptr, 0); }),
               (Answer{BSP_E_NULL}));
@@ -382,7 +381,7 @@ TEST_F(PartitionWriteTest, NeedsBothNames) {
 // Erasing
 
 TEST_F(PartitionWriteTest, EraseClearsTheFirstBlockAlone) {
-    EXPECT_EQ(recorder.run([] { return bsp_mtd_erase(kDevice); }), kSilentSuccess);
+    EXPECT_EQ(recorder.run([] { return bsp_mtd_erase(kFirstDevice); }), kSilentSuccess);
     EXPECT_EQ(recorder.work(), (Calls{"open /dev/mtd0 read-write sync", "geometry /dev/mtd0",
                                       "erase /dev/mtd0 0+8192"}));
     EXPECT_EQ(stored(0, kBlock), Bytes(kBlock, 0xFF));
@@ -403,8 +402,9 @@ TEST_F(PartitionWriteTest, EraseFailuresHaveTheirAnswers) {
     for (const Case &row : cases) {
         recorder.clearFailures();
         recorder.fail(row.call, 1, row.result);
-        EXPECT_EQ(withoutNumber(recorder.run([] { return bsp_mtd_erase(kDevice); }), kDevice),
-                  row.answer);
+        EXPECT_EQ(
+            withoutNumber(recorder.run([] { return bsp_mtd_erase(kFirstDevice); }), kFirstDevice),
+            row.answer);
         EXPECT_TRUE(recorder.allFailed());
         EXPECT_EQ(stored(0, kSize), Bytes(kSize, 0x00));
     }

@@ -7,6 +7,8 @@
 
 #include <set>
 
+inline constexpr char kFirstDevice[] = "/dev/mtd0";
+
 class FlashCallsTest : public VirtualBoardTest {
   protected:
     /** Gives a partition of the board another geometry, and erases it. */
