@@ -1,12 +1,11 @@
 // What docs/virtual-board.md and bsp.h show as programs.
 
+#include "tests/support/files.h"
 #include "tests/support/process.h"
 #include "tests/support/virtual_board_test.h"
 #include "tests/support/world.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 namespace {
 
@@ -46,8 +45,7 @@ TEST_F(DocumentProgramsTest, WhatTheLibraryPrintsIsKeptApart) {
     const ProcessResult result = runOnBoard(boardFolder(), {builtProgram("output_program")});
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(result.out, "refused\n");
-    std::ifstream file("bsp.log");
-    const std::string log(std::istreambuf_iterator<char>(file), {});
+    const std::string log = bytesOutsideHoles("bsp.log");
     EXPECT_NE(log.find("firmware"), std::string::npos) << log;
 }
 
