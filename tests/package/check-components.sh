@@ -43,19 +43,20 @@ expect_in() {
     done
 }
 expect_in runtime 'libbsp\.so\.[0-9.]+' 'lib/tmpfiles\.d/bsp\.conf' 'examples/S01bsp'
-expect_in development 'include/bsp\.h' 'libbsp\.(so|a)' 'cmake/bsp/.*' 'bsp\.pc'
+expect_in development 'include/bsp\.h' 'libbsp\.(so|a)' 'cmake/bsp/.*' 'bsp\.pc' 'man3/bsp\.h\.3'
 expect_in tools 'bin/iodbg' 'libbsp-trace\.so\..*' 'man1/iodbg\.1' 'completions/iodbg'
 expect_in vboard 'bin/vboard' 'libvboard-control\.so.*' 'libvboard\.so' 'include/vboard\.h' 'cmake/vboard/.*' 'vboard\.pc' \
-    'vboard-tools/nandwrite' 'man1/vboard\.1'
+    'vboard-tools/nandwrite' 'man1/vboard\.1' 'man3/vboard\.h\.3'
 expect_in python-vboard 'vboard/pytest_plugin\.py' 'vboard-[0-9.]+\.dist-info/entry_points\.txt'
 expect_in doc 'front-panel\.png' 'virtual-board\.md' 'CHANGELOG\.md'
 
 # What makes the folder at the start is the same in all places that tell it.
+made_at_start=$(sed -n '/^    set -C/,/^}/p' "$source/packaging/init/S01bsp" | grep -oE '/tmp/[A-Za-z/]+' | sort)
 expect_same "the page on security shows what the example for init systems does" \
-    "$(sed -n '/^    set -C/,/^}/p' "$source/packaging/init/S01bsp" | grep -oE '/tmp/[A-Za-z/]+' | sort)" \
+    "$made_at_start" \
     "$(sed -n '/^    set -C/,/^$/p' "$source/docs/security.md" | grep -oE '/tmp/[A-Za-z/]+' | sort)"
 expect_same "and what systemd-tmpfiles does" \
-    "$(sed -n '/^    set -C/,/^}/p' "$source/packaging/init/S01bsp" | grep -oE '/tmp/[A-Za-z/]+' | sort)" \
+    "$made_at_start" \
     "$(awk '/^[df] / { print $2 }' "$source/packaging/tmpfiles/bsp.conf" | sort)"
 
 # The symbols that packages promise are those of the list of exports.
