@@ -119,7 +119,7 @@ for document in "$source"/docs/*.md "$source"/docs/*.json; do
 done
 cmp "$source/CHANGELOG.md" "$documents/CHANGELOG.md"
 version=$(PKG_CONFIG_PATH=$libraries/pkgconfig pkg-config --modversion bsp)
-grep -qx "## $version" "$documents/CHANGELOG.md" # what has changed in this version
+grep -qxE "## ($version|Unreleased)" "$documents/CHANGELOG.md" # what has changed in this version
 echo "ok    installed documents, the keys of JSON and the version's changes among them"
 
 "${emulator[@]}" "$prefix/bin/vboard" create --model 0x0709 "$work/board"
