@@ -7,9 +7,9 @@ cd "$1"
 missing=0
 
 while read -r version; do
-    # Of 1.0.0 there is libbsp's description, by a shorter name; 1.1.0 was released without any.
-    case $version in 1.0.0 | 1.1.0) continue ;; esac
-    for library in libbsp libvboard-control; do
+    libraries=(libbsp libvboard-control)
+    [ "$version" != 1.0.0 ] || libraries=(libbsp) # was all that there was
+    for library in "${libraries[@]}"; do
         for processor in x86_64 mips; do
             description=tests/package/abi/$library/$version-$processor.abi
             [ ! -e "$description" ] || continue

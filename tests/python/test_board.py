@@ -221,7 +221,7 @@ def test_of_a_captured_unit(board, tmp_path, pytestconfig):
 
 
 def test_of_an_earlier_version_is_taken_along(tmp_path):
-    released = Path(__file__).parents[1] / "control" / "released" / "1.1.0.tar.gz"
+    released = Path(__file__).parents[1] / "control" / "released" / "before-1.1.0.tar.gz"
     with tarfile.open(released) as archive:
         archive.extractall(tmp_path)
     with pytest.raises(BoardVersion, match="vboard upgrade"):

@@ -14,7 +14,7 @@ using enum LayoutChange;
 // A step that was released never changes, so the numbers in it are its own: names and sizes of the
 // code are those of today.
 
-// From 1.0.0 and 1.1.0
+// From 1.0.0
 
 /** Of a real clock only its start was told, and rates were not known. */
 void tellPace(uint8_t *state) {
