@@ -7,11 +7,11 @@
 
 namespace {
 
-std::vector<std::string> *found = nullptr; // nftw has no argument for its visitor
+std::vector<std::string> *foundPaths = nullptr; // nftw has no argument for its visitor
 
 int note(const char *path, const struct stat64 * /*info*/, int /*type*/, FTW *place) {
     if (place->level > 0)
-        found->emplace_back(path);
+        foundPaths->emplace_back(path);
     return 0;
 }
 
@@ -20,9 +20,9 @@ int note(const char *path, const struct stat64 * /*info*/, int /*type*/, FTW *pl
 std::vector<std::string> pathsUnder(const std::string &folder) {
     constexpr int kOpenFolders = 16;
     std::vector<std::string> paths;
-    found = &paths;
+    foundPaths = &paths;
     nftw64(folder.c_str(), note, kOpenFolders, FTW_DEPTH | FTW_PHYS);
-    found = nullptr;
+    foundPaths = nullptr;
     return paths;
 }
 

@@ -1,21 +1,11 @@
 #include "tests/support/recorded_devices.h"
 
+#include "tests/support/call_texts.h"
+
 #include <algorithm>
-#include <cstdarg>
-#include <cstdio>
 #include <utility>
 
 namespace {
-
-std::string formatted(const char *format, ...) __attribute__((format(printf, 1, 2)));
-std::string formatted(const char *format, ...) {
-    char text[64];
-    va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(text, sizeof(text), format, arguments);
-    va_end(arguments);
-    return text;
-}
 
 std::string offsetText(const I2cRequest &request) {
     if (request.offsetLen == 0 && request.offset == 0)

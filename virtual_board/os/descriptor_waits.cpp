@@ -24,7 +24,6 @@ namespace {
 
 using vb::Deadline;
 
-constexpr timespec kNow = {0, 0};
 constexpr uint64_t kNsPerMs = 1000000;
 
 /** What a poll is made for: entries with one more place behind them. */
@@ -125,7 +124,7 @@ int pollByBoard(pollfd *descriptors, nfds_t count, const Deadline &deadline,
                 const sigset_t *signals) {
     return waitFor(
         deadline, count + 1, signals,
-        [=] { return vb::nextPpoll(descriptors, count, &kNow, signals); },
+        [=] { return vb::nextPpoll(descriptors, count, &vb::kNow, signals); },
         [=](pollfd *entries) {
             std::copy(descriptors, descriptors + count, entries);
             return count;

@@ -11,6 +11,9 @@
 namespace vb {
 
 constexpr uint64_t kNsPerSecond = 1000000000;
+constexpr uint64_t kNsPerUs = 1000;
+/** How long something is waited for that is there or is not. */
+constexpr timespec kNow = {0, 0};
 
 /** A pointer to a type that macros are given. */
 template <typename Time>

@@ -85,8 +85,7 @@ VB_SEAM(int, sigsuspend, const sigset_t *signals) {
 namespace {
 
 int takeSignal(const sigset_t *signals, siginfo_t *info) {
-    constexpr timespec kNow = {0, 0};
-    return VB_NEXT(sigtimedwait)(signals, info, &kNow);
+    return VB_NEXT(sigtimedwait)(signals, info, &vb::kNow);
 }
 
 } // namespace

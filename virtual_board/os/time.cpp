@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr uint64_t kNsPerUs = 1000;
-
 enum class Sleeps { OnHost, ByBoard, NotAtAll };
 
 /** Records a sleep; how the program goes on. */
@@ -106,8 +104,9 @@ int sleepUntil(clockid_t clock, const Time *address, Next next) {
 
 VB_SEAM(int, usleep, useconds_t us) {
     uint64_t left = 0;
-    return sleepOnBoard(us * kNsPerUs, left) ? endOfSleep<timespec>(left, nullptr, Fails::InErrno)
-                                             : VB_NEXT(usleep)(us);
+    return sleepOnBoard(us * vb::kNsPerUs, left)
+               ? endOfSleep<timespec>(left, nullptr, Fails::InErrno)
+               : VB_NEXT(usleep)(us);
 }
 
 VB_SEAM(unsigned, sleep, unsigned seconds) {

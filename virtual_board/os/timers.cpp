@@ -430,8 +430,7 @@ VB_SEAM(unsigned, alarm, unsigned seconds) {
 }
 
 VB_SEAM(useconds_t, ualarm, useconds_t value, useconds_t interval) {
-    constexpr uint64_t kNsPerUs = 1000;
-    return setAlarm(value * kNsPerUs, interval * kNsPerUs, kNsPerUs,
+    return setAlarm(value * vb::kNsPerUs, interval * vb::kNsPerUs, vb::kNsPerUs,
                     [=] { return VB_NEXT(ualarm)(value, interval); });
 }
 
@@ -460,10 +459,9 @@ bool hasKernelsGoneOff(const Timer &timer) {
     TimerSetting<timespec> left = {};
     TimerSetting<timeval> alarm = {};
     pollfd entry = {static_cast<int>(timer.id), POLLIN, 0};
-    constexpr timespec kNow = {0, 0};
     switch (timer.kind) {
     case Kind::Descriptor:
-        return vb::nextPpoll(&entry, 1, &kNow, nullptr) != 0;
+        return vb::nextPpoll(&entry, 1, &vb::kNow, nullptr) != 0;
     case Kind::Posix:
         VB_NEXT(timer_gettime)(reinterpret_cast<timer_t>(timer.id), &left);
         return left.it_value.tv_sec == 0 && left.it_value.tv_nsec == 0;
