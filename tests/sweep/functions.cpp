@@ -47,13 +47,13 @@ const Statuses kBootWrite = {BSP_E_SHORT_READ, BSP_E_FAILED, BSP_E_NO_MEMORY, BS
 // Work of hundreds or thousands of frames, whose later calls are all alike. Its forwarders are only
 // shown to forward what fails. Each step is the whole work once more.
 Depth manyFrames() {
-    return depthOf<Depth>({60, 333}, {30, 3330}, {60, 111}, {60, 1110});
+    return depthOf<Depth>({60, 333}, {12, 3330}, {60, 111}, {60, 1110});
 }
 Depth thousandsOfFrames() {
-    return depthOf<Depth>({30, 3700}, {12, 14800}, {40, 1480}, {20, 14800});
+    return depthOf<Depth>({30, 3700}, {6, 14800}, {40, 1480}, {20, 14800});
 }
 Depth forwarder() {
-    return depthOf<Depth>({12, 7400}, {8, 14800}, {20, 7400}, {8, 7400});
+    return depthOf<Depth>({12, 7400}, {4, 14800}, {20, 7400}, {8, 7400});
 }
 
 using Call = std::function<int32_t(Output &)>;
