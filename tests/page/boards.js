@@ -37,7 +37,7 @@ test('a captured unit’s file makes a twin', async t => {
     await unit.set('temperature.ambient=33', 'identity.serial=FIELD17');
     const file = `${shared.folder}/unit.json`;
     await vboard('capture', unit.folder, file);
-    const page = await openPage(t, {}, /400/);
+    const page = await openPage(t, {}, /status of 400/);
     await page.goto(shared.server.address);
     await page.getByText('Drop the file of a captured unit').waitFor();
     await drop(page, 'from the field.json', await readFile(file, 'utf8'));

@@ -5,20 +5,18 @@ import { writeFile } from 'node:fs/promises';
 import test from 'node:test';
 import { eventually, newBoard, openPage, shared } from './support/bench.js';
 import { shown } from './support/browser.js';
-import { Board, Server, temporaryFolder, remove, vboard } from './support/programs.js';
+import { remove, Server, vboard } from './support/programs.js';
 
 /** What browsers themselves tell of a server that is not there. */
 const networkTrouble = /ERR_CONNECTION_REFUSED|ERR_INCOMPLETE_CHUNKED_ENCODING|ERR_CONNECTION_RESET|ERR_EMPTY_RESPONSE/;
 
 test('a server that ends is waited for, and the page goes on by itself', async t => {
-    const folder = await temporaryFolder();
-    t.after(() => remove(folder));
-    const board = await Board.create(folder, 'board');
-    const tokenFile = `${folder}/token`;
+    const page = await openPage(t, {}, networkTrouble); // closed before its servers end
+    const board = await newBoard();
+    const tokenFile = `${shared.folder}/token`;
     await writeFile(tokenFile, 'a-token-of-the-tests', { mode: 0o600 });
     const first = await Server.start(board.folder, '--token-file', tokenFile);
     t.after(() => first.end());
-    const page = await openPage(t, {}, networkTrouble);
     await page.goto(first.address);
     await shown(page);
     assert.equal(await page.getByRole('link', { name: 'All boards' }).isVisible(), false);

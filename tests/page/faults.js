@@ -42,7 +42,7 @@ pageTest('a fault of any device, removed and put back', {}, async ({ page, board
     await eventually(async () => JSON.stringify(await rules(board)), JSON.stringify(expected));
 });
 
-pageTest('a rule that could never fire is refused with what would be right', { expects: /400/ }, async ({ page, board }) => {
+pageTest('a rule that could never fire is refused with what would be right', { expects: /status of 400/ }, async ({ page, board }) => {
     const section = page.locator('#faults');
     await section.getByLabel('Device').fill('cpld');
     await section.getByLabel('Offset').fill('99');

@@ -104,7 +104,7 @@ pageTest('the power is switched off and on', {}, async ({ page, board }) => {
     await holds(board, 'reset.count', String(before + 1));
 });
 
-pageTest('what the board refuses is told in its words', { expects: /400/ }, async ({ page, board }) => {
+pageTest('what the board refuses is told in its words', { expects: /status of 400/ }, async ({ page, board }) => {
     await choose(page, 'supply.1');
     const editor = page.getByLabel('supply.1.input-voltage');
     const before = await board.get('supply.1.input-voltage');

@@ -115,7 +115,7 @@ for (const host of ['127.0.0.1', 'elsewhere.example']) {
 }
 
 test('a name of elsewhere that leads to this machine is refused', async t => {
-    const page = await openPage(t, {}, /421|401/);
+    const page = await openPage(t, {}, /status of (421|401)/);
     const address = new URL(shared.server.address);
     address.hostname = 'elsewhere.example';
     const answer = await page.goto(address.href);
@@ -123,7 +123,7 @@ test('a name of elsewhere that leads to this machine is refused', async t => {
 });
 
 test('without the token there is nothing', async t => {
-    const page = await openPage(t, {}, /421|401/);
+    const page = await openPage(t, {}, /status of (421|401)/);
     const { origin } = new URL(shared.server.address);
     for (const place of ['/', '/main.js', '/api/boards', '/AAAAAAAAAAAAAAAAAAAAAA/'])
         assert.equal((await page.goto(origin + place)).status(), 401, place);

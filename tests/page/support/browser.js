@@ -14,14 +14,19 @@ function browserFile() {
     return found;
 }
 
+const args = [
+    '--no-sandbox', // asks for what containers and root do not have; the pages are the tests' own
+    '--disable-gpu', // whose work processors would do, and nobody sees
+    '--host-resolver-rules=MAP elsewhere.example 127.0.0.1',
+];
+
 export const phone = { width: 390, height: 844 };
 export const desk = { width: 1280, height: 900 };
 
 export class Browser {
     static async start() {
         const browser = new Browser();
-        // The sandbox asks for what containers and root do not have; the pages are the tests' own.
-        browser.chromium = await chromium.launch({ executablePath: browserFile(), args: ['--no-sandbox', '--host-resolver-rules=MAP elsewhere.example 127.0.0.1'] });
+        browser.chromium = await chromium.launch({ executablePath: browserFile(), args });
         return browser;
     }
 
@@ -35,7 +40,7 @@ export class Browser {
         context.setDefaultTimeout(10000);
         const page = await context.newPage();
         const told = [];
-        page.on('console', message => told.push(message.text()));
+        page.on('console', message => told.push(`${message.text()} ${message.location().url}`.trim()));
         page.on('pageerror', error => told.push(String(error)));
         return { page, told, close: () => context.close() };
     }
