@@ -62,7 +62,12 @@ _DOES = {
 }
 _COMMIT = ["describe-abi 1.1.0", "keep-board 1.1.0"]
 _PARTS = ["test dev", "test mips"]
-_FUZZ = f"fuzz {600 * os.cpu_count() // 2 + 1}" # seconds for each of two targets
+_FUZZ = f"fuzz {600 * len(os.sched_getaffinity(0)) // 2 + 1}" # seconds for each of two targets
+# Whoever runs this may sign commits, have hooks, or be in one.
+_ENVIRONMENT = {name: value for name, value in os.environ.items() if not name.startswith("GIT_")} | {
+    "GIT_CONFIG_GLOBAL": os.devnull,
+    "GIT_CONFIG_SYSTEM": os.devnull,
+}
 _CHECKS = [*_PARTS, _FUZZ, "package --check"]
 
 
@@ -102,7 +107,7 @@ class Tree:
 
     def git(self, *arguments):
         command = ["git", "-C", self.root, *arguments]
-        return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True).stdout.strip()
+        return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True, env=_ENVIRONMENT).stdout.strip()
 
     def commit(self, subject):
         self.git("add", "--all")
@@ -113,7 +118,7 @@ class Tree:
         ended = subprocess.run(
             [self.root / "scripts/release", *arguments],
             cwd=self.folder,
-            env={**os.environ, "RELEASE_TEST": str(self.folder)},
+            env={**_ENVIRONMENT, "RELEASE_TEST": str(self.folder)},
             stdout=subprocess.PIPE,
             stderr=subprocess.STDOUT,
             text=True,
@@ -164,7 +169,7 @@ def test_a_release_is_a_commit_a_tag_and_files(tree):
     assert tree.git("cat-file", "-t", "v1.1.0") == "tag"
     assert tree.git("rev-parse", "v1.1.0^{commit}") == tree.git("rev-parse", "HEAD")
     assert tree.git("tag", "-l", "--format=%(contents)", "v1.1.0") == "Release 1.1.0\n\n- Boards have a lid."
-    assert "git push origin main v1.1.0" in said
+    assert "git push --atomic origin main v1.1.0" in said
     assert sorted(path.name for path in tree.files.iterdir()) == [
         "SHA256SUMS", "bsp-1.1.0.tar.xz", "bsp.deb", "changes-1.1.0.md", "interfaces-1.1.0", "manifest"
     ]
@@ -231,8 +236,15 @@ def test_a_configuration_that_nothing_builds_is_no_release(tree):
     assert "WRONG nothing has built the configuration 'odd'" in tree.refused("1.1.0")
 
 
-def test_a_function_that_is_gone_is_no_release(tree):
-    (tree.folder / "abi").write_text("/<elf-symbol name='bspCpldGet'/d; /name='bspCpldGet'/,/<\\/function-decl>/d")
+@pytest.mark.parametrize(
+    "gone",
+    [
+        "/<elf-symbol name='bspCpldGet'/d; /name='bspCpldGet'/,/<\\/function-decl>/d", # the function
+        "/<function-decl name='bspCpldGet'/,/<\\/function-decl>/ { /<parameter/d }", # all that it takes
+    ],
+)
+def test_programs_that_would_break_are_no_release(tree, gone):
+    (tree.folder / "abi").write_text(gone)
     said = tree.refused("1.1.0")
     assert "bspCpldGet" in said
     assert "'interfaces'" in said
@@ -255,6 +267,17 @@ def test_what_is_released_is_what_was_checked(tree):
     assert " M CHANGELOG.md" in tree.refused("1.1.0")
 
 
+@pytest.mark.parametrize("how", [[], ["--amend"]])
+def test_what_is_committed_in_the_clone_is_not_released(tree, how):
+    tree.failing("package")
+    tree.refused("1.1.0")
+    tree.failing("")
+    tree.calls()
+    tree.git("-C", "build/releases/1.1.0/tree", "commit", "-q", "--allow-empty", "-m", "Mend it there", *how)
+    assert "something was committed in" in tree.refused("1.1.0")
+    assert tree.calls() == []
+
+
 @pytest.mark.parametrize(
     ("name", "content", "said"),
     [
@@ -271,7 +294,8 @@ def test_a_check_without_anything_to_check_fails(tree, name, content, said):
 
 def test_what_cannot_be_released_is_refused_at_once(tree):
     assert "usage: scripts/release VERSION" in tree.refused()
-    assert "'1.1' is no version; write one as 1.0.0" in tree.refused("1.1")
+    for version in ("1.1", "1.08.0"):
+        assert f"'{version}' is no version; write one as 1.0.0" in tree.refused(version)
     for version in ("1.0.0", "0.9.9"):
         assert f"CHANGELOG.md tells of 1.0.0 already, and {version} is not later" in tree.refused(version)
     tree.write("odd", "")
@@ -289,14 +313,24 @@ def test_what_cannot_be_released_is_refused_at_once(tree):
     assert tree.calls() == []
 
 
-def test_what_was_committed_in_between_is_not_lost(tree):
-    tree.write(
-        "scripts/package",
-        (tree.root / "scripts/package").read_text() + "git -C ../../../.. commit -q --allow-empty -m 'Be quicker'\n",
-    )
-    tree.commit("Commit behind its back")
-    code, said = tree.release("1.1.0")
+@pytest.mark.parametrize(
+    ("meanwhile", "said"),
+    [
+        ("git commit -q --allow-empty -m 'Be quicker'", "something was committed here since the release began"),
+        ("git checkout -q -b other", "another branch is checked out than when the release began"),
+        ("git tag v1.1.0", "there is a tag v1.1.0 by now"),
+        ("echo more >>CHANGELOG.md", "files here were changed since the release began"),
+    ],
+)
+def test_what_was_done_in_between_is_not_lost(tree, meanwhile, said):
+    package = (tree.root / "scripts/package").read_text()
+    tree.write("scripts/package", f"{package}(cd ../../../.. && {meanwhile})\n")
+    tree.commit("Do something behind its back")
+    before = tree.git("rev-parse", "HEAD")
+    code, told = tree.release("1.1.0")
     assert code == 1
-    assert "something was committed here since the release began" in said
-    assert tree.git("log", "-1", "--format=%s") == "Be quicker"
-    assert tree.git("tag", "-l") == ""
+    assert said in told
+    assert tree.git("log", "main", "--format=%s").splitlines()[-2:] == ["Do something behind its back", "Give boards a lid"]
+    assert "Release 1.1.0" not in tree.git("log", "main", "--format=%s")
+    assert tree.git("tag", "-l", "--format=%(refname:short) %(objecttype)") in ("", "v1.1.0 commit")
+    assert tree.git("rev-parse", "HEAD" if "commit" not in meanwhile else "HEAD~1") == before
