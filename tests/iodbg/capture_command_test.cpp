@@ -192,7 +192,7 @@ TEST_F(CaptureCommandTest, IsAFileOfItsOwnersOrNone) {
     EXPECT_EQ(iodbg({"capture", "-", "--json"}).exitCode, 2);
     expectRefusal({"capture", "/nowhere/x"}, 4, "cannot write /nowhere/x");
     {
-        const FileSizeLimit limit(2000);
+        const FileSizeLimit limit = limitFiles(2000);
         expectFailure({"capture", file, "--force"}, 4, {"cannot write " + file});
     }
     EXPECT_EQ(read(readFile(file)), unit) << "what was there before stays";

@@ -45,7 +45,7 @@ TEST_F(EepromCommandsTest, SavesADumpInAFile) {
 TEST_F(EepromCommandsTest, AFileThatCannotBeWrittenWholeStaysAsItWas) {
     const std::string file = makeFile("dump", "what was there before");
     {
-        const FileSizeLimit limit(512);
+        const FileSizeLimit limit = limitFiles(512);
         expectFailure({"eeprom", "dump", "--output", file, "--force"}, 4,
                       {"cannot write " + file, "File too large"});
     }

@@ -67,6 +67,11 @@ const Environment &IodbgTest::environment() const {
     return environment_;
 }
 
+FileSizeLimit IodbgTest::limitFiles(rlim_t bytes) const {
+    environment();
+    return FileSizeLimit(bytes);
+}
+
 ProcessResult IodbgTest::iodbg(const Words &arguments, const std::string &input) const {
     return run(commandLine(arguments), environment(), input);
 }

@@ -22,8 +22,23 @@ struct BoardContent {
     bool operator==(const BoardContent &) const = default;
 };
 
+/** Lets no file of this process and of the programs that it runs grow beyond a size. */
+class FileSizeLimit {
+  public:
+    explicit FileSizeLimit(rlim_t bytes);
+    FileSizeLimit(const FileSizeLimit &) = delete;
+    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
+    ~FileSizeLimit();
+
+  private:
+    rlimit before_{};
+    void (*handler_)(int) = nullptr;
+};
+
 class IodbgTest : public VirtualBoardTest {
   protected:
+    /** Limits what iodbg writes, but not what tells how it is run on the board. */
+    FileSizeLimit limitFiles(rlim_t bytes) const;
     /** Runs iodbg on the board. */
     ProcessResult iodbg(const Words &arguments, const std::string &input = "") const;
     /** Starts it there. */
@@ -69,19 +84,6 @@ class IodbgTest : public VirtualBoardTest {
 
     TemporaryFolder files_;
     mutable Environment environment_; // asked for once
-};
-
-/** Lets no file of this process and of the programs that it runs grow beyond a size. */
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t bytes);
-    FileSizeLimit(const FileSizeLimit &) = delete;
-    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
-    ~FileSizeLimit();
-
-  private:
-    rlimit before_{};
-    void (*handler_)(int) = nullptr;
 };
 
 /** One value of a JSON answer by its JSON pointer, written as JSON: jsonAt(text, "/board/mac"). */

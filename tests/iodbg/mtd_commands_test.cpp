@@ -230,7 +230,7 @@ TEST_F(MtdCommandsTest, AReadThatDiffersFromAnotherIsFound) {
 }
 
 TEST_F(MtdCommandsTest, AFullFileSystemIsNoticed) {
-    const FileSizeLimit limit(100000);
+    const FileSizeLimit limit = limitFiles(100000);
     expectFailure({"mtd", "read", "mtd4", hostFile("x")}, 4, {" took 100000 of 262144 bytes"});
 }
 

@@ -129,7 +129,7 @@ TEST_F(OutputFilesTest, StandardOutputIsNotForBytesAndJson) {
 }
 
 TEST_F(OutputFilesTest, AFullStandardOutputStopsBeforeTheSetting) {
-    const FileSizeLimit limit(100);
+    const FileSizeLimit limit = limitFiles(100);
     const ProcessResult result = iodbg({"boot", "set", "mode", "1", "--backup", "-"});
     EXPECT_EQ(result.exitCode, 4);
     EXPECT_NE(result.err.find("cannot write to standard output: File too large"),
@@ -169,9 +169,8 @@ TEST_F(OutputFilesTest, AFullFileSystemKeepsTheOldFile) {
     const std::string place = folder("place");
     const std::string old = place + "/old";
     std::ofstream(old) << "kept";
-    EXPECT_EQ(iodbg({"status", "0"}).exitCode, 0);
     for (const Save &save : saves()) {
-        const FileSizeLimit limit(50);
+        const FileSizeLimit limit = limitFiles(50);
         const ProcessResult result = iodbg(with(save.words, {old, "--force"}));
         EXPECT_EQ(result.exitCode, 4) << save.words[0];
         EXPECT_NE(result.err.find(old), std::string::npos) << result.err;

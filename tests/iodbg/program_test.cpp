@@ -82,7 +82,7 @@ TEST_F(ProgramTest, ANumberThatTheBoardDoesNotHaveIsWrongUsageWhoeverJudgesIt) {
 }
 
 TEST_F(ProgramTest, AFullStandardOutputIsReported) {
-    const FileSizeLimit limit(512);
+    const FileSizeLimit limit = limitFiles(512);
     const ProcessResult result = iodbg({"eeprom", "dump"});
     EXPECT_EQ(result.exitCode, 4);
     EXPECT_EQ(result.err.substr(0, 57),
