@@ -53,7 +53,7 @@ Depth thousandsOfFrames() {
     return depthOf<Depth>({30, 3700}, {6, 14800}, {40, 1480}, {20, 14800});
 }
 Depth forwarder() {
-    return depthOf<Depth>({12, 7400}, {4, 14800}, {20, 7400}, {8, 7400});
+    return depthOf<Depth>({12, 7400}, {8, 14800}, {20, 7400}, {8, 7400});
 }
 
 using Call = std::function<int32_t(Output &)>;
