@@ -64,7 +64,7 @@ void defineEnv(Command &command) {
         .notWith("--qemu");
     command.example("env $(vboard env board) iodbg show")
         .example("eval \"$(vboard env --shell board)\"")
-        .example("qemu-mips -L /usr/mips-linux-gnu $(vboard env --qemu board) ./iodbg show");
+        .example("qemu-mips-static -L /usr/mips-linux-gnu $(vboard env --qemu board) ./iodbg show");
     command.does([arguments] {
         printEnvironment(arguments->folder, arguments->forShell  ? EnvironmentForm::Shell
                                             : arguments->forQemu ? EnvironmentForm::Qemu
