@@ -39,6 +39,17 @@ TEST_F(RunTest, RmIsTheSystemsOnTheBoard) {
     EXPECT_TRUE(fs::exists(board() + "/root/dev/mtd4"));
 }
 
+TEST_F(RunTest, ANameStandsForTheProgramThatTheBoardFinds) {
+    const std::string folder = path("programs");
+    fs::create_directory(folder);
+    fs::copy_file(builtProgram("static_program"),
+                  folder + "/flash_erase"); // which could not be on it
+    const ProcessResult result = onBoard({"flash_erase", "-q", "/dev/mtd4", "0", "1"},
+                                         {"PATH=" + folder + ":/usr/bin:/bin"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(vboard({"get", board(), "flash.4.erase-counts"}), "min=0 max=1 total=1\n");
+}
+
 TEST_F(RunTest, TheProgramsArgumentsAndExitCodeAreItsOwn) {
     EXPECT_EQ(onBoard({"printf", "%s|", "--help", "--", "-x", "", "[a,b]"}).out,
               "--help|--|-x||[a,b]|");

@@ -55,13 +55,13 @@ bool isSet(const char *variable) {
 
 #ifdef VBOARD_SHELL_IS_FOREIGN
 /** What the emulator's host makes of a program is none of this program's business. */
-vb::ProgramFile examine(const char *) {
+vb::ProgramFile examine(const char *, const std::string &) {
     return {};
 }
 #else
-/** Looks at the program that a name stands for. */
-vb::ProgramFile examine(const char *name) {
-    const vb::SearchPath places(name);
+/** Looks at the program that a name stands for where programs are searched in these folders. */
+vb::ProgramFile examine(const char *name, const std::string &folders) {
+    const vb::SearchPath places(name, folders.c_str());
     std::string path(places.size(), '\0');
     const auto isProgram = [](const char *place) { return vb::isExecutable(AT_FDCWD, place); };
     return places.find(path.data(), isProgram) ? vb::examineProgram(AT_FDCWD, path.c_str())
@@ -70,12 +70,12 @@ vb::ProgramFile examine(const char *name) {
 #endif
 
 /** What is preloaded into a program; null: into any. */
-std::string preloadList(const fs::path &seam, const char *name) {
+std::string preloadList(const fs::path &seam, const char *name, const std::string &folders) {
     if (seam.string().find_first_of(kSeparators) != std::string::npos)
         throw Failure(VBOARD_E_REFUSED,
                       seam.string() + " cannot be preloaded: a path with a colon or a blank "
                                       "in it would be taken for two; install vboard elsewhere");
-    const vb::ProgramFile program = name != nullptr ? examine(name) : vb::ProgramFile{};
+    const vb::ProgramFile program = name != nullptr ? examine(name, folders) : vb::ProgramFile{};
     const vb::PreloadList list(program, seam.c_str(), std::getenv(vb::kPreloadVariable),
                                vb::PreloadList::Seam::Own);
     if (vb::isUnfit(list.fitness()) && !isSet(vb::kAllowHostVariable)) {
@@ -100,11 +100,11 @@ int32_t vboardEnvironment(VBoard *board, const char *program, VBoardVariable **v
         vboard::require(variables, "variables");
         vboard::require(count, "count");
         const std::filesystem::path seam = vboard::findSeam();
-        const std::string preloaded = vboard::preloadList(seam, program);
         // Shells of the board find the tools that work on it, as programs do that run commands.
         const char *path = std::getenv("PATH");
         const std::string folders = (seam.parent_path() / vb::kToolFolder).string() + ":" +
                                     (path != nullptr ? path : vb::kUsualFolders);
+        const std::string preloaded = vboard::preloadList(seam, program, folders);
         const std::vector<VBoardVariable> rows = {
             {vb::kFolderVariable, board->folder.path()},
             {vb::kPreloadVariable, preloaded.c_str()},

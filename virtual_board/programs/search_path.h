@@ -10,7 +10,8 @@ constexpr char kUsualFolders[] = "/bin:/usr/bin"; // without PATH
 
 class SearchPath {
   public:
-    explicit SearchPath(const char *name) : name_(name), folders_(std::getenv("PATH")) {
+    explicit SearchPath(const char *name, const char *folders = std::getenv("PATH"))
+        : name_(name), folders_(folders) {
         if (folders_ == nullptr)
             folders_ = kUsualFolders;
         if (std::strchr(name, '/') != nullptr)
