@@ -15,11 +15,7 @@ trap 'rm -f "$now"' EXIT
 describe_abi "$library" "$headers" "$now"
 
 for description in "$@"; do
-    suppressions=$(dirname "$description")/suppressions
-    options=()
-    [ ! -e "$suppressions" ] || options=(--suppressions "$suppressions")
-    # An addition is a difference for abidiff, too, unless it is told to look past it.
-    if difference=$(abidiff --no-added-syms "${options[@]}" "$description" "$now"); then
+    if difference=$(compare_abi "$description" "$now" --no-added-syms); then
         echo "ok    $(basename "$description" .abi): $(grep -c '<elf-symbol name=' "$description") symbols"
     else
         echo "WRONG $(basename "$description" .abi): programs that use that version would break"
