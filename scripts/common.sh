@@ -45,3 +45,21 @@ configure_and_build() {
     cmake --build --preset "$preset" ${targets[@]+"${targets[@]}"} ||
         fail "the configuration '$preset' does not build; see above"
 }
+
+# beside LOG COMMAND...: runs it beside what follows. It and what it has started end with the script, whatever ends that.
+beside() {
+    beside_log=$1
+    shift
+    setsid "$@" >"$beside_log" 2>&1 &
+    beside_group=$!
+    trap 'kill -- "-$beside_group" 2>/dev/null || true' EXIT
+}
+
+# end_of_beside: waits for it and shows what it has said; its exit code.
+end_of_beside() {
+    local result=0
+    wait "$beside_group" || result=$?
+    trap - EXIT
+    cat "$beside_log"
+    return "$result"
+}
