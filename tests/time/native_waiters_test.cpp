@@ -19,7 +19,7 @@ TEST_F(NativeWaitersTest, AlarmsAreAProcesssOwn) {
 }
 
 TEST_F(NativeWaitersTest, RefusalsAreTheKernels) {
-    constexpr size_t kCalls = 81;
+    constexpr size_t kCalls = sizeof(void *) == 4 ? 75 : 81; // without times at wild addresses
     const Process onHost({builtProgram("waiters"), "refusals"});
     const Process onBoard({builtProgram("waiters"), "refusals"},
                           boardEnvironment(vboardFolder(board)));

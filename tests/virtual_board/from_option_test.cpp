@@ -53,7 +53,7 @@ class FromOptionTest : public CommandTest {
 TEST_F(FromOptionTest, ACapturedUnitAnswersAsItDid) {
     vboard({"set", board(), "sfp.49.module=sr", "sfp.49.rx-power=3", "fan.1.state=stuck",
             "supply.2.present=no", "temperature.ambient=30"});
-    runOnBoard(board(), {"sleep", "120"}); // fans and temperature have settled
+    vboard({"run", board(), "--", "sleep", "120"}); // fans and temperature have settled
     capture();
     for (const Words &words :
          {Words{"boot", "get"}, Words{"fan", "get", "--json"}, Words{"--json", "gpio", "list"},
