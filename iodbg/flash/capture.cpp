@@ -5,7 +5,7 @@
 #include "iodbg/flash/claim.h"
 #include "iodbg/flash/os_bank.h"
 #include "iodbg/flash/partition.h"
-#include "language/formats/crc32.h"
+#include "language/erased_flash.h"
 
 #include <algorithm>
 #include <array>
@@ -102,7 +102,7 @@ class CapturedPartition {
 
     void readBlock(uint64_t offset) {
         const Bytes block = partition_.read(offset, partition_.blockSize());
-        crc_ = formats::crc32(crc_, block.data(), static_cast<uint32_t>(block.size()));
+        crc_ = language::flashCrc32(crc_, block);
         if (isKept_)
             keep(offset, block);
     }

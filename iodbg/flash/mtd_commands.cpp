@@ -18,7 +18,7 @@
 #include "iodbg/flash/partition_list.h"
 #include "iodbg/flash/spooled_input.h"
 #include "iodbg/flash/work.h"
-#include "language/formats/crc32.h"
+#include "language/erased_flash.h"
 #include "language/formats/length_header.h"
 
 #include <algorithm>
@@ -114,16 +114,14 @@ void readLocked(const FlashPartition &partition, uint64_t offset, uint64_t size,
 ExitCode stream(Console &console, const ReadArguments &arguments, const FlashPartition &partition,
                 uint64_t size) {
     const uint64_t offset = arguments.hasHeader ? formats::kLengthHeaderSize : 0;
-    const auto addTo = [](uint32_t crc, ByteView piece) {
-        return formats::crc32(crc, piece.data(), static_cast<uint32_t>(piece.size()));
-    };
     uint32_t given = 0;
     readLocked(partition, offset, size, [&](ByteView piece) {
-        given = addTo(given, piece);
+        given = language::flashCrc32(given, piece);
         console.giveData(piece);
     });
     uint32_t second = 0;
-    readLocked(partition, offset, size, [&](ByteView piece) { second = addTo(second, piece); });
+    readLocked(partition, offset, size,
+               [&](ByteView piece) { second = language::flashCrc32(second, piece); });
     if (given != second)
         throw Failure(ExitCode::ReadBack, "what was given of " + arguments.device +
                                               " differs from a second reading; read again");

@@ -3,7 +3,6 @@
 #include "iodbg/core/device_node.h"
 #include "iodbg/core/host_file.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -96,11 +95,6 @@ bool FlashPartition::isBad(uint64_t offset) const {
 
 bool FlashPartition::isErased(uint64_t offset) const {
     return iodbg::isErased(read(offset / blockSize() * blockSize(), blockSize()));
-}
-
-bool isErased(ByteView bytes) {
-    constexpr uint8_t kErased = 0xFF;
-    return std::all_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte == kErased; });
 }
 
 } // namespace iodbg

@@ -3,6 +3,7 @@
 
 #include "iodbg/core/failure.h"
 #include "iodbg/core/format.h"
+#include "language/erased_flash.h"
 #include "support/mtd.h"
 #include "support/owned.h"
 
@@ -48,7 +49,6 @@ class FlashPartition {
     bsp::FlashGeometry geometry_ = {};
 };
 
-/** Whether bytes read as erased flash. */
-bool isErased(ByteView bytes);
+using language::isErased;
 
 } // namespace iodbg

@@ -126,6 +126,20 @@ TEST_F(FlashTest, TransfersEndWithThePartition) {
     EXPECT_EQ(errno, EINVAL);
 }
 
+TEST_F(FlashTest, WhatIsMissingInAPartitionsFileIsNotErasedFlash) {
+    const Node node(kNor);
+    std::filesystem::resize_file(boardFolder() + "/flash/mtd4", 0x30000);
+    char bytes[2] = {'o', 'k'};
+    errno = 0;
+    EXPECT_EQ(pread(node.fd(), bytes, 1, 0x2FFFF), 1);
+    EXPECT_EQ(bytes[0], '\xFF');
+    EXPECT_EQ(errno, 0);
+    EXPECT_EQ(pread(node.fd(), bytes, 2, 0x2FFFF), -1);
+    EXPECT_EQ(errno, EIO);
+    EXPECT_EQ(pread(node.fd(), bytes, 1, 0x30000), -1);
+    EXPECT_EQ(errno, EIO);
+}
+
 TEST_F(FlashTest, ThePositionIsTheDescriptors) {
     const Node node(kNor);
     EXPECT_EQ(write(node.fd(), "0123456789", 10), 10);

@@ -13,6 +13,7 @@ namespace vb {
 namespace {
 
 constexpr uint32_t kChunk = 4096;
+constexpr uint8_t kErasedByte = 0xFF;
 
 void complement(uint8_t *data, uint32_t length) {
     for (uint32_t i = 0; i < length; ++i)
@@ -50,6 +51,10 @@ FlashContent::~FlashContent() {
 }
 
 bool FlashContent::load(uint32_t offset, uint8_t *data, uint32_t length) const {
+    if (isHole(offset, length)) {
+        std::fill_n(data, length, kErasedByte);
+        return true;
+    }
     const ssize_t count = kernel::readAt(fd_, data, length, offset);
     complement(data, length);
     return count == static_cast<ssize_t>(length);
@@ -86,10 +91,16 @@ bool FlashContent::erase(uint32_t offset, uint32_t length) const {
 }
 
 uint32_t FlashContent::nextProgrammed(uint32_t offset, uint32_t size) const {
-    const off_t next = lseek(fd_, static_cast<off_t>(offset), SEEK_DATA);
+    const int64_t next = kernel::seek(fd_, offset, SEEK_DATA);
     if (next >= 0)
-        return std::min(static_cast<uint32_t>(next), size);
+        return static_cast<uint32_t>(std::min<int64_t>(next, size));
     return errno == ENXIO ? size : offset;
+}
+
+/** Whether a part of the file, all of which is there, is erased. */
+bool FlashContent::isHole(uint32_t offset, uint32_t length) const {
+    const uint32_t end = offset + length;
+    return nextProgrammed(offset, end) == end && kernel::seek(fd_, 0, SEEK_END) >= int64_t{end};
 }
 
 FlashCells FlashContent::cells() {

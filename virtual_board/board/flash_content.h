@@ -33,6 +33,8 @@ class FlashContent {
     FlashCells cells();
 
   private:
+    bool isHole(uint32_t offset, uint32_t length) const;
+
     int fd_;
 };
 

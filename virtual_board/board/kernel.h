@@ -97,6 +97,16 @@ inline ssize_t writeAt(int fd, const void *data, size_t length, uint32_t offset)
     return call(SYS_pwritev, fd, &part, 1, static_cast<unsigned long>(offset), 0ul);
 }
 
+/** Where in a file something is, as SEEK_DATA and SEEK_END find it; -1 where there is nothing. */
+inline int64_t seek(int fd, uint32_t offset, int whence) {
+#if __SIZEOF_LONG__ == 8
+    return call(SYS_lseek, fd, long{offset}, whence);
+#else
+    int64_t found = 0;
+    return call(SYS__llseek, fd, 0ul, offset, &found, whence) == 0 ? found : -1;
+#endif
+}
+
 /** Makes a part of a file a hole; false where there are none. */
 inline bool punchHole(int fd, uint32_t offset, uint32_t length) {
     constexpr int kMode = FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE;

@@ -1,5 +1,6 @@
 #include "virtual_board/twin/flash.h"
 
+#include "language/erased_flash.h"
 #include "language/formats/boot_settings.h"
 #include "language/formats/crc32.h"
 #include "virtual_board/board/flash_content.h"
@@ -51,7 +52,7 @@ class Partition {
                 continue;
             content_.load(i * geometry.eraseSize, block.data(), geometry.eraseSize);
             const size_t length = block.size() - (i == last ? end.size() : 0);
-            crc = formats::crc32(crc, block.data(), static_cast<uint32_t>(length));
+            crc = language::flashCrc32(crc, {block.data(), length});
         }
         return crc;
     }
