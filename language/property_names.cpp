@@ -101,24 +101,23 @@ std::string numbersText(Subject subject, const Numbers &numbers) {
            std::to_string(numbers.back());
 }
 
-/** Whether a name is of a row; takes its numbers out of it. */
-bool takeNumbers(std::string_view name, std::string_view row, Numbers &numbers) {
-    while (!row.empty()) {
-        if (row.front() != '#') {
-            if (name.empty() || name.front() != row.front())
+/** Whether a name is of a row; takes its numbers out of it. Names are compared with hundreds of
+ * rows, one after the other. */
+bool takeNumbers(const char *name, const char *end, const char *row, Numbers &numbers) {
+    for (; *row != '\0'; ++row) {
+        if (*row != '#') {
+            if (name == end || *name++ != *row)
                 return false;
-            name.remove_prefix(1);
-        } else {
-            const std::string word(name.substr(0, name.find('.')));
-            const auto number = readNumber<uint32_t>(word, 0, UINT32_MAX);
-            if (!number.has_value() || word.front() == '-')
-                return false;
-            numbers.push_back(*number);
-            name.remove_prefix(word.size());
+            continue;
         }
-        row.remove_prefix(1);
+        const std::string word(name, std::find(name, end, '.'));
+        const auto number = readNumber<uint32_t>(word, 0, UINT32_MAX);
+        if (!number.has_value() || word.front() == '-')
+            return false;
+        numbers.push_back(*number);
+        name += word.size();
     }
-    return name.empty();
+    return name == end;
 }
 
 struct Found {
@@ -219,8 +218,12 @@ const char *modelsText(Subject subject) {
 }
 
 std::optional<std::vector<uint32_t>> numbersIn(const std::string &name, const char *row) {
+    const char *const letters = name.c_str();
+    if (*letters != *row) // which ends it most times
+        return std::nullopt;
     Numbers numbers;
-    return takeNumbers(name, row, numbers) ? std::optional(numbers) : std::nullopt;
+    return takeNumbers(letters, letters + name.size(), row, numbers) ? std::optional(numbers)
+                                                                     : std::nullopt;
 }
 
 const Property *rowOf(const std::string &name) {
