@@ -17,10 +17,15 @@ target_compile_options(bsp_warnings INTERFACE
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor;-Wold-style-cast;-Woverloaded-virtual>
   $<$<BOOL:${BSP_WARNINGS_AS_ERRORS}>:-Werror>)
 
+# What reports are to know of a target, where it is not its lines.
+define_property(TARGET PROPERTY BSP_DEBUG_INFO INITIALIZE_FROM_VARIABLE TESTS_BSP_DEBUG_INFO)
+
 add_library(bsp_sanitizers INTERFACE)
 if(BSP_SANITIZE)
   # Line tables are all that the sanitizers' reports show, and take half of the time to write.
-  target_compile_options(bsp_sanitizers INTERFACE -g1 -fsanitize=address -fno-omit-frame-pointer)
+  set(debug_info $<TARGET_PROPERTY:BSP_DEBUG_INFO>)
+  target_compile_options(bsp_sanitizers INTERFACE
+    $<IF:$<BOOL:${debug_info}>,${debug_info},-g1> -fsanitize=address -fno-omit-frame-pointer)
   target_link_options(bsp_sanitizers INTERFACE -fsanitize=address,undefined)
   # The sanitizer knows each variable by its address. In a program that may lie anywhere a hundred
   # thousand of them are worked out at each start, which takes a third of it.
