@@ -1,5 +1,6 @@
 #include "tests/iodbg/iodbg_test.h"
 
+#include "tests/iodbg/forked_iodbg.h"
 #include "tests/support/files.h"
 
 #include <nlohmann/json.hpp>
@@ -61,6 +62,21 @@ std::string readFile(const std::string &path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+/** Null where iodbg is started as it is: without the server, and under a limit of this process,
+ * which the server does not have. */
+static const ForkedIodbg *forkedIodbg() {
+    if (!ForkedIodbg::isThere())
+        return nullptr;
+    static const ForkedIodbg forked;
+    rlimit limit = {};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    return limit.rlim_cur == RLIM_INFINITY ? &forked : nullptr;
+}
+
+IodbgTest::IodbgTest() {
+    forkedIodbg(); // before the test's descriptors are counted
+}
+
 const Environment &IodbgTest::environment() const {
     if (environment_.empty())
         environment_ = boardEnvironment(boardFolder());
@@ -73,6 +89,8 @@ FileSizeLimit IodbgTest::limitFiles(rlim_t bytes) const {
 }
 
 ProcessResult IodbgTest::iodbg(const Words &arguments, const std::string &input) const {
+    if (const ForkedIodbg *forked = forkedIodbg())
+        return forked->run(commandLine(arguments), environment(), input);
     return run(commandLine(arguments), environment(), input);
 }
 

@@ -37,6 +37,8 @@ class FileSizeLimit {
 
 class IodbgTest : public VirtualBoardTest {
   protected:
+    IodbgTest();
+
     /** Limits what iodbg writes, but not what tells how it is run on the board. */
     FileSizeLimit limitFiles(rlim_t bytes) const;
     /** Runs iodbg on the board. */

@@ -23,10 +23,6 @@ namespace {
 constexpr int kCannotExecute = 127;
 constexpr int kSignalled = 128; // added to a signal's number, as shells do
 
-int exitCodeOf(int status) {
-    return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
-}
-
 /** The command line that runs a program of the build with more variables. */
 std::vector<std::string> emulated(const std::vector<std::string> &argv,
                                   const Environment &environment) {
@@ -48,21 +44,6 @@ std::vector<char *> pointersTo(const std::vector<std::string> &words) {
         pointers.push_back(const_cast<char *>(word.c_str()));
     pointers.push_back(nullptr);
     return pointers;
-}
-
-/** The test's own variables, but for those that a program gets another value of. */
-std::vector<std::string> withOurs(const Environment &environment) {
-    std::vector<std::string> all = environment;
-    for (char *const *variable = environ; *variable != nullptr; ++variable) {
-        const std::string ours = *variable;
-        const std::string name = ours.substr(0, ours.find('=') + 1);
-        const bool isReplaced =
-            std::any_of(environment.begin(), environment.end(),
-                        [&](const std::string &other) { return other.starts_with(name); });
-        if (!isReplaced)
-            all.push_back(ours);
-    }
-    return all;
 }
 
 /** How to start a program of the build, under the emulator where it needs one. */
@@ -94,17 +75,35 @@ class FileActions {
 
 } // namespace
 
-Process::Stream::Stream(const std::string &content) : fd_(memfd_create("stream", MFD_CLOEXEC)) {
+int exitCodeOf(int status) {
+    return WIFEXITED(status) ? WEXITSTATUS(status) : kSignalled + WTERMSIG(status);
+}
+
+Environment withOurs(const Environment &environment) {
+    Environment all = environment;
+    for (char *const *variable = environ; *variable != nullptr; ++variable) {
+        const std::string ours = *variable;
+        const std::string name = ours.substr(0, ours.find('=') + 1);
+        const bool isReplaced =
+            std::any_of(environment.begin(), environment.end(),
+                        [&](const std::string &other) { return other.starts_with(name); });
+        if (!isReplaced)
+            all.push_back(ours);
+    }
+    return all;
+}
+
+StreamFile::StreamFile(const std::string &content) : fd_(memfd_create("stream", MFD_CLOEXEC)) {
     const auto size = static_cast<ssize_t>(content.size());
     if (fd_ < 0 || pwrite(fd_, content.data(), content.size(), 0) != size)
         throw std::runtime_error("no file for a stream: " + std::string(std::strerror(errno)));
 }
 
-Process::Stream::~Stream() {
+StreamFile::~StreamFile() {
     close(fd_);
 }
 
-std::string Process::Stream::content() const {
+std::string StreamFile::content() const {
     std::string text;
     char part[4096];
     ssize_t count = 0;

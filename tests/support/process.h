@@ -18,6 +18,21 @@ struct ProcessResult {
     std::string err;
 };
 
+/** An unnamed file that a standard stream of a program is connected to. */
+class StreamFile {
+  public:
+    explicit StreamFile(const std::string &content = "");
+    StreamFile(const StreamFile &) = delete;
+    StreamFile &operator=(const StreamFile &) = delete;
+    ~StreamFile();
+
+    int descriptor() const { return fd_; }
+    std::string content() const;
+
+  private:
+    int fd_;
+};
+
 /** A program that has been started. One that still runs when this object goes is killed. */
 class Process {
   public:
@@ -36,22 +51,7 @@ class Process {
     ProcessResult wait();
 
   private:
-    /** An unnamed file that a standard stream of the program is connected to. */
-    class Stream {
-      public:
-        explicit Stream(const std::string &content = "");
-        Stream(const Stream &) = delete;
-        Stream &operator=(const Stream &) = delete;
-        ~Stream();
-
-        int descriptor() const { return fd_; }
-        std::string content() const;
-
-      private:
-        int fd_;
-    };
-
-    Stream in_, out_, err_;
+    StreamFile in_, out_, err_;
     pid_t pid_ = -1; // -1 once its end has been seen
 };
 
@@ -95,6 +95,12 @@ std::string withoutEscapes(const std::string &text);
 
 /** What a program needs to be started on a board other than through `vboard run`. */
 Environment boardEnvironment(const std::string &boardFolder);
+
+/** Variables with the test's own, but for those that have another value among them. */
+Environment withOurs(const Environment &environment);
+
+/** What a program's end, as waiting for it tells, is as an exit code. */
+int exitCodeOf(int status);
 
 /** The path of a program of the build by its name. */
 std::string builtProgram(const std::string &name);
