@@ -15,12 +15,11 @@ constexpr uint32_t kOne = 0x80000000;
 constexpr uint32_t kEighthPower = kOne >> 8;
 
 uint32_t product(uint32_t left, uint32_t right) {
-    constexpr uint32_t kPolynomial = 0xEDB88320;
     uint32_t sum = 0;
     for (; left != 0; left <<= 1) {
         if ((left & kOne) != 0)
             sum ^= right;
-        right = (right & 1) != 0 ? (right >> 1) ^ kPolynomial : right >> 1;
+        right = formats::crcTimesX(right);
     }
     return sum;
 }

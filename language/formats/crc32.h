@@ -6,13 +6,18 @@
 
 namespace formats {
 
-constexpr std::array<uint32_t, 256> makeCrcTable() {
+/** A polynomial, its highest power in the lowest bit, by x, modulo that of the CRC. */
+constexpr uint32_t crcTimesX(uint32_t value) {
     constexpr uint32_t kPolynomial = 0xEDB88320;
+    return (value & 1) != 0 ? (value >> 1) ^ kPolynomial : value >> 1;
+}
+
+constexpr std::array<uint32_t, 256> makeCrcTable() {
     std::array<uint32_t, 256> table{};
     for (uint32_t index = 0; index < table.size(); ++index) {
         uint32_t value = index;
         for (int bit = 0; bit < 8; ++bit)
-            value = (value & 1) != 0 ? (value >> 1) ^ kPolynomial : value >> 1;
+            value = crcTimesX(value);
         table[index] = value;
     }
     return table;

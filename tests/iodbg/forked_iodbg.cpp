@@ -1,5 +1,6 @@
 #include "tests/iodbg/forked_iodbg.h"
 
+#include "support/owned.h"
 #include "tests/iodbg/fork_server.h"
 
 #include <cerrno>
@@ -15,19 +16,6 @@ namespace {
     throw std::runtime_error(std::string("the server of iodbg: ") + step + ": " +
                              std::strerror(errno));
 }
-
-/** The folder that the test works in, as a descriptor. */
-class WorkingFolder {
-  public:
-    WorkingFolder() : fd_(open(".", O_PATH | O_CLOEXEC)) {}
-    WorkingFolder(const WorkingFolder &) = delete;
-    WorkingFolder &operator=(const WorkingFolder &) = delete;
-    ~WorkingFolder() { close(fd_); }
-    int descriptor() const { return fd_; }
-
-  private:
-    int fd_;
-};
 
 mode_t fileMask() {
     const mode_t mask = umask(0);
@@ -96,14 +84,13 @@ ForkedIodbg::~ForkedIodbg() {
 ProcessResult ForkedIodbg::run(const Words &argv, const Environment &environment,
                                const std::string &input) const {
     const StreamFile in(input), out, err;
-    const WorkingFolder folder;
+    const bsp::Descriptor folder(open(".", O_PATH | O_CLOEXEC));
     const Environment variables = withOurs(environment);
     const std::string text = joined(argv) + joined(variables);
     const ForkRequest request = {static_cast<uint32_t>(text.size()),
                                  static_cast<uint32_t>(argv.size()),
                                  static_cast<uint32_t>(variables.size()), fileMask()};
-    send(socket_, request,
-         {{in.descriptor(), out.descriptor(), err.descriptor()}, folder.descriptor()});
+    send(socket_, request, {{in.descriptor(), out.descriptor(), err.descriptor()}, folder.get()});
     if (::send(socket_, text.data(), text.size(), MSG_NOSIGNAL) !=
         static_cast<ssize_t>(text.size()))
         fail("asking");
