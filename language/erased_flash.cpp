@@ -46,8 +46,8 @@ Run erasedRun(size_t length) {
 } // namespace
 
 bool isErased(ByteView bytes) {
-    return bytes.empty() ||
-           (bytes[0] == kErased && std::memcmp(&bytes[0], &bytes[0] + 1, bytes.size() - 1) == 0);
+    return bytes.empty() || (bytes[0] == kErased &&
+                             std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0);
 }
 
 uint32_t flashCrc32(uint32_t before, ByteView bytes) {
