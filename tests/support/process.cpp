@@ -1,5 +1,6 @@
 #include "tests/support/process.h"
 
+#include "support/owned.h"
 #include "tests/support/host_clock.h"
 #include "tests/support/patterns.h"
 
@@ -8,6 +9,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
+#include <optional>
 #include <poll.h>
 #include <pty.h>
 #include <spawn.h>
@@ -72,6 +75,50 @@ class FileActions {
   private:
     posix_spawn_file_actions_t actions_ = {};
 };
+
+/**
+ * Runs a program as a shell does, which leads the terminal's session and outlives it: when the
+ * leader ends, what the terminal has not delivered yet is lost. This one ends with the other end of
+ * a pipe, and as the program did.
+ */
+[[noreturn]] void leadSession(const Start &start, const bsp::Descriptor &pipe) {
+    for (const int typed : {SIGINT, SIGQUIT})
+        std::signal(typed, SIG_IGN);
+    const pid_t program = fork();
+    if (program == 0) {
+        for (const int typed : {SIGINT, SIGQUIT})
+            std::signal(typed, SIG_DFL);
+        execvpe(start.argv[0].c_str(), pointersTo(start.argv).data(),
+                pointersTo(start.variables).data());
+        _exit(kCannotExecute);
+    }
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        close(stream);
+    int status = 0;
+    if (waitpid(program, &status, 0) < 0)
+        _exit(kCannotExecute);
+    char nothing = 0;
+    while (read(pipe.get(), &nothing, 1) < 0 && errno == EINTR) {
+    }
+    _exit(exitCodeOf(status));
+}
+
+/** What appears on a terminal until no program has it any more, which an error tells. */
+std::string dialogue(int terminal, const Typing &typing) {
+    std::string text;
+    char part[4096];
+    ssize_t count = 0;
+    bool isTyped = typing.prompt.empty();
+    while ((count = read(terminal, part, sizeof(part))) > 0) {
+        text.append(part, static_cast<size_t>(count));
+        if (isTyped || text.find(typing.prompt) == std::string::npos)
+            continue;
+        isTyped = true;
+        if (write(terminal, typing.answer.data(), typing.answer.size()) < 0)
+            break;
+    }
+    return text;
+}
 
 } // namespace
 
@@ -177,33 +224,26 @@ std::string runOnTerminal(const std::vector<std::string> &argv, const Environmen
     variables.insert(variables.end(), environment.begin(), environment.end());
     const Start start(argv, variables);
     const winsize size = {kind.rows, kind.columns, 0, 0};
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        throw std::runtime_error("pipe2: " + std::string(std::strerror(errno)));
+    const bsp::Descriptor leadersEnd(ends[0]);
+    std::optional<bsp::Descriptor> ourEnd(ends[1]);
     int terminal = -1;
     const pid_t pid = forkpty(&terminal, nullptr, nullptr, &size);
     if (pid < 0)
         throw std::runtime_error("forkpty: " + std::string(std::strerror(errno)));
     if (pid == 0) {
-        execvpe(start.argv[0].c_str(), pointersTo(start.argv).data(),
-                pointersTo(start.variables).data());
-        _exit(kCannotExecute);
+        ourEnd.reset();
+        leadSession(start, leadersEnd);
     }
-    std::string text;
-    char part[4096];
-    ssize_t count = 0;
-    bool isTyped = typing.prompt.empty();
-    // The terminal of a program that has ended answers with an error.
-    while ((count = read(terminal, part, sizeof(part))) > 0) {
-        text.append(part, static_cast<size_t>(count));
-        if (isTyped || text.find(typing.prompt) == std::string::npos)
-            continue;
-        isTyped = true;
-        if (write(terminal, typing.answer.data(), typing.answer.size()) < 0)
-            break;
-    }
+    const std::string text = dialogue(terminal, typing);
     termios left = {};
     tcgetattr(terminal, &left);
-    close(terminal);
+    ourEnd.reset();
     int status = 0;
     waitpid(pid, &status, 0);
+    close(terminal);
     if (end != nullptr)
         *end = {exitCodeOf(status), (left.c_lflag & ECHO) != 0,
                 left.c_cc[VSUSP] != _POSIX_VDISABLE};
