@@ -1,7 +1,7 @@
 #include "tests/iodbg/iodbg_test.h"
 
-#include "tests/iodbg/forked_iodbg.h"
 #include "tests/support/files.h"
+#include "tests/support/forked_program.h"
 
 #include <nlohmann/json.hpp>
 
@@ -62,19 +62,8 @@ std::string readFile(const std::string &path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/** Null where iodbg is started as it is: without the server, and under a limit of this process,
- * which the server does not have. */
-static const ForkedIodbg *forkedIodbg() {
-    if (!ForkedIodbg::isThere())
-        return nullptr;
-    static const ForkedIodbg forked;
-    rlimit limit = {};
-    getrlimit(RLIMIT_FSIZE, &limit);
-    return limit.rlim_cur == RLIM_INFINITY ? &forked : nullptr;
-}
-
 IodbgTest::IodbgTest() {
-    forkedIodbg(); // before the test's descriptors are counted
+    prepareForked(builtProgram("iodbg"), true); // before the test's descriptors are counted
 }
 
 const Environment &IodbgTest::environment() const {
@@ -89,9 +78,7 @@ FileSizeLimit IodbgTest::limitFiles(rlim_t bytes) const {
 }
 
 ProcessResult IodbgTest::iodbg(const Words &arguments, const std::string &input) const {
-    if (const ForkedIodbg *forked = forkedIodbg())
-        return forked->run(commandLine(arguments), environment(), input);
-    return run(commandLine(arguments), environment(), input);
+    return runForked(commandLine(arguments), environment(), input);
 }
 
 Process IodbgTest::start(const Words &arguments) const {

@@ -2,6 +2,7 @@
 
 #include "language/trace_reader.h"
 #include "language/trace_replay.h"
+#include "tests/support/forked_program.h"
 #include "virtual_board/calls/board.h"
 #include "virtual_board/command/replay.h"
 
@@ -85,7 +86,7 @@ std::string UnitTest::iodbg(const std::string &line, int exitCode, const std::st
     std::optional<Repetition> repetition;
     if (repeats_)
         repetition.emplace(board(), path("copy"));
-    const ProcessResult result = run(words, environment_, input);
+    const ProcessResult result = runForked(words, environment_, input);
     if (repeats_)
         repeated_ += repetition->run(line);
     EXPECT_EQ(result.exitCode, exitCode) << "iodbg " << line << "\n" << result.out << result.err;

@@ -3,6 +3,7 @@
 // test wants another.
 
 #include "tests/support/files.h"
+#include "tests/support/forked_program.h"
 #include "tests/support/process.h"
 #include "tests/support/virtual_board_test.h"
 
@@ -25,7 +26,7 @@ class CommandTest : public ::testing::Test {
     /** A run of the command; its command line starts behind the program's name. */
     static ProcessResult answer(Words words, const Environment &environment = {}) {
         words.insert(words.begin(), builtProgram("vboard"));
-        return run(words, environment);
+        return runForked(words, environment);
     }
 
     /** What a run that succeeds prints on standard output. */

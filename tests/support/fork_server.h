@@ -1,5 +1,5 @@
 #pragma once
-// What a test tells the server that runs iodbg for it.
+// What a test tells a server that runs programs for it.
 
 #include <cstdint>
 #include <sys/stat.h>
