@@ -298,10 +298,13 @@ TEST(InterfaceValuesTest, PoeOperationsHaveTheirNumbers) {
 TEST(InterfaceValuesTest, EachNameIsPinnedByATest) {
     const std::string tests = contentOf(BSP_TEST_SOURCES "/kernel/interface_values_test.cpp") +
                               contentOf(BSP_TEST_SOURCES "/kernel/status_codes_test.cpp");
+    std::set<std::string> pinned;
+    for (const std::vector<std::string> &match : matchesIn(tests, "\\bBSP_\\w+"))
+        pinned.insert(match[0]);
     const std::set<std::string> names = numberNames();
     EXPECT_GT(names.size(), 200u);
     for (const std::string &name : names)
-        EXPECT_TRUE(hasMatch(tests, "\\b" + name + "\\b")) << name;
+        EXPECT_TRUE(pinned.contains(name)) << name;
 }
 
 } // namespace
