@@ -7,11 +7,14 @@
 #include "virtual_board/server/http_server.h"
 #include "virtual_board/server/requests.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
+#include <cstdlib>
 #include <cstring>
 #include <netinet/in.h>
 #include <poll.h>
 #include <string>
+#include <string_view>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -84,6 +87,28 @@ std::string answerTo(uint16_t port, const std::string &bytes) {
     return answer;
 }
 
+/**
+ * Whether one of a connection's answers has a status. Their texts repeat words of requests, so what
+ * looks like a status there is none.
+ */
+bool hasStatus(std::string_view answers, std::string_view status) {
+    constexpr std::string_view kHeadersEnd = "\r\n\r\n";
+    constexpr std::string_view kLength = "\r\nContent-Length: ";
+    while (!answers.empty()) {
+        if (answers.starts_with(status))
+            return true;
+        const size_t end = answers.find(kHeadersEnd);
+        if (end == std::string_view::npos)
+            break;
+        size_t next = end + kHeadersEnd.size();
+        const size_t length = answers.substr(0, end).find(kLength);
+        if (length != std::string_view::npos) // else there is no text, or events until the end
+            next += std::strtoul(answers.data() + length + kLength.size(), nullptr, 10);
+        answers.remove_prefix(std::min(answers.size(), next));
+    }
+    return false;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
@@ -93,9 +118,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     replaceAll(bytes, "@H", "127.0.0.1:" + std::to_string(server.port()));
     const std::string answer = answerTo(server.port(), bytes);
     fuzz::require(answer.empty() || answer.starts_with("HTTP/1.1 "), "an answer of another kind");
-    fuzz::require(answer.find("HTTP/1.1 500") == std::string::npos, "it fails by itself");
+    fuzz::require(!hasStatus(answer, "HTTP/1.1 500"), "it fails by itself");
     const bool hasToken = bytes.find(kToken) != std::string::npos;
-    fuzz::require(hasToken || answer.find("HTTP/1.1 200") == std::string::npos,
+    fuzz::require(hasToken || !hasStatus(answer, "HTTP/1.1 200"),
                   "somebody is let in without the token");
     return 0;
 }
